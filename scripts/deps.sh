@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the build, the tests and the demo need, and
+# only those that are missing. Safe to run again.
+set -euo pipefail
+pkgs=(build-essential cmake pkg-config libgtest-dev libsqlite3-dev sqlite3 libpq-dev
+      libcairo2-dev libpango1.0-dev libfmt-dev fonts-dejavu-core poppler-utils python3
+      clang libclang-rt-14-dev postgresql)
+missing=()
+for p in "${pkgs[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "installing: ${missing[*]}"
+  sudo=""
+  [ "$(id -u)" -eq 0 ] || sudo="sudo"
+  $sudo apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi

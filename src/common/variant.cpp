@@ -1,0 +1,312 @@
+#include "common/variant.h"
+
+#include <cctype>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+
+#include "common/errors.h"
+#include "common/locale.h"
+
+namespace orv {
+
+namespace {
+
+template <class... Ts>
+struct Overloaded : Ts... {
+  using Ts::operator()...;
+};
+template <class... Ts>
+Overloaded(Ts...) -> Overloaded<Ts...>;
+
+std::string Trim(std::string_view s) {
+  size_t b = 0, e = s.size();
+  while (b < e && std::isspace(static_cast<unsigned char>(s[b]))) ++b;
+  while (e > b && std::isspace(static_cast<unsigned char>(s[e - 1]))) --e;
+  return std::string(s.substr(b, e - b));
+}
+
+std::string Lower(std::string_view s) {
+  std::string r(s);
+  for (char& c : r) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return r;
+}
+
+// Reduces locale number text to plain decimal text: "$1,234.50" -> "1234.50",
+// "(5.00)" -> "-5.00", "12-" -> "-12". Returns false when it is no number.
+bool NormalizeNumberText(std::string_view in, std::string& out) {
+  const LocaleInfo& loc = CurrentLocale();
+  std::string s = Trim(in);
+  if (s.empty()) return false;
+  bool neg = false;
+  if (s.front() == '(' && s.back() == ')') {
+    neg = true;
+    s = Trim(s.substr(1, s.size() - 2));
+  }
+  std::string t;
+  bool sign_seen = false;
+  for (size_t i = 0; i < s.size(); ++i) {
+    char c = s[i];
+    if (s.compare(i, loc.currency_symbol.size(), loc.currency_symbol) == 0) {
+      i += loc.currency_symbol.size() - 1;
+      continue;
+    }
+    if (c == loc.thousands_separator) continue;
+    if (c == ' ') continue;
+    if ((c == '-' || c == '+') && (t.empty() || i == s.size() - 1) && !sign_seen) {
+      // A sign may lead or trail the digits.
+      sign_seen = true;
+      if (c == '-') neg = !neg;
+      continue;
+    }
+    if (c == loc.decimal_separator) {
+      t += '.';
+      continue;
+    }
+    t += c;
+  }
+  if (t.empty()) return false;
+  // Must now be a plain decimal with an optional exponent.
+  size_t i = 0;
+  bool digits = false;
+  while (i < t.size() && std::isdigit(static_cast<unsigned char>(t[i]))) ++i, digits = true;
+  if (i < t.size() && t[i] == '.') {
+    ++i;
+    while (i < t.size() && std::isdigit(static_cast<unsigned char>(t[i]))) ++i, digits = true;
+  }
+  if (!digits) return false;
+  if (i < t.size() && (t[i] == 'e' || t[i] == 'E')) {
+    ++i;
+    if (i < t.size() && (t[i] == '+' || t[i] == '-')) ++i;
+    bool ed = false;
+    while (i < t.size() && std::isdigit(static_cast<unsigned char>(t[i]))) ++i, ed = true;
+    if (!ed) return false;
+  }
+  if (i != t.size()) return false;
+  out = neg ? "-" + t : t;
+  return true;
+}
+
+double TextToDouble(const std::string& s) {
+  std::string norm;
+  if (!NormalizeNumberText(s, norm)) throw ConversionError();
+  errno = 0;
+  double d = std::strtod(norm.c_str(), nullptr);
+  if (errno == ERANGE && std::isinf(d)) throw OverflowError();
+  return d;
+}
+
+int64_t RoundToInt64(double d) {
+  if (!std::isfinite(d)) throw OverflowError();
+  double r = std::nearbyint(d);  // ties to even
+  if (r >= 9.2233720368547758e18 || r < -9.2233720368547758e18) throw OverflowError();
+  return static_cast<int64_t>(r);
+}
+
+}  // namespace
+
+VarType Variant::type() const {
+  return std::visit(Overloaded{
+                        [](EmptyTag) { return VarType::Empty; },
+                        [](NullTag) { return VarType::Null; },
+                        [](int32_t) { return VarType::Long; },
+                        [](int64_t) { return VarType::LongLong; },
+                        [](double) { return VarType::Double; },
+                        [](Currency) { return VarType::Currency; },
+                        [](DateTime) { return VarType::Date; },
+                        [](const std::string&) { return VarType::String; },
+                        [](bool) { return VarType::Boolean; },
+                        [](const Bytes&) { return VarType::Binary; },
+                    },
+                    v_);
+}
+
+bool Variant::IsNumeric() const {
+  switch (type()) {
+    case VarType::Long:
+    case VarType::LongLong:
+    case VarType::Double:
+    case VarType::Currency:
+    case VarType::Boolean:
+      return true;
+    default:
+      return false;
+  }
+}
+
+const std::string& Variant::AsString() const {
+  if (auto* p = std::get_if<std::string>(&v_)) return *p;
+  throw ConversionError();
+}
+int64_t Variant::AsInteger() const {
+  if (auto* p = std::get_if<int32_t>(&v_)) return *p;
+  if (auto* p = std::get_if<int64_t>(&v_)) return *p;
+  throw ConversionError();
+}
+double Variant::AsDouble() const {
+  if (auto* p = std::get_if<double>(&v_)) return *p;
+  throw ConversionError();
+}
+Currency Variant::AsCurrency() const {
+  if (auto* p = std::get_if<Currency>(&v_)) return *p;
+  throw ConversionError();
+}
+DateTime Variant::AsDate() const {
+  if (auto* p = std::get_if<DateTime>(&v_)) return *p;
+  throw ConversionError();
+}
+bool Variant::AsBool() const {
+  if (auto* p = std::get_if<bool>(&v_)) return *p;
+  throw ConversionError();
+}
+const Bytes& Variant::AsBytes() const {
+  if (auto* p = std::get_if<Bytes>(&v_)) return *p;
+  throw ConversionError();
+}
+
+std::string DoubleToString(double d) {
+  // The host language prints up to 15 significant digits, "E+nn" exponents.
+  if (d == 0) return "0";
+  char buf[64];
+  std::snprintf(buf, sizeof buf, "%.15G", d);
+  std::string s = buf;
+  size_t e = s.find('E');
+  std::string mant = e == std::string::npos ? s : s.substr(0, e);
+  std::string expo = e == std::string::npos ? "" : s.substr(e);
+  if (mant.find('.') != std::string::npos) {
+    while (!mant.empty() && mant.back() == '0') mant.pop_back();
+    if (!mant.empty() && mant.back() == '.') mant.pop_back();
+  }
+  return mant + expo;
+}
+
+std::string CStr(const Variant& v) {
+  return std::visit(
+      Overloaded{
+          [](Variant::EmptyTag) -> std::string { return ""; },
+          [](Variant::NullTag) -> std::string { throw NullError(); },
+          [](int32_t i) -> std::string { return std::to_string(i); },
+          [](int64_t i) -> std::string { return std::to_string(i); },
+          [](double d) -> std::string { return DoubleToString(d); },
+          [](Currency c) -> std::string { return c.ToString(); },
+          [](DateTime d) -> std::string { return DateToLocaleText(d); },
+          [](const std::string& s) -> std::string { return s; },
+          [](bool b) -> std::string { return b ? "True" : "False"; },
+          [](const Bytes& b) -> std::string { return std::string(b.begin(), b.end()); },
+      },
+      v.storage());
+}
+
+double CDbl(const Variant& v) {
+  return std::visit(Overloaded{
+                        [](Variant::EmptyTag) -> double { return 0; },
+                        [](Variant::NullTag) -> double { throw NullError(); },
+                        [](int32_t i) -> double { return i; },
+                        [](int64_t i) -> double { return static_cast<double>(i); },
+                        [](double d) -> double { return d; },
+                        [](Currency c) -> double { return c.ToDouble(); },
+                        [](DateTime d) -> double { return d.serial(); },
+                        [](const std::string& s) -> double { return TextToDouble(s); },
+                        [](bool b) -> double { return b ? -1 : 0; },
+                        [](const Bytes&) -> double { throw ConversionError(); },
+                    },
+                    v.storage());
+}
+
+int64_t CLngLng(const Variant& v) {
+  if (auto* p = std::get_if<int32_t>(&v.storage())) return *p;
+  if (auto* p = std::get_if<int64_t>(&v.storage())) return *p;
+  if (auto* p = std::get_if<Currency>(&v.storage())) {
+    // Exact half-even rounding of the fixed-point value.
+    return Round(*p, 0).raw() / Currency::kScale;
+  }
+  return RoundToInt64(CDbl(v));
+}
+
+int32_t CLng(const Variant& v) {
+  int64_t r = CLngLng(v);
+  if (r > std::numeric_limits<int32_t>::max() || r < std::numeric_limits<int32_t>::min())
+    throw OverflowError();
+  return static_cast<int32_t>(r);
+}
+
+Currency CCur(const Variant& v) {
+  return std::visit(Overloaded{
+                        [](Variant::EmptyTag) { return Currency(); },
+                        [](Variant::NullTag) -> Currency { throw NullError(); },
+                        [](int32_t i) { return Currency::FromInt(i); },
+                        [](int64_t i) { return Currency::FromInt(i); },
+                        [](double d) { return Currency::FromDouble(d); },
+                        [](Currency c) { return c; },
+                        [](DateTime d) { return Currency::FromDouble(d.serial()); },
+                        [](const std::string& s) {
+                          std::string norm;
+                          if (!NormalizeNumberText(s, norm)) throw ConversionError();
+                          return Currency::FromDecimalText(norm);
+                        },
+                        [](bool b) { return Currency::FromInt(b ? -1 : 0); },
+                        [](const Bytes&) -> Currency { throw ConversionError(); },
+                    },
+                    v.storage());
+}
+
+DateTime CDate(const Variant& v) {
+  return std::visit(Overloaded{
+                        [](Variant::EmptyTag) { return DateTime(); },
+                        [](Variant::NullTag) -> DateTime { throw NullError(); },
+                        [](int32_t i) { return DateTime(i); },
+                        [](int64_t i) { return DateTime(static_cast<double>(i)); },
+                        [](double d) { return DateTime(d); },
+                        [](Currency c) { return DateTime(c.ToDouble()); },
+                        [](DateTime d) { return d; },
+                        [](const std::string& s) {
+                          if (auto d = ParseDateText(s)) return *d;
+                          std::string norm;
+                          if (NormalizeNumberText(s, norm)) return DateTime(std::strtod(norm.c_str(), nullptr));
+                          throw ConversionError();
+                        },
+                        [](bool b) { return DateTime(b ? -1 : 0); },
+                        [](const Bytes&) -> DateTime { throw ConversionError(); },
+                    },
+                    v.storage());
+}
+
+bool CBool(const Variant& v) {
+  return std::visit(Overloaded{
+                        [](Variant::EmptyTag) { return false; },
+                        [](Variant::NullTag) -> bool { throw NullError(); },
+                        [](int32_t i) { return i != 0; },
+                        [](int64_t i) { return i != 0; },
+                        [](double d) { return d != 0; },
+                        [](Currency c) { return !c.IsZero(); },
+                        [](DateTime d) { return d.serial() != 0; },
+                        [](const std::string& s) {
+                          std::string l = Lower(Trim(s));
+                          if (l == "true") return true;
+                          if (l == "false") return false;
+                          return TextToDouble(s) != 0;
+                        },
+                        [](bool b) { return b; },
+                        [](const Bytes&) -> bool { throw ConversionError(); },
+                    },
+                    v.storage());
+}
+
+bool IsNumericValue(const Variant& v) {
+  if (v.IsNumeric() || v.IsEmpty()) return true;
+  if (v.IsString()) {
+    std::string norm;
+    return NormalizeNumberText(v.AsString(), norm);
+  }
+  return false;
+}
+
+bool IsDateValue(const Variant& v) {
+  if (v.IsDate()) return true;
+  if (v.IsString()) return ParseDateText(v.AsString()).has_value();
+  return false;
+}
+
+}  // namespace orv
