@@ -1,0 +1,80 @@
+// T-SQL to engine SQL: the entry point the database layer calls.
+//
+// A statement is parsed into a tree that keeps the source position of every
+// node, bound against the schema (declared column types) so that SQL
+// Server's type-dependent meaning is decided once (`+` on text, integer
+// division, text compared with a number, ISNULL's type), and printed for the
+// engine. SHAPE is not handled here: the database layer takes a SHAPE
+// statement apart and hands each inner command to Translate.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/errors.h"
+
+namespace orv::sql {
+
+// What a value is on the server, decided from declared column types and
+// expression typing. The database layer turns engine values into Variants by
+// this kind (Money -> Currency, Date -> DateTime, ...).
+enum class ValueKind { Unknown, Integer, Boolean, Float, Decimal, Money, Date, Text, Blob };
+
+struct ColumnType {
+  std::string name;          // as declared
+  std::string declared;      // declared type text, e.g. "VARCHAR(30)", "MONEY"
+  ValueKind kind = ValueKind::Unknown;
+  int length = 0;            // n of VARCHAR(n)/CHAR(n), 0 when none
+};
+
+// The tables of a database with their columns in declaration order. Names
+// compare case-insensitively, as on SQL Server.
+class Schema {
+ public:
+  void AddTable(const std::string& table, std::vector<ColumnType> columns);
+  // nullptr when there is no such table.
+  const std::vector<ColumnType>* FindTable(std::string_view table) const;
+  bool empty() const { return tables_.empty(); }
+  // Kind of a declared type text ("MONEY" -> Money, "DATETIME" -> Date,
+  // "VARCHAR(n)" -> Text, "INTEGER" -> Integer, ...).
+  static ValueKind KindOfDeclared(std::string_view declared, int* length = nullptr);
+
+ private:
+  std::map<std::string, std::vector<ColumnType>> tables_;  // key: lower-case name
+};
+
+enum class Dialect { SQLite, PostgreSQL };
+
+// One result column of a translated query.
+struct ResultColumn {
+  std::string name;  // the name a recordset's Fields use (alias or column name)
+  ValueKind kind = ValueKind::Unknown;
+};
+
+struct Translation {
+  std::string sql;                     // the engine's statement text
+  bool is_query = false;               // returns rows (SELECT)
+  std::vector<ResultColumn> columns;   // result columns in order, for a query
+};
+
+// A statement the layer cannot parse, bind or translate. The description
+// holds the reason, the line and column, and the original statement.
+class SqlError : public ReportError {
+ public:
+  SqlError(const std::string& reason, int line, int column, const std::string& statement);
+  int line() const { return line_; }
+  int column() const { return column_; }
+
+ private:
+  int line_, column_;
+};
+
+// Translates one T-SQL statement (SELECT, UPDATE, INSERT, DELETE). Throws
+// SqlError. Pure: the result depends only on the text, the schema and the
+// dialect, so callers may cache it by statement text.
+Translation Translate(std::string_view tsql, const Schema& schema, Dialect dialect);
+
+}  // namespace orv::sql
