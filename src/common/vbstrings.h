@@ -1,0 +1,41 @@
+// The host language's string functions with their 1-based positions and
+// their errors, for report code that is written position by position
+// (address splitting, filter parsing). Out-of-range arguments raise
+// ReportError 5 ("Invalid procedure call or argument") exactly where the host
+// language does, because some callers rely on that failure to fall into their
+// trap.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace orv::vb {
+
+// InStr(start, s, find): 1-based position of `find` in `s` at or after
+// `start`, 0 when absent. start < 1 raises error 5; start beyond the end
+// gives 0. An empty `find` gives `start`.
+long InStr(long start, std::string_view s, std::string_view find);
+inline long InStr(std::string_view s, std::string_view find) { return InStr(1, s, find); }
+// InStrRev(s, find): 1-based position of the last occurrence, 0 when absent.
+long InStrRev(std::string_view s, std::string_view find);
+
+// Mid(s, start[, length]): start < 1 or length < 0 raise error 5; a start
+// beyond the end gives "".
+std::string Mid(std::string_view s, long start);
+std::string Mid(std::string_view s, long start, long length);
+// Left/Right(s, n): n < 0 raises error 5.
+std::string Left(std::string_view s, long n);
+std::string Right(std::string_view s, long n);
+
+// Trim, LTrim, RTrim remove blanks (spaces only, as the host language does).
+std::string Trim(std::string_view s);
+std::string LTrim(std::string_view s);
+std::string RTrim(std::string_view s);
+
+std::string UCase(std::string_view s);
+std::string LCase(std::string_view s);
+
+// Replace(s, find, with): every occurrence, compared exactly.
+std::string Replace(std::string_view s, std::string_view find, std::string_view with);
+
+}  // namespace orv::vb
