@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "common/errors.h"
+#include "platform/host/files.h"
+
+using namespace orv::host;
+
+TEST(Files, TempFolderAndNewTempFiles) {
+  ::setenv("TMPDIR", "/tmp", 1);
+  EXPECT_EQ(GetTempDirectory(), "/tmp/");
+  std::string a = GetNewTempFile("Orvenda");
+  std::string b = GetNewTempFile("Orvenda");
+  ASSERT_FALSE(a.empty());
+  EXPECT_NE(a, b);
+  EXPECT_EQ(a.rfind("/tmp/Orv", 0), 0u) << a;
+  EXPECT_TRUE(FileExists(a));
+  EXPECT_EQ(GetFileSize(a), 0);
+  std::filesystem::remove(a);
+  std::filesystem::remove(b);
+  EXPECT_FALSE(FileExists(a));
+  EXPECT_FALSE(FileExists(""));
+  EXPECT_THROW(GetFileSize(a), orv::ReportError);
+  // A temporary folder path of 512 characters or more is refused.
+  std::string longdir = "/tmp/" + std::string(600, 'x');
+  ::setenv("TMPDIR", longdir.c_str(), 1);
+  EXPECT_EQ(GetTempDirectory(), "");
+  EXPECT_EQ(GetNewTempFile("abc"), "");
+  ::unsetenv("TMPDIR");
+}
+
+TEST(Files, TaggedPathsResolveWithoutRegardToCase) {
+  ::setenv("HOME", "/home/desk", 1);
+  ::setenv("XDG_CONFIG_HOME", "/home/desk/.cfg", 1);
+  struct {
+    const char* in;
+    const char* out;
+  } cases[] = {
+      {"<MYDOCUMENTS>\\Letters\\Recall.rtf", "/home/desk/Documents/Letters/Recall.rtf"},
+      {"<mydocuments>\\Letters\\Recall.rtf", "/home/desk/Documents/Letters/Recall.rtf"},
+      {"<Desktop>\\x.pdf", "/home/desk/Desktop/x.pdf"},
+      {"<APPDATA>\\Orvenda\\a.ini", "/home/desk/.cfg/Orvenda/a.ini"},
+      {"<COMMONSHAREDFILES>Forms\\claim.txt", "/usr/share/Halvorine/Forms/claim.txt"},
+      {"<PROGRAMFILES>\\Orvenda", "/opt/Orvenda"},
+      // Only the first tag in the list's order is resolved.
+      {"<WINDIR>\\<DESKTOP>", "/usr/share/<DESKTOP>"},
+      {"/var/data/plain.txt", "/var/data/plain.txt"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(GetFilePath(c.in), c.out) << c.in;
+  ::unsetenv("XDG_CONFIG_HOME");
+}
+
+TEST(Files, SyncShellWaitsAndTimesOut) {
+  EXPECT_TRUE(SyncShell("true", 0));
+  EXPECT_FALSE(SyncShell("exit 3", 0));
+  EXPECT_TRUE(SyncShell("sleep 0.05", 5000));
+  EXPECT_FALSE(SyncShell("sleep 2", 50));
+}
