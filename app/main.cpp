@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "command.h"
+#include "report_host.h"
 #include "common/datetime.h"
 
 namespace orv::app {
@@ -30,7 +31,13 @@ bool ApplyToday(const std::string& text) {
 }  // namespace orv::app
 
 static void PrintHelp() {
-  std::printf("usage: orvenda-reports COMMAND [OPTIONS]\n\ncommands:\n");
+  std::printf(
+      "usage: orvenda-reports [OPTIONS] METHOD [ARG | Name=Value]...   run a report method\n"
+      "       orvenda-reports COMMAND [OPTIONS]\n\n"
+      "report options: --db URL (default %s), --out FILE.pdf|.png|.txt, --office N,\n"
+      "  --user NAME, --today yyyy-mm-dd, --setting [Section.]Key=Value, --printer NAME,\n"
+      "  --interest-rate R, --interest-delay DAYS\n\ncommands:\n",
+      orv::app::DefaultDatabase().c_str());
   auto cmds = orv::app::Commands();
   std::sort(cmds.begin(), cmds.end(), [](auto& a, auto& b) { return a.name < b.name; });
   for (const auto& c : cmds) std::printf("  %-10s %s\n             %s\n", c.name.c_str(), c.summary.c_str(), c.usage.c_str());
@@ -45,6 +52,6 @@ int main(int argc, char** argv) {
   for (const auto& c : orv::app::Commands()) {
     if (c.name == name) return c.run(std::vector<std::string>(argv + 2, argv + argc));
   }
-  std::fprintf(stderr, "orvenda-reports: unknown command '%s' (see --help)\n", name.c_str());
-  return 2;
+  // Not a command: options and a report method for the report host.
+  return orv::app::RunReportHost(std::vector<std::string>(argv + 1, argv + argc));
 }

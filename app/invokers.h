@@ -1,0 +1,58 @@
+// How the command-line host calls a report method: the arguments of the
+// command line, typed by the method's signature, handed to a small invoker
+// per method. The invokers of each report family live in their own file
+// (invokers_<family>.cpp) and register themselves.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "common/variant.h"
+#include "method_catalog.h"
+
+namespace orv {
+class clsReports;
+}
+
+namespace orv::app {
+
+// The arguments of one call, in signature order. An optional argument that
+// was not given is Empty; `given` says which were.
+class MethodArgs {
+ public:
+  MethodArgs(std::vector<Param> params, std::vector<Variant> values, std::vector<bool> given)
+      : params_(std::move(params)), values_(std::move(values)), given_(std::move(given)) {}
+  bool Given(size_t i) const { return i < given_.size() && given_[i]; }
+  std::string Str(size_t i) const;
+  int32_t Long(size_t i) const;
+  int16_t Int(size_t i) const;
+  bool Bool(size_t i) const;
+  DateTime Date(size_t i) const;
+  Currency Cur(size_t i) const;
+  const Variant& Var(size_t i) const { return values_.at(i); }
+  std::vector<int32_t> LongArray(size_t i) const;
+
+ private:
+  std::vector<Param> params_;
+  std::vector<Variant> values_;
+  std::vector<bool> given_;
+};
+
+// Calls the method; a method with a result returns it, others Empty.
+using Invoker = std::function<Variant(clsReports&, const MethodArgs&)>;
+
+std::map<std::string, Invoker>& Invokers();
+
+struct InvokerRegistrar {
+  InvokerRegistrar(const char* name, Invoker f) { Invokers()[name] = std::move(f); }
+};
+
+// Reads one argument's text as the parameter's type: Boolean True/False
+// (also -1, 0, 1, yes/no), Date yyyy-mm-dd with an optional time, an array of
+// Long as "1,2,3", numbers as decimal text, String and filters as they are.
+// Throws std::invalid_argument naming the parameter on bad text.
+Variant ParseArgument(const Param& p, const std::string& text);
+
+}  // namespace orv::app

@@ -1,0 +1,249 @@
+// Page furniture: the heading of a list, the footer stamped on every page,
+// the single-value lookup, the office letterhead and the provider blocks.
+#include <filesystem>
+
+#include "common/common_functions.h"
+#include "common/errors.h"
+#include "common/format.h"
+#include "common/vbstrings.h"
+#include "frame/blob_files.h"
+#include "frame/preview_form.h"
+#include "frame/reports.h"
+#include "frame/surface/surface.h"
+#include "platform/host/files.h"
+
+namespace orv {
+
+void clsReports::PrintReportHeading(const std::string& Title, const std::string& UserName,
+                                    const std::string& SubTitle) {
+  frame::PrintSurface& vsp = VSP();
+  vsp.FontName("Tahoma");
+  vsp.TextAlign(7);
+  vsp.FontSize(20);
+  vsp.FontBold(true);
+  vsp.Text(Title);
+
+  vsp.TextAlign(7);
+  vsp.FontSize(10);
+  vsp.FontBold(true);
+  std::string printed = "Printed On: " + Format(Variant(Clock::Today()), "mmm/dd/yyyy");
+  if (!UserName.empty()) printed += " By: " + UserName;
+  vsp.Text(printed);
+
+  vsp.TextAlign(7);
+  vsp.FontSize(10);
+  vsp.FontBold(true);
+  if (OfficeID > 0) {
+    Variant name = ReturnLookupValue("OfficeInformation", "ID", Variant(OfficeID), "Name");
+    Variant phone = ReturnLookupValue("OfficeInformation", "ID", Variant(OfficeID), "Phone");
+    vsp.Text(Common().returnStr(name) + " Phone #: " + Format(phone, "(###) ###-####"));
+  }
+  if (!SubTitle.empty()) vsp.Text(SubTitle);
+  vsp.FontBold(false);
+  vsp.FontSize(10);
+}
+
+void clsReports::PrintPageFooters(const std::string& FooterText) {
+  // A failure while stamping is dropped: the report goes on without footers
+  // on the pages not yet stamped.
+  try {
+    frame::PrintSurface& vsp = VSP();
+    vsp.Action(6);
+    int n = vsp.PageCount();
+    std::string today = Format(Variant(Clock::Today()), "mmm/dd/yyyy");
+    for (int p = 1; p <= n; ++p) {
+      vsp.StartOverlay(p, false);
+      vsp.CurrentY(vsp.PageHeight() - vsp.MarginBottom());
+      vsp.FontName("Tahoma");
+      vsp.FontSize(8);
+      vsp.FontBold(false);
+      vsp.CurrentX(vsp.MarginLeft());
+      vsp.TextAlign(0);
+      vsp.InlineText(today);
+      if (!FooterText.empty()) {
+        vsp.TextAlign(1);
+        vsp.InlineText(FooterText);
+      }
+      vsp.TextAlign(2);
+      vsp.InlineText("Page " + std::to_string(p) + " of " + std::to_string(vsp.PageCount()));
+      vsp.EndOverlay();
+    }
+  } catch (const std::exception&) {
+  }
+}
+
+Variant clsReports::ReturnLookupValue(const std::string& Table, const std::string& KeyField,
+                                      const Variant& KeyValue, const std::string& Field) {
+  if (KeyValue.IsNull()) return Variant::Null();
+  std::string sql = "Select ID, " + Field + " from " + Table + " where " + KeyField + " = ";
+  if (KeyValue.IsString()) {
+    sql += "'" + KeyValue.AsString() + "'";
+  } else {
+    sql += CStr(KeyValue);
+  }
+  db::Recordset rs;
+  rs.Open(sql, conn_, db::adOpenForwardOnly, db::adLockReadOnly, db::adCmdText);
+  // Without a row the result stays as it was declared: Empty.
+  Variant result;
+  if (!rs.Eof()) {
+    std::string bare = vb::Replace(vb::Replace(Field, "[", ""), "]", "");
+    result = Variant(Common().returnStr(rs[bare].Value(), false));
+  }
+  rs.Close();
+  return result;
+}
+
+void clsReports::PrintLetterHead() {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  db::Recordset rs;
+  rs.Open(
+      "Select Logo, Name, Street, Street2, City, Province, PostalCode, Phone, PhoneExt, Fax, Www, "
+      "EmailAddress, InvoiceHeader from OfficeInformation where ID = " +
+          std::to_string(OfficeID),
+      conn_, db::adOpenStatic, db::adLockReadOnly, db::adCmdText);
+  if (rs.Eof()) {
+    rs.Close();
+    return;
+  }
+  auto str = [&](const char* f) { return cf.returnStr(rs[f].Value(), true); };
+
+  // A Null logo, or one of fewer than 10 bytes, counts as no logo.
+  Variant logo = rs["Logo"].Value();
+  bool has_logo = !logo.IsNull() && rs["Logo"].ActualSize() >= 10;
+
+  Twips bottom_of_picture = vsp.MarginHeader();
+  if (has_logo) {
+    std::string file = host::GetTempDirectory() + "OfficePicture.jpg";
+    // The picture steps ignore their errors: a bad picture only leaves the
+    // letterhead without it.
+    try {
+      std::error_code ec;
+      std::filesystem::remove(file, ec);
+      if (SaveFileFromDB(rs, "Logo", file)) {
+        // The box is 400 device pixels each way; X and Y are crossed as they
+        // always were, which is harmless while pixels are square.
+        vsp.PictureLeft(vsp.MarginLeft());
+        vsp.PictureRight(vsp.MarginLeft() + Twips(400 * vsp.TwipsPerPixelY()));
+        vsp.PictureTop(vsp.MarginHeader());
+        vsp.PictureBottom(vsp.MarginHeader() + Twips(400 * vsp.TwipsPerPixelX()));
+        vsp.Picture(frame::LoadPicture(file));
+      }
+      std::filesystem::remove(file, ec);
+    } catch (const std::exception&) {
+      std::error_code ec;
+      std::filesystem::remove(file, ec);
+    }
+    vsp.CurrentX(vsp.MarginLeft() + Twips(400 * vsp.TwipsPerPixelX()));
+    vsp.CurrentY(vsp.MarginHeader() + Twips(400 * vsp.TwipsPerPixelY()));
+    bottom_of_picture = vsp.CurrentY();
+    vsp.FontName("Tahoma");
+    vsp.FontSize(14);
+    vsp.FontBold(true);
+    Twips line = vsp.TextHeight("X");
+    Twips x = vsp.CurrentX();
+    vsp.TextBox(str("Name"), x, vsp.CurrentY(), vsp.PageWidth() - vsp.MarginRight() - x, line);
+    // The address lines follow below the name, in a block that starts at
+    // the pen's X.
+    vsp.CurrentY(vsp.CurrentY() + line);
+    vsp.IndentLeft(x - vsp.MarginLeft());
+    vsp.CurrentX(x);
+  } else {
+    vsp.TextAlign(0);
+    vsp.CurrentX(vsp.MarginLeft());
+    vsp.CurrentY(vsp.MarginHeader());
+    vsp.FontName("Tahoma");
+    vsp.FontSize(14);
+    vsp.FontBold(true);
+    vsp.Text(str("Name"));
+  }
+
+  vsp.TextAlign(0);
+  vsp.FontSize(10);
+  vsp.FontBold(false);
+  // An empty second street line leaves no blank line.
+  vsp.Text(str("Street"));
+  if (!str("Street2").empty()) vsp.Text(str("Street2"));
+  vsp.Text(str("City") + ", " + str("Province") + "  " + str("PostalCode"));
+  std::string phone = "Phone # " + str("Phone");
+  if (!str("PhoneExt").empty()) phone += " Ext: " + str("PhoneExt");
+  if (!str("Fax").empty()) phone += "    Fax # " + str("Fax");
+  vsp.Text(phone);
+  std::string web;
+  if (!str("Www").empty()) web = "Web: " + str("Www");
+  if (!str("EmailAddress").empty()) web += (web.empty() ? "Email: " : "   Email: ") + str("EmailAddress");
+  if (!web.empty()) vsp.Text(web);
+  // The free text of the invoice header comes last; a text with its own
+  // line ends is written as it stands, one without as one line.
+  std::string header = cf.returnStr(rs["InvoiceHeader"].Value(), false);
+  if (!vb::Trim(header).empty()) vsp.Text(header);
+  if (!has_logo) vsp.Text(" ");
+
+  vsp.IndentLeft(0);
+  Twips below = vsp.CurrentY();
+  if (has_logo && bottom_of_picture > below) below = bottom_of_picture;
+  vsp.CurrentX(vsp.MarginLeft());
+  vsp.CurrentY(below + vsp.TextHeight("X"));
+  rs.Close();
+}
+
+std::string clsReports::ReturnProviderNames(std::string ProviderFilter) {
+  std::string where;
+  if (!ProviderFilter.empty()) where = " Where " + vb::Replace(ProviderFilter, "Provider", "");
+  db::Recordset rs;
+  rs.Open("SELECT LastName,FirstName FROM Employees" + where + " ORDER BY LastName", conn_,
+          db::adOpenForwardOnly, db::adLockReadOnly, db::adCmdText);
+  std::string names;
+  clsCommonFunctions& cf = Common();
+  while (!rs.Eof()) {
+    if (!names.empty()) names += ",";
+    names += cf.returnStr(rs["LastName"].Value()) + "," + cf.returnStr(rs["FirstName"].Value());
+    rs.MoveNext();
+  }
+  rs.Close();
+  return names;
+}
+
+void clsReports::PrintProvidersIncluded(const std::string& ProviderFilter) {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  vsp.TextAlign(0);
+  vsp.FontSize(10);
+  vsp.FontBold(true);
+  vsp.Text("Providers included:");
+  vsp.FontBold(false);
+  vsp.FontSize(8);
+
+  int count = cf.GetNumberOfIDFromProviderName(ProviderFilter);
+  std::vector<int32_t> ids;
+  for (int i = 1; i <= count; ++i) ids.push_back(cf.GetIDFromProviderName(ProviderFilter, i));
+
+  db::Recordset rs;
+  rs.Open("SELECT ID,[professional title] as Title,LastName,FirstName FROM Employees ORDER BY LastName",
+          conn_, db::adOpenStatic, db::adLockReadOnly, db::adCmdText);
+  std::string body;
+  int in_row = 0;
+  while (!rs.Eof()) {
+    int32_t id = CLng(rs["ID"].Value());
+    bool keep = ids.empty() || std::find(ids.begin(), ids.end(), id) != ids.end();
+    if (keep) {
+      body += cf.returnStr(rs["Title"].Value()) + " " + cf.returnStr(rs["FirstName"].Value()) +
+              " " + cf.returnStr(rs["LastName"].Value());
+      if (++in_row == 3) {
+        body += ";";
+        in_row = 0;
+      } else {
+        body += "|";
+      }
+    }
+    rs.MoveNext();
+  }
+  rs.Close();
+  vsp.StartTable();
+  vsp.TableBorder(0);
+  vsp.AddTable("2.5in|2.5in|2.5in", "", body);
+  vsp.EndTable();
+  vsp.FontSize(10);
+}
+
+}  // namespace orv

@@ -1,0 +1,330 @@
+// The directory lists: the fee guide, the insurance company and employer
+// lists, and the simple and detailed patient lists.
+#include "common/common_functions.h"
+#include "common/format.h"
+#include "common/vbstrings.h"
+#include "frame/preview_form.h"
+#include "frame/reports.h"
+#include "frame/surface/surface.h"
+#include "platform/host/host_services.h"
+
+namespace orv {
+
+void clsReports::rptFeeGuide(int32_t ID, std::string UserName) {
+  frame::PrintSurface& vsp = VSP();
+  vsp.Orientation(0);
+  Host().SetMousePointer(host::vbHourglass);
+  Host().DoEvents();
+
+  db::Recordset rs = Open(
+      "SELECT FeeGuides.*, FeeGuideDetails.*, FeeCodes.* FROM FeeCodes INNER JOIN (FeeGuides "
+      "INNER JOIN FeeGuideDetails ON FeeGuides.ID = FeeGuideDetails.FeeGuideID) ON FeeCodes.ID = "
+      "FeeGuideDetails.FeeCodeID where FeeGuides.ID = " +
+      std::to_string(ID) + " ORDER BY FeeGuideDetails.FeeCodeID");
+  // The title is the guide's own name, read from the first row: a guide
+  // without detail rows fails here and the error goes to the host.
+  vsp.DocName(CStr(rs["Name"].Value()));
+  vsp.StartDoc();
+  PrintReportHeading(vsp.DocName(), UserName, "");
+  vsp.TextAlign(1);
+  vsp.FontBold(false);
+  vsp.FontSize(10);
+
+  // No coercion here: a Null amount formats to "" and a Null text is an
+  // empty cell.
+  auto text = [](const Variant& v) { return v.IsNull() ? std::string() : CStr(v); };
+  std::string body;
+  while (!rs.Eof()) {
+    body += text(rs["FeeCodeID"].Value());
+    body += "|";
+    body += text(rs["Description"].Value());
+    body += "|";
+    body += text(rs["Type"].Value());
+    body += "|";
+    body += Format(rs["Amount"].Value(), "Currency");
+    body += ";";
+    RaiseProgress(rs);
+    rs.MoveNext();
+  }
+  vsp.AddTable("<.6in|<3.5in|<1.5in|>.75in", "Code|Description|Type|Amount($)", body, kHeaderColor);
+  PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  Form().Show();
+  Host().SetMousePointer(host::vbDefault);
+}
+
+namespace {
+
+// The address cell of the company and employer lists: each of the first
+// four parts only when it has text, then the postal code with no test.
+std::string AddressCell(clsCommonFunctions& cf, const db::Recordset& rs) {
+  std::string cell;
+  if (!cf.returnStr(rs["Street"].Value()).empty()) cell += cf.returnStr(rs["Street"].Value()) + "\r\n";
+  if (!cf.returnStr(rs["Street2"].Value()).empty()) cell += cf.returnStr(rs["Street2"].Value()) + "\r\n";
+  if (!cf.returnStr(rs["City"].Value()).empty()) cell += cf.returnStr(rs["City"].Value()) + ", ";
+  if (!cf.returnStr(rs["Prov"].Value()).empty()) cell += cf.returnStr(rs["Prov"].Value()) + ", ";
+  cell += cf.returnStr(rs["PostalCode"].Value());
+  return cell;
+}
+
+std::string PhoneCell(clsCommonFunctions& cf, const db::Recordset& rs) {
+  std::string cell = cf.returnStr(rs["Phone"].Value());
+  std::string ext = cf.returnStr(rs["PhoneExt"].Value());
+  if (!ext.empty()) cell += " [" + ext + "]";
+  return cell;
+}
+
+}  // namespace
+
+void clsReports::rptInsuranceCompanyList(std::string txtfilter, std::string UserName) {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  txtfilter = NoZeroFilter(txtfilter);
+  std::string sql = txtfilter.empty()
+                        ? "SELECT InsuranceCompany.* FROM InsuranceCompany ORDER BY CompanyName"
+                        : "SELECT InsuranceCompany.* FROM InsuranceCompany where " + txtfilter +
+                              " ORDER BY CompanyName";
+  db::Recordset rs = Open(sql, db::adOpenForwardOnly, db::adLockReadOnly);
+  vsp.DocName("Insurance Company List");
+  vsp.Orientation(0);
+  vsp.StartDoc();
+  PrintReportHeading(vsp.DocName(), UserName, "");
+  vsp.CurrentY(vsp.CurrentY() + Twips(500));
+  vsp.TextAlign(1);
+  vsp.FontBold(false);
+  vsp.FontSize(10);
+  std::string body;
+  while (!rs.Eof()) {
+    body += cf.returnStr(rs["CompanyName"].Value()) + "|" + AddressCell(cf, rs) + "|" +
+            PhoneCell(cf, rs) + "|" + cf.returnStr(rs["CDA#"].Value()) + "|" +
+            cf.returnStr(ReturnLookupValue("EDINetworks", "ID", rs["NetworkID"].Value(), "Name")) +
+            ";";
+    rs.MoveNext();
+  }
+  vsp.AddTable("<1.5in|<1.5in|<1.2in|<.6in|<1.5in", "Company|Address|Phone #|CDA#|Network", body,
+               kHeaderColor);
+  PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  Form().Show();
+}
+
+void clsReports::rptEmployerList(std::string txtfilter, std::string UserName) {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  txtfilter = NoZeroFilter(txtfilter);
+  std::string sql = txtfilter.empty() ? "Select * from Employers order by Name"
+                                      : "Select * from Employers where " + txtfilter + " order by Name";
+  db::Recordset rs = Open(sql, db::adOpenForwardOnly, db::adLockReadOnly);
+  vsp.DocName("Employer List");
+  vsp.Orientation(0);
+  vsp.StartDoc();
+  PrintReportHeading(vsp.DocName(), UserName, "");
+  vsp.CurrentY(vsp.CurrentY() + Twips(500));
+  vsp.TextAlign(1);
+  vsp.FontBold(false);
+  vsp.FontSize(10);
+  std::string body;
+  while (!rs.Eof()) {
+    body += cf.returnStr(rs["Name"].Value()) + "|" + AddressCell(cf, rs) + "|" + PhoneCell(cf, rs) +
+            "|" + cf.returnStr(rs["Policy#"].Value()) + "|" +
+            cf.returnStr(
+                ReturnLookupValue("InsuranceCompany", "ID", rs["InsuranceID"].Value(), "CompanyName")) +
+            ";";
+    rs.MoveNext();
+  }
+  vsp.AddTable("<1.5in|<1.5in|<1.2in|<.6in|<1.5in",
+               "Employer|Address|Phone #|Policy #|Insurance Company", body, kHeaderColor);
+  PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  // No Show here: the employer list has always left showing the form to the
+  // host.
+}
+
+void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserName,
+                                      std::string Title, bool ByEmployer, int32_t EmployerID) {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  txtfilter = NoZeroFilter(txtfilter);
+  const std::string tail =
+      " order by LastName}  AS Patients APPEND ({SELECT ID, Name FROM Employers}  AS SecEmployer "
+      "RELATE 'SecondaryEmployerID' TO 'ID') AS SecEmployer,({SELECT ID, Name FROM Employers}  AS "
+      "PrimEmployer RELATE 'EmployerID' TO 'ID') AS PrimEmployer,({Select ID, companyname from "
+      "InsuranceCompany}  AS PrimInsurance RELATE 'InsuranceID' TO 'ID') AS PrimInsurance,({select "
+      "ID, CompanyName from InsuranceCompany}  AS SecInsurance RELATE 'SecondaryInsuranceID' TO "
+      "'ID') AS SecInsurance";
+  std::string sql;
+  std::string emp = std::to_string(EmployerID);
+  if (ByEmployer) {
+    if (txtfilter.empty()) {
+      sql = "SHAPE {SELECT * FROM Patient where EmployerID = " + emp + " or SecondaryEmployerID = " + emp;
+    } else {
+      sql = "SHAPE {SELECT * FROM Patient where (EmployerID = " + emp + " or SecondaryEmployerID = " +
+            emp + ") and (" + txtfilter + ")";
+    }
+    vsp.DocName(cf.returnStr(ReturnLookupValue("Employers", "ID", Variant(EmployerID), "Name")) +
+                " Patients");
+  } else {
+    vsp.DocName(Title);
+    // The shaping provider only took the server's form of the active test.
+    txtfilter = vb::Replace(txtfilter, "Patient.[Active?] = True", "[Active?] <> 0");
+    sql = txtfilter.empty() ? "SHAPE {select * from Patient" : "SHAPE {select * from Patient where " + txtfilter;
+  }
+  sql += tail;
+  db::Recordset rs = Open(sql);
+
+  vsp.Orientation(1);
+  vsp.StartDoc();
+  PrintReportHeading(vsp.DocName(), UserName, "");
+  vsp.TextAlign(1);
+  vsp.FontBold(false);
+  vsp.FontSize(10);
+
+  const std::string format = "<1.5in|<1.5in|<1.2in|<1in|<1.5in|<1.5in|<1.5in";
+  const std::string header =
+      "Patient Name|Address|Telephone #s|Birth Date\r\nSignup Date|Emergency Contact|Employer(s)|"
+      "Insurance Carrier(s)";
+  // The column heads, drawn as a shaded body row.
+  vsp.AddTable(format, "", header, std::nullopt, kHeaderColor);
+
+  auto phone = [&](const char* number, const char* ext) {
+    std::string s = cf.returnStr(rs[number].Value());
+    std::string e = cf.returnStr(rs[ext].Value());
+    if (!e.empty()) s += "[" + e + "]";
+    return s;
+  };
+  auto child_value = [&](const char* link, const char* chapter, const char* field) {
+    if (rs[link].Value().IsNull()) return std::string();
+    db::Recordset child = rs[chapter].Chapter();
+    if (child.Eof()) return std::string();
+    return cf.returnStr(child[field].Value());
+  };
+  while (!rs.Eof()) {
+    std::string row = cf.returnStr(rs["LastName"].Value()) + ", " + cf.returnStr(rs["FirstName"].Value());
+    row += "|" + cf.returnStr(rs["Address"].Value());
+    row += "|" + phone("HomePhone", "HomeExt") + "\r\n" + phone("OtherPhone", "OtherExt");
+    row += "|" + Format(rs["BirthDate"].Value(), "mmm/dd/yyyy") + "\r\n" +
+           Format(rs["SignupDate"].Value(), "mmm/dd/yyyy");
+    row += "|" + cf.returnStr(rs["EmergencyContact"].Value()) + "\r\n" +
+           cf.returnStr(rs["EmergencyPhone"].Value());
+    row += "|" + child_value("EmployerID", "PrimEmployer", "Name") + "\r\n" +
+           child_value("SecondaryEmployerID", "SecEmployer", "Name");
+    row += "|" + child_value("InsuranceID", "PrimInsurance", "CompanyName") + "\r\n" +
+           child_value("SecondaryInsuranceID", "SecInsurance", "CompanyName");
+    row += ";";
+    // Each patient is a table of its own; past 9500 twips (landscape
+    // letter) a new page starts with the column heads as a header.
+    if (vsp.CurrentY() > Twips(9500)) {
+      vsp.NewPage();
+      vsp.AddTable(format, header, row, kHeaderColor);
+    } else {
+      vsp.AddTable(format, "", row);
+    }
+    RaiseProgress(rs);
+    Host().DoEvents();
+    rs.MoveNext();
+  }
+  PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  Form().Show();
+}
+
+void clsReports::rptPatientListDetailed(std::string txtfilter) {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  txtfilter = NoZeroFilter(txtfilter);
+  db::Recordset rs = Open(txtfilter.empty() ? "SELECT * FROM Patient ORDER BY LastName"
+                                            : "SELECT * FROM Patient where " + txtfilter +
+                                                  " ORDER BY LastName");
+  // Reference tables searched with Find while the patients are walked.
+  db::Recordset employers = Open("SELECT * FROM Employers", db::adOpenStatic, db::adLockOptimistic);
+  db::Recordset companies =
+      Open("SELECT * FROM InsuranceCompany", db::adOpenStatic, db::adLockOptimistic);
+
+  vsp.DocName("Patient Contact List - Detailed Version 4 Only");
+  vsp.Orientation(0);
+  vsp.StartDoc();
+  vsp.MarginLeft("1in");
+  vsp.MarginRight("1in");
+  vsp.MarginTop("1in");
+  vsp.MarginBottom("1in");
+
+  vsp.TextAlign(2);
+  vsp.FontSize(10);
+  vsp.Text(Format(Variant(Clock::Today()), "mmm/dd/yyyy"));
+  vsp.TextAlign(1);
+  vsp.FontSize(14);
+  vsp.FontBold(true);
+  vsp.Text(vsp.DocName());
+  vsp.Text(" ");
+  vsp.TextAlign(0);
+  vsp.FontSize(10);
+
+  auto str = [&](const db::Recordset& r, const char* f) { return cf.returnStr(r[f].Value()); };
+  auto phone_line = [&](std::string& cell, const char* number, const char* ext) {
+    std::string n = str(rs, number);
+    if (n.empty()) return;
+    if (!cell.empty()) cell += "\r\n";
+    cell += n;
+    if (ext != nullptr && !str(rs, ext).empty()) cell += " " + str(rs, ext);
+  };
+  while (!rs.Eof()) {
+    vsp.FontBold(true);
+    vsp.Text(str(rs, "FullName"));
+    vsp.FontBold(false);
+
+    std::string phones;
+    phone_line(phones, "HomePhone", "HomeExt");
+    phone_line(phones, "CelPhone", nullptr);
+    phone_line(phones, "Pager", "PagerExt");
+    phone_line(phones, "OtherPhone", "OtherExt");
+    vsp.AddTable("2in|1in|3in", "Address |Phones|Global Notes",
+                 str(rs, "Address") + "|" + phones + "|" + str(rs, "GlobalNotes"), kHeaderColor);
+
+    if (!rs["EmployerID"].Value().IsNull()) {
+      employers.MoveFirst();
+      employers.Find("ID = " + CStr(rs["EmployerID"].Value()));
+      if (!employers.Eof()) {
+        vsp.AddTable("1in|1in|1in|1in|2in", "Employer|Address|Phone|EDI?|Notes",
+                     str(employers, "Name") + "|" + str(employers, "Street") + "|" +
+                         str(employers, "Phone") + "|" + str(employers, "EDI?") + "|" +
+                         str(employers, "Notes"),
+                     kHeaderColor);
+      }
+    }
+    if (!rs["InsuranceID"].Value().IsNull()) {
+      companies.MoveFirst();
+      companies.Find("ID = " + CStr(rs["InsuranceID"].Value()));
+      if (!companies.Eof()) {
+        vsp.AddTable("2in|1in|1in|1in|1in", "Primary Insurance|Policy#|Division#|SubscriberID#|Year Ending",
+                     str(companies, "CompanyName") + "|" + str(rs, "Policy#") + "|" +
+                         str(rs, "Division#") + "|" + str(rs, "SubscriberID#") + "|" +
+                         str(rs, "YearEnding"),
+                     kHeaderColor);
+      }
+    }
+    if (!rs["SecondaryInsuranceID"].Value().IsNull()) {
+      companies.MoveFirst();
+      companies.Find("ID = " + CStr(rs["SecondaryInsuranceID"].Value()));
+      if (!companies.Eof()) {
+        vsp.AddTable("2in|1in|1in|1in|1in",
+                     "Secondary Insurance|Policy#|Division#|SubscriberID#|Year Ending",
+                     str(companies, "CompanyName") + "|" + str(rs, "SecondaryPolicy#") + "|" +
+                         str(rs, "SecondaryDivision#") + "|" + str(rs, "SecondarySubscriberID#") +
+                         "|" + str(rs, "YearEnding"),
+                     kHeaderColor);
+      }
+    }
+    vsp.Text("");
+    // Progress and the message pump only every 100th patient.
+    if (rs.AbsolutePosition() % 100 == 0) {
+      RaiseProgress(rs);
+      Host().DoEvents();
+    }
+    rs.MoveNext();
+  }
+  vsp.EndDoc();
+  PrintPageFooters(kPrintedBy);
+  Form().Show();
+}
+
+}  // namespace orv
