@@ -1,0 +1,246 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+
+#include "common/errors.h"
+#include "frame/blob_files.h"
+#include "frame/surface/surface.h"
+#include "platform/db/recordset.h"
+#include "platform/host/files.h"
+#include "report_fixture.h"
+
+namespace orv::testing {
+namespace {
+
+int Count(db::Connection& c, const std::string& sql) {
+  db::Recordset rs;
+  rs.Open(sql, c);
+  return CLng(rs[0L].Value());
+}
+
+size_t Occurrences(const std::string& text, const std::string& what) {
+  size_t n = 0;
+  for (size_t p = text.find(what); p != std::string::npos; p = text.find(what, p + 1)) ++n;
+  return n;
+}
+
+using DirectoryLists = ReportTest;
+
+TEST_F(DirectoryLists, FeeGuideRunsFromCallToPreview) {
+  reports.OfficeID = 1;
+  reports.rptFeeGuide(1, "dana");
+  std::string text = Text();
+  db::Recordset guide;
+  guide.Open("SELECT Name FROM FeeGuides WHERE ID = 1", conn);
+  std::string name = CStr(guide["Name"].Value());
+
+  // Heading: the guide's name, the printed-on line with the user, the
+  // office line with the phone in (###) ###-#### form.
+  EXPECT_EQ(form.VSP.DocName(), name);
+  EXPECT_NE(text.find(name + "\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("Printed On: Nov/20/2026 By: dana"), std::string::npos);
+  EXPECT_TRUE(std::regex_search(text, std::regex(R"(Phone #: \(\d{3}\) \d{3}-\d{4})"))) << text;
+  EXPECT_NE(text.find("Code Description Type Amount($)"), std::string::npos) << text;
+
+  // Every detail row of the guide is printed, with its amount as currency.
+  int rows = Count(conn, "SELECT COUNT(*) FROM FeeGuideDetails WHERE FeeGuideID = 1");
+  ASSERT_GT(rows, 5);
+  EXPECT_EQ(static_cast<int>(std::count(text.begin(), text.end(), '$')) - 1, rows) << text;
+
+  // Progress after every row, rising to 100.
+  ASSERT_EQ(progress.size(), static_cast<size_t>(rows));
+  EXPECT_TRUE(std::is_sorted(progress.begin(), progress.end()));
+  EXPECT_EQ(progress.back(), 100);
+
+  // Footer on every page; the form was shown and the pointer restored.
+  int pages = form.VSP.PageCount();
+  EXPECT_EQ(Occurrences(text, kPrintedBy), static_cast<size_t>(pages));
+  EXPECT_NE(text.find("Page 1 of " + std::to_string(pages)), std::string::npos);
+  EXPECT_EQ(form.ShowCount(), 1);
+  EXPECT_EQ(host.pointer_history, (std::vector<int>{host::vbHourglass, host::vbDefault}));
+}
+
+TEST_F(DirectoryLists, EmptyFeeGuideFailsWithTheDatabaseError) {
+  // The title is read from the first row, so a guide without rows fails
+  // there and the error reaches the host; nothing is shown.
+  EXPECT_THROW(reports.rptFeeGuide(987654, ""), ReportError);
+  EXPECT_EQ(form.ShowCount(), 0);
+  EXPECT_TRUE(host.messages.empty());
+}
+
+TEST_F(DirectoryLists, HeadingLeavesOutOfficeLineAndEmptyUser) {
+  reports.OfficeID = 0;
+  reports.rptInsuranceCompanyList("", "");
+  std::string first = PageText(1);
+  EXPECT_NE(first.find("Insurance Company List\n"), std::string::npos);
+  EXPECT_NE(first.find("Printed On: Nov/20/2026\n"), std::string::npos) << first;
+  EXPECT_EQ(first.find("By:"), std::string::npos);
+  EXPECT_EQ(first.find("Phone #:"), std::string::npos);
+}
+
+TEST_F(DirectoryLists, ZeroFilterIsNoFilterAndEmployerListStaysHidden) {
+  reports.rptInsuranceCompanyList("0", "desk");
+  std::string zero = Text();
+  reports.rptInsuranceCompanyList("", "desk");
+  EXPECT_EQ(Text(), zero);
+  int companies = Count(conn, "SELECT COUNT(*) FROM InsuranceCompany");
+  // One row per company below the header row (all fit on one page here).
+  EXPECT_EQ(form.ShowCount(), 2);
+
+  reports.rptInsuranceCompanyList("ID = 1", "desk");
+  EXPECT_LT(Text().size(), zero.size());
+  ASSERT_GT(companies, 1);
+
+  reports.rptEmployerList("0", "desk");
+  std::string employers = Text();
+  EXPECT_NE(employers.find("Employer Address Phone # Policy # Insurance Company"), std::string::npos)
+      << employers;
+  // The employer list has always left showing the form to the host.
+  EXPECT_EQ(form.ShowCount(), 3);
+  EXPECT_GT(form.VSP.PageCount(), 0);
+}
+
+TEST_F(DirectoryLists, SimplePatientListBreaksPagesWithTheTwoLineHeader) {
+  reports.rptPatientListSimple("0", "desk", "All Patients");
+  int patients = Count(conn, "SELECT COUNT(*) FROM Patient");
+  int pages = form.VSP.PageCount();
+  ASSERT_GT(pages, 1) << "the fixture should need several pages";
+  EXPECT_EQ(progress.size(), static_cast<size_t>(patients));
+  EXPECT_EQ(progress.back(), 100);
+  // The shaded column heads open page 1, and each later page starts with
+  // the same heads as the header of its first patient's table.
+  for (int p = 1; p <= pages; ++p) {
+    std::string page = PageText(p);
+    EXPECT_NE(page.find("Patient Name Address Telephone #s Birth Date"), std::string::npos)
+        << "page " << p << ":\n" << page;
+  }
+  // Landscape letter.
+  EXPECT_EQ(form.VSP.Orientation(), 1);
+}
+
+TEST_F(DirectoryLists, SimplePatientListByEmployer) {
+  db::Recordset emp;
+  emp.Open(
+      "SELECT TOP 1 EmployerID, COUNT(*) AS N FROM Patient WHERE EmployerID IS NOT NULL GROUP BY "
+      "EmployerID ORDER BY COUNT(*) DESC",
+      conn);
+  ASSERT_FALSE(emp.Eof());
+  int32_t id = CLng(emp["EmployerID"].Value());
+  db::Recordset name;
+  name.Open("SELECT Name FROM Employers WHERE ID = " + std::to_string(id), conn);
+  reports.rptPatientListSimple("", "desk", "ignored", true, id);
+  EXPECT_EQ(form.VSP.DocName(), CStr(name["Name"].Value()) + " Patients");
+  int expected = Count(conn, "SELECT COUNT(*) FROM Patient WHERE EmployerID = " + std::to_string(id) +
+                                 " OR SecondaryEmployerID = " + std::to_string(id));
+  EXPECT_EQ(progress.size(), static_cast<size_t>(expected));
+}
+
+TEST_F(DirectoryLists, DetailedPatientListRaisesProgressSparsely) {
+  reports.rptPatientListDetailed("");
+  int patients = Count(conn, "SELECT COUNT(*) FROM Patient");
+  // Only every 100th patient raises Progress.
+  EXPECT_EQ(progress.size(), static_cast<size_t>(patients / 100));
+  EXPECT_EQ(form.VSP.MarginLeft().value(), 1440);
+  std::string text = Text();
+  EXPECT_NE(text.find("Patient Contact List - Detailed Version 4 Only"), std::string::npos);
+  EXPECT_NE(text.find("Address Phones Global Notes"), std::string::npos);
+}
+
+TEST_F(DirectoryLists, LookupAndOfficeValues) {
+  // Null key: Null and no query; key not found: Empty; Null column: "".
+  EXPECT_TRUE(reports.ReturnLookupValue("Employers", "ID", Variant::Null(), "Name").IsNull());
+  EXPECT_TRUE(reports.ReturnLookupValue("Employers", "ID", Variant(999999), "Name").IsEmpty());
+  conn.Execute("UPDATE OfficeInformation SET Fax = NULL WHERE ID = 1");
+  EXPECT_EQ(reports.ReturnLookupValue("OfficeInformation", "ID", Variant(1), "Fax"), Variant(""));
+  // Text keys go in quotes.
+  Variant code = reports.ReturnLookupValue("FeeCodes", "ID", Variant("01202"), "Description");
+  db::Recordset direct;
+  direct.Open("SELECT Description FROM FeeCodes WHERE ID = '01202'", conn);
+  ASSERT_FALSE(direct.Eof());
+  EXPECT_EQ(code, Variant(CStr(direct["Description"].Value())));
+
+  // The office of the CurrentOffice setting, not OfficeID; "#" names are
+  // bracketed for the statement and read back bare.
+  host::AppSettings().Override("Settings", "CurrentOffice", "1");
+  reports.OfficeID = 99;
+  EXPECT_FALSE(reports.ReturnOfficeValue("Name").IsNull());
+  host::AppSettings().Override("Settings", "CurrentOffice", "424242");
+  EXPECT_TRUE(reports.ReturnOfficeValue("Name").IsNull());
+  EXPECT_THROW(reports.ReturnOfficeValue("NoSuchColumn#"), ReportError);
+}
+
+TEST_F(DirectoryLists, LetterheadWithAndWithoutLogo) {
+  std::string picture = host::GetTempDirectory() + "OfficePicture.jpg";
+  reports.OfficeID = 1;
+  form.VSP.StartDoc();
+  reports.PrintLetterHead();
+  form.VSP.EndDoc();
+  const auto& items = form.VSP.Document().pages.at(0).items;
+  bool has_picture = std::any_of(items.begin(), items.end(),
+                                 [](const auto& i) { return std::holds_alternative<render::Picture>(i); });
+  EXPECT_TRUE(has_picture);
+  EXPECT_FALSE(std::filesystem::exists(picture)) << "the temporary picture must be gone";
+
+  // A logo of fewer than 10 bytes counts as none.
+  RawExec("UPDATE OfficeInformation SET Logo = X'89504E470D0A1A0A' WHERE ID = 1");
+  form.VSP.StartDoc();
+  reports.PrintLetterHead();
+  form.VSP.EndDoc();
+  const auto& plain = form.VSP.Document().pages.at(0).items;
+  EXPECT_FALSE(std::any_of(plain.begin(), plain.end(),
+                           [](const auto& i) { return std::holds_alternative<render::Picture>(i); }));
+  db::Recordset office;
+  office.Open("SELECT Name FROM OfficeInformation WHERE ID = 1", conn);
+  EXPECT_EQ(Text().rfind(CStr(office["Name"].Value()) + "\n", 0), 0u) << Text();
+}
+
+TEST_F(DirectoryLists, TrapShowsItsTextAndTheDescription) {
+  bool after = false;
+  reports.Trap("An Error has occurred in Sub rptStatements in Class clsReports.", [&] {
+    db::Recordset rs;
+    rs.Open("SELECT NoSuchColumn FROM Patient", conn);
+    after = true;
+  });
+  EXPECT_FALSE(after);
+  ASSERT_EQ(host.messages.size(), 1u);
+  const auto& m = host.messages[0];
+  EXPECT_EQ(m.prompt.rfind("An Error has occurred in Sub rptStatements in Class clsReports.\n", 0), 0u);
+  EXPECT_NE(m.prompt.find("NoSuchColumn"), std::string::npos) << m.prompt;
+  EXPECT_EQ(m.buttons, host::vbOKOnly);
+  EXPECT_EQ(m.title, "");
+}
+
+TEST_F(DirectoryLists, BlobsAreWrittenInWholeChunksAndARemainder) {
+  // Exactly one chunk, one chunk and a byte, and nothing.
+  RawExec(
+      "CREATE TABLE Blobs (ID INTEGER PRIMARY KEY, Data BLOB);"
+      "INSERT INTO Blobs VALUES (1, zeroblob(65536)), (2, zeroblob(65537)), (3, NULL)");
+  conn.RefreshSchema();
+  std::string file = host::GetNewTempFile("blb");
+  for (int id : {1, 2}) {
+    db::Recordset rs;
+    rs.Open("SELECT Data FROM Blobs WHERE ID = " + std::to_string(id), conn);
+    ASSERT_TRUE(SaveFileFromDB(rs, "Data", file));
+    EXPECT_EQ(std::filesystem::file_size(file), id == 1 ? 65536u : 65537u);
+  }
+  // A field of no size returns false and leaves the file as it was.
+  db::Recordset none;
+  none.Open("SELECT Data FROM Blobs WHERE ID = 3", conn);
+  EXPECT_FALSE(SaveFileFromDB(none, "Data", file));
+  EXPECT_EQ(std::filesystem::file_size(file), 65537u);
+  std::filesystem::remove(file);
+
+  // SaveFileToDB of a missing file shows its message and returns false.
+  db::Recordset rs;
+  rs.Open("SELECT ID, Data FROM Blobs WHERE ID = 3", conn, db::adOpenStatic, db::adLockOptimistic);
+  EXPECT_FALSE(SaveFileToDB(rs, "Data", "/nonexistent/file.png", true, host));
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_EQ(host.messages[0].prompt,
+            "The file could not be saved to the database. Please check your temp path and try again.");
+}
+
+}  // namespace
+}  // namespace orv::testing
