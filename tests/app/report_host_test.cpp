@@ -1,0 +1,130 @@
+// The report host run as a person runs it: the built program, a demo
+// practice, PDFs checked with qpdf and read back with pdftotext.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <regex>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Result {
+  int status;
+  std::string out;
+};
+
+Result Shell(const std::string& cmd) {
+  Result r{0, ""};
+  FILE* p = ::popen((cmd + " 2>&1").c_str(), "r");
+  std::array<char, 4096> buf{};
+  size_t n;
+  while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0) r.out.append(buf.data(), n);
+  int st = ::pclose(p);
+  r.status = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
+  return r;
+}
+
+class ReportHost : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    dir = (fs::temp_directory_path() / ("orv-host-" + std::to_string(::getpid()))).string();
+    fs::create_directories(dir);
+    Result r = Shell(std::string(ORVENDA_APP) + " demo-db " + dir +
+                   "/demo.db --patients 120 --seed 3 --today 2026-11-20");
+    ASSERT_EQ(r.status, 0) << r.out;
+  }
+  static void TearDownTestSuite() { fs::remove_all(dir); }
+
+  static Result Report(const std::string& out, const std::string& args) {
+    return Shell(std::string(ORVENDA_APP) + " --db " + dir + "/demo.db --today 2026-11-20 --office 1 " +
+               "--user desk --out " + dir + "/" + out + " " + args);
+  }
+  static std::string PdfText(const std::string& file) {
+    return Shell("pdftotext -layout " + dir + "/" + file + " -").out;
+  }
+  static inline std::string dir;
+};
+
+TEST_F(ReportHost, ListsRunToCheckedPdfs) {
+  struct Case {
+    const char* file;
+    const char* args;
+    const char* title;
+    const char* header;
+  } cases[] = {
+      {"fee.pdf", "rptFeeGuide 1", nullptr, "Code"},
+      {"ins.pdf", "rptInsuranceCompanyList 0", "Insurance Company List", "CDA#"},
+      {"emp.pdf", "rptEmployerList txtfilter=", "Employer List", "Insurance Company"},
+      {"simple.pdf", "rptPatientListSimple 0 desk \"Active Patients\"", "Active Patients",
+       "Emergency Contact"},
+      {"detailed.pdf", "rptPatientListDetailed 0", "Patient Contact List - Detailed Version 4 Only",
+       "Global Notes"},
+  };
+  for (const auto& c : cases) {
+    Result r = Report(c.file, c.args);
+    ASSERT_EQ(r.status, 0) << c.args << ": " << r.out;
+    Result check = Shell("qpdf --check " + dir + "/" + c.file);
+    EXPECT_EQ(check.status, 0) << c.file << ": " << check.out;
+    std::string text = PdfText(c.file);
+    if (c.title) {
+      EXPECT_NE(text.find(c.title), std::string::npos) << c.file;
+    }
+    EXPECT_NE(text.find(c.header), std::string::npos) << c.file;
+    if (std::string(c.file) != "detailed.pdf") {
+      EXPECT_NE(text.find("Printed On: Nov/20/2026 By: desk"), std::string::npos) << c.file;
+      EXPECT_TRUE(std::regex_search(text, std::regex(R"(Phone #: \(\d{3}\) \d{3}-\d{4})"))) << c.file;
+    }
+    // Every page carries the footer and its "Page p of n".
+    std::smatch m;
+    ASSERT_TRUE(std::regex_search(text, m, std::regex(R"(Page 1 of (\d+))"))) << c.file;
+    int pages = std::stoi(m[1]);
+    for (int p = 1; p <= pages; ++p) {
+      EXPECT_NE(text.find("Page " + std::to_string(p) + " of " + std::to_string(pages)),
+                std::string::npos)
+          << c.file;
+    }
+    size_t footers = 0;
+    for (size_t at = text.find("Printed by Orvenda - Tessalyne Inc."); at != std::string::npos;
+         at = text.find("Printed by Orvenda - Tessalyne Inc.", at + 1))
+      ++footers;
+    EXPECT_EQ(footers, static_cast<size_t>(pages)) << c.file;
+  }
+}
+
+TEST_F(ReportHost, UsageErrorsAndFailures) {
+  // Unknown method, missing argument, bad argument type: usage (2).
+  EXPECT_EQ(Report("x.pdf", "rptNoSuchReport").status, 2);
+  Result missing = Report("x.pdf", "rptFeeGuide");
+  EXPECT_EQ(missing.status, 2);
+  EXPECT_NE(missing.out.find("missing argument ID"), std::string::npos) << missing.out;
+  EXPECT_EQ(Report("x.pdf", "rptFeeGuide abc").status, 2);
+  // A report that fails: 1, with the database's message.
+  Result empty = Report("x.pdf", "rptFeeGuide 999999");
+  EXPECT_EQ(empty.status, 1) << empty.out;
+  EXPECT_NE(empty.out.find("rptFeeGuide failed"), std::string::npos) << empty.out;
+  // A value method prints its result.
+  Result addr = Report("x.pdf", "ReturnAddressPart \"$(printf '12 Main St\\r\\nOttawa, ON\\r\\nK1A 0B1')\" 2");
+  EXPECT_EQ(addr.status, 0) << addr.out;
+  EXPECT_EQ(addr.out.substr(0, 7), "Ottawa\n") << addr.out;
+  // The list says which methods are built.
+  Result list = Shell(std::string(ORVENDA_APP) + " list");
+  EXPECT_NE(list.out.find("rptFeeGuide"), std::string::npos);
+  EXPECT_NE(list.out.find("[not built yet]"), std::string::npos);
+}
+
+TEST_F(ReportHost, PngAndTextOutputs) {
+  ASSERT_EQ(Report("fee.png", "rptFeeGuide 1").status, 0);
+  EXPECT_TRUE(fs::exists(dir + "/fee.png"));
+  ASSERT_EQ(Report("fee.txt", "rptFeeGuide 1").status, 0);
+  std::string text = Shell("cat " + dir + "/fee.txt").out;
+  EXPECT_NE(text.find("Code Description Type Amount($)"), std::string::npos) << text;
+}
+
+}  // namespace
