@@ -70,6 +70,18 @@ class clsReports {
                             bool ByEmployer = false, int32_t EmployerID = 0);
   void rptFeeGuide(int32_t ID, std::string UserName);
 
+  // ---- Appointment cards and family schedules ----
+  void rptAppointmentCard(int32_t ID, std::string Header, std::string Footer, std::string OfficeName,
+                          std::string OfficePhone, int16_t UnitMinutes, bool Assignment);
+  void rptFamilyAppointmentsDetailed(int32_t ID, std::string OfficeName, std::string OfficeAddress,
+                                     std::string PatientName, std::string Header, std::string Footer,
+                                     int16_t UnitMinutes);
+  void rptFamilyAppointmentsSummary(int32_t ID, std::string OfficeName, std::string OfficeAddress,
+                                    std::string PatientName, std::string Header, std::string Footer,
+                                    int16_t UnitMinutes);
+  // Draws the family's coming appointments into the running document.
+  void FamilyAppointmentsSummary(int32_t ID);
+
   // ---- For report code: private services of the component ----
   // (Public in C++ so that the report families in other folders, which are
   // all part of this class's implementation, can reach them.)

@@ -10,7 +10,7 @@
 #include "frame/surface/surface.h"
 #include "platform/db/recordset.h"
 #include "platform/host/files.h"
-#include "report_fixture.h"
+#include "support/report_fixture.h"
 
 namespace orv::testing {
 namespace {

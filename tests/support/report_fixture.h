@@ -54,6 +54,10 @@ class ReportTest : public ::testing::Test {
                         .string();
     std::filesystem::remove(settings_file);
     host::SetAppSettings(host::SettingsStore(settings_file));
+    // PrintDoc without a printer writes its PDF here, not in the working
+    // folder.
+    form.SetPrintFile(db_file + ".printed.pdf");
+    form.SetNotifier([](const std::string&) {});
     reports.Connection(conn);
     reports.SetPrintPreview(&form);
     reports.SetHostServices(&host);
@@ -64,6 +68,7 @@ class ReportTest : public ::testing::Test {
     std::filesystem::remove(settings_file);
     conn.Close();
     std::filesystem::remove(db_file);
+    std::filesystem::remove(db_file + ".printed.pdf");
   }
 
   // Changes the test's database behind the layer's back, in SQLite's own
