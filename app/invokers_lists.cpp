@@ -34,3 +34,14 @@ InvokerRegistrar patient_detailed("rptPatientListDetailed", [](clsReports& r, co
 
 }  // namespace
 }  // namespace orv::app
+
+namespace orv::app {
+namespace {
+
+InvokerRegistrar family_credit("ReturnFamilyCredit", [](clsReports& r, const MethodArgs& a) {
+  int32_t id = a.Long(0);
+  return Variant(r.ReturnFamilyCredit(id, a.Bool(1)));
+});
+
+}  // namespace
+}  // namespace orv::app

@@ -3,6 +3,7 @@
 // appointments, in detail or as the summary table the statements reuse.
 #include "common/common_functions.h"
 #include "common/format.h"
+#include "frame/patient.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
@@ -101,6 +102,8 @@ void clsReports::rptAppointmentCard(int32_t ID, std::string Header, std::string 
   }
   bool hide = HideFinancial(*this);
   int32_t patient = CLng(rs["PatientID"].Value());
+  // The card's patient becomes the component's patient in hand.
+  Patient().PatientID(patient);
   DateTime date = cf.ReturnDate(rs["Date"].Value());
 
   vsp.DocName("Appointment Confirmation");

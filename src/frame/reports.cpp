@@ -5,6 +5,7 @@
 #include "common/format.h"
 #include "common/report_math.h"
 #include "frame/address_parts.h"
+#include "frame/patient.h"
 #include "frame/preview_form.h"
 #include "platform/host/settings.h"
 
@@ -19,6 +20,20 @@ void clsReports::Connection(const db::Connection& connection) {
   // opened, tested or closed here.
   conn_ = connection;
   has_connection_ = true;
+  // Every let makes a new patient record on the same connection.
+  patient_ = std::make_unique<clsPatient>();
+  patient_->SetHostServices(host_);
+  patient_->Connection(connection);
+}
+
+clsPatient& clsReports::Patient() {
+  if (!patient_) {
+    // Before any connection the record still exists; a PatientID let then
+    // shows its "no connection" message.
+    patient_ = std::make_unique<clsPatient>();
+    patient_->SetHostServices(host_);
+  }
+  return *patient_;
 }
 
 void clsReports::SetPrintPreview(PreviewForm* theFrm) {
@@ -28,6 +43,7 @@ void clsReports::SetPrintPreview(PreviewForm* theFrm) {
 
 void clsReports::SetHostServices(host::HostServices* services) {
   host_ = services ? services : own_host_.get();
+  if (patient_) patient_->SetHostServices(host_);
 }
 
 frame::PrintSurface& clsReports::VSP() {

@@ -25,6 +25,7 @@ namespace orv {
 
 class PreviewForm;
 class clsCommonFunctions;
+class clsPatient;
 namespace frame {
 class PrintSurface;
 }
@@ -57,6 +58,10 @@ class clsReports {
 
   // The `Progress` event: the host's sink, called with the percentage.
   std::function<void(uint8_t& Percentage)> Progress;
+
+  // Credit on account held by the patient's family by holder, rounded to the
+  // cent; IncludePostDates false leaves out cheques dated after today.
+  Currency ReturnFamilyCredit(int32_t& PatientID, bool IncludePostDates = false);
 
   // ---- Services that do not print ----
   Variant ReturnOfficeValue(const std::string& fld);
@@ -121,6 +126,8 @@ class clsReports {
   frame::PrintSurface& VSP();
   PreviewForm& Form();
   clsCommonFunctions& Common();
+  // The patient record made by the last `Connection` let.
+  clsPatient& Patient();
   host::HostServices& Host() { return *host_; }
 
   // Opens a recordset on the main connection.
@@ -132,6 +139,7 @@ class clsReports {
   bool has_connection_ = false;
   PreviewForm* form_ = nullptr;
   std::unique_ptr<clsCommonFunctions> common_;
+  std::unique_ptr<clsPatient> patient_;
   std::unique_ptr<host::HostServices> own_host_;
   host::HostServices* host_ = nullptr;
   std::vector<int32_t> employee_ids_;

@@ -1,0 +1,220 @@
+// A small hand-made practice for the account tests, on the practice schema.
+//
+// Today is fixed at Friday 2026-11-20, 10:30. Dates are stored at midnight.
+//
+// Families by holder:
+//   A: 1 Claire Tremblay (holder of herself), 2 Luc (holder 1),
+//      5 Marc (holder 1, secondary holder 3)
+//   B: 3 Priya Singh (holder of herself), 4 Arjun (holder 3); 5 Marc by his
+//      secondary holder
+//   6 Seamus O'Brien: no holder, nobody's holder
+//   8 Nadia Roy: no holder; holder of 9 Emile Gagnon
+//
+// Invoices (Total / Final / PatientTotal / IsAssignment; Complete 1 unless
+// noted):
+//   101 p1 2026-09-10  200.00 /      /  80.00 / -1  assigned: patient 80, insurer 120
+//   102 p1 2026-10-05  150.00 /      /        /  0
+//   103 p1 2026-10-20   90.00 /      /        /  0  CANCELLED on 2026-10-25
+//   104 p1 2026-11-15  300.00 /      /        /  0  Complete 0 (in progress)
+//   105 p1 2026-11-18   60.00 /      /  NULL  /  1  assigned, no patient total
+//   111 p2 2026-10-12  100.0050                     Complete -1
+//   112 p2 2001-02-28   50.0250
+//   113 p2 2001-03-01   50.0250
+//   121 p5 2026-11-01   75.00
+//   131 p3 2026-08-01   80.00
+//   141 p4 2026-11-19   40.00
+//   161 p6 2026-10-01   45.00
+//   181 p8 2026-11-02  120.00 / 100.0050
+//   182 p8 2026-11-02   80.0050 / 0
+//   183 p8 2026-11-02   70.0250 / -5.00
+//   184 p8 2001-02-28   50.0250
+//   185 p8 2001-03-01   50.0250
+//   186 p8 2026-11-02   33.3350                     Complete 0
+//   187 p8 2026-11-02   33.3350                     Complete NULL
+//   188 p8 2026-11-02   NULL    / 10.00
+//   189 p8 (no date)    20.0050
+//   191 p9 2026-11-03   66.65
+//
+// Payments (Value / TotalAllocated / TotalToCredit, entered, cheque date,
+// IsInsurance, InitialProviderID) and their shares on invoices:
+//   201 p1   80 /  80 /  0   09-15 09-15  0     prov 1  80 on 101 (09-15)
+//   202 p1  120 / 120 /  0   10-01 10-01  1     prov 1 120 on 101 (10-01)
+//   203 p1  200 / 150 / 50   10-06 10-06  NULL  prov 2 150 on 102 (10-06)
+//   204 p1   40 /  40 /  0   11-10 11-21  0     prov 1  40 on 105 (11-21)  post-dated: tomorrow
+//   205 p1   30 /   0 / 30   11-12 12-01  0     prov 1  post-dated credit
+//   211 p2  100 / 100 /  0   10-15 10-15  0     100 on 111 (10-15)
+//   212 p2   26 /   0 / 26   11-01 11-01  0
+//   221 p5   10.0050 / 0 / 10.0050  11-05 11-05  0
+//   232 p3   60 /   0 / 60   10-01 10-01  0
+//   233 p3   15 /   0 / 15   10-02 10-02  1     insurer's money on account
+//   241 p4   80 /  80 /  0   08-05 08-05  0     80 on 131, Priya's invoice
+//   261 p6   20 /   0 / 20   09-01 09-01  0
+//   281 p8  100.04 / 100.04 / 0  06-01 06-01  0  50.02 on 184, 50.02 on 185
+//   291 p9   33.3250 / 33.3250 / 0  11-04 11-04  0  33.3250 on 191 (11-04)
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+
+#include "common/currency.h"
+#include "common/datetime.h"
+#include "platform/db/connection.h"
+#include "platform/practice/schema.h"
+
+namespace orv {
+// Failure messages show amounts as "12.3450".
+inline void PrintTo(Currency c, std::ostream* os) {
+  *os << c.ToFixed4();
+}
+}  // namespace orv
+
+namespace orv::testing {
+
+inline const char* kAccountRows = R"sql(
+INSERT INTO Patient (ID, FirstName, LastName, MiddleInitial, Title, FullName, Address, SIN,
+  SignupDate, EmployerID, SecondaryEmployerID, ThirdEmployerID, DefaultOfficeID,
+  PrimaryHolderID, SecondaryHolderID, ResponsibleFamilyMemberID) VALUES
+ (1, 'Claire', 'Tremblay', 'J', 'Mrs.', 'Tremblay, Claire',
+  '12 Main St' || char(13) || char(10) || 'Ottawa, ON' || char(13) || char(10) || 'K1A 0B1',
+  '046454286', '2019-04-02 00:00:00', 11, 12, 13, 2, 1, NULL, 1),
+ (2, 'Luc', 'Tremblay', NULL, NULL, 'Tremblay, Luc', NULL, NULL, NULL, NULL, NULL, NULL, NULL,
+  1, NULL, 1),
+ (3, 'Priya', 'Singh', NULL, NULL, 'Singh, Priya', NULL, NULL, NULL, NULL, NULL, NULL, 1,
+  3, NULL, 3),
+ (4, 'Arjun', 'Singh', NULL, NULL, 'Singh, Arjun', NULL, NULL, NULL, NULL, NULL, NULL, 1,
+  3, NULL, 3),
+ (5, 'Marc', 'Tremblay', NULL, NULL, 'Tremblay, Marc', NULL, NULL, NULL, NULL, NULL, NULL, 1,
+  1, 3, 1),
+ (6, 'Seamus', 'O''Brien', NULL, NULL, 'O''Brien, Seamus', NULL, NULL, NULL, NULL, NULL, NULL, 1,
+  NULL, NULL, 6),
+ (8, 'Nadia', 'Roy', NULL, NULL, 'Roy, Nadia', NULL, NULL, NULL, NULL, NULL, NULL, 1,
+  NULL, NULL, 8),
+ (9, 'Emile', 'Gagnon', NULL, NULL, 'Gagnon, Emile', NULL, NULL, NULL, NULL, NULL, NULL, 1,
+  8, NULL, 9);
+
+INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], Cancelled,
+  CancellationDate, InvoiceTotal, InvoiceFinalTotal, PatientTotal, IsAssignment) VALUES
+ (101, 1001, 1, '2026-09-10 00:00:00', 540, 1, NULL, NULL, 200, NULL, 80, -1),
+ (102, 1002, 1, '2026-10-05 00:00:00', 600, 1, NULL, NULL, 150, NULL, NULL, 0),
+ (103, 1003, 1, '2026-10-20 00:00:00', 600, 1, 1, '2026-10-25 00:00:00', 90, NULL, NULL, 0),
+ (104, 1004, 1, '2026-11-15 00:00:00', 600, 0, NULL, NULL, 300, NULL, NULL, 0),
+ (105, 1005, 1, '2026-11-18 00:00:00', 600, 1, NULL, NULL, 60, NULL, NULL, 1),
+ (111, 1011, 2, '2026-10-12 00:00:00', 600, -1, NULL, NULL, 100.005, NULL, NULL, NULL),
+ (112, 1012, 2, '2001-02-28 00:00:00', 600, 1, NULL, NULL, 50.025, NULL, NULL, 0),
+ (113, 1013, 2, '2001-03-01 00:00:00', 600, 1, NULL, NULL, 50.025, NULL, NULL, 0),
+ (121, 1021, 5, '2026-11-01 00:00:00', 600, 1, NULL, NULL, 75, NULL, NULL, 0),
+ (131, 1031, 3, '2026-08-01 00:00:00', 600, 1, NULL, NULL, 80, NULL, NULL, 0),
+ (141, 1041, 4, '2026-11-19 00:00:00', 600, 1, NULL, NULL, 40, NULL, NULL, 0),
+ (161, 1061, 6, '2026-10-01 00:00:00', 600, 1, NULL, NULL, 45, NULL, NULL, 0),
+ (181, 1081, 8, '2026-11-02 00:00:00', 600, 1, NULL, NULL, 120, 100.005, NULL, 0),
+ (182, 1082, 8, '2026-11-02 00:00:00', 600, 1, NULL, NULL, 80.005, 0, NULL, 0),
+ (183, 1083, 8, '2026-11-02 00:00:00', 600, 1, NULL, NULL, 70.025, -5, NULL, 0),
+ (184, 1084, 8, '2001-02-28 00:00:00', 600, 1, NULL, NULL, 50.025, NULL, NULL, 0),
+ (185, 1085, 8, '2001-03-01 00:00:00', 600, 1, NULL, NULL, 50.025, NULL, NULL, 0),
+ (186, 1086, 8, '2026-11-02 00:00:00', 600, 0, NULL, NULL, 33.335, NULL, NULL, 0),
+ (187, 1087, 8, '2026-11-02 00:00:00', 600, NULL, NULL, NULL, 33.335, NULL, NULL, 0),
+ (188, 1088, 8, '2026-11-02 00:00:00', 600, 1, NULL, NULL, NULL, 10, NULL, 0),
+ (189, 1089, 8, NULL, 600, 1, NULL, NULL, 20.005, NULL, NULL, 0),
+ (191, 1091, 9, '2026-11-03 00:00:00', 600, 1, NULL, NULL, 66.65, NULL, NULL, 0);
+
+-- The treatment lines of the assigned invoice, split into the patient's and
+-- the insurer's portion. The invoice-level model reads the invoice totals,
+-- not these lines.
+INSERT INTO InvoiceDetails (ID, InvoiceID, Code, Cost, PatientCost, PrimaryInsCost,
+  SecondaryInsCost, TertiaryInsCost, Status, [Date], EntryDate) VALUES
+ (1, 101, '01202', 120, 48, 72, 0, 0, 'Complete', '2026-09-10 00:00:00', '2026-09-10 00:00:00'),
+ (2, 101, '11101', 80, 32, 48, 0, 0, 'Complete', '2026-09-10 00:00:00', '2026-09-10 00:00:00'),
+ (3, 102, '23111', 150, 150, 0, 0, 0, 'Complete', '2026-10-05 00:00:00', '2026-10-05 00:00:00');
+
+INSERT INTO InvoicePayments (ID, PatientID, PaymentTypeID, InitialProviderID, Value,
+  TotalAllocated, TotalToCredit, [Date], CheckDate, [Check#], IsInsurance) VALUES
+ (201, 1, 1, 1, 80, 80, 0, '2026-09-15 00:00:00', '2026-09-15 00:00:00', '0', 0),
+ (202, 1, 3, 1, 120, 120, 0, '2026-10-01 00:00:00', '2026-10-01 00:00:00', '0', 1),
+ (203, 1, 2, 2, 200, 150, 50, '2026-10-06 00:00:00', '2026-10-06 00:00:00', '311', NULL),
+ (204, 1, 2, 1, 40, 40, 0, '2026-11-10 00:00:00', '2026-11-21 00:00:00', '312', 0),
+ (205, 1, 2, 1, 30, 0, 30, '2026-11-12 00:00:00', '2026-12-01 00:00:00', '313', 0),
+ (211, 2, 1, 1, 100, 100, 0, '2026-10-15 00:00:00', '2026-10-15 00:00:00', '0', 0),
+ (212, 2, 1, 1, 26, 0, 26, '2026-11-01 00:00:00', '2026-11-01 00:00:00', '0', 0),
+ (221, 5, 1, 1, 10.005, 0, 10.005, '2026-11-05 00:00:00', '2026-11-05 00:00:00', '0', 0),
+ (232, 3, 1, 1, 60, 0, 60, '2026-10-01 00:00:00', '2026-10-01 00:00:00', '0', 0),
+ (233, 3, 3, 1, 15, 0, 15, '2026-10-02 00:00:00', '2026-10-02 00:00:00', '0', 1),
+ (241, 4, 1, 1, 80, 80, 0, '2026-08-05 00:00:00', '2026-08-05 00:00:00', '0', 0),
+ (261, 6, 1, 1, 20, 0, 20, '2026-09-01 00:00:00', '2026-09-01 00:00:00', '0', 0),
+ (281, 8, 1, 1, 100.04, 100.04, 0, '2026-06-01 00:00:00', '2026-06-01 00:00:00', '0', 0),
+ (291, 9, 1, 1, 33.325, 33.325, 0, '2026-11-04 00:00:00', '2026-11-04 00:00:00', '0', 0);
+
+INSERT INTO InvoicePaymentDetails (ID, InvoicePaymentID, InvoiceID, Amount, [Date]) VALUES
+ (1, 201, 101, 80, '2026-09-15 00:00:00'),
+ (2, 202, 101, 120, '2026-10-01 00:00:00'),
+ (3, 203, 102, 150, '2026-10-06 00:00:00'),
+ (4, 204, 105, 40, '2026-11-21 00:00:00'),
+ (5, 211, 111, 100, '2026-10-15 00:00:00'),
+ (6, 241, 131, 80, '2026-08-05 00:00:00'),
+ (7, 281, 184, 50.02, '2026-06-01 00:00:00'),
+ (8, 281, 185, 50.02, '2026-06-01 00:00:00'),
+ (9, 291, 191, 33.325, '2026-11-04 00:00:00');
+)sql";
+
+// Each test gets its own database file with the practice schema and the
+// rows above, and a fixed today.
+class AccountFixture : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 30, 0));
+    static std::atomic<int> counter{0};
+    path_ = (std::filesystem::temp_directory_path() /
+             ("orvenda_accounts_" + std::to_string(::getpid()) + "_" + std::to_string(counter++) +
+              ".db"))
+                .string();
+    std::filesystem::remove(path_);
+    sqlite3* db = nullptr;
+    sqlite3_open(path_.c_str(), &db);
+    // A throw-away file: no journal on disk and no waiting for the disk.
+    RunRaw(db, "PRAGMA journal_mode=MEMORY; PRAGMA synchronous=OFF;");
+    practice::CreateSchema(db);
+    RunRaw(db, kAccountRows);
+    sqlite3_close(db);
+    conn_.Open("sqlite:" + path_);
+  }
+
+  void TearDown() override {
+    conn_.Close();
+    std::filesystem::remove(path_);
+    Clock::UseSystem();
+  }
+
+  // Runs SQLite text on the fixture's file, behind the connection's back
+  // (the data changes; the schema does not).
+  void Exec(const std::string& sql) {
+    sqlite3* db = nullptr;
+    sqlite3_open(path_.c_str(), &db);
+    RunRaw(db, sql);
+    sqlite3_close(db);
+  }
+
+  static DateTime Day(int y, int m, int d) { return DateTime::FromParts(y, m, d); }
+  static Currency Money(const char* text) { return Currency::FromDecimalText(text); }
+
+  db::Connection conn_;
+
+ private:
+  static void RunRaw(sqlite3* db, const std::string& sql) {
+    char* err = nullptr;
+    if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
+      std::string msg = err ? err : "?";
+      sqlite3_free(err);
+      throw std::runtime_error("fixture SQL failed: " + msg);
+    }
+  }
+
+  std::string path_;
+};
+
+}  // namespace orv::testing
