@@ -1,0 +1,1 @@
+SELECT FeeGuides.*, FeeGuideDetails.*, FeeCodes.* FROM FeeCodes INNER JOIN (FeeGuides INNER JOIN FeeGuideDetails ON FeeGuides.ID = FeeGuideDetails.FeeGuideID) ON FeeCodes.ID = FeeGuideDetails.FeeCodeID where FeeGuides.ID = 1 ORDER BY FeeGuideDetails.FeeCodeID

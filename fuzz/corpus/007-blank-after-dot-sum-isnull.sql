@@ -1,0 +1,1 @@
+SELECT SUM(ISNULL(InvoicePaymentDetails.Amount, 0)) AS theTotal FROM Invoicepayments  INNER JOIN InvoicePaymentDetails On InvoicePayments.ID = InvoicePaymentDetails. InvoicePaymentId WHERE (InvoicePaymentDetails.Date < '2026-11-01') AND (InvoicePayments.InitialProviderID = 2)

@@ -1,0 +1,1 @@
+SELECT ID, LastName + ', ' + FirstName AS PatientName FROM Patient ORDER BY LastName, FirstName

@@ -1,0 +1,1 @@
+SELECT Employees.*, 'DisplayName' = CASE WHEN ChairID IS NULL THEN LastName + ', ' + FirstName  ELSE LastName +', ' + FirstName + ' ' + ChairID END FROM Employees WHERE FirstName <> N'(None)' AND ( TypeID = 3 or TypeID = 5 or TypeID = 10 or TypeID = 13 or TypeID = 8 OR TypeID = 12 OR TypeID = 13 OR TypeID = 14 OR TypeID = 15 OR TypeID = 16 OR TypeID = 17) ORDER BY DisplayName

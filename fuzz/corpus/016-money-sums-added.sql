@@ -1,0 +1,1 @@
+Select SUM(Cost) as TotalFee, SUM(BenefitAmountProcedure) + SUM(SecondBenefitAmount) as TotalBenefits, SUM(Cost) -  (SUM(BenefitAmountProcedure) + SUM(SecondBenefitAmount)) as TotalPatient FROM PatientPredTreatmentDetails where PatientPredTreatmentsID = 1

@@ -1,0 +1,1 @@
+Select ISNULL(SUM(InvoicePayments.Value), 0) as Payment FROM InvoicePayments INNER JOIN Patient ON InvoicePayments.PatientID = Patient.ID WHERE Patient.ResponsibleFamilyMemberID = 1 AND InvoicePayments.CheckDate <= '2026-11-17' AND TotalAllocated = 0 AND (IsInsurance = 0 OR IsInsurance IS NULL)

@@ -1,0 +1,1 @@
+SELECT COUNT(Code) AS CodeCount From Invoices INNER JOIN InvoiceDetails ON Invoices.ID = InvoiceDetails.InvoiceID INNER JOIN Patient ON Invoices.PatientID = Patient.ID INNER JOIN FeeCodes ON InvoiceDetails.Code = FeeCodes.ID WHERE Patient.ReferringDentistID = 2 AND InvoiceDetails.Code = 01101

@@ -1,0 +1,1 @@
+SELECT * FROM ReferralAlerts WHERE EmployeeID=2

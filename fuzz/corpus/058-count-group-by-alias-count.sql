@@ -1,0 +1,1 @@
+SELECT COUNT(ID) as Count, EmployeeID FROM EmployeeCodeSplit group by EmployeeID

@@ -1,0 +1,1 @@
+SELECT DISTINCT PaymentTypeid, Invoices.ID, SUM(InvoicePaymentDetails.Amount) AS theTotal FROM Invoices INNER JOIN InvoicePaymentDetails ON Invoices.ID = InvoicePaymentDetails.InvoiceID INNER JOIN InvoicePayments ON InvoicePaymentDetails.InvoicePaymentID = InvoicePayments.ID WHERE Invoices.ProviderID = 3 GROUP BY Invoices.ID, paymenttypeid

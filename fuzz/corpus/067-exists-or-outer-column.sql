@@ -1,0 +1,1 @@
+SELECT COUNT(*) FROM InvoicePayments WHERE EXISTS (SELECT * FROM InvoicePaymentDetails WHERE ([Date] >= '2026-11-01' AND [Date] <= '2026-11-30') AND InvoicePaymentDetails.InvoicePaymentID = InvoicePayments.ID) OR ([Date] >= '2026-11-01' AND [Date] <= '2026-11-30')

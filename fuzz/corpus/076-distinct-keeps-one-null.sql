@@ -1,0 +1,1 @@
+Select distinct accountID from invoicepaymentallocations inner join invoicedetails on invoicepaymentallocations.InvoiceDetailsID = invoicedetails.ID inner join invoicepayments on invoicepayments.ID = invoicepaymentallocations.InvoicePaymentID where cancelled is null and Value > 0 and invoicedetails.ID =11

@@ -1,0 +1,68 @@
+// Shared by the T-SQL layer's tests: the practice fixture in memory, and
+// running a translated statement into rows printed the way the conformance
+// cases print them (money with four decimals, NULL, dates as stored).
+#pragma once
+
+#include <sqlite3.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/sql/translate.h"
+
+namespace orv::sql::testing {
+
+// An in-memory database built from the shared fixture.sql, with the
+// layer's functions registered and the clock fixed to 2026-11-20 10:00:00.
+class FixtureDb {
+ public:
+  FixtureDb();
+  ~FixtureDb();
+  FixtureDb(const FixtureDb&) = delete;
+  FixtureDb& operator=(const FixtureDb&) = delete;
+
+  sqlite3* db() const { return db_; }
+  const Schema& schema() const { return schema_; }
+
+  // Result of one statement: the header (column names) and the rows, each
+  // value printed by its column's ValueKind.
+  struct Result {
+    std::vector<std::string> header;
+    std::vector<std::vector<std::string>> rows;
+  };
+  // Translates `tsql` and runs it. Throws SqlError from the translation;
+  // an engine error fails the calling test with the printed SQL.
+  Result Run(const std::string& tsql) const;
+  // Translates and runs `tsql` expecting the engine to fail it; returns the
+  // engine's message, or "" when it ran.
+  std::string RunError(const std::string& tsql) const;
+  // Runs engine SQL as is (no translation) and returns the first column of
+  // the first row as text, "NULL" for none.
+  std::string Scalar(const std::string& engine_sql) const;
+
+ private:
+  sqlite3* db_ = nullptr;
+  Schema schema_;
+};
+
+// One value printed by its kind: money "%.4f", NULL as "NULL", integers as
+// plain decimals, everything else as the engine's text.
+std::string FormatValue(sqlite3_stmt* stmt, int column, ValueKind kind);
+
+// A statement and the rows SQL Server returns for it on the fixture, each
+// row's values joined by tabs. A value written `~N` matches any number
+// within 1e-9 of N (decimal and float results).
+struct RowCase {
+  const char* name;
+  const char* tsql;
+  std::vector<std::string> rows;
+  bool ordered = true;
+};
+
+// Runs `c` on `db` and compares its rows (in order, or as a multiset).
+void ExpectRows(const FixtureDb& db, const RowCase& c);
+
+// Reads a whole file; empty when it cannot be read.
+std::string ReadFile(const std::string& path);
+
+}  // namespace orv::sql::testing
