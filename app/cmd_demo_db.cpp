@@ -1,0 +1,85 @@
+// orvenda-reports demo-db FILE [--patients N] [--seed S] [--today yyyy-mm-dd]
+//
+// Writes the demo practice into a new SQLite file. "Today" is the --today
+// option or the fixed clock, never the system clock, so one seed and one
+// today give one file.
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "command.h"
+#include "common/datetime.h"
+#include "platform/practice/demo_practice.h"
+
+namespace orv::app {
+namespace {
+
+bool ParseCount(const std::string& text, long long min, long long& out) {
+  char* end = nullptr;
+  out = std::strtoll(text.c_str(), &end, 10);
+  return !text.empty() && *end == '\0' && out >= min;
+}
+
+int RunDemoDb(const std::vector<std::string>& args) {
+  std::string path;
+  practice::DemoOptions options;
+  // Without --today the history ends on the day the demo fixtures use.
+  DateTime today = Clock::IsFixed() ? Clock::Today() : DateTime::FromParts(2026, 11, 20);
+  for (size_t i = 0; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    const bool has_value = i + 1 < args.size();
+    long long n = 0;
+    if (a == "--patients" && has_value) {
+      if (!ParseCount(args[++i], 1, n) || n > 10000000) {
+        std::fprintf(stderr, "orvenda-reports demo-db: --patients wants a number from 1\n");
+        return 2;
+      }
+      options.patients = static_cast<int>(n);
+    } else if (a == "--seed" && has_value) {
+      if (!ParseCount(args[++i], 0, n)) {
+        std::fprintf(stderr, "orvenda-reports demo-db: --seed wants a whole number\n");
+        return 2;
+      }
+      options.seed = static_cast<uint64_t>(n);
+    } else if (a == "--today" && has_value) {
+      if (!ApplyToday(args[++i])) return 2;
+      today = Clock::Today();
+    } else if (!a.empty() && a[0] != '-' && path.empty()) {
+      path = a;
+    } else {
+      std::fprintf(stderr, "orvenda-reports demo-db: unexpected argument '%s'\n", a.c_str());
+      return 2;
+    }
+  }
+  if (path.empty()) {
+    std::fprintf(stderr, "usage: orvenda-reports demo-db FILE [--patients N] [--seed S] [--today yyyy-mm-dd]\n");
+    return 2;
+  }
+  options.today_year = today.Year();
+  options.today_month = today.Month();
+  options.today_day = today.Day();
+  try {
+    const auto t0 = std::chrono::steady_clock::now();
+    const auto s = practice::WriteDemoPracticeFile(path, options);
+    const double secs =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+    std::printf("%s: %lld patients, %lld invoices, %lld payments, %lld appointments, %lld rows in %.1f s\n",
+                path.c_str(), static_cast<long long>(s.patients), static_cast<long long>(s.invoices),
+                static_cast<long long>(s.payments), static_cast<long long>(s.appointments),
+                static_cast<long long>(s.rows), secs);
+    return 0;
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "orvenda-reports demo-db: %s\n", e.what());
+    return 1;
+  }
+}
+
+const CommandRegistrar kRegister({"demo-db",
+                                  "demo-db FILE [--patients N] [--seed S] [--today yyyy-mm-dd]",
+                                  "Writes a made-up dental practice into a new SQLite file.",
+                                  RunDemoDb});
+
+}  // namespace
+}  // namespace orv::app

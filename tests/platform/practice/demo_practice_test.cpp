@@ -1,0 +1,209 @@
+// The demo practice checked with raw SQL: the money relationships the
+// account reports compute with, keys that point somewhere, every column
+// filled, and the same file for the same seed.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "platform/practice/demo_practice.h"
+
+namespace orv::practice {
+namespace {
+
+class DemoPractice : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    sqlite3_open(":memory:", &db_);
+    DemoOptions o;
+    o.patients = 500;
+    o.seed = 7;
+    summary_ = WriteDemoPractice(db_, o);
+  }
+  static void TearDownTestSuite() { sqlite3_close(db_); }
+
+  static long long Count(const std::string& sql) {
+    sqlite3_stmt* st = nullptr;
+    EXPECT_EQ(sqlite3_prepare_v2(db_, sql.c_str(), -1, &st, nullptr), SQLITE_OK) << sql;
+    long long n = -1;
+    if (sqlite3_step(st) == SQLITE_ROW) n = sqlite3_column_int64(st, 0);
+    sqlite3_finalize(st);
+    return n;
+  }
+
+  static sqlite3* db_;
+  static DemoSummary summary_;
+};
+sqlite3* DemoPractice::db_ = nullptr;
+DemoSummary DemoPractice::summary_;
+
+TEST_F(DemoPractice, MakesThePatientsAskedForWithHistory) {
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM Patient"), 500);
+  EXPECT_GT(summary_.invoices, 1000);
+  EXPECT_GT(summary_.payments, 1000);
+  EXPECT_GT(Count("SELECT COUNT(*) FROM PatientAppointments WHERE Date > '2026-11-20'"), 50);
+}
+
+TEST_F(DemoPractice, InvoiceTotalsAreTheSumOfTheirLines) {
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM Invoices i WHERE ROUND(InvoiceTotal, 2) <> "
+                  "(SELECT ROUND(SUM(Cost), 2) FROM InvoiceDetails d WHERE d.InvoiceID = i.ID)"),
+            0);
+  // Each line splits into the patient's and the insurers' shares.
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM InvoiceDetails WHERE ROUND(Cost - PatientCost - "
+                  "PrimaryInsCost - SecondaryInsCost - IFNULL(TertiaryInsCost, 0), 2) <> 0"),
+            0);
+  // PatientTotal of an assigned invoice is the patients' share of its lines.
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM Invoices i WHERE IsAssignment <> 0 AND "
+                  "ROUND(PatientTotal, 2) <> (SELECT ROUND(SUM(PatientCost), 2) FROM "
+                  "InvoiceDetails d WHERE d.InvoiceID = i.ID)"),
+            0);
+}
+
+TEST_F(DemoPractice, APaymentsDetailsPlusItsCreditEqualItsValue) {
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM InvoicePayments p WHERE ROUND(TotalAllocated, 2) <> "
+                  "ROUND(IFNULL((SELECT SUM(Amount) FROM InvoicePaymentDetails d WHERE "
+                  "d.InvoicePaymentID = p.ID), 0), 2)"),
+            0);
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM InvoicePayments WHERE "
+                  "ROUND(Value - TotalAllocated - TotalToCredit, 2) <> 0"),
+            0);
+  // Allocations of a payment add up to its details.
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM InvoicePayments p WHERE ROUND(TotalAllocated, 2) <> "
+                  "ROUND(IFNULL((SELECT SUM(Amount) FROM InvoicePaymentAllocations a WHERE "
+                  "a.InvoicePaymentID = p.ID), 0), 2)"),
+            0);
+}
+
+TEST_F(DemoPractice, AllocationsLieOnCompleteLinesOfThePayersFamily) {
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM InvoicePaymentAllocations a "
+                  "JOIN InvoiceDetails d ON d.ID = a.InvoiceDetailsID "
+                  "JOIN Invoices i ON i.ID = d.InvoiceID "
+                  "JOIN InvoicePayments p ON p.ID = a.InvoicePaymentID "
+                  "JOIN Patient payer ON payer.ID = p.PatientID "
+                  "JOIN Patient owner ON owner.ID = i.PatientID "
+                  "WHERE d.Status <> 'Complete' OR a.PatientID <> i.PatientID OR "
+                  "payer.ResponsibleFamilyMemberID <> owner.ResponsibleFamilyMemberID"),
+            0);
+  // No line receives more than it costs, on either side.
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM InvoiceDetails d WHERE ROUND((SELECT IFNULL(SUM(Amount), 0) "
+                  "FROM InvoicePaymentAllocations a WHERE a.InvoiceDetailsID = d.ID), 2) > "
+                  "ROUND(d.Cost, 2)"),
+            0);
+}
+
+TEST_F(DemoPractice, BulkPaymentsAddUpTheirInsurerPayments) {
+  EXPECT_GT(Count("SELECT COUNT(*) FROM BulkPayments"), 0);
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM BulkPayments b WHERE ROUND(Amount, 2) <> ROUND((SELECT "
+                  "SUM(p.Value) FROM BulkPaymentDetails x JOIN InvoicePayments p ON p.ID = "
+                  "x.InvoicePaymentID WHERE x.BulkPaymentID = b.ID), 2)"),
+            0);
+}
+
+TEST_F(DemoPractice, EveryKindOfPaymentOccurs) {
+  for (int type = 1; type <= 11; ++type)
+    EXPECT_GT(Count("SELECT COUNT(*) FROM InvoicePayments WHERE PaymentTypeID = " +
+                    std::to_string(type)),
+              0)
+        << "payment type " << type;
+  EXPECT_GT(Count("SELECT COUNT(*) FROM InvoicePayments WHERE CheckDate > '2026-11-20'"), 0);
+  EXPECT_GT(Count("SELECT COUNT(*) FROM InvoicePayments WHERE TotalToCredit > 0"), 0);
+  EXPECT_GT(Count("SELECT COUNT(*) FROM Invoices WHERE InterestInvoiceID IS NOT NULL"), 0);
+  EXPECT_GT(Count("SELECT COUNT(*) FROM Invoices WHERE [Complete?] = 0"), 0);
+  EXPECT_GT(Count("SELECT COUNT(*) FROM Invoices WHERE Cancelled = 1"), 0);
+}
+
+TEST_F(DemoPractice, PaidOffInvoicesCarryTheirFinalFigures) {
+  EXPECT_GT(Count("SELECT COUNT(*) FROM Invoices WHERE FinalDate IS NOT NULL"), 0);
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM Invoices i WHERE FinalDate IS NOT NULL AND "
+                  "ROUND(InvoiceTotal, 2) <> ROUND((SELECT SUM(Amount) FROM "
+                  "InvoicePaymentDetails d WHERE d.InvoiceID = i.ID), 2)"),
+            0);
+}
+
+struct Link {
+  const char* table;
+  const char* column;
+  const char* target;
+};
+const Link kLinks[] = {
+    {"Invoices", "PatientID", "Patient"},          {"Invoices", "ProviderID", "Employees"},
+    {"Invoices", "AppointmentID", "PatientAppointments"},
+    {"Invoices", "InterestInvoiceID", "Invoices"}, {"InvoiceDetails", "InvoiceID", "Invoices"},
+    {"InvoicePayments", "PatientID", "Patient"},   {"InvoicePayments", "PaymentTypeID", "PaymentTypes"},
+    {"InvoicePayments", "AccountID", "Accounts"},  {"InvoicePayments", "InsuranceID", "InsuranceCompany"},
+    {"InvoicePaymentDetails", "InvoicePaymentID", "InvoicePayments"},
+    {"InvoicePaymentDetails", "InvoiceID", "Invoices"},
+    {"InvoicePaymentAllocations", "InvoiceDetailsID", "InvoiceDetails"},
+    {"BulkPaymentDetails", "InvoicePaymentID", "InvoicePayments"},
+    {"Patient", "ResponsibleFamilyMemberID", "Patient"}, {"Patient", "PrimaryHolderID", "Patient"},
+    {"Patient", "SecondaryHolderID", "Patient"},   {"Patient", "DoctorID", "Employees"},
+    {"Patient", "ReferringDentistID", "ReferringDentists"}, {"Patient", "EmployerID", "Employers"},
+    {"Patient", "InsuranceID", "InsuranceCompany"}, {"Patient", "OfficeID", "OfficeInformation"},
+    {"PatientAppointments", "PatientID", "Patient"}, {"PatientAppointments", "ProcedureCat", "ProcedureCategories"},
+    {"PatientAppointmentCodes", "PatientAppointmentID", "PatientAppointments"},
+    {"PatientAppointmentCodes", "Code", "FeeCodes"}, {"InvoiceDetails", "Code", "FeeCodes"},
+    {"PatientEDIResponses", "EDISendID", "PatientEDISends"},
+    {"PatientPredTreatmentDetails", "PatientPredTreatmentsID", "PatientPredTreatments"},
+    {"PatientProgressNoteDetails", "PatientProgressNoteID", "PatientProgressNotes"},
+    {"Employers", "InsuranceID", "InsuranceCompany"}, {"Punch", "UserID", "Employees"},
+};
+
+TEST_F(DemoPractice, NoKeyPointsNowhere) {
+  for (const auto& l : kLinks) {
+    const std::string sql = std::string("SELECT COUNT(*) FROM ") + l.table + " x WHERE x." +
+                            l.column + " IS NOT NULL AND NOT EXISTS (SELECT 1 FROM " + l.target +
+                            " t WHERE t.ID = x." + l.column + ")";
+    EXPECT_EQ(Count(sql), 0) << l.table << "." << l.column;
+  }
+}
+
+TEST_F(DemoPractice, EveryColumnIsFilledSomewhere) {
+  for (const auto& t : Tables())
+    for (const auto& c : t.columns)
+      EXPECT_GT(Count("SELECT COUNT(*) FROM " + QuoteName(t.name) + " WHERE " +
+                      QuoteName(c.name) + " IS NOT NULL"),
+                0)
+          << t.name << "." << c.name;
+}
+
+TEST_F(DemoPractice, AddressesHaveTheLinesThatReturnAddressPartTakesApart) {
+  // Street CR LF [street 2 CR LF] "City, PR" CR LF postal code.
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM Patient WHERE Address NOT LIKE '%' || char(13, 10) || "
+                  "'%, __' || char(13, 10) || '___ ___'"),
+            0);
+  EXPECT_GT(Count("SELECT COUNT(*) FROM Patient WHERE Language = 'F'"), 0);
+}
+
+std::string FileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+TEST(DemoPracticeFile, SameSeedGivesTheSameFileAndAnotherSeedAnother) {
+  const std::string dir = ::testing::TempDir();
+  DemoOptions o;
+  o.patients = 60;
+  o.seed = 3;
+  WriteDemoPracticeFile(dir + "demo_a.db", o);
+  WriteDemoPracticeFile(dir + "demo_b.db", o);
+  o.seed = 4;
+  WriteDemoPracticeFile(dir + "demo_c.db", o);
+  const std::string a = FileBytes(dir + "demo_a.db");
+  EXPECT_FALSE(a.empty());
+  EXPECT_EQ(a, FileBytes(dir + "demo_b.db"));
+  EXPECT_NE(a, FileBytes(dir + "demo_c.db"));
+}
+
+TEST(DemoPracticeFile, RefusesAnEmptyPractice) {
+  sqlite3* db = nullptr;
+  sqlite3_open(":memory:", &db);
+  DemoOptions o;
+  o.patients = 0;
+  EXPECT_THROW(WriteDemoPractice(db, o), SchemaError);
+  sqlite3_close(db);
+}
+
+}  // namespace
+}  // namespace orv::practice
