@@ -3,7 +3,7 @@
 # only those that are missing. Safe to run again.
 set -euo pipefail
 pkgs=(build-essential cmake pkg-config libgtest-dev libsqlite3-dev sqlite3 libpq-dev
-      libcairo2-dev libpango1.0-dev libfmt-dev libfreetype-dev libfontconfig-dev fonts-dejavu-core fonts-wine fonts-liberation
+      libcairo2-dev libpango1.0-dev libfmt-dev libfreetype-dev libfontconfig-dev libjpeg-dev fonts-dejavu-core fonts-wine fonts-liberation
       poppler-utils qpdf python3
       clang libclang-rt-14-dev postgresql)
 missing=()

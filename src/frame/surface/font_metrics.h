@@ -1,0 +1,78 @@
+// Text measurement from TrueType files loaded by path.
+//
+// The advance widths and vertical metrics come straight from the font file's
+// `cmap`, `hmtx`, `head` and `OS/2` tables, so a layout is the same on every
+// machine that has the same font packages, whatever the system's font
+// configuration says. Kerning is not applied, and the renderers do not apply
+// it either, so measured and painted widths agree.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/render/display_list.h"
+#include "platform/render/twips.h"
+
+namespace orv::frame {
+
+// Metrics of one font file. Advances of the Basic Multilingual Plane are read
+// into a flat table once, which makes measuring a string a sum of lookups.
+class FontMetrics {
+ public:
+  // Reads the file; throws SurfaceError when it is missing or not TrueType.
+  static std::shared_ptr<const FontMetrics> Load(const std::string& path);
+
+  int units_per_em() const { return units_per_em_; }
+  // Ascent and descent as the host platform measures a line: the font's
+  // "win" metrics, in font units.
+  int ascent() const { return ascent_; }
+  int descent() const { return descent_; }
+
+  // Advance of one character in font units; characters the font lacks take
+  // the advance of its missing-glyph shape.
+  int Advance(char32_t c) const { return c < advances_.size() ? advances_[c] : missing_advance_; }
+  // Sum of the advances of a UTF-8 string, in font units.
+  int64_t Units(std::string_view utf8) const;
+
+  Twips Width(std::string_view utf8, double size_pt) const { return Scale(Units(utf8), size_pt); }
+  Twips Scale(int64_t units, double size_pt) const {
+    return Twips(double(units) * size_pt * Twips::kPerPoint / units_per_em_);
+  }
+  Twips LineHeight(double size_pt) const { return Scale(ascent_ + descent_, size_pt); }
+  Twips Ascent(double size_pt) const { return Scale(ascent_, size_pt); }
+
+ private:
+  int units_per_em_ = 2048;
+  int ascent_ = 0;
+  int descent_ = 0;
+  uint16_t missing_advance_ = 0;
+  std::vector<uint16_t> advances_;  // indexed by code point, 0..0xFFFF
+};
+
+// A font as the reports name it, resolved to a file and its metrics.
+struct ResolvedFont {
+  render::FontFace face;
+  std::shared_ptr<const FontMetrics> metrics;
+};
+
+// Maps family names to the free, metric-compatible fonts installed with the
+// project's font packages:
+//   "Tahoma"        -> Tahoma of fonts-wine (regular and bold files)
+//   "Arial Narrow"  -> Liberation Sans Narrow of fonts-liberation
+//   "Arial"         -> Liberation Sans
+//   anything else   -> DejaVu Sans of fonts-dejavu-core
+// Files are loaded once per process and shared.
+class FontLibrary {
+ public:
+  static ResolvedFont Resolve(std::string_view family, bool bold, bool italic);
+};
+
+// Decodes one code point from UTF-8 at `i` and advances `i`. A byte that does
+// not start a valid sequence is taken as a Latin-1 character, so text from an
+// older code page still measures and prints.
+char32_t NextCodePoint(std::string_view s, size_t& i);
+
+}  // namespace orv::frame

@@ -1,0 +1,401 @@
+#include "frame/surface/surface.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "frame/surface/surface_error.h"
+
+namespace orv::frame {
+
+PrintSurface::PrintSurface() = default;
+
+// ---------------------------------------------------------------------------
+// Document life
+
+void PrintSurface::RequireOpen(const char* what) const {
+  if (state_ != State::kOpen)
+    throw SurfaceError(std::string(what) + " needs an open document (StartDoc first)");
+}
+
+void PrintSurface::RequireDrawable(const char* what) const {
+  if (state_ != State::kOpen && state_ != State::kOverlay)
+    throw SurfaceError(std::string(what) +
+                       " needs an open document or a page reopened by StartOverlay");
+}
+
+void PrintSurface::RequireNoTableUnderConstruction(const char* what) const {
+  if (building_table_)
+    throw SurfaceError(std::string(what) + " while a table is under construction (EndTable first)");
+}
+
+void PrintSurface::OpenPage() {
+  doc_.pages.push_back(render::Page{PageWidth(), PageHeight(), {}});
+  page_ = int(doc_.pages.size()) - 1;
+  column_ = 0;
+}
+
+void PrintSurface::StartDoc() {
+  doc_.pages.clear();
+  doc_.fonts.clear();
+  fonts_.clear();
+  building_table_ = false;
+  table_.reset();
+  print_requests_ = 0;
+  state_ = State::kOpen;
+  OpenPage();
+  x_ = margin_left_;
+  y_ = margin_top_;
+}
+
+void PrintSurface::EndDoc() {
+  if (state_ == State::kOverlay) EndOverlay();
+  if (state_ != State::kOpen) return;  // a second EndDoc does nothing
+  building_table_ = false;
+  table_.reset();
+  state_ = State::kEnded;
+}
+
+void PrintSurface::KillDoc() {
+  doc_.pages.clear();
+  doc_.fonts.clear();
+  fonts_.clear();
+  building_table_ = false;
+  table_.reset();
+  page_ = 0;
+  state_ = State::kNone;
+}
+
+void PrintSurface::Action(int code) {
+  switch (code) {
+    case 3:
+      StartDoc();
+      return;
+    case 6:
+      EndDoc();
+      return;
+    default:
+      throw SurfaceError("Action " + std::to_string(code) + " is not supported");
+  }
+}
+
+void PrintSurface::NewPage() {
+  RequireOpen("NewPage");
+  RequireNoTableUnderConstruction("NewPage");
+  OpenPage();
+  x_ = margin_left_;
+  y_ = margin_top_;
+}
+
+void PrintSurface::PrintDoc(std::optional<bool> ask) {
+  if (state_ == State::kOpen || state_ == State::kOverlay) EndDoc();
+  if (state_ != State::kEnded) throw SurfaceError("PrintDoc needs a document (StartDoc first)");
+  ++print_requests_;
+  if (host_) host_->Print(doc_, ask.value_or(false));
+}
+
+int PrintSurface::PrintDialog(int kind) {
+  return host_ ? host_->ShowDialog(kind) : 0;
+}
+
+void PrintSurface::PrinterDevice(const std::string& device) {
+  printer_device_ = device;
+  if (host_) host_->SelectPrinter(device);
+}
+
+void PrintSurface::StartOverlay(int page, bool clear) {
+  if (state_ != State::kEnded)
+    throw SurfaceError("StartOverlay needs an ended document (EndDoc first)");
+  if (page < 1 || page > PageCount())
+    throw SurfaceError("StartOverlay: the document has no page " + std::to_string(page));
+  overlay_return_page_ = page_;
+  page_ = page - 1;
+  if (clear) doc_.pages[page_].items.clear();
+  state_ = State::kOverlay;
+  x_ = margin_left_;
+  y_ = margin_top_;
+}
+
+void PrintSurface::EndOverlay() {
+  if (state_ != State::kOverlay) return;
+  building_table_ = false;
+  table_.reset();
+  page_ = overlay_return_page_;
+  state_ = State::kEnded;
+}
+
+// ---------------------------------------------------------------------------
+// Geometry
+
+void PrintSurface::Orientation(int value) {
+  if (value != 0 && value != 1) throw SurfaceError("Orientation must be 0 or 1");
+  orientation_ = value;
+}
+
+void PrintSurface::PaperSize(int code) {
+  if (code != kPaperLetter && code != kPaperEnvelope10)
+    throw SurfaceError("PaperSize " + std::to_string(code) + " is not supported");
+  paper_ = code;
+}
+
+Twips PrintSurface::PageWidth() const {
+  // Letter is 8.5 by 11 inches, the No. 10 envelope 4.125 by 9.5.
+  const Twips w = paper_ == kPaperEnvelope10 ? Twips(5940) : Twips(12240);
+  const Twips h = paper_ == kPaperEnvelope10 ? Twips(13680) : Twips(15840);
+  return orientation_ == 1 ? h : w;
+}
+
+Twips PrintSurface::PageHeight() const {
+  const Twips w = paper_ == kPaperEnvelope10 ? Twips(5940) : Twips(12240);
+  const Twips h = paper_ == kPaperEnvelope10 ? Twips(13680) : Twips(15840);
+  return orientation_ == 1 ? w : h;
+}
+
+void PrintSurface::Columns(int n) {
+  if (n < 1) throw SurfaceError("Columns must be at least 1");
+  columns_ = n;
+  column_ = std::min(column_, n - 1);
+}
+
+Twips PrintSurface::ColumnLeft() const {
+  if (columns_ == 1) return margin_left_;
+  const Twips usable = PageWidth() - margin_left_ - margin_right_;
+  const Twips width = (usable - column_spacing_ * double(columns_ - 1)) / double(columns_);
+  return margin_left_ + (width + column_spacing_) * double(column_);
+}
+
+Twips PrintSurface::ColumnRight() const {
+  if (columns_ == 1) return PageWidth() - margin_right_;
+  const Twips usable = PageWidth() - margin_left_ - margin_right_;
+  const Twips width = (usable - column_spacing_ * double(columns_ - 1)) / double(columns_);
+  return ColumnLeft() + width;
+}
+
+void PrintSurface::NewColumn() {
+  RequireOpen("NewColumn");
+  if (column_ + 1 >= columns_) {
+    NewPage();
+  } else {
+    ++column_;
+    y_ = margin_top_;
+  }
+  x_ = ColumnLeft();
+}
+
+// ---------------------------------------------------------------------------
+// Fonts and text
+
+PrintSurface::FontHandle PrintSurface::Font(const std::string& family, bool bold, bool italic) {
+  for (const auto& f : fonts_)
+    if (f.bold == bold && f.italic == italic && f.family == family) return f.handle;
+  ResolvedFont r = FontLibrary::Resolve(family, bold, italic);
+  // Runs refer to fonts by their index in the document's table; one file may
+  // serve several requested names.
+  uint16_t index = 0;
+  auto same = [&](const render::FontFace& x) {
+    return x.file == r.face.file && x.synthetic_bold == r.face.synthetic_bold &&
+           x.synthetic_italic == r.face.synthetic_italic;
+  };
+  auto it = std::find_if(doc_.fonts.begin(), doc_.fonts.end(), same);
+  if (it == doc_.fonts.end()) {
+    doc_.fonts.push_back(r.face);
+    index = uint16_t(doc_.fonts.size() - 1);
+  } else {
+    index = uint16_t(it - doc_.fonts.begin());
+  }
+  FontHandle h{index, r.metrics.get()};
+  fonts_.push_back({family, bold, italic, h, r.metrics});
+  return h;
+}
+
+void PrintSurface::FontName(std::string family) {
+  style_.family = std::move(family);
+}
+
+void PrintSurface::FontSize(double points) {
+  if (!(points > 0 && points < 1000))
+    throw SurfaceError("FontSize must be a positive size in points");
+  style_.size = points;
+}
+
+void PrintSurface::FontBold(bool bold) {
+  style_.bold = bold;
+}
+void PrintSurface::FontItalic(bool italic) {
+  style_.italic = italic;
+}
+
+MeasureFn PrintSurface::Measurer(const FontMetrics* m, double size) const {
+  return [m, size](std::string_view s) { return m->Width(s, size); };
+}
+
+void PrintSurface::EmitLine(const TextLine& line, Twips x, Twips top, const FontHandle& f,
+                            double size, render::Rgb color,
+                            const std::optional<render::Box>& clip) {
+  const Twips baseline = top + f.metrics->Ascent(size);
+  auto& items = CurrentPageRef().items;
+  for (const auto& seg : line.segments) {
+    if (seg.text.find_first_not_of(' ') == std::string::npos) continue;  // blanks paint nothing
+    render::TextRun run;
+    run.text = seg.text;
+    run.font = f.index;
+    run.size_pt = float(size);
+    run.color = color;
+    run.angle = int16_t(angle_);
+    run.x = x + seg.x;
+    run.top = top;
+    run.baseline = baseline;
+    run.width = seg.width;
+    run.clip = clip;
+    items.emplace_back(std::move(run));
+  }
+}
+
+void PrintSurface::Text(std::string_view text) {
+  RequireDrawable("Text");
+  RequireNoTableUnderConstruction("Text");
+  const FontHandle f = CurrentFont();
+  const double size = style_.size;
+  const Twips lh = f.metrics->LineHeight(size);
+  // Offsets from the column's left edge, so that a paragraph that runs into
+  // the next newspaper column keeps its shape there.
+  const Twips column_width = ColumnRight() - ColumnLeft();
+  const Twips left_off = indent_left_;
+  const Twips first_off = x_ + indent_first_ - ColumnLeft();
+  const Twips next_off = indent_left_ + indent_hanging_;
+  const MeasureFn measure = Measurer(f.metrics, size);
+  const auto lines = BreakLines(text, measure, column_width - first_off, column_width - next_off);
+  const render::Rgb color = ToRgb(style_.color);
+  const int h = ((align_ % 4) + 4) % 4;
+
+  for (size_t i = 0; i < lines.size(); ++i) {
+    // A line that would pass the bottom margin goes to the next column or
+    // page; an overlay has no next page and writes where it is told.
+    if (state_ == State::kOpen && y_ + lh > PageBottom() && y_ > PageTop()) NewColumn();
+    const Twips col = ColumnLeft();
+    // Left and justified lines start at the pen (first line) or the indent;
+    // centred and right-aligned lines sit in the band between the indent and
+    // the right margin.
+    const Twips start = col + (h == 0 || h == 3 ? (i == 0 ? first_off : next_off) : left_off);
+    const Twips band = col + column_width - start;
+    if (h == 3) {
+      EmitLine(Justify(lines[i], measure, band), start, y_, f, size, color, std::nullopt);
+    } else {
+      EmitLine(lines[i], start + AlignOffset(h, band, lines[i].width), y_, f, size, color,
+               std::nullopt);
+    }
+    y_ += lh;
+  }
+  x_ = ColumnLeft() + indent_left_;
+}
+
+void PrintSurface::InlineText(std::string_view text) {
+  RequireDrawable("InlineText");
+  RequireNoTableUnderConstruction("InlineText");
+  const FontHandle f = CurrentFont();
+  const double size = style_.size;
+  const Twips lh = f.metrics->LineHeight(size);
+  const Twips left = ColumnLeft() + indent_left_, right = ColumnRight();
+  const auto lines = BreakLines(text, Measurer(f.metrics, size), Twips(0), Twips(0), false);
+  const render::Rgb color = ToRgb(style_.color);
+  const int h = ((align_ % 4) + 4) % 4;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    if (i > 0) {
+      y_ += lh;
+      x_ = left;
+    }
+    // Centred and right-aligned pieces sit on the band between the margins,
+    // which is how a footer puts three items on one line.
+    Twips x = x_;
+    if (h == 1 || h == 2) x = left + AlignOffset(h, right - left, lines[i].width);
+    EmitLine(lines[i], x, y_, f, size, color, std::nullopt);
+    x_ = x + lines[i].width;
+  }
+}
+
+void PrintSurface::TextBox(std::string_view text, Length x, Length y, Length width, Length height,
+                           bool /*flag: always false in the reports, no effect*/) {
+  RequireDrawable("TextBox");
+  RequireNoTableUnderConstruction("TextBox");
+  const FontHandle f = CurrentFont();
+  const double size = style_.size;
+  const Twips lh = f.metrics->LineHeight(size);
+  const MeasureFn measure = Measurer(f.metrics, size);
+  const render::Box box{x, y, width, height};
+  const auto lines = BreakLines(text, measure, box.width, box.width);
+  const Twips block = lh * double(lines.size());
+  const Twips top = box.y + VerticalOffset(align_, box.height, block);
+  bool overruns = block > box.height;
+  for (const auto& l : lines) overruns = overruns || l.width > box.width;
+  const std::optional<render::Box> clip = overruns ? std::optional(box) : std::nullopt;
+  const render::Rgb color = ToRgb(style_.color);
+  const int h = ((align_ % 4) + 4) % 4;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    const Twips line_top = top + lh * double(i);
+    // Lines wholly outside the box are cut off here; the clip does the rest.
+    if (line_top + lh <= box.y || line_top >= box.y + box.height) continue;
+    if (h == 3) {
+      EmitLine(Justify(lines[i], measure, box.width), box.x, line_top, f, size, color, clip);
+    } else {
+      EmitLine(lines[i], box.x + AlignOffset(h, box.width, lines[i].width), line_top, f, size,
+               color, clip);
+    }
+  }
+}
+
+Twips PrintSurface::TextWidth(std::string_view text) {
+  const FontHandle f = CurrentFont();
+  Twips widest;
+  for (const auto& l :
+       BreakLines(text, Measurer(f.metrics, style_.size), Twips(0), Twips(0), false))
+    widest = std::max(widest, l.width);
+  return widest;
+}
+
+Twips PrintSurface::TextHeight(std::string_view text) {
+  const FontHandle f = CurrentFont();
+  size_t lines = 1;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+    if (text[i] == '\r' || text[i] == '\n') ++lines;
+  }
+  return f.metrics->LineHeight(style_.size) * double(lines);
+}
+
+// ---------------------------------------------------------------------------
+// Lines and pictures
+
+void PrintSurface::DrawLine(Length x1, Length y1, Length x2, Length y2) {
+  RequireDrawable("DrawLine");
+  RequireNoTableUnderConstruction("DrawLine");
+  CurrentPageRef().items.emplace_back(
+      render::Line{x1, y1, x2, y2, pen_width_, ToRgb(pen_color_), pen_style_ == 2});
+}
+
+void PrintSurface::Picture(const PictureImage& image) {
+  RequireDrawable("Picture");
+  if (!image) throw SurfaceError("Picture: no picture was loaded");
+  render::Box box = picture_box_;
+  box.width = picture_right_ - picture_box_.x;
+  box.height = picture_bottom_ - picture_box_.y;
+  if (box.width <= Twips(0) || box.height <= Twips(0))
+    throw SurfaceError("Picture: the picture rectangle is empty");
+  CurrentPageRef().items.emplace_back(render::Picture{box, image});
+}
+
+// ---------------------------------------------------------------------------
+// TableCell
+
+TableCellRef& TableCellRef::operator=(const CellValue& v) {
+  if (!s_.building_table_ || !s_.table_)
+    throw SurfaceError("TableCell needs a table under construction (StartTable first)");
+  s_.table_->Set(sel_, v, r1_, c1_, r2_, c2_);
+  return *this;
+}
+
+CellValue TableCellRef::Value() const {
+  if (!s_.building_table_ || !s_.table_)
+    throw SurfaceError("TableCell needs a table under construction (StartTable first)");
+  return s_.table_->Get(sel_, r1_, c1_, r2_, c2_);
+}
+
+}  // namespace orv::frame

@@ -1,0 +1,247 @@
+// The print surface: the `VSP` member of the host's preview form.
+//
+// A document of finished pages, the page being written, the pen and the
+// current text and table attributes. Every drawing operation lands in the
+// display list of a page (platform/render/display_list.h), which the
+// renderers paint and tests read. Properties are pairs of overloads: `X()`
+// reads and `X(value)` writes, as the reports use them. Lengths are twips;
+// where a length is written, a unit string such as ".5in" is accepted too.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frame/surface/color.h"
+#include "frame/surface/font_metrics.h"
+#include "frame/surface/length.h"
+#include "frame/surface/print_host.h"
+#include "frame/surface/table_model.h"
+#include "frame/surface/text_layout.h"
+#include "platform/render/display_list.h"
+
+namespace orv::frame {
+
+// A picture a report can assign to `Picture`: PNG or JPEG, decoded once.
+using PictureImage = std::shared_ptr<const render::Image>;
+// Loads a picture file; raises SurfaceError if it cannot be read.
+PictureImage LoadPicture(const std::string& path);
+
+class PrintSurface;
+
+// `TableCell(selector, row1, col1, row2, col2)`, readable and writable.
+class TableCellRef {
+ public:
+  TableCellRef(PrintSurface& s, int sel, int r1, int c1, int r2, int c2)
+      : s_(s), sel_(sel), r1_(r1), c1_(c1), r2_(r2), c2_(c2) {}
+  TableCellRef& operator=(const CellValue& v);
+  CellValue Value() const;
+  double Number() const { return Value().Number(); }
+  std::string String() const { return Value().String(); }
+
+ private:
+  PrintSurface& s_;
+  int sel_, r1_, c1_, r2_, c2_;
+};
+
+class PrintSurface {
+ public:
+  // Paper sizes by the codes reports pass to `PaperSize`.
+  static constexpr int kPaperLetter = 1;
+  static constexpr int kPaperEnvelope10 = 20;
+
+  PrintSurface();
+
+  // The form that prints and shows dialogs; may be null (requests are then
+  // only recorded).
+  void SetHost(PrintHost* host) { host_ = host; }
+
+  // --- Document ---
+  void StartDoc();
+  void EndDoc();
+  void KillDoc();
+  void Action(int code);  // 3 StartDoc, 6 EndDoc
+  void NewPage();
+  void PrintDoc(std::optional<bool> ask = std::nullopt);
+  int PrintDialog(int kind);
+  void PrinterDevice(const std::string& device);
+  const std::string& PrinterDevice() const { return printer_device_; }
+  void CancelDialog(bool value) { cancel_dialog_ = value; }
+  bool CancelDialog() const { return cancel_dialog_; }
+  const std::string& DocName() const { return doc_.name; }
+  void DocName(std::string name) { doc_.name = std::move(name); }
+  int PageCount() const { return int(doc_.pages.size()); }
+  int CurrentPage() const { return page_ + 1; }
+  void StartOverlay(int page, bool clear = false);
+  void EndOverlay();
+
+  // Whether a document is open for writing (after StartDoc, before EndDoc).
+  bool IsOpen() const { return state_ == State::kOpen; }
+  // Times PrintDoc was called since the last StartDoc.
+  int PrintRequests() const { return print_requests_; }
+  // The pages so far; the renderers take this.
+  const render::Document& Document() const { return doc_; }
+
+  // --- Page geometry ---
+  int Orientation() const { return orientation_; }
+  void Orientation(int value);
+  int PaperSize() const { return paper_; }
+  void PaperSize(int code);
+  Twips PageWidth() const;
+  Twips PageHeight() const;
+  Twips MarginLeft() const { return margin_left_; }
+  void MarginLeft(Length v) { margin_left_ = v; }
+  Twips MarginTop() const { return margin_top_; }
+  void MarginTop(Length v) { margin_top_ = v; }
+  Twips MarginRight() const { return margin_right_; }
+  void MarginRight(Length v) { margin_right_ = v; }
+  Twips MarginBottom() const { return margin_bottom_; }
+  void MarginBottom(Length v) { margin_bottom_ = v; }
+  Twips MarginHeader() const { return margin_header_; }
+  void MarginHeader(Length v) { margin_header_ = v; }
+  int Columns() const { return columns_; }
+  void Columns(int n);
+  Twips ColumnSpacing() const { return column_spacing_; }
+  void ColumnSpacing(Length v) { column_spacing_ = v; }
+  void NewColumn();
+  // One pixel of a 96-dot-per-inch screen.
+  double TwipsPerPixelX() const { return 15; }
+  double TwipsPerPixelY() const { return 15; }
+
+  // --- Text ---
+  void Text(std::string_view text);
+  void InlineText(std::string_view text);
+  void TextBox(std::string_view text, Length x, Length y, Length width, Length height,
+               bool flag = false);
+  const std::string& FontName() const { return style_.family; }
+  void FontName(std::string family);
+  double FontSize() const { return style_.size; }
+  void FontSize(double points);
+  bool FontBold() const { return style_.bold; }
+  void FontBold(bool bold);
+  bool FontItalic() const { return style_.italic; }
+  void FontItalic(bool italic);
+  uint32_t TextColor() const { return style_.color; }
+  void TextColor(uint32_t color) { style_.color = color; }
+  int TextAngle() const { return angle_; }
+  void TextAngle(int tenths) { angle_ = tenths; }
+  int TextAlign() const { return align_; }
+  void TextAlign(int code) { align_ = code; }
+  Twips IndentLeft() const { return indent_left_; }
+  void IndentLeft(Length v) { indent_left_ = v; }
+  Twips IndentFirst() const { return indent_first_; }
+  void IndentFirst(Length v) { indent_first_ = v; }
+  Twips IndentHanging() const { return indent_hanging_; }
+  void IndentHanging(Length v) { indent_hanging_ = v; }
+  Twips CurrentX() const { return x_; }
+  void CurrentX(Length v) { x_ = v; }
+  Twips CurrentY() const { return y_; }
+  void CurrentY(Length v) { y_ = v; }
+  Twips TextWidth(std::string_view text);
+  Twips TextHeight(std::string_view text);
+
+  // --- Lines and pictures ---
+  void DrawLine(Length x1, Length y1, Length x2, Length y2);
+  Twips PenWidth() const { return pen_width_; }
+  void PenWidth(Length v) { pen_width_ = v; }
+  int PenStyle() const { return pen_style_; }
+  void PenStyle(int style) { pen_style_ = style; }
+  void PenColor(uint32_t color) { pen_color_ = color; }
+  void PictureLeft(Length v) { picture_box_.x = v; }
+  void PictureTop(Length v) { picture_box_.y = v; }
+  void PictureRight(Length v) { picture_right_ = v; }
+  void PictureBottom(Length v) { picture_bottom_ = v; }
+  void Picture(const PictureImage& image);
+
+  // --- Tables ---
+  void AddTable(std::string_view format, std::string_view header, std::string_view body,
+                std::optional<uint32_t> header_color = std::nullopt,
+                std::optional<uint32_t> body_color = std::nullopt, bool append = false);
+  void StartTable();
+  void EndTable();
+  int TableBorder() const { return table_border_; }
+  void TableBorder(int style) { table_border_ = style; }
+  TableCellRef TableCell(int selector, int row1 = -1, int col1 = -1, int row2 = -1, int col2 = -1) {
+    return TableCellRef(*this, selector, row1, col1, row2, col2);
+  }
+  void MeasureTable(std::string_view spelled);
+  Twips MeasuredTableHeight() const { return measured_height_; }
+  void TableHeaderRows(int n);
+
+  // Space between a cell's edge and its text.
+  static constexpr Twips kCellPadX = Twips(60);
+  static constexpr Twips kCellPadY = Twips(15);
+
+ private:
+  friend class TableCellRef;
+  enum class State { kNone, kOpen, kEnded, kOverlay };
+
+  struct FontHandle {
+    uint16_t index;  // in the document's font table
+    const FontMetrics* metrics;
+  };
+
+  void RequireOpen(const char* what) const;
+  void RequireDrawable(const char* what) const;
+  void RequireNoTableUnderConstruction(const char* what) const;
+  void OpenPage();
+  render::Page& CurrentPageRef() { return doc_.pages[page_]; }
+  Twips PageTop() const { return margin_top_; }
+  Twips PageBottom() const { return PageHeight() - margin_bottom_; }
+  Twips ColumnLeft() const;
+  Twips ColumnRight() const;
+  FontHandle Font(const std::string& family, bool bold, bool italic);
+  FontHandle CurrentFont() { return Font(style_.family, style_.bold, style_.italic); }
+  MeasureFn Measurer(const FontMetrics* m, double size) const;
+  void EmitLine(const TextLine& line, Twips x, Twips top, const FontHandle& f, double size,
+                render::Rgb color, const std::optional<render::Box>& clip);
+  void LayOutTable(Table& table, bool draw);
+
+  PrintHost* host_ = nullptr;
+  render::Document doc_;
+  State state_ = State::kNone;
+  int page_ = 0;
+  int overlay_return_page_ = 0;
+  Twips x_, y_;
+  int print_requests_ = 0;
+  std::string printer_device_;
+  bool cancel_dialog_ = true;
+
+  int orientation_ = 0;
+  int paper_ = kPaperLetter;
+  Twips margin_left_ = Twips(1440), margin_top_ = Twips(1440), margin_right_ = Twips(1440),
+        margin_bottom_ = Twips(1440), margin_header_ = Twips(720);
+  int columns_ = 1;
+  int column_ = 0;
+  Twips column_spacing_ = Twips(720);
+
+  TextStyle style_;
+  int angle_ = 0;
+  int align_ = 0;
+  Twips indent_left_, indent_first_, indent_hanging_;
+
+  Twips pen_width_;
+  int pen_style_ = 0;
+  uint32_t pen_color_ = 0;
+  render::Box picture_box_;
+  Twips picture_right_, picture_bottom_;
+
+  int table_border_ = 0;
+  int header_rows_ = 1;
+  bool building_table_ = false;
+  std::unique_ptr<Table> table_;
+  Twips measured_height_;
+
+  // Fonts resolved for this document, by family, bold and italic.
+  struct FontKey {
+    std::string family;
+    bool bold, italic;
+    FontHandle handle;
+    std::shared_ptr<const FontMetrics> keep;
+  };
+  std::vector<FontKey> fonts_;
+};
+
+}  // namespace orv::frame

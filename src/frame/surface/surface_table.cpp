@@ -1,0 +1,365 @@
+// The table operations of the print surface and the drawing of a laid-out
+// table into the display list.
+#include <algorithm>
+#include <limits>
+
+#include "frame/surface/surface.h"
+#include "frame/surface/surface_error.h"
+#include "frame/surface/table_layout.h"
+
+namespace orv::frame {
+
+void PrintSurface::AddTable(std::string_view format, std::string_view header, std::string_view body,
+                            std::optional<uint32_t> header_color,
+                            std::optional<uint32_t> body_color, bool append) {
+  RequireDrawable("AddTable");
+  if (building_table_) {
+    table_->Add(format, header, body, header_color, body_color, append, style_);
+    return;
+  }
+  Table t;
+  t.Add(format, header, body, header_color, body_color, false, style_);
+  LayOutTable(t, true);
+}
+
+void PrintSurface::StartTable() {
+  RequireDrawable("StartTable");
+  building_table_ = true;
+  table_ = std::make_unique<Table>();
+}
+
+void PrintSurface::EndTable() {
+  RequireDrawable("EndTable");
+  if (!building_table_) throw SurfaceError("EndTable without StartTable");
+  building_table_ = false;
+  std::unique_ptr<Table> t = std::move(table_);
+  LayOutTable(*t, true);
+}
+
+void PrintSurface::TableHeaderRows(int n) {
+  if (n < 0) throw SurfaceError("TableHeaderRows must not be negative");
+  header_rows_ = n;
+}
+
+void PrintSurface::MeasureTable(std::string_view spelled) {
+  // format ";" header ";" body: neither the format nor the header holds a ";".
+  const size_t a = spelled.find(';');
+  const size_t b = a == std::string_view::npos ? a : spelled.find(';', a + 1);
+  Table t;
+  t.Add(spelled.substr(0, a), a == std::string_view::npos ? "" : spelled.substr(a + 1, b - a - 1),
+        b == std::string_view::npos ? "" : spelled.substr(b + 1), std::nullopt, std::nullopt, false,
+        style_);
+  LayOutTable(t, false);
+}
+
+namespace {
+
+// Which lines a TableBorder value draws. 0 none; 3 the inner grid without the
+// box; 4 the box; 7 box and grid; 8 the box and a rule under the header;
+// 9 the box and lines between rows. Other values draw the box.
+struct BorderStyle {
+  bool box = false, inner_h = false, inner_v = false, header_rule = false;
+};
+
+BorderStyle BorderFor(int code) {
+  switch (code) {
+    case 0:
+      return {};
+    case 3:
+      return {false, true, true, true};
+    case 7:
+      return {true, true, true, true};
+    case 8:
+      return {true, false, false, true};
+    case 9:
+      return {true, true, false, true};
+    default:
+      return {true, false, false, false};
+  }
+}
+
+constexpr Twips kTableLine = Twips(10);  // half a point
+void AddBox(std::vector<render::DisplayItem>& items, Twips x1, Twips y1, Twips x2, Twips y2) {
+  const render::Rgb black{0, 0, 0};
+  items.emplace_back(render::Line{x1, y1, x2, y1, kTableLine, black, false});
+  items.emplace_back(render::Line{x2, y1, x2, y2, kTableLine, black, false});
+  items.emplace_back(render::Line{x1, y2, x2, y2, kTableLine, black, false});
+  items.emplace_back(render::Line{x1, y1, x1, y2, kTableLine, black, false});
+}
+
+constexpr uint8_t kCoveredByRowSpan = 1, kCoveredByColSpan = 2;
+
+// Collects ruled pieces along one line and joins those that touch, so a grid
+// is one line per boundary and page, not one per cell.
+class LineMerger {
+ public:
+  explicit LineMerger(std::vector<render::DisplayItem>& out) : out_(out) {}
+  void Add(Twips x1, Twips y1, Twips x2, Twips y2) {
+    if (open_ && x1 == x2 && cur_.x1 == x1 && cur_.x2 == x2 && cur_.y2 == y1) {
+      cur_.y2 = y2;
+      return;
+    }
+    if (open_ && y1 == y2 && cur_.y1 == y1 && cur_.y2 == y2 && cur_.x2 == x1) {
+      cur_.x2 = x2;
+      return;
+    }
+    Flush();
+    cur_ = render::Line{x1, y1, x2, y2, kTableLine, {0, 0, 0}, false};
+    open_ = true;
+  }
+  void Flush() {
+    if (open_) out_.emplace_back(cur_);
+    open_ = false;
+  }
+
+ private:
+  std::vector<render::DisplayItem>& out_;
+  render::Line cur_;
+  bool open_ = false;
+};
+
+}  // namespace
+
+void PrintSurface::LayOutTable(Table& table, bool draw) {
+  table.Normalise();
+  if (table.Empty() || table.columns.empty()) {
+    if (!draw) measured_height_ = Twips(0);
+    return;  // nothing drawn, the pen stays
+  }
+  const int ncols = int(table.columns.size());
+  const int nrows = int(table.rows.size());
+
+  // Which cells another cell's span covers.
+  std::vector<uint8_t> covered(size_t(nrows) * ncols, 0);
+  bool any_row_span = false;
+  for (int r = 0; r < nrows; ++r) {
+    for (int c = 0; c < ncols; ++c) {
+      if (covered[size_t(r) * ncols + c]) continue;
+      const auto& a = table.rows[r].cells[c].attr;
+      for (int rr = r; rr < r + a.row_span; ++rr)
+        for (int cc = c; cc < c + a.col_span; ++cc)
+          if (rr != r || cc != c)
+            covered[size_t(rr) * ncols + cc] |= rr != r ? kCoveredByRowSpan : kCoveredByColSpan;
+      any_row_span = any_row_span || a.row_span > 1;
+    }
+  }
+
+  std::vector<Twips> col_x(ncols + 1);
+  for (int c = 0; c < ncols; ++c) col_x[c + 1] = col_x[c] + table.columns[c].width;
+  const Twips total_width = col_x[ncols];
+
+  struct CellFont {
+    FontHandle font;
+    double size;
+  };
+  auto cell_font = [&](const Row& row, const Cell& cell) {
+    const TextStyle& st = table.styles[row.style];
+    const bool bold = cell.attr.bold >= 0 ? cell.attr.bold != 0 : st.bold;
+    const bool italic = cell.attr.italic >= 0 ? cell.attr.italic != 0 : st.italic;
+    return CellFont{Font(st.family, bold, italic),
+                    cell.attr.font_size > 0 ? double(cell.attr.font_size) : st.size};
+  };
+  auto span_width = [&](int c, const Cell& cell) {
+    return col_x[c + cell.attr.col_span] - col_x[c];
+  };
+
+  // 1. Row heights: the tallest cell that does not span rows, with the row's
+  //    margins; a row spanned over takes no extra height from that cell.
+  std::vector<int> drawn;  // table rows in drawing order
+  if (table.has_header) drawn.push_back(0);
+  for (int r = 1; r < nrows; ++r) drawn.push_back(r);
+  std::vector<Twips> heights(drawn.size());
+  for (size_t k = 0; k < drawn.size(); ++k) {
+    const Row& row = table.rows[drawn[k]];
+    const TextStyle& st = table.styles[row.style];
+    Twips h = Font(st.family, st.bold, st.italic).metrics->LineHeight(st.size);
+    for (int c = 0; c < ncols; ++c) {
+      if (covered[size_t(drawn[k]) * ncols + c]) continue;
+      const Cell& cell = row.cells[c];
+      const CellFont cf = cell_font(row, cell);
+      const Twips lh = cf.font.metrics->LineHeight(cf.size);
+      if (cell.attr.row_span > 1) continue;
+      if (cell.text.empty()) {
+        h = std::max(h, lh);
+        continue;
+      }
+      const Twips room = span_width(c, cell) - kCellPadX * 2;
+      const auto lines = BreakLines(cell.text, Measurer(cf.font.metrics, cf.size), room, room,
+                                    cell.attr.no_wrap <= 0);
+      h = std::max(h, lh * double(lines.size()));
+    }
+    heights[k] = std::max(h + kCellPadY * 2 + row.margin_top + row.margin_bottom, row.min_height);
+  }
+
+  if (!draw) {
+    Twips total;
+    for (Twips h : heights) total += h;
+    measured_height_ = total;
+    return;
+  }
+
+  // 2. Where the rows go. An overlay cannot add pages, so there the table
+  //    runs on past the margin.
+  PlacementRules rules;
+  rules.header_rows = table.has_header ? std::max(1, header_rows_) : 0;
+  rules.repeat_header = table.repeat_header;
+  rules.keep_together = table.keep_together;
+  const Twips bottom =
+      state_ == State::kOpen ? PageBottom() : Twips(std::numeric_limits<double>::max() / 4);
+  const TablePlacement placement = PlaceRows(heights, rules, y_, PageTop(), bottom);
+
+  // 3. Across: TextAlign 1 centres the table between the margins, 2 sets it
+  //    at the right margin, and anything else at the left margin and indents.
+  const int h_align = ((align_ % 4) + 4) % 4;
+  const Twips band_left = ColumnLeft(), band_right = ColumnRight();
+  Twips left = band_left + indent_left_ + table.indent;
+  if (h_align == 1) left = band_left + (band_right - band_left - total_width) / 2 + table.indent;
+  if (h_align == 2) left = band_right - total_width;
+
+  const BorderStyle border = BorderFor(table_border_);
+
+  // Rows drawn on one page, for the borders of that page's part of the table.
+  struct Placed {
+    int row;  // table row
+    Twips y, h;
+    size_t k;  // index in `drawn`
+  };
+  std::vector<Placed> segment;
+
+  auto draw_cell = [&](int r, int c, const render::Box& box) {
+    const Row& row = table.rows[r];
+    const Cell& cell = row.cells[c];
+    auto& items = CurrentPageRef().items;
+    const int64_t fill = cell.attr.back_color >= 0 ? cell.attr.back_color : row.fill;
+    if (fill >= 0) items.emplace_back(render::FilledRect{box, ToRgb(uint32_t(fill))});
+    if (cell.attr.cell_border > 0)
+      AddBox(items, box.x, box.y, box.x + box.width, box.y + box.height);
+    if (cell.text.empty()) return;
+    const CellFont cf = cell_font(row, cell);
+    const Twips lh = cf.font.metrics->LineHeight(cf.size);
+    const Twips room = box.width - kCellPadX * 2;
+    const MeasureFn measure = Measurer(cf.font.metrics, cf.size);
+    const auto lines = BreakLines(cell.text, measure, room, room, cell.attr.no_wrap <= 0);
+    // tcAlign codes run left, centre, right in threes, each top, middle,
+    // bottom; without one the column's flags decide.
+    int h = table.columns[c].align, v = table.columns[c].tilde ? 1 : 0;
+    if (cell.attr.align >= 0) {
+      h = std::min(cell.attr.align / 3, 2);
+      v = cell.attr.align % 3;
+    }
+    const Twips inner_top = box.y + row.margin_top + kCellPadY;
+    const Twips inner_h = box.height - row.margin_top - row.margin_bottom - kCellPadY * 2;
+    const Twips block = lh * double(lines.size());
+    Twips top = inner_top;
+    if (v == 1) top += (inner_h - block) / 2;
+    if (v == 2) top += inner_h - block;
+    bool overruns = block > inner_h + Twips(0.5);
+    for (const auto& l : lines) overruns = overruns || l.width > room + Twips(0.5);
+    const std::optional<render::Box> clip = overruns ? std::optional(box) : std::nullopt;
+    const render::Rgb color = ToRgb(cell.attr.fore_color >= 0 ? uint32_t(cell.attr.fore_color)
+                                                              : table.styles[row.style].color);
+    const int keep_angle = angle_;
+    angle_ = 0;  // table text is never rotated
+    for (size_t i = 0; i < lines.size(); ++i) {
+      const Twips line_top = top + lh * double(i);
+      if (line_top >= box.y + box.height) break;
+      EmitLine(lines[i], box.x + kCellPadX + AlignOffset(h, room, lines[i].width), line_top,
+               cf.font, cf.size, color, clip);
+    }
+    angle_ = keep_angle;
+  };
+
+  // Height of a cell that spans rows: the rows it covers on its own page.
+  auto span_height = [&](size_t k, int row_span) {
+    Twips h = heights[k];
+    for (size_t j = k + 1; j < drawn.size() && j < k + size_t(row_span); ++j) {
+      if (placement.rows[j].page != placement.rows[k].page) break;
+      h += heights[j];
+    }
+    return h;
+  };
+
+  auto draw_row = [&](size_t k, Twips y, bool repeat) {
+    const int r = drawn[k];
+    for (int c = 0; c < ncols; ++c) {
+      const uint8_t cov = covered[size_t(r) * ncols + c];
+      const Cell& cell = table.rows[r].cells[c];
+      if (cov & kCoveredByColSpan) continue;
+      if (cov & kCoveredByRowSpan) {
+        // A span cut by a page break starts again at the top of the page.
+        if (repeat || k == 0 || placement.rows[k].page == placement.rows[k - 1].page) continue;
+      }
+      const Twips h =
+          cell.attr.row_span > 1 && !repeat ? span_height(k, cell.attr.row_span) : heights[k];
+      draw_cell(r, c, render::Box{left + col_x[c], y, span_width(c, cell), h});
+    }
+    segment.push_back({r, y, heights[k], k});
+  };
+
+  auto vertical_wanted = [&](int r, int boundary) {
+    const Cell& a = table.rows[r].cells[boundary - 1];
+    const Cell& b = table.rows[r].cells[boundary];
+    if (covered[size_t(r) * ncols + boundary] & kCoveredByColSpan) return false;
+    if (a.attr.col_border >= 0) return a.attr.col_border > 0;
+    if (b.attr.col_border >= 0) return b.attr.col_border > 0;
+    return border.inner_v;
+  };
+
+  auto flush_borders = [&]() {
+    if (segment.empty()) return;
+    auto& items = CurrentPageRef().items;
+    const Twips top = segment.front().y, bot = segment.back().y + segment.back().h;
+    const Twips right = left + total_width;
+    LineMerger lines(items);
+    // Lines between rows and the lines above rows that ask for one.
+    for (size_t i = 0; i < segment.size(); ++i) {
+      const Placed& p = segment[i];
+      const bool header_below =
+          border.header_rule && i > 0 && segment[i - 1].row == 0 && p.row != 0;
+      for (int c = 0; c < ncols; ++c) {
+        const Cell& cell = table.rows[p.row].cells[c];
+        const bool spanned =
+            any_row_span && (covered[size_t(p.row) * ncols + c] & kCoveredByRowSpan);
+        bool want = i > 0 && (border.inner_h || header_below) && !spanned;
+        if (cell.attr.border_above >= 0 && !spanned)
+          want = cell.attr.border_above > 0 && (i > 0 || !border.box);
+        if (want) lines.Add(left + col_x[c], p.y, left + col_x[c + 1], p.y);
+      }
+      lines.Flush();
+    }
+    // Lines between columns, row by row so spans and tcColBorder can break them.
+    for (int b = 1; b < ncols; ++b) {
+      for (const Placed& p : segment)
+        if (vertical_wanted(p.row, b)) lines.Add(left + col_x[b], p.y, left + col_x[b], p.y + p.h);
+      lines.Flush();
+    }
+    if (border.box) AddBox(items, left, top, right, bot);
+    segment.clear();
+  };
+
+  const int first_page = page_;
+  size_t next_repeat = 0;
+  for (size_t k = 0; k < drawn.size(); ++k) {
+    const RowPlacement& at = placement.rows[k];
+    if (first_page + at.page != page_) {
+      flush_borders();
+      while (page_ < first_page + at.page) OpenPage();
+      // The header block again at the top of the new page.
+      if (next_repeat < placement.repeats.size() &&
+          placement.repeats[next_repeat].page == at.page) {
+        Twips y = placement.repeats[next_repeat++].y;
+        for (size_t h = 0; h < size_t(rules.header_rows); ++h) {
+          draw_row(h, y, true);
+          y += heights[h];
+        }
+      }
+    }
+    draw_row(k, at.y, false);
+  }
+  flush_borders();
+
+  x_ = margin_left_ + indent_left_;
+  y_ = placement.end_y;
+}
+
+}  // namespace orv::frame

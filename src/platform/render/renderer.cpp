@@ -1,0 +1,269 @@
+#include "platform/render/renderer.h"
+
+#include <cairo-ft.h>
+#include <cairo-pdf.h>
+#include <cairo.h>
+#include <dlfcn.h>
+#include <ft2build.h>
+#include FT_FREETYPE_H
+
+#include <cmath>
+#include <map>
+#include <mutex>
+#include <numbers>
+#include <tuple>
+
+namespace orv::render {
+namespace {
+
+// FreeType comes into the process with cairo. Its two entry points that
+// open a face from a file are looked up at run time because the build links
+// cairo alone; the lookup fails loudly if FreeType is not there.
+class FreeType {
+ public:
+  static FreeType& Get() {
+    static FreeType ft;
+    return ft;
+  }
+  FT_Face Open(const std::string& path) {
+    if (!new_face_ || !library_) throw RenderError("FreeType is not available to load " + path);
+    FT_Face face = nullptr;
+    if (new_face_(library_, path.c_str(), 0, &face) != 0)
+      throw RenderError("Cannot load font file " + path);
+    return face;
+  }
+
+ private:
+  using InitFn = FT_Error (*)(FT_Library*);
+  using NewFaceFn = FT_Error (*)(FT_Library, const char*, FT_Long, FT_Face*);
+  FreeType() {
+    void* lib = dlopen("libfreetype.so.6", RTLD_NOW | RTLD_GLOBAL);
+    void* init = lib ? dlsym(lib, "FT_Init_FreeType") : dlsym(RTLD_DEFAULT, "FT_Init_FreeType");
+    void* new_face = lib ? dlsym(lib, "FT_New_Face") : dlsym(RTLD_DEFAULT, "FT_New_Face");
+    if (!init || !new_face) return;
+    new_face_ = reinterpret_cast<NewFaceFn>(new_face);
+    if (reinterpret_cast<InitFn>(init)(&library_) != 0) library_ = nullptr;
+  }
+  FT_Library library_ = nullptr;
+  NewFaceFn new_face_ = nullptr;
+};
+
+// One cairo font face per file and synthetic style, kept for the life of the
+// process: fonts are few and loading them is the slow part.
+cairo_font_face_t* FaceFor(const FontFace& f) {
+  static std::mutex mu;
+  static std::map<std::tuple<std::string, bool, bool>, cairo_font_face_t*> faces;
+  std::lock_guard lock(mu);
+  auto key = std::tuple{f.file, f.synthetic_bold, f.synthetic_italic};
+  if (auto it = faces.find(key); it != faces.end()) return it->second;
+  FT_Face ft = FreeType::Get().Open(f.file);
+  cairo_font_face_t* face = cairo_ft_font_face_create_for_ft_face(ft, 0);
+  unsigned synth = 0;
+  if (f.synthetic_bold) synth |= CAIRO_FT_SYNTHESIZE_BOLD;
+  if (f.synthetic_italic) synth |= CAIRO_FT_SYNTHESIZE_OBLIQUE;
+  if (synth) cairo_ft_font_face_set_synthesize(face, synth);
+  faces.emplace(key, face);
+  return face;
+}
+
+double Pt(Twips t) {
+  return t.points();
+}
+
+void SetColor(cairo_t* cr, Rgb c) {
+  cairo_set_source_rgb(cr, c.r / 255.0, c.g / 255.0, c.b / 255.0);
+}
+
+class Painter {
+ public:
+  Painter(cairo_t* cr, const Document& doc) : cr_(cr), doc_(doc) {
+    options_ = cairo_font_options_create();
+    // Unhinted outlines and metrics: glyphs advance exactly as measured.
+    cairo_font_options_set_hint_metrics(options_, CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_hint_style(options_, CAIRO_HINT_STYLE_NONE);
+    cairo_set_font_options(cr_, options_);
+    faces_.resize(doc.fonts.size(), nullptr);
+  }
+  ~Painter() { cairo_font_options_destroy(options_); }
+
+  void Paint(const Page& page) {
+    for (const auto& item : page.items) std::visit([&](const auto& x) { Draw(x); }, item);
+    Flush();
+  }
+
+ private:
+  // Runs in one font, size and colour, upright and unclipped, that follow one
+  // another are painted by one call: the PDF then holds one text object per
+  // group instead of one per run, which is most of the cost of a long table.
+  void Draw(const TextRun& t) {
+    if (t.font >= faces_.size()) throw RenderError("Text run names a font the document lacks");
+    if (!faces_[t.font]) faces_[t.font] = FaceFor(doc_.fonts[t.font]);
+    const bool plain = !t.clip && t.angle == 0 && !t.underline;
+    if (!plain || (!batch_.empty() &&
+                   !(t.font == batch_font_ && t.size_pt == batch_size_ && t.color == batch_color_)))
+      Flush();
+    if (t.font != set_font_ || t.size_pt != set_size_) {
+      cairo_set_font_face(cr_, faces_[t.font]);
+      cairo_set_font_size(cr_, t.size_pt);
+      set_font_ = t.font;
+      set_size_ = t.size_pt;
+    }
+    if (plain) {
+      cairo_glyph_t* glyphs = nullptr;
+      int count = 0;
+      cairo_scaled_font_t* font = cairo_get_scaled_font(cr_);
+      if (cairo_scaled_font_text_to_glyphs(font, Pt(t.x), Pt(t.baseline), t.text.c_str(),
+                                           int(t.text.size()), &glyphs, &count, nullptr, nullptr,
+                                           nullptr) == CAIRO_STATUS_SUCCESS) {
+        batch_.insert(batch_.end(), glyphs, glyphs + count);
+        cairo_glyph_free(glyphs);
+      }
+      batch_font_ = t.font;
+      batch_size_ = t.size_pt;
+      batch_color_ = t.color;
+      return;
+    }
+    cairo_save(cr_);
+    if (t.clip) {
+      cairo_rectangle(cr_, Pt(t.clip->x), Pt(t.clip->y), Pt(t.clip->width), Pt(t.clip->height));
+      cairo_clip(cr_);
+    }
+    SetColor(cr_, t.color);
+    cairo_translate(cr_, Pt(t.x), Pt(t.top));
+    if (t.angle != 0) cairo_rotate(cr_, -t.angle * std::numbers::pi / 1800.0);
+    cairo_move_to(cr_, 0, Pt(t.baseline - t.top));
+    cairo_show_text(cr_, t.text.c_str());
+    if (t.underline) {
+      cairo_set_line_width(cr_, t.size_pt / 16.0);
+      cairo_move_to(cr_, 0, Pt(t.baseline - t.top) + t.size_pt / 8.0);
+      cairo_rel_line_to(cr_, Pt(t.width), 0);
+      cairo_stroke(cr_);
+    }
+    cairo_restore(cr_);
+  }
+
+ public:
+  void Flush() {
+    if (batch_.empty()) return;
+    SetColor(cr_, batch_color_);
+    cairo_show_glyphs(cr_, batch_.data(), int(batch_.size()));
+    batch_.clear();
+  }
+
+ private:
+  void Draw(const Line& l) {
+    Flush();
+    cairo_save(cr_);
+    // Width 0 is the thinnest line the device draws: a hairline.
+    const double w = std::max(Pt(l.width), 0.25);
+    cairo_set_line_width(cr_, w);
+    SetColor(cr_, l.color);
+    if (l.dotted) {
+      const double dash[] = {w, 2 * w + 1};
+      cairo_set_dash(cr_, dash, 2, 0);
+    }
+    cairo_move_to(cr_, Pt(l.x1), Pt(l.y1));
+    cairo_line_to(cr_, Pt(l.x2), Pt(l.y2));
+    cairo_stroke(cr_);
+    cairo_restore(cr_);
+  }
+
+  void Draw(const FilledRect& r) {
+    Flush();
+    SetColor(cr_, r.color);
+    cairo_rectangle(cr_, Pt(r.box.x), Pt(r.box.y), Pt(r.box.width), Pt(r.box.height));
+    cairo_fill(cr_);
+  }
+
+  void Draw(const Picture& p) {
+    Flush();
+    if (!p.image || p.image->width <= 0 || p.image->height <= 0) return;
+    const Image& img = *p.image;
+    cairo_surface_t* s = cairo_image_surface_create_for_data(
+        reinterpret_cast<unsigned char*>(const_cast<uint32_t*>(img.pixels.data())),
+        CAIRO_FORMAT_ARGB32, img.width, img.height, img.width * 4);
+    cairo_save(cr_);
+    cairo_translate(cr_, Pt(p.box.x), Pt(p.box.y));
+    cairo_scale(cr_, Pt(p.box.width) / img.width, Pt(p.box.height) / img.height);
+    cairo_set_source_surface(cr_, s, 0, 0);
+    cairo_paint(cr_);
+    cairo_restore(cr_);
+    cairo_surface_destroy(s);
+  }
+
+  cairo_t* cr_;
+  const Document& doc_;
+  cairo_font_options_t* options_;
+  std::vector<cairo_font_face_t*> faces_;
+  uint16_t set_font_ = UINT16_MAX;  // the font and size set on the context
+  float set_size_ = 0;
+  std::vector<cairo_glyph_t> batch_;
+  uint16_t batch_font_ = 0;
+  float batch_size_ = 0;
+  Rgb batch_color_;
+};
+
+void Check(cairo_status_t st, const std::string& path) {
+  if (st != CAIRO_STATUS_SUCCESS)
+    throw RenderError("Cannot write " + path + ": " + cairo_status_to_string(st));
+}
+
+}  // namespace
+
+void RenderPdf(const Document& doc, const std::string& path, int first, int last) {
+  const int n = int(doc.pages.size());
+  if (last == 0) last = n;
+  if (n == 0 || first < 1 || last > n || first > last)
+    throw RenderError("RenderPdf: pages " + std::to_string(first) + " to " + std::to_string(last) +
+                      " are not in a document of " + std::to_string(n) + " pages");
+  const Page& p0 = doc.pages[first - 1];
+  cairo_surface_t* surface = cairo_pdf_surface_create(path.c_str(), Pt(p0.width), Pt(p0.height));
+  Check(cairo_surface_status(surface), path);
+  if (!doc.name.empty())
+    cairo_pdf_surface_set_metadata(surface, CAIRO_PDF_METADATA_TITLE, doc.name.c_str());
+  cairo_t* cr = cairo_create(surface);
+  try {
+    Painter painter(cr, doc);
+    for (int i = first; i <= last; ++i) {
+      const Page& page = doc.pages[i - 1];
+      cairo_pdf_surface_set_size(surface, Pt(page.width), Pt(page.height));
+      painter.Paint(page);
+      cairo_show_page(cr);
+    }
+  } catch (...) {
+    cairo_destroy(cr);
+    cairo_surface_destroy(surface);
+    throw;
+  }
+  cairo_destroy(cr);
+  cairo_surface_finish(surface);
+  const cairo_status_t st = cairo_surface_status(surface);
+  cairo_surface_destroy(surface);
+  Check(st, path);
+}
+
+void RenderPng(const Document& doc, int page, double dpi, const std::string& path) {
+  if (page < 1 || page > int(doc.pages.size()))
+    throw RenderError("RenderPng: the document has no page " + std::to_string(page));
+  if (!(dpi > 0 && dpi <= 1200)) throw RenderError("RenderPng: resolution out of range");
+  const Page& p = doc.pages[page - 1];
+  const int w = int(std::ceil(p.width.inches() * dpi)), h = int(std::ceil(p.height.inches() * dpi));
+  cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, w, h);
+  cairo_t* cr = cairo_create(surface);
+  cairo_set_source_rgb(cr, 1, 1, 1);
+  cairo_paint(cr);
+  cairo_scale(cr, dpi / 72.0, dpi / 72.0);
+  try {
+    Painter(cr, doc).Paint(p);
+  } catch (...) {
+    cairo_destroy(cr);
+    cairo_surface_destroy(surface);
+    throw;
+  }
+  cairo_destroy(cr);
+  const cairo_status_t st = cairo_surface_write_to_png(surface, path.c_str());
+  cairo_surface_destroy(surface);
+  Check(st, path);
+}
+
+}  // namespace orv::render

@@ -1,0 +1,29 @@
+// Painting the print surface's display list with cairo: a PDF file of a
+// document or a range of its pages, and a PNG of one page.
+//
+// The renderers only paint. Positions, line breaks and page breaks were all
+// settled by the layout; text is drawn with the same font files the layout
+// measured, without hinting or kerning, so it lands where it was measured.
+#pragma once
+
+#include <string>
+
+#include "common/errors.h"
+#include "platform/render/display_list.h"
+
+namespace orv::render {
+
+class RenderError : public ReportError {
+ public:
+  explicit RenderError(const std::string& what) : ReportError(kErrInvalidProcedureCall, what) {}
+};
+
+// Writes pages `first` to `last` (from 1; 0 as `last` means the last page) of
+// `doc` to a PDF file, one PDF page per page at its own size.
+void RenderPdf(const Document& doc, const std::string& path, int first = 1, int last = 0);
+
+// Writes page `page` (from 1) of `doc` to a PNG file at `dpi` dots per inch
+// on a white ground.
+void RenderPng(const Document& doc, int page, double dpi, const std::string& path);
+
+}  // namespace orv::render

@@ -1,0 +1,489 @@
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+#include "frame/surface/surface.h"
+#include "frame/surface/surface_error.h"
+#include "frame/surface/table_layout.h"
+#include "surface_test_util.h"
+
+namespace orv::frame {
+namespace {
+
+using testing::Fills;
+using testing::Lines;
+using testing::Open;
+using testing::RunOf;
+using testing::Runs;
+using testing::Texts;
+
+TEST(TableLanguage, Format) {
+  struct Case {
+    const char* format;
+    std::vector<double> widths;
+    std::vector<int> aligns;
+  } cases[] = {
+      {"<1in|1in", {1440, 1440}, {0, 0}},
+      {">.75in", {1080}, {2}},
+      {"^!~+1.3in|>+!~1in|>!~+1in", {1872, 1440, 1440}, {1, 2, 2}},
+      {"|1.95in", {1440, 2808}, {0, 0}},
+      {"^.8In|<2cm|>1440", {1152, 1133.858, 1440}, {1, 0, 2}},
+  };
+  for (const auto& c : cases) {
+    const auto cols = ParseFormat(c.format);
+    ASSERT_EQ(cols.size(), c.widths.size()) << c.format;
+    for (size_t i = 0; i < cols.size(); ++i) {
+      EXPECT_NEAR(cols[i].width.value(), c.widths[i], 1e-3) << c.format << " column " << i;
+      EXPECT_EQ(cols[i].align, c.aligns[i]) << c.format << " column " << i;
+    }
+  }
+  const auto a = ParseFormat(">+!~1in"), b = ParseFormat(">!~+1in");
+  EXPECT_TRUE(a[0].bang && a[0].tilde && a[0].plus);
+  EXPECT_EQ(a[0].tilde, b[0].tilde);
+  EXPECT_THROW(ParseFormat("<1inch"), SurfaceError);
+}
+
+TEST(TableLanguage, BodyRowsAndCells) {
+  struct Case {
+    const char* name;
+    const char* body;
+    std::vector<std::vector<std::string>> rows;
+  } cases[] = {
+      {"trailing semicolon adds no row", "a|b;c|d;", {{"a", "b"}, {"c", "d"}}},
+      {"no trailing semicolon", "a|b;c|d", {{"a", "b"}, {"c", "d"}}},
+      {"short row leaves blanks", "a;c|d;", {{"a", ""}, {"c", "d"}}},
+      {"empty row kept", "|;x|y;", {{"", ""}, {"x", "y"}}},
+      {"extra cells dropped", "a|b|c;", {{"a", "b"}}},
+      {"line break inside a cell", "two\r\nlines|b;", {{"two\r\nlines", "b"}}},
+      {"empty body", "", {}},
+  };
+  for (const auto& c : cases) {
+    Table t;
+    t.Add("1in|1in", "H1|H2", c.body, std::nullopt, std::nullopt, false, TextStyle());
+    std::vector<std::vector<std::string>> got;
+    for (int r = 1; r <= t.BodyRows(); ++r)
+      got.push_back({t.rows[r].cells[0].text, t.rows[r].cells[1].text});
+    EXPECT_EQ(got, c.rows) << c.name;
+  }
+}
+
+// Placement of rows 100 tall on pages whose rows run from 1000 to 1450.
+TEST(TableLayout, PlaceRows) {
+  struct Case {
+    const char* name;
+    int rows;
+    int header_rows;
+    bool repeat;
+    double start;
+    std::vector<std::pair<int, double>> want;     // page and y of every row
+    std::vector<std::pair<int, double>> repeats;  // header block again
+  } cases[] = {
+      {"fits on the page", 3, 0, true, 1000, {{0, 1000}, {0, 1100}, {0, 1200}}, {}},
+      {"breaks when the next row would pass the bottom",
+       6,
+       0,
+       true,
+       1000,
+       {{0, 1000}, {0, 1100}, {0, 1200}, {0, 1300}, {1, 1000}, {1, 1100}},
+       {}},
+      {"header repeats after a break",
+       6,
+       1,
+       true,
+       1000,
+       {{0, 1000}, {0, 1100}, {0, 1200}, {0, 1300}, {1, 1100}, {1, 1200}},
+       {{1, 1000}}},
+      {"no repeat when switched off",
+       6,
+       1,
+       false,
+       1000,
+       {{0, 1000}, {0, 1100}, {0, 1200}, {0, 1300}, {1, 1000}, {1, 1100}},
+       {}},
+      {"header never alone at the foot", 3, 1, true, 1300, {{1, 1000}, {1, 1100}, {1, 1200}}, {}},
+      {"starts low: first row moves", 2, 0, true, 1400, {{1, 1000}, {1, 1100}}, {}},
+  };
+  for (const auto& c : cases) {
+    PlacementRules rules;
+    rules.header_rows = c.header_rows;
+    rules.repeat_header = c.repeat;
+    const auto p = PlaceRows(std::vector<Twips>(c.rows, Twips(100)), rules, Twips(c.start),
+                             Twips(1000), Twips(1450));
+    std::vector<std::pair<int, double>> got, reps;
+    for (const auto& r : p.rows) got.push_back({r.page, r.y.value()});
+    for (const auto& r : p.repeats) reps.push_back({r.page, r.y.value()});
+    EXPECT_EQ(got, c.want) << c.name;
+    EXPECT_EQ(reps, c.repeats) << c.name;
+  }
+  // A row taller than a page still gets a place, and the layout ends.
+  const auto tall = PlaceRows({Twips(5000), Twips(100)}, {}, Twips(1000), Twips(1000), Twips(1450));
+  EXPECT_EQ(tall.rows[0].page, 0);
+  EXPECT_EQ(tall.rows[1].page, 1);
+  PlacementRules keep;
+  keep.keep_together = true;
+  EXPECT_EQ(
+      PlaceRows({Twips(100), Twips(100)}, keep, Twips(1300), Twips(1000), Twips(1450)).rows[0].page,
+      1);
+}
+
+TEST(SurfaceTable, EdgeCasesOfAddTable) {
+  PrintSurface s;
+  Open(s);
+  const Twips y0 = s.CurrentY();
+  s.AddTable("1in|1in", "", "");
+  EXPECT_TRUE(s.Document().pages[0].items.empty()) << "empty header and body draw nothing";
+  EXPECT_EQ(s.CurrentY(), y0);
+
+  s.AddTable("<1in|1in", "Code|Fee", "", 12169126);
+  const auto& page = s.Document().pages[0];
+  EXPECT_EQ(Texts(page), (std::vector<std::string>{"Code", "Fee"})) << "the header row alone";
+  ASSERT_EQ(Fills(page).size(), 2u);
+  EXPECT_EQ(Fills(page)[0].color, (render::Rgb{166, 175, 185}));
+  EXPECT_GT(s.CurrentY(), y0);
+  EXPECT_EQ(RunOf(page, "Fee").x, s.MarginLeft() + Twips(1440) + PrintSurface::kCellPadX)
+      << "a width without a flag is left aligned";
+}
+
+TEST(SurfaceTable, RowsGrowToTheirTallestCellAndThePenGoesBelow) {
+  PrintSurface s;
+  Open(s);
+  const Twips lh = s.TextHeight("X");
+  const Twips row = lh + PrintSurface::kCellPadY * 2;
+  const Twips y0 = s.CurrentY();
+  s.AddTable("<1in|>1in", "Code|Amount",
+             "01101|$12.00;two\r\nlines|$3.00;"
+             "a description long enough to wrap at one inch|$1.00;");
+  const auto& page = s.Document().pages[0];
+  const auto amount1 = RunOf(page, "$12.00"), amount2 = RunOf(page, "$3.00"),
+             amount3 = RunOf(page, "$1.00");
+  EXPECT_EQ(amount1.top, y0 + row + PrintSurface::kCellPadY);
+  EXPECT_EQ(amount2.top, amount1.top + row);
+  EXPECT_EQ(RunOf(page, "lines").top, amount2.top + lh);
+  EXPECT_EQ(amount3.top, amount2.top + row + lh) << "the two-line row is one line taller";
+  // Right alignment: the amount ends at the cell's padding.
+  EXPECT_NEAR((amount1.x + amount1.width).value(),
+              (s.MarginLeft() + Twips(2880) - PrintSurface::kCellPadX).value(), 1e-6);
+  // The long description wrapped inside its column.
+  int wrapped_lines = 0;
+  for (const auto& r : Runs(page)) {
+    if (r.top >= amount3.top && r.x < s.MarginLeft() + Twips(1440)) {
+      ++wrapped_lines;
+      EXPECT_LE((r.x + r.width).value(), (s.MarginLeft() + Twips(1440)).value()) << r.text;
+    }
+  }
+  EXPECT_GE(wrapped_lines, 3);
+  EXPECT_EQ(s.CurrentY(), y0 + row * 4 + lh + lh * double(wrapped_lines - 1));
+  EXPECT_EQ(s.CurrentX(), s.MarginLeft());
+}
+
+TEST(SurfaceTable, PlacementByTextAlign) {
+  struct Case {
+    int align;
+    double indent;
+    double left;  // of a 3-inch table on letter paper with 1-inch margins
+  } cases[] = {{0, 0, 1440},
+               {7, 0, 1440},
+               {1, 0, 1440 + (9360 - 4320) / 2.0},
+               {2, 0, 10800 - 4320},
+               {0, 300, 1740}};
+  for (const auto& c : cases) {
+    PrintSurface s;
+    Open(s);
+    s.TextAlign(c.align);
+    s.TableBorder(4);
+    s.StartTable();
+    s.AddTable("1in|2in", "", "a|b");
+    s.TableCell(tcIndent) = c.indent;
+    s.EndTable();
+    const auto lines = Lines(s.Document().pages[0]);
+    double left = 1e9;
+    for (const auto& l : lines) left = std::min({left, l.x1.value(), l.x2.value()});
+    EXPECT_NEAR(left, c.left, 1e-6) << c.align;
+  }
+}
+
+TEST(SurfaceTable, ColoursOfHeaderAndBody) {
+  PrintSurface s;
+  Open(s);
+  // The one-row table that looks like a header: no header, body in the colour.
+  s.AddTable("<2in|<2in", "", "Name|Phone;", std::nullopt, 12169126);
+  auto fills = Fills(s.Document().pages[0]);
+  ASSERT_EQ(fills.size(), 2u);
+  EXPECT_EQ(fills[0].color, (render::Rgb{166, 175, 185}));
+  s.AddTable("<2in|<2in", "A|B", "a|b;", 2147483663u, 0);
+  fills = Fills(s.Document().pages[0]);
+  ASSERT_EQ(fills.size(), 4u) << "body colour 0 means none";
+  EXPECT_EQ(fills[2].color, (render::Rgb{212, 212, 212}));
+}
+
+TEST(SurfaceTable, TotalRowThroughTableCell) {
+  PrintSurface s;
+  Open(s);
+  s.TableBorder(0);
+  s.StartTable();
+  s.AddTable("<2in|>1in", "Item|Amount", "a|1.00;b|2.00;", 12169126, std::nullopt, true);
+  s.AddTable("<2in|>1in", "ignored|ignored", "Total|3.00;", std::nullopt, std::nullopt, true);
+  const int last = int(s.TableCell(tcRows).Number());
+  EXPECT_EQ(last, 3);
+  EXPECT_EQ(s.TableCell(tcCols).Number(), 2);
+  s.TableCell(tcRowBorderAbove, last, 1, last, 2) = 1;
+  s.TableCell(tcFontBold, last, 1, last, 2) = true;
+  EXPECT_EQ(s.TableCell(tcText, last, 2).String(), "3.00");
+  EXPECT_EQ(s.TableCell(tcText, 0, 1).String(), "Item") << "append keeps the first header";
+  EXPECT_TRUE(s.Document().pages[0].items.empty()) << "nothing drawn before EndTable";
+  s.EndTable();
+  const auto& page = s.Document().pages[0];
+  const auto total = RunOf(page, "Total"), b = RunOf(page, "b");
+  EXPECT_TRUE(s.Document().fonts[total.font].bold);
+  EXPECT_FALSE(s.Document().fonts[b.font].bold);
+  const auto lines = Lines(page);
+  ASSERT_EQ(lines.size(), 1u) << "border 0 draws only the line above the total";
+  EXPECT_EQ(lines[0].y1, total.top - PrintSurface::kCellPadY);
+  EXPECT_EQ(lines[0].x2 - lines[0].x1, Twips(4320));
+}
+
+TEST(SurfaceTable, BuiltCellByCellWithSpans) {
+  PrintSurface s;
+  Open(s);
+  s.StartTable();
+  s.TableCell(tcCols) = 4;
+  s.TableCell(tcRows) = 2;
+  for (int c = 1; c <= 4; ++c) s.TableCell(tcColWidth, -1, c) = "1.75in";
+  s.TableCell(tcText, 1, 1) = "Date: Nov/23/2026";
+  s.TableCell(tcText, 1, 3) = 12.5;
+  s.TableCell(tcText, 2, 1) = "Patient: a name long enough to need both columns";
+  s.TableCell(tcColSpan, 2, 1) = 2;
+  s.TableCell(tcText, 2, 2) = "hidden under the span";
+  s.TableCell(tcText, 2, 3) = "Phone: 555-0100";
+  EXPECT_EQ(s.TableCell(tcColWidth, -1, 2).Number(), 2520);
+  s.EndTable();
+  const auto& page = s.Document().pages[0];
+  const auto texts = Texts(page);
+  EXPECT_EQ(std::count(texts.begin(), texts.end(), "hidden under the span"), 0);
+  EXPECT_EQ(RunOf(page, "12.5").x, s.MarginLeft() + Twips(2 * 2520) + PrintSurface::kCellPadX);
+  const auto patient = RunOf(page, "Patient: a name long enough to need both columns");
+  EXPECT_GT(patient.width, Twips(2520)) << "one line across the two spanned columns";
+  EXPECT_EQ(RunOf(page, "Phone: 555-0100").top, patient.top);
+}
+
+TEST(SurfaceTable, TableCellSelectorsRoundTrip) {
+  struct Case {
+    int selector;
+    CellValue value;
+    double read_back;
+  } cases[] = {
+      {tcIndent, ".2in", 288},
+      {tcIndent, 480, 480},
+      {tcAlign, 7, 7},
+      {tcBackColor, 14737632, 14737632},
+      {tcForeColor, 255, 255},
+      {tcFontSize, 8, 8},
+      {tcFontBold, true, 1},
+      {tcFontItalic, 1, 1},
+      {tcNoWrap, true, 1},
+      {tcMarginTop, ".05in", 72},
+      {tcMarginBottom, 100, 100},
+      {tcRowHeight, "0.5in", 720},
+      {tcColBorder, 0, 0},
+      {tcCellBorder, 3, 3},
+      {tcBorderMode, 0, 0},
+      {tcRowHeader, 3, 3},
+      {tcRepeatHeader, true, 1},
+      {tcRowSpan, 2, 2},
+      {tcKeepTogether, 1, 1},
+      {tcColSpan, 2, 2},
+  };
+  for (const auto& c : cases) {
+    PrintSurface s;
+    Open(s);
+    s.StartTable();
+    s.AddTable("1in|1in|1in", "A|B|C", "a|b|c;d|e|f;");
+    s.TableCell(c.selector, 1, 1) = c.value;
+    EXPECT_EQ(s.TableCell(c.selector, 1, 1).Number(), c.read_back) << c.selector;
+    s.EndTable();
+    EXPECT_FALSE(s.Document().pages[0].items.empty()) << c.selector;
+  }
+}
+
+TEST(SurfaceTable, CellsOutOfRangeRaise) {
+  struct Case {
+    int selector, r1, c1, r2, c2;
+  } cases[] = {
+      {tcText, 3, 1, -1, -1},   {tcText, 1, 4, -1, -1},      {tcText, 1, 0, -1, -1},
+      {tcFontBold, 1, 1, 5, 3}, {tcColWidth, -1, 4, -1, -1}, {tcRowBorderAbove, -2, 1, -1, -1},
+  };
+  for (const auto& c : cases) {
+    PrintSurface s;
+    Open(s);
+    s.StartTable();
+    s.AddTable("1in|1in|1in", "A|B|C", "a|b|c;d|e|f;");
+    try {
+      s.TableCell(c.selector, c.r1, c.c1, c.r2, c.c2) = 1;
+      ADD_FAILURE() << "selector " << c.selector << " accepted (" << c.r1 << "," << c.c1 << ")";
+    } catch (const ReportError& e) {
+      EXPECT_EQ(e.number(), kErrSubscript) << e.what();
+    }
+    EXPECT_EQ(s.TableCell(tcText, 2, 3).String(), "f") << "the table is unchanged";
+  }
+  PrintSurface s;
+  Open(s);
+  s.StartTable();
+  s.AddTable("1in", "", "a");
+  EXPECT_THROW(s.TableCell(tcFontSize, 1, 1) = "big", ReportError);
+  EXPECT_THROW(s.TableCell(99, 1, 1) = 1, SurfaceError);
+  EXPECT_THROW(s.TableCell(tcInsertCol) = 5, CellRangeError);
+  // Column 0 stands for the row as a whole where a selector sets the row.
+  s.TableCell(tcFontBold, 0, 0, 1, 1) = true;
+  EXPECT_EQ(s.TableCell(tcFontBold, 1, 1).Number(), 1);
+}
+
+TEST(SurfaceTable, BorderStyles) {
+  struct Case {
+    int border;
+    size_t lines;  // for a 3-column table of header and two rows, no breaks
+  } cases[] = {
+      {0, 0},         {4, 4},  // the box
+      {7, 4 + 2 + 2},          // the box, two lines between rows, two between columns
+      {3, 2 + 2},              // the same grid without the box
+      {8, 4 + 1},              // the box and the rule under the header
+      {9, 4 + 2},              // the box and the lines between rows
+  };
+  for (const auto& c : cases) {
+    PrintSurface s;
+    Open(s);
+    s.TableBorder(c.border);
+    s.AddTable("1in|1in|1in", "A|B|C", "a|b|c;d|e|f;");
+    const size_t want = c.lines;
+    EXPECT_EQ(Lines(s.Document().pages[0]).size(), want) << c.border;
+  }
+  // tcColBorder 0 takes the lines of a column away in a grid.
+  PrintSurface s;
+  Open(s);
+  s.TableBorder(7);
+  s.StartTable();
+  s.AddTable("1in|1in|1in", "", "a|b|c;d|e|f;");
+  s.TableCell(tcColBorder, 1, 1, 2, 1) = 0;
+  s.EndTable();
+  size_t verticals = 0;
+  for (const auto& l : Lines(s.Document().pages[0]))
+    if (l.x1 == l.x2 && l.x1 == s.MarginLeft() + Twips(1440)) ++verticals;
+  EXPECT_EQ(verticals, 0u);
+}
+
+TEST(SurfaceTable, LongTableBreaksAndRepeatsItsHeader) {
+  PrintSurface s;
+  Open(s);
+  s.TableBorder(7);
+  std::string body;
+  for (int i = 1; i <= 150; ++i) body += "row " + std::to_string(i) + "|" + std::to_string(i) + ";";
+  s.AddTable("<3in|>1in", "Description|Amount", body, 12169126);
+  ASSERT_GE(s.PageCount(), 3);
+  int seen = 0;
+  for (int p = 0; p < s.PageCount(); ++p) {
+    const auto& page = s.Document().pages[p];
+    const auto runs = Runs(page);
+    ASSERT_FALSE(runs.empty());
+    EXPECT_EQ(runs.front().text, "Description") << "page " << p + 1;
+    EXPECT_EQ(runs.front().top, s.MarginTop() + PrintSurface::kCellPadY) << "page " << p + 1;
+    for (const auto& r : runs) {
+      EXPECT_LE(r.baseline.value(), (s.PageHeight() - s.MarginBottom()).value());
+      if (r.text.rfind("row ", 0) == 0) {
+        EXPECT_EQ(r.text, "row " + std::to_string(++seen));
+      }
+    }
+    // The grid closes on each page: a box bottom under the last row.
+    double lowest = 0;
+    for (const auto& l : Lines(page)) lowest = std::max(lowest, l.y2.value());
+    EXPECT_LE(lowest, (s.PageHeight() - s.MarginBottom()).value());
+  }
+  EXPECT_EQ(seen, 150) << "every row once, in order";
+  EXPECT_EQ(s.CurrentPage(), s.PageCount());
+}
+
+TEST(SurfaceTable, RowSpansAndInsertedColumns) {
+  PrintSurface s;
+  Open(s);
+  s.FontName("Arial Narrow");
+  s.FontSize(9);
+  s.StartTable();
+  s.AddTable("1in|1in", "Smith 1|Jones 2", ";;;;");
+  s.TableCell(tcInsertCol) = 1;
+  s.TableCell(tcColWidth, -1, 1) = ".6in";
+  s.TableCell(tcText, 1, 1) = "8:00";
+  s.TableCell(tcText, 2, 2) = "\tBrown";
+  s.TableCell(tcBackColor, 2, 2) = 12369084;
+  s.TableCell(tcRowSpan, 2, 2) = 9;  // more than the rows left: cut at the last row
+  s.TableCell(tcText, 3, 2) = "under the span";
+  EXPECT_EQ(s.TableCell(tcCols).Number(), 3);
+  const Twips y0 = s.CurrentY();
+  s.EndTable();
+  const auto& page = s.Document().pages[0];
+  const auto texts = Texts(page);
+  EXPECT_EQ(std::count(texts.begin(), texts.end(), "under the span"), 0);
+  const auto fills = Fills(page);
+  ASSERT_EQ(fills.size(), 1u);
+  EXPECT_EQ(fills[0].box.y + fills[0].box.height, s.CurrentY()) << "the span reaches the last row";
+  EXPECT_EQ(fills[0].box.x, s.MarginLeft() + Twips(864));
+  EXPECT_EQ(RunOf(page, "Brown").x, fills[0].box.x + PrintSurface::kCellPadX + Twips(720))
+      << "a tab in a cell goes to the half-inch stop";
+  EXPECT_GT(s.CurrentY(), y0);
+}
+
+TEST(SurfaceTable, MeasureTableMatchesTheDrawnHeight) {
+  PrintSurface s;
+  Open(s);
+  s.MeasureTable(
+      "^!~+1.3in|^!~+1.3in|^!~+1.3in|^!~+1.3in|^!~+1.3in;Current|> 30 Days|> 60 Days|> 90 "
+      "Days|Total Due($);$1.00|$2.00|$3.00|$4.00|$10.00");
+  const Twips measured = s.MeasuredTableHeight();
+  EXPECT_TRUE(s.Document().pages[0].items.empty()) << "measuring draws nothing";
+  const Twips y0 = s.CurrentY();
+  s.AddTable("^!~+1.3in|^!~+1.3in|^!~+1.3in|^!~+1.3in|^!~+1.3in",
+             "Current|> 30 Days|> 60 Days|> 90 Days|Total Due($)",
+             "$1.00|$2.00|$3.00|$4.00|$10.00");
+  EXPECT_EQ(s.CurrentY() - y0, measured);
+  const Twips row = s.TextHeight("X") + PrintSurface::kCellPadY * 2;
+  EXPECT_EQ(measured, row * 2);
+}
+
+}  // namespace
+}  // namespace orv::frame
+
+namespace orv::frame {
+namespace {
+
+TEST(SurfaceTable, HeaderRowsRowHeightsAndKeepTogether) {
+  PrintSurface s;
+  Open(s);
+  s.TableHeaderRows(2);  // the header and the first body row repeat
+  s.StartTable();
+  std::string body = "8:00|;";
+  for (int i = 0; i < 80; ++i) body += "slot " + std::to_string(i) + "|;";
+  s.AddTable("1in|2in", "Time|Smith 1", body);
+  s.TableCell(tcRowHeight, 2, 0, int(s.TableCell(tcRows).Number()), 0) = "0.25in";
+  s.EndTable();
+  ASSERT_GE(s.PageCount(), 3);
+  for (int p = 1; p < s.PageCount(); ++p) {
+    const auto texts = Texts(s.Document().pages[p]);
+    ASSERT_GE(texts.size(), 3u);
+    EXPECT_EQ(texts[0], "Time") << "page " << p + 1;
+    EXPECT_EQ(texts[2], "8:00") << "page " << p + 1;
+  }
+  const auto& first = s.Document().pages[0];
+  EXPECT_EQ(RunOf(first, "slot 1").top - RunOf(first, "slot 0").top, Twips(360));
+
+  // A table kept together starts on a fresh page when it does not fit.
+  PrintSurface k;
+  Open(k);
+  k.CurrentY(k.PageHeight() - k.MarginBottom() - Twips(500));
+  k.StartTable();
+  k.AddTable("1in", "Head", "a;b;c;d;");
+  k.TableCell(tcKeepTogether) = 1;
+  k.EndTable();
+  EXPECT_EQ(k.PageCount(), 2);
+  EXPECT_TRUE(k.Document().pages[0].items.empty());
+  EXPECT_EQ(Texts(k.Document().pages[1]).size(), 5u);
+}
+
+}  // namespace
+}  // namespace orv::frame

@@ -1,0 +1,300 @@
+#include <gtest/gtest.h>
+
+#include "frame/surface/surface.h"
+#include "frame/surface/surface_error.h"
+#include "frame/surface/text_layout.h"
+#include "surface_test_util.h"
+
+namespace orv::frame {
+namespace {
+
+using testing::Open;
+using testing::RunOf;
+using testing::Runs;
+using testing::Texts;
+
+// Every character is 100 twips wide: line breaking can be checked by counting.
+Twips Fixed(std::string_view s) {
+  return Twips(100.0 * double(s.size()));
+}
+
+std::vector<std::string> LineTexts(const std::vector<TextLine>& lines) {
+  std::vector<std::string> out;
+  for (const auto& l : lines) {
+    std::string s;
+    for (const auto& seg : l.segments) s += (s.empty() ? "" : "|") + seg.text;
+    out.push_back(s);
+  }
+  return out;
+}
+
+TEST(TextLayout, BreakLines) {
+  struct Case {
+    const char* name;
+    const char* text;
+    double width;
+    bool wrap;
+    std::vector<std::string> lines;
+    double first_width = 0;  // 0: as wide as the others
+  } cases[] = {
+      {"fits", "abc def", 1000, true, {"abc def"}},
+      {"wraps at blank", "abc def ghi", 750, true, {"abc def", "ghi"}},
+      {"blanks before a break vanish", "abc    def", 500, true, {"abc", "def"}},
+      {"long word breaks between characters", "abcdefghij", 400, true, {"abcd", "efgh", "ij"}},
+      {"CR LF breaks", "one\r\ntwo", 5000, true, {"one", "two"}},
+      {"lone LF and CR break", "a\nb\rc", 5000, true, {"a", "b", "c"}},
+      {"no wrap keeps a long line", "abc def ghi", 300, false, {"abc def ghi"}},
+      {"empty gives one empty line", "", 1000, true, {""}},
+      {"tab splits segments", "a\tb", 5000, true, {"a|b"}},
+      {"accents count as one character",
+       "\xC3\xA9t\xC3\xA9 \xC3\xA0",
+       300,
+       true,
+       {"\xC3\xA9t\xC3\xA9", "\xC3\xA0"}},
+      {"a short first line takes the words that fit", "ab cd ef", 1000, true, {"ab", "cd ef"}, 300},
+      {"a word wider than a short first line moves down",
+       "abcd ef",
+       1000,
+       true,
+       {"", "abcd ef"},
+       150},
+  };
+  for (const auto& c : cases) {
+    auto measure = [](std::string_view s) {
+      // Count code points, not bytes.
+      size_t n = 0;
+      for (unsigned char ch : s) n += (ch & 0xC0) != 0x80;
+      return Twips(100.0 * double(n));
+    };
+    const Twips first(c.first_width > 0 ? c.first_width : c.width);
+    EXPECT_EQ(LineTexts(BreakLines(c.text, measure, first, Twips(c.width), c.wrap)), c.lines)
+        << c.name;
+  }
+}
+
+TEST(TextLayout, TabsAdvanceToTheNextHalfInchStop) {
+  struct Case {
+    const char* text;
+    std::vector<double> xs;
+  } cases[] = {
+      {"a\tb", {0, 720}},          // 100 wide: the stop at 720
+      {"abcdefgh\tb", {0, 1440}},  // 800 wide: past 720, so 1440
+      {"\tb", {720}},              // a leading tab
+      {"\t\tb", {1440}},
+  };
+  for (const auto& c : cases) {
+    auto lines = BreakLines(c.text, Fixed, Twips(10000), Twips(10000));
+    ASSERT_EQ(lines.size(), 1u);
+    std::vector<double> xs;
+    for (const auto& s : lines[0].segments) xs.push_back(s.x.value());
+    EXPECT_EQ(xs, c.xs) << c.text;
+  }
+}
+
+TEST(TextLayout, Alignment) {
+  struct Case {
+    int code;
+    double offset;    // of a 400 line in a 1000 band
+    double vertical;  // of a 200 block in a 1000 box
+  } cases[] = {
+      {0, 0, 0},     {1, 300, 0},   {2, 600, 0}, {3, 0, 0},   {4, 0, 400},
+      {5, 300, 400}, {6, 600, 400}, {7, 0, 400}, {8, 0, 800}, {9, 300, 800},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(AlignOffset(c.code, Twips(1000), Twips(400)).value(), c.offset) << c.code;
+    EXPECT_EQ(VerticalOffset(c.code, Twips(1000), Twips(200)).value(), c.vertical) << c.code;
+  }
+}
+
+TEST(TextLayout, JustifySpreadsAllButTheLastLine) {
+  auto lines = BreakLines("aa bb cc dd", Fixed, Twips(900), Twips(900));
+  ASSERT_EQ(LineTexts(lines), (std::vector<std::string>{"aa bb cc", "dd"}));
+  const TextLine first = Justify(lines[0], Fixed, Twips(900));
+  ASSERT_EQ(first.segments.size(), 3u);
+  EXPECT_EQ(first.segments[2].x + first.segments[2].width, Twips(900));
+  EXPECT_EQ(first.segments[1].x, Twips(350));
+  const TextLine last = Justify(lines[1], Fixed, Twips(900));
+  EXPECT_EQ(last.segments[0].x, Twips(0));
+  EXPECT_EQ(last.width, Twips(200));
+}
+
+TEST(SurfaceText, MetricsComeFromTheFontFiles) {
+  PrintSurface s;
+  s.FontName("Tahoma");
+  s.FontSize(10);
+  const Twips x10 = s.TextHeight("X");
+  // Tahoma's line is 2472 of 2048 units: 241.4 twips at 10 point.
+  EXPECT_NEAR(x10.value(), 241.40625, 1e-6);
+  EXPECT_EQ(s.TextHeight("A\r\nB"), x10 * 2);
+  s.FontSize(20);
+  EXPECT_EQ(s.TextHeight("X"), x10 * 2);
+  s.FontSize(10);
+  const Twips w = s.TextWidth("Total");
+  EXPECT_GT(w, Twips(300));
+  EXPECT_LT(w, Twips(700));
+  s.FontBold(true);
+  EXPECT_GT(s.TextWidth("Total"), w) << "bold Tahoma is a file of its own, wider";
+  EXPECT_EQ(s.TextWidth("ab\r\nabcd"), s.TextWidth("abcd"));
+  s.FontBold(false);
+  s.FontName("Arial Narrow");
+  EXPECT_LT(s.TextWidth("Total"), w);
+  EXPECT_GT(s.TextWidth("\xC3\xA9t\xC3\xA9"), Twips(0));
+}
+
+TEST(SurfaceText, TextWritesAParagraphAndEndsTheLine) {
+  PrintSurface s;
+  Open(s);
+  const Twips lh = s.TextHeight("X");
+  const Twips y0 = s.CurrentY();
+  s.CurrentX(3000);
+  s.Text("Hello");
+  auto run = RunOf(s.Document().pages[0], "Hello");
+  EXPECT_EQ(run.x, Twips(3000));
+  EXPECT_EQ(run.top, y0);
+  EXPECT_GT(run.baseline, run.top);
+  EXPECT_EQ(s.CurrentX(), s.MarginLeft()) << "the next line starts at the margin";
+  EXPECT_EQ(s.CurrentY(), y0 + lh);
+
+  // A single blank makes an empty line and paints nothing.
+  const size_t items = s.Document().pages[0].items.size();
+  s.Text(" ");
+  EXPECT_EQ(s.CurrentY(), y0 + lh * 2);
+  EXPECT_EQ(s.Document().pages[0].items.size(), items);
+
+  s.Text("one\r\ntwo");
+  EXPECT_EQ(RunOf(s.Document().pages[0], "two").top, y0 + lh * 3);
+  EXPECT_EQ(s.CurrentY(), y0 + lh * 4);
+
+  s.IndentLeft("0.5in");
+  s.Text("indented");
+  EXPECT_EQ(RunOf(s.Document().pages[0], "indented").x, s.MarginLeft());
+  EXPECT_EQ(s.CurrentX(), s.MarginLeft() + Twips(720));
+  s.Text("next");
+  EXPECT_EQ(RunOf(s.Document().pages[0], "next").x, s.MarginLeft() + Twips(720));
+}
+
+TEST(SurfaceText, AlignmentOfTextAndInlineText) {
+  struct Case {
+    int align;
+    const char* where;  // "left", "centre", "right"
+  } cases[] = {{0, "left"}, {1, "centre"}, {2, "right"}, {7, "left"}, {5, "centre"}, {6, "right"}};
+  for (const auto& c : cases) {
+    for (bool inline_text : {false, true}) {
+      PrintSurface s;
+      Open(s);
+      s.TextAlign(c.align);
+      const Twips w = s.TextWidth("Word");
+      if (inline_text)
+        s.InlineText("Word");
+      else
+        s.Text("Word");
+      const auto run = RunOf(s.Document().pages[0], "Word");
+      const Twips left = s.MarginLeft(), right = s.PageWidth() - s.MarginRight();
+      const Twips want = std::string(c.where) == "left"    ? left
+                         : std::string(c.where) == "right" ? right - w
+                                                           : left + (right - left - w) / 2;
+      EXPECT_NEAR(run.x.value(), want.value(), 1e-6) << c.align << (inline_text ? " inline" : "");
+    }
+  }
+}
+
+TEST(SurfaceText, InlinePiecesShareALine) {
+  PrintSurface s;
+  Open(s);
+  const Twips y = s.CurrentY();
+  s.InlineText("Balance: ");
+  const Twips after_caption = s.CurrentX();
+  s.FontBold(true);
+  s.InlineText("$12.00");
+  const auto& page = s.Document().pages[0];
+  const auto caption = RunOf(page, "Balance: "), value = RunOf(page, "$12.00");
+  EXPECT_EQ(caption.top, y);
+  EXPECT_EQ(value.top, y);
+  EXPECT_EQ(value.x, after_caption);
+  EXPECT_EQ(after_caption, s.MarginLeft() + caption.width);
+  EXPECT_NE(page.items.size(), 0u);
+  EXPECT_NE(s.Document().fonts[caption.font].file, s.Document().fonts[value.font].file);
+  EXPECT_EQ(s.CurrentY(), y) << "InlineText stays on the line";
+}
+
+TEST(SurfaceText, LongTextWrapsAndOverflowsToANewPage) {
+  PrintSurface s;
+  Open(s);
+  std::string para;
+  for (int i = 0; i < 40; ++i) para += "lorem ipsum dolor sit amet ";
+  s.Text(para);
+  const auto runs = Runs(s.Document().pages[0]);
+  ASSERT_GT(runs.size(), 3u);
+  for (const auto& r : runs)
+    EXPECT_LE((r.x + r.width).value(), (s.PageWidth() - s.MarginRight()).value() + 1e-6);
+
+  const Twips lh = s.TextHeight("X");
+  const int lines_per_page =
+      int((s.PageHeight() - s.MarginBottom() - s.MarginTop()).value() / lh.value());
+  for (int i = 0; i < lines_per_page + 5; ++i) s.Text("line " + std::to_string(i));
+  EXPECT_EQ(s.PageCount(), 2);
+  EXPECT_EQ(s.CurrentPage(), 2);
+  for (const auto& r : Runs(s.Document().pages[0]))
+    EXPECT_LE((r.top + lh).value(), (s.PageHeight() - s.MarginBottom()).value() + 1e-6) << r.text;
+  EXPECT_EQ(Runs(s.Document().pages[1]).front().top, s.MarginTop());
+}
+
+TEST(SurfaceText, TabsInTextAdvanceToHalfInchStops) {
+  PrintSurface s;
+  Open(s);
+  s.Text("a\tb\tc");
+  const auto& page = s.Document().pages[0];
+  EXPECT_EQ(RunOf(page, "b").x, s.MarginLeft() + Twips(720));
+  EXPECT_EQ(RunOf(page, "c").x, s.MarginLeft() + Twips(1440));
+}
+
+TEST(SurfaceText, TextBoxWrapsPlacesAndClips) {
+  struct Case {
+    int align;
+    double top_offset;  // of the first line, in lines, in a box four lines tall
+  } cases[] = {{0, 0}, {1, 0}, {4, 1}, {7, 1}, {9, 2}};
+  for (const auto& c : cases) {
+    PrintSurface s;
+    Open(s);
+    const Twips lh = s.TextHeight("X");
+    s.TextAlign(c.align);
+    const Twips pen_x = s.CurrentX(), pen_y = s.CurrentY();
+    s.TextBox("first second", 2000, 5000, s.TextWidth("first second") - Twips(1), lh * 4);
+    const auto& page = s.Document().pages[0];
+    const auto first = RunOf(page, "first"), second = RunOf(page, "second");
+    EXPECT_NEAR(first.top.value(), 5000 + c.top_offset * lh.value(), 1e-6) << c.align;
+    EXPECT_EQ(second.top, first.top + lh) << "wrapped inside the box";
+    EXPECT_FALSE(first.clip.has_value()) << "fits, so no clip";
+    EXPECT_EQ(s.CurrentX(), pen_x);
+    EXPECT_EQ(s.CurrentY(), pen_y);
+  }
+  PrintSurface s;
+  Open(s);
+  const Twips lh = s.TextHeight("X");
+  s.TextBox("one\r\ntwo\r\nthree\r\nfour", 2000, 5000, 3000, lh * 2.5);
+  const auto texts = Texts(s.Document().pages[0]);
+  EXPECT_EQ(texts, (std::vector<std::string>{"one", "two", "three"})) << "the fourth line is cut";
+  const auto third = RunOf(s.Document().pages[0], "three");
+  ASSERT_TRUE(third.clip.has_value());
+  EXPECT_EQ(third.clip->height, lh * 2.5);
+}
+
+TEST(SurfaceText, ColourAngleAndAccentsReachTheRuns) {
+  PrintSurface s;
+  Open(s);
+  s.TextColor(255);
+  s.TextAngle(1800);
+  s.Text(
+      "R\xC3\xA9sum\xC3\xA9 fran\xC3\xA7"
+      "ais");
+  const auto run = Runs(s.Document().pages[0]).at(0);
+  EXPECT_EQ(run.color, (render::Rgb{255, 0, 0}));
+  EXPECT_EQ(run.angle, 1800);
+  EXPECT_EQ(run.text,
+            "R\xC3\xA9sum\xC3\xA9 fran\xC3\xA7"
+            "ais");
+  EXPECT_NE(s.Document().fonts[run.font].file.find("tahoma"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace orv::frame

@@ -1,0 +1,136 @@
+#include "platform/render/renderer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace orv::render {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Shell(const std::string& cmd) {
+  std::string out;
+  FILE* p = popen(cmd.c_str(), "r");
+  if (!p) return out;
+  char buf[4096];
+  size_t n;
+  while ((n = fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
+  pclose(p);
+  return out;
+}
+
+std::string TempPath(const std::string& name) {
+  return (fs::temp_directory_path() / ("orv_render_" + std::to_string(getpid()) + "_" + name))
+      .string();
+}
+
+TextRun At(std::string text, double x, double top, uint16_t font = 0) {
+  TextRun r;
+  r.text = std::move(text);
+  r.font = font;
+  r.size_pt = 12;
+  r.x = Twips(x);
+  r.top = Twips(top);
+  r.baseline = Twips(top + 240);
+  return r;
+}
+
+// Two letter pages: text in two rows, a rule, a shaded box and a picture.
+Document Sample() {
+  Document d;
+  d.name = "Render sample";
+  d.fonts.push_back({"Tahoma", "/usr/share/wine/fonts/tahoma.ttf", false, false, false, false});
+  d.fonts.push_back({"Tahoma", "/usr/share/wine/fonts/tahomabd.ttf", true, false, false, false});
+  Page p1{Twips(12240), Twips(15840), {}};
+  p1.items.push_back(
+      FilledRect{{Twips(1440), Twips(1300), Twips(4000), Twips(400)}, {166, 175, 185}});
+  p1.items.push_back(At("Statement", 1440, 1440, 1));
+  p1.items.push_back(At("Balance", 6000, 1440));
+  p1.items.push_back(At("D\xC3\xA9p\xC3\xB4t \xC3\xA0 la banque", 1440, 2000));
+  p1.items.push_back(Line{Twips(1440), Twips(2500), Twips(10800), Twips(2500), Twips(0), {}, true});
+  auto img = std::make_shared<Image>();
+  img->width = 2;
+  img->height = 2;
+  img->pixels = {0xFFFF0000u, 0xFF00FF00u, 0xFF0000FFu, 0xFF000000u};
+  p1.items.push_back(Picture{{Twips(1440), Twips(3000), Twips(1440), Twips(1440)}, img});
+  Page p2{Twips(15840), Twips(12240), {}};
+  p2.items.push_back(At("Second page", 1440, 1440));
+  d.pages = {p1, p2};
+  return d;
+}
+
+TEST(Renderer, PdfPassesQpdfAndReadsBackInOrder) {
+  const Document d = Sample();
+  const std::string pdf = TempPath("sample.pdf");
+  RenderPdf(d, pdf);
+  EXPECT_NE(Shell("qpdf --check " + pdf + " 2>&1").find("No syntax or stream encoding errors"),
+            std::string::npos);
+  const std::string text = Shell("pdftotext -layout " + pdf + " -");
+  const size_t a = text.find("Statement"), b = text.find("Balance"),
+               c = text.find("D\xC3\xA9p\xC3\xB4t \xC3\xA0 la banque"),
+               e = text.find("Second page");
+  ASSERT_NE(a, std::string::npos) << text;
+  ASSERT_NE(c, std::string::npos) << text;
+  EXPECT_LT(a, b);
+  EXPECT_LT(b, c);
+  EXPECT_LT(c, e);
+  // Each page keeps its own size: the second is landscape.
+  EXPECT_NE(Shell("pdfinfo -f 2 -l 2 " + pdf).find("792 x 612"), std::string::npos);
+  fs::remove(pdf);
+
+  // A range of pages.
+  RenderPdf(d, pdf, 2, 2);
+  EXPECT_EQ(Shell("pdftotext " + pdf + " -").find("Statement"), std::string::npos);
+  fs::remove(pdf);
+}
+
+TEST(Renderer, PngHasThePageSizeAtTheResolution) {
+  const Document d = Sample();
+  const std::string png = TempPath("page1.png");
+  RenderPng(d, 1, 96, png);
+  std::ifstream in(png, std::ios::binary);
+  char head[24];
+  ASSERT_TRUE(in.read(head, sizeof head));
+  auto be32 = [&](int at) {
+    return uint32_t(uint8_t(head[at])) << 24 | uint32_t(uint8_t(head[at + 1])) << 16 |
+           uint32_t(uint8_t(head[at + 2])) << 8 | uint8_t(head[at + 3]);
+  };
+  EXPECT_EQ(std::string(head + 1, 3), "PNG");
+  EXPECT_EQ(be32(16), 816u);   // 8.5 in at 96 dpi
+  EXPECT_EQ(be32(20), 1056u);  // 11 in
+  fs::remove(png);
+}
+
+TEST(Renderer, BadRequestsRaiseAndWriteNothing) {
+  const Document d = Sample();
+  Document bad_font = d;
+  bad_font.pages[0].items.push_back(At("x", 0, 0, 7));
+  Document missing_file = d;
+  missing_file.fonts[0].file = "/nonexistent/font.ttf";
+  struct Case {
+    const char* name;
+    std::function<void()> call;
+  } cases[] = {
+      {"page 0", [&] { RenderPng(d, 0, 96, TempPath("x.png")); }},
+      {"page past the end", [&] { RenderPng(d, 3, 96, TempPath("x.png")); }},
+      {"zero dpi", [&] { RenderPng(d, 1, 0, TempPath("x.png")); }},
+      {"range reversed", [&] { RenderPdf(d, TempPath("x.pdf"), 2, 1); }},
+      {"range past the end", [&] { RenderPdf(d, TempPath("x.pdf"), 1, 3); }},
+      {"empty document", [&] { RenderPdf(Document{}, TempPath("x.pdf")); }},
+      {"unknown font index", [&] { RenderPdf(bad_font, TempPath("x.pdf")); }},
+      {"missing font file", [&] { RenderPng(missing_file, 1, 72, TempPath("x.png")); }},
+      {"unwritable path", [&] { RenderPng(d, 1, 72, "/nonexistent/dir/x.png"); }},
+  };
+  for (const auto& c : cases) {
+    EXPECT_THROW(c.call(), ReportError) << c.name;
+  }
+  fs::remove(TempPath("x.png"));
+  fs::remove(TempPath("x.pdf"));
+}
+
+}  // namespace
+}  // namespace orv::render
