@@ -1,0 +1,369 @@
+// Balance and credit lists: the patients with a balance, aged by invoice
+// date with the patient's and the insurer's obligations, and the payments
+// with money not yet applied.
+#include <array>
+
+#include "accounts/account_model.h"
+#include "common/common_functions.h"
+#include "common/currency.h"
+#include "common/errors.h"
+#include "common/format.h"
+#include "common/vbstrings.h"
+#include "frame/preview_form.h"
+#include "frame/reports.h"
+#include "frame/surface/surface.h"
+
+namespace orv {
+
+namespace {
+
+// A flag column is set when it is neither NULL nor 0. Assignment and the
+// insurer's flag are stored as -1 by the older screens and as 1 by the
+// newer ones; both mean set, as the account model reads them.
+bool FlagSet(const clsCommonFunctions& cf, const Variant& v) {
+  return !v.IsNull() && !v.IsEmpty() && cf.ReturnVal(v) != 0;
+}
+
+}  // namespace
+
+void clsReports::rptPatientsWithABalance(std::string UserName, DateTime dtEndDate,
+                                         std::string txtfilter, int16_t SortType) {
+  frame::PrintSurface& vsp = VSP();
+  vsp.MarginLeft(".6in");
+  vsp.MarginRight(".6in");
+  vsp.MarginTop(".6in");
+  vsp.MarginBottom(".6in");
+  vsp.Orientation(0);
+  vsp.DocName("Patients With A Balance");
+  vsp.Action(3);
+  srptPatientsWithaBalance(UserName, dtEndDate, txtfilter, SortType, true);
+  PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  Form().Visible(true);
+}
+
+void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDate,
+                                          std::string txtfilter, int16_t SortType, bool NoCredits) {
+  Trap("An error has occurred in sub srptPatientsWithaBalance in Class clsReports", [&] {
+    frame::PrintSurface& vsp = VSP();
+    clsCommonFunctions& cf = Common();
+    AccountModel accounts(conn(), InterestRate);
+    txtfilter = NoZeroFilter(txtfilter);
+    const std::string end = dtEndDate.ToIsoDate();
+
+    // The host's filter is a condition over "ProviderID". The invoices are
+    // chosen by the person of the view; the payments, which sit on no
+    // invoice, by the provider who took them in, for the provider and the
+    // overseer views alike, and by the patient's own doctor for the
+    // preferred-doctor view. The payment filter is made from the host's
+    // text, not from the invoice filter, in which "ProviderID" is already
+    // gone under views 1 and 2.
+    std::string invoice_filter = txtfilter;
+    std::string payment_filter = vb::Replace(txtfilter, "ProviderID", "InitialProviderID");
+    if (SortType == 1) {
+      invoice_filter = vb::Replace(txtfilter, "ProviderID", "OverseerID");
+    } else if (SortType == 2) {
+      invoice_filter = vb::Replace(txtfilter, "ProviderID", "Invoices.DoctorID");
+      payment_filter = vb::Replace(
+          txtfilter, "ProviderID",
+          "(SELECT DoctorID FROM Patient WHERE Patient.ID = InvoicePayments.PatientID)");
+    }
+    auto and_filter = [](const std::string& f) {
+      return f.empty() ? std::string() : " AND (" + f + ")";
+    };
+
+    db::Recordset patients = Open(
+        "SHAPE {SELECT FullName, ID FROM Patient ORDER BY Fullname} AS rptPatientsWithABalance "
+        "APPEND "
+        "({SELECT Invoices.ID, Invoices.[Date], Invoices.InvoiceTotal, Invoices.[Complete?], "
+        "Invoices.InvoiceFinalTotal, ISNULL(Invoices.InterestInvoiceID, 0) as InterestInvoiceID, "
+        "Invoices.IsAssignment, Invoices.PatientTotal, Patient.Interest, Invoices.PatientID FROM "
+        "Invoices INNER JOIN Patient ON Invoices.PatientID = Patient.ID WHERE (InvoiceFinalTotal "
+        "IS "
+        "NULL OR FinalDate > '" +
+        end + "') AND [Date] <= '" + end + "'" + and_filter(invoice_filter) +
+        "} AS rptPatientsWithABalanceInvoices RELATE 'ID' TO 'PatientID') AS "
+        "rptPatientsWithABalanceInvoices");
+    db::Recordset payments = Open(
+        "SHAPE {SELECT ID, PatientID, [Value] AS Total, IsInsurance FROM InvoicePayments WHERE "
+        "CheckDate <= '" +
+            end + "'" + and_filter(payment_filter) +
+            "} AS rptPatientWithACredit APPEND ({SELECT InvoicePaymentID, Amount FROM "
+            "InvoicePaymentDetails WHERE Date <= '" +
+            end +
+            "'} AS rptPatientWithACreditDetails RELATE 'ID' TO 'InvoicePaymentID') AS "
+            "rptPatientWithACreditDetails",
+        db::adOpenStatic, db::adLockOptimistic);
+
+    PrintReportHeading("Patients With A Balance", UserName, "");
+    vsp.FontSize(10);
+    vsp.FontBold(true);
+    vsp.TextAlign(7);
+    vsp.Text("Ending " + Format(Variant(dtEndDate), "MMM/dd/yyyy"));
+    // The people the list covers, by the view. Without a filter it covers
+    // everyone and no names are listed.
+    if (!txtfilter.empty()) {
+      db::Recordset people =
+          Open("Select LastName from Employees WHERE " + vb::Replace(txtfilter, "ProviderID", "ID"),
+               db::adOpenForwardOnly);
+      std::string names;
+      while (!people.Eof()) {
+        if (!names.empty()) names += ", ";
+        names += cf.returnStr(people["LastName"].Value());
+        people.MoveNext();
+      }
+      people.Close();
+      const char* label = SortType == 1   ? "Overseers: "
+                          : SortType == 2 ? "Preferred Doctors: "
+                                          : "Providers: ";
+      vsp.Text(label + names);
+    }
+    vsp.FontBold(false);
+    vsp.TextAlign(0);
+    vsp.FontSize(8);
+
+    // The columns of a row after the name: balance, interest, post dates,
+    // then the four classes (0-30, > 30, > 60, > 90).
+    using Row = std::array<Currency, 7>;
+    Row office{};
+    Currency office_credit;
+    auto money = [](Currency c) { return Format(Variant(c), "Currency"); };
+    // Without credits a row is name|balance|...; with them the balance cell
+    // is preceded by the debit (what is owed) and the credit (money on
+    // file), and the balance is the debit less the credit.
+    auto cells = [&](const Row& r, const std::string& credit_cell, Currency credit) {
+      std::string s;
+      if (NoCredits) {
+        s = money(r[0]);
+      } else {
+        s = money(r[0]) + "|" + credit_cell + "|" + money(r[0] - credit);
+      }
+      for (size_t i = 1; i < r.size(); ++i) s += "|" + money(r[i]);
+      return s;
+    };
+    // An obligation row: the name cell, the balance of that party, empty
+    // interest and post-date cells, and the four classes.
+    auto obligation = [&](const char* name, const std::array<Currency, 4>& classes) {
+      Currency sum;
+      for (const Currency& c : classes) sum += c;
+      std::string s = std::string(name) + "|";
+      s += NoCredits ? money(sum) : "||" + money(sum);
+      s += "|||";
+      s += money(classes[0]) + "|" + money(classes[1]) + "|" + money(classes[2]) + "|" +
+           money(classes[3]);
+      return s + ";";
+    };
+
+    std::string body;
+    while (!patients.Eof()) {
+      Row row{};
+      std::array<Currency, 4> patient_part{};
+      std::array<Currency, 4> insurer_part{};
+      bool assigned = false;
+      db::Recordset invoices = patients["rptPatientsWithABalanceInvoices"].Chapter();
+      while (!invoices.Eof()) {
+        const int32_t id = static_cast<int32_t>(cf.ReturnVal(invoices["ID"].Value()));
+        const Currency paid = accounts.ReturnInvoicePaid(true, id, dtEndDate, 0);
+        const Currency paid_patient = accounts.ReturnInvoicePaid(true, id, dtEndDate, 1);
+        const Currency paid_insurer = accounts.ReturnInvoicePaid(true, id, dtEndDate, 2);
+        const Currency amount = cf.ReturnCur(invoices["InvoiceTotal"].Value());
+        if (cf.ReturnVal(invoices["InterestInvoiceID"].Value()) > 0) row[1] += amount;
+        // Post dates: what was paid on the invoice after the end date on
+        // cheques entered ahead of their date (the post-dated share).
+        // Informational, as the notes say: it is in no class.
+        row[2] += accounts.ReturnInvoicePaid(false, id, dtEndDate, 0);
+
+        // An assigned invoice splits into the patient's total and the rest
+        // for the insurer. A NULL PatientTotal reads as 0: until the
+        // patient's share is set the insurer row carries the whole, so that
+        // the two obligation rows still add up to the class.
+        const bool is_assigned = FlagSet(cf, invoices["IsAssignment"].Value());
+        const Currency patient_amount =
+            is_assigned ? cf.ReturnCur(invoices["PatientTotal"].Value()) : amount;
+        const Currency insurer_amount = amount - patient_amount;
+
+        if (amount > paid) {
+          // Whole days: an invoice dated exactly 30 days before the end is
+          // in 0-30, one dated 31 days before in > 30.
+          const DateTime d = CDate(invoices["Date"].Value()).DatePart();
+          const DateTime e = dtEndDate.DatePart();
+          int c = 3;
+          if (d >= DateAdd("d", -30, e)) {
+            c = 0;
+          } else if (d >= DateAdd("d", -60, e)) {
+            c = 1;
+          } else if (d >= DateAdd("d", -90, e)) {
+            c = 2;
+          }
+          row[3 + c] += amount - paid;
+          if (is_assigned) {
+            assigned = true;
+            patient_part[c] += patient_amount - paid_patient;
+            insurer_part[c] += insurer_amount - paid_insurer;
+          }
+        }
+        invoices.MoveNext();
+      }
+
+      // Money on file: each payment's total less its shares on invoices by
+      // the end date, kept apart for the patient and the insurer.
+      Currency patient_credit, insurer_credit, net_credit;
+      payments.Filter(Variant("PatientID = " + CStr(patients["ID"].Value())));
+      while (!payments.Eof()) {
+        const bool insurer = FlagSet(cf, payments["IsInsurance"].Value());
+        Currency left = cf.ReturnCur(payments["Total"].Value());
+        db::Recordset details = payments["rptPatientWithACreditDetails"].Chapter();
+        while (!details.Eof()) {
+          left -= cf.ReturnCur(details["Amount"].Value());
+          details.MoveNext();
+        }
+        (insurer ? insurer_credit : patient_credit) += left;
+        net_credit += left;
+        payments.MoveNext();
+      }
+
+      row[0] = row[3] + row[4] + row[5] + row[6];
+      if (!(row[0].IsZero() && (net_credit.IsZero() || NoCredits))) {
+        body += cf.returnStr(patients["FullName"].Value()) + "|" +
+                cells(row, money(net_credit), net_credit) + ";";
+        Currency patient_sum, insurer_sum;
+        for (int c = 0; c < 4; ++c) {
+          patient_sum += patient_part[c];
+          insurer_sum += insurer_part[c];
+        }
+        if (assigned && (!patient_sum.IsZero() || !insurer_sum.IsZero())) {
+          body += obligation("Patient Obligation", patient_part);
+          body += obligation("Insurance Obligation", insurer_part);
+        }
+        for (size_t i = 0; i < row.size(); ++i) office[i] += row[i];
+        office_credit += net_credit;
+      }
+      RaiseProgress(patients);
+      Host().DoEvents();
+      patients.MoveNext();
+    }
+    body += "Office Totals: |" + cells(office, money(office_credit), office_credit) + ";";
+
+    vsp.CurrentY(vsp.CurrentY() + Twips(200));
+    vsp.StartTable();
+    if (NoCredits) {
+      vsp.AddTable("<!~+1.5in|>+!~.6in|>+!~.6in|>+!~.6in|>+!~.6in|>+!~.6in|>+!~.6in|>+!~.6in",
+                   "Patient|Balance|Interest|Post Dates|0-30 Days|> 30 Days|> 60 Days|> 90 Days",
+                   body, kHeaderColor);
+    } else {
+      vsp.AddTable(
+          "<!~+1.5in|>+!~.6in|>+!~.6in|>+!~.6in|>+!~.6in|>+!~.6in|>+!~.6in|>+!~.6in|>+!~.6in|>+!~."
+          "6in",
+          "Patient|Debit|Credit|Balance|Interest|Post Dates|0-30 Days|> 30 Days|> 60 Days|> 90 "
+          "Days",
+          body, kHeaderColor);
+    }
+    vsp.EndTable();
+
+    vsp.Text("");
+    vsp.FontSize(10);
+    vsp.FontBold(true);
+    vsp.Text("Notes: ");
+    vsp.FontBold(false);
+    vsp.Text("Balance = 0 Days + 30 Days + 60 Days + 90 Days");
+    vsp.Text("Post Dates and Interest Columns are for informational purposes only.");
+    if (NoCredits) vsp.Text("This report DOES NOT include credits.");
+  });
+}
+
+void clsReports::rptUnAppliedPayments(DateTime dtEndDate, std::string UserName) {
+  try {
+    frame::PrintSurface& vsp = VSP();
+    vsp.CancelDialog(false);
+    vsp.Orientation(0);
+    vsp.DocName("Unapplied Payments Report");
+    vsp.StartDoc();
+    PrintReportHeading(vsp.DocName(), UserName,
+                       "Ending: " + Format(Variant(dtEndDate), "MMM/d/yyyy"));
+    srptUnAppliedPayments(dtEndDate, UserName);
+    PrintPageFooters(kPrintedBy);
+    vsp.EndDoc();
+    Form().Show();
+  } catch (const ReportError& e) {
+    Host().MsgBox(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly,
+                  " Error in Class clsReport.rptUnAppliedPayments");
+  } catch (const std::exception& e) {
+    Host().MsgBox(std::string("0: ") + e.what(), host::vbOKOnly,
+                  " Error in Class clsReport.rptUnAppliedPayments");
+  }
+}
+
+void clsReports::srptUnAppliedPayments(DateTime dtEndDate, std::string UserName,
+                                       std::string strFilter) {
+  try {
+    frame::PrintSurface& vsp = VSP();
+    clsCommonFunctions& cf = Common();
+    strFilter = NoZeroFilter(strFilter);
+    const std::string end = dtEndDate.ToIsoDate();
+    std::string sql =
+        "SHAPE {SELECT InvoicePayments.*, (SELECT LastName + ', ' + FirstName FROM Patient WHERE "
+        "Patient.ID = InvoicePayments.PatientID) AS PatientName, (SELECT LastName FROM Employees "
+        "WHERE Employees.ID = InvoicePayments.InitialProviderID) AS InitialProviderName FROM "
+        "InvoicePayments INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = "
+        "PaymentTypes.ID "
+        "WHERE CheckDate <= '" +
+        end + "' AND (CancellationDate IS NULL OR CancellationDate > '" + end;
+    if (strFilter.empty()) {
+      sql += "') AND ([Adjustment?] = 0 AND OfficePayment = 0)}  as rptPayment APPEND ";
+    } else {
+      sql += "') AND ([Adjustment?] = 0 AND OfficePayment = 0) AND (" + strFilter +
+             ")}  as rptPayment APPEND ";
+    }
+    sql += "({SELECT * FROM InvoicePaymentDetails WHERE [Date] <= '" + end +
+           "'}  AS rptPaymentDetails RELATE 'ID' TO 'InvoicePaymentID') AS rptPaymentDetails";
+    db::Recordset rs = Open(sql);
+    rs.Sort("InitialProviderName, CheckDate, PatientName");
+
+    vsp.TextAlign(1);
+    vsp.FontBold(false);
+    vsp.FontSize(10);
+    Currency total;
+    std::string body;
+    while (!rs.Eof()) {
+      // Money left on the payment: its value less its shares on invoices by
+      // the end date, less a refund paid back by then.
+      Currency credit = cf.ReturnCur(rs["Value"].Value());
+      db::Recordset details = rs["rptPaymentDetails"].Chapter();
+      while (!details.Eof()) {
+        credit -= cf.ReturnCur(details["Amount"].Value());
+        details.MoveNext();
+      }
+      const Variant refund_date = rs["RefundDate"].Value();
+      if (!refund_date.IsNull() && CDate(refund_date) <= dtEndDate) {
+        credit -= cf.ReturnCur(rs["RefundAmount"].Value());
+      }
+      // Only money left over prints. A payment applied beyond its value
+      // (a negative credit) is an error of allocation, not money on file,
+      // and stays out of the list and its total.
+      if (credit > Currency()) {
+        body += cf.returnStr(rs["PatientName"].Value()) + "|" + cf.returnStr(rs["ID"].Value()) +
+                "|" + cf.returnStr(rs["InitialProviderName"].Value()) + "|" +
+                Format(rs["CheckDate"].Value(), "MMM/d/yyyy") + "|" +
+                Format(Variant(cf.ReturnCur(rs["Value"].Value())), "Currency") + "|" +
+                Format(Variant(credit), "Currency") + ";";
+        total += credit;
+      }
+      RaiseProgress(rs);
+      Host().DoEvents();
+      rs.MoveNext();
+    }
+    vsp.AddTable("<!2.5in|^.6in|<1.1in|^1.1in|>1.1in|>1.1in",
+                 "Payee|Trans #|Provider|Date of Payment|Payment Total($)|Credit($)", body,
+                 kHeaderColor);
+    vsp.Text("");
+    vsp.Text("Total Unapplied Payments: " + Format(Variant(total), "Currency"));
+  } catch (const ReportError& e) {
+    Host().MsgBox(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly,
+                  " Error in Class clsReport.srptUnAppliedPayments");
+  } catch (const std::exception& e) {
+    Host().MsgBox(std::string("0: ") + e.what(), host::vbOKOnly,
+                  " Error in Class clsReport.srptUnAppliedPayments");
+  }
+}
+
+}  // namespace orv

@@ -1,0 +1,436 @@
+// Lists of patients by their account: the account status with credits,
+// the families with a net balance, the patients with money on file, the
+// patients with treatment still to come, and each patient's billing.
+#include <array>
+
+#include "accounts/account_model.h"
+#include "common/common_functions.h"
+#include "common/currency.h"
+#include "common/format.h"
+#include "common/vbstrings.h"
+#include "frame/preview_form.h"
+#include "frame/reports.h"
+#include "frame/surface/surface.h"
+#include "frame/surface/table_model.h"
+
+namespace orv {
+
+namespace {
+
+// The patient list with the names of both insurers and both employers.
+// `join` is "LEFT OUTER" for everyone or "INNER" for only the patients with
+// all four.
+std::string PatientsWithCarriers(const std::string& join) {
+  return "SELECT InsuranceCompany.CompanyName AS PrimaryInsurance, InsuranceCompany1.CompanyName "
+         "AS "
+         "SecondaryInsurance, Employers.Name AS PrimaryEmployer, Employers1.Name AS "
+         "SecondaryEmployer, "
+         "Patient.* FROM Patient " +
+         join + " JOIN InsuranceCompany ON Patient.InsuranceID = InsuranceCompany.ID " + join +
+         " JOIN InsuranceCompany InsuranceCompany1 ON Patient.SecondaryInsuranceID = "
+         "InsuranceCompany1.ID " +
+         join + " JOIN Employers ON Patient.EmployerID = Employers.ID " + join +
+         " JOIN Employers Employers1 ON Patient.SecondaryEmployerID = Employers1.ID";
+}
+
+}  // namespace
+
+void clsReports::rptPatientAccountStatus(std::string UserName, DateTime dtEndDate) {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  AccountModel accounts(conn(), InterestRate);
+  const std::string end = dtEndDate.ToIsoDate();
+
+  vsp.MarginLeft(".6in");
+  vsp.MarginRight(".6in");
+  vsp.MarginTop(".6in");
+  vsp.MarginBottom(".6in");
+  vsp.Orientation(0);
+  vsp.DocName("Patients Account Status");
+  db::Recordset patients = Open(
+      "SHAPE {SELECT FullName, ID FROM Patient ORDER BY FullName} AS rptPatientsWithABalance "
+      "APPEND "
+      "({SELECT Invoices.ID, Invoices.[Date], Invoices.InvoiceTotal, Invoices.[Complete?], "
+      "Invoices.InvoiceFinalTotal, Patient.Interest, Invoices.PatientID FROM Invoices INNER JOIN "
+      "Patient ON Invoices.PatientID = Patient.ID WHERE Invoices.[Complete?] <> 0 AND "
+      "(Invoices.Cancelled IS NULL OR Invoices.Cancelled = 0) AND (InvoiceFinalTotal IS NULL OR "
+      "(FinalDate > '" +
+      end + "' AND [Date] <= '" + end +
+      "')) AND InvoiceTotal > 0}  AS rptPatientsWithABalanceInvoices RELATE 'ID' TO 'PatientID') "
+      "AS "
+      "rptPatientsWithABalanceInvoices");
+  vsp.StartDoc();
+  PrintReportHeading(vsp.DocName(), UserName, "");
+  vsp.FontSize(10);
+  vsp.FontBold(true);
+  vsp.TextAlign(7);
+  vsp.Text("Ending " + Format(Variant(dtEndDate), "MMM/dd/yyyy"));
+  vsp.FontBold(false);
+  vsp.TextAlign(0);
+  vsp.FontSize(8);
+
+  // Balance, credit, post dates, then the four classes.
+  using Row = std::array<Currency, 7>;
+  Row office{};
+  auto cells = [](const Row& r) {
+    std::string s;
+    for (const Currency& c : r) s += "|" + Format(Variant(c), "Currency");
+    return s;
+  };
+  std::string body;
+  while (!patients.Eof()) {
+    Row row{};
+    db::Recordset invoices = patients["rptPatientsWithABalanceInvoices"].Chapter();
+    while (!invoices.Eof()) {
+      const int32_t id = static_cast<int32_t>(cf.ReturnVal(invoices["ID"].Value()));
+      const Currency paid = accounts.ReturnInvoicePaid(true, id, dtEndDate, 0);
+      const Currency amount = cf.ReturnCur(invoices["InvoiceTotal"].Value());
+      row[2] += accounts.ReturnInvoicePaid(false, id, dtEndDate, 0);
+      if (amount > paid) {
+        // An undated invoice (its settled total absent, the statement takes
+        // it whatever its date) is of no known age: it goes to the oldest
+        // class, as in the provider list, where it draws attention.
+        const Variant date = invoices["Date"].Value();
+        const DateTime e = dtEndDate.DatePart();
+        int c = 3;
+        if (!date.IsNull()) {
+          const DateTime d = CDate(date).DatePart();
+          if (d >= DateAdd("d", -30, e)) {
+            c = 0;
+          } else if (d >= DateAdd("d", -60, e)) {
+            c = 1;
+          } else if (d >= DateAdd("d", -90, e)) {
+            c = 2;
+          }
+        }
+        row[3 + c] += amount - paid;
+      }
+      invoices.MoveNext();
+    }
+    // The credit is the patient's money on no invoice, from every payer, by
+    // cheque date up to the end date. The balance is what is owed less it.
+    row[1] = accounts.ReturnAccountCredit(
+        static_cast<int32_t>(cf.ReturnVal(patients["ID"].Value())), false, 0, "", dtEndDate);
+    const Currency owed = row[3] + row[4] + row[5] + row[6];
+    row[0] = owed - row[1];
+    if (!owed.IsZero() || !row[1].IsZero()) {
+      body += cf.returnStr(patients["FullName"].Value()) + cells(row) + ";";
+      for (size_t i = 0; i < row.size(); ++i) office[i] += row[i];
+    }
+    RaiseProgress(patients);
+    Host().DoEvents();
+    patients.MoveNext();
+  }
+  body += "Office Totals: " + cells(office) + ";";
+  vsp.CurrentY(vsp.CurrentY() + Twips(200));
+  vsp.AddTable("<!~+2in|>+!~.9in|>+!~.9in|>+!~.9in|>+!~.9in|>+!~.9in|>+!~.9in|>+!~.9in",
+               "Patient|Balance|Credit|Post Dates|0-30 Days|> 30 Days|> 60 Days|> 90 Days", body,
+               kHeaderColor);
+  vsp.FontSize(10);
+  vsp.Text("");
+  vsp.Text(
+      "Note that because this includes credit the balance on this report WILL NOT equal that of "
+      "your "
+      "Patients with a net Balance Report.");
+  PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  Form().Visible(true);
+}
+
+void clsReports::rptFamiliesWithABalance(std::string UserName) {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  AccountModel accounts(conn(), InterestRate);
+  vsp.Orientation(0);
+  vsp.DocName("Families With a Net Balance");
+  db::Recordset holders = Open(
+      "SHAPE {SELECT ID, PrimaryHolderID, FirstName, LastName FROM Patient WHERE (PrimaryHolderID "
+      "= "
+      "ID)}  AS PrimaryPolicyHolders APPEND (( SHAPE {SELECT FirstName, PrimaryHolderID, ID FROM "
+      "Patient}  AS FamilyMembers APPEND (( SHAPE {SELECT InvoiceTotal, PatientID, Date, ID FROM "
+      "Invoices where Invoices.[Complete?] = -1 or Invoices.[Complete?] = 1}  AS MemberInvoices "
+      "APPEND ({SELECT InvoicePayments.CheckDate, InvoicePaymentDetails.InvoiceID, "
+      "InvoicePaymentDetails.Amount FROM InvoicePayments INNER JOIN InvoicePaymentDetails ON "
+      "InvoicePayments.ID = InvoicePaymentDetails.InvoicePaymentID}  AS MemberInvoiceDetails "
+      "RELATE "
+      "'ID' TO 'InvoiceID') AS MemberInvoiceDetails) AS MemberInvoices RELATE 'ID' TO 'PatientID') "
+      "AS "
+      "MemberInvoices) AS FamilyMembers RELATE 'ID' TO 'PrimaryHolderID') AS FamilyMembers");
+  vsp.StartDoc();
+  PrintReportHeading(vsp.DocName(), UserName, "");
+  vsp.TextAlign(1);
+  vsp.FontBold(false);
+  vsp.FontSize(10);
+
+  const DateTime today = Clock::Today();
+  const DateTime overdue_before = DateAdd("d", -30, today);
+  // Total, post dates, current, over 30 days.
+  using Row = std::array<Currency, 4>;
+  auto cells = [](const Row& r) {
+    std::string s;
+    for (const Currency& c : r) s += "|" + Format(Variant(c), "Currency");
+    return s;
+  };
+  Row office{};
+  std::string body;
+  while (!holders.Eof()) {
+    Row family{};
+    std::string members;
+    db::Recordset people = holders["FamilyMembers"].Chapter();
+    while (!people.Eof()) {
+      Row member{};
+      db::Recordset invoices = people["MemberInvoices"].Chapter();
+      while (!invoices.Eof()) {
+        const int32_t id = static_cast<int32_t>(cf.ReturnVal(invoices["ID"].Value()));
+        const Currency amount = accounts.ReturnInvoiceAmount(id);
+        // Paid: the shares on cheques dated up to today. A post-dated
+        // cheque is not money yet, as everywhere in the account model.
+        Currency paid;
+        db::Recordset details = invoices["MemberInvoiceDetails"].Chapter();
+        while (!details.Eof()) {
+          const Variant check_date = details["CheckDate"].Value();
+          if (!check_date.IsNull() && CDate(check_date).DatePart() <= today) {
+            paid += cf.ReturnCur(details["Amount"].Value());
+          }
+          details.MoveNext();
+        }
+        const Currency open = amount - paid;
+        const Variant date = invoices["Date"].Value();
+        // An undated invoice is of no known age: overdue, as the oldest
+        // class takes it in the other aged lists.
+        if (date.IsNull() || CDate(date).DatePart() < overdue_before) {
+          member[3] += open;
+        } else if (CDate(date).DatePart() > today) {
+          member[1] += open;
+        } else {
+          member[2] += open;
+        }
+        invoices.MoveNext();
+      }
+      member[0] = member[1] + member[2] + member[3];
+      // Members who owe nothing and hold nothing are left off the family.
+      if (!member[0].IsZero() || !member[1].IsZero() || !member[3].IsZero()) {
+        members += "  " + cf.returnStr(people["FirstName"].Value()) + cells(member) + ";";
+      }
+      for (size_t i = 0; i < member.size(); ++i) family[i] += member[i];
+      people.MoveNext();
+    }
+    if (!family[0].IsZero()) {
+      body += cf.returnStr(holders["LastName"].Value()) + ", " +
+              cf.returnStr(holders["FirstName"].Value()) + cells(family) + ";" + members;
+      for (size_t i = 0; i < family.size(); ++i) office[i] += family[i];
+    }
+    RaiseProgress(holders);
+    Host().DoEvents();
+    holders.MoveNext();
+  }
+  body += "Office Totals:  " + cells(office) + ";";
+  vsp.AddTable(">2in|<1in|<1in|<1in|<2in",
+               "Account Holder  |Total|Post Dates|Current|>30 Days (incl. >60 and >90)", body,
+               kHeaderColor);
+  PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  Form().Show();
+}
+
+void clsReports::rptPatientswithACredit(std::string UserName) {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  AccountModel accounts(conn(), InterestRate);
+  vsp.Orientation(1);
+  vsp.DocName("Patients with A Credit");
+  db::Recordset rs = Open(PatientsWithCarriers("LEFT OUTER"));
+  vsp.StartDoc();
+  PrintReportHeading(vsp.DocName(), UserName, "");
+  vsp.TextAlign(1);
+  vsp.FontBold(false);
+  vsp.FontSize(10);
+
+  auto str = [&](const char* f) { return cf.returnStr(rs[f].Value()); };
+  auto phone = [&](const char* number, const char* ext) {
+    std::string s = str(number);
+    if (!str(ext).empty()) s += "[" + str(ext) + "]";
+    return s;
+  };
+  Currency total;
+  std::string body;
+  while (!rs.Eof()) {
+    // Money on file today: every payer's money on no invoice, by cheque
+    // date up to today, for whichever provider took it in.
+    const Currency credit = accounts.ReturnAccountCredit(
+        static_cast<int32_t>(cf.ReturnVal(rs["ID"].Value())), false, 0);
+    if (credit > Currency()) {
+      body += str("LastName") + ", " + str("FirstName") + "\r\n" +
+              "Credit: " + Format(Variant(credit), "Currency");
+      body += "|" + str("Address");
+      body += "|" + phone("HomePhone", "HomeExt") + "\r\n" + phone("OtherPhone", "OtherExt");
+      body += "|" + Format(rs["BirthDate"].Value(), "mmm/dd/yyyy") + "\r\n" +
+              Format(rs["SignupDate"].Value(), "mmm/dd/yyyy");
+      body += "|" + str("EmergencyContact") + "\r\n" + str("EmergencyPhone");
+      body += "|" + str("PrimaryEmployer") + "\r\n" + str("SecondaryEmployer");
+      body += "|" + str("PrimaryInsurance") + "\r\n" + str("SecondaryInsurance") + ";";
+      total += credit;
+    }
+    RaiseProgress(rs);
+    Host().DoEvents();
+    rs.MoveNext();
+  }
+  if (body.empty()) {
+    vsp.Text("None on file.");
+  } else {
+    vsp.AddTable(
+        "<1.5in|<1.5in|<1.2in|<1in|<1.5in|<1.5in|<1.5in",
+        "Patient Name|Address|Telephone #s|Birth Date\r\nSignup Date|Emergency Contact|Employer(s)|"
+        "Insurance Carrier(s)",
+        body, kHeaderColor);
+  }
+  vsp.Text("");
+  vsp.Text("Total Credit On File: " + Format(Variant(total), "Currency"));
+  PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  Form().Show();
+}
+
+void clsReports::rptPatientswithOustandingTreatment(std::string UserName) {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  AccountModel accounts(conn(), InterestRate);
+  vsp.Orientation(0);
+  vsp.DocName("Patients with Outstanding Treatments");
+  // Inner joins: a patient without both insurers and both employers is not
+  // listed, as the list has always been.
+  db::Recordset rs = Open(PatientsWithCarriers("INNER") + " ORDER BY LastName");
+  vsp.StartDoc();
+  PrintReportHeading(vsp.DocName(), UserName, "");
+  vsp.TextAlign(1);
+  vsp.FontBold(false);
+  vsp.FontSize(10);
+
+  auto money = [](const Variant& v) { return Format(v, "Currency"); };
+  std::string body;
+  while (!rs.Eof()) {
+    const int32_t id = static_cast<int32_t>(cf.ReturnVal(rs["ID"].Value()));
+    const std::string key = std::to_string(id);
+    std::string lines;
+    db::Recordset plan =
+        Open("Select * from PatientTreatmentPlan where PatientID = " + key + " ORDER BY ID",
+             db::adOpenForwardOnly);
+    while (!plan.Eof()) {
+      lines += "Procedure: " + cf.returnStr(plan["Code"].Value()) +
+               " Tooth #: " + cf.returnStr(plan["Tooth#"].Value()) +
+               " Surface: " + cf.returnStr(plan["Surface"].Value()) +
+               " Fee: " + money(plan["Cost"].Value()) + "||;";
+      plan.MoveNext();
+    }
+    db::Recordset future =
+        Open("Select * from PatientFuture where PatientID = " + key, db::adOpenForwardOnly);
+    while (!future.Eof()) {
+      lines += "Planned Appointment: " + cf.returnStr(future["Description"].Value()) +
+               " Est. Schedule Date: " + Format(future["EstScheduleDate"].Value(), "mmm/dd/yyyy") +
+               " Units: " + cf.returnStr(future["Units"].Value()) +
+               " ShortNotice?: " + (cf.ReturnBool(future["ShortNotice?"].Value()) ? "Yes" : "No") +
+               " Estimate($): " + money(future["Estimate"].Value()) + "||;";
+      future.MoveNext();
+    }
+    // No blank before ORDER BY: the server reads "5ORDER" as the number
+    // and the keyword.
+    db::Recordset predeterminations =
+        Open("Select * from PatientPredTreatments where PatientID = " + key + "ORDER BY ID",
+             db::adOpenForwardOnly);
+    while (!predeterminations.Eof()) {
+      lines +=
+          "Treatment Plan: Total($): " + money(predeterminations["TotalAmount"].Value()) +
+          " Benefit Amount($): " + money(predeterminations["TotalBenefitAmount"].Value()) +
+          " Reminder Date: " + Format(predeterminations["ReminderDate"].Value(), "mmm/dd/yyyy") +
+          "||;";
+      predeterminations.MoveNext();
+    }
+    if (!lines.empty()) {
+      // The balance is what is owed on complete live invoices of any age
+      // less every payment on them and less the patient's own credit: the
+      // balance as it stands today.
+      body +=
+          cf.returnStr(rs["LastName"].Value()) + ", " + cf.returnStr(rs["FirstName"].Value()) +
+          "|Credit($): " + Format(Variant(accounts.ReturnAccountCredit(id, false, 0)), "Currency") +
+          "|Balance($): " + Format(accounts.ReturnOldBalance(id, true, 0, Variant(0)), "Currency") +
+          ";" + lines;
+    }
+    RaiseProgress(rs);
+    Host().DoEvents();
+    rs.MoveNext();
+  }
+  vsp.StartTable();
+  vsp.AddTable("<4.5in|>2in|>2in", "", body);
+  vsp.TableCell(frame::tcRepeatHeader) = true;
+  vsp.EndTable();
+  PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  Form().Show();
+}
+
+void clsReports::rptBillingByClient(std::string UserName, std::string txtfilter,
+                                    std::string OfficeAddress, std::string OfficeName) {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  txtfilter = NoZeroFilter(txtfilter);
+  vsp.Orientation(0);
+  vsp.DocName("Billing By Client");
+  const std::string invoices =
+      " order by FullName} AS Patients APPEND (( SHAPE {SELECT Invoices.ID AS ID, "
+      "Invoices.ProviderID, "
+      "Invoices.InvoiceTotal, Invoices.Invoice#, Invoices.Date, Employees.FullName, Employees.ID "
+      "as "
+      "EmpID, Invoices.PatientID FROM Invoices INNER JOIN Employees ON Invoices.ProviderID = "
+      "Employees.ID}  AS PatientInvoices APPEND ({SELECT InvoiceDetails.InvoiceID, "
+      "InvoiceDetails.Code, "
+      "InvoiceDetails.Date, InvoiceDetails.Cost, FeeCodes.ID, FeeCodes.Description FROM "
+      "InvoiceDetails "
+      "INNER JOIN FeeCodes ON InvoiceDetails.Code = FeeCodes.ID}  AS PatientInvoiceDetails RELATE "
+      "'ID' "
+      "TO 'InvoiceID') AS PatientInvoiceDetails) AS PatientInvoices RELATE 'ID' TO 'PatientID') AS "
+      "PatientInvoices";
+  db::Recordset patients =
+      Open(txtfilter.empty() ? "SHAPE {SELECT FirstName, LastName, ID FROM Patient" + invoices
+                             : "SHAPE {SELECT FirstName, LastName, ID FROM Patient WHERE " +
+                                   txtfilter + invoices);
+  vsp.StartDoc();
+  PrintReportHeading(vsp.DocName(), UserName, "");
+  vsp.TextAlign(1);
+  vsp.FontBold(false);
+  vsp.FontSize(10);
+
+  while (!patients.Eof()) {
+    db::Recordset bills = patients["PatientInvoices"].Chapter();
+    if (!bills.Eof()) {
+      vsp.AddTable("<6.5in|>1in", "",
+                   cf.returnStr(patients["FirstName"].Value()) + " " +
+                       cf.returnStr(patients["LastName"].Value()) + "|;",
+                   std::nullopt, kHeaderColor);
+      std::string body;
+      while (!bills.Eof()) {
+        db::Recordset lines = bills["PatientInvoiceDetails"].Chapter();
+        while (!lines.Eof()) {
+          body += cf.returnStr(bills["FullName"].Value()) + "|" +
+                  cf.returnStr(bills["Invoice#"].Value()) + "|" +
+                  Format(lines["Date"].Value(), "mmm/dd/yyyy") + "|" +
+                  cf.returnStr(lines["Code"].Value()) + "|" +
+                  cf.returnStr(lines["Description"].Value()) + "|" +
+                  Format(lines["Cost"].Value(), "Currency") + ";";
+          lines.MoveNext();
+        }
+        bills.MoveNext();
+      }
+      vsp.AddTable("<2in|<.75in|<1in|<.75in|<2in|>1in",
+                   "Provider|Invoice#|Date|Code|Description|Fee", body, kHeaderColor);
+      vsp.Text("");
+    }
+    RaiseProgress(patients);
+    Host().DoEvents();
+    patients.MoveNext();
+  }
+  PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  Form().Show();
+}
+
+}  // namespace orv

@@ -1,0 +1,160 @@
+// The patients with a balance and the unapplied payments. Figures by hand
+// from the rows of receivables_fixture.h and accounts/account_fixture.h; the
+// end date is 2026-11-20 (E), so E-30 = 10-21, E-60 = 09-21, E-90 = 08-22.
+#include <gtest/gtest.h>
+
+#include "frame/surface/surface.h"
+#include "receivables_fixture.h"
+
+namespace orv::testing {
+namespace {
+
+using PatientsWithABalance = ReceivablesTest;
+using UnappliedPayments = ReceivablesTest;
+
+const DateTime kEnd = DateTime::FromParts(2026, 11, 20);
+
+TEST_F(PatientsWithABalance, AgesEachInvoiceAndSplitsTheObligations) {
+  // The insurer pays 30 of invoice 105 on 11-19.
+  Exec(
+      "INSERT INTO InvoicePayments (ID, PatientID, PaymentTypeID, InitialProviderID, Value, "
+      "TotalAllocated, TotalToCredit, [Date], CheckDate, IsInsurance) VALUES (206, 1, 3, 1, 30, "
+      "30, "
+      "0, '2026-11-19 00:00:00', '2026-11-19 00:00:00', 1);"
+      "INSERT INTO InvoicePaymentDetails (ID, InvoicePaymentID, InvoiceID, Amount, [Date]) VALUES "
+      "(10, 206, 105, 30, '2026-11-19 00:00:00');");
+  reports.rptPatientsWithABalance("dana", kEnd, "ProviderID = 1");
+  EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_TRUE(form.Visible());
+  EXPECT_EQ(form.VSP.DocName(), "Patients With A Balance");
+  EXPECT_TRUE(Has("Ending Nov/20/2026"));
+  EXPECT_TRUE(Has("Providers: Moreau"));
+  // "Post Dates" wraps in its .6in column.
+  EXPECT_TRUE(Has("Patient Balance Interest 0-30 Days > 30 Days > 60 Days > 90 Days")) << Text();
+  // Claire, provider 1's invoices: 101 and 102 fully paid, not aged.
+  // 103 (10-20, 31 days) 90 in > 30. 104 300, 106 (10-21, exactly 30
+  // days) 25 and 105 60 - 30 = 30 in 0-30: 355. Balance 445.
+  // Post dates: 105's 40 on a cheque entered 11-10, dated 11-21.
+  EXPECT_TRUE(Has("Tremblay, Claire $445.00 $0.00 $40.00 $355.00 $90.00 $0.00 $0.00")) << Text();
+  // 105 is assigned with no patient total: the patient owes nothing of
+  // it; the insurer 60 less its own 30 = 30. Claire's 40 cheque is not the
+  // insurer's.
+  EXPECT_TRUE(Has("Patient Obligation $0.00 $0.00 $0.00 $0.00 $0.00")) << Text();
+  EXPECT_TRUE(Has("Insurance Obligation $30.00 $30.00 $0.00 $0.00 $0.00"));
+  // Nobody else has an invoice of provider 1, and credits do not count.
+  EXPECT_FALSE(Has("Tremblay, Luc"));
+  EXPECT_FALSE(Has("Singh, Priya"));
+  EXPECT_TRUE(Has("Office Totals: $445.00 $0.00 $40.00 $355.00 $90.00 $0.00 $0.00"));
+  EXPECT_TRUE(Has("Balance = 0 Days + 30 Days + 60 Days + 90 Days"));
+  EXPECT_TRUE(Has("Post Dates and Interest Columns are for informational purposes only."));
+  EXPECT_TRUE(Has("This report DOES NOT include credits."));
+  EXPECT_EQ(form.VSP.Orientation(), 0);
+}
+
+TEST_F(PatientsWithABalance, WithCreditsTheRowsCarryDebitCreditAndBalance) {
+  form.VSP.StartDoc();
+  reports.srptPatientsWithaBalance("", kEnd, "ProviderID = 2", 0, false);
+  form.VSP.EndDoc();
+  EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_TRUE(Has("Patient Debit Credit Balance Interest 0-30 Days > 30 Days > 60 Days > 90 Days"));
+  // Seamus: 601 (09-06, 75 days) 100 unpaid in > 60; 602 is settled with
+  // no final date and 603 undated: neither is selected. Payment 611 is all
+  // on 602: no credit.
+  EXPECT_TRUE(Has("O'Brien, Seamus $100.00 $0.00 $100.00 $0.00 $0.00 $0.00 $0.00 $100.00 $0.00"))
+      << Text();
+  // Claire owes provider 2 nothing, but payment 203 (provider 2) has
+  // 200 - 150 = 50 left.
+  EXPECT_TRUE(Has("Tremblay, Claire $0.00 $50.00 -$50.00 $0.00 $0.00 $0.00 $0.00 $0.00 $0.00"))
+      << Text();
+  // Debit 100, credit 50, balance 50.
+  EXPECT_TRUE(Has("Office Totals: $100.00 $50.00 $50.00 $0.00 $0.00 $0.00 $0.00 $100.00 $0.00"));
+  EXPECT_FALSE(Has("This report DOES NOT include credits."));
+
+  // Without credits the patient whose only entry is money on file goes.
+  form.VSP.StartDoc();
+  reports.srptPatientsWithaBalance("", kEnd, "ProviderID = 2", 0, true);
+  form.VSP.EndDoc();
+  EXPECT_FALSE(Has("Tremblay, Claire"));
+  EXPECT_TRUE(Has("O'Brien, Seamus $100.00 $0.00 $0.00 $0.00 $0.00 $100.00 $0.00"));
+}
+
+TEST_F(PatientsWithABalance, OverseerAndPreferredDoctorViews) {
+  // Okafor (3) oversees 101 (paid) and 105: 60 in 0-30, with its post-dated
+  // 40. No payment names him, and the payments query still runs.
+  reports.rptPatientsWithABalance("", kEnd, "ProviderID = 3", 1);
+  EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_TRUE(Has("Overseers: Okafor"));
+  EXPECT_TRUE(Has("Tremblay, Claire $60.00 $0.00 $40.00 $60.00 $0.00 $0.00 $0.00")) << Text();
+
+  // Chen (2) is the preferred doctor on invoice 104 and Claire's own
+  // doctor, so her payments are his too.
+  Exec(
+      "UPDATE Invoices SET DoctorID = 2 WHERE ID = 104; UPDATE Patient SET DoctorID = 2 WHERE ID = "
+      "1;");
+  reports.rptPatientsWithABalance("", kEnd, "ProviderID = 2", 2);
+  EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_TRUE(Has("Preferred Doctors: Chen"));
+  EXPECT_TRUE(Has("Tremblay, Claire $300.00 $0.00 $0.00 $300.00 $0.00 $0.00 $0.00")) << Text();
+}
+
+TEST_F(PatientsWithABalance, FailureShowsTheTrapMessage) {
+  form.VSP.StartDoc();
+  reports.srptPatientsWithaBalance("", kEnd, "NoSuchColumn = 1", 0, true);
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_EQ(host.messages[0].prompt.rfind(
+                "An error has occurred in sub srptPatientsWithaBalance in Class clsReports\n", 0),
+            0u)
+      << host.messages[0].prompt;
+}
+
+TEST_F(UnappliedPayments, ListsMoneyLeftOverByProviderDateAndPayee) {
+  reports.rptUnAppliedPayments(kEnd, "dana");
+  EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(form.ShowCount(), 1);
+  const std::string text = Text();
+  EXPECT_NE(text.find("Ending: Nov/20/2026"), std::string::npos) << text;
+  // The heads wrap in their narrow columns; the first and the last stand.
+  EXPECT_NE(text.find("Payee"), std::string::npos);
+  EXPECT_NE(text.find("Credit($)"), std::string::npos);
+  // Chen first: 203, 200 less 150 applied.
+  const size_t p203 = text.find("Tremblay, Claire 203 Chen Oct/6/2026 $200.00 $50.00");
+  // Then Moreau's by cheque date: 261 (09-01), 232 (10-01), 233 (10-02),
+  // 212 (11-01).
+  const size_t p261 = text.find("O'Brien, Seamus 261 Moreau Sep/1/2026 $20.00 $20.00");
+  const size_t p232 = text.find("Singh, Priya 232 Moreau Oct/1/2026 $60.00 $60.00");
+  const size_t p233 = text.find("Singh, Priya 233 Moreau Oct/2/2026 $15.00 $15.00");
+  const size_t p212 = text.find("Tremblay, Luc 212 Moreau Nov/1/2026 $26.00 $26.00");
+  ASSERT_NE(p203, std::string::npos) << text;
+  ASSERT_NE(p261, std::string::npos) << text;
+  ASSERT_NE(p232, std::string::npos);
+  ASSERT_NE(p233, std::string::npos);
+  ASSERT_NE(p212, std::string::npos);
+  EXPECT_LT(p203, p261);
+  EXPECT_LT(p261, p232);
+  EXPECT_LT(p232, p233);
+  EXPECT_LT(p233, p212);
+  // Left out: fully applied payments, Marc's refunded 10.0050, 262 applied
+  // beyond its value (-5), and cheques dated after the end (204, 205, 271).
+  EXPECT_EQ(text.find("Tremblay, Marc"), std::string::npos);
+  EXPECT_EQ(text.find(" 262 "), std::string::npos);
+  EXPECT_EQ(text.find(" 204 "), std::string::npos);
+  EXPECT_EQ(text.find("Zero, Zoe"), std::string::npos);
+  // 50 + 20 + 60 + 15 + 26 = 171.
+  EXPECT_NE(text.find("Total Unapplied Payments: $171.00"), std::string::npos) << text;
+}
+
+TEST_F(UnappliedPayments, FilterAndFailureMessage) {
+  form.VSP.StartDoc();
+  reports.srptUnAppliedPayments(kEnd, "", "InitialProviderID = 2");
+  form.VSP.EndDoc();
+  EXPECT_NE(Text().find("Total Unapplied Payments: $50.00"), std::string::npos) << Text();
+  EXPECT_EQ(Text().find("Moreau"), std::string::npos);
+
+  form.VSP.StartDoc();
+  reports.srptUnAppliedPayments(kEnd, "", "NoSuchColumn = 1");
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_EQ(host.messages[0].title, " Error in Class clsReport.srptUnAppliedPayments");
+}
+
+}  // namespace
+}  // namespace orv::testing
