@@ -1,0 +1,63 @@
+// The database engine behind a Connection. A Connection speaks only to this
+// interface, so a second engine (PostgreSQL) can stand beside SQLite without
+// the recordsets knowing which one runs the statement.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/variant.h"
+#include "platform/sql/translate.h"
+
+namespace orv::db {
+
+// One prepared statement of an engine. It is stepped row by row and reset to
+// run again; column values come back in the engine's own storage classes as
+// Variants: Null, a 64-bit integer (Variant::Int64), a double, text or Bytes.
+class EngineStatement {
+ public:
+  virtual ~EngineStatement() = default;
+  // Makes the statement ready to run again and clears its bound values.
+  virtual void Reset() = 0;
+  // Binds the value of parameter `index` (1-based).
+  virtual void Bind(int index, const Variant& value) = 0;
+  // Advances to the next row; false when there is none. Throws DatabaseError
+  // with the engine's message on failure.
+  virtual bool Step() = 0;
+  virtual int ColumnCount() const = 0;
+  virtual std::string ColumnName(int column) const = 0;
+  // The value of `column` (0-based) in the current row.
+  virtual Variant Column(int column) const = 0;
+  // The engine's text of the statement.
+  virtual const std::string& Sql() const = 0;
+};
+
+class Engine {
+ public:
+  virtual ~Engine() = default;
+  // Prepares engine SQL. Throws DatabaseError naming `original` (the
+  // statement the caller gave, for the message) and the place of the fault.
+  virtual std::unique_ptr<EngineStatement> Prepare(const std::string& sql,
+                                                   const std::string& original) = 0;
+  // Rows changed by the last INSERT, UPDATE or DELETE.
+  virtual int64_t Changes() const = 0;
+  // Key given to the last inserted row.
+  virtual int64_t LastInsertId() const = 0;
+  // Tables and declared column types, for the translator.
+  virtual sql::Schema LoadSchema() = 0;
+  // Columns of the primary key of `table`, in key order; empty when none.
+  virtual std::vector<std::string> PrimaryKey(const std::string& table) = 0;
+  virtual sql::Dialect dialect() const = 0;
+  // The text of parameter n (1-based) in the engine's SQL ("?1", "$1").
+  virtual std::string ParameterMarker(int n) const = 0;
+};
+
+// Opens the engine a connection URL names: "sqlite:/path/practice.db",
+// "sqlite::memory:", or a bare file path (SQLite). Throws DatabaseError for a
+// file that cannot be opened or is no database, and for an unknown scheme.
+std::unique_ptr<Engine> OpenEngine(const std::string& url);
+
+}  // namespace orv::db

@@ -1,0 +1,125 @@
+#include "platform/db/field.h"
+
+#include <algorithm>
+
+#include "platform/db/db_error.h"
+#include "platform/db/recordset.h"
+#include "platform/db/recordset_state.h"
+
+namespace orv::db {
+
+const std::string& Field::Name() const { return s_->FieldAt(index_).name; }
+FieldType Field::Type() const { return s_->FieldAt(index_).type; }
+long Field::DefinedSize() const { return s_->FieldAt(index_).defined_size; }
+bool Field::IsChapter() const { return s_->FieldAt(index_).chapter >= 0; }
+
+Variant Field::Value() const {
+  size_t row = s_->CurrentRow();
+  const FieldInfo& f = s_->FieldAt(index_);
+  if (f.chapter >= 0)
+    throw DatabaseError(kErrNotAllowed, "the field '" + f.name + "' is a chapter; read its rows with Chapter()");
+  return s_->data->rows[row][index_];
+}
+
+void Field::Value(const Variant& v) {
+  size_t row = s_->CurrentRow();
+  const FieldInfo& f = s_->FieldAt(index_);
+  if (f.chapter >= 0 || s_->parent_chapter >= 0 ||
+      (!s_->fabricated && (s_->lock_type == adLockReadOnly || s_->lock_type == adLockUnspecified)))
+    throw DatabaseError(kErrNotUpdatable,
+                        "Current Recordset does not support updating (it was opened read-only): " +
+                            s_->source);
+  Variant coerced = CoerceToFieldType(v, f.type);
+  if (s_->edit == adEditNone) {
+    s_->edit = adEditInProgress;
+    s_->edit_row = row;
+    s_->original = s_->data->rows[row];
+  }
+  s_->data->rows[row][index_] = std::move(coerced);
+}
+
+long Field::ActualSize() const {
+  Variant v = Value();
+  switch (v.type()) {
+    case VarType::Empty:
+    case VarType::Null: return 0;
+    case VarType::String: return static_cast<long>(v.AsString().size());
+    case VarType::Binary: return static_cast<long>(v.AsBytes().size());
+    case VarType::Long: return 4;
+    case VarType::Boolean: return 2;
+    default: return 8;
+  }
+}
+
+Bytes Field::GetChunk(long length) const {
+  Variant v = Value();
+  long row = s_->pos;
+  if (s_->chunk_row != row) {
+    s_->chunk_row = row;
+    s_->chunk_offset.assign(s_->data->fields.size(), 0);
+  }
+  if (v.IsNull() || v.IsEmpty()) return {};
+  Bytes all;
+  if (v.type() == VarType::Binary) {
+    all = v.AsBytes();
+  } else {
+    std::string t = CStr(v);
+    all.assign(t.begin(), t.end());
+  }
+  size_t& off = s_->chunk_offset[index_];
+  size_t n = std::min(all.size() - std::min(off, all.size()), static_cast<size_t>(std::max(length, 0L)));
+  Bytes out(all.begin() + off, all.begin() + off + n);
+  off += n;
+  return out;
+}
+
+Recordset Field::Chapter() const {
+  s_->Ready();
+  const FieldInfo& f = s_->FieldAt(index_);
+  if (f.chapter < 0)
+    throw DatabaseError(kErrNotAllowed, "the field '" + f.name + "' is no chapter of a SHAPE statement");
+  auto& states = s_->chapter_states;
+  if (states.size() <= static_cast<size_t>(f.chapter)) states.resize(f.chapter + 1);
+  auto& child = states[f.chapter];
+  if (!child) {
+    child = std::make_shared<RecordsetState>();
+    child->open = true;
+    child->connection = s_->connection;
+    child->source = s_->source;
+    child->cursor_type = adOpenStatic;
+    child->lock_type = adLockReadOnly;
+    child->data = s_->data->chapters[f.chapter].child;
+    child->parent = s_;
+    child->parent_chapter = f.chapter;
+  }
+  return Recordset(child);
+}
+
+long FieldsCollection::Count() const {
+  return static_cast<long>(s_->data ? s_->data->fields.size() : s_->pending_fields.size());
+}
+
+Field FieldsCollection::Item(long index) const {
+  s_->FieldAt(static_cast<int>(index));
+  return Field(s_, static_cast<int>(index));
+}
+
+Field FieldsCollection::Item(std::string_view name) const {
+  if (!s_->data) {
+    for (size_t i = 0; i < s_->pending_fields.size(); ++i)
+      if (s_->pending_fields[i].name == name) return Field(s_, static_cast<int>(i));
+  }
+  return Field(s_, s_->FieldIndex(name));
+}
+
+void FieldsCollection::Append(const std::string& name, FieldType type, long defined_size) {
+  if (s_->open)
+    throw DatabaseError(kErrNotAllowed, "Fields.Append is not allowed on an open recordset: " + name);
+  FieldInfo f;
+  f.name = name;
+  f.type = type;
+  f.defined_size = static_cast<int>(defined_size);
+  s_->pending_fields.push_back(std::move(f));
+}
+
+}  // namespace orv::db

@@ -1,0 +1,538 @@
+#include "platform/db/recordset.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "platform/db/db_error.h"
+#include "platform/db/recordset_state.h"
+#include "platform/db/sort_keys.h"
+#include "platform/db/value_compare.h"
+
+namespace orv::db {
+
+namespace {
+
+[[noreturn]] void NoCurrentRecord() {
+  throw DatabaseError(kErrNoCurrentRecord,
+                      "Either BOF or EOF is True, or the current record has been deleted. "
+                      "Requested operation requires a current record.");
+}
+
+[[noreturn]] void NotUpdatable(const std::string& source) {
+  throw DatabaseError(kErrNotUpdatable,
+                      "Current Recordset does not support updating (it was opened read-only): " +
+                          source);
+}
+
+bool IsBareName(std::string_view s) {
+  if (s.size() >= 2 && s.front() == '[' && s.back() == ']') return true;
+  if (s.empty()) return false;
+  for (char c : s)
+    if (!(std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '.' || c == '#' ||
+          c == '$'))
+      return false;
+  return true;
+}
+
+std::string QuoteName(std::string_view name) {
+  std::string q = "\"";
+  for (char c : name) {
+    if (c == '"') q += '"';
+    q += c;
+  }
+  return q + "\"";
+}
+
+size_t FindWordNoCase(std::string_view s, std::string_view word, size_t from = 0) {
+  for (size_t i = from; i + word.size() <= s.size(); ++i) {
+    if (!EqualsNoCase(s.substr(i, word.size()), word)) continue;
+    bool before = i == 0 || !std::isalnum(static_cast<unsigned char>(s[i - 1]));
+    size_t e = i + word.size();
+    bool after = e >= s.size() || !std::isalnum(static_cast<unsigned char>(s[e]));
+    if (before && after) return i;
+  }
+  return std::string_view::npos;
+}
+
+// The one table a "SELECT ... FROM T [WHERE ...] [ORDER BY ...]" reads, or
+// "" when the statement joins, lists several tables or is no such SELECT.
+std::string SingleTableOf(const std::string& statement) {
+  std::string_view s = statement;
+  // The first FROM outside parentheses (the select list may hold subqueries).
+  int depth = 0;
+  size_t from = std::string_view::npos;
+  for (size_t i = 0; i < s.size(); ++i) {
+    if (s[i] == '(') ++depth;
+    if (s[i] == ')') --depth;
+    if (depth == 0 && (i == 0 || std::isspace(static_cast<unsigned char>(s[i - 1]))) &&
+        FindWordNoCase(s.substr(i, 4), "FROM") == 0) {
+      from = i;
+      break;
+    }
+  }
+  if (from == std::string_view::npos) return {};
+  std::string_view rest = s.substr(from + 4);
+  while (!rest.empty() && std::isspace(static_cast<unsigned char>(rest.front()))) rest.remove_prefix(1);
+  size_t end = 0;
+  if (!rest.empty() && rest.front() == '[') {
+    end = rest.find(']');
+    if (end == std::string_view::npos) return {};
+    ++end;
+  } else {
+    while (end < rest.size() && !std::isspace(static_cast<unsigned char>(rest[end])) && rest[end] != ',')
+      ++end;
+  }
+  std::string table(rest.substr(0, end));
+  std::string_view tail = rest.substr(end);
+  while (!tail.empty() && std::isspace(static_cast<unsigned char>(tail.front()))) tail.remove_prefix(1);
+  if (!tail.empty() && FindWordNoCase(tail, "WHERE") != 0 && FindWordNoCase(tail, "ORDER") != 0)
+    return {};
+  if (FindWordNoCase(tail, "JOIN") != std::string_view::npos) return {};
+  if (table.size() > 4 && EqualsNoCase(std::string_view(table).substr(0, 4), "dbo.")) table = table.substr(4);
+  if (table.size() >= 2 && table.front() == '[') table = table.substr(1, table.size() - 2);
+  return table;
+}
+
+}  // namespace
+
+// ---- RecordsetState -------------------------------------------------------
+
+void RecordsetState::Ready() {
+  if (!open)
+    throw DatabaseError(kErrObjectClosed, "Operation is not allowed when the object is closed.");
+  if (parent_chapter < 0) return;
+  auto p = parent.lock();
+  if (!p) return;
+  p->Ready();
+  if (parent_chapter >= static_cast<int>(p->data->chapters.size())) {
+    // The parent was opened again on other rows: this chapter is empty.
+    base.clear();
+    Rebuild();
+    return;
+  }
+  const ChapterLink& link = p->data->chapters[parent_chapter];
+  // A Requery of the parent brings new child rows; follow them.
+  if (data != link.child) {
+    data = link.child;
+    bound_parent_row = -2;
+  }
+  long row = p->AtRow() ? static_cast<long>(p->view[p->pos]) : -1;
+  if (row == bound_parent_row) return;
+  bound_parent_row = row;
+  base.clear();
+  if (row >= 0) {
+    bool has_null = false;
+    std::string key = RowKey(p->data->rows[row], link.parent_fields, &has_null);
+    if (!has_null) {
+      auto it = link.rows_by_key.find(key);
+      if (it != link.rows_by_key.end()) base = it->second;
+    }
+  }
+  Rebuild();
+}
+
+size_t RecordsetState::CurrentRow() {
+  Ready();
+  if (!AtRow()) NoCurrentRecord();
+  return view[pos];
+}
+
+const FieldInfo& RecordsetState::FieldAt(int index) const {
+  const auto& fields = data ? data->fields : pending_fields;
+  if (index < 0 || index >= static_cast<int>(fields.size()))
+    throw DatabaseError(kErrItemNotFound,
+                        "Item cannot be found in the collection corresponding to the requested "
+                        "name or ordinal: field " +
+                            std::to_string(index) + " of " + source);
+  return fields[index];
+}
+
+int RecordsetState::FieldIndex(std::string_view name) const {
+  int i = data ? data->FindField(name) : -1;
+  if (i < 0)
+    throw DatabaseError(kErrItemNotFound,
+                        "Item cannot be found in the collection corresponding to the requested "
+                        "name or ordinal: '" +
+                            std::string(name) + "' in " + (source.empty() ? "the recordset" : source));
+  return i;
+}
+
+void RecordsetState::Rebuild() {
+  view.clear();
+  if (criteria) {
+    for (size_t r : base) {
+      const auto& row = data->rows[r];
+      if (criteria->Matches([&](int f) -> const Variant& { return row[f]; })) view.push_back(r);
+    }
+  } else {
+    view = base;
+  }
+  auto keys = ParseSortKeys(sort);
+  if (!keys.empty()) {
+    std::vector<std::pair<int, bool>> cols;
+    for (const auto& k : keys) {
+      int f = data->FindField(k.field);
+      if (f < 0)
+        throw DatabaseError(kErrItemNotFound, "the sort names a field the recordset does not have: '" +
+                                                  k.field + "' in: " + sort);
+      cols.emplace_back(f, k.descending);
+    }
+    std::stable_sort(view.begin(), view.end(), [&](size_t a, size_t b) {
+      for (auto [f, desc] : cols) {
+        int c = CompareValues(data->rows[a][f], data->rows[b][f]);
+        if (c != 0) return desc ? c > 0 : c < 0;
+      }
+      return false;
+    });
+  }
+  pos = 0;
+  chunk_row = -1;
+}
+
+void RecordsetState::Commit() {
+  if (edit == adEditNone) return;
+  if (fabricated || !connection) {
+    edit = adEditNone;
+    original.clear();
+    return;
+  }
+  if (table.empty()) {
+    table = SingleTableOf(statement);
+    if (table.empty())
+      throw DatabaseError(kErrNotUpdatable,
+                          "cannot write the row back: the statement does not read a single table: " +
+                              source);
+    key_fields.clear();
+    for (const auto& k : connection->PrimaryKey(table)) {
+      int f = data->FindField(k);
+      if (f >= 0) key_fields.push_back(f);
+    }
+    if (key_fields.empty()) {
+      int f = data->FindField("ID");
+      if (f >= 0) key_fields.push_back(f);
+    }
+    if (key_fields.empty()) {
+      table.clear();
+      throw DatabaseError(kErrNotUpdatable,
+                          "cannot write the row back: the recordset holds no key of its table: " +
+                              source);
+    }
+  }
+  auto& row = data->rows[edit_row];
+  std::vector<Variant> values;
+  std::string sql;
+  if (edit == adEditAdd) {
+    std::string cols, marks;
+    for (size_t f = 0; f < data->fields.size(); ++f) {
+      if (data->fields[f].chapter >= 0 || row[f].IsNull() || row[f].IsEmpty()) continue;
+      if (!values.empty()) {
+        cols += ", ";
+        marks += ", ";
+      }
+      values.push_back(row[f]);
+      cols += QuoteName(data->fields[f].name);
+      marks += "?" + std::to_string(values.size());
+    }
+    sql = values.empty() ? "INSERT INTO " + QuoteName(table) + " DEFAULT VALUES"
+                         : "INSERT INTO " + QuoteName(table) + " (" + cols + ") VALUES (" + marks + ")";
+    connection->RunEngineSql(sql, values, "AddNew/Update on " + source);
+    // A key the database assigned is read back into the row.
+    if (key_fields.size() == 1 && row[key_fields[0]].IsNull())
+      row[key_fields[0]] = ValueOfKind(Variant::Int64(connection->LastInsertId()),
+                                       sql::ValueKind::Integer);
+  } else {
+    std::string sets, where;
+    for (size_t f = 0; f < data->fields.size(); ++f) {
+      if (data->fields[f].chapter >= 0 || row[f] == original[f]) continue;
+      if (!values.empty()) sets += ", ";
+      values.push_back(row[f]);
+      sets += QuoteName(data->fields[f].name) + " = ?" + std::to_string(values.size());
+    }
+    if (values.empty()) {
+      edit = adEditNone;
+      return;
+    }
+    for (int k : key_fields) {
+      if (!where.empty()) where += " AND ";
+      values.push_back(original[k]);
+      where += QuoteName(data->fields[k].name) + " = ?" + std::to_string(values.size());
+    }
+    sql = "UPDATE " + QuoteName(table) + " SET " + sets + " WHERE " + where;
+    if (connection->RunEngineSql(sql, values, "Update on " + source) == 0)
+      throw DatabaseError(kErrNotUpdatable,
+                          "the row to update was not found by its key (changed or deleted "
+                          "meanwhile): " + source);
+  }
+  edit = adEditNone;
+  original.clear();
+}
+
+void RecordsetState::Cancel() {
+  if (edit == adEditAdd) {
+    // The added row is always the last one of the rows and of the view.
+    data->rows.pop_back();
+    base.erase(std::remove(base.begin(), base.end(), edit_row), base.end());
+    view.erase(std::remove(view.begin(), view.end(), edit_row), view.end());
+    pos = view.empty() ? 0 : static_cast<long>(view.size()) - 1;
+  } else if (edit == adEditInProgress) {
+    data->rows[edit_row] = original;
+  }
+  edit = adEditNone;
+  original.clear();
+}
+
+void RecordsetState::Moved() { chunk_row = -1; }
+
+// ---- Recordset ------------------------------------------------------------
+
+Recordset::Recordset() : s_(std::make_shared<RecordsetState>()) {}
+
+void Recordset::Open(const std::string& source, const Connection& connection, int cursor_type,
+                     int lock_type, int options) {
+  if (s_->open) throw DatabaseError(kErrNotAllowed, "Operation is not allowed when the object is open.");
+  if (connection.State() != adStateOpen)
+    throw DatabaseError(kErrObjectClosed, "the connection is not open, for: " + source);
+  std::string_view trimmed = source;
+  while (!trimmed.empty() && std::isspace(static_cast<unsigned char>(trimmed.back()))) trimmed.remove_suffix(1);
+  while (!trimmed.empty() && std::isspace(static_cast<unsigned char>(trimmed.front()))) trimmed.remove_prefix(1);
+  std::string statement = (options == adCmdTable || IsBareName(trimmed))
+                              ? "SELECT * FROM " + std::string(trimmed)
+                              : source;
+  // Run first, so that a failure leaves this recordset closed and as it was.
+  std::shared_ptr<RowSet> data = connection.Query(statement);
+  RecordsetState& s = *s_;
+  s.connection = connection;
+  s.source = source;
+  s.statement = std::move(statement);
+  // Unspecified is forward-only, the connection's default cursor; a client
+  // cursor location makes every cursor static.
+  bool forward = cursor_type == adOpenForwardOnly || cursor_type == adOpenUnspecified;
+  s.cursor_type = forward && connection.CursorLocation() != adUseClient ? adOpenForwardOnly : adOpenStatic;
+  s.lock_type = lock_type;
+  s.options = options;
+  s.data = std::move(data);
+  s.base.resize(s.data->rows.size());
+  for (size_t i = 0; i < s.base.size(); ++i) s.base[i] = i;
+  s.open = true;
+  s.Rebuild();
+}
+
+void Recordset::Open() {
+  if (s_->open) throw DatabaseError(kErrNotAllowed, "Operation is not allowed when the object is open.");
+  if (s_->pending_fields.empty())
+    throw DatabaseError(kErrNotAllowed, "a fabricated recordset needs fields: Fields.Append them before Open");
+  s_->data = std::make_shared<RowSet>();
+  s_->data->fields = std::move(s_->pending_fields);
+  s_->pending_fields.clear();
+  s_->fabricated = true;
+  s_->cursor_type = adOpenStatic;
+  s_->lock_type = adLockOptimistic;
+  s_->open = true;
+  s_->base.clear();
+  s_->Rebuild();
+}
+
+void Recordset::Close() {
+  if (!s_->open) throw DatabaseError(kErrObjectClosed, "Operation is not allowed when the object is closed.");
+  auto fields = s_->fabricated ? s_->data->fields : std::vector<FieldInfo>{};
+  *s_ = RecordsetState();
+  // A closed fabricated recordset keeps its field list, so it can open again.
+  s_->pending_fields = std::move(fields);
+}
+
+int Recordset::State() const { return s_->open ? adStateOpen : adStateClosed; }
+
+bool Recordset::Eof() const {
+  s_->Ready();
+  return s_->view.empty() || s_->pos >= static_cast<long>(s_->view.size());
+}
+
+bool Recordset::Bof() const {
+  s_->Ready();
+  return s_->view.empty() || s_->pos < 0;
+}
+
+void Recordset::MoveNext() {
+  s_->Ready();
+  if (s_->pos >= static_cast<long>(s_->view.size())) NoCurrentRecord();
+  s_->Commit();
+  ++s_->pos;
+  s_->Moved();
+}
+
+void Recordset::MovePrevious() {
+  s_->Ready();
+  if (s_->cursor_type == adOpenForwardOnly)
+    throw DatabaseError(kErrNotAllowed, "Rowset does not support fetching backward: " + s_->source);
+  if (s_->pos < 0) NoCurrentRecord();
+  s_->Commit();
+  --s_->pos;
+  s_->Moved();
+}
+
+void Recordset::MoveFirst() {
+  s_->Ready();
+  if (s_->view.empty()) NoCurrentRecord();
+  s_->Commit();
+  s_->pos = 0;
+  s_->Moved();
+}
+
+void Recordset::MoveLast() {
+  s_->Ready();
+  if (s_->cursor_type == adOpenForwardOnly)
+    throw DatabaseError(kErrNotAllowed, "Rowset does not support fetching backward: " + s_->source);
+  if (s_->view.empty()) NoCurrentRecord();
+  s_->Commit();
+  s_->pos = static_cast<long>(s_->view.size()) - 1;
+  s_->Moved();
+}
+
+void Recordset::Move(long n) {
+  s_->Ready();
+  if (n < 0 && s_->cursor_type == adOpenForwardOnly)
+    throw DatabaseError(kErrNotAllowed, "Rowset does not support fetching backward: " + s_->source);
+  if (n != 0 && !s_->AtRow()) NoCurrentRecord();
+  s_->Commit();
+  long size = static_cast<long>(s_->view.size());
+  s_->pos = std::clamp(s_->pos + n, -1L, size);
+  s_->Moved();
+}
+
+long Recordset::RecordCount() const {
+  s_->Ready();
+  if (s_->cursor_type == adOpenForwardOnly) return -1;
+  return static_cast<long>(s_->view.size());
+}
+
+long Recordset::AbsolutePosition() const {
+  s_->Ready();
+  if (s_->cursor_type == adOpenForwardOnly) return adPosUnknown;
+  if (s_->view.empty() || s_->pos < 0) return adPosBOF;
+  if (s_->pos >= static_cast<long>(s_->view.size())) return adPosEOF;
+  return s_->pos + 1;
+}
+
+void Recordset::AbsolutePosition(long position) {
+  s_->Ready();
+  if (position < 1 || position > static_cast<long>(s_->view.size()))
+    throw DatabaseError(kErrNotAllowed, "AbsolutePosition " + std::to_string(position) +
+                                            " is outside the recordset's rows");
+  s_->Commit();
+  s_->pos = position - 1;
+  s_->Moved();
+}
+
+FieldsCollection Recordset::Fields() const { return FieldsCollection(s_); }
+Field Recordset::Fields(std::string_view name) const { return FieldsCollection(s_).Item(name); }
+Field Recordset::Fields(long index) const { return FieldsCollection(s_).Item(index); }
+
+void Recordset::Find(const std::string& criteria, long skip, int direction, int start) {
+  s_->Ready();
+  Criteria c = Criteria::Parse(criteria);
+  if (c.ComparisonCount() != 1)
+    throw DatabaseError(kErrNotAllowed, "Find takes exactly one comparison: " + criteria);
+  c.Bind([&](std::string_view name) { return s_->data->FindField(name); });
+  if (direction == adSearchBackward && s_->cursor_type == adOpenForwardOnly)
+    throw DatabaseError(kErrNotAllowed, "Rowset does not support fetching backward: " + s_->source);
+  s_->Commit();
+  long size = static_cast<long>(s_->view.size());
+  long p = s_->pos;
+  if (start == adBookmarkFirst) p = 0;
+  if (start == adBookmarkLast) p = size - 1;
+  long step = direction == adSearchBackward ? -1 : 1;
+  p += step * skip;
+  if (direction != adSearchBackward && p < 0) p = 0;
+  if (direction == adSearchBackward && p >= size) p = size - 1;
+  for (; p >= 0 && p < size; p += step) {
+    const auto& row = s_->data->rows[s_->view[p]];
+    if (c.Matches([&](int f) -> const Variant& { return row[f]; })) break;
+  }
+  s_->pos = direction == adSearchBackward ? std::max(p, -1L) : std::min(p, size);
+  s_->Moved();
+}
+
+void Recordset::Filter(const Variant& criteria) {
+  s_->Ready();
+  s_->Commit();
+  std::optional<Criteria> compiled;
+  bool none = criteria.IsEmpty() || criteria.IsNull() ||
+              (criteria.IsString() && criteria.AsString().find_first_not_of(" \t") == std::string::npos);
+  if (!none && criteria.IsNumeric()) {
+    if (CDbl(criteria) != 0)
+      throw DatabaseError(kErrNotAllowed, "a numeric filter other than 0 is not supported: " +
+                                              CStr(criteria));
+    none = true;
+  }
+  if (!none) {
+    compiled = Criteria::Parse(CStr(criteria));
+    compiled->Bind([&](std::string_view name) { return s_->data->FindField(name); });
+  }
+  s_->criteria = std::move(compiled);
+  s_->filter = none ? Variant(std::string()) : criteria;
+  s_->Rebuild();
+}
+
+const Variant& Recordset::Filter() const { return s_->filter; }
+
+void Recordset::Sort(const std::string& keys) {
+  s_->Ready();
+  s_->Commit();
+  std::string old = s_->sort;
+  s_->sort = keys;
+  try {
+    s_->Rebuild();
+  } catch (...) {
+    s_->sort = old;
+    s_->Rebuild();
+    throw;
+  }
+}
+
+const std::string& Recordset::Sort() const { return s_->sort; }
+
+void Recordset::Requery() {
+  s_->Ready();
+  if (s_->fabricated || !s_->connection || s_->parent_chapter >= 0)
+    throw DatabaseError(kErrNotAllowed, "Requery needs a recordset opened from a statement");
+  s_->Commit();
+  s_->data = s_->connection->Query(s_->statement);
+  s_->base.resize(s_->data->rows.size());
+  for (size_t i = 0; i < s_->base.size(); ++i) s_->base[i] = i;
+  s_->chapter_states.clear();
+  if (s_->criteria) s_->criteria->Bind([&](std::string_view name) { return s_->data->FindField(name); });
+  s_->Rebuild();
+}
+
+const std::string& Recordset::Source() const { return s_->source; }
+
+void Recordset::AddNew() {
+  s_->Ready();
+  if (!s_->fabricated && (s_->lock_type == adLockReadOnly || s_->lock_type == adLockUnspecified))
+    NotUpdatable(s_->source);
+  if (s_->parent_chapter >= 0) NotUpdatable(s_->source);
+  s_->Commit();
+  auto& rows = s_->data->rows;
+  rows.emplace_back(s_->data->fields.size(), Variant::Null());
+  size_t r = rows.size() - 1;
+  s_->base.push_back(r);
+  s_->view.push_back(r);
+  s_->pos = static_cast<long>(s_->view.size()) - 1;
+  s_->edit = adEditAdd;
+  s_->edit_row = r;
+  s_->Moved();
+}
+
+void Recordset::Update() {
+  s_->Ready();
+  s_->Commit();
+}
+
+void Recordset::CancelUpdate() {
+  s_->Ready();
+  s_->Cancel();
+}
+
+int Recordset::EditMode() const { return s_->edit; }
+
+}  // namespace orv::db

@@ -1,0 +1,76 @@
+// What a Recordset handle points at: the shared rows, the visible rows after
+// chapter, Filter and Sort, the position, and a pending edit. Private to the
+// recordset and field files.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/db/connection.h"
+#include "platform/db/criteria.h"
+#include "platform/db/rowset.h"
+
+namespace orv::db {
+
+struct RecordsetState {
+  bool open = false;
+  bool fabricated = false;
+  std::optional<Connection> connection;
+  std::string source;      // as given
+  std::string statement;   // as run (a table name becomes SELECT * FROM it)
+  int cursor_type = 0;
+  int lock_type = 1;
+  int options = -1;
+
+  std::shared_ptr<RowSet> data;
+  std::vector<FieldInfo> pending_fields;  // appended before a fabricated Open
+
+  // Row indices into data->rows: `base` are the rows of this recordset (all,
+  // or a chapter's), `view` those that pass the filter, in sort order.
+  std::vector<size_t> base;
+  std::vector<size_t> view;
+  long pos = 0;  // index into view; -1 is BOF, view.size() is EOF
+
+  Variant filter{std::string()};
+  std::optional<Criteria> criteria;
+  std::string sort;
+
+  // A chapter follows the current row of its parent.
+  std::weak_ptr<RecordsetState> parent;
+  int parent_chapter = -1;
+  long bound_parent_row = -2;
+  std::vector<std::shared_ptr<RecordsetState>> chapter_states;
+
+  // Pending edit of the current row.
+  int edit = 0;  // EditMode
+  std::vector<Variant> original;
+  size_t edit_row = 0;
+
+  // GetChunk's read offset: field -> bytes read, reset when the row changes.
+  long chunk_row = -1;
+  std::vector<size_t> chunk_offset;
+
+  // Table and key fields for writes, found at the first write.
+  std::string table;
+  std::vector<int> key_fields;
+
+  // Checks that the recordset is open and, for a chapter, follows the
+  // parent's current row.
+  void Ready();
+  // The data row index of the current row; throws at BOF/EOF.
+  size_t CurrentRow();
+  bool AtRow() const { return pos >= 0 && pos < static_cast<long>(view.size()); }
+  // Recomputes `view` from `base` by criteria and sort; moves to the first
+  // row.
+  void Rebuild();
+  // Writes a pending edit (Update).
+  void Commit();
+  void Cancel();
+  void Moved();
+  const FieldInfo& FieldAt(int index) const;
+  int FieldIndex(std::string_view name) const;
+};
+
+}  // namespace orv::db

@@ -1,0 +1,53 @@
+// The rows a recordset reads: field descriptions and values, shared by every
+// recordset handle, clone and chapter that looks at them.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "common/variant.h"
+#include "platform/db/field_type.h"
+#include "platform/sql/translate.h"
+
+namespace orv::db {
+
+struct RowSet;
+
+struct FieldInfo {
+  std::string name;
+  FieldType type = adVariant;
+  sql::ValueKind kind = sql::ValueKind::Unknown;
+  int defined_size = 0;
+  int chapter = -1;  // index into RowSet::chapters for a chapter field
+};
+
+// A SHAPE child related to its parent: the child's rows, hashed by the
+// child's relate columns so that the rows of one parent row are found
+// without a scan.
+struct ChapterLink {
+  std::shared_ptr<RowSet> child;
+  std::vector<int> parent_fields;
+  std::vector<int> child_fields;
+  std::unordered_map<std::string, std::vector<size_t>> rows_by_key;
+};
+
+struct RowSet {
+  std::vector<FieldInfo> fields;
+  // One vector per row, one value per field (chapter fields hold Empty).
+  std::vector<std::vector<Variant>> rows;
+  std::vector<ChapterLink> chapters;
+
+  // Index of the field `name` (case-insensitive, square brackets ignored),
+  // or -1.
+  int FindField(std::string_view name) const;
+  // Appends a field; returns its index.
+  int AddField(FieldInfo f);
+};
+
+// The relate key of `row` over `fields`; empty when any part is Null.
+std::string RowKey(const std::vector<Variant>& row, const std::vector<int>& fields, bool* has_null);
+
+}  // namespace orv::db

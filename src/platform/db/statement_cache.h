@@ -1,0 +1,88 @@
+// The per-connection cache of translated and prepared statements.
+//
+// Reports build statements by concatenation, so a lookup by key produces a
+// new text for every key ("... where ID = 17", "... where ID = 18"). Like the
+// server's simple parameterisation, the cache replaces each whole-number
+// literal that follows "=" by a parameter, so that all those texts share one
+// translation and one prepared statement, and binds the numbers on each run.
+// The translator sees the statement with a sentinel number in each such
+// place; if a sentinel does not come back exactly once in the engine's text
+// (the translator folded or moved it), that statement form is cached by its
+// full text instead.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/db/engine.h"
+#include "platform/sql/translate.h"
+
+namespace orv::db {
+
+class StatementCache {
+ public:
+  StatementCache(Engine& engine, const sql::Schema& schema) : engine_(engine), schema_(schema) {}
+
+  struct Entry {
+    sql::Translation translation;
+    std::unique_ptr<EngineStatement> stmt;
+    int parameters = 0;  // bound from the statement's literals, in order
+    bool in_use = false;
+  };
+
+  // One run of a cached statement: bound, stepped, then reset by Done or by
+  // the destructor.
+  class Lease {
+   public:
+    Lease(Entry* entry, std::unique_ptr<Entry> own) : entry_(entry), own_(std::move(own)) {}
+    Lease(Lease&& o) noexcept : entry_(o.entry_), own_(std::move(o.own_)) { o.entry_ = nullptr; }
+    Lease& operator=(Lease&&) = delete;
+    ~Lease() { Done(); }
+    const sql::Translation& translation() const { return entry_->translation; }
+    // Next row; false at the end. An engine error names the values bound in
+    // place of the statement's literals, since the engine text shows markers.
+    bool Step();
+    int ColumnCount() const { return entry_->stmt->ColumnCount(); }
+    std::string ColumnName(int i) const { return entry_->stmt->ColumnName(i); }
+    Variant Column(int i) const { return entry_->stmt->Column(i); }
+    void Done();
+
+   private:
+    friend class StatementCache;
+    Entry* entry_;
+    std::unique_ptr<Entry> own_;  // a one-off entry when the cached one is busy
+    std::string bound_;           // "?1 = 17, ?2 = 3" for messages
+  };
+
+  // Translates (once) and prepares (once) `statement`, binds its literals and
+  // returns it ready to step. Throws sql::SqlError or DatabaseError.
+  Lease Get(const std::string& statement);
+
+  size_t size() const { return by_form_.size() + by_text_.size(); }
+
+ private:
+  std::unique_ptr<Entry> Build(const std::string& statement);
+  std::unique_ptr<Entry> BuildForm(const std::string& form, const std::vector<std::string>& sentinels,
+                                   const std::string& statement);
+
+  Engine& engine_;
+  const sql::Schema& schema_;
+  // Statement form (literals replaced by sentinels) -> entry, or nullptr when
+  // the form cannot be parameterised.
+  std::unordered_map<std::string, std::unique_ptr<Entry>> by_form_;
+  std::unordered_map<std::string, std::unique_ptr<Entry>> by_text_;
+};
+
+// Splits a statement into its form and the whole-number literals that follow
+// "=" (outside quotes, brackets and comments). In the form each literal is
+// replaced by the sentinel of its position. Exposed for tests.
+struct StatementForm {
+  std::string form;
+  std::vector<int64_t> values;
+  std::vector<std::string> sentinels;
+};
+StatementForm ParameteriseLiterals(const std::string& statement);
+
+}  // namespace orv::db

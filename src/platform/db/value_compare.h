@@ -1,0 +1,30 @@
+// Ordering and equality of field values, as Filter, Find, Sort and the
+// relating of SHAPE children use them.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "common/variant.h"
+
+namespace orv::db {
+
+// Three-way comparison of two field values: <0, 0, >0. Null and Empty sort
+// before every value. Numbers (integers, floats, money, flags) compare by
+// value; dates by their serial; text case-insensitively, ignoring trailing
+// blanks as the server's collation does. Text against a date or a number is
+// read as a date or number when it is one, and otherwise compared as text.
+int CompareValues(const Variant& a, const Variant& b);
+
+// The key under which a value relates a SHAPE child row to its parent:
+// numbers by value (5, 5.0 and money 5.0000 relate), text case-insensitively
+// without trailing blanks, dates by serial. nullopt for Null and Empty, which
+// relate to nothing.
+std::optional<std::string> RelateKey(const Variant& v);
+
+// ASCII lower case.
+std::string Lower(std::string_view s);
+// Equal ignoring ASCII case.
+bool EqualsNoCase(std::string_view a, std::string_view b);
+
+}  // namespace orv::db

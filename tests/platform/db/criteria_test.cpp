@@ -1,0 +1,123 @@
+// Filter and Find conditions, evaluated over one row of typed values.
+#include "platform/db/criteria.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/db/db_error.h"
+#include "platform/db/value_compare.h"
+
+namespace orv::db {
+namespace {
+
+// A row as a payment recordset holds it.
+const std::vector<std::string> kNames = {"ID", "LastName", "CheckDate", "Value", "Complete?",
+                                         "Check#", "Notes", "Rate"};
+const std::vector<Variant> kRow = {
+    Variant(12),
+    Variant("O'Brien"),
+    Variant(DateTime::FromParts(2026, 11, 5, 14, 30, 0)),
+    Variant(Currency::FromRaw(1234500)),  // 123.4500
+    Variant(-1),
+    Variant("0"),
+    Variant::Null(),
+    Variant(0.25),
+};
+
+bool Eval(const std::string& text) {
+  Criteria c = Criteria::Parse(text);
+  c.Bind([](std::string_view name) {
+    for (size_t i = 0; i < kNames.size(); ++i)
+      if (EqualsNoCase(kNames[i], name)) return static_cast<int>(i);
+    return -1;
+  });
+  return c.Matches([](int i) -> const Variant& { return kRow[i]; });
+}
+
+TEST(Criteria, MatchesRows) {
+  struct Case {
+    const char* text;
+    bool expected;
+  } cases[] = {
+      {"ID = 12", true},
+      {"ID=12", true},
+      {"ID <> 12", false},
+      {"ID > 11.5", true},
+      {"id >= 13", false},
+      {"LastName = 'O''Brien'", true},
+      {"LastName = 'o''brien'", true},  // text compares case-insensitively
+      {"LastName LIKE 'O*'", true},
+      {"LastName LIKE '%bri%'", true},
+      {"LastName LIKE 'B*'", false},
+      {"CheckDate >= #2026-11-05#", true},  // the time of day is past midnight
+      {"CheckDate < #2026-11-05#", false},
+      {"CheckDate > #11/04/2026#", true},   // month first
+      {"CheckDate <= '2026-11-05 14:30:00'", true},
+      {"Value = 123.45", true},
+      {"Value > 123.4", true},
+      {"[Complete?] = -1", true},
+      {"[Check#] = '0'", true},
+      {"Check# = 0", true},  // text holding a number against a number
+      {"Notes = NULL", true},
+      {"Notes <> NULL", false},
+      {"Notes = 'x' OR ID = 12", true},   // a Null field fails its comparison only
+      {"Notes <> 'x'", false},
+      {"ID = 1 OR ID = 12 AND LastName = 'x'", false},  // AND binds tighter
+      {"(ID = 1 OR ID = 12) AND LastName LIKE 'O*'", true},
+      {"ID = 1 OR (ID = 12 AND (Rate < 0.3 OR Rate > 1))", true},
+      {"Rate>=0.25 AND ( Rate > 0 AND Rate <1)", true},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Eval(c.text), c.expected) << c.text;
+}
+
+TEST(Criteria, MalformedTextNamesTheTextAndPlace) {
+  struct Case {
+    const char* text;
+    const char* says;
+  } cases[] = {
+      {"ID = ", "a value is expected"},
+      {"ID 5", "a comparison operator is expected"},
+      {"(ID = 5", "a ')' is missing"},
+      {"LastName = 'abc", "a closing quote is missing"},
+      {"CheckDate > #2026-13-45#", "is no date"},
+      {"ID = 5 AND", "a field name is expected"},
+      {"ID = 5 6", "unexpected text"},
+      {"ID < NULL", "NULL can only be compared"},
+      {"[Check# = 1", "a ']' is missing"},
+  };
+  for (const auto& c : cases) {
+    try {
+      Criteria::Parse(c.text);
+      ADD_FAILURE() << "no error for " << c.text;
+    } catch (const DatabaseError& e) {
+      EXPECT_NE(e.description().find(c.says), std::string::npos) << e.description();
+      EXPECT_NE(e.description().find(c.text), std::string::npos) << e.description();
+      EXPECT_NE(e.description().find("position"), std::string::npos) << e.description();
+    }
+  }
+}
+
+TEST(Criteria, UnknownFieldIsNamed) {
+  Criteria c = Criteria::Parse("Nope = 1 OR ID = 2");
+  try {
+    c.Bind([](std::string_view name) { return name == "ID" ? 0 : -1; });
+    ADD_FAILURE();
+  } catch (const DatabaseError& e) {
+    EXPECT_NE(e.description().find("'Nope'"), std::string::npos) << e.description();
+  }
+}
+
+TEST(Criteria, LikeWildcards) {
+  struct Case {
+    const char* text;
+    const char* pattern;
+    bool expected;
+  } cases[] = {
+      {"Tremblay", "Trem*", true},  {"Tremblay", "*BLAY", true}, {"Tremblay", "T*b*y", true},
+      {"Tremblay", "*x*", false},   {"", "*", true},             {"abc", "abc", true},
+      {"abcd", "abc", false},       {"aXbXc", "a*c", true},      {"ab", "a*b*c", false},
+  };
+  for (const auto& c : cases) EXPECT_EQ(LikeMatch(c.text, c.pattern), c.expected) << c.text << " " << c.pattern;
+}
+
+}  // namespace
+}  // namespace orv::db

@@ -1,0 +1,213 @@
+// Recordsets opened on a practice database: typed values, cursors, Filter,
+// Find and Sort on query rows, writes and transactions.
+#include <gtest/gtest.h>
+
+#include "platform/db/db_error.h"
+#include "platform/db/recordset.h"
+#include "temp_db.h"
+
+namespace orv::db {
+namespace {
+
+using testing::TempDb;
+
+class QueryRecordset : public ::testing::Test {
+ protected:
+  TempDb db_{testing::kPracticeSql};
+  Connection conn_{db_.url()};
+};
+
+TEST_F(QueryRecordset, ValuesComeBackTyped) {
+  Recordset rs;
+  rs.Open("SELECT ID, LastName, BirthDate, Balance, Rate, [Policy#], Photo, [Active?] FROM Patient WHERE ID = 1",
+          conn_, adOpenStatic, adLockReadOnly);
+  struct Case {
+    const char* field;
+    Variant expected;
+  } cases[] = {
+      {"ID", Variant(1)},
+      {"lastname", Variant("Tremblay")},
+      {"BirthDate", Variant(DateTime::FromParts(1980, 3, 4))},
+      {"Balance", Variant(Currency::FromRaw(125000))},
+      {"Rate", Variant(0.5)},
+      {"Policy#", Variant("POL-1")},
+      {"[Policy#]", Variant("POL-1")},
+      {"Photo", Variant(Bytes{1, 2, 0xFF})},
+      {"Active?", Variant(-1)},
+  };
+  for (const auto& c : cases) EXPECT_EQ(rs[c.field].Value(), c.expected) << c.field;
+  EXPECT_EQ(rs["Photo"].ActualSize(), 3);
+  EXPECT_EQ(rs.Source(), "SELECT ID, LastName, BirthDate, Balance, Rate, [Policy#], Photo, [Active?] FROM Patient WHERE ID = 1");
+}
+
+TEST_F(QueryRecordset, MoneySumsAreExact) {
+  Recordset rs;
+  rs.Open("SELECT InvoiceID, SUM(Amount) AS Paid FROM InvoicePaymentDetails GROUP BY InvoiceID ORDER BY InvoiceID",
+          conn_);
+  std::vector<std::string> paid;
+  while (!rs.Eof()) {
+    paid.push_back(rs["Paid"].Value().AsCurrency().ToFixed4());
+    rs.MoveNext();
+  }
+  EXPECT_EQ(paid, (std::vector<std::string>{"100.0000", "250.0000", "0.3000"}));
+}
+
+TEST_F(QueryRecordset, StaticAndForwardOnlyCursors) {
+  Recordset st;
+  st.Open("SELECT ID FROM Invoices ORDER BY ID", conn_, adOpenStatic, adLockReadOnly, adCmdText);
+  EXPECT_EQ(st.RecordCount(), 5);
+  EXPECT_EQ(st.AbsolutePosition(), 1);
+  st.MoveLast();
+  EXPECT_EQ(st.AbsolutePosition(), 5);
+  EXPECT_EQ(st["ID"].Value(), Variant(5));
+  st.MovePrevious();
+  EXPECT_EQ(st["ID"].Value(), Variant(4));
+
+  Recordset fo;
+  fo.Open("SELECT ID FROM Invoices ORDER BY ID", conn_);
+  EXPECT_EQ(fo.RecordCount(), -1);
+  EXPECT_EQ(fo.AbsolutePosition(), adPosUnknown);
+  int n = 0;
+  while (!fo.Eof()) {
+    ++n;
+    fo.MoveNext();
+  }
+  EXPECT_EQ(n, 5);
+  EXPECT_THROW(fo.MovePrevious(), DatabaseError);
+
+  // On a client cursor location a forward-only request gives a static cursor.
+  Connection client(db_.url());
+  client.CursorLocation(adUseClient);
+  Recordset cl;
+  cl.Open("SELECT ID FROM Invoices", client, adOpenForwardOnly, adLockReadOnly);
+  EXPECT_EQ(cl.RecordCount(), 5);
+
+  Recordset empty;
+  empty.Open("SELECT ID FROM Invoices WHERE ID > 100", conn_, adOpenStatic);
+  EXPECT_TRUE(empty.Eof());
+  EXPECT_TRUE(empty.Bof());
+  EXPECT_EQ(empty.RecordCount(), 0);
+}
+
+TEST_F(QueryRecordset, TableNameOpensTheTable) {
+  Recordset rs;
+  rs.Open("Invoices", conn_, adOpenStatic, adLockReadOnly, adCmdTable);
+  EXPECT_EQ(rs.RecordCount(), 5);
+  EXPECT_EQ(rs.Fields().Count(), 5);
+  EXPECT_EQ(rs.Fields(3).Name(), "InvoiceTotal");
+}
+
+TEST_F(QueryRecordset, FilterFindAndSortOnQueryRows) {
+  struct Case {
+    const char* name;
+    const char* filter;
+    const char* sort;
+    std::vector<int> ids;
+  } cases[] = {
+      {"dates with OR", "Date < #2026-10-01# OR Date >= #2026-11-03#", "", {3, 4, 5}},
+      {"date and money", "Date >= '2026-10-15' AND InvoiceTotal > 50", "Date DESC", {3, 1}},
+      {"Null key is no match", "PatientID <> 1", "", {3, 4}},
+      {"grouped ORs", "(PatientID = 1 OR PatientID = 3) AND [Complete?] = 1", "InvoiceTotal", {2, 4, 1}},
+      {"sort by two columns, one descending", "", "[Complete?] DESC, PatientID", {5, 1, 2, 4, 3}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Recordset rs;
+    rs.Open("SELECT ID, PatientID, [Date], InvoiceTotal, [Complete?] FROM Invoices ORDER BY ID", conn_,
+            adOpenStatic, adLockReadOnly);
+    rs.Filter(c.filter);
+    rs.Sort(c.sort);
+    std::vector<int> ids;
+    while (!rs.Eof()) {
+      ids.push_back(static_cast<int>(rs["ID"].Value().AsInteger()));
+      rs.MoveNext();
+    }
+    EXPECT_EQ(ids, c.ids);
+  }
+  Recordset rs;
+  rs.Open("SELECT ID, [Date] FROM Invoices ORDER BY ID", conn_, adOpenStatic, adLockOptimistic, -1);
+  rs.Find("Date = #2026-10-15#");
+  EXPECT_EQ(rs["ID"].Value(), Variant(2));
+  rs.MoveFirst();
+  rs.Find("ID = 9");
+  EXPECT_TRUE(rs.Eof());
+}
+
+TEST_F(QueryRecordset, RequeryReadsAgainAndKeepsTheFilter) {
+  Recordset rs;
+  rs.Open("SELECT ID, InvoiceTotal FROM Invoices", conn_, adOpenStatic, adLockReadOnly);
+  rs.Filter("InvoiceTotal >= 100");
+  EXPECT_EQ(rs.RecordCount(), 2);
+  EXPECT_EQ(conn_.Execute("UPDATE Invoices SET InvoiceTotal = 500 WHERE ID = 5"), 1);
+  rs.Requery();
+  EXPECT_EQ(rs.RecordCount(), 3);
+}
+
+TEST_F(QueryRecordset, ExecuteAndTransactions) {
+  EXPECT_EQ(conn_.Execute("UPDATE Patient SET LastName = 'Roy' WHERE PrimaryHolderID = 1"), 2);
+  conn_.BeginTrans();
+  EXPECT_EQ(conn_.Execute("DELETE FROM InvoicePaymentDetails WHERE InvoiceID = 1"), 2);
+  conn_.RollbackTrans();
+  conn_.BeginTrans();
+  conn_.Execute("UPDATE Invoices SET [Complete?] = 1 WHERE ID = 3");
+  conn_.CommitTrans();
+  EXPECT_THROW(conn_.CommitTrans(), DatabaseError);
+
+  Recordset rs;
+  rs.Open("SELECT COUNT(*) AS N FROM InvoicePaymentDetails WHERE InvoiceID = 1", conn_);
+  EXPECT_EQ(rs["N"].Value(), Variant(2));
+  rs.Close();
+  rs.Open("SELECT [Complete?] FROM Invoices WHERE ID = 3", conn_);
+  EXPECT_EQ(rs[0].Value(), Variant(1));
+  rs.Close();
+  rs.Open("SELECT LastName FROM Patient WHERE ID = 2", conn_);
+  EXPECT_EQ(rs[0].Value(), Variant("Roy"));
+}
+
+TEST_F(QueryRecordset, UpdateAndAddNewWriteBackByKey) {
+  Recordset rs;
+  rs.Open("SELECT * FROM Patient WHERE ID = 2", conn_, adOpenStatic, adLockOptimistic);
+  rs["Photo"].Value(Bytes{9, 8, 7});
+  rs["Balance"].Value("12.34");
+  rs.Update();
+  rs.AddNew();
+  rs["LastName"].Value("Nakamura");
+  rs["BirthDate"].Value(DateTime::FromParts(2001, 2, 3));
+  rs.Update();
+  EXPECT_EQ(rs["ID"].Value(), Variant(5));  // the key the database gave
+
+  Recordset check;
+  check.Open("SELECT ID, LastName, Photo, Balance, BirthDate FROM Patient WHERE ID >= 2 ORDER BY ID", conn_,
+             adOpenStatic);
+  EXPECT_EQ(check["Photo"].Value(), Variant(Bytes{9, 8, 7}));
+  EXPECT_EQ(check["Balance"].Value(), Variant(Currency::FromRaw(123400)));
+  check.MoveLast();
+  EXPECT_EQ(check["LastName"].Value(), Variant("Nakamura"));
+  EXPECT_EQ(check["BirthDate"].Value(), Variant(DateTime::FromParts(2001, 2, 3)));
+
+  Recordset ro;
+  ro.Open("SELECT * FROM Patient", conn_, adOpenStatic, adLockReadOnly);
+  EXPECT_THROW(ro["LastName"].Value("x"), DatabaseError);
+  EXPECT_THROW(ro.AddNew(), DatabaseError);
+
+  Recordset joined;
+  joined.Open("SELECT Invoices.ID, Patient.LastName FROM Invoices INNER JOIN Patient ON Invoices.PatientID = Patient.ID",
+              conn_, adOpenStatic, adLockOptimistic);
+  joined["LastName"].Value("x");
+  EXPECT_THROW(joined.Update(), DatabaseError);
+}
+
+TEST_F(QueryRecordset, LookupsShareOneCachedStatement) {
+  const char* names[] = {"", "Claire", "Luc", "Priya", "Seamus"};
+  for (int round = 0; round < 3; ++round) {
+    for (int id = 1; id <= 4; ++id) {
+      Recordset rs;
+      rs.Open("Select FirstName from Patient where ID = " + std::to_string(id), conn_);
+      EXPECT_EQ(rs["FirstName"].Value(), Variant(names[id]));
+    }
+  }
+  EXPECT_EQ(conn_.CachedStatementCount(), 1u);
+}
+
+}  // namespace
+}  // namespace orv::db

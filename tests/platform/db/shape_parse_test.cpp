@@ -1,0 +1,100 @@
+// Taking SHAPE statements apart into commands, chapters and relations.
+#include "platform/db/shape.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/db/db_error.h"
+
+namespace orv::db {
+namespace {
+
+// Prints the tree as "command{alias}[chapter: parent->child](child...)" so
+// that one expected text says everything about the parse.
+std::string Outline(const ShapeNode& n) {
+  std::string s = n.command + "{" + n.alias + "}";
+  for (const auto& c : n.children) {
+    s += "[" + c.name + ":";
+    for (const auto& [p, ch] : c.relate) s += " " + p + "->" + ch;
+    s += "](" + Outline(c.node) + ")";
+  }
+  return s;
+}
+
+TEST(ShapeParse, Forms) {
+  struct Case {
+    const char* name;
+    const char* statement;
+    const char* outline;
+  } cases[] = {
+      {"one child, quoted names",
+       "SHAPE {SELECT ID FROM Accounts}  AS Account APPEND ({SELECT AccountID FROM AccountsPayable} "
+       " AS AccountsPayable RELATE 'ID' TO 'AccountID') AS AccountsPayable",
+       "SELECT ID FROM Accounts{Account}[AccountsPayable: ID->AccountID](SELECT AccountID FROM "
+       "AccountsPayable{AccountsPayable})"},
+      {"two children, bare and bracketed relate names, chapter name from the alias",
+       "shape {SELECT a} append ({SELECT b} AS B relate ID to [Parent ID]), ({SELECT c} RELATE "
+       "Code TO Code, Tooth TO Tooth) AS C",
+       "SELECT a{}[B: ID->Parent ID](SELECT b{B})[C: Code->Code Tooth->Tooth](SELECT c{})"},
+      {"braces and quotes inside a command",
+       "SHAPE {SELECT '}' AS x, [a}b] FROM t WHERE n = '{'} APPEND ({SELECT 1} RELATE x TO y)",
+       "SELECT '}' AS x, [a}b] FROM t WHERE n = '{'{}[Chapter1: x->y](SELECT 1{})"},
+      {"three levels",
+       "SHAPE {SELECT ID FROM Patient WHERE (PrimaryHolderID = ID)}  AS PrimaryPolicyHolders "
+       "APPEND (( SHAPE {SELECT PrimaryHolderID, ID FROM Patient}  AS FamilyMembers APPEND (( "
+       "SHAPE {SELECT PatientID, ID FROM Invoices}  AS MemberInvoices APPEND ({SELECT InvoiceID "
+       "FROM InvoicePaymentDetails}  AS MemberInvoiceDetails RELATE 'ID' TO 'InvoiceID') AS "
+       "MemberInvoiceDetails) AS MemberInvoices RELATE 'ID' TO 'PatientID') AS MemberInvoices) "
+       "AS FamilyMembers RELATE 'ID' TO 'PrimaryHolderID') AS FamilyMembers",
+       "SELECT ID FROM Patient WHERE (PrimaryHolderID = ID){PrimaryPolicyHolders}[FamilyMembers: "
+       "ID->PrimaryHolderID](SELECT PrimaryHolderID, ID FROM Patient{FamilyMembers}[MemberInvoices: "
+       "ID->PatientID](SELECT PatientID, ID FROM Invoices{MemberInvoices}[MemberInvoiceDetails: "
+       "ID->InvoiceID](SELECT InvoiceID FROM InvoicePaymentDetails{MemberInvoiceDetails})))"},
+      {"two nested shapes side by side",
+       "SHAPE {P} AS I APPEND (( SHAPE {A} AS SA APPEND ({B} AS RA RELATE 'ID' TO 'SendID') AS RA) "
+       "AS SA RELATE 'ID' TO 'InsID') AS SA, (( SHAPE {C} AS SB APPEND ({D} AS RB RELATE 'ID' TO "
+       "'SendID') AS RB) AS SB RELATE 'ID' TO 'SecID') AS SB",
+       "P{I}[SA: ID->InsID](A{SA}[RA: ID->SendID](B{RA}))[SB: ID->SecID](C{SB}[RB: "
+       "ID->SendID](D{RB}))"},
+      {"no APPEND", "SHAPE {SELECT * FROM PaymentTypes}  AS rptBankDepositSlip",
+       "SELECT * FROM PaymentTypes{rptBankDepositSlip}"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    ASSERT_TRUE(IsShapeStatement(c.statement));
+    EXPECT_EQ(Outline(ParseShape(c.statement)), c.outline);
+  }
+}
+
+TEST(ShapeParse, RecognisesOnlyTheWord) {
+  EXPECT_TRUE(IsShapeStatement("  \n shape{x}"));
+  EXPECT_FALSE(IsShapeStatement("SHAPES"));
+  EXPECT_FALSE(IsShapeStatement("SELECT Shape FROM t"));
+}
+
+TEST(ShapeParse, MalformedStatementsNameThePlace) {
+  struct Case {
+    const char* statement;
+    const char* says;
+  } cases[] = {
+      {"SHAPE SELECT 1", "'{' is expected"},
+      {"SHAPE {SELECT 1", "no closing '}'"},
+      {"SHAPE {A} APPEND ({B} RELATE ID)", "TO is expected"},
+      {"SHAPE {A} APPEND ({B} AS b ID TO ID)", "RELATE is expected"},
+      {"SHAPE {A} APPEND ({B} RELATE ID TO PID", "')' is expected"},
+      {"SHAPE {A} APPEND ({B} RELATE ID TO PID) AS c extra", "unexpected text"},
+      {"SHAPE {A} COMPUTE x BY y", "COMPUTE is not supported"},
+      {"SHAPE {A} APPEND (CALC(x) AS y)", "not supported"},
+  };
+  for (const auto& c : cases) {
+    try {
+      ParseShape(c.statement);
+      ADD_FAILURE() << "no error for " << c.statement;
+    } catch (const DatabaseError& e) {
+      EXPECT_NE(e.description().find(c.says), std::string::npos) << e.description();
+      EXPECT_NE(e.description().find(c.statement), std::string::npos) << e.description();
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orv::db

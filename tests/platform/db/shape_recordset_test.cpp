@@ -1,0 +1,133 @@
+// SHAPE statements run on a practice database: chapters hold the child rows
+// of the current parent row, to three levels.
+#include <gtest/gtest.h>
+
+#include "platform/db/db_error.h"
+#include "platform/db/recordset.h"
+#include "temp_db.h"
+
+namespace orv::db {
+namespace {
+
+using testing::TempDb;
+
+// The rows of a recordset as "a,b" texts, chapters as "{...}" after a row.
+std::string Dump(Recordset rs) {
+  std::string out;
+  while (!rs.Eof()) {
+    std::string row;
+    std::string chapters;
+    for (long i = 0; i < rs.Fields().Count(); ++i) {
+      Field f = rs.Fields(i);
+      if (f.IsChapter()) {
+        chapters += "{" + Dump(f.Chapter()) + "}";
+        continue;
+      }
+      Variant v = f.Value();
+      row += (row.empty() ? "" : ",") + (v.IsNull() ? std::string("NULL") : CStr(v));
+    }
+    out += (out.empty() ? "" : " ") + row + chapters;
+    rs.MoveNext();
+  }
+  return out;
+}
+
+class ShapeRecordset : public ::testing::Test {
+ protected:
+  TempDb db_{testing::kPracticeSql};
+  Connection conn_{db_.url()};
+};
+
+TEST_F(ShapeRecordset, Statements) {
+  struct Case {
+    const char* name;
+    const char* statement;
+    const char* rows;
+  } cases[] = {
+      {"two children",
+       "SHAPE {SELECT ID, FirstName FROM Patient ORDER BY ID} AS Patients APPEND ({SELECT PatientID, ID FROM "
+       "Invoices ORDER BY ID} AS PatientInvoices RELATE 'ID' TO 'PatientID') AS PatientInvoices, ({SELECT "
+       "PrimaryHolderID, FirstName FROM Patient} AS Family RELATE ID TO PrimaryHolderID) AS Family",
+       "1,Claire{1,1 1,2}{1,Claire 1,Luc} 2,Luc{2,3}{} 3,Priya{3,4}{3,Priya} 4,Seamus{}{}"},
+      {"three levels",
+       "SHAPE {SELECT ID, LastName FROM Patient WHERE PrimaryHolderID = ID ORDER BY ID} AS Holders APPEND (( SHAPE "
+       "{SELECT FirstName, PrimaryHolderID, ID FROM Patient ORDER BY ID} AS Members APPEND (( SHAPE {SELECT ID, "
+       "PatientID FROM Invoices ORDER BY ID} AS MemberInvoices APPEND ({SELECT InvoiceID, Amount FROM "
+       "InvoicePaymentDetails ORDER BY ID} AS Payments RELATE 'ID' TO 'InvoiceID') AS Payments) AS MemberInvoices "
+       "RELATE 'ID' TO 'PatientID') AS MemberInvoices) AS Members RELATE 'ID' TO 'PrimaryHolderID') AS Members",
+       "1,Tremblay{Claire,1,1{1,1{1,60 1,40} 2,1{}} Luc,1,2{3,2{3,250}}} 3,Singh{Priya,3,3{4,3{4,0.1 4,0.2}}}"},
+      {"a UNION ALL child",
+       "SHAPE {SELECT ID FROM Invoices WHERE ID <= 2} AS I APPEND ({SELECT InvoiceID, Amount FROM "
+       "InvoicePaymentDetails UNION ALL SELECT ID, InvoiceTotal FROM Invoices} AS Lines RELATE 'ID' TO "
+       "'InvoiceID') AS Lines",
+       "1{1,60 1,40 1,100} 2{2,40.1}"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Recordset rs;
+    rs.Open(c.statement, conn_, adOpenStatic, adLockReadOnly);
+    EXPECT_EQ(Dump(rs), c.rows);
+  }
+}
+
+TEST_F(ShapeRecordset, ChapterFollowsTheParent) {
+  Recordset rs;
+  rs.Open("SHAPE {SELECT ID FROM Patient ORDER BY ID} AS P APPEND ({SELECT PatientID, InvoiceTotal FROM Invoices} "
+          "AS Inv RELATE 'ID' TO 'PatientID') AS Inv",
+          conn_, adOpenStatic, adLockReadOnly);
+  EXPECT_EQ(rs.Fields().Count(), 2);
+  EXPECT_EQ(rs["Inv"].Type(), adChapter);
+  Recordset child = rs["Inv"].Chapter();  // taken once, before the walk
+  std::vector<long> counts;
+  while (!rs.Eof()) {
+    counts.push_back(child.RecordCount());
+    rs.MoveNext();
+  }
+  EXPECT_EQ(counts, (std::vector<long>{2, 1, 1, 0}));
+  rs.MoveFirst();
+  child.Filter("InvoiceTotal > 50");
+  EXPECT_EQ(child.RecordCount(), 1);
+  EXPECT_EQ(child["InvoiceTotal"].Value(), Variant(Currency::FromInt(100)));
+  EXPECT_THROW(rs["Inv"].Value(), DatabaseError);
+  // After the parent reads its rows again, the child handle shows the new
+  // child rows of the current parent.
+  conn_.Execute("INSERT INTO Invoices (ID, PatientID, InvoiceTotal) VALUES (6, 1, 300)");
+  rs.Requery();
+  child.Filter("");
+  EXPECT_EQ(child.RecordCount(), 3);
+  rs.Close();
+  EXPECT_THROW(child.RecordCount(), DatabaseError);
+}
+
+TEST_F(ShapeRecordset, ErrorsNameTheStatement) {
+  struct Case {
+    const char* name;
+    const char* statement;
+    const char* says;
+  } cases[] = {
+      {"relate column missing in the child",
+       "SHAPE {SELECT ID FROM Patient} APPEND ({SELECT ID FROM Invoices} RELATE 'ID' TO 'PatID') AS c", "'PatID'"},
+      {"relate column missing in the parent",
+       "SHAPE {SELECT ID FROM Patient} APPEND ({SELECT PatientID FROM Invoices} RELATE 'Nope' TO 'PatientID')",
+       "'Nope'"},
+      {"missing table in a child",
+       "SHAPE {SELECT ID FROM Patient} APPEND ({SELECT PatientID FROM NoSuchTable} RELATE 'ID' TO 'PatientID')",
+       "NoSuchTable"},
+      {"malformed", "SHAPE {SELECT ID FROM Patient} APPEND ({SELECT 1} RELATE 'ID' 'X')", "TO is expected"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Recordset rs;
+    try {
+      rs.Open(c.statement, conn_, adOpenStatic, adLockReadOnly);
+      ADD_FAILURE() << "no error";
+    } catch (const ReportError& e) {
+      EXPECT_NE(e.description().find(c.says), std::string::npos) << e.description();
+      EXPECT_NE(e.description().find(c.statement), std::string::npos) << e.description();
+    }
+    EXPECT_EQ(rs.State(), adStateClosed);
+  }
+}
+
+}  // namespace
+}  // namespace orv::db

@@ -1,0 +1,74 @@
+// A throw-away SQLite database file built from SQL text, for the tests of
+// the database layer.
+#pragma once
+
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace orv::db::testing {
+
+class TempDb {
+ public:
+  explicit TempDb(const std::string& sql) {
+    static std::atomic<int> counter{0};
+    path_ = (std::filesystem::temp_directory_path() /
+             ("orvenda_db_test_" + std::to_string(::getpid()) + "_" + std::to_string(counter++) + ".db"))
+                .string();
+    std::filesystem::remove(path_);
+    sqlite3* db = nullptr;
+    sqlite3_open(path_.c_str(), &db);
+    char* err = nullptr;
+    if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
+      std::string msg = err ? err : "?";
+      sqlite3_free(err);
+      sqlite3_close(db);
+      throw std::runtime_error("fixture SQL failed: " + msg);
+    }
+    sqlite3_close(db);
+  }
+  ~TempDb() { std::filesystem::remove(path_); }
+  TempDb(const TempDb&) = delete;
+  TempDb& operator=(const TempDb&) = delete;
+
+  const std::string& path() const { return path_; }
+  std::string url() const { return "sqlite:" + path_; }
+
+ private:
+  std::string path_;
+};
+
+// A small practice: patients in two families, invoices and the payments on
+// them, with the odd column names and the declared types of the server.
+inline const char* kPracticeSql = R"sql(
+CREATE TABLE Patient (ID INTEGER PRIMARY KEY, LastName VARCHAR(30), FirstName VARCHAR(30),
+  PrimaryHolderID INTEGER, BirthDate DATETIME, [Active?] INTEGER, [Policy#] VARCHAR(10),
+  Balance MONEY, Rate FLOAT, Photo BLOB);
+INSERT INTO Patient VALUES
+ (1, 'Tremblay', 'Claire', 1, '1980-03-04 00:00:00', -1, 'POL-1', 12.5, 0.5, X'0102FF'),
+ (2, 'Tremblay', 'Luc', 1, '2010-06-01 00:00:00', 1, NULL, 0, NULL, NULL),
+ (3, 'Singh', 'Priya', 3, '1975-12-31 00:00:00', 0, 'P#3', -50.25, 1.5, NULL),
+ (4, 'O''Brien', 'Seamus', NULL, NULL, NULL, NULL, NULL, NULL, NULL);
+CREATE TABLE Invoices (ID INTEGER PRIMARY KEY, PatientID INTEGER, [Date] DATETIME,
+  InvoiceTotal MONEY, [Complete?] INTEGER);
+INSERT INTO Invoices VALUES
+ (1, 1, '2026-11-01 09:00:00', 100, 1),
+ (2, 1, '2026-10-15 00:00:00', 40.1, 1),
+ (3, 2, '2026-11-03 00:00:00', 250, 0),
+ (4, 3, '2026-09-30 00:00:00', 75.5, 1),
+ (5, NULL, '2026-08-01 00:00:00', 10, 1);
+CREATE TABLE InvoicePaymentDetails (ID INTEGER PRIMARY KEY, InvoiceID INTEGER, Amount MONEY,
+  [Date] DATETIME);
+INSERT INTO InvoicePaymentDetails VALUES
+ (1, 1, 60, '2026-11-02 00:00:00'),
+ (2, 1, 40, '2026-11-05 00:00:00'),
+ (3, 3, 250, '2026-11-04 00:00:00'),
+ (4, 4, 0.1, '2026-10-01 00:00:00'),
+ (5, 4, 0.2, '2026-10-02 00:00:00');
+)sql";
+
+}  // namespace orv::db::testing
