@@ -170,12 +170,12 @@ Currency Round(Currency value, int digits) {
 
 double RoundHalfEven(double value, int digits) {
   if (digits < 0) throw ReportError(kErrInvalidProcedureCall, "Invalid procedure call or argument");
+  // Scales in floating point and rounds ties to even, as the host language's
+  // Round does: a scaled value that lands on a half is a tie (2.675 * 100 is
+  // 267.5 after the multiplication's own rounding, so 2.68; 0.125 gives 0.12).
+  // Format, by contrast, rounds half away from zero; see format.h.
   double scale = std::pow(10.0, digits);
-  double scaled = value * scale;
-  // Correct representation error so 2.675 (stored as 2.67499999...) rounds as
-  // written by the caller would expect within the float's precision.
-  double r = std::nearbyint(scaled);
-  return r / scale;
+  return std::nearbyint(value * scale) / scale;
 }
 
 }  // namespace orv

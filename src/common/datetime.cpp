@@ -1,5 +1,7 @@
 #include "common/datetime.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
@@ -46,8 +48,11 @@ void Split(double serial, long long& day, long long& secs) {
   secs = std::llround(frac * 86400.0);
   day = static_cast<long long>(whole);
   if (secs >= 86400) {
+    // Rounded up to the next midnight: the next calendar day, which is one
+    // day number up on both sides of the base day (-1.9999999 is 1899-12-29
+    // at 23:59:59.99, so it rounds to 1899-12-30, day 0).
     secs -= 86400;
-    day += serial < 0 ? -1 : 1;
+    day += 1;
   }
 }
 
@@ -95,7 +100,8 @@ DateTime DateTime::FromParts(int year, int month, int day, int hour, int minute,
   long long y = year + (m0 >= 0 ? m0 / 12 : (m0 - 11) / 12);
   long long m = ((m0 % 12) + 12) % 12 + 1;
   long long days = DaysFromCivil(y, static_cast<unsigned>(m), 1) + (day - 1) + kEpochOffset;
-  long long secs = static_cast<long long>(hour) * 3600 + minute * 60 + second;
+  long long secs =
+      static_cast<long long>(hour) * 3600 + static_cast<long long>(minute) * 60 + second;
   days += secs >= 0 ? secs / 86400 : -((-secs + 86399) / 86400);
   secs = ((secs % 86400) + 86400) % 86400;
   return DateTime(Join(days, secs));
@@ -123,12 +129,29 @@ int DateTime::Weekday() const {
   long long w = ((day % 7) + 7) % 7;  // 0 = Saturday
   return static_cast<int>((w + 6) % 7) + 1;
 }
-int DateTime::Hour() const { return static_cast<int>(SecondsOfDay(serial_) / 3600); }
-int DateTime::Minute() const { return static_cast<int>(SecondsOfDay(serial_) / 60 % 60); }
-int DateTime::Second() const { return static_cast<int>(SecondsOfDay(serial_) % 60); }
+int DateTime::Hour() const {
+  return static_cast<int>(SecondsOfDay(serial_) / 3600);
+}
+int DateTime::Minute() const {
+  return static_cast<int>(SecondsOfDay(serial_) / 60 % 60);
+}
+int DateTime::Second() const {
+  return static_cast<int>(SecondsOfDay(serial_) % 60);
+}
 int DateTime::DayOfYear() const {
   int y = Year();
   return static_cast<int>(DatePart().serial() - FromParts(y, 1, 1).serial()) + 1;
+}
+
+DateParts DateTime::Parts() const {
+  long long day, secs;
+  Split(serial_, day, secs);
+  DateParts p{};
+  CivilFromDays(day - kEpochOffset, p.year, p.month, p.day);
+  p.hour = static_cast<int>(secs / 3600);
+  p.minute = static_cast<int>(secs / 60 % 60);
+  p.second = static_cast<int>(secs % 60);
+  return p;
 }
 
 DateTime DateTime::DatePart() const {
@@ -137,7 +160,9 @@ DateTime DateTime::DatePart() const {
   return DateTime(static_cast<double>(day));
 }
 
-DateTime DateTime::TimePart() const { return DateTime(SecondsOfDay(serial_) / 86400.0); }
+DateTime DateTime::TimePart() const {
+  return DateTime(SecondsOfDay(serial_) / 86400.0);
+}
 
 std::string DateTime::ToIso() const {
   int y, m, d;
@@ -149,7 +174,9 @@ std::string DateTime::ToIso() const {
   return buf;
 }
 
-std::string DateTime::ToIsoDate() const { return ToIso().substr(0, 10); }
+std::string DateTime::ToIsoDate() const {
+  return ToIso().substr(0, 10);
+}
 
 DateTime DateAdd(const std::string& interval, double n, DateTime date) {
   std::string iv;
@@ -161,8 +188,9 @@ DateTime DateAdd(const std::string& interval, double n, DateTime date) {
     int ny = static_cast<int>(total >= 0 ? total / 12 : (total - 11) / 12);
     int nm = static_cast<int>(total - static_cast<long long>(ny) * 12) + 1;
     int nd = std::min(d, DaysInMonth(ny, nm));
-    return DateTime(DateTime::FromParts(ny, nm, nd).serial() +
-                    (date.serial() < 0 ? -1 : 1) * date.TimePart().serial());
+    // Rebuilt from its parts so that the time stays the time of day when the
+    // result lands on the other side of the base day.
+    return DateTime::FromParts(ny, nm, nd, date.Hour(), date.Minute(), date.Second());
   };
   auto add_seconds = [&](long long secs) {
     long long day, s;
@@ -208,9 +236,12 @@ long long DateDiff(const std::string& interval, DateTime d1, DateTime d2) {
     };
     return week(day2) - week(day1);
   }
+  // Seconds on one line through the base day; boundaries are counted with
+  // floor division so that times before 1899-12-30 count like those after.
   long long t1 = day1 * 86400 + s1, t2 = day2 * 86400 + s2;
-  if (iv == "h") return t2 / 3600 - t1 / 3600;
-  if (iv == "n") return t2 / 60 - t1 / 60;
+  auto floor_div = [](long long a, long long b) { return a >= 0 ? a / b : -((-a + b - 1) / b); };
+  if (iv == "h") return floor_div(t2, 3600) - floor_div(t1, 3600);
+  if (iv == "n") return floor_div(t2, 60) - floor_div(t1, 60);
   if (iv == "s") return t2 - t1;
   throw ReportError(kErrInvalidProcedureCall, "Invalid procedure call or argument");
 }
@@ -225,7 +256,9 @@ DateTime Clock::Now() {
                              local.tm_min, local.tm_sec);
 }
 
-DateTime Clock::Today() { return Now().DatePart(); }
+DateTime Clock::Today() {
+  return Now().DatePart();
+}
 
 void Clock::SetFixed(DateTime now) {
   std::lock_guard<std::mutex> lock(g_clock_mutex);

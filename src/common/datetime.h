@@ -11,6 +11,11 @@
 
 namespace orv {
 
+// The calendar and clock fields of a date, all at once.
+struct DateParts {
+  int year, month, day, hour, minute, second;
+};
+
 class DateTime {
  public:
   constexpr DateTime() = default;
@@ -34,6 +39,8 @@ class DateTime {
   int Second() const;
   // Day of the year, 1..366.
   int DayOfYear() const;
+  // Year, month, day, hour, minute and second in one pass.
+  DateParts Parts() const;
 
   // The date without its time, and the time without its date.
   DateTime DatePart() const;
@@ -64,12 +71,14 @@ DateTime DateAdd(const std::string& interval, double n, DateTime date);
 // d1 to d2 ("yyyy" counts calendar-year boundaries: Dec 31 to Jan 1 is 1).
 long long DateDiff(const std::string& interval, DateTime d1, DateTime d2);
 
-// Parses the text forms the reports and the database hand in:
-// "yyyy-mm-dd", "yyyy/mm/dd", "mm/dd/yyyy", "mm-dd-yyyy", "Mar/1/2001",
-// "Mar 1, 2001", "1 Mar 2001", each with an optional time "hh:nn[:ss]" and
-// an optional AM/PM, and a time alone ("9:05 AM"). Numeric day/month order is
-// month first (Canadian English short date). Returns nullopt when the text is
-// no date.
+// Parses date and time text as CDate does: "yyyy-mm-dd", "yyyy/mm/dd",
+// "mm/dd/yyyy", "mm-dd-yyyy", "Mar/1/2001", "Mar 1, 2001", "1 Mar 2001",
+// "01-Mar-01", "Thursday March 1, 2001", each with an optional time
+// "h:nn[:ss[.fff]]" and an optional AM/PM, a time alone ("9:05 AM"), blanks
+// anywhere between the parts. Numeric dates read month first (Canadian
+// English), day first only when the month would be above 12; two-digit years
+// 00-29 are 20xx. The full rules are at the top of date_parse.cpp. Returns
+// nullopt when the text is no date.
 std::optional<DateTime> ParseDateText(const std::string& text);
 
 // The one clock every report, test and benchmark reads "today" and "now"

@@ -1,9 +1,23 @@
 #include "common/locale.h"
 
-#include <cstdio>
-
 namespace orv {
 
+// Canadian English as the reports were designed for it.
+//
+// Short date (what CStr of a date and the "Short Date" format give):
+// "yyyy-mm-dd". It is the Canadian English default of current systems, it
+// cannot be misread day-first or month-first, it sorts as text, and it reads
+// back through ParseDateText and CDate unchanged. The reports never print it
+// on purpose: every printed date goes through an explicit format string
+// ("mmm/dd/yyyy" and the like); CStr of a date only shows where a report
+// concatenates a raw value.
+//
+// Long date "mmmm d, yyyy" ("March 1, 2001") and long time "h:nn:ss AMPM"
+// ("9:05:00 AM"), with "AM" and "PM": TimeToInt reads the last two characters
+// of "Medium Time" back as "PM", so they must stay in capitals.
+//
+// Negative money is "-$5.00" (form 1); the reports that want parentheses say
+// so in their own format strings.
 const LocaleInfo& EnglishCanada() {
   static const LocaleInfo info{
       "$",
@@ -21,10 +35,13 @@ const LocaleInfo& EnglishCanada() {
       {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"},
       {"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"},
       {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"},
+      false,
   };
   return info;
 }
 
+// Canadian French: the names of the French claim forms and treatment plans,
+// 24-hour long time, "1 234,50 $" money.
 const LocaleInfo& FrenchCanada() {
   static const LocaleInfo info{
       "$",
@@ -43,31 +60,19 @@ const LocaleInfo& FrenchCanada() {
        "déc."},
       {"dimanche", "lundi", "mardi", "mercredi", "jeudi", "vendredi", "samedi"},
       {"dim.", "lun.", "mar.", "mer.", "jeu.", "ven.", "sam."},
+      true,
   };
   return info;
 }
 
-const LocaleInfo& CurrentLocale() { return EnglishCanada(); }
+const LocaleInfo& CurrentLocale() {
+  return EnglishCanada();
+}
 
 std::string DateToLocaleText(DateTime d) {
-  // Short date, then the long time when the value has a time of day; a value
-  // with a zero date part and a time prints the time alone.
-  char buf[64];
-  std::string date;
-  std::snprintf(buf, sizeof buf, "%04d-%02d-%02d", d.Year(), d.Month(), d.Day());
-  date = buf;
-  int h = d.Hour(), n = d.Minute(), s = d.Second();
-  bool has_time = h || n || s;
-  bool has_date = d.DatePart().serial() != 0;
-  std::string time;
-  if (has_time) {
-    int h12 = h % 12 == 0 ? 12 : h % 12;
-    std::snprintf(buf, sizeof buf, "%d:%02d:%02d %s", h12, n, s,
-                  h < 12 ? CurrentLocale().am.c_str() : CurrentLocale().pm.c_str());
-    time = buf;
-  }
-  if (!has_date && has_time) return time;
-  return has_time ? date + " " + time : date;
+  return DateToLocaleText(d, CurrentLocale());
 }
+
+// DateToLocaleText(d, locale) lives in format.cpp beside the date renderer.
 
 }  // namespace orv

@@ -35,57 +35,73 @@ std::string Lower(std::string_view s) {
 }
 
 // Reduces locale number text to plain decimal text: "$1,234.50" -> "1234.50",
-// "(5.00)" -> "-5.00", "12-" -> "-12". Returns false when it is no number.
+// "(5.00)" -> "-5.00", "12-" -> "-12", " - $ 5 " -> "-5". Around the digits
+// there may be blanks, one sign and one currency symbol, in any order, or
+// parentheses for a negative; inside them only grouping separators (after a
+// digit of the integer part), one decimal separator and an exponent. Returns
+// false for anything else, so "416 555 1234" and "1-2" are no numbers.
 bool NormalizeNumberText(std::string_view in, std::string& out) {
   const LocaleInfo& loc = CurrentLocale();
-  std::string s = Trim(in);
+  std::string_view s = in;
+  auto blank = [](char c) { return c == ' ' || c == '\t'; };
+  while (!s.empty() && blank(s.front())) s.remove_prefix(1);
+  while (!s.empty() && blank(s.back())) s.remove_suffix(1);
   if (s.empty()) return false;
-  bool neg = false;
+  bool neg = false, parens = false;
   if (s.front() == '(' && s.back() == ')') {
-    neg = true;
-    s = Trim(s.substr(1, s.size() - 2));
+    parens = neg = true;
+    s = s.substr(1, s.size() - 2);
   }
-  std::string t;
-  bool sign_seen = false;
-  for (size_t i = 0; i < s.size(); ++i) {
-    char c = s[i];
-    if (s.compare(i, loc.currency_symbol.size(), loc.currency_symbol) == 0) {
-      i += loc.currency_symbol.size() - 1;
-      continue;
-    }
-    if (c == loc.thousands_separator) continue;
-    if (c == ' ') continue;
-    if ((c == '-' || c == '+') && (t.empty() || i == s.size() - 1) && !sign_seen) {
-      // A sign may lead or trail the digits.
-      sign_seen = true;
-      if (c == '-') neg = !neg;
-      continue;
-    }
-    if (c == loc.decimal_separator) {
-      t += '.';
-      continue;
-    }
-    t += c;
-  }
-  if (t.empty()) return false;
-  // Must now be a plain decimal with an optional exponent.
+  const size_t n = s.size();
   size_t i = 0;
+  bool sign_seen = false, symbol_seen = false;
+  auto affixes = [&] {
+    while (i < n) {
+      if (blank(s[i])) {
+        ++i;
+      } else if (!sign_seen && !parens && (s[i] == '-' || s[i] == '+')) {
+        sign_seen = true;
+        if (s[i] == '-') neg = true;
+        ++i;
+      } else if (!symbol_seen && !loc.currency_symbol.empty() &&
+                 s.compare(i, loc.currency_symbol.size(), loc.currency_symbol) == 0) {
+        symbol_seen = true;
+        i += loc.currency_symbol.size();
+      } else {
+        break;
+      }
+    }
+  };
+  auto digit = [&](size_t k) { return k < n && std::isdigit(static_cast<unsigned char>(s[k])); };
+  affixes();
+  std::string t;
   bool digits = false;
-  while (i < t.size() && std::isdigit(static_cast<unsigned char>(t[i]))) ++i, digits = true;
-  if (i < t.size() && t[i] == '.') {
+  while (i < n && (digit(i) || (digits && s[i] == loc.thousands_separator))) {
+    if (s[i] != loc.thousands_separator) t += s[i];
+    digits = true;
     ++i;
-    while (i < t.size() && std::isdigit(static_cast<unsigned char>(t[i]))) ++i, digits = true;
+  }
+  if (i < n && s[i] == loc.decimal_separator) {
+    t += '.';
+    ++i;
+    while (digit(i)) {
+      t += s[i++];
+      digits = true;
+    }
   }
   if (!digits) return false;
-  if (i < t.size() && (t[i] == 'e' || t[i] == 'E')) {
+  if (i < n && (s[i] == 'e' || s[i] == 'E')) {
+    t += 'e';
     ++i;
-    if (i < t.size() && (t[i] == '+' || t[i] == '-')) ++i;
-    bool ed = false;
-    while (i < t.size() && std::isdigit(static_cast<unsigned char>(t[i]))) ++i, ed = true;
-    if (!ed) return false;
+    if (i < n && (s[i] == '+' || s[i] == '-')) t += s[i++];
+    if (!digit(i)) return false;
+    while (digit(i)) t += s[i++];
   }
-  if (i != t.size()) return false;
-  out = neg ? "-" + t : t;
+  affixes();
+  if (i != n) return false;
+  out.clear();
+  if (neg) out += '-';
+  out += t;
   return true;
 }
 
@@ -164,6 +180,16 @@ bool Variant::AsBool() const {
 const Bytes& Variant::AsBytes() const {
   if (auto* p = std::get_if<Bytes>(&v_)) return *p;
   throw ConversionError();
+}
+
+bool TryTextToDouble(std::string_view text, double& out) {
+  std::string norm;
+  if (!NormalizeNumberText(text, norm)) return false;
+  errno = 0;
+  double d = std::strtod(norm.c_str(), nullptr);
+  if (errno == ERANGE && std::isinf(d)) return false;
+  out = d;
+  return true;
 }
 
 std::string DoubleToString(double d) {
@@ -264,7 +290,8 @@ DateTime CDate(const Variant& v) {
                         [](const std::string& s) {
                           if (auto d = ParseDateText(s)) return *d;
                           std::string norm;
-                          if (NormalizeNumberText(s, norm)) return DateTime(std::strtod(norm.c_str(), nullptr));
+                          if (NormalizeNumberText(s, norm))
+                            return DateTime(std::strtod(norm.c_str(), nullptr));
                           throw ConversionError();
                         },
                         [](bool b) { return DateTime(b ? -1 : 0); },

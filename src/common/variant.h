@@ -98,9 +98,9 @@ class Variant {
 // Each throws NullError on Null (except CStrOrEmpty), ConversionError on text
 // that is no value of the type, OverflowError when out of range.
 
-// CStr: text of a value. Empty gives "", booleans "True"/"False", dates the
-// locale's short date (with time when it has one), money and floats without
-// trailing zeros.
+// CStr: text of a value. Empty gives "", booleans "True"/"False", dates as
+// DateToLocaleText ("2001-03-01", "2001-03-01 9:05:00 AM", a time alone for
+// day 0), money and floats without trailing zeros ("12.5").
 std::string CStr(const Variant& v);
 // CDbl: float. Text is read by the locale: blanks, "$", grouping commas, a
 // sign or parentheses for negatives.
@@ -111,7 +111,8 @@ int32_t CLng(const Variant& v);
 int64_t CLngLng(const Variant& v);
 // CCur: money, rounding half to even at the fourth decimal.
 Currency CCur(const Variant& v);
-// CDate: a date from a date, a number (serial) or date text.
+// CDate: a date from a date, a number (serial), date text (ParseDateText) or,
+// failing that, number text read as a serial ("36951" is 2001-03-01).
 DateTime CDate(const Variant& v);
 // CBool: numbers are true when nonzero; text "True"/"False" (any case) or a
 // number in text.
@@ -119,7 +120,17 @@ bool CBool(const Variant& v);
 
 // True when CDbl would succeed on the value (the host language's IsNumeric).
 bool IsNumericValue(const Variant& v);
-// True when CDate would succeed (IsDate).
+// The host language's IsDate: true for a date, and for text that reads as a
+// date or a time (ParseDateText). Numeric text is no date here, although CDate
+// accepts it as a serial number.
 bool IsDateValue(const Variant& v);
+
+// Reads number text as CDbl does (by the locale: blanks, one sign, "$",
+// grouping, parentheses for negatives, an exponent). False when the text is no
+// number or out of range; never throws.
+bool TryTextToDouble(std::string_view text, double& out);
+// CStr of a float: up to 15 significant digits, no trailing zeros, "E+nn" /
+// "E-nn" for very large and very small values ("1234.5", "1E+20").
+std::string DoubleToString(double d);
 
 }  // namespace orv

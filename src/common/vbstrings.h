@@ -15,7 +15,9 @@ namespace orv::vb {
 // `start`, 0 when absent. start < 1 raises error 5; start beyond the end
 // gives 0. An empty `find` gives `start`.
 long InStr(long start, std::string_view s, std::string_view find);
-inline long InStr(std::string_view s, std::string_view find) { return InStr(1, s, find); }
+inline long InStr(std::string_view s, std::string_view find) {
+  return InStr(1, s, find);
+}
 // InStrRev(s, find): 1-based position of the last occurrence, 0 when absent.
 long InStrRev(std::string_view s, std::string_view find);
 
@@ -37,5 +39,15 @@ std::string LCase(std::string_view s);
 
 // Replace(s, find, with): every occurrence, compared exactly.
 std::string Replace(std::string_view s, std::string_view find, std::string_view with);
+
+// Val(s): the number at the start of the text, as a float. Blanks, tabs and
+// line feeds are skipped wherever they stand ("1 2" is 12); then a sign,
+// digits, one '.', and an exponent with 'E' or 'D' are read up to the first
+// character that cannot continue the number. "&H" and "&O" start hexadecimal
+// and octal whole numbers, which wrap to negative as 16-bit values up to
+// &HFFFF and as 32-bit values above. Text without a leading number gives 0;
+// the locale plays no part ("1,234" is 1). Raises OverflowError past the
+// float range.
+double Val(std::string_view s);
 
 }  // namespace orv::vb

@@ -1,0 +1,164 @@
+// Format over dates and times, and over text with the text placeholders.
+// Thursday 2001-03-01 is day 36951 of the floating date; 2004-02-29 was a
+// Sunday. Expected texts are worked out by hand.
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+#include "common/errors.h"
+#include "common/format.h"
+
+namespace orv {
+namespace {
+
+struct FormatCase {
+  const char* name;
+  Variant value;
+  const char* fmt;
+  const char* expected;
+};
+
+void PrintTo(const FormatCase& c, std::ostream* os) {
+  *os << c.name << " [" << c.fmt << "]";
+}
+
+std::string CaseName(const ::testing::TestParamInfo<FormatCase>& info) {
+  return info.param.name;
+}
+
+// 2001-03-01 09:05:07, 2001-03-01 13:05:09, 2004-02-29 00:00:00, by serial.
+const Variant kMorning = DateTime(36951 + (9 * 3600 + 5 * 60 + 7) / 86400.0);
+const Variant kAfternoon = DateTime(36951 + (13 * 3600 + 5 * 60 + 9) / 86400.0);
+const Variant kLeapDay = DateTime(38046.0);
+
+class FormatDate : public ::testing::TestWithParam<FormatCase> {};
+
+TEST_P(FormatDate, GivesTheText) {
+  const FormatCase& c = GetParam();
+  EXPECT_EQ(Format(c.value, c.fmt), c.expected);
+}
+
+// Every date and time string of Part 2.1's tables.
+const FormatCase kReportDates[] = {
+    {"StandardPrintedDate", kMorning, "mmm/dd/yyyy", "Mar/01/2001"},
+    {"StatementDate", kMorning, "MMM/d/yyyy", "Mar/1/2001"},
+    {"StatementDatePadded", kMorning, "MMM/dd/yyyy", "Mar/01/2001"},
+    {"NumericSlashes", kMorning, "mm/dd/yyyy", "03/01/2001"},
+    {"NumericDashes", kMorning, "mm-dd-yyyy", "03-01-2001"},
+    {"AppointmentLongDate", kMorning, "dddd mmmm d, yyyy", "Thursday March 1, 2001"},
+    {"DaySheetTitle", kMorning, "dddd mmmm dd, yyyy", "Thursday March 01, 2001"},
+    {"CardLabel", kMorning, "dddd dd MMM yyyy", "Thursday 01 Mar 2001"},
+    {"CommaMonthDay", kMorning, "mmm, d, yyyy", "Mar, 1, 2001"},
+    {"ShortDayComma", kMorning, "ddd,dd mmm,yy", "Thu,01 Mar,01"},
+    {"LongDate", kMorning, "Long Date", "March 1, 2001"},
+    {"YearAlone", kMorning, "yyyy", "2001"},
+    {"AppointmentTimeMorning", kMorning, "h:nn AMPM", "9:05 AM"},
+    {"AppointmentTimeAfternoon", kAfternoon, "h:nn AMPM", "1:05 PM"},
+    {"MinutesAfterHour", kAfternoon, "h:mm AMPM", "1:05 PM"},
+    {"AmPmUpper", kMorning, "h:mm AM/PM", "9:05 AM"},
+    {"AmPmLower", kAfternoon, "h:mm am/pm", "1:05 pm"},
+    {"APUpper", kAfternoon, "h:mm A/P", "1:05 P"},
+    {"APLowerPadded", kMorning, "hh:mm a/p", "09:05 a"},
+    {"SqlDate", kMorning, "yyyy-mm-dd", "2001-03-01"},
+    {"SqlDateUpperMonth", kMorning, "yyyy-MM-dd", "2001-03-01"},
+    {"SqlDateUpperYear", kMorning, "YYYY-MM-dd", "2001-03-01"},
+    {"SqlDateUpperYearOnly", kMorning, "YYYY-mm-dd", "2001-03-01"},
+};
+INSTANTIATE_TEST_SUITE_P(ReportDates, FormatDate, ::testing::ValuesIn(kReportDates), CaseName);
+
+const FormatCase kTokens[] = {
+    {"TwentyFourHour", kAfternoon, "hh:nn:ss", "13:05:09"},
+    {"MonthTokenAsMinutesAfterHour", kAfternoon, "h:mm:ss", "13:05:09"},
+    {"MonthTokenAsMinutesBeforeSeconds", kAfternoon, "mm:ss", "05:09"},
+    {"MonthTokenAloneIsMonth", kAfternoon, "mm", "03"},
+    {"SingleLetters", kAfternoon, "h n s", "13 5 9"},
+    {"Quarter", kMorning, "q", "1"},
+    {"DayOfYear", kMorning, "y", "60"},
+    {"Weekday", kMorning, "w", "5"},
+    {"WeekOfYear", kMorning, "ww", "9"},
+    {"DayNameLeap", kLeapDay, "dddd", "Sunday"},
+    {"DayAbbrevLeap", kLeapDay, "ddd d", "Sun 29"},
+    {"MonthName", kLeapDay, "mmmm", "February"},
+    {"ShortDateToken", kMorning, "ddddd", "2001-03-01"},
+    {"LongDateToken", kMorning, "dddddd", "March 1, 2001"},
+    {"LongTimeToken", kMorning, "ttttt", "9:05:07 AM"},
+    {"GeneralDateToken", kMorning, "c", "2001-03-01 9:05:07 AM"},
+    {"EscapedWord", kMorning, "\\D\\a\\t\\e\\: yyyy", "Date: 2001"},
+    {"QuotedWord", kMorning, "\"Week \"ww", "Week 9"},
+    {"NoonTwelveHour", DateTime(0.5), "h AMPM", "12 PM"},
+    {"MidnightTwelveHour", DateTime(36951.0), "hh:nn AM/PM", "12:00 AM"},
+};
+INSTANTIATE_TEST_SUITE_P(Tokens, FormatDate, ::testing::ValuesIn(kTokens), CaseName);
+
+const FormatCase kNamed[] = {
+    {"LongTime", kMorning, "Long Time", "9:05:07 AM"},
+    {"LongTimeAfternoon", kAfternoon, "Long Time", "1:05:09 PM"},
+    {"MediumTime", kMorning, "Medium Time", "09:05 AM"},
+    {"MediumTimeAfternoon", kAfternoon, "Medium Time", "01:05 PM"},
+    {"ShortTime", kAfternoon, "Short Time", "13:05"},
+    {"ShortDate", kMorning, "Short Date", "2001-03-01"},
+    {"MediumDate", kMorning, "Medium Date", "01-Mar-01"},
+    {"GeneralDate", kMorning, "General Date", "2001-03-01 9:05:07 AM"},
+    {"GeneralDateNoTime", kLeapDay, "General Date", "2004-02-29"},
+    {"GeneralDateTimeOnly", DateTime(0.5), "General Date", "12:00:00 PM"},
+    {"GeneralDateZero", DateTime(0.0), "General Date", "12:00:00 AM"},
+    {"LongDateAnyCase", kLeapDay, "long date", "February 29, 2004"},
+};
+INSTANTIATE_TEST_SUITE_P(Named, FormatDate, ::testing::ValuesIn(kNamed), CaseName);
+
+// What a date format does with values that are not dates.
+const FormatCase kValues[] = {
+    {"IsoText", "2001-03-01", "mmm/dd/yyyy", "Mar/01/2001"},
+    {"LongText", "March 1, 2001", "mmm/dd/yyyy", "Mar/01/2001"},
+    {"TimeText", "13:05", "h:nn AMPM", "1:05 PM"},
+    {"SerialNumber", 36951, "mmm/dd/yyyy", "Mar/01/2001"},
+    {"SerialText", "36951", "mmm/dd/yyyy", "Mar/01/2001"},
+    {"SerialWithTime", 36951.75, "yyyy-mm-dd hh:nn", "2001-03-01 18:00"},
+    {"TextNoDateUnchanged", "abc", "mmm/dd/yyyy", "abc"},
+    {"NullIsEmpty", Variant::Null(), "mmm/dd/yyyy", ""},
+    {"EmptyIsEmpty", Variant(), "mmm/dd/yyyy", ""},
+    {"BeforeBaseDay", DateTime(-1.25), "yyyy-mm-dd hh:nn", "1899-12-29 06:00"},
+};
+INSTANTIATE_TEST_SUITE_P(Values, FormatDate, ::testing::ValuesIn(kValues), CaseName);
+
+// Text placeholders.
+const FormatCase kText[] = {
+    {"AtRightAligned", "abc", "@@@@@", "  abc"},
+    {"AtLeftAligned", "abc", "!@@@@@", "abc  "},
+    {"AmpersandNoPadding", "abc", "&&&&&", "abc"},
+    {"Upper", "abc", ">", "ABC"},
+    {"Lower", "ABC", "<", "abc"},
+    {"UpperWithPlaceholders", "abc", ">@@@@", " ABC"},
+    {"PhoneFromText", "4165551234", "(@@@) @@@-@@@@", "(416) 555-1234"},
+    {"OverflowAtFirst", "abcd", "@@", "abcd"},
+    {"AccentedCountsCharacters", "Hélène", "@@@@@@@", " Hélène"},
+    {"NullSection", Variant::Null(), "@;\\N\\o\\n\\e", "None"},
+    {"EmptyTextSection", "", "@;\\N\\o\\n\\e", "None"},
+    {"NullWithoutSection", Variant::Null(), "@@@", ""},
+    {"EmptyTextIsBlanks", "", "@@@", "   "},
+    {"NumberAsText", 123, "@@@@@", "  123"},
+};
+INSTANTIATE_TEST_SUITE_P(Text, FormatDate, ::testing::ValuesIn(kText), CaseName);
+
+TEST(FormatDateFrench, UsesFrenchNames) {
+  EXPECT_EQ(Format(kMorning, "dddd d mmmm yyyy", FrenchCanada()), "jeudi 1 mars 2001");
+  EXPECT_EQ(Format(kMorning, "Long Date", FrenchCanada()), "1 mars 2001");
+  EXPECT_EQ(Format(kMorning, "ddd dd mmm", FrenchCanada()), "jeu. 01 mars");
+  EXPECT_EQ(Format(kLeapDay, "dddd d mmmm", FrenchCanada()), "dimanche 29 février");
+  EXPECT_EQ(Format(kAfternoon, "Long Time", FrenchCanada()), "13:05:09");
+}
+
+TEST(FormatDateRange, SerialBeyondYear9999Overflows) {
+  EXPECT_THROW(Format(1e10, "mm/dd/yyyy"), OverflowError);
+  EXPECT_THROW(Format(-1e7, "mm/dd/yyyy"), OverflowError);
+}
+
+TEST(FormatDateLocaleText, CStrOfDates) {
+  EXPECT_EQ(CStr(kMorning), "2001-03-01 9:05:07 AM");
+  EXPECT_EQ(CStr(kLeapDay), "2004-02-29");
+  EXPECT_EQ(CStr(DateTime(0.0)), "12:00:00 AM");
+  EXPECT_EQ(DateToLocaleText(kAfternoon.AsDate(), FrenchCanada()), "2001-03-01 13:05:09");
+}
+
+}  // namespace
+}  // namespace orv

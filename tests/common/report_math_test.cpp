@@ -1,0 +1,85 @@
+// ReturnPercent, IsMonthEnd and the Progress percentage (Part 1.1).
+#include "common/report_math.h"
+
+#include <gtest/gtest.h>
+
+#include "common/errors.h"
+
+namespace orv {
+namespace {
+
+Currency Cur(const char* text) {
+  return Currency::FromDecimalText(text);
+}
+
+TEST(ReturnPercent, ZeroOrNullGivesTheLiteral) {
+  EXPECT_EQ(ReturnPercent(Variant::Null(), 5), "0.00%");
+  EXPECT_EQ(ReturnPercent(5, Variant::Null()), "0.00%");
+  EXPECT_EQ(ReturnPercent(5, 0), "0.00%");
+  EXPECT_EQ(ReturnPercent(0, 5), "0.00%");
+  EXPECT_EQ(ReturnPercent("", 5), "0.00%");
+  EXPECT_EQ(ReturnPercent("abc", 4), "0.00%");
+  EXPECT_EQ(ReturnPercent(Cur("0"), Cur("0")), "0.00%");
+}
+
+TEST(ReturnPercent, DividesInThePercentFormat) {
+  EXPECT_EQ(ReturnPercent(1, 3), "33.33%");
+  EXPECT_EQ(ReturnPercent(2, 3), "66.67%");
+  EXPECT_EQ(ReturnPercent(1, 8), "12.50%");
+  EXPECT_EQ(ReturnPercent(Cur("50"), Cur("200")), "25.00%");
+  EXPECT_EQ(ReturnPercent(-1, 4), "-25.00%");
+  EXPECT_EQ(ReturnPercent("$1,000.00", "$4,000.00"), "25.00%");
+}
+
+TEST(ReturnPercent, DividesTheValuesAsTheyCameIn) {
+  // 0.00001 rounds to 0.0000 as money, so it counts as zero ...
+  EXPECT_EQ(ReturnPercent(0.00001, 1), "0.00%");
+  // ... while 0.00006 is 0.0001 as money, and the share is of 0.00006 itself:
+  // 0.006% shows as 0.01%, where 0.0001 would also show 0.01%; 0.000064 of
+  // 0.0002 is 32%, where the money forms 0.0001 / 0.0002 would give 50%.
+  EXPECT_EQ(ReturnPercent(0.00006, 1), "0.01%");
+  EXPECT_EQ(ReturnPercent(0.000064, 0.0002), "32.00%");
+}
+
+TEST(IsMonthEnd, ComparesWithTheNextDay) {
+  EXPECT_TRUE(IsMonthEnd(DateTime::FromParts(2004, 2, 29)));
+  EXPECT_FALSE(IsMonthEnd(DateTime::FromParts(2004, 2, 28)));
+  EXPECT_TRUE(IsMonthEnd(DateTime::FromParts(2001, 2, 28)));
+  EXPECT_TRUE(IsMonthEnd(DateTime::FromParts(2001, 12, 31)));
+  EXPECT_FALSE(IsMonthEnd(DateTime::FromParts(2001, 3, 1)));
+  EXPECT_TRUE(IsMonthEnd(DateTime::FromParts(2001, 4, 30, 23, 59)));
+  EXPECT_FALSE(IsMonthEnd(DateTime::FromParts(2001, 4, 29, 23, 59)));
+}
+
+struct ProgressCase {
+  const char* name;
+  int64_t position, count;
+  int expected;
+};
+void PrintTo(const ProgressCase& c, std::ostream* os) {
+  *os << c.name;
+}
+
+class ProgressPercentCases : public ::testing::TestWithParam<ProgressCase> {};
+TEST_P(ProgressPercentCases, RoundsHalfToEven) {
+  EXPECT_EQ(ProgressPercent(GetParam().position, GetParam().count), GetParam().expected);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ProgressPercentCases,
+    ::testing::Values(
+        ProgressCase{"OneEighthTieDown", 1, 8, 12}, ProgressCase{"ThreeEighthsTieUp", 3, 8, 38},
+        ProgressCase{"FiveEighthsTieDown", 5, 8, 62}, ProgressCase{"SevenEighthsTieUp", 7, 8, 88},
+        ProgressCase{"LastRecord", 8, 8, 100}, ProgressCase{"Start", 0, 5, 0},
+        ProgressCase{"OneThird", 1, 3, 33}, ProgressCase{"TwoThirds", 2, 3, 67},
+        ProgressCase{"ByteLimit", 255, 100, 255}, ProgressCase{"OneOfMany", 1, 1000, 0}),
+    [](const ::testing::TestParamInfo<ProgressCase>& i) { return std::string(i.param.name); });
+
+TEST(ProgressPercent, FailsLikeTheByteConversion) {
+  EXPECT_THROW(ProgressPercent(-1, 10), OverflowError);  // position unknown
+  EXPECT_THROW(ProgressPercent(300, 100), OverflowError);
+  EXPECT_THROW(ProgressPercent(5, 0), DivisionByZeroError);
+  EXPECT_THROW(ProgressPercent(0, 0), OverflowError);
+}
+
+}  // namespace
+}  // namespace orv
