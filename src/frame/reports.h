@@ -87,6 +87,66 @@ class clsReports {
   // Draws the family's coming appointments into the running document.
   void FamilyAppointmentsSummary(int32_t ID);
 
+  // ---- Invoices, receipts and bulk statements ----
+  // One invoice on the office letterhead, addressed to the patient or, for a
+  // minor with a primary holder, to the holder; previewed. An unknown
+  // invoice shows a message and makes no document. `Name` and `Address`
+  // stand in only where the database has no name for the addressee.
+  void rptInvoice(int32_t ID, std::string Name, std::string Address);
+  // The invoice with the payments made towards it and what remains; stamps
+  // the patient's LastStatement and goes to the printer with the dialog.
+  void rptInvoiceStatement(int32_t ID, std::string Name, std::string Address);
+  // The receipt of one payment (InvoicePayments.ID) with its shares on
+  // invoices and its credit; goes to the printer with the dialog.
+  void rptReceipt(int32_t ID, std::string Name, std::string Address);
+  // A statement page per patient or per family (by primary holder) with the
+  // open invoices and an age table at the foot of each page; stamps
+  // LastStatement of every account printed. Filters are ready conditions
+  // ("" or "0": none). `NoZeros` true (Empty: false) leaves out the accounts
+  // with nothing to pay.
+  void rptBulkStatements(std::string txtPatientFilter, std::string txtFamilyFilter,
+                         bool IsFamilyStatement, std::string Header, Variant NoZeros = Variant());
+
+  // ---- Receivables ----
+  // Aged receivables by provider on the invoice-level model, aged from
+  // today. `txtProvFilter` selects from Employees, `txtInvFilter` from
+  // Invoices ("" or "0": none). `Comments` is accepted and not printed.
+  void rptAccountsReceivable(std::string Comments, std::string txtProvFilter,
+                             std::string txtInvFilter, std::string UserName);
+  // Practice-wide aged list, one row per patient, on the line-level model
+  // as of `dtEndDate`; draws into the running document. `Byoption` is the
+  // view of the month-end run (0 provider, 1 overseer, 2 preferred doctor,
+  // 3 date); `ProviderFilter` a condition over "ProviderID" ("" for none);
+  // `UserName` for the "By: " line.
+  void srptAccountReceivable(DateTime dtEndDate, int16_t Byoption, std::string ProviderFilter,
+                             std::string UserName = "");
+  // Patients owing money at `dtEndDate`, aged by invoice date, without
+  // credits; `SortType` as `Byoption` above. Shown by letting Visible.
+  void rptPatientsWithABalance(std::string UserName, DateTime dtEndDate, std::string txtfilter,
+                               int16_t SortType = 0);
+  // The body of the list above, drawn into the running document; with
+  // `NoCredits` false each row carries Debit, Credit and Balance.
+  void srptPatientsWithaBalance(std::string UserName, DateTime dtEndDate, std::string txtfilter,
+                                int16_t SortType, bool NoCredits);
+  // Payments with money not yet put on any invoice at `dtEndDate`.
+  void rptUnAppliedPayments(DateTime dtEndDate, std::string UserName);
+  void srptUnAppliedPayments(DateTime dtEndDate, std::string UserName, std::string strFilter = "");
+  // Aged debts with each patient's money on file at `dtEndDate`; the
+  // balance is what is owed less the credit. Shown by letting Visible.
+  void rptPatientAccountStatus(std::string UserName, DateTime dtEndDate);
+  // Families by primary holder with what they owe today: total, post
+  // dates, current and over 30 days; families owing nothing are left out.
+  void rptFamiliesWithABalance(std::string UserName);
+  // Patients with money on file today, with contacts and carriers.
+  void rptPatientswithACredit(std::string UserName);
+  // Patients with plans, planned appointments or predeterminations still
+  // open, with their credit and balance.
+  void rptPatientswithOustandingTreatment(std::string UserName);
+  // Each patient's invoices line by line ("" or "0": every patient).
+  // `OfficeAddress` and `OfficeName` are accepted and not printed.
+  void rptBillingByClient(std::string UserName, std::string txtfilter, std::string OfficeAddress,
+                          std::string OfficeName);
+
   // ---- For report code: private services of the component ----
   // (Public in C++ so that the report families in other folders, which are
   // all part of this class's implementation, can reach them.)

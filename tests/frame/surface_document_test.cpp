@@ -154,8 +154,8 @@ TEST(SurfaceDocument, Geometry) {
   EXPECT_EQ(s.MarginRight(), Twips(1080));
   EXPECT_NEAR(s.MarginBottom().value(), 737.0, 0.01);
   EXPECT_EQ(s.MarginHeader(), Twips(1152));
-  EXPECT_EQ(s.TwipsPerPixelX(), 15);
-  EXPECT_EQ(s.TwipsPerPixelY(), 15);
+  EXPECT_EQ(s.TwipsPerPixelX(), 4.8);
+  EXPECT_EQ(s.TwipsPerPixelY(), 4.8);
   EXPECT_THROW(s.MarginLeft("one inch"), SurfaceError);
   EXPECT_EQ(s.MarginLeft(), Twips(1440)) << "a bad length changes nothing";
   EXPECT_THROW(s.PaperSize(9), SurfaceError);

@@ -106,9 +106,11 @@ class PrintSurface {
   Twips ColumnSpacing() const { return column_spacing_; }
   void ColumnSpacing(Length v) { column_spacing_ = v; }
   void NewColumn();
-  // One pixel of a 96-dot-per-inch screen.
-  double TwipsPerPixelX() const { return 15; }
-  double TwipsPerPixelY() const { return 15; }
+  // One dot of the output device. The document is laid out for the printer,
+  // taken as 300 dots per inch, so the letterhead's 400-dot logo box is
+  // 1.33 inches square, as it prints.
+  double TwipsPerPixelX() const { return 4.8; }
+  double TwipsPerPixelY() const { return 4.8; }
 
   // --- Text ---
   void Text(std::string_view text);

@@ -1,0 +1,155 @@
+// The cost of a month's bulk statements: rptBulkStatements for every family
+// of a generated demo practice, laid out in memory (no PDF is written).
+// Prints the wall time, the pages made, and the share of the time spent
+// inside SQLite (preparing and stepping statements), measured by wrapping
+// the library's sqlite3_prepare_v2/v3 and sqlite3_step calls below; the rest
+// is the T-SQL layer, the account arithmetic and the layout.
+//
+//   bench_bulk_statements [patients=5000] [family=1]
+#include <dlfcn.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "common/datetime.h"
+#include "frame/preview_form.h"
+#include "frame/reports.h"
+#include "platform/db/connection.h"
+#include "platform/db/recordset.h"
+#include "platform/host/host_services.h"
+#include "platform/practice/demo_practice.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Time inside SQLite and the number of calls, gathered by the wrappers.
+Clock::duration g_sql_time{};
+// Time in sqlite3_step by the engine's statement text, for the slowest list.
+std::map<std::string, Clock::duration>* g_by_statement = nullptr;
+long g_steps = 0;
+long g_prepares = 0;
+
+template <typename F>
+F Real(const char* name) {
+  static_assert(sizeof(F) == sizeof(void*));
+  void* sym = dlsym(RTLD_NEXT, name);
+  if (sym == nullptr) {
+    std::fprintf(stderr, "cannot find %s in the SQLite library\n", name);
+    std::abort();
+  }
+  F f;
+  std::memcpy(&f, &sym, sizeof f);
+  return f;
+}
+
+}  // namespace
+
+// The program's own definitions come before the shared library's, so every
+// call from the database layer lands here first.
+extern "C" int sqlite3_step(sqlite3_stmt* stmt) {
+  static auto real = Real<int (*)(sqlite3_stmt*)>("sqlite3_step");
+  auto start = Clock::now();
+  int rc = real(stmt);
+  auto spent = Clock::now() - start;
+  g_sql_time += spent;
+  ++g_steps;
+  if (g_by_statement != nullptr) (*g_by_statement)[sqlite3_sql(stmt)] += spent;
+  return rc;
+}
+
+extern "C" int sqlite3_prepare_v2(sqlite3* db, const char* sql, int n, sqlite3_stmt** stmt,
+                                  const char** tail) {
+  static auto real =
+      Real<int (*)(sqlite3*, const char*, int, sqlite3_stmt**, const char**)>("sqlite3_prepare_v2");
+  auto start = Clock::now();
+  int rc = real(db, sql, n, stmt, tail);
+  g_sql_time += Clock::now() - start;
+  ++g_prepares;
+  return rc;
+}
+
+extern "C" int sqlite3_prepare_v3(sqlite3* db, const char* sql, int n, unsigned int flags,
+                                  sqlite3_stmt** stmt, const char** tail) {
+  static auto real =
+      Real<int (*)(sqlite3*, const char*, int, unsigned int, sqlite3_stmt**, const char**)>(
+          "sqlite3_prepare_v3");
+  auto start = Clock::now();
+  int rc = real(db, sql, n, flags, stmt, tail);
+  g_sql_time += Clock::now() - start;
+  ++g_prepares;
+  return rc;
+}
+
+int main(int argc, char** argv) {
+  const int patients = argc > 1 ? std::atoi(argv[1]) : 5000;
+  const bool family = argc > 2 ? std::atoi(argv[2]) != 0 : true;
+  const std::string path = (std::filesystem::temp_directory_path() /
+                            ("orvenda_bench_bulk_" + std::to_string(::getpid()) + ".db"))
+                               .string();
+
+  orv::practice::DemoOptions options;
+  options.patients = patients;
+  options.seed = 20261120;
+  auto made = Clock::now();
+  orv::practice::DemoSummary demo = orv::practice::WriteDemoPracticeFile(path, options);
+  std::printf("demo practice: %lld patients, %lld invoices, %lld payments (%.1f s)\n",
+              static_cast<long long>(demo.patients), static_cast<long long>(demo.invoices),
+              static_cast<long long>(demo.payments),
+              std::chrono::duration<double>(Clock::now() - made).count());
+
+  orv::Clock::SetFixed(orv::DateTime::FromParts(2026, 11, 20, 10, 0, 0));
+  orv::db::Connection conn;
+  conn.Open(path);
+  orv::db::Recordset families;
+  families.Open(
+      "SELECT COUNT(DISTINCT PrimaryHolderID) AS N FROM Patient WHERE NOT PrimaryHolderID IS NULL",
+      conn);
+  long holders = orv::CLng(families["N"].Value());
+  families.Close();
+
+  orv::PreviewForm form;
+  form.SetNotifier([](const std::string&) {});
+  orv::host::RecordingHost host;
+  orv::clsReports reports;
+  reports.Connection(conn);
+  reports.SetPrintPreview(&form);
+  reports.SetHostServices(&host);
+  reports.OfficeID = 1;
+  reports.InterestRate = 0.02f;
+
+  std::map<std::string, Clock::duration> by_statement;
+  g_by_statement = &by_statement;
+  g_sql_time = {};
+  g_steps = g_prepares = 0;
+  auto start = Clock::now();
+  reports.rptBulkStatements("", "", family, "Bench statements");
+  double wall = std::chrono::duration<double>(Clock::now() - start).count();
+  double sql = std::chrono::duration<double>(g_sql_time).count();
+
+  std::printf("%s statements: %ld holders, %d pages in %.2f s (%.2f ms per page)\n",
+              family ? "family" : "patient", holders, form.VSP.PageCount(), wall,
+              form.VSP.PageCount() ? 1000 * wall / form.VSP.PageCount() : 0.0);
+  std::printf("inside SQLite: %.2f s (%.0f%%), %ld prepares, %ld steps\n", sql,
+              wall > 0 ? 100 * sql / wall : 0.0, g_prepares, g_steps);
+  g_by_statement = nullptr;
+  std::vector<std::pair<Clock::duration, std::string>> slowest;
+  for (const auto& [text, spent] : by_statement) slowest.emplace_back(spent, text);
+  std::sort(slowest.rbegin(), slowest.rend());
+  for (size_t i = 0; i < slowest.size() && i < 5; ++i) {
+    std::printf("  %7.2f s  %.160s\n", std::chrono::duration<double>(slowest[i].first).count(),
+                slowest[i].second.c_str());
+  }
+  conn.Close();
+  std::filesystem::remove(path);
+  return 0;
+}

@@ -1,0 +1,320 @@
+// Bulk statements: a month's worth of plain statements in one run, a page
+// per patient or per family (by primary holder), each with its open
+// invoices and an age table set at the foot of the page.
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "accounts/account_model.h"
+#include "common/common_functions.h"
+#include "common/datetime.h"
+#include "common/format.h"
+#include "common/vbstrings.h"
+#include "frame/preview_form.h"
+#include "frame/reports.h"
+#include "frame/surface/surface.h"
+
+namespace orv {
+
+namespace {
+
+// Every page made stamps its account's LastStatement. Committed one at a
+// time the stamps cost a disk sync each, which was most of a month's run
+// (bench/bulk_statements.cpp), so the run gathers them into one transaction.
+// It is committed at the end; when the run fails part way the stamps of the
+// pages made so far are committed all the same, as they would stand without
+// the transaction, and the error goes on to the host. A host that already
+// holds a transaction open on the connection keeps it, and the stamps go
+// into that one.
+class StampBatch {
+ public:
+  explicit StampBatch(db::Connection& conn) : conn_(conn) {
+    try {
+      conn_.BeginTrans();
+      open_ = true;
+    } catch (const std::exception&) {
+      open_ = false;
+    }
+  }
+  ~StampBatch() {
+    if (!open_) return;
+    try {
+      conn_.CommitTrans();
+    } catch (const std::exception&) {
+      // Already failing: the first error is the one the host sees.
+    }
+  }
+  StampBatch(const StampBatch&) = delete;
+  StampBatch& operator=(const StampBatch&) = delete;
+
+  void Commit() {
+    if (!open_) return;
+    open_ = false;
+    conn_.CommitTrans();
+  }
+
+ private:
+  db::Connection& conn_;
+  bool open_ = false;
+};
+
+}  // namespace
+
+void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txtFamilyFilter,
+                                   bool IsFamilyStatement, std::string Header, Variant NoZeros) {
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  AccountModel model(conn(), InterestRate);
+  txtPatientFilter = NoZeroFilter(txtPatientFilter);
+  txtFamilyFilter = NoZeroFilter(txtFamilyFilter);
+  // An omitted NoZeros acts as false.
+  const bool no_zeros = !NoZeros.IsEmpty() && cf.ReturnBool(NoZeros);
+  const DateTime today = Clock::Today();
+
+  vsp.Orientation(0);
+  vsp.Action(3);
+
+  std::string sql;
+  if (IsFamilyStatement) {
+    std::string filter = txtFamilyFilter;
+    if (!txtPatientFilter.empty() && !txtFamilyFilter.empty()) {
+      filter = "(" + txtPatientFilter + ") and " + txtFamilyFilter;
+    } else if (!txtPatientFilter.empty()) {
+      filter = txtPatientFilter;
+    }
+    sql =
+        "SELECT Patient.ID, Patient.FirstName, Patient.LastName, Patient.SecondaryHolderID, "
+        "Patient.FullName, Patient.Address, Patient_1.FirstName AS PolicyFirstName, "
+        "Patient_1.LastName AS PolicyLastName, Patient_1.FullName AS PolicyFullName, "
+        "Patient_1.Address AS PolicyAddress, Patient.PrimaryHolderID FROM Patient LEFT OUTER JOIN "
+        "Patient Patient_1 ON Patient.PrimaryHolderID = Patient_1.ID";
+    sql += filter.empty()
+               ? " WHERE NOT Patient.PrimaryHolderID is null order by Patient_1.FullName"
+               : " where (" + filter +
+                     ") and NOT Patient.PrimaryHolderID is null order by Patient_1.FullName";
+  } else {
+    sql = txtPatientFilter.empty()
+              ? "Select * from Patient order by FullName"
+              : "Select * from Patient where " + txtPatientFilter + " order by FullName";
+  }
+  db::Recordset rs = Open(sql);
+
+  const std::string invoice_select =
+      "SELECT Invoices.ID, Invoices.PatientID, Patient.FullName as FullName, Invoices.[Invoice#], "
+      "Invoices.Date, Invoices.InvoiceTotal FROM Invoices INNER JOIN Patient ON Invoices.PatientID "
+      "= Patient.ID ";
+  const std::string age_format = "^!~+1.3in|^!~+1.3in|^!~+1.3in|^!~+1.3in|^!~+1.3in";
+  const std::string age_header = "Current|> 30 Days|> 60 Days|> 90 Days|Total Due($)";
+
+  // Interest charged on an invoice stands on live invoices of its own that
+  // point back at it. Read once for the run: the column has no index, and a
+  // search per invoice row would read the whole table each time.
+  std::map<int32_t, Currency> interest;
+  {
+    db::Recordset charged = Open(
+        "SELECT InterestInvoiceID, SUM(InvoiceTotal) AS Interest FROM Invoices WHERE Cancelled IS "
+        "NULL AND NOT InterestInvoiceID IS NULL GROUP BY InterestInvoiceID",
+        db::adOpenForwardOnly);
+    while (!charged.Eof()) {
+      interest[CLng(charged["InterestInvoiceID"].Value())] =
+          cf.ReturnCur(charged["Interest"].Value());
+      charged.MoveNext();
+    }
+  }
+
+  // Families come sorted by the holder's name, so each holder's rows stand
+  // together; holders already done are remembered all the same, so that two
+  // holders of one name cannot interleave into a second page.
+  std::set<int32_t> holders_done;
+  int pages_made = 0;
+  StampBatch stamps(conn());
+  while (!rs.Eof()) {
+    int32_t account = CLng(rs["ID"].Value());
+    std::string name, address, condition;
+    if (IsFamilyStatement) {
+      int32_t holder = CLng(rs["PrimaryHolderID"].Value());
+      if (!holders_done.insert(holder).second) {
+        RaiseProgress(rs);
+        rs.MoveNext();
+        continue;
+      }
+      account = holder;
+      name = vb::Trim(cf.returnStr(rs["PolicyFirstName"].Value()) + " " +
+                      cf.returnStr(rs["PolicyLastName"].Value()));
+      address = cf.returnStr(rs["PolicyAddress"].Value());
+      std::string h = std::to_string(holder);
+      condition = "(PatientID = " + h + " or PrimaryHolderID = " + h + ")";
+      if (!rs["SecondaryHolderID"].Value().IsNull()) {
+        std::string s = std::to_string(CLng(rs["SecondaryHolderID"].Value()));
+        condition += " or (PatientID = " + s + " or PrimaryHolderID = " + s + ")";
+      }
+      condition = "WHERE (Invoices.[Complete?] = - 1 or Invoices.[Complete?] = 1) and (" +
+                  condition + ") AND Cancelled IS NULL";
+    } else {
+      name = vb::Trim(cf.returnStr(rs["FirstName"].Value()) + " " +
+                      cf.returnStr(rs["LastName"].Value()));
+      address = cf.returnStr(rs["Address"].Value());
+      condition =
+          "WHERE (Invoices.[Complete?] = - 1 or [Complete?] = 1) and Cancelled IS NULL AND "
+          "Patient.ID = " +
+          std::to_string(account);
+      if (!txtFamilyFilter.empty())
+        condition += " and (" + txtFamilyFilter + ") AND Cancelled IS NULL";
+    }
+    db::Recordset inv = Open(invoice_select + condition);
+
+    // 1. The figures first: a page is made only once the account is known
+    // to owe something, where NoZeros asks for that.
+    struct Row {
+      std::string cells;
+      Currency balance;
+      long long days;
+      DateTime date;
+      double number;
+    };
+    std::vector<Row> rows;
+    Currency balances;
+    while (!inv.Eof()) {
+      int32_t id = CLng(inv["ID"].Value());
+      Currency amount = model.ReturnInvoiceAmount(id);
+      Currency paid = model.ReturnInvoicePaid(true, id, DateTime(), 0);
+      if (paid < amount) {
+        Currency balance = amount - paid;
+        balances += balance;
+        std::string total_cell = cf.MyFormat(amount, "Currency");
+        if (auto charged = interest.find(id); charged != interest.end()) {
+          Currency added = charged->second;
+          total_cell = "Sub Total " + cf.MyFormat(amount, "Currency") + "\r\nInterest " +
+                       cf.MyFormat(added, "Currency") + "\r\nGrand Total " +
+                       cf.MyFormat(amount + added, "Currency");
+        }
+        DateTime date = cf.ReturnDate(inv["Date"].Value());
+        rows.push_back(
+            {cf.returnStr(inv["Invoice#"].Value()) + "|" +
+                 Format(inv["Date"].Value(), "MMM/d/yyyy") + "|" +
+                 cf.returnStr(inv["FullName"].Value()) + "|" + total_cell + "|" +
+                 cf.MyFormat(paid, "Currency") + "|" + cf.MyFormat(balance, "Currency") + ";",
+             balance, DateDiff("d", date, today), date, cf.ReturnVal(inv["Invoice#"].Value())});
+      }
+      inv.MoveNext();
+    }
+    inv.Close();
+    // Oldest first. Sorted here and not by the query: an ORDER BY on the
+    // family's OR condition makes the engine walk the whole invoice table in
+    // date order, ten times slower than reading it once.
+    std::stable_sort(rows.begin(), rows.end(), [](const Row& a, const Row& b) {
+      return a.date != b.date ? a.date < b.date : a.number < b.number;
+    });
+    // Money on account and on no invoice lowers what is due: the family's
+    // credit by holder, or the patient's own unspent payments.
+    Currency credit = IsFamilyStatement ? model.ReturnFamilyCredit(account, false)
+                                        : model.ReturnAccountCredit(account, false, 0);
+    Currency due = balances - credit;
+    if (no_zeros && due == Currency()) {
+      RaiseProgress(rs);
+      Host().DoEvents();
+      rs.MoveNext();
+      continue;
+    }
+
+    // 2. The page: letterhead, title, the account's name and number.
+    if (pages_made > 0) vsp.NewPage();
+    ++pages_made;
+    vsp.DocName(IsFamilyStatement ? "Family Statement" : "Patient Statement");
+    PrintLetterHead();
+    vsp.FontName("Tahoma");
+    vsp.FontSize(20);
+    vsp.FontBold(true);
+    vsp.TextAlign(1);
+    vsp.Text("Statement");
+    vsp.FontSize(10);
+    vsp.FontBold(false);
+    vsp.TextAlign(0);
+    vsp.TableBorder(7);
+    vsp.AddTable("<!~+4in|^!+~.8in|^+!~1in", "Name|Account #|Date",
+                 name + "\r\n" + address + "|" + std::to_string(account) + "|" +
+                     Format(Variant(today), "MMM/dd/yyyy"),
+                 kHeaderColor);
+    conn().Execute("UPDATE Patient SET LastStatement = GETDATE() WHERE ID = " +
+                   std::to_string(account));
+    vsp.Text(" ");
+
+    // 3. The open invoices, and their balances into the age sums.
+    Currency current, over30, over60, over90;
+    std::string body;
+    for (const Row& row : rows) {
+      body += row.cells;
+      if (row.days <= 30) {
+        current += row.balance;
+      } else if (row.days <= 60) {
+        over30 += row.balance;
+      } else if (row.days <= 90) {
+        over60 += row.balance;
+      } else {
+        over90 += row.balance;
+      }
+    }
+    body += "| | |;";
+    vsp.AddTable(">!~+.6in|>+!~.9in|<+!~2in|>+!~1.4in|>+!~.8in|>+!~.8in",
+                 "Invoice#|Date|Patient's Name|Total($)|Paid($)|Balance($)", body, kHeaderColor);
+
+    // 4. The age table at the foot of the page, one text line above the
+    // bottom margin; on a new page when the invoices reach that far.
+    std::string sums = cf.MyFormat(current, "Currency") + "|" + cf.MyFormat(over30, "Currency") +
+                       "|" + cf.MyFormat(over60, "Currency") + "|" +
+                       cf.MyFormat(over90, "Currency") + "|" + cf.MyFormat(due, "Currency") + ";";
+    vsp.MeasureTable(age_format + ";" + age_header + ";" + sums);
+    Twips foot =
+        vsp.PageHeight() - vsp.MarginBottom() - vsp.MeasuredTableHeight() - vsp.TextHeight("X");
+    if (foot < vsp.CurrentY()) vsp.NewPage();
+    vsp.CurrentY(foot);
+    vsp.StartTable();
+    vsp.AddTable(age_format, age_header, sums, kHeaderColor);
+    vsp.EndTable();
+
+    RaiseProgress(rs);
+    Host().DoEvents();
+    rs.MoveNext();
+  }
+  rs.Close();
+  stamps.Commit();
+
+  // The footers go on by overlay once the page count is known: the office's
+  // statement note on the line below the age table, and under the margin
+  // the date, the run's header and the page number. A failure here is
+  // dropped so that what was printed is still shown.
+  try {
+    vsp.Action(6);
+    std::string note = cf.returnStr(
+        ReturnLookupValue("OfficeInformation", "ID", Variant(OfficeID), "StatementFooter"), true);
+    if (note.empty()) note = "Note: We require 48 hours notice to reschedule appointments.";
+    std::string printed = Format(Variant(today), "mmm/dd/yyyy");
+    int n = vsp.PageCount();
+    for (int p = 1; p <= n; ++p) {
+      vsp.StartOverlay(p, false);
+      vsp.FontName("Tahoma");
+      vsp.FontBold(false);
+      vsp.FontSize(9);
+      vsp.CurrentX(vsp.MarginLeft());
+      vsp.CurrentY(vsp.PageHeight() - vsp.MarginBottom() - vsp.TextHeight("X"));
+      vsp.TextAlign(1);
+      vsp.InlineText(note);
+      vsp.FontSize(8);
+      vsp.CurrentX(vsp.MarginLeft());
+      vsp.CurrentY(vsp.PageHeight() - vsp.MarginBottom() + vsp.TextHeight("X"));
+      vsp.TextAlign(0);
+      vsp.InlineText(printed);
+      if (!Header.empty()) {
+        vsp.TextAlign(1);
+        vsp.InlineText(Header);
+      }
+      vsp.TextAlign(2);
+      vsp.InlineText("Page " + std::to_string(p) + " of " + std::to_string(n));
+      vsp.EndOverlay();
+    }
+  } catch (const std::exception&) {
+  }
+  Form().Show();
+}
+
+}  // namespace orv
