@@ -1,6 +1,6 @@
 // clsCommonFunctions: the coercions that turn a database value that may be
 // Null, empty or of an unexpected type into a typed value without failing the
-// report (Part 2.1), and the small formatting, time and filter routines every
+// report, and the small formatting, time and filter routines every
 // report calls. The class holds no state; reports keep one instance.
 //
 // The coercions trap their own failures: an input that cannot be converted

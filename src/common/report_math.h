@@ -1,4 +1,4 @@
-// The small arithmetic of the report component (Part 1.1): the share of two
+// The small arithmetic of the report component: the share of two
 // amounts as a percentage text, the month-end test, and the progress
 // percentage raised by the Progress event.
 #pragma once

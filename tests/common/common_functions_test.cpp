@@ -1,6 +1,6 @@
-// clsCommonFunctions: the coercions, formatting, time and filter routines of
-// Part 2.1, with its "edge cases worth testing" among the rows. Expected
-// values are worked out from the Part's rules.
+// clsCommonFunctions: the coercions, formatting, time and filter routines,
+// with the awkward inputs among the rows. Expected values are worked out by
+// hand from each routine's rules.
 #include "common/common_functions.h"
 
 #include <gtest/gtest.h>

@@ -38,7 +38,7 @@ TEST_P(FormatDate, GivesTheText) {
   EXPECT_EQ(Format(c.value, c.fmt), c.expected);
 }
 
-// Every date and time string of Part 2.1's tables.
+// Every date and time format string the reports use.
 const FormatCase kReportDates[] = {
     {"StandardPrintedDate", kMorning, "mmm/dd/yyyy", "Mar/01/2001"},
     {"StatementDate", kMorning, "MMM/d/yyyy", "Mar/1/2001"},

@@ -37,7 +37,7 @@ TEST_P(FormatNumber, GivesTheText) {
   EXPECT_EQ(Format(c.value, c.fmt), c.expected);
 }
 
-// The report columns' strings (Part 2.1's table of display formats).
+// The number format strings of the report columns.
 const FormatCase kReportColumns[] = {
     {"MyFormatPattern", 1234.5, "##,##0.00", "1,234.50"},
     {"MyFormatPatternZero", 0, "##,##0.00", "0.00"},

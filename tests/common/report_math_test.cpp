@@ -1,4 +1,4 @@
-// ReturnPercent, IsMonthEnd and the Progress percentage (Part 1.1).
+// ReturnPercent, IsMonthEnd and the Progress percentage.
 #include "common/report_math.h"
 
 #include <gtest/gtest.h>
