@@ -28,67 +28,11 @@
 #include "platform/host/host_services.h"
 #include "platform/practice/demo_practice.h"
 
+#include "sql_time.h"
+
 namespace {
-
 using Clock = std::chrono::steady_clock;
-
-// Time inside SQLite and the number of calls, gathered by the wrappers.
-Clock::duration g_sql_time{};
-// Time in sqlite3_step by the engine's statement text, for the slowest list.
-std::map<std::string, Clock::duration>* g_by_statement = nullptr;
-long g_steps = 0;
-long g_prepares = 0;
-
-template <typename F>
-F Real(const char* name) {
-  static_assert(sizeof(F) == sizeof(void*));
-  void* sym = dlsym(RTLD_NEXT, name);
-  if (sym == nullptr) {
-    std::fprintf(stderr, "cannot find %s in the SQLite library\n", name);
-    std::abort();
-  }
-  F f;
-  std::memcpy(&f, &sym, sizeof f);
-  return f;
-}
-
 }  // namespace
-
-// The program's own definitions come before the shared library's, so every
-// call from the database layer lands here first.
-extern "C" int sqlite3_step(sqlite3_stmt* stmt) {
-  static auto real = Real<int (*)(sqlite3_stmt*)>("sqlite3_step");
-  auto start = Clock::now();
-  int rc = real(stmt);
-  auto spent = Clock::now() - start;
-  g_sql_time += spent;
-  ++g_steps;
-  if (g_by_statement != nullptr) (*g_by_statement)[sqlite3_sql(stmt)] += spent;
-  return rc;
-}
-
-extern "C" int sqlite3_prepare_v2(sqlite3* db, const char* sql, int n, sqlite3_stmt** stmt,
-                                  const char** tail) {
-  static auto real =
-      Real<int (*)(sqlite3*, const char*, int, sqlite3_stmt**, const char**)>("sqlite3_prepare_v2");
-  auto start = Clock::now();
-  int rc = real(db, sql, n, stmt, tail);
-  g_sql_time += Clock::now() - start;
-  ++g_prepares;
-  return rc;
-}
-
-extern "C" int sqlite3_prepare_v3(sqlite3* db, const char* sql, int n, unsigned int flags,
-                                  sqlite3_stmt** stmt, const char** tail) {
-  static auto real =
-      Real<int (*)(sqlite3*, const char*, int, unsigned int, sqlite3_stmt**, const char**)>(
-          "sqlite3_prepare_v3");
-  auto start = Clock::now();
-  int rc = real(db, sql, n, flags, stmt, tail);
-  g_sql_time += Clock::now() - start;
-  ++g_prepares;
-  return rc;
-}
 
 int main(int argc, char** argv) {
   const int patients = argc > 1 ? std::atoi(argv[1]) : 5000;
