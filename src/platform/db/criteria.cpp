@@ -219,4 +219,11 @@ bool LikeMatch(std::string_view text, std::string_view pattern) {
   return p == pattern.size();
 }
 
+std::optional<std::pair<int, Variant>> Criteria::SingleEquality() const {
+  if (root_ < 0) return std::nullopt;
+  const Node& n = nodes_[root_];
+  if (n.op != Op::Eq || n.value.IsNull()) return std::nullopt;
+  return std::make_pair(n.index, n.value);
+}
+
 }  // namespace orv::db

@@ -12,6 +12,8 @@
 // comparison with a Null field is false.
 #pragma once
 
+#include <optional>
+
 #include <functional>
 #include <string>
 #include <string_view>
@@ -34,6 +36,10 @@ class Criteria {
   // True when the row whose field values `value(index)` gives satisfies the
   // criteria. Needs Bind first.
   bool Matches(const std::function<const Variant&(int)>& value) const;
+
+  // The bound field and the value when the whole criteria is one "="
+  // comparison; nullopt otherwise.
+  std::optional<std::pair<int, Variant>> SingleEquality() const;
 
   // Number of comparisons (Find allows exactly one).
   int ComparisonCount() const;

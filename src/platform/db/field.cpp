@@ -36,6 +36,7 @@ void Field::Value(const Variant& v) {
     s_->original = s_->data->rows[row];
   }
   s_->data->rows[row][index_] = std::move(coerced);
+  ++s_->data->version;
 }
 
 long Field::ActualSize() const {

@@ -157,9 +157,56 @@ int RecordsetState::FieldIndex(std::string_view name) const {
   return i;
 }
 
+// Rows whose `field` may equal the number `key`: a hash of the base rows by
+// the field's numeric value, built at the first filter of the form
+// "Field = number" and kept while the rows stay the same. Reports filter a
+// related recordset once per row of another ("PatientID = 17"), and a scan
+// per filter would make such a report quadratic. Returns nullptr when the
+// field holds anything but numbers and Nulls; the caller then scans.
+const std::vector<size_t>* RecordsetState::EqualityCandidates(int field, double key) {
+  static const std::vector<size_t> kNone;
+  // A chapter's rows change as its parent moves; only a recordset's own
+  // rows are indexed.
+  if (parent_chapter >= 0) return nullptr;
+  if (!eq_index || eq_index->field != field || eq_index->rowset != data->id ||
+      eq_index->version != data->version || eq_index->base_size != base.size()) {
+    EqIndex ix;
+    ix.field = field;
+    ix.rowset = data->id;
+    ix.version = data->version;
+    ix.base_size = base.size();
+    for (size_t r : base) {
+      const Variant& v = data->rows[r][field];
+      if (v.IsNull()) continue;
+      VarType t = v.type();
+      if (t != VarType::Long && t != VarType::LongLong && t != VarType::Double &&
+          t != VarType::Currency) {
+        ix.usable = false;
+        break;
+      }
+      ix.rows[CDbl(v)].push_back(r);
+    }
+    eq_index = std::move(ix);
+  }
+  if (!eq_index->usable) return nullptr;
+  auto it = eq_index->rows.find(key);
+  return it == eq_index->rows.end() ? &kNone : &it->second;
+}
+
 void RecordsetState::Rebuild() {
   view.clear();
-  if (criteria) {
+  std::optional<std::pair<int, Variant>> eq = criteria ? criteria->SingleEquality() : std::nullopt;
+  const std::vector<size_t>* candidates = nullptr;
+  if (eq && eq->first >= 0 && eq->second.IsNumeric() && eq->second.type() != VarType::Boolean) {
+    candidates = EqualityCandidates(eq->first, CDbl(eq->second));
+  }
+  if (candidates) {
+    // Every candidate is still checked, so the index only narrows the scan.
+    for (size_t r : *candidates) {
+      const auto& row = data->rows[r];
+      if (criteria->Matches([&](int f) -> const Variant& { return row[f]; })) view.push_back(r);
+    }
+  } else if (criteria) {
     for (size_t r : base) {
       const auto& row = data->rows[r];
       if (criteria->Matches([&](int f) -> const Variant& { return row[f]; })) view.push_back(r);
@@ -276,6 +323,7 @@ void RecordsetState::Cancel() {
     pos = view.empty() ? 0 : static_cast<long>(view.size()) - 1;
   } else if (edit == adEditInProgress) {
     data->rows[edit_row] = original;
+    ++data->version;
   }
   edit = adEditNone;
   original.clear();
@@ -514,6 +562,7 @@ void Recordset::AddNew() {
   s_->Commit();
   auto& rows = s_->data->rows;
   rows.emplace_back(s_->data->fields.size(), Variant::Null());
+  ++s_->data->version;
   size_t r = rows.size() - 1;
   s_->base.push_back(r);
   s_->view.push_back(r);

@@ -3,6 +3,8 @@
 // recordset and field files.
 #pragma once
 
+#include <unordered_map>
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -35,6 +37,17 @@ struct RecordsetState {
 
   Variant filter{std::string()};
   std::optional<Criteria> criteria;
+  // The hash behind equality filters on a numeric field (EqualityCandidates).
+  struct EqIndex {
+    int field = -1;
+    uint64_t rowset = 0;
+    uint64_t version = 0;
+    size_t base_size = 0;
+    bool usable = true;
+    std::unordered_map<double, std::vector<size_t>> rows;
+  };
+  std::optional<EqIndex> eq_index;
+  const std::vector<size_t>* EqualityCandidates(int field, double key);
   std::string sort;
 
   // A chapter follows the current row of its parent.

@@ -4,6 +4,11 @@
 
 namespace orv::db {
 
+uint64_t NextRowSetId() {
+  static uint64_t next = 0;
+  return ++next;
+}
+
 int RowSet::FindField(std::string_view name) const {
   if (name.size() >= 2 && name.front() == '[' && name.back() == ']')
     name = name.substr(1, name.size() - 2);

@@ -2,6 +2,8 @@
 // recordset handle, clone and chapter that looks at them.
 #pragma once
 
+#include <cstdint>
+
 #include <memory>
 #include <string>
 #include <string_view>
@@ -34,11 +36,19 @@ struct ChapterLink {
   std::unordered_map<std::string, std::vector<size_t>> rows_by_key;
 };
 
+uint64_t NextRowSetId();
+
 struct RowSet {
   std::vector<FieldInfo> fields;
   // One vector per row, one value per field (chapter fields hold Empty).
   std::vector<std::vector<Variant>> rows;
   std::vector<ChapterLink> chapters;
+  // Bumped whenever a row is added or a value changes, so that indexes built
+  // over the rows (see RecordsetState's filter index) know they are stale.
+  uint64_t version = 0;
+  // Unique for the life of the process, so that an index never mistakes a
+  // new row set (after Requery) for the one it was built on.
+  uint64_t id = NextRowSetId();
 
   // Index of the field `name` (case-insensitive, square brackets ignored),
   // or -1.
