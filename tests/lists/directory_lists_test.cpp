@@ -244,3 +244,42 @@ TEST_F(DirectoryLists, BlobsAreWrittenInWholeChunksAndARemainder) {
 
 }  // namespace
 }  // namespace orv::testing
+
+namespace orv::testing {
+namespace {
+
+using ComponentServices = ReportTest;
+
+TEST_F(ComponentServices, ReturnConnectionOpensTheDatabaseOfTheSettings) {
+  int32_t location = 3;
+  // Nothing set up: a clear error rather than a connection to nowhere.
+  EXPECT_THROW(reports.ReturnConnection(location), ReportError);
+  // The server name names the practice database (a path or a URL).
+  host::AppSettings().Override("Settings", "ServerName", db_file);
+  db::Connection second = reports.ReturnConnection(location);
+  db::Recordset rs;
+  rs.Open("SELECT COUNT(*) AS N FROM Patient", second);
+  EXPECT_GT(CLng(rs["N"].Value()), 0);
+  // Without a server name the database name serves.
+  host::AppSettings().Override("Settings", "ServerName", "");
+  host::AppSettings().Override("Settings", "dbName", "sqlite:" + db_file);
+  int32_t server_side = 2;
+  EXPECT_EQ(reports.ReturnConnection(server_side).State(), db::adStateOpen);
+}
+
+TEST_F(ComponentServices, PercentMonthEndAndPayrollList) {
+  EXPECT_EQ(reports.ReturnPercent(Variant(Currency::FromInt(1)), Variant(Currency::FromInt(4))),
+            "25.00%");
+  EXPECT_EQ(reports.ReturnPercent(Variant::Null(), Variant(5)), "0.00%");
+  EXPECT_EQ(reports.ReturnPercent(Variant(5), Variant(0)), "0.00%");
+  EXPECT_TRUE(reports.IsMonthEnd(DateTime::FromParts(2028, 2, 29)));
+  EXPECT_FALSE(reports.IsMonthEnd(DateTime::FromParts(2028, 2, 28)));
+  // The payroll list is searched from index 1; slot 0 never counts.
+  EXPECT_FALSE(reports.IsPayrollEmployee(7));
+  reports.EmployeeIDs() = {7, 3, 9};
+  EXPECT_FALSE(reports.IsPayrollEmployee(7));
+  EXPECT_TRUE(reports.IsPayrollEmployee(9));
+}
+
+}  // namespace
+}  // namespace orv::testing
