@@ -81,6 +81,24 @@ static std::string PhoneWithExt(clsCommonFunctions& cf, const db::Recordset& rs)
   return phone;
 }
 
+// The start of both family schedules: the document, the heading, the office
+// and who the schedule is for.
+static void StartFamilySchedule(clsReports& r, const char* title, const std::string& Header,
+                                const std::string& OfficeName, const std::string& OfficeAddress,
+                                const std::string& PatientName) {
+  frame::PrintSurface& vsp = r.VSP();
+  vsp.DocName(title);
+  vsp.Orientation(0);
+  vsp.StartDoc();
+  r.PrintReportHeading(vsp.DocName(), "", Header);
+  vsp.TextAlign(0);
+  vsp.FontSize(10);
+  if (!OfficeName.empty()) vsp.Text(OfficeName);
+  if (!OfficeAddress.empty()) vsp.Text(OfficeAddress);
+  vsp.Text("For: " + PatientName);
+  vsp.Text(" ");
+}
+
 void clsReports::rptAppointmentCard(int32_t ID, std::string Header, std::string Footer,
                                     std::string OfficeName, std::string OfficePhone,
                                     int16_t UnitMinutes, bool Assignment) {
@@ -211,16 +229,8 @@ void clsReports::rptFamilyAppointmentsDetailed(int32_t ID, std::string OfficeNam
     return;
   }
   bool hide = HideFinancial(*this);
-  vsp.DocName("Family Appointments - Detailed");
-  vsp.Orientation(0);
-  vsp.StartDoc();
-  PrintReportHeading(vsp.DocName(), "", Header);
-  vsp.TextAlign(0);
-  vsp.FontSize(10);
-  if (!OfficeName.empty()) vsp.Text(OfficeName);
-  if (!OfficeAddress.empty()) vsp.Text(OfficeAddress);
-  vsp.Text("For: " + PatientName);
-  vsp.Text(" ");
+  StartFamilySchedule(*this, "Family Appointments - Detailed", Header, OfficeName, OfficeAddress,
+                      PatientName);
   while (!rs.Eof()) {
     vsp.FontBold(true);
     vsp.Text(cf.returnStr(rs["FirstName"].Value()) + " " + cf.returnStr(rs["LastName"].Value()) +
@@ -253,16 +263,8 @@ void clsReports::rptFamilyAppointmentsSummary(int32_t ID, std::string OfficeName
                                               int16_t UnitMinutes) {
   Trap("An error has occurred in Sub rptFamilyAppointmentsSummary in class clsReport", [&] {
     frame::PrintSurface& vsp = VSP();
-    vsp.DocName("Family Appointments - Summary");
-    vsp.Orientation(0);
-    vsp.StartDoc();
-    PrintReportHeading(vsp.DocName(), "", Header);
-    vsp.TextAlign(0);
-    vsp.FontSize(10);
-    if (!OfficeName.empty()) vsp.Text(OfficeName);
-    if (!OfficeAddress.empty()) vsp.Text(OfficeAddress);
-    vsp.Text("For: " + PatientName);
-    vsp.Text(" ");
+    StartFamilySchedule(*this, "Family Appointments - Summary", Header, OfficeName, OfficeAddress,
+                        PatientName);
     FamilyAppointmentsSummary(ID);
     if (!Footer.empty()) vsp.Text(Footer);
     PrintPageFooters(kPrintedBy);
