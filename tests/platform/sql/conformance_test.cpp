@@ -4,6 +4,8 @@
 // database layer and are skipped here.
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -21,6 +23,9 @@ struct Case {
   std::string statement;
   std::vector<std::string> expected;  // header line, then rows
 };
+
+// Test names and failure messages show the case by its file name.
+void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
 
 std::vector<std::string> SplitLines(const std::string& text) {
   std::vector<std::string> lines;
