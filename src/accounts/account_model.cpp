@@ -226,18 +226,7 @@ Variant AccountModel::ReturnOldBalance(int32_t PatientID, bool AllPayments, int1
       "NULL AND Cancelled IS NULL AND [Date] <= '" +
           invoice_cutoff + "' AND PatientID = " + id + " ORDER BY ID",
       conn_, adOpenStatic, adLockReadOnly, adCmdText);
-  Currency balance;
-  while (!rs.Eof()) {
-    // A settled total counts as stored, zero and negative ones too; only an
-    // invoice without one is valued as of today.
-    const Variant final_total = rs["InvoiceFinalTotal"].Value();
-    if (!final_total.IsNull()) {
-      balance += common_.ReturnCur(final_total);
-    } else {
-      balance += ReturnInvoiceAmount(CLng(rs["ID"].Value()), Variant::Null());
-    }
-    rs.MoveNext();
-  }
+  Currency balance = WorthOfInvoices(rs);
   rs.Close();
 
   if (AllPayments) {
@@ -337,18 +326,9 @@ Currency AccountModel::ReturnFamilyBalance(int32_t PatientID, const Variant& End
           "DESC, [Invoice#] DESC",
       conn_, adOpenStatic, adLockReadOnly, adCmdText);
   rs.Filter(Variant("Date <= #" + date + "#"));
-  Currency balance;
-  while (!rs.Eof()) {
-    const Variant final_total = rs["InvoiceFinalTotal"].Value();
-    if (!final_total.IsNull()) {
-      balance += common_.ReturnCur(final_total);
-    } else {
-      // Reached only without a settled total, so the as-of day cannot
-      // change the answer and the invoice is asked about as of today.
-      balance += ReturnInvoiceAmount(CLng(rs["ID"].Value()), Variant::Null());
-    }
-    rs.MoveNext();
-  }
+  // Reached with no settled total only, so valuing as of today cannot
+  // change the answer for the as-of day.
+  Currency balance = WorthOfInvoices(rs);
   const std::string condition = ReturnWhereClause(rs);
   rs.Close();
 
@@ -403,6 +383,20 @@ std::string ReturnWhereClause(const db::Recordset& Source) {
   const size_t order = upper.find("ORDER BY", start);
   return vb::Trim(order == std::string::npos ? text.substr(start)
                                              : text.substr(start, order - start));
+}
+
+Currency AccountModel::WorthOfInvoices(db::Recordset& rs) const {
+  Currency worth;
+  while (!rs.Eof()) {
+    const Variant final_total = rs["InvoiceFinalTotal"].Value();
+    if (!final_total.IsNull()) {
+      worth += common_.ReturnCur(final_total);
+    } else {
+      worth += ReturnInvoiceAmount(CLng(rs["ID"].Value()), Variant::Null());
+    }
+    rs.MoveNext();
+  }
+  return worth;
 }
 
 }  // namespace orv

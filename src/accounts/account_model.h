@@ -105,6 +105,10 @@ class AccountModel {
   Currency SumOf(const std::string& sql) const;
   // The primary and secondary holder IDs of a patient, NULL as 0.
   void ReadHolders(int32_t PatientID, int32_t& P, int32_t& S) const;
+  // What the invoices of `rs` (fields ID and InvoiceFinalTotal) are worth,
+  // walked from the current row to the end: a settled total as stored
+  // (zero and negative ones too), otherwise the invoice valued as of today.
+  Currency WorthOfInvoices(db::Recordset& rs) const;
 
   db::Connection conn_;
   float interest_rate_;

@@ -159,6 +159,21 @@ std::string OfficeText(clsReports& r, const char* field) {
       r.ReturnLookupValue("OfficeInformation", "ID", Variant(r.OfficeID), field), true);
 }
 
+// The addressee with the invoice's provider beside it, then the office's
+// message to every patient, shared by the invoice and its statement.
+void InvoiceAddressAndMessage(clsReports& r, const db::Recordset& rs, const Addressee& to) {
+  frame::PrintSurface& vsp = r.VSP();
+  clsCommonFunctions& cf = r.Common();
+  AddressBlock(vsp, to,
+               "Provider: " + cf.returnStr(rs["ProviderFirstName"].Value()) + " " +
+                   cf.returnStr(rs["ProviderLastName"].Value()));
+  std::string message = OfficeText(r, "Message");
+  if (!message.empty()) {
+    vsp.Text("Office Message: " + message);
+    vsp.Text(" ");
+  }
+}
+
 }  // namespace
 
 void clsReports::rptInvoice(int32_t ID, std::string Name, std::string Address) {
@@ -185,14 +200,7 @@ void clsReports::rptInvoice(int32_t ID, std::string Name, std::string Address) {
       "^1in|^1in", "Date|Invoice #",
       Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|" + cf.returnStr(rs["Invoice#"].Value()),
       kHeaderColor);
-  AddressBlock(vsp, to,
-               "Provider: " + cf.returnStr(rs["ProviderFirstName"].Value()) + " " +
-                   cf.returnStr(rs["ProviderLastName"].Value()));
-  std::string message = OfficeText(*this, "Message");
-  if (!message.empty()) {
-    vsp.Text("Office Message: " + message);
-    vsp.Text(" ");
-  }
+  InvoiceAddressAndMessage(*this, rs, to);
 
   InvoiceLines(*this, rs["rptInvoiceDetails"].Chapter(),
                "<1.3in|^.85in|^.85in|^1.2in|<1.1in|>1.2in");
@@ -243,14 +251,7 @@ void clsReports::rptInvoiceStatement(int32_t ID, std::string Name, std::string A
   vsp.TextAlign(0);
   vsp.TableBorder(0);
   vsp.AddTable("<1in|>5in", "", Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|Invoice#: " + number);
-  AddressBlock(vsp, to,
-               "Provider: " + cf.returnStr(rs["ProviderFirstName"].Value()) + " " +
-                   cf.returnStr(rs["ProviderLastName"].Value()));
-  std::string message = OfficeText(*this, "Message");
-  if (!message.empty()) {
-    vsp.Text("Office Message: " + message);
-    vsp.Text(" ");
-  }
+  InvoiceAddressAndMessage(*this, rs, to);
 
   InvoiceLines(*this, rs["rptInvoiceDetails"].Chapter(),
                "<1.3in|^.85in|^.85in|^1.2in|<1.0in|>1.2in");

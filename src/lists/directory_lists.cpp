@@ -267,6 +267,21 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
     cell += n;
     if (ext != nullptr && !str(rs, ext).empty()) cell += " " + str(rs, ext);
   };
+  // The primary and the secondary carrier tables: the company found by its
+  // ID among the reference rows, then the patient's own policy numbers (the
+  // secondary ones are the fields prefixed "Secondary"); the year end is
+  // the same field for both.
+  auto insurance_table = [&](const char* link, const std::string& caption, const std::string& prefix) {
+    if (rs[link].Value().IsNull()) return;
+    companies.MoveFirst();
+    companies.Find("ID = " + CStr(rs[link].Value()));
+    if (companies.Eof()) return;
+    vsp.AddTable("2in|1in|1in|1in|1in", caption + "|Policy#|Division#|SubscriberID#|Year Ending",
+                 str(companies, "CompanyName") + "|" + str(rs, (prefix + "Policy#").c_str()) + "|" +
+                     str(rs, (prefix + "Division#").c_str()) + "|" +
+                     str(rs, (prefix + "SubscriberID#").c_str()) + "|" + str(rs, "YearEnding"),
+                 kHeaderColor);
+  };
   while (!rs.Eof()) {
     vsp.FontBold(true);
     vsp.Text(str(rs, "FullName"));
@@ -291,29 +306,8 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
                      kHeaderColor);
       }
     }
-    if (!rs["InsuranceID"].Value().IsNull()) {
-      companies.MoveFirst();
-      companies.Find("ID = " + CStr(rs["InsuranceID"].Value()));
-      if (!companies.Eof()) {
-        vsp.AddTable("2in|1in|1in|1in|1in", "Primary Insurance|Policy#|Division#|SubscriberID#|Year Ending",
-                     str(companies, "CompanyName") + "|" + str(rs, "Policy#") + "|" +
-                         str(rs, "Division#") + "|" + str(rs, "SubscriberID#") + "|" +
-                         str(rs, "YearEnding"),
-                     kHeaderColor);
-      }
-    }
-    if (!rs["SecondaryInsuranceID"].Value().IsNull()) {
-      companies.MoveFirst();
-      companies.Find("ID = " + CStr(rs["SecondaryInsuranceID"].Value()));
-      if (!companies.Eof()) {
-        vsp.AddTable("2in|1in|1in|1in|1in",
-                     "Secondary Insurance|Policy#|Division#|SubscriberID#|Year Ending",
-                     str(companies, "CompanyName") + "|" + str(rs, "SecondaryPolicy#") + "|" +
-                         str(rs, "SecondaryDivision#") + "|" + str(rs, "SecondarySubscriberID#") +
-                         "|" + str(rs, "YearEnding"),
-                     kHeaderColor);
-      }
-    }
+    insurance_table("InsuranceID", "Primary Insurance", "");
+    insurance_table("SecondaryInsuranceID", "Secondary Insurance", "Secondary");
     vsp.Text("");
     // Progress and the message pump only every 100th patient.
     if (rs.AbsolutePosition() % 100 == 0) {

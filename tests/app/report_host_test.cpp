@@ -2,6 +2,8 @@
 // practice, PDFs checked with qpdf and read back with pdftotext.
 #include <gtest/gtest.h>
 
+#include "support/shell.h"
+
 #include <sys/wait.h>
 
 #include <array>
@@ -15,21 +17,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Result {
-  int status;
-  std::string out;
-};
+using Result = orv::testing::ShellResult;
 
-Result Shell(const std::string& cmd) {
-  Result r{0, ""};
-  FILE* p = ::popen((cmd + " 2>&1").c_str(), "r");
-  std::array<char, 4096> buf{};
-  size_t n;
-  while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0) r.out.append(buf.data(), n);
-  int st = ::pclose(p);
-  r.status = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
-  return r;
-}
+// Both streams: the host writes its messages to standard error.
+Result Shell(const std::string& cmd) { return orv::testing::RunShell(cmd + " 2>&1"); }
 
 class ReportHost : public ::testing::Test {
  protected:

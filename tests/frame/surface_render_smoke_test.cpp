@@ -1,6 +1,8 @@
 // Whole documents from the surface through the cairo renderers.
 #include <gtest/gtest.h>
 
+#include "support/shell.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -13,16 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Shell(const std::string& cmd) {
-  std::string out;
-  FILE* p = popen(cmd.c_str(), "r");
-  if (!p) return out;
-  char buf[4096];
-  size_t n;
-  while ((n = fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
-  pclose(p);
-  return out;
-}
+using orv::testing::Shell;
 
 // Where to keep the files: ORVENDA_RENDER_OUT if set, for looking at them.
 std::string OutPath(const std::string& name) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/shell.h"
+
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -12,16 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Shell(const std::string& cmd) {
-  std::string out;
-  FILE* p = popen(cmd.c_str(), "r");
-  if (!p) return out;
-  char buf[4096];
-  size_t n;
-  while ((n = fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
-  pclose(p);
-  return out;
-}
+using orv::testing::Shell;
 
 std::string TempPath(const std::string& name) {
   return (fs::temp_directory_path() / ("orv_render_" + std::to_string(getpid()) + "_" + name))

@@ -1,0 +1,33 @@
+// Runs a shell command from a test and collects what it prints on standard
+// output, with its exit status. Tests that check a built program or an
+// outside tool (qpdf, pdftotext) go through it.
+#pragma once
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+
+namespace orv::testing {
+
+struct ShellResult {
+  int status = -1;  // the exit status, -1 when the command did not exit
+  std::string out;
+};
+
+inline ShellResult RunShell(const std::string& cmd) {
+  ShellResult r;
+  FILE* p = ::popen(cmd.c_str(), "r");
+  if (p == nullptr) return r;
+  char buf[4096];
+  size_t n;
+  while ((n = std::fread(buf, 1, sizeof buf, p)) > 0) r.out.append(buf, n);
+  int st = ::pclose(p);
+  r.status = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
+  return r;
+}
+
+// The standard output alone.
+inline std::string Shell(const std::string& cmd) { return RunShell(cmd).out; }
+
+}  // namespace orv::testing
