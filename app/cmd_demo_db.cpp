@@ -1,16 +1,24 @@
-// orvenda-reports demo-db FILE [--patients N] [--seed S] [--today yyyy-mm-dd]
+// orvenda-reports demo-db FILE|URL [--patients N] [--seed S] [--today yyyy-mm-dd] [--replace]
 //
-// Writes the demo practice into a new SQLite file. "Today" is the --today
-// option or the fixed clock, never the system clock, so one seed and one
-// today give one file.
+// Writes the demo practice into a new SQLite file, or into a PostgreSQL
+// database (made if missing). "Today" is the --today option or the fixed
+// clock, never the system clock, so one seed and one today give one
+// practice on either engine: the server gets the very rows of the file,
+// copied from a temporary one.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
+#include <filesystem>
+
 #include "command.h"
 #include "common/datetime.h"
+#include "platform/db/connection_url.h"
+#include "platform/db/copy_database.h"
 #include "platform/practice/demo_practice.h"
 
 namespace orv::app {
@@ -25,6 +33,7 @@ bool ParseCount(const std::string& text, long long min, long long& out) {
 int RunDemoDb(const std::vector<std::string>& args) {
   std::string path;
   practice::DemoOptions options;
+  bool replace = false;
   // Without --today the history ends on the day the demo fixtures use.
   DateTime today = Clock::IsFixed() ? Clock::Today() : DateTime::FromParts(2026, 11, 20);
   for (size_t i = 0; i < args.size(); ++i) {
@@ -46,6 +55,8 @@ int RunDemoDb(const std::vector<std::string>& args) {
     } else if (a == "--today" && has_value) {
       if (!ApplyToday(args[++i])) return 2;
       today = Clock::Today();
+    } else if (a == "--replace") {
+      replace = true;
     } else if (!a.empty() && a[0] != '-' && path.empty()) {
       path = a;
     } else {
@@ -54,7 +65,7 @@ int RunDemoDb(const std::vector<std::string>& args) {
     }
   }
   if (path.empty()) {
-    std::fprintf(stderr, "usage: orvenda-reports demo-db FILE [--patients N] [--seed S] [--today yyyy-mm-dd]\n");
+    std::fprintf(stderr, "usage: orvenda-reports demo-db FILE|URL [--patients N] [--seed S] [--today yyyy-mm-dd] [--replace]\n");
     return 2;
   }
   options.today_year = today.Year();
@@ -62,11 +73,29 @@ int RunDemoDb(const std::vector<std::string>& args) {
   options.today_day = today.Day();
   try {
     const auto t0 = std::chrono::steady_clock::now();
-    const auto s = practice::WriteDemoPracticeFile(path, options);
+    practice::DemoSummary s;
+    if (db::EngineOfUrl(path) == db::EngineKind::PostgreSQL) {
+      std::string file = (std::filesystem::temp_directory_path() /
+                          ("orvenda-demo-" + std::to_string(getpid()) + ".db"))
+                             .string();
+      std::filesystem::remove(file);
+      try {
+        s = practice::WriteDemoPracticeFile(file, options);
+        db::CopyOptions copy;
+        copy.replace = replace;
+        db::CopyDatabase(file, path, copy);
+      } catch (...) {
+        std::filesystem::remove(file);
+        throw;
+      }
+      std::filesystem::remove(file);
+    } else {
+      s = practice::WriteDemoPracticeFile(path, options);
+    }
     const double secs =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
     std::printf("%s: %lld patients, %lld invoices, %lld payments, %lld appointments, %lld rows in %.1f s\n",
-                path.c_str(), static_cast<long long>(s.patients), static_cast<long long>(s.invoices),
+                db::RedactPassword(path).c_str(), static_cast<long long>(s.patients), static_cast<long long>(s.invoices),
                 static_cast<long long>(s.payments), static_cast<long long>(s.appointments),
                 static_cast<long long>(s.rows), secs);
     return 0;
@@ -77,8 +106,8 @@ int RunDemoDb(const std::vector<std::string>& args) {
 }
 
 const CommandRegistrar kRegister({"demo-db",
-                                  "demo-db FILE [--patients N] [--seed S] [--today yyyy-mm-dd]",
-                                  "Writes a made-up dental practice into a new SQLite file.",
+                                  "demo-db FILE|URL [--patients N] [--seed S] [--today yyyy-mm-dd] [--replace]",
+                                  "Writes a made-up dental practice into a new SQLite file or a PostgreSQL database.",
                                   RunDemoDb});
 
 }  // namespace

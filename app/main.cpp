@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "command.h"
+#include "platform/db/connection_url.h"
 #include "report_host.h"
 #include "common/datetime.h"
 
@@ -30,6 +31,8 @@ bool ApplyToday(const std::string& text) {
 
 }  // namespace orv::app
 
+// The default database may come from ORVENDA_DB with a password in it:
+// help shows it without.
 static void PrintHelp() {
   std::printf(
       "usage: orvenda-reports [OPTIONS] METHOD [ARG | Name=Value]...   run a report method\n"
@@ -37,7 +40,7 @@ static void PrintHelp() {
       "report options: --db URL (default %s), --out FILE.pdf|.png|.txt, --office N,\n"
       "  --user NAME, --today yyyy-mm-dd, --setting [Section.]Key=Value, --printer NAME,\n"
       "  --interest-rate R, --interest-delay DAYS\n\ncommands:\n",
-      orv::app::DefaultDatabase().c_str());
+      orv::db::RedactPassword(orv::app::DefaultDatabase()).c_str());
   auto cmds = orv::app::Commands();
   std::sort(cmds.begin(), cmds.end(), [](auto& a, auto& b) { return a.name < b.name; });
   for (const auto& c : cmds) std::printf("  %-10s %s\n             %s\n", c.name.c_str(), c.summary.c_str(), c.usage.c_str());

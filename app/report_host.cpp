@@ -16,6 +16,7 @@
 #include "invokers.h"
 #include "method_catalog.h"
 #include "platform/db/connection.h"
+#include "platform/host/host_services.h"
 #include "platform/host/settings.h"
 
 namespace orv::app {
@@ -170,7 +171,17 @@ int RunReportHost(const std::vector<std::string>& args) {
     PreviewForm form;
     form.SetOutput(out);
     if (!printer.empty()) form.SetPrinter(printer);
+    // A report that traps an error shows it in a message box and ends; the
+    // command must still fail, so that a script sees the error.
+    struct CliHost : host::BatchHost {
+      bool trapped = false;
+      int MsgBox(const std::string& prompt, int buttons, const std::string& title) override {
+        if (prompt.rfind("An Error has occurred", 0) == 0) trapped = true;
+        return BatchHost::MsgBox(prompt, buttons, title);
+      }
+    } cli_host;
     clsReports reports;
+    reports.SetHostServices(&cli_host);
     reports.Connection(conn);
     reports.SetPrintPreview(&form);
     reports.OfficeID = office;
@@ -180,7 +191,13 @@ int RunReportHost(const std::vector<std::string>& args) {
     if (tty) reports.Progress = [](uint8_t& p) { ShowProgress(p); };
 
     MethodArgs margs(params, values, given);
-    Variant result = inv->second(reports, margs);
+    Variant result;
+    {
+      // The whole report reads one moment of the database, however busy
+      // the practice is (a snapshot on a server; nothing to do on a file).
+      db::Snapshot snapshot(conn);
+      result = inv->second(reports, margs);
+    }
     if (tty) std::fprintf(stderr, "\n");
     if (!result.IsEmpty()) std::printf("%s\n", result.IsNull() ? "Null" : CStr(result).c_str());
     // A report that leaves showing the form to the host (or was trapped
@@ -190,6 +207,7 @@ int RunReportHost(const std::vector<std::string>& args) {
       std::fprintf(stderr, "wrote %s (%d page%s)\n", f.c_str(), form.VSP.PageCount(),
                    form.VSP.PageCount() == 1 ? "" : "s");
     }
+    if (cli_host.trapped) return 1;
   } catch (const ReportError& e) {
     std::fprintf(stderr, "\norvenda-reports: %s failed: %s\n", sig->name, e.description().c_str());
     return 1;

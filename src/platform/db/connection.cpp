@@ -3,6 +3,7 @@
 #include <cctype>
 #include <unordered_map>
 
+#include "platform/db/connection_url.h"
 #include "platform/db/db_error.h"
 #include "platform/db/shape.h"
 #include "platform/db/statement_cache.h"
@@ -11,16 +12,41 @@ namespace orv::db {
 
 class Connection::Impl {
  public:
-  explicit Impl(const std::string& url) : url_(url), engine_(OpenEngine(url)) {
+  explicit Impl(const std::string& url)
+      : url_(url), shown_url_(RedactPassword(url)), engine_(OpenEngine(url)) {
     schema_ = engine_->LoadSchema();
     cache_ = std::make_unique<StatementCache>(*engine_, schema_);
   }
 
+  // While a report holds a snapshot on a server engine, its session is
+  // read-only; writes (LastStatement, a repair) go through a second session
+  // of their own, opened on the first write, in their own short
+  // transactions, and are visible to the practice at once. A transaction
+  // stays on the session it began on.
+  bool SnapshotSeparatesWrites() const {
+    return snapshot_depth_ > 0 && engine_->dialect() == sql::Dialect::PostgreSQL;
+  }
+  bool UseWriter(bool write) {
+    bool use = in_transaction_ ? tx_on_writer_ : write && SnapshotSeparatesWrites();
+    if (use && !writer_) {
+      writer_ = OpenEngine(url_);
+      writer_cache_ = std::make_unique<StatementCache>(*writer_, schema_);
+    }
+    return use;
+  }
+  StatementCache& cache(bool write) { return UseWriter(write) ? *writer_cache_ : *cache_; }
+  Engine& engine(bool write) { return UseWriter(write) ? *writer_ : *engine_; }
+
   std::string url_;
+  std::string shown_url_;  // without its password
   std::unique_ptr<Engine> engine_;
   sql::Schema schema_;
   std::unique_ptr<StatementCache> cache_;
+  std::unique_ptr<Engine> writer_;
+  std::unique_ptr<StatementCache> writer_cache_;
   bool in_transaction_ = false;
+  bool tx_on_writer_ = false;
+  int snapshot_depth_ = 0;
   int cursor_location_ = adUseServer;
 };
 
@@ -37,7 +63,7 @@ int Connection::State() const { return impl_ ? adStateOpen : adStateClosed; }
 
 const std::string& Connection::ConnectionString() const {
   static const std::string none;
-  return impl_ ? impl_->url_ : none;
+  return impl_ ? impl_->shown_url_ : none;
 }
 
 int Connection::CursorLocation() const { return impl_ ? impl_->cursor_location_ : adUseServer; }
@@ -58,20 +84,28 @@ long Connection::Execute(const std::string& statement) {
   if (IsShapeStatement(statement))
     throw DatabaseError("a SHAPE statement returns rows; open it in a recordset: " + statement);
   Impl& im = impl();
-  StatementCache::Lease lease = im.cache_->Get(statement);
+  // A query runs in the report's snapshot; anything else may write.
+  bool write = !im.cache(false).Get(statement).translation().is_query;
+  StatementCache::Lease lease = im.cache(write).Get(statement);
   bool query = lease.translation().is_query;
   while (lease.Step()) {
   }
   lease.Done();
   if (query) return -1;
-  return static_cast<long>(im.engine_->Changes());
+  return static_cast<long>(im.engine(write).Changes());
 }
 
 void Connection::BeginTrans() {
   Impl& im = impl();
   if (im.in_transaction_) throw DatabaseError("a transaction is already open on this connection");
-  RunEngineSql("BEGIN", {}, "BeginTrans");
+  im.tx_on_writer_ = im.SnapshotSeparatesWrites();
   im.in_transaction_ = true;
+  try {
+    RunEngineSql("BEGIN", {}, "BeginTrans");
+  } catch (...) {
+    im.in_transaction_ = false;
+    throw;
+  }
 }
 
 void Connection::CommitTrans() {
@@ -84,9 +118,27 @@ void Connection::CommitTrans() {
 void Connection::RollbackTrans() {
   Impl& im = impl();
   if (!im.in_transaction_) throw DatabaseError("RollbackTrans without BeginTrans");
-  RunEngineSql("ROLLBACK", {}, "RollbackTrans");
+  try {
+    RunEngineSql("ROLLBACK", {}, "RollbackTrans");
+  } catch (...) {
+    im.in_transaction_ = false;
+    throw;
+  }
   im.in_transaction_ = false;
 }
+
+void Connection::BeginSnapshot() {
+  Impl& im = impl();
+  if (im.snapshot_depth_++ == 0 && !im.in_transaction_) im.engine_->BeginSnapshot();
+}
+
+void Connection::EndSnapshot() {
+  Impl& im = impl();
+  if (im.snapshot_depth_ == 0) return;
+  if (--im.snapshot_depth_ == 0 && !im.in_transaction_) im.engine_->EndSnapshot();
+}
+
+std::string Connection::Describe() const { return impl().engine_->Describe(); }
 
 std::string Connection::EngineText(const std::string& statement) {
   if (IsShapeStatement(statement))
@@ -98,7 +150,7 @@ std::string Connection::EngineText(const std::string& statement) {
 
 bool Connection::ReturnsRows(const std::string& statement) {
   if (IsShapeStatement(statement)) return true;
-  return impl().cache_->Get(statement).translation().is_query;
+  return impl().cache(false).Get(statement).translation().is_query;
 }
 
 void Connection::RefreshSchema() {
@@ -181,7 +233,7 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement) const {
   if (IsShapeStatement(statement)) {
     ShapeNode node = ParseShape(statement);
     try {
-      return RunShape(*im.cache_, node, statement);
+      return RunShape(im.cache(false), node, statement);
     } catch (const ReportError& e) {
       // A command's own message names the inner command; add the SHAPE
       // statement it came from.
@@ -189,7 +241,7 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement) const {
       throw DatabaseError(e.number(), e.description() + "\nin the SHAPE statement: " + statement);
     }
   }
-  return ReadRows(*im.cache_, statement);
+  return ReadRows(im.cache(false), statement);
 }
 
 std::vector<std::string> Connection::PrimaryKey(const std::string& table) {
@@ -199,15 +251,27 @@ std::vector<std::string> Connection::PrimaryKey(const std::string& table) {
 int64_t Connection::RunEngineSql(const std::string& sql, const std::vector<Variant>& values,
                                  const std::string& original) {
   Impl& im = impl();
-  auto stmt = im.engine_->Prepare(sql, original);
+  Engine& engine = im.engine(true);
+  // The engine's own marker for each value ("?1" is written by the callers).
+  std::string text = sql;
+  if (engine.dialect() != sql::Dialect::SQLite) {
+    for (size_t i = values.size(); i >= 1; --i) {
+      std::string from = "?" + std::to_string(i), to = engine.ParameterMarker(static_cast<int>(i));
+      for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+    }
+  }
+  auto stmt = engine.Prepare(text, original);
   for (size_t i = 0; i < values.size(); ++i) stmt->Bind(static_cast<int>(i) + 1, values[i]);
   while (stmt->Step()) {
   }
   stmt->Reset();
-  return im.engine_->Changes();
+  return engine.Changes();
 }
 
-int64_t Connection::LastInsertId() { return impl().engine_->LastInsertId(); }
+int64_t Connection::LastInsertId() { return impl().engine(true).LastInsertId(); }
+
+sql::Dialect Connection::Dialect() const { return impl().engine_->dialect(); }
 
 size_t Connection::CachedStatementCount() const { return impl_ ? impl_->cache_->size() : 0; }
 

@@ -33,6 +33,7 @@ class Connection {
   void Close();
   // adStateOpen or adStateClosed.
   int State() const;
+  // The URL the connection was opened with, without its password.
   const std::string& ConnectionString() const;
 
   // Where cursors live: adUseServer (the default) or adUseClient. With a
@@ -51,6 +52,20 @@ class Connection {
   void BeginTrans();
   void CommitTrans();
   void RollbackTrans();
+
+  // One consistent view of the database for every statement until the
+  // matching EndSnapshot (calls nest; the outermost pair counts). On a
+  // server the reads then run in one read-only snapshot transaction, so a
+  // report's totals never mix two moments of a busy day; its writes go
+  // through a second session in their own short transactions. Does nothing
+  // on SQLite. Prefer the Snapshot guard below.
+  void BeginSnapshot();
+  void EndSnapshot();
+
+  // Names the database for messages (file, or server host, port and
+  // database), never with a password.
+  std::string Describe() const;
+  sql::Dialect Dialect() const;
 
   // The engine's text for a statement, without running it (a SHAPE is not a
   // single statement and throws).
@@ -83,6 +98,32 @@ class Connection {
  private:
   Impl& impl() const;
   std::shared_ptr<Impl> impl_;
+};
+
+// Holds a connection's snapshot for the life of a scope: a report's run.
+class Snapshot {
+ public:
+  explicit Snapshot(Connection& connection) : connection_(connection) {
+    if (connection_.State() == adStateOpen) {
+      connection_.BeginSnapshot();
+      held_ = true;
+    }
+  }
+  ~Snapshot() {
+    if (!held_) return;
+    try {
+      connection_.EndSnapshot();
+    } catch (...) {
+      // Ending a read-only transaction loses nothing; a connection that
+      // broke has already been reported by the statement that failed.
+    }
+  }
+  Snapshot(const Snapshot&) = delete;
+  Snapshot& operator=(const Snapshot&) = delete;
+
+ private:
+  Connection& connection_;
+  bool held_ = false;
 };
 
 }  // namespace orv::db

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "common/variant.h"
+#include "platform/db/table_def.h"
 #include "platform/sql/translate.h"
 
 namespace orv::db {
@@ -53,11 +54,34 @@ class Engine {
   virtual sql::Dialect dialect() const = 0;
   // The text of parameter n (1-based) in the engine's SQL ("?1", "$1").
   virtual std::string ParameterMarker(int n) const = 0;
+  // Names the database for messages: the file, or host, port and database
+  // of a server. Never holds a password.
+  virtual std::string Describe() const = 0;
+
+  // Holds one consistent view of the database for the statements that
+  // follow, until EndSnapshot. An engine whose readers already see one
+  // moment per statement and where a long read would block the practice's
+  // writers (SQLite) does nothing.
+  virtual void BeginSnapshot() {}
+  virtual void EndSnapshot() {}
+
+  // For copying a practice between engines: the tables with their declared
+  // types, keys and indexes; creating and dropping them; loading rows.
+  virtual std::vector<TableDef> ListTables() = 0;
+  virtual void CreateTable(const TableDef& table) = 0;
+  virtual void DropTable(const std::string& table) = 0;
+  // Appends rows (values in the table's column order, as Variants of the
+  // layer: Currency, DateTime, text, integers, Bytes, Null).
+  virtual void InsertRows(const TableDef& table, const std::vector<std::vector<Variant>>& rows) = 0;
+  // Called once a table's rows are in: lets the engine move its key
+  // generator past the largest key copied.
+  virtual void FinishTable(const TableDef& table) {}
 };
 
 // Opens the engine a connection URL names: "sqlite:/path/practice.db",
 // "sqlite::memory:", or a bare file path (SQLite). Throws DatabaseError for a
 // file that cannot be opened or is no database, and for an unknown scheme.
-std::unique_ptr<Engine> OpenEngine(const std::string& url);
+// With `create`, a SQLite file that does not exist is made (empty).
+std::unique_ptr<Engine> OpenEngine(const std::string& url, bool create = false);
 
 }  // namespace orv::db

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 
+#include "platform/db/connection_url.h"
 #include "platform/db/db_error.h"
+#include "platform/db/postgres_engine.h"
 #include "platform/sql/sqlite_functions.h"
 
 namespace orv::db {
@@ -114,10 +116,11 @@ class SqliteStatement : public EngineStatement {
 
 }  // namespace
 
-SqliteEngine::SqliteEngine(const std::string& path) : path_(path) {
+SqliteEngine::SqliteEngine(const std::string& path, bool create) : path_(path) {
   // The file must exist: a report never creates a practice database, and a
-  // mistyped path should say so rather than yield an empty one.
-  int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI;
+  // mistyped path should say so rather than yield an empty one. Only the
+  // commands that write a whole practice create one.
+  int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | (create ? SQLITE_OPEN_CREATE : 0);
   int rc = sqlite3_open_v2(path.c_str(), &db_, flags, nullptr);
   if (rc != SQLITE_OK) {
     std::string msg = db_ ? sqlite3_errmsg(db_) : sqlite3_errstr(rc);
@@ -183,17 +186,122 @@ std::vector<std::string> SqliteEngine::PrimaryKey(const std::string& table) {
   return out;
 }
 
-std::unique_ptr<Engine> OpenEngine(const std::string& url) {
+std::vector<TableDef> SqliteEngine::ListTables() {
+  std::vector<TableDef> tables;
+  sql::Schema schema = LoadSchema();
+  sqlite3_stmt* stmt = nullptr;
+  sqlite3_prepare_v2(db_,
+                     "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite_%' "
+                     "ORDER BY name",
+                     -1, &stmt, nullptr);
+  while (sqlite3_step(stmt) == SQLITE_ROW) {
+    TableDef t;
+    t.name = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
+    if (const auto* cols = schema.FindTable(t.name)) t.columns = *cols;
+    tables.push_back(std::move(t));
+  }
+  sqlite3_finalize(stmt);
+  for (TableDef& t : tables) {
+    t.primary_key = PrimaryKey(t.name);
+    // Indexes the practice made (not the ones SQLite makes for keys).
+    sqlite3_prepare_v2(db_,
+                       "SELECT il.name, il.\"unique\", ii.name FROM pragma_index_list(?1) AS il, "
+                       "pragma_index_info(il.name) AS ii WHERE il.origin = 'c' ORDER BY il.name, ii.seqno",
+                       -1, &stmt, nullptr);
+    sqlite3_bind_text(stmt, 1, t.name.c_str(), -1, SQLITE_TRANSIENT);
+    while (sqlite3_step(stmt) == SQLITE_ROW) {
+      std::string index = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
+      if (t.indexes.empty() || t.indexes.back().name != index)
+        t.indexes.push_back(IndexDef{index, {}, sqlite3_column_int(stmt, 1) != 0});
+      t.indexes.back().columns.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 2)));
+    }
+    sqlite3_finalize(stmt);
+  }
+  return tables;
+}
+
+namespace {
+
+std::string QuoteIdent(const std::string& name) {
+  std::string out = "\"";
+  for (char c : name) {
+    if (c == '"') out += '"';
+    out += c;
+  }
+  return out + "\"";
+}
+
+void Exec(sqlite3* db, const std::string& sql, const std::string& what) {
+  char* err = nullptr;
+  if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
+    std::string msg = err ? err : sqlite3_errmsg(db);
+    sqlite3_free(err);
+    throw DatabaseError(DescribeStatementError(what + ": " + msg, sql));
+  }
+}
+
+}  // namespace
+
+void SqliteEngine::CreateTable(const TableDef& t) {
+  // The declared SQL Server types are kept as they are: the translator
+  // reads them back to know money, dates and text.
+  std::string ddl = "CREATE TABLE " + QuoteIdent(t.name) + " (";
+  bool single_key = t.primary_key.size() == 1;
+  for (size_t i = 0; i < t.columns.size(); ++i) {
+    const auto& c = t.columns[i];
+    ddl += (i ? ", " : "") + QuoteIdent(c.name) + " " + c.declared;
+    if (single_key && c.name == t.primary_key[0]) ddl += " PRIMARY KEY";
+  }
+  if (t.primary_key.size() > 1) {
+    ddl += ", PRIMARY KEY (";
+    for (size_t i = 0; i < t.primary_key.size(); ++i) ddl += (i ? ", " : "") + QuoteIdent(t.primary_key[i]);
+    ddl += ")";
+  }
+  Exec(db_, ddl + ")", "cannot create table " + t.name);
+  for (const IndexDef& ix : t.indexes) {
+    std::string cols;
+    for (const auto& c : ix.columns) cols += (cols.empty() ? "" : ", ") + QuoteIdent(c);
+    Exec(db_,
+         std::string(ix.unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + QuoteIdent(ix.name) + " ON " +
+             QuoteIdent(t.name) + " (" + cols + ")",
+         "cannot create index " + ix.name);
+  }
+}
+
+void SqliteEngine::DropTable(const std::string& table) {
+  Exec(db_, "DROP TABLE IF EXISTS " + QuoteIdent(table), "cannot drop table " + table);
+}
+
+void SqliteEngine::InsertRows(const TableDef& t, const std::vector<std::vector<Variant>>& rows) {
+  if (rows.empty()) return;
+  std::string cols, marks;
+  for (size_t i = 0; i < t.columns.size(); ++i) {
+    cols += (i ? ", " : "") + QuoteIdent(t.columns[i].name);
+    marks += (i ? ", ?" : "?") + std::to_string(i + 1);
+  }
+  auto stmt = Prepare("INSERT INTO " + QuoteIdent(t.name) + " (" + cols + ") VALUES (" + marks + ")",
+                      "copying rows into " + t.name);
+  for (const auto& row : rows) {
+    for (size_t i = 0; i < row.size(); ++i) stmt->Bind(static_cast<int>(i) + 1, row[i]);
+    while (stmt->Step()) {
+    }
+    stmt->Reset();
+  }
+}
+
+std::unique_ptr<Engine> OpenEngine(const std::string& url, bool create) {
+  if (EngineOfUrl(url) == EngineKind::PostgreSQL) {
+    if (create) CreatePostgresDatabaseIfMissing(url);
+    return OpenPostgresEngine(url);
+  }
   std::string path = url;
   if (url.rfind("sqlite:", 0) == 0) {
     path = url.substr(7);
     // "sqlite:///abs/path" and "sqlite://rel" are accepted like "sqlite:/abs".
     if (path.rfind("//", 0) == 0) path = path.substr(2);
-  } else if (url.rfind("postgresql:", 0) == 0 || url.rfind("postgres:", 0) == 0) {
-    throw DatabaseError("cannot open '" + url + "': the PostgreSQL engine is not built in");
   }
   if (path.empty()) throw DatabaseError("cannot open the database: the connection names no file");
-  return std::make_unique<SqliteEngine>(path);
+  return std::make_unique<SqliteEngine>(path, create);
 }
 
 }  // namespace orv::db

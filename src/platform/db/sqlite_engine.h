@@ -14,7 +14,8 @@ class SqliteEngine : public Engine {
  public:
   // Opens an existing database file (or ":memory:"). Throws DatabaseError when
   // the file is missing, unreadable or no SQLite database.
-  explicit SqliteEngine(const std::string& path);
+  // With `create`, a missing file is made.
+  explicit SqliteEngine(const std::string& path, bool create = false);
   ~SqliteEngine() override;
   SqliteEngine(const SqliteEngine&) = delete;
   SqliteEngine& operator=(const SqliteEngine&) = delete;
@@ -31,6 +32,12 @@ class SqliteEngine : public Engine {
     marker += std::to_string(n);
     return marker;
   }
+
+  std::string Describe() const override { return "SQLite database " + path_; }
+  std::vector<TableDef> ListTables() override;
+  void CreateTable(const TableDef& table) override;
+  void DropTable(const std::string& table) override;
+  void InsertRows(const TableDef& table, const std::vector<std::vector<Variant>>& rows) override;
 
   sqlite3* handle() const { return db_; }
 

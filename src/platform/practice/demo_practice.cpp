@@ -14,6 +14,17 @@
 namespace orv::practice {
 namespace {
 
+// The first n characters of UTF-8 text: names such as "Noémie" must not be
+// cut inside a letter, which would leave bytes no database takes as text.
+std::string Initials(const std::string& text, size_t n) {
+  size_t at = 0;
+  for (size_t chars = 0; at < text.size() && chars < n; ++chars) {
+    ++at;
+    while (at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80) ++at;
+  }
+  return text.substr(0, at);
+}
+
 // ---- Calendar: days since 1970-01-01 ------------------------------------
 
 int64_t DaysFromCivil(int y, int m, int d) {
@@ -519,7 +530,7 @@ class Generator {
           .Text("FirstName", e.first)
           .Text("FullName", e.first + " " + e.last)
           .Int("TypeID", role.type)
-          .Text("Symbol", e.first.substr(0, 1) + e.last.substr(0, 1))
+          .Text("Symbol", Initials(e.first, 1) + Initials(e.last, 1))
           .Text("UserName", e.first + std::to_string(e.id))
           .Int("Commission", role.commission)
           .Cents("TargetIncomePerDay", producer ? 250000 : 0)
@@ -686,7 +697,7 @@ class Generator {
           .Text("BirthDate", Iso(p.birth))
           .Text("SignupDate", Iso(self_sign ? signup : signup + 30, 540 + 15 * (p.id % 20)))
           .Text("Address", address)
-          .Text("ManualChartNumber", last.substr(0, 1) + "-" + std::to_string(p.id))
+          .Text("ManualChartNumber", Initials(last, 1) + "-" + std::to_string(p.id))
           .Text("Language", french ? "F" : "E")
           .Int("Interest", interest ? 1 : 0)
           .Int("AccountholderOnly", 0)
@@ -726,7 +737,7 @@ class Generator {
         r.Int("Student", p.birth < today_ - 5 * 365 ? 1 : 0)
             .Text("Schoolname", quebec ? "École du Boisé" : "Maple Grove Public School");
       }
-      if (p.id % 17 == 0) r.Text("PreferredName", p.first.substr(0, 3));
+      if (p.id % 17 == 0) r.Text("PreferredName", Initials(p.first, 3));
       if (p.id % 9 == 0) r.Text("MedicalAlert", "Heart murmur");
       if (p.id % 23 == 0) r.Text("PremedType", "Amoxicillin 2 g");
       if (p.id % 5 == 0) r.Text("GlobalNotes", "Prefers text reminders.");

@@ -1,0 +1,145 @@
+#include "platform/db/copy_database.h"
+
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "platform/db/connection_url.h"
+#include "platform/db/db_error.h"
+#include "platform/db/engine.h"
+#include "platform/db/field_type.h"
+
+namespace orv::db {
+
+namespace {
+
+// Rows sent to the target at a time: large enough that a server copy is one
+// stream per batch, small enough to keep memory flat on a big practice.
+constexpr size_t kBatchRows = 5000;
+
+void Run(Engine& engine, const std::string& sql, const std::string& what) {
+  auto stmt = engine.Prepare(sql, what);
+  while (stmt->Step()) {
+  }
+}
+
+std::string QuoteIdent(const std::string& name) {
+  std::string out = "\"";
+  for (char c : name) {
+    if (c == '"') out += '"';
+    out += c;
+  }
+  return out + "\"";
+}
+
+int64_t CountRows(Engine& engine, const TableDef& t) {
+  auto stmt = engine.Prepare("SELECT COUNT(*) FROM " + QuoteIdent(t.name), "counting " + t.name);
+  if (!stmt->Step()) return 0;
+  Variant v = stmt->Column(0);
+  if (auto* i = std::get_if<int64_t>(&v.storage())) return *i;
+  if (auto* c = std::get_if<Currency>(&v.storage())) return c->raw() / Currency::kScale;
+  return 0;
+}
+
+// A stored value in the form the target binds. Money and dates are turned
+// into Currency and DateTime (exact decimal, ISO text); everything else goes
+// as stored, so flags keep their -1 and text its blanks.
+Variant Portable(Variant stored, sql::ValueKind kind) {
+  switch (kind) {
+    case sql::ValueKind::Money:
+    case sql::ValueKind::Date:
+    case sql::ValueKind::Blob:
+      return ValueOfKind(std::move(stored), kind);
+    default:
+      return stored;
+  }
+}
+
+}  // namespace
+
+CopySummary CopyDatabase(const std::string& from_url, const std::string& to_url, const CopyOptions& options) {
+  if (from_url == to_url) throw DatabaseError("copy-db: the source and the target are the same database");
+  std::unique_ptr<Engine> from = OpenEngine(from_url);
+  std::vector<TableDef> tables = from->ListTables();
+
+  // A SQLite target that does not exist yet is made, and removed again if
+  // the copy fails.
+  std::string created_file;
+  if (EngineOfUrl(to_url) == EngineKind::SQLite) {
+    std::string path = to_url.rfind("sqlite:", 0) == 0 ? to_url.substr(7) : to_url;
+    if (path.rfind("//", 0) == 0) path = path.substr(2);
+    if (!path.empty() && path != ":memory:" && !std::filesystem::exists(path)) created_file = path;
+  }
+  std::unique_ptr<Engine> to;
+  try {
+    to = OpenEngine(to_url, true);
+  } catch (...) {
+    if (!created_file.empty()) std::filesystem::remove(created_file);
+    throw;
+  }
+
+  std::vector<TableDef> existing = to->ListTables();
+  if (!existing.empty() && !options.replace) {
+    throw DatabaseError("copy-db: the target " + to->Describe() + " already holds " +
+                        std::to_string(existing.size()) + " tables (" + existing.front().name +
+                        ", ...); give --replace to overwrite them");
+  }
+
+  int64_t total = 0;
+  std::vector<int64_t> counts;
+  for (const TableDef& t : tables) {
+    counts.push_back(CountRows(*from, t));
+    total += counts.back();
+  }
+
+  CopySummary summary;
+  try {
+    Run(*to, "BEGIN", "copy-db");
+    for (const TableDef& t : existing) to->DropTable(t.name);
+    int64_t done = 0;
+    for (size_t k = 0; k < tables.size(); ++k) {
+      const TableDef& t = tables[k];
+      if (options.progress) options.progress(total ? static_cast<int>(done * 100 / total) : 0, t.name);
+      to->CreateTable(t);
+      std::string cols;
+      for (const auto& c : t.columns) cols += (cols.empty() ? "" : ", ") + QuoteIdent(c.name);
+      auto rows_of = from->Prepare("SELECT " + cols + " FROM " + QuoteIdent(t.name), "reading " + t.name);
+      std::vector<std::vector<Variant>> batch;
+      batch.reserve(kBatchRows);
+      while (rows_of->Step()) {
+        std::vector<Variant> row;
+        row.reserve(t.columns.size());
+        for (size_t i = 0; i < t.columns.size(); ++i)
+          row.push_back(Portable(rows_of->Column(static_cast<int>(i)), t.columns[i].kind));
+        batch.push_back(std::move(row));
+        if (batch.size() == kBatchRows) {
+          to->InsertRows(t, batch);
+          done += static_cast<int64_t>(batch.size());
+          summary.rows += static_cast<int64_t>(batch.size());
+          batch.clear();
+          if (options.progress) options.progress(total ? static_cast<int>(done * 100 / total) : 0, t.name);
+        }
+      }
+      to->InsertRows(t, batch);
+      done += static_cast<int64_t>(batch.size());
+      summary.rows += static_cast<int64_t>(batch.size());
+      to->FinishTable(t);
+      ++summary.tables;
+    }
+    Run(*to, "COMMIT", "copy-db");
+    if (options.progress) options.progress(100, "");
+  } catch (...) {
+    try {
+      Run(*to, "ROLLBACK", "copy-db");
+    } catch (...) {
+      // The connection may be the thing that failed; the server then drops
+      // the transaction itself.
+    }
+    to.reset();
+    if (!created_file.empty()) std::filesystem::remove(created_file);
+    throw;
+  }
+  return summary;
+}
+
+}  // namespace orv::db
