@@ -8,7 +8,9 @@
 #   scripts/pg.sh url DIR     prints the URL of a running cluster
 #
 # The URL names the superuser "orvenda" with trust authentication on
-# 127.0.0.1 only, so nothing outside this machine can reach it.
+# 127.0.0.1 only, so nothing outside this machine can reach it. A second
+# login, "orvenda_pw" with the password "right-password", must give its
+# password, so that the tests can try a wrong one.
 set -euo pipefail
 cmd=${1:?usage: pg.sh start|stop|url DIR}
 dir=${2:?usage: pg.sh start|stop|url DIR}
@@ -36,12 +38,21 @@ case $cmd in
     if [ ! -f "$dir/data/PG_VERSION" ]; then
       "${run_as[@]}" "$bin/initdb" -D "$dir/data" -U orvenda --auth=trust --encoding=UTF8 \
         --locale=C.UTF-8 >"$dir/initdb.log" 2>&1 || { cat "$dir/initdb.log" >&2; exit 1; }
+      hba="$dir/data/pg_hba.conf"
+      { echo "host all orvenda_pw 127.0.0.1/32 scram-sha-256"; cat "$hba"; } >"$hba.new"
+      mv "$hba.new" "$hba"
+      if [ "$(id -u)" = 0 ]; then chown "$owner" "$hba"; fi
+      fresh=1
     fi
     port=$(free_port)
     echo "$port" >"$dir/port"
     "${run_as[@]}" "$bin/pg_ctl" -D "$dir/data" -l "$dir/server.log" -w -t 60 \
       -o "-c listen_addresses=127.0.0.1 -p $port -k $dir -c fsync=off -c synchronous_commit=off -c full_page_writes=off -c max_connections=60" \
       start >/dev/null || { cat "$dir/server.log" >&2; exit 1; }
+    if [ "${fresh:-0}" = 1 ]; then
+      psql -q "postgresql://orvenda@127.0.0.1:$port/postgres" \
+        -c "CREATE ROLE orvenda_pw LOGIN PASSWORD 'right-password' CREATEDB" >/dev/null
+    fi
     echo "postgresql://orvenda@127.0.0.1:$port/postgres"
     ;;
   stop)

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # The whole test suite: installs what is missing, builds with AddressSanitizer
-# and UndefinedBehaviorSanitizer, runs every test with CTest, runs the T-SQL
-# conformance cases through the command-line host, and fuzzes the T-SQL
-# parser briefly.
+# and UndefinedBehaviorSanitizer, starts a throwaway PostgreSQL server, runs
+# every test with CTest, runs the T-SQL conformance cases through the
+# command-line host on both engines, compares every report's text between
+# the engines, and fuzzes the T-SQL parser briefly.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
@@ -13,16 +14,58 @@ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Debug -DORVENDA_SANITIZE=ON >/dev/null
 cmake --build "$build" -j"$jobs"
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+app="$root/$build/app/orvenda-reports"
+
+# A PostgreSQL cluster of our own (own data folder, loopback, free port),
+# stopped on the way out. Under CI the server tests must run; elsewhere a
+# machine without the server skips them and says so.
+pg_dir=""
+if [ -z "${ORVENDA_TEST_PG:-}" ]; then
+  pg_dir=$(mktemp -d /tmp/orvenda-pg.XXXXXX)
+  if ORVENDA_TEST_PG=$(bash scripts/pg.sh start "$pg_dir"); then
+    export ORVENDA_TEST_PG
+    trap 'bash "$root/scripts/pg.sh" stop "$pg_dir"; rm -rf "$pg_dir"' EXIT
+    echo "== PostgreSQL test server at $ORVENDA_TEST_PG"
+  else
+    rm -rf "$pg_dir"
+    unset ORVENDA_TEST_PG
+    if [ -n "${CI:-}" ]; then echo "PostgreSQL did not start; under CI its tests must run" >&2; exit 1; fi
+    echo "== PostgreSQL is not available here: its tests are skipped"
+  fi
+fi
+
 ctest --test-dir "$build" --output-on-failure -j"$jobs"
 
 # The shared T-SQL conformance cases, run through `orvenda-reports sql` as a
 # support person would run them (they sit beside the checkout when present).
 cases="$root/../shared/tsql-cases"
+status=0
 if [ -x "$cases/run.sh" ]; then
-  echo "== T-SQL conformance cases"
-  bash "$cases/run.sh" -c "$root/$build/app/orvenda-reports sql --db sqlite:{db} --today 2026-11-20 --format tsv" \
-    | tail -n 1
+  echo "== T-SQL conformance cases on SQLite"
+  result=$(bash "$cases/run.sh" -c "$app sql --db sqlite:{db} --today 2026-11-20 --format tsv" | tail -n 1 || true)
+  echo "$result"
+  case $result in *" 0 failed") ;; *) status=1 ;; esac
+  if [ -n "${ORVENDA_TEST_PG:-}" ]; then
+    echo "== T-SQL conformance cases on PostgreSQL"
+    result=$(bash "$cases/run.sh" \
+      -c "bash $root/scripts/pg-sql.sh $app $ORVENDA_TEST_PG {db} --today 2026-11-20 --format tsv" | tail -n 1 || true)
+    echo "$result"
+    case $result in *" 0 failed") ;; *) status=1 ;; esac
+  fi
 fi
+
+# Every report on the same demo practice, once from the file and once from
+# the server: the documents' text must be the same.
+if [ -n "${ORVENDA_TEST_PG:-}" ]; then
+  echo "== reports on SQLite and on PostgreSQL"
+  work="$root/$build/engines"
+  rm -rf "$work" && mkdir -p "$work"
+  "$app" demo-db "$work/demo.db" --patients 300 --today 2026-11-23 >/dev/null
+  "$app" copy-db "$work/demo.db" "${ORVENDA_TEST_PG%/*}/engines_demo" --replace >/dev/null 2>&1
+  bash scripts/compare-engines.sh "$app" "$work/demo.db" "${ORVENDA_TEST_PG%/*}/engines_demo" "$work/out" \
+    | tail -n 25 || status=1
+fi
+[ $status = 0 ] || { echo "conformance or engine comparison failed" >&2; exit 1; }
 
 # A short libFuzzer run of the T-SQL parser (clang only).
 if command -v clang++ >/dev/null && [ "${ORVENDA_SKIP_FUZZ:-0}" != 1 ]; then

@@ -155,9 +155,16 @@ class PostgresStatement : public EngineStatement {
     types_[index - 1] = type;
   }
   bool Step() override;
-  int ColumnCount() const override { return result_.get() ? PQnfields(result_.get()) : 0; }
+  // The shape of the result is known once the statement has run; asking
+  // for it first runs the statement with the values bound so far (callers
+  // bind, then ask, then step), as SQLite knows it after preparing.
+  int ColumnCount() const override {
+    if (!executed_) const_cast<PostgresStatement*>(this)->Execute();
+    return PQnfields(result_.get());
+  }
   std::string ColumnName(int column) const override {
-    const char* n = result_.get() ? PQfname(result_.get(), column) : nullptr;
+    if (!executed_) const_cast<PostgresStatement*>(this)->Execute();
+    const char* n = PQfname(result_.get(), column);
     return n ? n : "";
   }
   Variant Column(int column) const override;

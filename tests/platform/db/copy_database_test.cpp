@@ -1,0 +1,122 @@
+// Copying a practice database between engines, here file to file: declared
+// types, keys, indexes and every value come through unchanged, and a failed
+// or refused copy leaves the target as it was.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <filesystem>
+
+#include "platform/db/copy_database.h"
+#include "platform/db/db_error.h"
+#include "temp_db.h"
+
+namespace orv::db {
+namespace {
+
+using testing::TempDb;
+
+// Values chosen for what breaks copies: money with four decimals and at the
+// edge of its range, negative money, text with tabs, newlines, backslashes,
+// quotes and accents, NULLs, flags of -1, dates with times, a blob.
+constexpr const char* kPractice = R"(
+CREATE TABLE "Invoices" ("ID" INTEGER PRIMARY KEY, "PatientID" INTEGER, "Complete?" INTEGER,
+  "InvoiceTotal" MONEY, "Date" DATETIME, "Notes" VARCHAR(60), "Code" CHAR(5), "Rate" FLOAT, "Logo" BLOB);
+CREATE INDEX "IX_Invoices_PatientID" ON "Invoices" ("PatientID");
+CREATE UNIQUE INDEX "IX_Invoices_Code_Date" ON "Invoices" ("Code", "Date");
+CREATE TABLE "Splits" ("EmployeeID" INTEGER, "Code" VARCHAR(10), "Share" FLOAT, PRIMARY KEY ("EmployeeID", "Code"));
+INSERT INTO "Invoices" VALUES (1, 7, -1, 125.5, '2026-11-20 00:00:00', 'Crown, tooth 36', 'A1', 0.5, x'00ff10');
+INSERT INTO "Invoices" VALUES (2, 7, 0, -0.0001, '2026-11-21 14:05:00', 'tab	and
+newline \ back''quote', 'B2', NULL, NULL);
+INSERT INTO "Invoices" VALUES (5, 8, 0, 922337203685.4775, '1999-12-31 23:59:59', 'Hélène Côté', NULL, 1e-7, NULL);
+INSERT INTO "Invoices" VALUES (6, NULL, NULL, NULL, NULL, NULL, 'C3', NULL, NULL);
+INSERT INTO "Splits" VALUES (3, 'HYG', 0.4), (3, 'DDS', 0.6);
+)";
+
+std::string TempPath(const char* name) {
+  return (std::filesystem::temp_directory_path() / (std::string("orv_copy_") + std::to_string(::getpid()) + name))
+      .string();
+}
+
+// Rows of `table` in `a` that `b` lacks, and the other way round.
+int Differences(const std::string& a, const std::string& b, const std::string& table) {
+  sqlite3* db = nullptr;
+  sqlite3_open(a.c_str(), &db);
+  sqlite3_exec(db, ("ATTACH '" + b + "' AS other").c_str(), nullptr, nullptr, nullptr);
+  std::string q = "SELECT (SELECT COUNT(*) FROM (SELECT * FROM main.\"" + table + "\" EXCEPT SELECT * FROM other.\"" +
+                  table + "\")) + (SELECT COUNT(*) FROM (SELECT * FROM other.\"" + table +
+                  "\" EXCEPT SELECT * FROM main.\"" + table + "\"))";
+  sqlite3_stmt* st = nullptr;
+  int n = -1;
+  if (sqlite3_prepare_v2(db, q.c_str(), -1, &st, nullptr) == SQLITE_OK && sqlite3_step(st) == SQLITE_ROW)
+    n = sqlite3_column_int(st, 0);
+  sqlite3_finalize(st);
+  sqlite3_close(db);
+  return n;
+}
+
+std::string SchemaText(const std::string& path) {
+  sqlite3* db = nullptr;
+  sqlite3_open(path.c_str(), &db);
+  sqlite3_stmt* st = nullptr;
+  std::string out;
+  sqlite3_prepare_v2(db, "SELECT sql FROM sqlite_master WHERE sql IS NOT NULL ORDER BY name", -1, &st, nullptr);
+  while (sqlite3_step(st) == SQLITE_ROW) out += std::string(reinterpret_cast<const char*>(sqlite3_column_text(st, 0))) + "\n";
+  sqlite3_finalize(st);
+  sqlite3_close(db);
+  return out;
+}
+
+TEST(CopyDatabase, FileToFileKeepsTypesKeysIndexesAndValues) {
+  TempDb source(kPractice);
+  std::string target = TempPath("_target.db");
+  std::filesystem::remove(target);
+  std::vector<int> seen;
+  CopyOptions options;
+  options.progress = [&](int percent, const std::string&) { seen.push_back(percent); };
+  CopySummary s = CopyDatabase(source.url(), "sqlite:" + target, options);
+  EXPECT_EQ(s.tables, 2);
+  EXPECT_EQ(s.rows, 6);
+  EXPECT_EQ(Differences(source.path(), target, "Invoices"), 0);
+  EXPECT_EQ(Differences(source.path(), target, "Splits"), 0);
+  ASSERT_FALSE(seen.empty());
+  EXPECT_EQ(seen.back(), 100);
+  std::string schema = SchemaText(target);
+  EXPECT_NE(schema.find("\"InvoiceTotal\" MONEY"), std::string::npos) << schema;
+  EXPECT_NE(schema.find("\"ID\" INTEGER PRIMARY KEY"), std::string::npos) << schema;
+  EXPECT_NE(schema.find("PRIMARY KEY (\"EmployeeID\", \"Code\")"), std::string::npos) << schema;
+  EXPECT_NE(schema.find("CREATE UNIQUE INDEX \"IX_Invoices_Code_Date\" ON \"Invoices\" (\"Code\", \"Date\")"),
+            std::string::npos)
+      << schema;
+
+  // A target that holds tables is refused and left alone; --replace
+  // overwrites it.
+  TempDb other("CREATE TABLE \"Keep\" (\"ID\" INTEGER); INSERT INTO \"Keep\" VALUES (1);");
+  try {
+    CopyDatabase(source.url(), other.url());
+    FAIL() << "a non-empty target was overwritten";
+  } catch (const DatabaseError& e) {
+    EXPECT_NE(e.description().find("already holds 1 tables (Keep"), std::string::npos) << e.description();
+  }
+  EXPECT_NE(SchemaText(other.path()).find("Keep"), std::string::npos);
+  options.replace = true;
+  CopyDatabase(source.url(), other.url(), options);
+  EXPECT_EQ(SchemaText(other.path()).find("Keep"), std::string::npos);
+  EXPECT_EQ(Differences(source.path(), other.path(), "Invoices"), 0);
+  std::filesystem::remove(target);
+}
+
+TEST(CopyDatabase, RefusedCopiesLeaveNothingBehind) {
+  TempDb source(kPractice);
+  std::string target = TempPath("_refused.db");
+  std::filesystem::remove(target);
+  // The source and target must differ.
+  EXPECT_THROW(CopyDatabase(source.url(), source.url()), DatabaseError);
+  // A source that does not exist makes no target.
+  EXPECT_THROW(CopyDatabase("sqlite:/no/such/practice.db", "sqlite:" + target), DatabaseError);
+  EXPECT_FALSE(std::filesystem::exists(target));
+  // A target in a folder that does not exist.
+  EXPECT_THROW(CopyDatabase(source.url(), "sqlite:/no/such/folder/copy.db"), DatabaseError);
+}
+
+}  // namespace
+}  // namespace orv::db
