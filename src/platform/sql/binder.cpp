@@ -156,6 +156,7 @@ void Binder::AddSources(TableSource& src, Scope* scope, Scope* outer) {
       const std::vector<ColumnType>* cols = schema_.FindTable(src.table);
       if (!cols) Fail("Invalid object name '" + src.table + "'", src.pos);
       src.columns = *cols;
+      src.table = schema_.TableName(src.table);
       break;
     }
     case TableSource::Kind::Derived: {
@@ -236,7 +237,7 @@ void Binder::BindWrite(Statement& st) {
   target_->columns = *cols;
   // The target keeps its own name: SQLite's UPDATE and DELETE take no alias.
   target_->engine_alias = st.table;
-  st.table_name = st.table;
+  st.table_name = schema_.TableName(st.table);
   scopes_.push_back(std::make_unique<Scope>());
   Scope* scope = scopes_.back().get();
   scope->tables.push_back(target_.get());

@@ -312,6 +312,10 @@ END $$)SQL",
               ELSE repeat(s, CAST(least(n, 7999 / octet_length(s) + 1) AS int)) END $$)SQL",
 
       // ---- LIKE ----
+      // One character as a regular expression matching just it.
+      R"SQL(CREATE OR REPLACE FUNCTION orvenda.orv_regex_char(c text) RETURNS text LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $$
+  SELECT CASE WHEN (c COLLATE "C") ~ '^[A-Za-z0-9]$' OR ascii(c) > 127 THEN c
+              ELSE '\u' || lpad(to_hex(ascii(c)), 4, '0') END $$)SQL",
       // A T-SQL pattern (% _ [abc] [a-c] [^a], an optional escape) as an
       // anchored regular expression over folded text; trailing blanks are
       // dropped as the subject's are. Characters other than letters and
@@ -379,6 +383,8 @@ LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $$
       R"SQL(CREATE OR REPLACE FUNCTION orvenda.orv_like(s text, pattern text, esc text) RETURNS boolean
 LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $$
   SELECT (rtrim(orvenda.orv_fold(s), ' ') COLLATE "C") ~ orvenda.orv_like_regex(pattern, esc) $$)SQL",
+      "CREATE OR REPLACE FUNCTION orvenda.orv_support_version() RETURNS integer LANGUAGE sql IMMUTABLE AS $$ SELECT " +
+          std::to_string(kPostgresSupportVersion) + " $$",
   };
   return kStatements;
 }

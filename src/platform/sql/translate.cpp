@@ -5,6 +5,7 @@
 
 #include "platform/sql/binder.h"
 #include "platform/sql/parser.h"
+#include "platform/sql/print_postgres.h"
 #include "platform/sql/print_sqlite.h"
 
 namespace orv::sql {
@@ -28,6 +29,12 @@ SqlError::SqlError(const std::string& reason, int line, int column, const std::s
 
 void Schema::AddTable(const std::string& table, std::vector<ColumnType> columns) {
   tables_[Lower(table)] = std::move(columns);
+  names_[Lower(table)] = table;
+}
+
+std::string Schema::TableName(std::string_view table) const {
+  auto it = names_.find(Lower(table));
+  return it == names_.end() ? std::string(table) : it->second;
 }
 
 const std::vector<ColumnType>* Schema::FindTable(std::string_view table) const {
@@ -60,13 +67,10 @@ ValueKind Schema::KindOfDeclared(std::string_view declared, int* length) {
 }
 
 Translation Translate(std::string_view tsql, const Schema& schema, Dialect dialect) {
-  if (dialect != Dialect::SQLite) {
-    throw SqlError("Only the SQLite engine is supported by this translator", 1, 1, std::string(tsql));
-  }
   Statement st = Parse(tsql);
   Bind(st, schema, tsql);
   Translation t;
-  t.sql = PrintSqlite(st);
+  t.sql = dialect == Dialect::PostgreSQL ? PrintPostgres(st) : PrintSqlite(st);
   t.is_query = st.kind == Statement::Kind::Select;
   if (t.is_query) {
     for (const SelectItem& item : st.query->selects[0]->items) {

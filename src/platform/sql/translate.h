@@ -37,6 +37,9 @@ class Schema {
   void AddTable(const std::string& table, std::vector<ColumnType> columns);
   // nullptr when there is no such table.
   const std::vector<ColumnType>* FindTable(std::string_view table) const;
+  // The name as declared (engines that keep names case-sensitive need it);
+  // `table` itself when there is no such table.
+  std::string TableName(std::string_view table) const;
   bool empty() const { return tables_.empty(); }
   // Kind of a declared type text ("MONEY" -> Money, "DATETIME" -> Date,
   // "VARCHAR(n)" -> Text, "INTEGER" -> Integer, ...).
@@ -44,6 +47,7 @@ class Schema {
 
  private:
   std::map<std::string, std::vector<ColumnType>> tables_;  // key: lower-case name
+  std::map<std::string, std::string> names_;               // lower-case name -> as declared
 };
 
 enum class Dialect { SQLite, PostgreSQL };

@@ -1,0 +1,505 @@
+#include "platform/sql/print_postgres.h"
+
+#include <vector>
+
+#include "platform/sql/postgres_traits.h"
+#include "platform/sql/printer.h"
+
+namespace orv::sql {
+
+namespace {
+
+using print::Quote;
+using print::QuoteText;
+using T = PostgresTraits;
+
+bool IsIntegral(ValueKind k) { return k == ValueKind::Integer || k == ValueKind::Boolean; }
+
+// A text column of a table or a derived table: bpchar under orv_ci
+// already (derived tables get it from the casts of OutputValue), so it
+// compares, groups and deduplicates as on the server with nothing added.
+bool IsCollatedColumn(const Expr& e) { return e.kind == ExprKind::Column && e.type.kind == ValueKind::Text; }
+
+// PostgreSQL's spelling of the constructs that differ by engine.
+//
+// Text: table columns compare natively; any other text is cast to bpchar
+// under orv_ci where it is compared, grouped or deduplicated, and a bpchar
+// value becomes text through orv_text where its trailing blanks must stay
+// (concatenation, string functions). ORDER BY orders text by orv_key in
+// the "C" collation, the order the SQLite path gives.
+// Types: PostgreSQL converts less than SQL Server, so every conversion the
+// binder decided is printed as an explicit cast or orv_* call.
+class PostgresPrinter : public print::Printer {
+ protected:
+  // || is one of the "other" operators, weaker than + and -, as strong as
+  // & | #.
+  int ConcatStrength() const override { return 1; }
+
+  // PostgreSQL 15 requires an alias on a derived table.
+  std::string WrapAlias(const Select&) const override { return " AS \"q\""; }
+
+  // After DISTINCT, UNION or WITH ROLLUP, PostgreSQL orders only by result
+  // columns, not by an expression over them such as a text sort key: such a
+  // query is wrapped and ordered from outside, by its result columns.
+  void Query(const orv::sql::Query& q) override {
+    const Select& first = *q.selects[0];
+    bool compound = q.selects.size() > 1;
+    std::vector<int> positions;
+    bool wrap = !q.order_by.empty() && (compound || first.rollup || first.distinct);
+    if (wrap) {
+      bool text_key = false;
+      for (const OrderItem& item : q.order_by) {
+        int position = item.output_position > 0 ? item.output_position : PositionInSelectList(first, *item.expr);
+        text_key = text_key || item.expr->type.kind == ValueKind::Text;
+        if (position == 0) wrap = false;  // not in the select list: the engine reports it
+        positions.push_back(position);
+      }
+      wrap = wrap && text_key;
+    }
+    if (!wrap) {
+      QueryBody(q);
+      OrderBy(q);
+      if (!compound) Limit(first);
+      return;
+    }
+    std::vector<std::string> names = ResultNames(first);
+    out_ += "SELECT * FROM (";
+    QueryBody(q);
+    out_ += ") AS \"q\"(";
+    for (size_t i = 0; i < names.size(); ++i) out_ += (i ? ", " : "") + Quote(names[i]);
+    out_ += ") ORDER BY ";
+    for (size_t i = 0; i < q.order_by.size(); ++i) {
+      const OrderItem& item = q.order_by[i];
+      Key("\"q\"." + Quote(names[static_cast<size_t>(positions[i] - 1)]), item.expr->type.kind, item.descending,
+          i == 0);
+    }
+    if (!compound) Limit(first);
+  }
+
+  void OrderBy(const orv::sql::Query& q) override {
+    if (q.order_by.empty()) return;
+    out_ += " ORDER BY ";
+    const Select& first = *q.selects[0];
+    bool single = q.selects.size() == 1 && !first.rollup;
+    for (size_t i = 0; i < q.order_by.size(); ++i) {
+      const OrderItem& item = q.order_by[i];
+      bool text = item.expr->type.kind == ValueKind::Text;
+      std::string key;
+      if (item.output_position > 0) {
+        // A sort key needs the expression; a position serves otherwise.
+        key = text && single ? SelectListText(first, item.output_position) : std::to_string(item.output_position);
+      } else {
+        key = Captured([&] { Operand(*item.expr); });
+      }
+      Key(key, item.expr->type.kind, item.descending, i == 0);
+    }
+  }
+
+  void CompareLeft(const Expr& e) override {
+    if (IsCollatedColumn(e)) {
+      Operand(e);
+      return;
+    }
+    out_ += "CAST(";
+    TextValue(e);
+    out_ += T::kCollated;
+  }
+
+  // Against a collated left operand, bpchar suffices; a literal takes the
+  // left operand's type by itself.
+  void CompareRight(const Expr& e) override {
+    if (IsCollatedColumn(e) || e.kind == ExprKind::String || e.kind == ExprKind::Null) {
+      Operand(e);
+      return;
+    }
+    out_ += "CAST(";
+    TextValue(e);
+    out_ += " AS bpchar)";
+  }
+
+  void OutputValue(const Expr& e, bool distinct, bool collate) override {
+    if (e.type.kind == ValueKind::Text && (distinct || collate) && e.kind != ExprKind::Column) {
+      out_ += "CAST(";
+      TextValue(e);
+      out_ += T::kCollated;
+    } else {
+      Expression(e);
+    }
+  }
+
+  void GroupKey(const Expr& g) override {
+    if (KeyStandsInForExpression(g)) {
+      out_ += "CAST(";
+      TextValue(g);
+      out_ += T::kCollated;
+    } else {
+      Expression(g);
+    }
+  }
+
+  bool KeyStandsInForExpression(const Expr& g) const override {
+    return g.type.kind == ValueKind::Text && g.kind != ExprKind::Column;
+  }
+
+  void ResultValue(const Expr& e) override { TextValue(e); }
+
+  // A date literal (normalised by the binder) is typed, so that it is a
+  // timestamp wherever it stands.
+  void StringLiteral(const Expr& e) override {
+    if (e.type.kind == ValueKind::Date) out_ += "TIMESTAMP ";
+    out_ += QuoteText(e.text);
+  }
+
+  void Concat(const Expr& e) override {
+    ConcatOperand(e, *e.args[0], false);
+    out_ += " || ";
+    ConcatOperand(e, *e.args[1], true);
+  }
+
+  // Money and decimals divide exactly; the server's money and decimal
+  // division keeps at least four decimals, which numeric's does too.
+  void Divide(const Expr& e) override {
+    const Expr& l = *e.args[0];
+    const Expr& r = *e.args[1];
+    bool real = l.type.kind == ValueKind::Float || r.type.kind == ValueKind::Float;
+    out_ += "CAST(";
+    Expression(l);
+    out_ += real ? " AS double precision) / " : " AS numeric) / ";
+    ArithmeticOperand(e, r, true);
+  }
+
+  void BitXor(const Expr& e) override {
+    ArithmeticOperand(e, *e.args[0], false);
+    out_ += " # ";
+    ArithmeticOperand(e, *e.args[1], true);
+  }
+
+  // PostgreSQL refuses LIKE under a nondeterministic collation; orv_like
+  // matches a regular expression made from the T-SQL pattern instead.
+  void Like(const Expr& e) override {
+    if (e.negated) out_ += "NOT ";
+    Call(T::kLike, e);
+  }
+
+  bool EngineAggregate(const Expr& e) override {
+    const std::string& n = e.text;
+    const Expr& arg = *e.args[0];
+    auto call = [&](const std::string& head, const std::string& tail, bool text_value) {
+      out_ += head;
+      if (e.distinct) out_ += "DISTINCT ";
+      if (text_value) {
+        TextValue(arg);
+      } else {
+        Expression(arg);
+      }
+      out_ += tail;
+    };
+    if (n == "AVG" && IsIntegral(arg.type.kind)) {
+      // AVG of integers is an integer on the server, truncated.
+      call("CAST(trunc(AVG(", ")) AS bigint)", false);
+    } else if (n == "SUM" && IsIntegral(arg.type.kind)) {
+      // SUM of bigint is numeric here; an integer there.
+      call("CAST(SUM(", ") AS bigint)", false);
+    } else if ((n == "MIN" || n == "MAX") && arg.type.kind == ValueKind::Text) {
+      call(std::string(n == "MIN" ? T::kMin : T::kMax) + "(", ")", true);
+    } else if (e.distinct && arg.type.kind == ValueKind::Text && arg.kind != ExprKind::Column) {
+      out_ += n == "COUNT_BIG" ? "COUNT" : n;
+      out_ += "(DISTINCT CAST(";
+      TextValue(arg);
+      out_ += T::kCollated;
+      out_ += ")";
+    } else {
+      return false;
+    }
+    return true;
+  }
+
+  bool EngineFunction(const Expr& e) override {
+    const std::string& n = e.text;
+    const auto& a = e.args;
+    if (n == "LEFT" || n == "SUBSTRING") {
+      out_ += "substr(";
+      TextValue(*a[0]);
+      out_ += ", ";
+      if (n == "LEFT") {
+        out_ += "1";
+      } else {
+        IntArg(*a[1]);
+      }
+      out_ += ", ";
+      IntArg(*a.back());
+      out_ += ")";
+    } else if (n == "LEN") {
+      // LEN leaves out trailing blanks.
+      out_ += "length(rtrim(";
+      Expression(*a[0]);
+      out_ += ", ' '))";
+    } else if (n == "CHAR") {
+      out_ += "chr(";
+      IntArg(*a[0]);
+      out_ += ")";
+    } else if (n == "POWER" || n == "SQRT") {
+      out_ += n == "POWER" ? "power(" : "sqrt(";
+      for (size_t i = 0; i < a.size(); ++i) {
+        out_ += i ? ", CAST(" : "CAST(";
+        Expression(*a[i]);
+        out_ += " AS double precision)";
+      }
+      out_ += ")";
+    } else if (n == "ISNUMERIC" || n == "ISDATE") {
+      out_ += n == "ISNUMERIC" ? "orvenda.orv_isnumeric(" : "orvenda.orv_isdate(";
+      AsText(*a[0]);
+      out_ += ")";
+    } else if (const char* mapped = T::FunctionName(n)) {
+      out_ += mapped;
+      out_ += "(";
+      for (size_t i = 0; i < a.size(); ++i) {
+        if (i) out_ += ", ";
+        TextValue(*a[i]);
+      }
+      out_ += ")";
+    } else {
+      return false;
+    }
+    return true;
+  }
+
+  const char* FunctionName(const std::string& tsql) const override { return T::FunctionName(tsql); }
+  bool SwapRightJoin() const override { return false; }
+  const char* NowCall() const override { return T::kNow; }
+  const char* AddDaysFunction() const override { return T::kAddDays; }
+  const char* DatePartFunction() const override { return T::kDatePart; }
+
+
+ private:
+  // ORDER BY key: text by its sort key; NULLs first going up and last
+  // going down, as on the server.
+  void Key(const std::string& expr, ValueKind kind, bool descending, bool first) {
+    if (!first) out_ += ", ";
+    if (kind == ValueKind::Text) {
+      out_ += std::string(T::kSortKey) + "(" + expr + ")" + T::kSortCollation;
+    } else {
+      out_ += expr;
+    }
+    out_ += descending ? " DESC NULLS LAST" : " NULLS FIRST";
+  }
+
+  // The printed expression of result column `position` (1-based).
+  std::string SelectListText(const Select& s, int position) {
+    int p = 0;
+    for (const SelectItem& item : s.items) {
+      for (const auto& o : item.outputs) {
+        if (++p != position) continue;
+        if (item.expr->kind == ExprKind::Star) return Quote(o.table_alias) + "." + Quote(o.column_name);
+        return Printed(*item.expr);
+      }
+    }
+    return std::to_string(position);
+  }
+
+  // 1-based position of the select-list item printed as `e` is; 0 if none.
+  int PositionInSelectList(const Select& s, const Expr& e) {
+    std::string text = Printed(e);
+    int count = static_cast<int>(OutputCount(s));
+    for (int p = 1; p <= count; ++p) {
+      if (SelectListText(s, p) == text) return p;
+    }
+    return 0;
+  }
+
+  // Result column names for a wrapping alias list: the names, made unique.
+  static std::vector<std::string> ResultNames(const Select& s) {
+    std::vector<std::string> names;
+    for (const SelectItem& item : s.items) {
+      for (const auto& o : item.outputs) {
+        std::string name = o.name;
+        for (const std::string& seen : names) {
+          if (seen == name) name.clear();
+        }
+        names.push_back(name.empty() ? "c" + std::to_string(names.size() + 1) : name);
+      }
+    }
+    return names;
+  }
+
+  // `e` as text keeping its trailing blanks: a bpchar column or a subquery
+  // reading one goes through orv_text.
+  void TextValue(const Expr& e) {
+    if (e.type.kind == ValueKind::Text && (e.kind == ExprKind::Column || e.kind == ExprKind::Subquery)) {
+      out_ += T::kText;
+      out_ += "(";
+      Expression(e);
+      out_ += ")";
+    } else {
+      Expression(e);
+    }
+  }
+
+  void ConcatOperand(const Expr& parent, const Expr& child, bool right) {
+    if (child.kind == ExprKind::Column || child.kind == ExprKind::Subquery) {
+      TextValue(child);
+    } else {
+      ArithmeticOperand(parent, child, right);
+    }
+  }
+
+  // An integer argument of a built-in that takes int4.
+  void IntArg(const Expr& e) {
+    if (e.kind == ExprKind::Number) {
+      Number(e.text);
+      return;
+    }
+    out_ += "CAST(";
+    Expression(e);
+    out_ += " AS integer)";
+  }
+
+  void AsText(const Expr& e) {
+    if (e.type.kind == ValueKind::Text) {
+      TextValue(e);
+      return;
+    }
+    out_ += "CAST(";
+    Expression(e);
+    out_ += " AS text)";
+  }
+
+  // Text of a value as CAST(x AS varchar) gives it on the server.
+  void TextOf(const Expr& x, int style) {
+    switch (x.type.kind) {
+      case ValueKind::Text:
+      case ValueKind::Unknown:
+        TextValue(x);
+        return;
+      case ValueKind::Money:
+        out_ += T::kMoneyText;
+        break;
+      case ValueKind::Float:
+        out_ += T::kFloatText;
+        break;
+      case ValueKind::Date:
+        out_ += T::kDateText;
+        out_ += "(";
+        Expression(x);
+        out_ += ", " + std::to_string(style) + ")";
+        return;
+      default:
+        AsText(x);
+        return;
+    }
+    out_ += "(";
+    Expression(x);
+    out_ += ")";
+  }
+
+  // `x` as a number: text converts strictly (blanks around do not count).
+  void Number(const Expr& x, const char* text_function) {
+    if (x.type.kind == ValueKind::Text) {
+      out_ += text_function;
+      out_ += "(";
+      Expression(x);
+      out_ += ")";
+    } else {
+      Expression(x);
+    }
+  }
+  using print::Printer::Number;
+
+  void ToKind(const Expr& x, const ExprType& to, int style, bool pad, bool date_only, int scale) override {
+    ValueKind from = x.type.kind;
+    switch (to.kind) {
+      case ValueKind::Text:
+        if (to.length > 0) {
+          // char(n) is padded with blanks to n; both are cut to n.
+          out_ += pad ? "rpad(" : "substr(";
+          TextOf(x, style);
+          out_ += (pad ? ", " : ", 1, ") + std::to_string(to.length) + ")";
+        } else {
+          TextOf(x, style);
+        }
+        return;
+      case ValueKind::Integer:
+        if (from == ValueKind::Text) {
+          Number(x, T::kTextToInt);
+          return;
+        }
+        out_ += "CAST(";
+        if (from == ValueKind::Money) {
+          // Money converts to int by rounding, the others truncate.
+          out_ += "round(";
+          Expression(x);
+          out_ += ")";
+        } else if (from == ValueKind::Float || from == ValueKind::Decimal) {
+          out_ += "trunc(";
+          Expression(x);
+          out_ += ")";
+        } else {
+          Expression(x);
+        }
+        out_ += " AS bigint)";
+        return;
+      case ValueKind::Boolean:
+        out_ += "CASE WHEN ";
+        Number(x, T::kTextToInt);
+        out_ += " IS NULL THEN NULL WHEN ";
+        Number(x, T::kTextToInt);
+        out_ += " <> 0 THEN 1 ELSE 0 END";
+        return;
+      case ValueKind::Money:
+        out_ += "CAST(";
+        Number(x, T::kTextToNumeric);
+        out_ += " AS numeric(19, 4))";
+        return;
+      case ValueKind::Decimal:
+        if (scale >= 0) {
+          out_ += "round(CAST(";
+          Number(x, T::kTextToNumeric);
+          out_ += " AS numeric), " + std::to_string(scale) + ")";
+        } else {
+          out_ += "CAST(";
+          Number(x, T::kTextToNumeric);
+          out_ += " AS numeric)";
+        }
+        return;
+      case ValueKind::Float:
+        if (from == ValueKind::Text) {
+          Number(x, T::kTextToFloat);
+        } else {
+          out_ += "CAST(";
+          Expression(x);
+          out_ += " AS double precision)";
+        }
+        return;
+      case ValueKind::Date:
+        if (date_only) out_ += "date_trunc('day', ";
+        if (from == ValueKind::Date) {
+          Expression(x);
+        } else if (from == ValueKind::Text) {
+          out_ += T::kToDate;
+          out_ += "(";
+          TextValue(x);
+          out_ += ")";
+        } else if (from == ValueKind::Unknown) {
+          out_ += "CAST(";
+          Expression(x);
+          out_ += " AS timestamp)";
+        } else {
+          out_ += T::kToDate;
+          out_ += "(CAST(";
+          Expression(x);
+          out_ += " AS double precision))";
+        }
+        if (date_only) out_ += ")";
+        return;
+      default:
+        Expression(x);
+        return;
+    }
+  }
+};
+
+}  // namespace
+
+std::string PrintPostgres(const Statement& st) { return PostgresPrinter().Run(st); }
+
+}  // namespace orv::sql
