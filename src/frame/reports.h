@@ -106,6 +106,23 @@ class clsReports {
   // with nothing to pay.
   void rptBulkStatements(std::string txtPatientFilter, std::string txtFamilyFilter,
                          bool IsFamilyStatement, std::string Header, Variant NoZeros = Variant());
+  // One document with a statement per listed patient, or with `Family` per
+  // family (everyone sharing the patient's ResponsibleFamilyMemberID), for
+  // the period `dtStart` to `dtEnd`: opening balance, the period's charges
+  // and payments with running patient and insurance portions, totals and
+  // the current balance, then the sections asked for. `PatientIDs` ends
+  // with one spare slot that is not printed. `Details` prints invoice lines
+  // instead of invoices; `DetailOutstanding` only the invoices still open
+  // at `dtEnd`, without an opening balance. `YTD` adds the payments of the
+  // year of `dtStart` up to `dtEnd`. `UpdateLastStatementDate` stamps
+  // Patient.LastStatement with today for each list position, in one
+  // transaction that a failed run rolls back. French wording for an
+  // addressee whose Language is "F". Errors show the report's message box.
+  void rptStatements(DateTime dtStart, DateTime dtEnd, std::vector<int32_t>& PatientIDs,
+                     bool Family, std::string PatientFooter = "", bool AppSummary = false,
+                     bool IncompleteTreatment = false, bool PostDated = false,
+                     bool Details = false, bool YTD = false, bool UpdateLastStatementDate = false,
+                     bool DetailOutstanding = false);
 
   // ---- Receivables ----
   // Aged receivables by provider on the invoice-level model, aged from

@@ -1,0 +1,257 @@
+// Patient and family statements on a copy of the demo practice with
+// hand-made accounts (IDs from 90001). Today is 2026-11-20; the period is
+// October 2026.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "common/format.h"
+#include "platform/db/recordset.h"
+#include "support/report_fixture.h"
+
+namespace orv::testing {
+namespace {
+
+// Family of Anne Roy (90001, responsible member of herself and of Ben).
+//
+// Anne, before the period: invoice 90101 Sep/15 100.00, 40.00 paid on it
+// Sep/20 -> opening A = PP = PB = 60.00, IP = IB = 0.
+// In October:
+//   Oct/5  invoice 90102 200.00, assigned, PatientTotal 80.00
+//            (lines 99001 Filling 150.00 / patient 60.00, 99003 Exam 50.00 /
+//            patient 20.00)
+//   Oct/5  cheque 777 of 100.00: 80.00 on 90102, 20.00 left on account
+//   Oct/20 insurer's cheque 5521 of 100.00 on 90102
+//   Oct/25 cash 25.00 on no invoice
+// Running (Amount, Ins. portion, Pat. portion, Ins. balance, Pat. balance):
+//   opening                          A  60      IB   0   PB 60
+//   Dental Treatment  200 120  80 -> A 260      IB 120   PB 140
+//   cheque share      -80   0 -80 -> A 180      IB 120   PB  60
+//   credit left       -20   0 -20 -> A 160      IB 120   PB  40
+//   insurer         -100 -100   0 -> A  60      IB  20   PB  40
+//   cash             -25    0 -25 -> A  35      IB  20   PB  15
+//   totals: A 35, IP 0 + 120 - 100 = 20, PP 60 + 80 - 80 - 20 - 25 = 15.
+// Post-dated: cheque 778 of 50.00 dated Dec/5. In progress: invoice 90103
+// Oct/28 (99002 Crown 75.00), not complete.
+// Year to date (Jan/1 to Oct/31), patient's money: 25.00 unallocated +
+// 40.00 + 80.00 shares + 20.00 left over = 165.00; insurer's: 100.00.
+//
+// Ben Roy (90002): invoice 90111 Aug/10 50.00, unpaid; nothing in October.
+class Statements : public ReportTest {
+ protected:
+  void SetUp() override {
+    ReportTest::SetUp();
+    RawExec(R"sql(
+INSERT INTO Patient (ID, FirstName, LastName, FullName, Address, Language, DefaultOfficeID,
+  ResponsibleFamilyMemberID) VALUES
+ (90001, 'Anne', 'Roy', 'Roy, Anne',
+  '5 Elm St' || char(13) || char(10) || 'Ottawa, on' || char(13) || char(10) || 'K1A 0B1',
+  NULL, 1, 90001),
+ (90002, 'Ben', 'Roy', 'Roy, Ben', NULL, 'E', 1, 90001),
+ (90004, 'Eloise', 'Caron', 'Caron, Eloise', NULL, 'F', 1, 90004),
+ (90005, 'Olive', 'Open', 'Open, Olive', NULL, 'E', 1, 90005),
+ (90006, 'Ivan', 'Lineless', 'Lineless, Ivan', NULL, 'E', 1, 90006);
+INSERT INTO Patient (ID) VALUES (90009);
+INSERT INTO FeeCodes (ID, Description, LayPersonDescription) VALUES
+ ('99001', 'Resin 2 surf', 'Filling'), ('99002', 'Crown PFM', 'Crown'), ('99003', 'Exam', NULL);
+INSERT INTO PaymentTypes (ID, Name, [Adjustment?], [ToTotalPaid?], BankDeposit, Refund,
+  OfficePayment, BulkPayment, RecAfterDep) VALUES
+ (901, 'Cheque', 0, 1, 1, 0, 0, 0, 0), (902, 'Cash', 0, 1, 1, 0, 0, 0, 0);
+INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], InvoiceTotal,
+  PatientTotal, IsAssignment, FinalDate) VALUES
+ (90101, 590101, 90001, '2026-09-15 00:00:00', 600, 1, 100.00, NULL, 0, NULL),
+ (90102, 590102, 90001, '2026-10-05 09:30:00', 600, 1, 200.00, 80.00, -1, NULL),
+ (90103, 590103, 90001, '2026-10-28 00:00:00', 600, 0, 75.00, NULL, 0, NULL),
+ (90111, 590111, 90002, '2026-08-10 00:00:00', 600, 1, 50.00, NULL, 0, NULL),
+ (90141, 590141, 90004, '2026-10-12 00:00:00', 600, 1, 30.00, NULL, 0, NULL),
+ (90150, 590150, 90005, '2026-09-01 00:00:00', 600, 1, 5.00, NULL, 0, NULL),
+ (90151, 590151, 90005, '2026-10-03 00:00:00', 600, 1, 40.00, NULL, 0, NULL),
+ (90152, 590152, 90005, '2026-10-04 00:00:00', 600, 1, 10.00, NULL, 0, '2026-10-15 00:00:00'),
+ (90161, 590161, 90006, '2026-10-08 00:00:00', 600, 1, 90.00, 30.00, 1, NULL),
+ (90191, 590191, 90009, '2026-10-09 00:00:00', 600, 1, 10.00, NULL, NULL, NULL);
+INSERT INTO InvoiceDetails (ID, InvoiceID, Code, Cost, PatientCost, Status, [Date]) VALUES
+ (90301, 90102, '99001', 150.00, 60.00, 'Complete', '2026-10-05 00:00:00'),
+ (90302, 90102, '99003', 50.00, 20.00, 'Complete', '2026-10-05 00:00:00'),
+ (90303, 90103, '99002', 75.00, NULL, 'Planned', '2026-10-28 00:00:00');
+INSERT INTO InvoicePayments (ID, PatientID, PaymentTypeID, Value, TotalAllocated, TotalToCredit,
+  [Date], CheckDate, [Check#], IsInsurance) VALUES
+ (90201, 90001, 902, 40.00, 40.00, 0, '2026-09-20 00:00:00', '2026-09-20 00:00:00', '0', 0),
+ (90203, 90001, 901, 100.00, 80.00, 20.00, '2026-10-05 00:00:00', '2026-10-05 00:00:00', '777', 0),
+ (90202, 90001, 901, 100.00, 100.00, 0, '2026-10-20 00:00:00', '2026-10-20 00:00:00', '5521', 1),
+ (90204, 90001, 902, 25.00, 0, 25.00, '2026-10-25 00:00:00', '2026-10-25 00:00:00', '0', 0),
+ (90205, 90001, 901, 50.00, 0, 50.00, '2026-11-15 00:00:00', '2026-12-05 00:00:00', '778', 0);
+INSERT INTO InvoicePaymentDetails (ID, InvoicePaymentID, InvoiceID, Amount, [Date]) VALUES
+ (90401, 90201, 90101, 40.00, '2026-09-20 00:00:00'),
+ (90402, 90203, 90102, 80.00, '2026-10-05 00:00:00'),
+ (90403, 90202, 90102, 100.00, '2026-10-20 00:00:00');
+UPDATE OfficeInformation SET Logo = NULL WHERE ID = 1;
+)sql");
+    reports.OfficeID = 1;
+  }
+
+  // Runs a statement for `ids` (the spare slot is added here) over October.
+  void Run(std::vector<int32_t> ids, bool family, bool ytd = false, bool details = false,
+           bool stamp = false, bool outstanding = false) {
+    ids.push_back(0);
+    reports.rptStatements(DateTime::FromParts(2026, 10, 1), DateTime::FromParts(2026, 10, 31), ids,
+                          family, "", false, true, true, details, ytd, stamp, outstanding);
+  }
+  bool Has(const std::string& what) const { return Text().find(what) != std::string::npos; }
+  std::string LastStatement(int id) {
+    db::Recordset rs;
+    rs.Open("SELECT LastStatement FROM Patient WHERE ID = " + std::to_string(id), conn);
+    Variant v = rs["LastStatement"].Value();
+    return v.IsNull() ? std::string("NULL") : Format(v, "yyyy-mm-dd");
+  }
+};
+
+TEST_F(Statements, PatientStatementRunsThePortionsFromTheOpeningBalance) {
+  Run({90001}, false, /*ytd=*/true);
+  std::string text = Text();
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(form.ShowCount(), 1);
+  EXPECT_EQ(form.VSP.DocName(), "Patient Statement");
+  // Addressee with the province in capitals; the summary box's lines sit
+  // between the address lines.
+  EXPECT_TRUE(Has("Anne Roy\nSummary\n5 Elm St\n")) << text;
+  EXPECT_TRUE(Has("\nOttawa, ON K1A 0B1\n")) << text;
+  // Empty opening cells for the insurance figures, which are 0.
+  EXPECT_TRUE(Has("Opening Balance $60.00 $60.00 $60.00\n")) << text;
+  const char* rows[] = {
+      "Oct/5/2026 Dental Treatment $200.00 $120.00 $80.00 $120.00 $140.00\n",
+      "Oct/5/2026 Cheque - Cheque:777 -$80.00 $.00 -$80.00 $120.00 $60.00\n",
+      // The description wraps in its column.
+      "Oct/5/2026 Credit from Partial Allocation - -$20.00 $.00 -$20.00 $120.00 $40.00\nCheque:777\n",
+      "Oct/20/2026 Cheque - Cheque:5521 -$100.00 -$100.00 $.00 $20.00 $40.00\n",
+      "Oct/25/2026 Cash -$25.00 $.00 -$25.00 $20.00 $15.00\n",
+      "Patient Totals $35.00 $20.00 $15.00 $20.00 $15.00\n",
+  };
+  size_t at = 0;
+  for (const char* row : rows) {
+    size_t found = text.find(row, at);
+    ASSERT_NE(found, std::string::npos) << "missing or out of order: " << row << text;
+    at = found;
+  }
+  EXPECT_TRUE(Has("Current Balance as of Oct/31/2026: $35.00\n")) << text;
+  EXPECT_TRUE(Has("Patient Payment YTD $165.00\n")) << text;
+  EXPECT_TRUE(Has("Patient Insurance Payment YTD $100.00\n")) << text;
+  // The sections, and the summary box beside the address.
+  EXPECT_TRUE(Has("Post Dated Payments on Hand\nDate Description Amount\nDec/5/2026 Cheque $50.00\n"))
+      << text;
+  EXPECT_TRUE(Has("Treatments in Progress\n")) << text;
+  EXPECT_TRUE(Has("Oct/28/2026 Anne Roy 99002 Crown $75.00\n")) << text;
+  EXPECT_TRUE(Has("Summary")) << text;
+  EXPECT_TRUE(Has("Date Oct/1/2026 - Oct/31/2026")) << text;
+  EXPECT_TRUE(Has("Family Balance $15.00")) << text;
+  EXPECT_TRUE(Has("Ins. Balance $20.00")) << text;
+  EXPECT_TRUE(Has("Total Balance $35.00")) << text;
+  EXPECT_TRUE(Has("Printed by Orvenda - Tessalyne Inc."));
+  ASSERT_FALSE(progress.empty());
+  EXPECT_EQ(progress.back(), 100);
+}
+
+TEST_F(Statements, YearFiguresOnlyWithYtdAndDetailsListInvoiceLines) {
+  Run({90001}, false, /*ytd=*/false, /*details=*/true);
+  std::string text = Text();
+  EXPECT_FALSE(Has("YTD")) << text;
+  EXPECT_EQ(form.VSP.DocName(), "Detailed Patient Statement");
+  // The assigned invoice as its two lines: Filling 150 (insurer 90,
+  // patient 60) and Exam 50 (insurer 30, patient 20); same totals.
+  EXPECT_TRUE(Has("Oct/5/2026 99001 Filling $150.00 $90.00 $60.00")) << text;
+  EXPECT_TRUE(Has("Oct/5/2026 99003 Exam $50.00 $30.00 $20.00")) << text;
+  EXPECT_FALSE(Has("Dental Treatment $200.00")) << text;
+  EXPECT_TRUE(Has("Patient Totals $35.00 $20.00 $15.00 $20.00 $15.00\n")) << text;
+}
+
+TEST_F(Statements, FamilyStatementTotalsEveryMemberAndIsAddressedToTheResponsible) {
+  // Listed by Ben: the family is Anne's. Ben has no line in October but
+  // owes 50.00 from August: his opening and totals print (no insurance
+  // figures) and count. Family: patient 15.00 + 50.00 = 65.00, insurance
+  // 20.00, total 85.00.
+  Run({90002}, true);
+  std::string text = Text();
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(form.VSP.DocName(), "Family Statement");
+  EXPECT_TRUE(Has("Anne Roy\nSummary\n5 Elm St\n")) << text;
+  EXPECT_TRUE(Has("Ben Roy\n")) << text;
+  EXPECT_TRUE(Has("Opening Balance $50.00 $50.00 $50.00\nPatient Totals $50.00 $.00 $50.00 $.00 $50.00\n"))
+      << text;
+  EXPECT_TRUE(Has("Patient Totals $35.00 $20.00 $15.00 $20.00 $15.00\n")) << text;
+  EXPECT_TRUE(Has("Current Family Balance as of Oct/31/2026: $85.00\n")) << text;
+  EXPECT_TRUE(Has("Family Balance $65.00")) << text;
+  EXPECT_TRUE(Has("Total Balance $85.00")) << text;
+}
+
+TEST_F(Statements, FrenchWordingForAFrenchPatient) {
+  // Eloise: one unassigned invoice of 30.00 in October, nothing before.
+  Run({90004}, false);
+  std::string text = Text();
+  EXPECT_TRUE(Has("État de Compte Détailer")) << text;
+  EXPECT_TRUE(Has("Date Description Honoraire du dentiste Solde\n")) << text;
+  EXPECT_TRUE(Has("Solde Commencement\nOct/12/2026 Dental Treatment $30.00 $30.00\n")) << text;
+  EXPECT_TRUE(Has("Totals du Patient $30.00 $30.00\n")) << text;
+  EXPECT_TRUE(Has("Solde a le moment Oct/31/2026: $30.00\n")) << text;
+  EXPECT_TRUE(Has("Résumé")) << text;
+  // The label wraps in its inch-wide column.
+  EXPECT_TRUE(Has("Solde du $30.00\nFamille\n")) << text;
+  EXPECT_FALSE(Has("Opening Balance"));
+  EXPECT_FALSE(Has("Printed by Orvenda"));
+}
+
+TEST_F(Statements, OutstandingDetailShowsOnlyOpenInvoicesWithoutOpening) {
+  // Olive: 5.00 from September (an opening, left out here), 40.00 open and
+  // 10.00 settled on Oct/15 (left out).
+  Run({90005}, false, false, false, false, /*outstanding=*/true);
+  std::string text = Text();
+  EXPECT_EQ(form.VSP.DocName(), "Detailed Family Statement");
+  EXPECT_TRUE(Has("Opening Balance\nOct/3/2026 Dental Treatment $40.00 $40.00\n")) << text;
+  EXPECT_FALSE(Has("Oct/4/2026")) << text;
+  EXPECT_TRUE(Has("Patient Totals $40.00 $40.00\n")) << text;
+}
+
+TEST_F(Statements, LastStatementStampedOnlyWhenAskedAndRolledBackOnFailure) {
+  Run({90001}, false);
+  EXPECT_EQ(LastStatement(90001), "NULL");
+
+  // A family run stamps every member with today, not the period's end.
+  Run({90002}, true, false, false, /*stamp=*/true);
+  EXPECT_EQ(LastStatement(90001), "2026-11-20");
+  EXPECT_EQ(LastStatement(90002), "2026-11-20");
+  EXPECT_EQ(LastStatement(90004), "NULL");
+
+  // Ivan's assigned invoice has no lines: in the detailed form its row
+  // lacks the insurance column and the run fails after Eloise's statement.
+  // Her stamp goes back, and what was printed stays in the document.
+  host.messages.clear();
+  Run({90004, 90006}, false, false, /*details=*/true, /*stamp=*/true);
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_EQ(host.messages[0].prompt.rfind(
+                "An Error has occurred in Sub rptStatements in Class clsReports.\n", 0),
+            0u)
+      << host.messages[0].prompt;
+  EXPECT_EQ(LastStatement(90004), "NULL");
+  EXPECT_TRUE(Has("Totals du Patient $30.00 $30.00")) << Text();
+}
+
+TEST_F(Statements, UnknownPatientMakesNoDocumentAndEmptyPatientPrints) {
+  Run({99999}, false, false, false, /*stamp=*/true);
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_EQ(host.messages[0].prompt.rfind(
+                "An Error has occurred in Sub rptStatements in Class clsReports.\n", 0),
+            0u);
+  EXPECT_EQ(form.ShowCount(), 0);
+  EXPECT_EQ(form.VSP.PageCount(), 0);
+
+  // 90009 has nothing but an ID, and one invoice of 10.00 with a NULL
+  // assignment: it belongs wholly to the patient.
+  host.messages.clear();
+  Run({90009}, true);
+  EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(form.ShowCount(), 1);
+  EXPECT_TRUE(Has("Oct/9/2026 Dental Treatment $10.00 $10.00\n")) << Text();
+  EXPECT_TRUE(Has("Current Family Balance as of Oct/31/2026: $10.00")) << Text();
+}
+
+}  // namespace
+}  // namespace orv::testing
