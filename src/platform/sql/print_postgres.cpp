@@ -73,6 +73,7 @@ class PostgresPrinter : public print::Printer {
       Key("\"q\"." + Quote(names[static_cast<size_t>(positions[i] - 1)]), item.expr->type.kind, item.descending,
           i == 0);
     }
+    for (int position : TieBreakPositions(q)) out_ += ", \"q\"." + Quote(names[static_cast<size_t>(position - 1)]);
     if (!compound) Limit(first);
   }
 
@@ -93,6 +94,7 @@ class PostgresPrinter : public print::Printer {
       }
       Key(key, item.expr->type.kind, item.descending, i == 0);
     }
+    for (int position : TieBreakPositions(q)) out_ += ", " + std::to_string(position);
   }
 
   void CompareLeft(const Expr& e) override {

@@ -34,6 +34,7 @@ class SqlitePrinter : public print::Printer {
       if (item.expr->type.kind == ValueKind::Text) Collate();
       if (item.descending) out_ += " DESC";
     }
+    for (int position : TieBreakPositions(q)) out_ += ", " + std::to_string(position);
   }
 
   void CompareLeft(const Expr& e) override { Collated(e); }

@@ -62,6 +62,41 @@ size_t Printer::OutputCount(const Select& s) {
   return n;
 }
 
+std::vector<int> Printer::TieBreakPositions(const orv::sql::Query& q) {
+  std::vector<int> positions;
+  const Select& first = *q.selects[0];
+  if (q.order_by.empty() || first.rollup) return positions;
+  int position = 0;
+  for (const auto& item : first.items) {
+    for (const auto& out : item.outputs) {
+      ++position;
+      switch (out.type.kind) {
+        case ValueKind::Integer:
+        case ValueKind::Boolean:
+        case ValueKind::Float:
+        case ValueKind::Decimal:
+        case ValueKind::Money:
+        case ValueKind::Date:
+          break;
+        default:
+          continue;
+      }
+      // A column already ordered by (by position or by name) breaks no tie.
+      const Expr* col = item.expr && item.expr->kind == ExprKind::Column ? item.expr.get() : nullptr;
+      std::string table = col ? col->table_alias : out.table_alias;
+      std::string column = col ? col->column_name : out.column_name;
+      bool key = false;
+      for (const OrderItem& o : q.order_by) {
+        key = key || o.output_position == position;
+        if (!column.empty() && o.expr && o.expr->kind == ExprKind::Column)
+          key = key || (o.expr->table_alias == table && o.expr->column_name == column);
+      }
+      if (!key) positions.push_back(position);
+    }
+  }
+  return positions;
+}
+
 std::string Printer::Run(const Statement& st) {
   switch (st.kind) {
     case Statement::Kind::Select:

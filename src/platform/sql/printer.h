@@ -112,6 +112,13 @@ class Printer {
   }
   // Number of result columns of a SELECT (a star counts its columns).
   static size_t OutputCount(const Select& s);
+  // Positions (1-based) of the result columns that break ties of ORDER BY:
+  // every number, money and date column not already a key. Rows that tie on
+  // the keys come out in one order on every engine (SQLite keeps the scan
+  // order, PostgreSQL none), so reports print the same on both. Text
+  // columns are left out (the engines' collations would order them apart),
+  // and so is WITH ROLLUP, whose total rows have an order of their own.
+  static std::vector<int> TieBreakPositions(const orv::sql::Query& q);
   // True when the printed form of `e` is a single term.
   static bool IsTerm(const Expr& e);
 
