@@ -47,6 +47,11 @@ class Connection::Impl {
   bool in_transaction_ = false;
   bool tx_on_writer_ = false;
   int snapshot_depth_ = 0;
+  // Small results read during a server snapshot, by statement text. The
+  // snapshot cannot change, so the same lookup (a provider's name for each
+  // of thousands of invoices) asks the server once per report, not once per
+  // row. Dropped when the snapshot ends.
+  std::unordered_map<std::string, std::shared_ptr<const RowSet>> snapshot_rows_;
   int cursor_location_ = adUseServer;
 };
 
@@ -135,7 +140,9 @@ void Connection::BeginSnapshot() {
 void Connection::EndSnapshot() {
   Impl& im = impl();
   if (im.snapshot_depth_ == 0) return;
-  if (--im.snapshot_depth_ == 0 && !im.in_transaction_) im.engine_->EndSnapshot();
+  if (--im.snapshot_depth_ > 0) return;
+  im.snapshot_rows_.clear();
+  if (!im.in_transaction_) im.engine_->EndSnapshot();
 }
 
 std::string Connection::Describe() const { return impl().engine_->Describe(); }
@@ -241,7 +248,23 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement) const {
       throw DatabaseError(e.number(), e.description() + "\nin the SHAPE statement: " + statement);
     }
   }
-  return ReadRows(im.cache(false), statement);
+  // Only results a lookup gives (a few rows) are kept; a report's main
+  // listing is read once anyway. Each caller gets its own copy, since a
+  // recordset may change its rows.
+  constexpr size_t kCachedRowsMax = 16, kCachedStatementsMax = 50000;
+  bool cacheable = im.snapshot_depth_ > 0 && !im.in_transaction_ && im.engine_->dialect() != sql::Dialect::SQLite;
+  if (cacheable) {
+    auto hit = im.snapshot_rows_.find(statement);
+    if (hit != im.snapshot_rows_.end()) {
+      auto copy = std::make_shared<RowSet>(*hit->second);
+      copy->id = NextRowSetId();
+      return copy;
+    }
+  }
+  auto rows = ReadRows(im.cache(false), statement);
+  if (cacheable && rows->rows.size() <= kCachedRowsMax && im.snapshot_rows_.size() < kCachedStatementsMax)
+    im.snapshot_rows_.emplace(statement, std::make_shared<const RowSet>(*rows));
+  return rows;
 }
 
 std::vector<std::string> Connection::PrimaryKey(const std::string& table) {
