@@ -6,6 +6,7 @@
 #include <set>
 
 #include "accounts/account_model.h"
+#include "accounts/stamp_transaction.h"
 #include "common/common_functions.h"
 #include "common/datetime.h"
 #include "common/format.h"
@@ -15,50 +16,6 @@
 #include "frame/surface/surface.h"
 
 namespace orv {
-
-namespace {
-
-// Every page made stamps its account's LastStatement. Committed one at a
-// time the stamps cost a disk sync each, which was most of a month's run
-// (bench/bulk_statements.cpp), so the run gathers them into one transaction.
-// It is committed at the end; when the run fails part way the stamps of the
-// pages made so far are committed all the same, as they would stand without
-// the transaction, and the error goes on to the host. A host that already
-// holds a transaction open on the connection keeps it, and the stamps go
-// into that one.
-class StampBatch {
- public:
-  explicit StampBatch(db::Connection& conn) : conn_(conn) {
-    try {
-      conn_.BeginTrans();
-      open_ = true;
-    } catch (const std::exception&) {
-      open_ = false;
-    }
-  }
-  ~StampBatch() {
-    if (!open_) return;
-    try {
-      conn_.CommitTrans();
-    } catch (const std::exception&) {
-      // Already failing: the first error is the one the host sees.
-    }
-  }
-  StampBatch(const StampBatch&) = delete;
-  StampBatch& operator=(const StampBatch&) = delete;
-
-  void Commit() {
-    if (!open_) return;
-    open_ = false;
-    conn_.CommitTrans();
-  }
-
- private:
-  db::Connection& conn_;
-  bool open_ = false;
-};
-
-}  // namespace
 
 void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txtFamilyFilter,
                                    bool IsFamilyStatement, std::string Header, Variant NoZeros) {
@@ -127,7 +84,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
   // holders of one name cannot interleave into a second page.
   std::set<int32_t> holders_done;
   int pages_made = 0;
-  StampBatch stamps(conn());
+  StampTransaction stamps(conn());
   while (!rs.Eof()) {
     int32_t account = CLng(rs["ID"].Value());
     std::string name, address, condition;

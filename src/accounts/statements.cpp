@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "accounts/account_model.h"
+#include "accounts/stamp_transaction.h"
 #include "accounts/statement_words.h"
 #include "common/common_functions.h"
 #include "common/datetime.h"
@@ -142,43 +143,6 @@ Currency SumOf(clsReports& r, const std::string& sql) {
   return sum;
 }
 
-// The LastStatement stamps of one run are one transaction: committed when
-// the whole list has been printed, rolled back when the run fails part way,
-// so that no patient is recorded as sent a statement the run never
-// finished. A host that already holds a transaction on the connection keeps
-// it: the stamps then go into the host's transaction and are the host's to
-// commit.
-class StampTransaction {
- public:
-  explicit StampTransaction(db::Connection& conn) : conn_(conn) {
-    try {
-      conn_.BeginTrans();
-      open_ = true;
-    } catch (const std::exception&) {
-      open_ = false;
-    }
-  }
-  ~StampTransaction() {
-    if (!open_) return;
-    try {
-      conn_.RollbackTrans();
-    } catch (const std::exception&) {
-      // Already failing: the first error is the one the host sees.
-    }
-  }
-  StampTransaction(const StampTransaction&) = delete;
-  StampTransaction& operator=(const StampTransaction&) = delete;
-
-  void Commit() {
-    if (!open_) return;
-    open_ = false;
-    conn_.CommitTrans();
-  }
-
- private:
-  db::Connection& conn_;
-  bool open_ = false;
-};
 
 // A heading to write on a page once the document is complete.
 struct PendingText {

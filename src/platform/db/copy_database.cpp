@@ -23,15 +23,6 @@ void Run(Engine& engine, const std::string& sql, const std::string& what) {
   }
 }
 
-std::string QuoteIdent(const std::string& name) {
-  std::string out = "\"";
-  for (char c : name) {
-    if (c == '"') out += '"';
-    out += c;
-  }
-  return out + "\"";
-}
-
 int64_t CountRows(Engine& engine, const TableDef& t) {
   auto stmt = engine.Prepare("SELECT COUNT(*) FROM " + QuoteIdent(t.name), "counting " + t.name);
   if (!stmt->Step()) return 0;
@@ -127,6 +118,7 @@ CopySummary CopyDatabase(const std::string& from_url, const std::string& to_url,
       ++summary.tables;
     }
     Run(*to, "COMMIT", "copy-db");
+    to->FinishCopy();
     if (options.progress) options.progress(100, "");
   } catch (...) {
     try {

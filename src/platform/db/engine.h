@@ -76,6 +76,8 @@ class Engine {
   // Called once a table's rows are in: lets the engine move its key
   // generator past the largest key copied.
   virtual void FinishTable(const TableDef& table) {}
+  // Called once a whole copy is committed.
+  virtual void FinishCopy() {}
 };
 
 // Opens the engine a connection URL names: "sqlite:/path/practice.db",

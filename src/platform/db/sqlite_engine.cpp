@@ -222,15 +222,6 @@ std::vector<TableDef> SqliteEngine::ListTables() {
 
 namespace {
 
-std::string QuoteIdent(const std::string& name) {
-  std::string out = "\"";
-  for (char c : name) {
-    if (c == '"') out += '"';
-    out += c;
-  }
-  return out + "\"";
-}
-
 void Exec(sqlite3* db, const std::string& sql, const std::string& what) {
   char* err = nullptr;
   if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {

@@ -24,4 +24,15 @@ struct TableDef {
   std::vector<IndexDef> indexes;
 };
 
+// A name quoted for engine SQL, as both engines take it: "Policy#",
+// "Complete?", "say ""hi""".
+inline std::string QuoteIdent(const std::string& name) {
+  std::string out = "\"";
+  for (char c : name) {
+    if (c == '"') out += '"';
+    out += c;
+  }
+  return out + "\"";
+}
+
 }  // namespace orv::db

@@ -13,6 +13,7 @@
 namespace orv::db {
 namespace {
 
+using testing::RowDifferences;
 using testing::TempDb;
 
 // Values chosen for what breaks copies: money with four decimals and at the
@@ -37,22 +38,6 @@ std::string TempPath(const char* name) {
       .string();
 }
 
-// Rows of `table` in `a` that `b` lacks, and the other way round.
-int Differences(const std::string& a, const std::string& b, const std::string& table) {
-  sqlite3* db = nullptr;
-  sqlite3_open(a.c_str(), &db);
-  sqlite3_exec(db, ("ATTACH '" + b + "' AS other").c_str(), nullptr, nullptr, nullptr);
-  std::string q = "SELECT (SELECT COUNT(*) FROM (SELECT * FROM main.\"" + table + "\" EXCEPT SELECT * FROM other.\"" +
-                  table + "\")) + (SELECT COUNT(*) FROM (SELECT * FROM other.\"" + table +
-                  "\" EXCEPT SELECT * FROM main.\"" + table + "\"))";
-  sqlite3_stmt* st = nullptr;
-  int n = -1;
-  if (sqlite3_prepare_v2(db, q.c_str(), -1, &st, nullptr) == SQLITE_OK && sqlite3_step(st) == SQLITE_ROW)
-    n = sqlite3_column_int(st, 0);
-  sqlite3_finalize(st);
-  sqlite3_close(db);
-  return n;
-}
 
 std::string SchemaText(const std::string& path) {
   sqlite3* db = nullptr;
@@ -76,8 +61,8 @@ TEST(CopyDatabase, FileToFileKeepsTypesKeysIndexesAndValues) {
   CopySummary s = CopyDatabase(source.url(), "sqlite:" + target, options);
   EXPECT_EQ(s.tables, 2);
   EXPECT_EQ(s.rows, 6);
-  EXPECT_EQ(Differences(source.path(), target, "Invoices"), 0);
-  EXPECT_EQ(Differences(source.path(), target, "Splits"), 0);
+  EXPECT_EQ(RowDifferences(source.path(), target, "Invoices"), 0);
+  EXPECT_EQ(RowDifferences(source.path(), target, "Splits"), 0);
   ASSERT_FALSE(seen.empty());
   EXPECT_EQ(seen.back(), 100);
   std::string schema = SchemaText(target);
@@ -101,7 +86,7 @@ TEST(CopyDatabase, FileToFileKeepsTypesKeysIndexesAndValues) {
   options.replace = true;
   CopyDatabase(source.url(), other.url(), options);
   EXPECT_EQ(SchemaText(other.path()).find("Keep"), std::string::npos);
-  EXPECT_EQ(Differences(source.path(), other.path(), "Invoices"), 0);
+  EXPECT_EQ(RowDifferences(source.path(), other.path(), "Invoices"), 0);
   std::filesystem::remove(target);
 }
 

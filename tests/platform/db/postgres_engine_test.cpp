@@ -23,6 +23,7 @@ using orv::testing::FreshPgDatabase;
 using orv::testing::ServerExec;
 using orv::testing::TestServerUrl;
 using orv::testing::UrlOfDatabase;
+using testing::RowDifferences;
 using testing::TempDb;
 
 constexpr const char* kPractice = R"(
@@ -43,21 +44,6 @@ std::string TempPath(const char* name) {
       .string();
 }
 
-int Differences(const std::string& a, const std::string& b, const std::string& table) {
-  sqlite3* db = nullptr;
-  sqlite3_open(a.c_str(), &db);
-  sqlite3_exec(db, ("ATTACH '" + b + "' AS other").c_str(), nullptr, nullptr, nullptr);
-  std::string q = "SELECT (SELECT COUNT(*) FROM (SELECT * FROM main.\"" + table + "\" EXCEPT SELECT * FROM other.\"" +
-                  table + "\")) + (SELECT COUNT(*) FROM (SELECT * FROM other.\"" + table +
-                  "\" EXCEPT SELECT * FROM main.\"" + table + "\"))";
-  sqlite3_stmt* st = nullptr;
-  int n = -1;
-  if (sqlite3_prepare_v2(db, q.c_str(), -1, &st, nullptr) == SQLITE_OK && sqlite3_step(st) == SQLITE_ROW)
-    n = sqlite3_column_int(st, 0);
-  sqlite3_finalize(st);
-  sqlite3_close(db);
-  return n;
-}
 
 // One value read through the engine, as the layer sees it.
 Variant ReadOne(Engine& engine, const std::string& sql) {
@@ -114,8 +100,8 @@ TEST(PostgresEngine, PracticeGoesToTheServerAndBackUnchanged) {
   std::string back = TempPath("_back.db");
   std::filesystem::remove(back);
   CopyDatabase(server.url(), "sqlite:" + back);
-  EXPECT_EQ(Differences(source.path(), back, "Invoices"), 0);
-  EXPECT_EQ(Differences(source.path(), back, "Splits"), 0);
+  EXPECT_EQ(RowDifferences(source.path(), back, "Invoices"), 0);
+  EXPECT_EQ(RowDifferences(source.path(), back, "Splits"), 0);
   std::filesystem::remove(back);
 }
 

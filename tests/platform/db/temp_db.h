@@ -71,4 +71,22 @@ INSERT INTO InvoicePaymentDetails VALUES
  (5, 4, 0.2, '2026-10-02 00:00:00');
 )sql";
 
+// Rows of `table` in file `a` that file `b` lacks, plus the other way round:
+// 0 when both hold the same rows.
+inline int RowDifferences(const std::string& a, const std::string& b, const std::string& table) {
+  sqlite3* db = nullptr;
+  sqlite3_open(a.c_str(), &db);
+  sqlite3_exec(db, ("ATTACH '" + b + "' AS other").c_str(), nullptr, nullptr, nullptr);
+  std::string q = "SELECT (SELECT COUNT(*) FROM (SELECT * FROM main.\"" + table + "\" EXCEPT SELECT * FROM other.\"" +
+                  table + "\")) + (SELECT COUNT(*) FROM (SELECT * FROM other.\"" + table +
+                  "\" EXCEPT SELECT * FROM main.\"" + table + "\"))";
+  sqlite3_stmt* st = nullptr;
+  int n = -1;
+  if (sqlite3_prepare_v2(db, q.c_str(), -1, &st, nullptr) == SQLITE_OK && sqlite3_step(st) == SQLITE_ROW)
+    n = sqlite3_column_int(st, 0);
+  sqlite3_finalize(st);
+  sqlite3_close(db);
+  return n;
+}
+
 }  // namespace orv::db::testing
