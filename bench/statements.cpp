@@ -25,6 +25,7 @@
 #include "platform/host/host_services.h"
 #include "platform/practice/demo_practice.h"
 
+#include "bench_practice.h"
 #include "sql_time.h"
 
 namespace {
@@ -34,19 +35,7 @@ using Clock = std::chrono::steady_clock;
 int main(int argc, char** argv) {
   const int patients = argc > 1 ? std::atoi(argv[1]) : 500;
   const bool family = argc > 2 ? std::atoi(argv[2]) != 0 : false;
-  const std::string path = (std::filesystem::temp_directory_path() /
-                            ("orvenda_bench_statements_" + std::to_string(::getpid()) + ".db"))
-                               .string();
-
-  orv::practice::DemoOptions options;
-  options.patients = patients;
-  options.seed = 20261120;
-  auto made = Clock::now();
-  orv::practice::DemoSummary demo = orv::practice::WriteDemoPracticeFile(path, options);
-  std::printf("demo practice: %lld patients, %lld invoices, %lld payments (%.1f s)\n",
-              static_cast<long long>(demo.patients), static_cast<long long>(demo.invoices),
-              static_cast<long long>(demo.payments),
-              std::chrono::duration<double>(Clock::now() - made).count());
+  const std::string path = orv::bench::WriteBenchPractice("statements", patients);
 
   orv::Clock::SetFixed(orv::DateTime::FromParts(2026, 11, 20, 10, 0, 0));
   orv::db::Connection conn;

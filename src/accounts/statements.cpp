@@ -67,6 +67,21 @@ std::string Cell(const std::string& text) {
   return vb::Replace(vb::Replace(vb::Trim(text), "|", "/"), ";", ",");
 }
 
+// A closing section of the statement (post-dated payments, treatments in
+// progress): a bold heading over a small borderless table.
+void SectionTable(frame::PrintSurface& vsp, const std::string& heading, const char* format,
+                  const std::string& header, const std::string& body) {
+  vsp.Text(" ");
+  vsp.FontSize(10);
+  vsp.FontBold(true);
+  vsp.Text(heading);
+  vsp.FontBold(false);
+  vsp.FontSize(8);
+  vsp.TableBorder(0);
+  vsp.AddTable(format, header, body, kHeaderColor);
+  vsp.FontSize(10);
+}
+
 int32_t IdOf(clsCommonFunctions& cf, const db::Recordset& rs, const char* field) {
   Variant v = rs[field].Value();
   return cf.ReturnNumber(v);
@@ -664,15 +679,7 @@ void clsReports::rptStatements(DateTime dtStart, DateTime dtEnd, std::vector<int
                       Money(cf.ReturnCur(rs["Payment"].Value())) + ";";
               rs.MoveNext();
             }
-            vsp.Text(" ");
-            vsp.FontSize(10);
-            vsp.FontBold(true);
-            vsp.Text(words.post_dated_heading);
-            vsp.FontBold(false);
-            vsp.FontSize(8);
-            vsp.TableBorder(0);
-            vsp.AddTable("^1in|^2in|>1in", words.post_dated_header, body, kHeaderColor);
-            vsp.FontSize(10);
+            SectionTable(vsp, words.post_dated_heading, "^1in|^2in|>1in", words.post_dated_header, body);
           }
           rs.Close();
         }
@@ -703,15 +710,7 @@ void clsReports::rptStatements(DateTime dtStart, DateTime dtEnd, std::vector<int
                       Money(cf.ReturnCur(rs["ICost"].Value())) + ";";
               rs.MoveNext();
             }
-            vsp.Text(" ");
-            vsp.FontSize(10);
-            vsp.FontBold(true);
-            vsp.Text(words.in_progress_heading);
-            vsp.FontBold(false);
-            vsp.FontSize(8);
-            vsp.TableBorder(0);
-            vsp.AddTable("<1in|<1in|<2in|>1in", words.in_progress_header, body, kHeaderColor);
-            vsp.FontSize(10);
+            SectionTable(vsp, words.in_progress_heading, "<1in|<1in|<2in|>1in", words.in_progress_header, body);
           }
           rs.Close();
         }

@@ -89,8 +89,10 @@ long Connection::Execute(const std::string& statement) {
   if (IsShapeStatement(statement))
     throw DatabaseError("a SHAPE statement returns rows; open it in a recordset: " + statement);
   Impl& im = impl();
-  // A query runs in the report's snapshot; anything else may write.
-  bool write = !im.cache(false).Get(statement).translation().is_query;
+  // A query runs in the report's snapshot; anything else may write, and
+  // goes to the writing session while a server snapshot is held. Only then
+  // is the statement looked at twice.
+  bool write = im.SnapshotSeparatesWrites() && !im.cache(false).Get(statement).translation().is_query;
   StatementCache::Lease lease = im.cache(write).Get(statement);
   bool query = lease.translation().is_query;
   while (lease.Step()) {

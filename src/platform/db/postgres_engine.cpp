@@ -2,6 +2,7 @@
 
 #include <libpq-fe.h>
 
+#include <cctype>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -85,6 +86,11 @@ std::pair<std::optional<std::string>, Oid> ParameterText(const Variant& value) {
   if (auto* t = std::get_if<std::string>(&s)) return {*t, 0};
   if (auto* bytes = std::get_if<Bytes>(&s)) return {Hex(*bytes), kBytea};
   return {std::nullopt, 0};
+}
+
+std::string Lower(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return text;
 }
 
 std::string QuoteLiteral(const std::string& text) {
@@ -213,6 +219,7 @@ class PostgresEngine : public Engine {
   std::vector<TableDef> ListTables() override;
   void CreateTable(const TableDef& table) override;
   void DropTable(const std::string& table) override {
+    primary_keys_.clear();
     Run("DROP TABLE IF EXISTS " + QuoteIdent(table) + " CASCADE", "dropping " + table);
   }
   void InsertRows(const TableDef& table, const std::vector<std::vector<Variant>>& rows) override;
@@ -250,6 +257,7 @@ class PostgresEngine : public Engine {
   int64_t changes_ = 0;
   int statement_number_ = 0;
   std::string clock_sent_;
+  std::map<std::string, std::vector<std::string>> primary_keys_;  // by lower-case table name
 };
 
 void PostgresEngine::Connect(const std::string& url) {
@@ -438,6 +446,7 @@ std::string DeclaredOf(const std::string& pg_type) {
 }
 
 sql::Schema PostgresEngine::LoadSchema() {
+  primary_keys_.clear();
   sql::Schema schema;
   for (TableDef& t : ListTables()) schema.AddTable(t.name, std::move(t.columns));
   return schema;
@@ -494,16 +503,13 @@ std::vector<TableDef> PostgresEngine::ListTables() {
 }
 
 std::vector<std::string> PostgresEngine::PrimaryKey(const std::string& table) {
-  // Names compare without regard to case, as on SQL Server.
-  for (const TableDef& t : ListTables()) {
-    if (t.name.size() != table.size()) continue;
-    bool same = true;
-    for (size_t i = 0; i < table.size() && same; ++i)
-      same = std::tolower(static_cast<unsigned char>(t.name[i])) ==
-             std::tolower(static_cast<unsigned char>(table[i]));
-    if (same) return t.primary_key;
-  }
-  return {};
+  // Asked on every recordset write: the catalog is read once per schema
+  // load, keyed by lower-case name (names compare without regard to case,
+  // as on SQL Server).
+  if (primary_keys_.empty())
+    for (const TableDef& t : ListTables()) primary_keys_[Lower(t.name)] = t.primary_key;
+  auto it = primary_keys_.find(Lower(table));
+  return it == primary_keys_.end() ? std::vector<std::string>{} : it->second;
 }
 
 // The PostgreSQL column type of a declared SQL Server type. Text of every
@@ -534,6 +540,7 @@ std::string PostgresType(const sql::ColumnType& c, bool identity) {
 }
 
 void PostgresEngine::CreateTable(const TableDef& t) {
+  primary_keys_.clear();
   bool single_int_key = t.primary_key.size() == 1;
   std::string ddl = "CREATE TABLE " + QuoteIdent(t.name) + " (";
   for (size_t i = 0; i < t.columns.size(); ++i) {

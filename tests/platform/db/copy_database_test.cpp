@@ -13,30 +13,10 @@
 namespace orv::db {
 namespace {
 
+using testing::kCopyPractice;
 using testing::RowDifferences;
 using testing::TempDb;
-
-// Values chosen for what breaks copies: money with four decimals and at the
-// edge of its range, negative money, text with tabs, newlines, backslashes,
-// quotes and accents, NULLs, flags of -1, dates with times, a blob.
-constexpr const char* kPractice = R"(
-CREATE TABLE "Invoices" ("ID" INTEGER PRIMARY KEY, "PatientID" INTEGER, "Complete?" INTEGER,
-  "InvoiceTotal" MONEY, "Date" DATETIME, "Notes" VARCHAR(60), "Code" CHAR(5), "Rate" FLOAT, "Logo" BLOB);
-CREATE INDEX "IX_Invoices_PatientID" ON "Invoices" ("PatientID");
-CREATE UNIQUE INDEX "IX_Invoices_Code_Date" ON "Invoices" ("Code", "Date");
-CREATE TABLE "Splits" ("EmployeeID" INTEGER, "Code" VARCHAR(10), "Share" FLOAT, PRIMARY KEY ("EmployeeID", "Code"));
-INSERT INTO "Invoices" VALUES (1, 7, -1, 125.5, '2026-11-20 00:00:00', 'Crown, tooth 36', 'A1', 0.5, x'00ff10');
-INSERT INTO "Invoices" VALUES (2, 7, 0, -0.0001, '2026-11-21 14:05:00', 'tab	and
-newline \ back''quote', 'B2', NULL, NULL);
-INSERT INTO "Invoices" VALUES (5, 8, 0, 922337203685.4775, '1999-12-31 23:59:59', 'Hélène Côté', NULL, 1e-7, NULL);
-INSERT INTO "Invoices" VALUES (6, NULL, NULL, NULL, NULL, NULL, 'C3', NULL, NULL);
-INSERT INTO "Splits" VALUES (3, 'HYG', 0.4), (3, 'DDS', 0.6);
-)";
-
-std::string TempPath(const char* name) {
-  return (std::filesystem::temp_directory_path() / (std::string("orv_copy_") + std::to_string(::getpid()) + name))
-      .string();
-}
+using testing::TempFilePath;
 
 
 std::string SchemaText(const std::string& path) {
@@ -52,8 +32,8 @@ std::string SchemaText(const std::string& path) {
 }
 
 TEST(CopyDatabase, FileToFileKeepsTypesKeysIndexesAndValues) {
-  TempDb source(kPractice);
-  std::string target = TempPath("_target.db");
+  TempDb source(kCopyPractice);
+  std::string target = TempFilePath("copy__target.db");
   std::filesystem::remove(target);
   std::vector<int> seen;
   CopyOptions options;
@@ -91,8 +71,8 @@ TEST(CopyDatabase, FileToFileKeepsTypesKeysIndexesAndValues) {
 }
 
 TEST(CopyDatabase, RefusedCopiesLeaveNothingBehind) {
-  TempDb source(kPractice);
-  std::string target = TempPath("_refused.db");
+  TempDb source(kCopyPractice);
+  std::string target = TempFilePath("copy__refused.db");
   std::filesystem::remove(target);
   // The source and target must differ.
   EXPECT_THROW(CopyDatabase(source.url(), source.url()), DatabaseError);

@@ -23,26 +23,10 @@ using orv::testing::FreshPgDatabase;
 using orv::testing::ServerExec;
 using orv::testing::TestServerUrl;
 using orv::testing::UrlOfDatabase;
+using testing::kCopyPractice;
 using testing::RowDifferences;
 using testing::TempDb;
-
-constexpr const char* kPractice = R"(
-CREATE TABLE "Invoices" ("ID" INTEGER PRIMARY KEY, "PatientID" INTEGER, "Complete?" INTEGER,
-  "InvoiceTotal" MONEY, "Date" DATETIME, "Notes" VARCHAR(60), "Code" CHAR(5), "Rate" FLOAT, "Logo" BLOB);
-CREATE INDEX "IX_Invoices_PatientID" ON "Invoices" ("PatientID");
-CREATE TABLE "Splits" ("EmployeeID" INTEGER, "Code" VARCHAR(10), "Share" FLOAT, PRIMARY KEY ("EmployeeID", "Code"));
-INSERT INTO "Invoices" VALUES (1, 7, -1, 125.5, '2026-11-20 00:00:00', 'Crown, tooth 36', 'A1', 0.5, x'00ff10');
-INSERT INTO "Invoices" VALUES (2, 7, 0, -0.0001, '2026-11-21 14:05:00', 'tab	and
-newline \ back''quote', 'B2', NULL, NULL);
-INSERT INTO "Invoices" VALUES (5, 8, 0, 92233720.4775, '1999-12-31 23:59:59', 'Hélène Côté ', NULL, 1e-7, NULL);
-INSERT INTO "Invoices" VALUES (6, NULL, NULL, NULL, NULL, NULL, 'C3', NULL, NULL);
-INSERT INTO "Splits" VALUES (3, 'HYG', 0.4), (3, 'DDS', 0.6);
-)";
-
-std::string TempPath(const char* name) {
-  return (std::filesystem::temp_directory_path() / (std::string("orv_pg_") + std::to_string(::getpid()) + name))
-      .string();
-}
+using testing::TempFilePath;
 
 
 // One value read through the engine, as the layer sees it.
@@ -54,7 +38,7 @@ Variant ReadOne(Engine& engine, const std::string& sql) {
 
 TEST(PostgresEngine, PracticeGoesToTheServerAndBackUnchanged) {
   ORV_REQUIRE_POSTGRES();
-  TempDb source(kPractice);
+  TempDb source(kCopyPractice);
   FreshPgDatabase server;
   CopyDatabase(source.url(), server.url());
 
@@ -97,7 +81,7 @@ TEST(PostgresEngine, PracticeGoesToTheServerAndBackUnchanged) {
 
   // And back to a file: the same rows (the new one aside).
   ServerExec("DELETE FROM \"Invoices\" WHERE \"ID\" = 7", server.url());
-  std::string back = TempPath("_back.db");
+  std::string back = TempFilePath("pg__back.db");
   std::filesystem::remove(back);
   CopyDatabase(server.url(), "sqlite:" + back);
   EXPECT_EQ(RowDifferences(source.path(), back, "Invoices"), 0);
@@ -120,7 +104,7 @@ TEST(PostgresEngine, FailedCopyLeavesTheServerEmpty) {
 
 TEST(PostgresEngine, SnapshotHoldsWhileOthersWriteAndWritesGoThrough) {
   ORV_REQUIRE_POSTGRES();
-  TempDb source(kPractice);
+  TempDb source(kCopyPractice);
   FreshPgDatabase server;
   CopyDatabase(source.url(), server.url());
   Connection conn(server.url());

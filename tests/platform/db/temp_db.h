@@ -71,6 +71,30 @@ INSERT INTO InvoicePaymentDetails VALUES
  (5, 4, 0.2, '2026-10-02 00:00:00');
 )sql";
 
+// Values chosen for what breaks copies: money with four decimals and at the
+// edge of its range, negative money, text with tabs, newlines, backslashes,
+// quotes and accents, NULLs, flags of -1, dates with times, a blob.
+inline constexpr const char* kCopyPractice = R"(
+CREATE TABLE "Invoices" ("ID" INTEGER PRIMARY KEY, "PatientID" INTEGER, "Complete?" INTEGER,
+  "InvoiceTotal" MONEY, "Date" DATETIME, "Notes" VARCHAR(60), "Code" CHAR(5), "Rate" FLOAT, "Logo" BLOB);
+CREATE INDEX "IX_Invoices_PatientID" ON "Invoices" ("PatientID");
+CREATE UNIQUE INDEX "IX_Invoices_Code_Date" ON "Invoices" ("Code", "Date");
+CREATE TABLE "Splits" ("EmployeeID" INTEGER, "Code" VARCHAR(10), "Share" FLOAT, PRIMARY KEY ("EmployeeID", "Code"));
+INSERT INTO "Invoices" VALUES (1, 7, -1, 125.5, '2026-11-20 00:00:00', 'Crown, tooth 36', 'A1', 0.5, x'00ff10');
+INSERT INTO "Invoices" VALUES (2, 7, 0, -0.0001, '2026-11-21 14:05:00', 'tab	and
+newline \ back''quote', 'B2', NULL, NULL);
+INSERT INTO "Invoices" VALUES (5, 8, 0, 92233720.4775, '1999-12-31 23:59:59', 'Hélène Côté ', NULL, 1e-7, NULL);
+INSERT INTO "Invoices" VALUES (6, NULL, NULL, NULL, NULL, NULL, 'C3', NULL, NULL);
+INSERT INTO "Splits" VALUES (3, 'HYG', 0.4), (3, 'DDS', 0.6);
+)";
+
+// A path in the temporary folder, unique to this process, for a file a test
+// makes (the test removes it).
+inline std::string TempFilePath(const std::string& name) {
+  return (std::filesystem::temp_directory_path() / ("orvenda_db_test_" + std::to_string(::getpid()) + "_" + name))
+      .string();
+}
+
 // Rows of `table` in file `a` that file `b` lacks, plus the other way round:
 // 0 when both hold the same rows.
 inline int RowDifferences(const std::string& a, const std::string& b, const std::string& table) {

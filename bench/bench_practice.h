@@ -1,0 +1,35 @@
+// The demo practice a benchmark runs on: written to a temporary file with a
+// fixed seed, its size printed, so runs compare across machines and days.
+#pragma once
+
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "platform/practice/demo_practice.h"
+
+namespace orv::bench {
+
+// Writes a demo practice of `patients` to a temporary file named after
+// `name` and returns its path; the caller removes it.
+inline std::string WriteBenchPractice(const std::string& name, int patients) {
+  const std::string path = (std::filesystem::temp_directory_path() /
+                            ("orvenda_bench_" + name + "_" + std::to_string(::getpid()) + ".db"))
+                               .string();
+  std::filesystem::remove(path);
+  practice::DemoOptions options;
+  options.patients = patients;
+  options.seed = 20261120;
+  const auto made = std::chrono::steady_clock::now();
+  const practice::DemoSummary demo = practice::WriteDemoPracticeFile(path, options);
+  std::printf("demo practice: %lld patients, %lld invoices, %lld payments (%.1f s)\n",
+              static_cast<long long>(demo.patients), static_cast<long long>(demo.invoices),
+              static_cast<long long>(demo.payments),
+              std::chrono::duration<double>(std::chrono::steady_clock::now() - made).count());
+  return path;
+}
+
+}  // namespace orv::bench
