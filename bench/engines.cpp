@@ -3,7 +3,9 @@
 // copied to a database on a PostgreSQL server (replacing what an earlier
 // run left there), and each report then runs once on the file and once on
 // the server, each inside a snapshot as the report host runs it, writing
-// its text to a temporary folder. Prints per report the seconds on each
+// its text to a temporary folder. The server runs each report twice: with
+// per-row lookups batched (the default) and key by key ("1by1"), whose
+// texts must agree. Prints per report the seconds on each
 // engine, their ratio, the pages (which must agree), whether the texts
 // agree, the time spent waiting on the engine, and on the server the round
 // trips the library made (counted by wrapping libpq's calls below), then
@@ -185,6 +187,7 @@ struct Run {
   int pages = 0;
   long round_trips = 0;       // on the server
   long prepares = 0;
+  int64_t batched = 0;        // lookups answered from a batched read
   std::string text;           // what the report wrote
   std::string message;        // the first message box it showed, if any
 };
@@ -265,8 +268,11 @@ int main(int argc, char** argv) {
     std::string url;
     db::Connection conn;
   };
-  Engine engines[2] = {{"sqlite", sqlite_path, {}}, {"postgresql", pg_url, {}}};
+  // The server twice: with per-row lookups batched (the default), and with
+  // every lookup sent as its own statement, to show what batching saves.
+  Engine engines[3] = {{"sqlite", sqlite_path, {}}, {"postgresql", pg_url, {}}, {"postgresql-1by1", pg_url, {}}};
   for (Engine& e : engines) e.conn.Open(e.url);
+  engines[2].conn.BatchLookups(false);
 
   {
     db::Recordset families;
@@ -296,12 +302,13 @@ int main(int argc, char** argv) {
     const auto sql0 = g_sql_time;
     const ServerCalls server0 = g_server;
     const auto start = BenchClock::now();
+    Run r;
     {
       db::Snapshot snapshot(e.conn);
       body(reports, form);
+      r.batched = e.conn.BatchedLookupCount();
     }
     if (form.ShowCount() == 0 && form.PrintCount() == 0 && form.VSP.PageCount() > 0) form.Show();
-    Run r;
     r.seconds = Seconds(BenchClock::now() - start);
     r.engine_seconds = Seconds((g_sql_time - sql0) + (g_server.wait - server0.wait));
     r.round_trips = g_server.round_trips() - server0.round_trips();
@@ -332,32 +339,41 @@ int main(int argc, char** argv) {
        [](clsReports& r, PreviewForm&) { r.rptBulkStatements("", "", true, "Bench statements", Variant(true)); }},
   };
 
-  std::printf("\n%-24s %9s %9s %7s %6s %6s %5s %9s %9s %8s %8s\n", "report", "sqlite s", "pg s", "pg/lite",
-              "pages", "pg pg", "same", "in lite", "wait pg", "trips", "prepares");
-  double total[2] = {0, 0};
+  std::printf("\n%-24s %9s %9s %7s %9s %7s %6s %6s %5s %9s %9s %8s %8s %8s\n", "report", "sqlite s", "pg s",
+              "pg/lite", "1by1 s", "1/lite", "pages", "pg pg", "same", "in lite", "wait pg", "trips", "prepares",
+              "batched");
+  double total[3] = {0, 0, 0};
   bool all_same = true;
   for (const Report& report : reports) {
     const Run lite = run(engines[0], report.name, report.body);
+    const Run single = run(engines[2], report.name, report.body);
     const Run pg = run(engines[1], report.name, report.body);
     total[0] += lite.seconds;
     total[1] += pg.seconds;
+    total[2] += single.seconds;
     // "order": the same lines, but rows of equal sort keys in another order.
-    const bool same = lite.text == pg.text;
-    const bool reordered = !same && SortedLines(lite.text) == SortedLines(pg.text);
-    all_same = all_same && (same || reordered) && lite.pages == pg.pages;
-    std::printf("%-24s %9.3f %9.3f %7.2f %6d %6d %5s %9.3f %9.3f %8ld %8ld\n", report.name.c_str(), lite.seconds,
-                pg.seconds, lite.seconds > 0 ? pg.seconds / lite.seconds : 0.0, lite.pages, pg.pages,
-                same ? "yes" : reordered ? "order" : "NO", lite.engine_seconds, pg.engine_seconds, pg.round_trips, pg.prepares);
-    if (lite.pages != pg.pages)
-      std::printf("  WARNING: %s made %d pages on SQLite and %d on PostgreSQL\n", report.name.c_str(), lite.pages,
-                  pg.pages);
+    const bool same = lite.text == pg.text && single.text == pg.text;
+    const bool reordered = !same && SortedLines(lite.text) == SortedLines(pg.text) &&
+                           SortedLines(single.text) == SortedLines(pg.text);
+    all_same = all_same && (same || reordered) && lite.pages == pg.pages && single.pages == pg.pages;
+    std::printf("%-24s %9.3f %9.3f %7.2f %9.3f %7.2f %6d %6d %5s %9.3f %9.3f %8ld %8ld %8lld\n", report.name.c_str(),
+                lite.seconds, pg.seconds, lite.seconds > 0 ? pg.seconds / lite.seconds : 0.0, single.seconds,
+                lite.seconds > 0 ? single.seconds / lite.seconds : 0.0, lite.pages, pg.pages,
+                same ? "yes" : reordered ? "order" : "NO", lite.engine_seconds, pg.engine_seconds, pg.round_trips,
+                pg.prepares, static_cast<long long>(pg.batched));
+    if (lite.pages != pg.pages || single.pages != pg.pages)
+      std::printf("  WARNING: %s made %d pages on SQLite, %d on PostgreSQL, %d key by key\n", report.name.c_str(),
+                  lite.pages, pg.pages, single.pages);
     if (!same && !reordered)
-      std::printf("  WARNING: %s wrote different text on the two engines\n", report.name.c_str());
-    for (const Run* r : {&lite, &pg})
+      std::printf("  WARNING: %s wrote different text on SQLite, PostgreSQL and PostgreSQL key by key\n",
+                  report.name.c_str());
+    for (const Run* r : {&lite, &pg, &single})
       if (!r->message.empty())
-        std::printf("  %s showed: %.200s\n", r == &lite ? "sqlite" : "postgresql", r->message.c_str());
+        std::printf("  %s showed: %.200s\n", r == &lite ? "sqlite" : r == &pg ? "postgresql" : "key by key",
+                    r->message.c_str());
   }
-  std::printf("%-24s %9.3f %9.3f %7.2f\n", "total", total[0], total[1], total[0] > 0 ? total[1] / total[0] : 0.0);
+  std::printf("%-24s %9.3f %9.3f %7.2f %9.3f %7.2f\n", "total", total[0], total[1],
+              total[0] > 0 ? total[1] / total[0] : 0.0, total[2], total[0] > 0 ? total[2] / total[0] : 0.0);
 
   // Where the server's time went, over every report.
   std::printf("\nround trips to the server: %ld prepares, %ld executes, %ld others (", g_server.prepares,

@@ -5,6 +5,7 @@
 
 #include "platform/db/connection_url.h"
 #include "platform/db/db_error.h"
+#include "platform/db/lookup_batch.h"
 #include "platform/db/shape.h"
 #include "platform/db/statement_cache.h"
 
@@ -21,13 +22,21 @@ class Connection::Impl {
   // While a report holds a snapshot on a server engine, its session is
   // read-only; writes (LastStatement, a repair) go through a second session
   // of their own, opened on the first write, in their own short
-  // transactions, and are visible to the practice at once. A transaction
-  // stays on the session it began on.
+  // transactions, and are visible to the practice at once. A transaction's
+  // writes stay on the session it began on.
   bool SnapshotSeparatesWrites() const {
     return snapshot_depth_ > 0 && engine_->dialect() == sql::Dialect::PostgreSQL;
   }
+  // Reads stay in the snapshot even inside a transaction the writer holds
+  // (the stamps of a statement run): the report's figures come from one
+  // moment, and no report reads back what it stamped.
+  bool ReadsFromSnapshot() const {
+    return snapshot_depth_ > 0 && engine_->dialect() == sql::Dialect::PostgreSQL &&
+           (!in_transaction_ || tx_on_writer_);
+  }
   bool UseWriter(bool write) {
-    bool use = in_transaction_ ? tx_on_writer_ : write && SnapshotSeparatesWrites();
+    bool use = write ? (in_transaction_ ? tx_on_writer_ : SnapshotSeparatesWrites())
+                     : in_transaction_ && tx_on_writer_ && !ReadsFromSnapshot();
     if (use && !writer_) {
       writer_ = OpenEngine(url_);
       writer_cache_ = std::make_unique<StatementCache>(*writer_, schema_);
@@ -52,7 +61,26 @@ class Connection::Impl {
   // of thousands of invoices) asks the server once per report, not once per
   // row. Dropped when the snapshot ends.
   std::unordered_map<std::string, std::shared_ptr<const RowSet>> snapshot_rows_;
+  bool batch_lookups_ = true;
+  std::unique_ptr<LookupBatcher> batcher_;
   int cursor_location_ = adUseServer;
+
+  LookupBatcher& batcher() {
+    if (!batcher_) {
+      batcher_ = std::make_unique<LookupBatcher>(
+          schema_, engine_->dialect(),
+          [this](const sql::Translation& tr, const std::string& original) { return ReadBatch(tr, original); });
+    }
+    return *batcher_;
+  }
+  // A batched lookup runs under a savepoint: should the server refuse it,
+  // the snapshot stays usable and the report goes on key by key.
+  std::shared_ptr<RowSet> ReadBatch(const sql::Translation& tr, const std::string& original);
+  void RunPlain(const char* sql) {
+    auto stmt = engine_->Prepare(sql, sql);
+    while (stmt->Step()) {
+    }
+  }
 };
 
 Connection::Connection() = default;
@@ -144,7 +172,8 @@ void Connection::EndSnapshot() {
   if (im.snapshot_depth_ == 0) return;
   if (--im.snapshot_depth_ > 0) return;
   im.snapshot_rows_.clear();
-  if (!im.in_transaction_) im.engine_->EndSnapshot();
+  if (im.batcher_) im.batcher_->Clear();
+  if (!im.in_transaction_ || im.tx_on_writer_) im.engine_->EndSnapshot();
 }
 
 std::string Connection::Describe() const { return impl().engine_->Describe(); }
@@ -166,15 +195,15 @@ void Connection::RefreshSchema() {
   Impl& im = impl();
   im.schema_ = im.engine_->LoadSchema();
   im.cache_ = std::make_unique<StatementCache>(*im.engine_, im.schema_);
+  im.batcher_.reset();
 }
 
 namespace {
 
-std::shared_ptr<RowSet> ReadRows(StatementCache& cache, const std::string& statement) {
-  StatementCache::Lease lease = cache.Get(statement);
-  const sql::Translation& tr = lease.translation();
-  if (!tr.is_query)
-    throw DatabaseError("the statement returns no rows; run it with Execute: " + statement);
+// The rows of a running statement (a cache lease or an engine statement),
+// typed by its translation's result columns.
+template <typename Running>
+std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr) {
   auto rows = std::make_shared<RowSet>();
   int n = lease.ColumnCount();
   bool typed = static_cast<int>(tr.columns.size()) == n;
@@ -192,6 +221,15 @@ std::shared_ptr<RowSet> ReadRows(StatementCache& cache, const std::string& state
     for (int i = 0; i < n; ++i) row.push_back(ValueOfKind(lease.Column(i), rows->fields[i].kind));
     rows->rows.push_back(std::move(row));
   }
+  return rows;
+}
+
+std::shared_ptr<RowSet> ReadRows(StatementCache& cache, const std::string& statement) {
+  StatementCache::Lease lease = cache.Get(statement);
+  const sql::Translation& tr = lease.translation();
+  if (!tr.is_query)
+    throw DatabaseError("the statement returns no rows; run it with Execute: " + statement);
+  auto rows = CollectRows(lease, tr);
   lease.Done();
   return rows;
 }
@@ -254,7 +292,7 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement) const {
   // listing is read once anyway. Each caller gets its own copy, since a
   // recordset may change its rows.
   constexpr size_t kCachedRowsMax = 16, kCachedStatementsMax = 50000;
-  bool cacheable = im.snapshot_depth_ > 0 && !im.in_transaction_ && im.engine_->dialect() != sql::Dialect::SQLite;
+  bool cacheable = im.ReadsFromSnapshot();
   if (cacheable) {
     auto hit = im.snapshot_rows_.find(statement);
     if (hit != im.snapshot_rows_.end()) {
@@ -262,6 +300,9 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement) const {
       copy->id = NextRowSetId();
       return copy;
     }
+  }
+  if (cacheable && im.batch_lookups_) {
+    if (auto rows = im.batcher().Find(statement)) return rows;
   }
   auto rows = ReadRows(im.cache(false), statement);
   if (cacheable && rows->rows.size() <= kCachedRowsMax && im.snapshot_rows_.size() < kCachedStatementsMax)
@@ -297,6 +338,35 @@ int64_t Connection::RunEngineSql(const std::string& sql, const std::vector<Varia
 int64_t Connection::LastInsertId() { return impl().engine(true).LastInsertId(); }
 
 sql::Dialect Connection::Dialect() const { return impl().engine_->dialect(); }
+
+std::shared_ptr<RowSet> Connection::Impl::ReadBatch(const sql::Translation& tr, const std::string& original) {
+  RunPlain("SAVEPOINT orv_lookup_batch");
+  try {
+    auto stmt = engine_->Prepare(tr.sql, original);
+    auto rows = CollectRows(*stmt, tr);
+    stmt->Reset();
+    RunPlain("RELEASE SAVEPOINT orv_lookup_batch");
+    return rows;
+  } catch (...) {
+    try {
+      RunPlain("ROLLBACK TO SAVEPOINT orv_lookup_batch");
+      RunPlain("RELEASE SAVEPOINT orv_lookup_batch");
+    } catch (...) {
+      // The session itself is gone; the statement run key by key will say so.
+    }
+    throw;
+  }
+}
+
+void Connection::BatchLookups(bool on) {
+  Impl& im = impl();
+  im.batch_lookups_ = on;
+  if (!on && im.batcher_) im.batcher_->Clear();
+}
+
+int64_t Connection::BatchedLookupCount() const {
+  return impl_ && impl_->batcher_ ? impl_->batcher_->stats().served : 0;
+}
 
 size_t Connection::CachedStatementCount() const { return impl_ ? impl_->cache_->size() : 0; }
 

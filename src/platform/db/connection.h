@@ -93,6 +93,14 @@ class Connection {
   // benchmark to see that the cache works).
   size_t CachedStatementCount() const;
 
+  // Within a server snapshot, a lookup run for many keys is read for all
+  // keys at once (see lookup_batch.h). On by default; off runs every
+  // statement as given (to compare, and to measure). BatchedLookupCount is
+  // the number of statements answered from such reads so far in the
+  // current snapshot.
+  void BatchLookups(bool on);
+  int64_t BatchedLookupCount() const;
+
   class Impl;
 
  private:

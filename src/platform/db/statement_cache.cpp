@@ -108,6 +108,7 @@ StatementForm ParameteriseLiterals(const std::string& s) {
         f.form.append(s, copied, i - copied);
         f.sentinels.push_back(Sentinel(f.values.size()));
         f.values.push_back(value);
+        f.offsets.push_back(i);
         f.form += f.sentinels.back();
         copied = end;
       }

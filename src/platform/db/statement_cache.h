@@ -82,6 +82,7 @@ struct StatementForm {
   std::string form;
   std::vector<int64_t> values;
   std::vector<std::string> sentinels;
+  std::vector<size_t> offsets;  // where each literal starts in the statement
 };
 StatementForm ParameteriseLiterals(const std::string& statement);
 

@@ -73,7 +73,10 @@ std::string FormatValue(sqlite3_stmt* stmt, int column, ValueKind kind) {
 }
 
 FixtureDb::Result FixtureDb::Run(const std::string& tsql) const {
-  Translation t = Translate(tsql, schema_, Dialect::SQLite);
+  return RunTranslated(Translate(tsql, schema_, Dialect::SQLite));
+}
+
+FixtureDb::Result FixtureDb::RunTranslated(const Translation& t) const {
   Result r;
   for (const auto& c : t.columns) r.header.push_back(c.name);
   sqlite3_stmt* stmt = nullptr;

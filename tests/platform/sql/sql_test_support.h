@@ -33,6 +33,8 @@ class FixtureDb {
   // Translates `tsql` and runs it. Throws SqlError from the translation;
   // an engine error fails the calling test with the printed SQL.
   Result Run(const std::string& tsql) const;
+  // Runs a statement already translated for SQLite.
+  Result RunTranslated(const Translation& t) const;
   // Translates and runs `tsql` expecting the engine to fail it; returns the
   // engine's message, or "" when it ran.
   std::string RunError(const std::string& tsql) const;

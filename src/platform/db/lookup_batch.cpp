@@ -1,0 +1,141 @@
+#include "platform/db/lookup_batch.h"
+
+#include <algorithm>
+#include <exception>
+
+#include "platform/db/field_type.h"
+#include "platform/db/statement_cache.h"
+#include "platform/sql/lookup_batch.h"
+
+namespace orv::db {
+
+namespace {
+
+// The line and column (as the T-SQL lexer counts them: bytes, from 1) of
+// `offset` in `text`.
+sql::Pos PosOf(const std::string& text, size_t offset) {
+  sql::Pos p;
+  for (size_t i = 0; i < offset && i < text.size(); ++i) {
+    if (text[i] == '\n') {
+      ++p.line;
+      p.column = 1;
+    } else {
+      ++p.column;
+    }
+  }
+  return p;
+}
+
+std::string OtherLiterals(const std::vector<int64_t>& values, size_t key) {
+  std::string s;
+  for (size_t i = 0; i < values.size(); ++i) {
+    if (i == key) continue;
+    s += std::to_string(values[i]);
+    s += ',';
+  }
+  return s;
+}
+
+}  // namespace
+
+void LookupBatcher::Clear() {
+  forms_.clear();
+  stats_ = Stats();
+}
+
+std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement) {
+  StatementForm f = ParameteriseLiterals(statement);
+  if (f.values.empty()) return nullptr;
+  Form& form = forms_[f.form];
+  if (form.refused) return nullptr;
+
+  // The key is the literal that changes from run to run while the others
+  // stay: the invoice of "InvoiceID = 17 AND IsInsurance = 1".
+  bool chosen_now = false;
+  if (form.key < 0) {
+    if (form.last.size() == f.values.size()) {
+      int changed = -1, count = 0;
+      for (size_t i = 0; i < f.values.size(); ++i)
+        if (f.values[i] != form.last[i]) changed = static_cast<int>(i), ++count;
+      if (count == 1) {
+        form.varied.resize(f.values.size());
+        if (++form.varied[changed] >= kThreshold) {
+          form.key = changed;
+          chosen_now = true;
+        }
+      }
+    }
+    form.last = f.values;
+    if (form.key < 0) return nullptr;
+  }
+
+  const size_t key = static_cast<size_t>(form.key);
+  Group& group = form.groups[OtherLiterals(f.values, key)];
+  if (!group.batch) {
+    if (++group.runs < kThreshold && !chosen_now) return nullptr;
+    group.batch = Build(statement, f.offsets[key]);
+    if (!group.batch) {
+      form.refused = true;
+      form.groups.clear();
+      return nullptr;
+    }
+  }
+  return Serve(*group.batch, f.values[key]);
+}
+
+std::unique_ptr<LookupBatcher::Batch> LookupBatcher::Build(const std::string& statement, size_t offset) {
+  const int64_t room = std::min(kBatchRows, kTotalRows - stats_.rows);
+  if (room <= 0) return nullptr;
+  // A statement that is no lookup by this literal, a batched read the
+  // engine refuses, or one too large to hold: the form is run key by key,
+  // as it always could be.
+  std::optional<sql::BatchedLookup> lookup;
+  std::shared_ptr<RowSet> read;
+  try {
+    lookup = sql::TranslateBatchedLookup(statement, PosOf(statement, offset), schema_, dialect_, room);
+    if (!lookup) return nullptr;
+    read = read_(lookup->translation, statement);
+  } catch (const std::exception&) {
+    return nullptr;
+  }
+  if (static_cast<int64_t>(read->rows.size()) > room || read->fields.empty()) return nullptr;
+
+  auto batch = std::make_unique<Batch>();
+  batch->aggregate = lookup->aggregate;
+  batch->fields.assign(read->fields.begin() + 1, read->fields.end());
+  if (batch->aggregate) {
+    for (size_t i = 0; i < batch->fields.size(); ++i)
+      batch->empty_row.push_back(lookup->count_columns[i] ? ValueOfKind(Variant::Int64(0), batch->fields[i].kind)
+                                                          : Variant::Null());
+  }
+  batch->rows.reserve(read->rows.size());
+  // Rows come ordered by the key; a NULL key matches no "=" and is dropped.
+  for (auto& row : read->rows) {
+    if (row[0].IsNull()) continue;
+    const int64_t k = row[0].AsInteger();
+    row.erase(row.begin());
+    auto [it, added] = batch->by_key.try_emplace(k, batch->rows.size(), batch->rows.size());
+    if (!added && it->second.second != batch->rows.size()) return nullptr;  // not grouped: keep per key
+    batch->rows.push_back(std::move(row));
+    it->second.second = batch->rows.size();
+  }
+  ++stats_.batches;
+  stats_.rows += static_cast<int64_t>(batch->rows.size());
+  return batch;
+}
+
+std::shared_ptr<RowSet> LookupBatcher::Serve(const Batch& batch, int64_t key) {
+  auto rows = std::make_shared<RowSet>();
+  rows->fields = batch.fields;
+  auto hit = batch.by_key.find(key);
+  if (hit != batch.by_key.end()) {
+    rows->rows.assign(batch.rows.begin() + static_cast<std::ptrdiff_t>(hit->second.first),
+                      batch.rows.begin() + static_cast<std::ptrdiff_t>(hit->second.second));
+  } else if (batch.aggregate) {
+    rows->rows.push_back(batch.empty_row);
+  }
+  ++stats_.served;
+  return rows;
+}
+
+}  // namespace orv::db

@@ -1,0 +1,90 @@
+// Per-row lookups answered from one read of all keys, inside a snapshot.
+//
+// A report that walks 25,000 invoices and asks, for each, "what was paid on
+// invoice N" sends 25,000 statements that differ only in N. On SQLite each
+// is a few microseconds; on a server each is a round trip (about 55 µs on
+// loopback, more over a network). While a report holds a snapshot the
+// answers cannot change, so after a statement form has been run with
+// enough different keys, the batcher reads the answers for every key in one
+// statement (sql/lookup_batch.h) and serves the following runs from memory.
+//
+// The batch reads what the report would have read key by key, in the same
+// snapshot, and gives each key the same rows, columns and types; only the
+// number of round trips changes. It is kept for the snapshot's life and
+// dropped with it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/db/rowset.h"
+#include "platform/sql/translate.h"
+
+namespace orv::db {
+
+class LookupBatcher {
+ public:
+  // Reads the rows of a translated statement; `original` names it in
+  // messages. A failure must leave the snapshot usable (the caller runs it
+  // under a savepoint) and throws.
+  using Reader = std::function<std::shared_ptr<RowSet>(const sql::Translation&, const std::string& original)>;
+
+  // A form is batched once this many runs of it differed only in one key.
+  static constexpr int kThreshold = 16;
+  // A batch larger than this is not kept (the form goes back to one
+  // statement per key), and all batches of a snapshot together hold at
+  // most kTotalRows rows.
+  static constexpr int64_t kBatchRows = 250000;
+  static constexpr int64_t kTotalRows = 1000000;
+
+  LookupBatcher(const sql::Schema& schema, sql::Dialect dialect, Reader read)
+      : schema_(schema), dialect_(dialect), read_(std::move(read)) {}
+
+  // The rows of `statement` from a batch, or nullptr when the caller must
+  // run it itself.
+  std::shared_ptr<RowSet> Find(const std::string& statement);
+  // Forgets every batch (the snapshot ended).
+  void Clear();
+
+  struct Stats {
+    int batches = 0;       // batched reads made
+    int64_t served = 0;    // statements answered from them
+    int64_t rows = 0;      // rows held
+  };
+  const Stats& stats() const { return stats_; }
+
+ private:
+  struct Batch {
+    std::vector<FieldInfo> fields;  // the lookup's own columns
+    bool aggregate = false;
+    std::vector<Variant> empty_row;  // an aggregate lookup's row for a key without rows
+    std::vector<std::vector<Variant>> rows;
+    std::unordered_map<int64_t, std::pair<size_t, size_t>> by_key;  // rows [first, last)
+  };
+  struct Group {  // the runs of one form that agree on every literal but the key
+    int runs = 0;
+    std::unique_ptr<Batch> batch;
+  };
+  struct Form {
+    bool refused = false;
+    int key = -1;                 // the position of the key literal, once chosen
+    std::vector<int64_t> last;    // the literals of the previous run
+    std::vector<int> varied;      // runs in which each literal alone changed
+    std::unordered_map<std::string, Group> groups;  // by the other literals
+  };
+
+  std::unique_ptr<Batch> Build(const std::string& statement, size_t offset);
+  std::shared_ptr<RowSet> Serve(const Batch& batch, int64_t key);
+
+  const sql::Schema& schema_;
+  sql::Dialect dialect_;
+  Reader read_;
+  std::unordered_map<std::string, Form> forms_;
+  Stats stats_;
+};
+
+}  // namespace orv::db

@@ -1,0 +1,146 @@
+#include "platform/sql/lookup_batch.h"
+
+#include <string>
+
+#include "platform/sql/ast.h"
+#include "platform/sql/binder.h"
+#include "platform/sql/parser.h"
+#include "platform/sql/print_postgres.h"
+#include "platform/sql/print_sqlite.h"
+
+namespace orv::sql {
+
+namespace {
+
+// The name of the key column in the batched result; no practice column is
+// called this.
+constexpr const char* kKeyColumn = "orv_batch_key";
+
+bool IsAt(const Expr& e, Pos at) { return e.pos.line == at.line && e.pos.column == at.column; }
+
+// True when `e` holds an aggregate outside any subquery of its own.
+bool HasAggregate(const Expr& e) {
+  if (e.kind == ExprKind::Function && e.is_aggregate) return true;
+  for (const auto& a : e.args)
+    if (a && HasAggregate(*a)) return true;
+  return false;
+}
+
+bool IsBareAggregate(const Expr& e) {
+  if (e.kind != ExprKind::Function || !e.is_aggregate || e.distinct) return false;
+  for (const auto& a : e.args)
+    if (a && HasAggregate(*a)) return false;
+  return e.text == "SUM" || e.text == "COUNT" || e.text == "MIN" || e.text == "MAX" || e.text == "AVG";
+}
+
+// The integer column of a conjunct "column = <literal at `key`>" (either
+// side), or nullptr.
+const Expr* KeyColumn(const Expr& conjunct, Pos key) {
+  if (conjunct.kind != ExprKind::Binary || conjunct.text != "=" || conjunct.args.size() != 2) return nullptr;
+  const Expr* l = conjunct.args[0].get();
+  const Expr* r = conjunct.args[1].get();
+  if (l->kind == ExprKind::Number) std::swap(l, r);
+  if (r->kind != ExprKind::Number || !IsAt(*r, key)) return nullptr;
+  if (r->text.find_first_not_of("0123456789") != std::string::npos) return nullptr;
+  // Only an integer column groups exactly as "=" selects: a text column
+  // would group under the collation, a money column by its decimals.
+  if (l->kind != ExprKind::Column || l->type.kind != ValueKind::Integer) return nullptr;
+  return l;
+}
+
+// A copy of a bound column reference.
+ExprPtr CopyColumn(const Expr& c) {
+  auto e = std::make_unique<Expr>(c.kind, c.pos);
+  e->text = c.text;
+  e->qualifier = c.qualifier;
+  e->type = c.type;
+  e->op = c.op;
+  e->table_alias = c.table_alias;
+  e->column_name = c.column_name;
+  return e;
+}
+
+}  // namespace
+
+std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos key, const Schema& schema,
+                                                    Dialect dialect, int64_t row_limit) {
+  Statement st = Parse(tsql);
+  Bind(st, schema, tsql);
+  if (st.kind != Statement::Kind::Select || st.query->selects.size() != 1) return std::nullopt;
+  Query& q = *st.query;
+  Select& s = *q.selects[0];
+  if (s.distinct || s.top || !s.group_by.empty() || s.rollup || s.having || !s.where) return std::nullopt;
+
+  // The key conjunct, at the top of the WHERE clause.
+  const Expr* column = nullptr;
+  size_t conjunct = 0;
+  bool whole_where = false;
+  if (s.where->kind == ExprKind::Logical && s.where->text == "AND") {
+    for (size_t i = 0; i < s.where->args.size() && !column; ++i) {
+      column = KeyColumn(*s.where->args[i], key);
+      conjunct = i;
+    }
+  } else {
+    column = KeyColumn(*s.where, key);
+    whole_where = true;
+  }
+  if (!column) return std::nullopt;
+
+  // All bare aggregates, or none at all.
+  size_t aggregates = 0, outputs = 0;
+  for (const SelectItem& item : s.items) {
+    outputs += item.outputs.size();
+    if (item.expr && HasAggregate(*item.expr)) {
+      if (!IsBareAggregate(*item.expr)) return std::nullopt;
+      ++aggregates;
+    }
+  }
+  const bool aggregate = aggregates > 0;
+  if (aggregate && (aggregates != s.items.size() || !q.order_by.empty())) return std::nullopt;
+
+  BatchedLookup out;
+  out.aggregate = aggregate;
+  if (aggregate)
+    for (const SelectItem& item : s.items) out.count_columns.push_back(item.expr->text == "COUNT");
+
+  // The key leads the select list, groups an aggregate lookup, and orders
+  // the rows so that each key's rows lie together (a plain lookup keeps its
+  // own order within the key).
+  ExprPtr key_column = CopyColumn(*column);
+  SelectItem item;
+  item.pos = column->pos;
+  item.alias = kKeyColumn;
+  item.has_alias = true;
+  item.outputs.push_back({kKeyColumn, column->type, "", ""});
+  if (aggregate) s.group_by.push_back(CopyColumn(*column));
+  for (OrderItem& o : q.order_by)
+    if (o.output_position > 0) ++o.output_position;
+  OrderItem first;
+  first.expr = CopyColumn(*column);
+  first.output_position = 1;
+  q.order_by.insert(q.order_by.begin(), std::move(first));
+  item.expr = std::move(key_column);
+  s.items.insert(s.items.begin(), std::move(item));
+
+  if (whole_where) {
+    s.where.reset();
+  } else {
+    s.where->args.erase(s.where->args.begin() + static_cast<std::ptrdiff_t>(conjunct));
+    if (s.where->args.size() == 1) s.where = std::move(s.where->args[0]);
+  }
+
+  auto limit = std::make_unique<Expr>(ExprKind::Number, s.pos);
+  limit->text = std::to_string(row_limit + 1);
+  limit->type.kind = ValueKind::Integer;
+  s.top = std::move(limit);
+
+  out.translation.sql = dialect == Dialect::PostgreSQL ? PrintPostgres(st) : PrintSqlite(st);
+  out.translation.is_query = true;
+  for (const SelectItem& i : s.items)
+    for (const auto& o : i.outputs)
+      out.translation.columns.push_back({o.name, o.type.is_null ? ValueKind::Unknown : o.type.kind});
+  if (out.translation.columns.size() != outputs + 1) return std::nullopt;
+  return out;
+}
+
+}  // namespace orv::sql

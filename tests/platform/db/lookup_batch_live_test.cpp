@@ -1,0 +1,115 @@
+// Per-row lookups on a real server (ORVENDA_TEST_PG): inside a snapshot the
+// layer answers them from one read of all keys, and every answer must be the
+// one the statement itself gives.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/db/connection.h"
+#include "platform/db/copy_database.h"
+#include "support/postgres.h"
+#include "temp_db.h"
+
+namespace orv::db {
+namespace {
+
+using orv::testing::FreshPgDatabase;
+using orv::testing::ServerExec;
+using testing::TempDb;
+
+// Sixty invoices: invoice i belongs to patient i % 7 (none for 0), totals
+// i + 0.005, every fifth is not complete; it has i % 4 payment shares of
+// i + k/100 (k = 1..), the second one undated.
+std::string ManyInvoices() {
+  std::string sql =
+      "CREATE TABLE Invoices (ID INTEGER PRIMARY KEY, PatientID INTEGER, [Date] DATETIME, "
+      "InvoiceTotal MONEY, [Complete?] INTEGER);\n"
+      "CREATE TABLE InvoicePaymentDetails (ID INTEGER PRIMARY KEY, InvoiceID INTEGER, Amount MONEY, "
+      "[Date] DATETIME);\n";
+  int share = 1;
+  for (int i = 1; i <= 60; ++i) {
+    sql += "INSERT INTO Invoices VALUES (" + std::to_string(i) + ", " +
+           (i % 7 ? std::to_string(i % 7) : "NULL") + ", '2026-10-" + std::to_string(1 + i % 28) +
+           " 00:00:00', " + std::to_string(i) + ".005, " + (i % 5 ? "1" : "0") + ");\n";
+    for (int k = 1; k <= i % 4; ++k) {
+      sql += "INSERT INTO InvoicePaymentDetails VALUES (" + std::to_string(share++) + ", " + std::to_string(i) +
+             ", " + std::to_string(i) + "." + (k < 10 ? "0" : "") + std::to_string(k) + ", " +
+             (k == 2 ? "NULL" : "'2026-11-0" + std::to_string(k) + " 00:00:00'") + ");\n";
+    }
+  }
+  return sql;
+}
+
+std::string WithKey(std::string tsql, int key) { return tsql.replace(tsql.find("{}"), 2, std::to_string(key)); }
+
+// A result as text: each field's name and kind, then each value with its
+// type, so that a Currency and a Double of the same figure differ.
+std::string Dump(const RowSet& rows) {
+  std::string out;
+  for (const FieldInfo& f : rows.fields) out += f.name + ":" + std::to_string(static_cast<int>(f.kind)) + " ";
+  for (const auto& row : rows.rows) {
+    out += "\n ";
+    for (const Variant& v : row)
+      out += std::to_string(static_cast<int>(v.type())) + "=" + (v.IsNull() ? "Null" : CStr(v)) + " ";
+  }
+  return out + "\n";
+}
+
+TEST(LookupBatchLive, EveryKeyReadsAsItsOwnStatementAndOnlyInsideTheSnapshot) {
+  ORV_REQUIRE_POSTGRES();
+  TempDb file(ManyInvoices());
+  FreshPgDatabase server;
+  CopyDatabase(file.url(), server.url());
+  Connection conn(server.url());
+
+  const std::vector<std::string> lookups = {
+      "SELECT SUM(InvoicePaymentDetails.Amount) AS Total FROM InvoicePaymentDetails INNER JOIN Invoices ON "
+      "Invoices.ID = InvoicePaymentDetails.InvoiceID WHERE InvoicePaymentDetails.InvoiceID = {} AND "
+      "InvoicePaymentDetails.[Date] <= '2026-11-02' AND Invoices.[Complete?] = 1",
+      "SELECT COUNT(*) AS N, MIN([Date]) AS First FROM InvoicePaymentDetails WHERE InvoiceID = {}",
+      "SELECT ID, Amount, [Date] FROM InvoicePaymentDetails WHERE InvoiceID = {} ORDER BY Amount DESC",
+      "SELECT * FROM Invoices WHERE ID = {}",
+      "SELECT ID, InvoiceTotal FROM Invoices WHERE PatientID = {} AND [Complete?] = 1 ORDER BY ID",
+  };
+  // Keys 0 and 61..64 have no rows, nor patients past 6.
+  auto run_all = [&](bool batch, int64_t* served) {
+    conn.BatchLookups(batch);
+    std::string out;
+    Snapshot snapshot(conn);
+    for (const std::string& lookup : lookups)
+      for (int key = 0; key <= 64; ++key) out += Dump(*conn.Query(WithKey(lookup, key)));
+    *served = conn.BatchedLookupCount();
+    return out;
+  };
+  int64_t served_one = -1, served_batched = -1;
+  const std::string one_by_one = run_all(false, &served_one);
+  const std::string batched = run_all(true, &served_batched);
+  EXPECT_EQ(served_one, 0);
+  // Each lookup's first sixteen keys run as given; the rest from its batch.
+  EXPECT_EQ(served_batched, 5 * (65 - 16));
+  EXPECT_EQ(batched, one_by_one);
+
+  // Worked by hand: invoice 7 (complete) has shares 7.01 on 11-01, 7.02
+  // undated (out of "<="), 7.03 on 11-03 (after the day): 7.01 paid.
+  {
+    Snapshot snapshot(conn);
+    for (int key = 1; key <= 30; ++key) conn.Query(WithKey(lookups[0], key));
+    ASSERT_GT(conn.BatchedLookupCount(), 0);
+    auto rows = conn.Query(WithKey(lookups[0], 7));
+    ASSERT_EQ(rows->rows.size(), 1u);
+    EXPECT_EQ(CStr(rows->rows[0][0]), "7.01");
+    // Another session pays on invoice 7 while the snapshot is held: the
+    // report does not see it, batched or not.
+    ServerExec("INSERT INTO \"InvoicePaymentDetails\" VALUES (900, 7, 100, '2026-10-30')", server.url());
+    EXPECT_EQ(CStr(conn.Query(WithKey(lookups[0], 7))->rows[0][0]), "7.01");
+  }
+  // The next report sees it; outside a snapshot nothing is batched.
+  EXPECT_EQ(conn.BatchedLookupCount(), 0);
+  for (int key = 1; key <= 30; ++key) conn.Query(WithKey(lookups[0], key));
+  EXPECT_EQ(conn.BatchedLookupCount(), 0);
+  EXPECT_EQ(CStr(conn.Query(WithKey(lookups[0], 7))->rows[0][0]), "107.01");
+}
+
+}  // namespace
+}  // namespace orv::db
