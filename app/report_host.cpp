@@ -192,12 +192,9 @@ int RunReportHost(const std::vector<std::string>& args) {
 
     MethodArgs margs(params, values, given);
     Variant result;
-    {
-      // The whole report reads one moment of the database, however busy
-      // the practice is (a snapshot on a server; nothing to do on a file).
-      db::Snapshot snapshot(conn);
-      result = inv->second(reports, margs);
-    }
+    // Each report reads one moment of the database itself (clsReports holds
+    // a snapshot for every report call).
+    result = inv->second(reports, margs);
     if (tty) std::fprintf(stderr, "\n");
     if (!result.IsEmpty()) std::printf("%s\n", result.IsNull() ? "Null" : CStr(result).c_str());
     // A report that leaves showing the form to the host (or was trapped

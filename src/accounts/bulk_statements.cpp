@@ -19,6 +19,7 @@ namespace orv {
 
 void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txtFamilyFilter,
                                    bool IsFamilyStatement, std::string Header, Variant NoZeros) {
+  const db::Snapshot snapshot(conn_);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   AccountModel model(conn(), InterestRate);

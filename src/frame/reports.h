@@ -49,6 +49,9 @@ class clsReports {
 
   // `Connection` let: keeps the host's connection (the main and the lookup
   // reference are the same object). Nothing is opened, tested or closed.
+  // Every report method holds a db::Snapshot on it for its whole run, so
+  // that on a server all of a report's statements read one moment of the
+  // practice, however busy it is (on SQLite that costs nothing).
   void Connection(const db::Connection& connection);
   // Keeps the form and its surface `VSP`. The form must outlive the runs.
   void SetPrintPreview(PreviewForm* theFrm);

@@ -11,6 +11,7 @@
 namespace orv {
 
 void clsReports::rptFeeGuide(int32_t ID, std::string UserName) {
+  const db::Snapshot snapshot(conn_);
   frame::PrintSurface& vsp = VSP();
   vsp.Orientation(0);
   Host().SetMousePointer(host::vbHourglass);
@@ -77,6 +78,7 @@ std::string PhoneCell(clsCommonFunctions& cf, const db::Recordset& rs) {
 }  // namespace
 
 void clsReports::rptInsuranceCompanyList(std::string txtfilter, std::string UserName) {
+  const db::Snapshot snapshot(conn_);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);
@@ -109,6 +111,7 @@ void clsReports::rptInsuranceCompanyList(std::string txtfilter, std::string User
 }
 
 void clsReports::rptEmployerList(std::string txtfilter, std::string UserName) {
+  const db::Snapshot snapshot(conn_);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);
@@ -142,6 +145,7 @@ void clsReports::rptEmployerList(std::string txtfilter, std::string UserName) {
 
 void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserName,
                                       std::string Title, bool ByEmployer, int32_t EmployerID) {
+  const db::Snapshot snapshot(conn_);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);
@@ -229,6 +233,7 @@ void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserNam
 }
 
 void clsReports::rptPatientListDetailed(std::string txtfilter) {
+  const db::Snapshot snapshot(conn_);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);

@@ -28,6 +28,7 @@ bool FlagSet(const clsCommonFunctions& cf, const Variant& v) {
 
 void clsReports::rptPatientsWithABalance(std::string UserName, DateTime dtEndDate,
                                          std::string txtfilter, int16_t SortType) {
+  const db::Snapshot snapshot(conn_);
   frame::PrintSurface& vsp = VSP();
   vsp.MarginLeft(".6in");
   vsp.MarginRight(".6in");
@@ -44,6 +45,7 @@ void clsReports::rptPatientsWithABalance(std::string UserName, DateTime dtEndDat
 
 void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDate,
                                           std::string txtfilter, int16_t SortType, bool NoCredits) {
+  const db::Snapshot snapshot(conn_);
   Trap("An error has occurred in sub srptPatientsWithaBalance in Class clsReports", [&] {
     frame::PrintSurface& vsp = VSP();
     clsCommonFunctions& cf = Common();
@@ -272,6 +274,7 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
 }
 
 void clsReports::rptUnAppliedPayments(DateTime dtEndDate, std::string UserName) {
+  const db::Snapshot snapshot(conn_);
   try {
     frame::PrintSurface& vsp = VSP();
     vsp.CancelDialog(false);
@@ -295,6 +298,7 @@ void clsReports::rptUnAppliedPayments(DateTime dtEndDate, std::string UserName) 
 
 void clsReports::srptUnAppliedPayments(DateTime dtEndDate, std::string UserName,
                                        std::string strFilter) {
+  const db::Snapshot snapshot(conn_);
   try {
     frame::PrintSurface& vsp = VSP();
     clsCommonFunctions& cf = Common();
