@@ -170,7 +170,9 @@ sql::Schema PracticeSchema() {
       ct.kind = sql::Schema::KindOfDeclared(ct.declared, &ct.length);
       columns.push_back(std::move(ct));
     }
-    schema.AddTable(t.name, std::move(columns));
+    std::vector<std::string> key;
+    if (!t.primary_key.empty()) key.push_back(t.primary_key);
+    schema.AddTable(t.name, std::move(columns), std::move(key));
   }
   return schema;
 }

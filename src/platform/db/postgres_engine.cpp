@@ -4,6 +4,8 @@
 
 #include <cctype>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -86,6 +88,25 @@ std::pair<std::optional<std::string>, Oid> ParameterText(const Variant& value) {
   if (auto* t = std::get_if<std::string>(&s)) return {*t, 0};
   if (auto* bytes = std::get_if<Bytes>(&s)) return {Hex(*bytes), kBytea};
   return {std::nullopt, 0};
+}
+
+// PostgreSQL keeps the first 63 bytes of a name (NAMEDATALEN - 1) and
+// drops the rest, so two long index names that begin alike would become one.
+constexpr size_t kMaxNameBytes = 63;
+
+// The name an index gets on the server: the name itself when it fits, else
+// its first bytes (up to 54, cut at a character boundary), "_" and 8 hex
+// digits of a hash (32-bit FNV-1a) of the whole name. Deterministic, so
+// reading the catalog back can tell a shortened name from its full one.
+std::string ServerIndexName(const std::string& name) {
+  if (name.size() <= kMaxNameBytes) return name;
+  uint32_t hash = 2166136261u;
+  for (unsigned char c : name) hash = (hash ^ c) * 16777619u;
+  size_t cut = kMaxNameBytes - 9;
+  while (cut > 0 && (static_cast<unsigned char>(name[cut]) & 0xC0) == 0x80) --cut;
+  char digits[9];
+  std::snprintf(digits, sizeof digits, "%08x", hash);
+  return name.substr(0, cut) + "_" + digits;
 }
 
 std::string Lower(std::string text) {
@@ -448,7 +469,7 @@ std::string DeclaredOf(const std::string& pg_type) {
 sql::Schema PostgresEngine::LoadSchema() {
   primary_keys_.clear();
   sql::Schema schema;
-  for (TableDef& t : ListTables()) schema.AddTable(t.name, std::move(t.columns));
+  for (TableDef& t : ListTables()) schema.AddTable(t.name, std::move(t.columns), std::move(t.primary_key));
   return schema;
 }
 
@@ -478,7 +499,7 @@ std::vector<TableDef> PostgresEngine::ListTables() {
     tables[it->second].columns.push_back(std::move(c));
   }
   PgResult idx = Run(
-      "SELECT t.relname, i.relname, x.indisprimary, x.indisunique, a.attname "
+      "SELECT t.relname, i.relname, x.indisprimary, x.indisunique, a.attname, obj_description(i.oid, 'pg_class') "
       "FROM pg_index x JOIN pg_class i ON i.oid = x.indexrelid JOIN pg_class t ON t.oid = x.indrelid "
       "JOIN pg_namespace n ON n.oid = t.relnamespace "
       "CROSS JOIN LATERAL unnest(x.indkey::int2[]) WITH ORDINALITY AS k(attnum, ord) "
@@ -491,6 +512,12 @@ std::vector<TableDef> PostgresEngine::ListTables() {
     TableDef& t = tables[it->second];
     std::string index = PQgetvalue(idx.get(), i, 1);
     std::string column = PQgetvalue(idx.get(), i, 4);
+    // A shortened name reads back as the full name its comment keeps, so
+    // a copy back to a file has the index's own name again.
+    if (!PQgetisnull(idx.get(), i, 5)) {
+      std::string full = PQgetvalue(idx.get(), i, 5);
+      if (full != index && ServerIndexName(full) == index) index = full;
+    }
     if (PQgetvalue(idx.get(), i, 2)[0] == 't') {
       t.primary_key.push_back(column);
       continue;
@@ -561,9 +588,12 @@ void PostgresEngine::CreateTable(const TableDef& t) {
   for (const IndexDef& ix : t.indexes) {
     std::string cols;
     for (const auto& c : ix.columns) cols += (cols.empty() ? "" : ", ") + QuoteIdent(c);
-    Run(std::string(ix.unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + QuoteIdent(ix.name) + " ON " +
+    std::string name = ServerIndexName(ix.name);
+    Run(std::string(ix.unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + QuoteIdent(name) + " ON " +
             QuoteIdent(t.name) + " (" + cols + ")",
         "creating index " + ix.name);
+    if (name != ix.name)
+      Run("COMMENT ON INDEX " + QuoteIdent(name) + " IS " + QuoteLiteral(ix.name), "creating index " + ix.name);
   }
 }
 

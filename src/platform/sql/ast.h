@@ -164,6 +164,9 @@ struct Query {
   std::vector<SelectPtr> selects;
   std::vector<std::string> set_ops;  // between selects: "UNION ALL", "UNION", ...
   std::vector<OrderItem> order_by;
+  // Set by the binder when the statement gave no ORDER BY and the binder
+  // supplied one (Binder::ImplyOrder); its items are a key of the rows.
+  bool implied_order = false;
 };
 
 struct Assignment {
@@ -188,5 +191,12 @@ struct Statement {
   std::string table_name;            // as declared in the schema
   std::vector<std::string> insert_column_names;
 };
+
+// True when `e` aggregates over the rows of its own SELECT (a subquery's
+// aggregates are the subquery's).
+bool HasAggregate(const Expr& e);
+
+// A copy of a bound expression; nullptr when it holds a subquery.
+ExprPtr CopyBound(const Expr& e);
 
 }  // namespace orv::sql

@@ -13,12 +13,23 @@ namespace {
 // The name a FROM source is known by: its alias, or the table's name.
 std::string ExposedName(const TableSource& src) { return src.alias.empty() ? src.table : src.alias; }
 
+// The sources of a FROM item in the order they are written.
+void SourcesInOrder(const TableSource& src, std::vector<const TableSource*>& out) {
+  if (src.kind == TableSource::Kind::Join) {
+    SourcesInOrder(*src.left, out);
+    SourcesInOrder(*src.right, out);
+  } else {
+    out.push_back(&src);
+  }
+}
+
 }  // namespace
 
 void Binder::BindStatement(Statement& st) {
   switch (st.kind) {
     case Statement::Kind::Select:
       BindQuery(*st.query, nullptr);
+      ImplyOrder(*st.query);
       return;
     case Statement::Kind::Update:
     case Statement::Kind::Delete:
@@ -120,6 +131,79 @@ void Binder::BindOrderItem(OrderItem& item, Query& q, Scope* scope) {
          e.pos);
   }
   BindExpr(item.expr, scope, /*allow_aggregate=*/true);
+}
+
+// A query without ORDER BY comes back in whatever order the engine stores
+// or computes it: SQLite scans a table in key order, PostgreSQL in heap
+// order (an UPDATE moves the row to the end) and aggregates by hashing.
+// So that a report prints the same document on both engines, and the same
+// one before and after rows were updated, the statement's own query gets an
+// ORDER BY that makes its order total:
+//  - rows of base tables: by the primary key of each table in the order the
+//    tables are written (a join by the leftmost table's key, then the
+//    next). That is the order SQL Server's clustered key gives a scan, and
+//    the order SQLite already gives a plain scan of an integer key; where
+//    SQLite used an index for the WHERE, it now sorts back to key order.
+//    TOP takes its rows in that order too, as a scan on the server does.
+//    Any source without a key (a derived table, a view, a table without a
+//    primary key) leaves the query as it was: a partial key would not make
+//    the order total, and both engines are left alike.
+//  - GROUP BY: by the grouping expressions, which are a key of the groups.
+//  - DISTINCT: by the result columns in order, which are a key of the rows
+//    (ORDER BY of a DISTINCT query may only name result columns).
+// A single aggregate row, a compound query (UNION, ...) and WITH ROLLUP
+// (the printers order its levels themselves) are left alone, and so are
+// subqueries and the SELECT of INSERT ... SELECT, whose order shows nowhere.
+void Binder::ImplyOrder(Query& q) {
+  if (!q.order_by.empty() || q.selects.size() != 1) return;
+  Select& s = *q.selects[0];
+  if (s.rollup || s.from.empty()) return;
+  std::vector<OrderItem> order;
+  if (s.distinct) {
+    int position = 0;
+    for (const SelectItem& item : s.items) {
+      for (const auto& out : item.outputs) {
+        OrderItem o;
+        o.output_position = ++position;
+        o.expr = std::make_unique<Expr>(ExprKind::Number, s.pos);
+        o.expr->text = std::to_string(position);
+        o.expr->type = out.type;
+        order.push_back(std::move(o));
+      }
+    }
+  } else if (!s.group_by.empty()) {
+    for (const ExprPtr& g : s.group_by) {
+      OrderItem o;
+      o.expr = CopyBound(*g);
+      if (!o.expr) return;
+      order.push_back(std::move(o));
+    }
+  } else {
+    bool aggregate = s.having != nullptr;
+    for (const SelectItem& item : s.items) aggregate = aggregate || HasAggregate(*item.expr);
+    if (aggregate) return;
+    std::vector<const TableSource*> sources;
+    for (const auto& src : s.from) SourcesInOrder(*src, sources);
+    for (const TableSource* t : sources) {
+      if (t->kind != TableSource::Kind::Table) return;
+      const std::vector<std::string>& key = schema_.PrimaryKey(t->table);
+      if (key.empty()) return;
+      for (const std::string& name : key) {
+        auto c = std::find_if(t->columns.begin(), t->columns.end(),
+                              [&](const ColumnType& col) { return SameName(col.name, name); });
+        if (c == t->columns.end()) return;
+        OrderItem o;
+        o.expr = std::make_unique<Expr>(ExprKind::Column, s.pos);
+        o.expr->text = c->name;
+        o.expr->table_alias = t->engine_alias;
+        o.expr->column_name = c->name;
+        o.expr->type = {c->kind, c->length, false};
+        order.push_back(std::move(o));
+      }
+    }
+  }
+  q.order_by = std::move(order);
+  q.implied_order = !q.order_by.empty();
 }
 
 Scope* Binder::BindSelect(Select& s, Scope* outer) {

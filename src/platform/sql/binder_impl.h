@@ -81,6 +81,8 @@ class Binder {
   // SELECT) any expression over the FROM tables. After a UNION it must name
   // a result column of the first SELECT.
   void BindOrderItem(OrderItem& item, Query& q, Scope* scope);
+  // The ORDER BY of a statement's own query that gave none (see binder.cpp).
+  void ImplyOrder(Query& q);
   Scope* BindSelect(Select& s, Scope* outer);
   void AddSources(TableSource& src, Scope* scope, Scope* outer);
   void BindJoinConditions(TableSource& src, Scope* scope);

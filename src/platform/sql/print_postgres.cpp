@@ -79,6 +79,7 @@ class PostgresPrinter : public print::Printer {
 
   void OrderBy(const orv::sql::Query& q) override {
     if (q.order_by.empty()) return;
+    GroupedOrder grouped(*this, q, T::kText);
     out_ += " ORDER BY ";
     const Select& first = *q.selects[0];
     bool single = q.selects.size() == 1 && !first.rollup;

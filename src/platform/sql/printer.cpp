@@ -65,7 +65,7 @@ size_t Printer::OutputCount(const Select& s) {
 std::vector<int> Printer::TieBreakPositions(const orv::sql::Query& q) {
   std::vector<int> positions;
   const Select& first = *q.selects[0];
-  if (q.order_by.empty() || first.rollup) return positions;
+  if (q.order_by.empty() || q.implied_order || first.rollup) return positions;
   int position = 0;
   for (const auto& item : first.items) {
     for (const auto& out : item.outputs) {
@@ -213,20 +213,8 @@ void Printer::SelectBody(const Select& s, bool collate_outputs, size_t group_cou
   // A query nested in a select list has its own replacements.
   const auto* outer = replaced_;
   replaced_ = nullptr;
-  // Each grouping key's printed form, and what the select list and HAVING
-  // see in its place.
-  std::map<std::string, std::string> replaced;
   std::vector<std::string> keys;
-  for (size_t g = 0; g < s.group_by.size(); ++g) {
-    std::string text = Printed(*s.group_by[g]);
-    if (g >= group_count) {
-      replaced[text] = "NULL";
-      continue;
-    }
-    std::string key = Captured([&] { GroupKey(*s.group_by[g]); });
-    if (KeyStandsInForExpression(*s.group_by[g])) replaced[text] = key;
-    keys.push_back(key);
-  }
+  std::map<std::string, std::string> replaced = GroupReplacements(s, group_count, &keys);
 
   out_ += "SELECT ";
   if (s.distinct) out_ += "DISTINCT ";
@@ -278,6 +266,43 @@ void Printer::SelectBody(const Select& s, bool collate_outputs, size_t group_cou
     if (require_rows) out_ += "COUNT(*) > 0";
   }
   replaced_ = outer;
+}
+
+std::map<std::string, std::string> Printer::GroupReplacements(const Select& s, size_t group_count,
+                                                              std::vector<std::string>* keys) {
+  // Printed without the replacements in force around it.
+  const auto* outer = replaced_;
+  replaced_ = nullptr;
+  std::map<std::string, std::string> replaced;
+  for (size_t g = 0; g < s.group_by.size(); ++g) {
+    std::string text = Printed(*s.group_by[g]);
+    if (g >= group_count) {
+      replaced[text] = "NULL";
+      continue;
+    }
+    std::string key = Captured([&] { GroupKey(*s.group_by[g]); });
+    if (KeyStandsInForExpression(*s.group_by[g])) replaced[text] = key;
+    if (keys) keys->push_back(key);
+  }
+  replaced_ = outer;
+  return replaced;
+}
+
+// Only a single SELECT without ROLLUP is ordered over its own grouping; a
+// compound or rolled-up query is ordered by result columns. The
+// replacements of a query around (an ORDER BY inside a subquery of a
+// grouped select list) stay in force beside its own.
+Printer::GroupedOrder::GroupedOrder(Printer& printer, const orv::sql::Query& q, const char* reader)
+    : printer_(printer), outer_(printer.replaced_) {
+  const Select& s = *q.selects[0];
+  if (q.selects.size() != 1 || s.rollup || s.group_by.empty()) return;
+  replaced_ = printer.GroupReplacements(s, s.group_by.size(), nullptr);
+  if (replaced_.empty()) return;
+  if (reader) {
+    for (auto& [text, key] : replaced_) key = std::string(reader) + "(" + key + ")";
+  }
+  if (outer_) replaced_.insert(outer_->begin(), outer_->end());
+  printer.replaced_ = &replaced_;
 }
 
 void Printer::Source(const TableSource& src, bool right_operand) {

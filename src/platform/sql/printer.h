@@ -10,6 +10,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "platform/sql/ast.h"
 
@@ -74,6 +75,27 @@ class Printer {
   virtual const char* AddDaysFunction() const = 0;
   virtual const char* DatePartFunction() const = 0;
 
+  // While alive, expressions print as they read after the grouping of the
+  // SELECT of `q`, for its ORDER BY: a grouping expression stands as the
+  // engine's grouping key there, as in the select list and HAVING (see
+  // KeyStandsInForExpression), so that the engine finds it grouped. With
+  // `reader`, the key is read through that function of one argument: an
+  // engine that would convert the key for the sort key's function must
+  // read it with a function that takes the key's own type, or the
+  // conversion hides the grouped expression from it.
+  class GroupedOrder {
+   public:
+    GroupedOrder(Printer& printer, const orv::sql::Query& q, const char* reader = nullptr);
+    ~GroupedOrder() { printer_.replaced_ = outer_; }
+    GroupedOrder(const GroupedOrder&) = delete;
+    GroupedOrder& operator=(const GroupedOrder&) = delete;
+
+   private:
+    Printer& printer_;
+    const std::map<std::string, std::string>* outer_;
+    std::map<std::string, std::string> replaced_;
+  };
+
   // ---- the shared walk ----
 
   // The query without its final ORDER BY and outer TOP.
@@ -81,6 +103,13 @@ class Printer {
   void Limit(const Select& s);
   void Rollup(const Select& s);
   void SelectBody(const Select& s, bool collate_outputs, size_t group_count, bool require_rows);
+  // What the select list and HAVING of `s` read in place of its grouping
+  // expressions, keyed by their printed text: the first `group_count` are
+  // grouped on (their GroupKey form where it stands in for them), the rest
+  // are rolled up and read NULL. `keys` receives the GroupKey forms of the
+  // grouped ones, in order.
+  std::map<std::string, std::string> GroupReplacements(const Select& s, size_t group_count,
+                                                       std::vector<std::string>* keys);
   void Source(const TableSource& src, bool right_operand);
   void Where(const Expr* where);
   // Prints `e` so that a postfix or binary operator may follow it.
@@ -117,7 +146,8 @@ class Printer {
   // the keys come out in one order on every engine (SQLite keeps the scan
   // order, PostgreSQL none), so reports print the same on both. Text
   // columns are left out (the engines' collations would order them apart),
-  // and so is WITH ROLLUP, whose total rows have an order of their own.
+  // and so is WITH ROLLUP, whose total rows have an order of their own. An
+  // ORDER BY the binder supplied is a key of the rows and leaves no ties.
   static std::vector<int> TieBreakPositions(const orv::sql::Query& q);
   // True when the printed form of `e` is a single term.
   static bool IsTerm(const Expr& e);

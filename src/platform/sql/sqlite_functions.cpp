@@ -1,5 +1,6 @@
 #include "platform/sql/sqlite_functions.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdio>
@@ -676,16 +677,21 @@ Schema LoadSqliteSchema(sqlite3* db) {
       throw ReportError(kErrDatabase, std::string("Cannot read the columns of ") + table + ": " + sqlite3_errmsg(db));
     }
     std::vector<ColumnType> columns;
+    std::vector<std::pair<int, std::string>> keyed;  // (place in the key, column)
     while (sqlite3_step(stmt) == SQLITE_ROW) {
       ColumnType c;
       c.name = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 1));
       const unsigned char* declared = sqlite3_column_text(stmt, 2);
       c.declared = declared ? reinterpret_cast<const char*>(declared) : "";
       c.kind = Schema::KindOfDeclared(c.declared, &c.length);
+      if (int pk = sqlite3_column_int(stmt, 5); pk > 0) keyed.emplace_back(pk, c.name);
       columns.push_back(std::move(c));
     }
     sqlite3_finalize(stmt);
-    schema.AddTable(table, std::move(columns));
+    std::sort(keyed.begin(), keyed.end());
+    std::vector<std::string> key;
+    for (auto& k : keyed) key.push_back(std::move(k.second));
+    schema.AddTable(table, std::move(columns), std::move(key));
   }
   return schema;
 }

@@ -30,7 +30,7 @@ namespace orv::sql {
 void RegisterSqliteFunctions(sqlite3* db);
 
 // Reads the declared type of every column of every table and view of `db`
-// (PRAGMA table_info), in declaration order.
+// (PRAGMA table_info), in declaration order, and each table's primary key.
 Schema LoadSqliteSchema(sqlite3* db);
 
 }  // namespace orv::sql

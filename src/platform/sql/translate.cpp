@@ -4,6 +4,8 @@
 #include <cstdlib>
 
 #include "platform/sql/binder.h"
+#include "platform/sql/decorrelate.h"
+#include "platform/sql/join_keys.h"
 #include "platform/sql/parser.h"
 #include "platform/sql/print_postgres.h"
 #include "platform/sql/print_sqlite.h"
@@ -27,9 +29,17 @@ std::string Describe(const std::string& reason, int line, int column, const std:
 SqlError::SqlError(const std::string& reason, int line, int column, const std::string& statement)
     : ReportError(kErrDatabase, Describe(reason, line, column, statement)), line_(line), column_(column) {}
 
-void Schema::AddTable(const std::string& table, std::vector<ColumnType> columns) {
+void Schema::AddTable(const std::string& table, std::vector<ColumnType> columns,
+                      std::vector<std::string> primary_key) {
   tables_[Lower(table)] = std::move(columns);
   names_[Lower(table)] = table;
+  keys_[Lower(table)] = std::move(primary_key);
+}
+
+const std::vector<std::string>& Schema::PrimaryKey(std::string_view table) const {
+  static const std::vector<std::string> kNone;
+  auto it = keys_.find(Lower(table));
+  return it == keys_.end() ? kNone : it->second;
 }
 
 std::string Schema::TableName(std::string_view table) const {
@@ -69,6 +79,9 @@ ValueKind Schema::KindOfDeclared(std::string_view declared, int* length) {
 Translation Translate(std::string_view tsql, const Schema& schema, Dialect dialect) {
   Statement st = Parse(tsql);
   Bind(st, schema, tsql);
+  MoveDisjunctionsOntoOneTable(st);
+  // The server pays per subquery run what SQLite does not (see decorrelate.h).
+  if (dialect == Dialect::PostgreSQL) DecorrelateAggregateSubqueries(st);
   Translation t;
   t.sql = dialect == Dialect::PostgreSQL ? PrintPostgres(st) : PrintSqlite(st);
   t.is_query = st.kind == Statement::Kind::Select;

@@ -30,13 +30,19 @@ struct ColumnType {
   int length = 0;            // n of VARCHAR(n)/CHAR(n), 0 when none
 };
 
-// The tables of a database with their columns in declaration order. Names
-// compare case-insensitively, as on SQL Server.
+// The tables of a database with their columns in declaration order and
+// their primary keys. Names compare case-insensitively, as on SQL Server.
 class Schema {
  public:
-  void AddTable(const std::string& table, std::vector<ColumnType> columns);
+  // `primary_key`: the key's column names in key order; empty when the
+  // table has none.
+  void AddTable(const std::string& table, std::vector<ColumnType> columns,
+                std::vector<std::string> primary_key = {});
   // nullptr when there is no such table.
   const std::vector<ColumnType>* FindTable(std::string_view table) const;
+  // The primary key's column names in key order; empty when the table has
+  // none or there is no such table.
+  const std::vector<std::string>& PrimaryKey(std::string_view table) const;
   // The name as declared (engines that keep names case-sensitive need it);
   // `table` itself when there is no such table.
   std::string TableName(std::string_view table) const;
@@ -48,6 +54,7 @@ class Schema {
  private:
   std::map<std::string, std::vector<ColumnType>> tables_;  // key: lower-case name
   std::map<std::string, std::string> names_;               // lower-case name -> as declared
+  std::map<std::string, std::vector<std::string>> keys_;   // lower-case name -> primary key
 };
 
 enum class Dialect { SQLite, PostgreSQL };

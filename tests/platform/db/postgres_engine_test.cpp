@@ -6,7 +6,9 @@
 #include <libpq-fe.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <regex>
 #include <thread>
 
 #include "platform/db/connection.h"
@@ -132,6 +134,81 @@ TEST(PostgresEngine, SnapshotHoldsWhileOthersWriteAndWritesGoThrough) {
   EXPECT_EQ(count(), 5);  // the snapshot is over
   auto rows = conn.Query("SELECT Notes FROM Invoices WHERE ID = 2");
   EXPECT_NE(CStr(rows->rows.at(0).at(0)), "half");
+}
+
+// An UPDATE moves the row it changes to the end of the server's heap, where
+// a plain scan finds it last. A report's query without ORDER BY still lists
+// the rows in key order, as on SQLite; its groups come in key order too.
+TEST(PostgresEngine, UnorderedQueriesKeepKeyOrderAfterAnUpdate) {
+  ORV_REQUIRE_POSTGRES();
+  TempDb source(kCopyPractice);
+  FreshPgDatabase server;
+  CopyDatabase(source.url(), server.url());
+  ServerExec("UPDATE \"Invoices\" SET \"Notes\" = 'moved' WHERE \"ID\" = 1", server.url());
+  auto engine = OpenEngine(server.url());
+  std::vector<int64_t> heap;
+  for (auto scan = engine->Prepare("SELECT \"ID\" FROM \"Invoices\"", "heap order"); scan->Step();)
+    heap.push_back(std::get<int64_t>(scan->Column(0).storage()));
+  ASSERT_EQ(heap, (std::vector<int64_t>{2, 5, 6, 1}));
+
+  Connection conn(server.url());
+  auto invoices = conn.Query("SELECT ID, Notes FROM Invoices WHERE ID <> 5");
+  std::vector<long> ids;
+  for (const auto& row : invoices->rows) ids.push_back(CLng(row.at(0)));
+  EXPECT_EQ(ids, (std::vector<long>{1, 2, 6}));
+  auto grouped = conn.Query("SELECT PatientID, COUNT(*) AS n FROM Invoices GROUP BY PatientID");
+  const auto& groups = grouped->rows;
+  ASSERT_EQ(groups.size(), 3u);
+  EXPECT_TRUE(groups[0].at(0).IsNull());
+  EXPECT_EQ(CLng(groups[1].at(0)), 7);
+  EXPECT_EQ(CLng(groups[1].at(1)), 2);
+  EXPECT_EQ(CLng(groups[2].at(0)), 8);
+}
+
+// The server keeps 63 bytes of a name: two index names alike in their
+// first 63 bytes would be one, and a cut inside a character is no UTF-8.
+// Long names are shortened to a prefix and a hash there, and come back
+// whole, so the round trip keeps them.
+TEST(PostgresEngine, LongIndexNamesAreShortenedOnTheServerAndComeBackWhole) {
+  ORV_REQUIRE_POSTGRES();
+  const std::string a = "IX_PatientPredTreatmentDetails_PatientPredTreatmentsID_LineNumber";  // 65 bytes
+  const std::string b = a + "_2";
+  const std::string accented = std::string(53, 'x') + "\xC3\xA9_tail_past_the_sixty_third_byte";  // é at 53-54
+  TempDb source("CREATE TABLE \"Plans\" (\"ID\" INTEGER PRIMARY KEY, \"A\" INTEGER, \"B\" INTEGER);"
+                "CREATE INDEX \"" + a + "\" ON \"Plans\" (\"A\");"
+                "CREATE INDEX \"" + b + "\" ON \"Plans\" (\"B\");"
+                "CREATE UNIQUE INDEX \"" + accented + "\" ON \"Plans\" (\"A\", \"B\");"
+                "CREATE INDEX \"IX_Plans_B\" ON \"Plans\" (\"B\");");
+  FreshPgDatabase server;
+  CopyDatabase(source.url(), server.url());
+
+  std::vector<std::string> names = orv::testing::ServerSession(server.url())
+                                       .Column("SELECT indexname FROM pg_indexes WHERE tablename = 'Plans' AND "
+                                               "indexname <> 'Plans_pkey' ORDER BY indexname COLLATE \"C\"");
+  ASSERT_EQ(names.size(), 4u);
+  // The two long names that begin alike: 54 bytes, "_", 8 hex digits each.
+  const std::regex hashed("[0-9a-f]{8}");
+  for (const std::string& n : {names[0], names[1]}) {
+    EXPECT_EQ(n.size(), 63u) << n;
+    EXPECT_EQ(n.substr(0, 55), a.substr(0, 54) + "_") << n;
+    EXPECT_TRUE(std::regex_match(n.substr(55), hashed)) << n;
+  }
+  EXPECT_NE(names[0], names[1]);
+  EXPECT_EQ(names[2], "IX_Plans_B");  // a short name stays as it is
+  // The cut steps back before the two bytes of é.
+  EXPECT_EQ(names[3].size(), 62u) << names[3];
+  EXPECT_EQ(names[3].substr(0, 54), std::string(53, 'x') + "_") << names[3];
+
+  std::string back = TempFilePath("pg__names.db");
+  std::filesystem::remove(back);
+  CopyDatabase(server.url(), "sqlite:" + back);
+  std::vector<TableDef> tables = OpenEngine("sqlite:" + back)->ListTables();
+  ASSERT_EQ(tables.size(), 1u);
+  std::vector<std::string> copied;
+  for (const IndexDef& ix : tables[0].indexes) copied.push_back(ix.name);
+  std::sort(copied.begin(), copied.end());
+  EXPECT_EQ(copied, (std::vector<std::string>{a, b, "IX_Plans_B", accented}));
+  std::filesystem::remove(back);
 }
 
 std::string ErrorOf(const std::function<void()>& f) {

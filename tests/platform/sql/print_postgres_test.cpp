@@ -14,16 +14,16 @@ TEST(SqlPrintPostgres, TextOfTranslations) {
   const std::pair<const char*, const char*> cases[] = {
       // Tables by their declared name: PostgreSQL's quoted names keep case.
       {"select [Invoice#] from invoices where id = 2",
-       R"(SELECT "t1"."Invoice#" AS "Invoice#" FROM "Invoices" AS "t1" WHERE "t1"."ID" = 2)"},
+       R"(SELECT "t1"."Invoice#" AS "Invoice#" FROM "Invoices" AS "t1" WHERE "t1"."ID" = 2 ORDER BY "t1"."ID" NULLS FIRST)"},
       // A text code against a number: strict conversion, the number once.
       {"SELECT Description FROM FeeCodes WHERE ID = 01103",
-       R"(SELECT "t1"."Description" AS "Description" FROM "FeeCodes" AS "t1" WHERE orvenda.orv_int("t1"."ID") = 1103)"},
+       R"(SELECT "t1"."Description" AS "Description" FROM "FeeCodes" AS "t1" WHERE orvenda.orv_int("t1"."ID") = 1103 ORDER BY orvenda.orv_key("t1"."ID") COLLATE "C" NULLS FIRST)"},
       // bpchar keeps its trailing blanks only through orv_text.
       {"SELECT LastName + ', ' + FirstName FROM Patient WHERE ID = 5",
-       R"(SELECT orvenda.orv_text("t1"."LastName") || ', ' || orvenda.orv_text("t1"."FirstName") FROM "Patient" AS "t1" WHERE "t1"."ID" = 5)"},
+       R"(SELECT orvenda.orv_text("t1"."LastName") || ', ' || orvenda.orv_text("t1"."FirstName") FROM "Patient" AS "t1" WHERE "t1"."ID" = 5 ORDER BY "t1"."ID" NULLS FIRST)"},
       // A column compares natively; derived text is cast under the collation.
       {"SELECT ID FROM Patient WHERE LastName = FirstName + 'x'",
-       R"(SELECT "t1"."ID" AS "ID" FROM "Patient" AS "t1" WHERE "t1"."LastName" = CAST(orvenda.orv_text("t1"."FirstName") || 'x' AS bpchar))"},
+       R"(SELECT "t1"."ID" AS "ID" FROM "Patient" AS "t1" WHERE "t1"."LastName" = CAST(orvenda.orv_text("t1"."FirstName") || 'x' AS bpchar) ORDER BY "t1"."ID" NULLS FIRST)"},
       // Dates are typed literals; text order by sort key, NULLs first.
       {"SELECT TOP 3 ID FROM Invoices WHERE [Date] <= '11/19/2026' ORDER BY notes, ID DESC",
        R"(SELECT "t1"."ID" AS "ID" FROM "Invoices" AS "t1" WHERE "t1"."Date" <= TIMESTAMP '2026-11-19 00:00:00' ORDER BY orvenda.orv_key("t1"."notes") COLLATE "C" NULLS FIRST, "t1"."ID" DESC NULLS LAST LIMIT 3)"},
@@ -31,7 +31,7 @@ TEST(SqlPrintPostgres, TextOfTranslations) {
       {"SELECT Name FROM Reasons UNION SELECT Name FROM FeeGuides ORDER BY Name",
        R"(SELECT * FROM (SELECT "t1"."Name" AS "Name" FROM "Reasons" AS "t1" UNION SELECT "t2"."Name" AS "Name" FROM "FeeGuides" AS "t2") AS "q"("Name") ORDER BY orvenda.orv_key("q"."Name") COLLATE "C" NULLS FIRST)"},
       {"SELECT 7 / 2, Cost / 2, 5 ^ 3 FROM InvoiceDetails WHERE ID = 1",
-       R"(SELECT 7 / 2, CAST("t1"."Cost" AS numeric) / 2, 5 # 3 FROM "InvoiceDetails" AS "t1" WHERE "t1"."ID" = 1)"},
+       R"(SELECT 7 / 2, CAST("t1"."Cost" AS numeric) / 2, 5 # 3 FROM "InvoiceDetails" AS "t1" WHERE "t1"."ID" = 1 ORDER BY "t1"."ID" NULLS FIRST)"},
       {"SELECT GETDATE() - 30",
        R"(SELECT orvenda.orv_adddays(orvenda.orv_getdate(), -30))"},
   };

@@ -131,13 +131,13 @@ TEST(SqlPrintSqlite, TextOfRewrites) {
   FixtureDb db;
   const std::pair<const char*, const char*> cases[] = {
       {"SELECT LastName + ', ' + FirstName AS Name FROM Patient WHERE ID = 5",
-       R"(SELECT "t1"."LastName" || ', ' || "t1"."FirstName" AS "Name" FROM "Patient" AS "t1" WHERE "t1"."ID" = 5)"},
+       R"(SELECT "t1"."LastName" || ', ' || "t1"."FirstName" AS "Name" FROM "Patient" AS "t1" WHERE "t1"."ID" = 5 ORDER BY "t1"."ID")"},
       {"SELECT ID FROM FeeCodes WHERE ID >= 01101 ORDER BY ID",
        R"(SELECT "t1"."ID" AS "ID" FROM "FeeCodes" AS "t1" WHERE orv_int("t1"."ID") >= 1101 ORDER BY "t1"."ID" COLLATE orv_ci)"},
       {"SELECT [Date] FROM Invoices WHERE [Date] <= '11/19/2026'",
-       R"(SELECT "t1"."Date" AS "Date" FROM "Invoices" AS "t1" WHERE "t1"."Date" <= '2026-11-19 00:00:00')"},
+       R"(SELECT "t1"."Date" AS "Date" FROM "Invoices" AS "t1" WHERE "t1"."Date" <= '2026-11-19 00:00:00' ORDER BY "t1"."ID")"},
       {"SELECT a.ID FROM Invoices a RIGHT OUTER JOIN Patient p ON a.PatientID = p.ID",
-       R"(SELECT "t1"."ID" AS "ID" FROM "Patient" AS "t2" LEFT JOIN "Invoices" AS "t1" ON "t1"."PatientID" = "t2"."ID")"},
+       R"(SELECT "t1"."ID" AS "ID" FROM "Patient" AS "t2" LEFT JOIN "Invoices" AS "t1" ON "t1"."PatientID" = "t2"."ID" ORDER BY "t1"."ID", "t2"."ID")"},
       {"SELECT TOP 3 ID FROM Patient WHERE [Active?] = True ORDER BY ID",
        R"(SELECT "t1"."ID" AS "ID" FROM "Patient" AS "t1" WHERE "t1"."Active?" <> 0 ORDER BY "t1"."ID" LIMIT 3)"},
   };

@@ -1,0 +1,41 @@
+#include "platform/sql/ast.h"
+
+namespace orv::sql {
+
+// True when `e` aggregates over the rows of its own SELECT (a subquery's
+// aggregates are the subquery's).
+bool HasAggregate(const Expr& e) {
+  if (e.kind == ExprKind::Function && e.is_aggregate) return true;
+  for (const auto& a : e.args) {
+    if (HasAggregate(*a)) return true;
+  }
+  return false;
+}
+
+// A copy of a bound expression; nullptr when it holds a subquery.
+ExprPtr CopyBound(const Expr& e) {
+  if (e.query) return nullptr;
+  auto c = std::make_unique<Expr>(e.kind, e.pos);
+  c->text = e.text;
+  c->qualifier = e.qualifier;
+  c->type_name = e.type_name;
+  c->negated = e.negated;
+  c->distinct = e.distinct;
+  c->has_operand = e.has_operand;
+  c->has_else = e.has_else;
+  c->is_convert = e.is_convert;
+  c->depth = e.depth;
+  c->type = e.type;
+  c->op = e.op;
+  c->table_alias = e.table_alias;
+  c->column_name = e.column_name;
+  c->is_aggregate = e.is_aggregate;
+  for (const auto& a : e.args) {
+    ExprPtr arg = CopyBound(*a);
+    if (!arg) return nullptr;
+    c->args.push_back(std::move(arg));
+  }
+  return c;
+}
+
+}  // namespace orv::sql
