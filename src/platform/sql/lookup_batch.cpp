@@ -4,6 +4,7 @@
 
 #include "platform/sql/ast.h"
 #include "platform/sql/binder.h"
+#include "platform/sql/join_keys.h"
 #include "platform/sql/parser.h"
 #include "platform/sql/print_postgres.h"
 #include "platform/sql/print_sqlite.h"
@@ -17,14 +18,6 @@ namespace {
 constexpr const char* kKeyColumn = "orv_batch_key";
 
 bool IsAt(const Expr& e, Pos at) { return e.pos.line == at.line && e.pos.column == at.column; }
-
-// True when `e` holds an aggregate outside any subquery of its own.
-bool HasAggregate(const Expr& e) {
-  if (e.kind == ExprKind::Function && e.is_aggregate) return true;
-  for (const auto& a : e.args)
-    if (a && HasAggregate(*a)) return true;
-  return false;
-}
 
 bool IsBareAggregate(const Expr& e) {
   if (e.kind != ExprKind::Function || !e.is_aggregate || e.distinct) return false;
@@ -48,24 +41,13 @@ const Expr* KeyColumn(const Expr& conjunct, Pos key) {
   return l;
 }
 
-// A copy of a bound column reference.
-ExprPtr CopyColumn(const Expr& c) {
-  auto e = std::make_unique<Expr>(c.kind, c.pos);
-  e->text = c.text;
-  e->qualifier = c.qualifier;
-  e->type = c.type;
-  e->op = c.op;
-  e->table_alias = c.table_alias;
-  e->column_name = c.column_name;
-  return e;
-}
-
 }  // namespace
 
 std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos key, const Schema& schema,
                                                     Dialect dialect, int64_t row_limit) {
   Statement st = Parse(tsql);
   Bind(st, schema, tsql);
+  MoveDisjunctionsOntoOneTable(st);
   if (st.kind != Statement::Kind::Select || st.query->selects.size() != 1) return std::nullopt;
   Query& q = *st.query;
   Select& s = *q.selects[0];
@@ -106,17 +88,17 @@ std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos k
   // The key leads the select list, groups an aggregate lookup, and orders
   // the rows so that each key's rows lie together (a plain lookup keeps its
   // own order within the key).
-  ExprPtr key_column = CopyColumn(*column);
+  ExprPtr key_column = CopyBound(*column);
   SelectItem item;
   item.pos = column->pos;
   item.alias = kKeyColumn;
   item.has_alias = true;
   item.outputs.push_back({kKeyColumn, column->type, "", ""});
-  if (aggregate) s.group_by.push_back(CopyColumn(*column));
+  if (aggregate) s.group_by.push_back(CopyBound(*column));
   for (OrderItem& o : q.order_by)
     if (o.output_position > 0) ++o.output_position;
   OrderItem first;
-  first.expr = CopyColumn(*column);
+  first.expr = CopyBound(*column);
   first.output_position = 1;
   q.order_by.insert(q.order_by.begin(), std::move(first));
   item.expr = std::move(key_column);

@@ -1,0 +1,31 @@
+// Per-row aggregate subqueries in a select list, read as grouped joins.
+//
+// The aged receivables read fifteen figures per patient, each written as
+//
+//   ISNULL((SELECT SUM(Cost) FROM InvoiceDetails INNER JOIN Invoices ...
+//           WHERE Invoices.PatientID = Patient.ID AND ...), 0)
+//
+// SQLite runs such a subquery per patient in a few microseconds; PostgreSQL
+// spends several times that per run in executor start-up, which for
+// thousands of patients makes the report several times slower on the
+// server. The same figures come from one grouped read joined to the list:
+//
+//   LEFT JOIN (SELECT Invoices.PatientID AS k, SUM(Cost) AS v FROM ...
+//              WHERE ... GROUP BY Invoices.PatientID) AS d1 ON d1.k = Patient.ID
+//
+// and the item reads d1.v. A patient without rows finds no group and reads
+// NULL, as the subquery gives for no rows.
+#pragma once
+
+#include "platform/sql/ast.h"
+
+namespace orv::sql {
+
+// Rewrites, in the statement's own SELECT (one SELECT, not grouped, no
+// aggregates of its own), each select-list subquery that is one bare SUM,
+// MIN, MAX or AVG (no TOP, DISTINCT, GROUP BY, ORDER BY or nested query)
+// whose only reference to the outer query is one top-level WHERE conjunct
+// "inner integer column = outer integer column".
+void DecorrelateAggregateSubqueries(Statement& st);
+
+}  // namespace orv::sql
