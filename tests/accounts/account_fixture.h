@@ -67,6 +67,7 @@
 #include "common/datetime.h"
 #include "platform/db/connection.h"
 #include "platform/practice/schema.h"
+#include "support/test_engine.h"
 
 namespace orv {
 // Failure messages show amounts as "12.3450".
@@ -162,11 +163,17 @@ INSERT INTO InvoicePaymentDetails (ID, InvoicePaymentID, InvoiceID, Amount, [Dat
  (9, 291, 191, 33.325, '2026-11-04 00:00:00');
 )sql";
 
-// Each test gets its own database file with the practice schema and the
-// rows above, and a fixed today.
+// Each test gets its own database with the practice schema and the rows
+// above, on the engine under test (support/test_engine.h), and a fixed
+// today.
 class AccountFixture : public ::testing::Test {
  protected:
-  void SetUp() override {
+  void SetUp() override { SetUpPractice(""); }
+
+  // The practice above with `more_rows` added (SQLite text): what every test
+  // of a fixture starts from, one template on the server for all of them.
+  void SetUpPractice(const std::string& more_rows) {
+    ORV_REQUIRE_TEST_ENGINE();
     Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 30, 0));
     static std::atomic<int> counter{0};
     path_ = (std::filesystem::temp_directory_path() /
@@ -180,28 +187,40 @@ class AccountFixture : public ::testing::Test {
     RunRaw(db, "PRAGMA journal_mode=MEMORY; PRAGMA synchronous=OFF;");
     practice::CreateSchema(db);
     RunRaw(db, kAccountRows);
+    if (!more_rows.empty()) RunRaw(db, more_rows);
     sqlite3_close(db);
-    conn_.Open("sqlite:" + path_);
+    practice_.Create(path_, /*shared=*/true);
+    conn_.Open(practice_.url());
   }
 
   void TearDown() override {
     conn_.Close();
-    std::filesystem::remove(path_);
+    if (!path_.empty()) std::filesystem::remove(path_);
     Clock::UseSystem();
   }
 
   // Runs SQLite text on the fixture's file, behind the connection's back
-  // (the data changes; the schema does not).
+  // (the data changes; the schema does not); on the server the file is then
+  // copied over the test's database.
   void Exec(const std::string& sql) {
     sqlite3* db = nullptr;
     sqlite3_open(path_.c_str(), &db);
-    RunRaw(db, sql);
+    try {
+      RunRaw(db, sql);
+    } catch (...) {
+      sqlite3_close(db);
+      throw;
+    }
     sqlite3_close(db);
+    practice_.Refresh();
   }
 
   static DateTime Day(int y, int m, int d) { return DateTime::FromParts(y, m, d); }
   static Currency Money(const char* text) { return Currency::FromDecimalText(text); }
 
+  // First, so that the server's database is dropped after every connection
+  // to it has gone.
+  PracticeDatabase practice_;
   db::Connection conn_;
 
  private:

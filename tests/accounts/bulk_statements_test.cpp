@@ -38,8 +38,11 @@ namespace {
 class BulkStatements : public ReportTest {
  protected:
   void SetUp() override {
-    ReportTest::SetUp();
-    RawExec(R"sql(
+    // The demo office's logo makes the letterhead four inches tall, which
+    // pushes the age table of even a short statement onto a second page;
+    // most tests use the office without it, AgeTableStaysPinnedUnderALogo
+    // keeps it (office 2).
+    ReportTest::SetUpPractice(R"sql(
 INSERT INTO Patient (ID, FirstName, LastName, FullName, Address, PrimaryHolderID) VALUES
  (90011, 'Paul', 'Gagne', 'Gagne, Paul', '5 Elm St' || char(13) || char(10) || 'Hull, QC', 90011),
  (90012, 'Rita', 'Zero', 'Zero, Rita', NULL, 90012),
@@ -67,12 +70,8 @@ INSERT INTO InvoicePaymentDetails (ID, InvoicePaymentID, InvoiceID, Amount, [Dat
  (90412, 90212, 90115, 30.00, '2026-10-02 00:00:00'),
  (90414, 90214, 90121, 50.00, '2026-11-02 00:00:00');
 UPDATE OfficeInformation SET StatementFooter = NULL WHERE ID = 1;
+UPDATE OfficeInformation SET Logo = NULL WHERE ID = 1;
 )sql");
-    // The demo office's logo makes the letterhead four inches tall, which
-    // pushes the age table of even a short statement onto a second page;
-    // most tests use the office without it, AgeTableStaysPinnedUnderALogo
-    // keeps it.
-    RawExec("UPDATE OfficeInformation SET Logo = NULL WHERE ID = 1");
     reports.OfficeID = 1;
   }
 

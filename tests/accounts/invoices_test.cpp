@@ -32,8 +32,7 @@ namespace {
 class InvoiceReports : public ReportTest {
  protected:
   void SetUp() override {
-    ReportTest::SetUp();
-    RawExec(R"sql(
+    ReportTest::SetUpPractice(R"sql(
 INSERT INTO Employees (ID, LastName, FirstName) VALUES (90001, 'Cote', 'Anne');
 INSERT INTO PaymentTypes (ID, Name) VALUES (90001, 'Cheque');
 INSERT INTO FeeCodes (ID, Description) VALUES ('91001', 'Examination, complete'),

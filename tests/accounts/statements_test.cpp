@@ -41,8 +41,7 @@ namespace {
 class Statements : public ReportTest {
  protected:
   void SetUp() override {
-    ReportTest::SetUp();
-    RawExec(R"sql(
+    ReportTest::SetUpPractice(R"sql(
 INSERT INTO Patient (ID, FirstName, LastName, FullName, Address, Language, DefaultOfficeID,
   ResponsibleFamilyMemberID) VALUES
  (90001, 'Anne', 'Roy', 'Roy, Anne',

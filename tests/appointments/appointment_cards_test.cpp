@@ -13,6 +13,7 @@ class AppointmentCards : public ReportTest {
   // A coming appointment that has planned procedures, and its patient.
   void SetUp() override {
     ReportTest::SetUp();
+    if (IsSkipped() || HasFatalFailure()) return;
     db::Recordset rs;
     rs.Open(
         "SELECT TOP 1 PatientAppointments.ID, PatientAppointments.PatientID FROM PatientAppointments "

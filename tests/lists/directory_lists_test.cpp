@@ -255,14 +255,14 @@ TEST_F(ComponentServices, ReturnConnectionOpensTheDatabaseOfTheSettings) {
   // Nothing set up: a clear error rather than a connection to nowhere.
   EXPECT_THROW(reports.ReturnConnection(location), ReportError);
   // The server name names the practice database (a path or a URL).
-  host::AppSettings().Override("Settings", "ServerName", db_file);
+  host::AppSettings().Override("Settings", "ServerName", OnServerEngine() ? db_url : db_file);
   db::Connection second = reports.ReturnConnection(location);
   db::Recordset rs;
   rs.Open("SELECT COUNT(*) AS N FROM Patient", second);
   EXPECT_GT(CLng(rs["N"].Value()), 0);
   // Without a server name the database name serves.
   host::AppSettings().Override("Settings", "ServerName", "");
-  host::AppSettings().Override("Settings", "dbName", "sqlite:" + db_file);
+  host::AppSettings().Override("Settings", "dbName", db_url);
   int32_t server_side = 2;
   EXPECT_EQ(reports.ReturnConnection(server_side).State(), db::adStateOpen);
 }

@@ -13,11 +13,13 @@
 #include "platform/db/connection.h"
 #include "platform/host/host_services.h"
 #include "platform/practice/schema.h"
+#include "support/test_engine.h"
 
 namespace orv {
 namespace {
 
 TEST(EmptyPractice, EveryReceivablesListPrintsItsFrame) {
+  ORV_REQUIRE_TEST_ENGINE();
   Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 9, 0, 0));
   std::string file = (std::filesystem::temp_directory_path() /
                       ("orv-empty-" + std::to_string(::getpid()) + ".db"))
@@ -28,7 +30,9 @@ TEST(EmptyPractice, EveryReceivablesListPrintsItsFrame) {
   practice::CreateSchema(h);
   sqlite3_close(h);
 
-  db::Connection conn(file);
+  testing::PracticeDatabase practice;
+  practice.Create(file, /*shared=*/false);
+  db::Connection conn(practice.url());
   PreviewForm form;
   form.SetNotifier([](const std::string&) {});
   host::RecordingHost host;

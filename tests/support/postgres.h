@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace orv::testing {
 
@@ -38,21 +39,50 @@ inline std::string UrlOfDatabase(const std::string& server, const std::string& d
   return server.substr(0, scheme) + authority + "/" + db;
 }
 
+// One session on the server, for work that must stay on one connection
+// (advisory locks are held by the session that took them). Throws with the
+// server's message.
+class ServerSession {
+ public:
+  explicit ServerSession(const std::string& url = TestServerUrl())
+      : conn_(PQconnectdb(url.c_str())) {
+    if (PQstatus(conn_) != CONNECTION_OK) {
+      std::string msg = PQerrorMessage(conn_);
+      PQfinish(conn_);
+      throw std::runtime_error("cannot reach the test server: " + msg);
+    }
+    PQsetNoticeProcessor(conn_, [](void*, const char*) {}, nullptr);
+  }
+  ~ServerSession() { PQfinish(conn_); }
+  ServerSession(const ServerSession&) = delete;
+  ServerSession& operator=(const ServerSession&) = delete;
+
+  void Exec(const std::string& sql) { PQclear(Query(sql)); }
+  // The first column of every row of a query's result.
+  std::vector<std::string> Column(const std::string& sql) {
+    PGresult* r = Query(sql);
+    std::vector<std::string> out;
+    for (int i = 0; i < PQntuples(r); ++i) out.push_back(PQgetvalue(r, i, 0));
+    PQclear(r);
+    return out;
+  }
+
+ private:
+  // The result of a successful statement, which the caller clears.
+  PGresult* Query(const std::string& sql) {
+    PGresult* r = PQexec(conn_, sql.c_str());
+    if (PQresultStatus(r) == PGRES_COMMAND_OK || PQresultStatus(r) == PGRES_TUPLES_OK) return r;
+    std::string msg = PQresultErrorMessage(r);
+    PQclear(r);
+    throw std::runtime_error(sql + ": " + msg);
+  }
+  PGconn* conn_;
+};
+
 // Runs SQL on the server's maintenance database; throws with the server's
 // message.
 inline void ServerExec(const std::string& sql, const std::string& url = TestServerUrl()) {
-  PGconn* c = PQconnectdb(url.c_str());
-  if (PQstatus(c) != CONNECTION_OK) {
-    std::string msg = PQerrorMessage(c);
-    PQfinish(c);
-    throw std::runtime_error("cannot reach the test server: " + msg);
-  }
-  PGresult* r = PQexec(c, sql.c_str());
-  bool ok = PQresultStatus(r) == PGRES_COMMAND_OK || PQresultStatus(r) == PGRES_TUPLES_OK;
-  std::string msg = PQresultErrorMessage(r);
-  PQclear(r);
-  PQfinish(c);
-  if (!ok) throw std::runtime_error(sql + ": " + msg);
+  ServerSession(url).Exec(sql);
 }
 
 // A new empty database for one test, dropped again by the destructor.
