@@ -310,8 +310,13 @@ void PostgresEngine::Connect(const std::string& url) {
   // No JIT: the reports' statements are many correlated subqueries whose
   // estimated cost passes the JIT threshold, and compiling them took longer
   // than running them (2.3 s of 4.3 s for the aged receivables by patient).
+  // One plan per prepared statement: the only parameters the layer binds
+  // are whole-number keys compared by "=", where the plan does not depend
+  // on the value, and re-planning an OR over three holder columns for each
+  // family cost more than running it (bulk statements 1.40 s against 0.82 s
+  // for 1,241 families).
   Run("SET client_encoding = 'UTF8'; SET DateStyle = 'ISO, MDY'; "
-      "SET search_path = public, orvenda; SET jit = off",
+      "SET search_path = public, orvenda; SET jit = off; SET plan_cache_mode = force_generic_plan",
       "setting up the session");
   InstallSupport();
 }
