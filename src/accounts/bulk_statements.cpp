@@ -19,7 +19,7 @@ namespace orv {
 
 void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txtFamilyFilter,
                                    bool IsFamilyStatement, std::string Header, Variant NoZeros) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   AccountModel model(conn(), InterestRate);

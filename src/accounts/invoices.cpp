@@ -177,7 +177,7 @@ void InvoiceAddressAndMessage(clsReports& r, const db::Recordset& rs, const Addr
 }  // namespace
 
 void clsReports::rptInvoice(int32_t ID, std::string Name, std::string Address) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   db::Recordset rs = Open(InvoiceShape(ID));
@@ -229,7 +229,7 @@ void clsReports::rptInvoice(int32_t ID, std::string Name, std::string Address) {
 }
 
 void clsReports::rptInvoiceStatement(int32_t ID, std::string Name, std::string Address) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   db::Recordset rs = Open(InvoiceShape(ID));
@@ -318,7 +318,7 @@ void clsReports::rptInvoiceStatement(int32_t ID, std::string Name, std::string A
 }
 
 void clsReports::rptReceipt(int32_t ID, std::string Name, std::string Address) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   Trap("An Error has occurred in sub rptReceipt in object clsReports", [&] {
     frame::PrintSurface& vsp = VSP();
     clsCommonFunctions& cf = Common();

@@ -172,7 +172,7 @@ void clsReports::rptStatements(DateTime dtStart, DateTime dtEnd, std::vector<int
                                bool Family, std::string PatientFooter, bool AppSummary,
                                bool IncompleteTreatment, bool PostDated, bool Details, bool YTD,
                                bool UpdateLastStatementDate, bool DetailOutstanding) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   Trap(kStatementsTrap, [&] {
     frame::PrintSurface& vsp = VSP();
     clsCommonFunctions& cf = Common();

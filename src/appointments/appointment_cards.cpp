@@ -102,7 +102,7 @@ static void StartFamilySchedule(clsReports& r, const char* title, const std::str
 void clsReports::rptAppointmentCard(int32_t ID, std::string Header, std::string Footer,
                                     std::string OfficeName, std::string OfficePhone,
                                     int16_t UnitMinutes, bool Assignment) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   db::Recordset rs = Open(
@@ -217,7 +217,7 @@ void clsReports::rptFamilyAppointmentsDetailed(int32_t ID, std::string OfficeNam
                                                std::string OfficeAddress, std::string PatientName,
                                                std::string Header, std::string Footer,
                                                int16_t UnitMinutes) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   db::Recordset rs = Open(FamilyAppointmentsSql(
@@ -263,7 +263,7 @@ void clsReports::rptFamilyAppointmentsSummary(int32_t ID, std::string OfficeName
                                               std::string OfficeAddress, std::string PatientName,
                                               std::string Header, std::string Footer,
                                               int16_t UnitMinutes) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   Trap("An error has occurred in Sub rptFamilyAppointmentsSummary in class clsReport", [&] {
     frame::PrintSurface& vsp = VSP();
     StartFamilySchedule(*this, "Family Appointments - Summary", Header, OfficeName, OfficeAddress,

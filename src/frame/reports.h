@@ -51,7 +51,10 @@ class clsReports {
   // reference are the same object). Nothing is opened, tested or closed.
   // Every report method holds a db::Snapshot on it for its whole run, so
   // that on a server all of a report's statements read one moment of the
-  // practice, however busy it is (on SQLite that costs nothing).
+  // practice, however busy it is (on SQLite that costs nothing). A server
+  // that went away since the last report gives no snapshot: the report runs
+  // on and meets the fault in its first statement, in its own error
+  // handling.
   void Connection(const db::Connection& connection);
   // Keeps the form and its surface `VSP`. The form must outlive the runs.
   void SetPrintPreview(PreviewForm* theFrm);

@@ -11,7 +11,7 @@
 namespace orv {
 
 void clsReports::rptFeeGuide(int32_t ID, std::string UserName) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   vsp.Orientation(0);
   Host().SetMousePointer(host::vbHourglass);
@@ -78,7 +78,7 @@ std::string PhoneCell(clsCommonFunctions& cf, const db::Recordset& rs) {
 }  // namespace
 
 void clsReports::rptInsuranceCompanyList(std::string txtfilter, std::string UserName) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);
@@ -111,7 +111,7 @@ void clsReports::rptInsuranceCompanyList(std::string txtfilter, std::string User
 }
 
 void clsReports::rptEmployerList(std::string txtfilter, std::string UserName) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);
@@ -145,7 +145,7 @@ void clsReports::rptEmployerList(std::string txtfilter, std::string UserName) {
 
 void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserName,
                                       std::string Title, bool ByEmployer, int32_t EmployerID) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);
@@ -233,7 +233,7 @@ void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserNam
 }
 
 void clsReports::rptPatientListDetailed(std::string txtfilter) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);

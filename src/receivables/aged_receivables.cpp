@@ -16,7 +16,7 @@ namespace orv {
 
 void clsReports::srptAccountReceivable(DateTime dtEndDate, int16_t Byoption,
                                        std::string ProviderFilter, std::string UserName) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   Trap("An error has occurred in sub srptAccountReceivable in Class clsReports", [&] {
     frame::PrintSurface& vsp = VSP();
     clsCommonFunctions& cf = Common();
@@ -209,7 +209,7 @@ void clsReports::srptAccountReceivable(DateTime dtEndDate, int16_t Byoption,
 
 void clsReports::rptAccountsReceivable(std::string Comments, std::string txtProvFilter,
                                        std::string txtInvFilter, std::string UserName) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   // Only the rate reaches the model, where it decides the rounding of an

@@ -28,7 +28,7 @@ bool FlagSet(const clsCommonFunctions& cf, const Variant& v) {
 
 void clsReports::rptPatientsWithABalance(std::string UserName, DateTime dtEndDate,
                                          std::string txtfilter, int16_t SortType) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   vsp.MarginLeft(".6in");
   vsp.MarginRight(".6in");
@@ -45,7 +45,7 @@ void clsReports::rptPatientsWithABalance(std::string UserName, DateTime dtEndDat
 
 void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDate,
                                           std::string txtfilter, int16_t SortType, bool NoCredits) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   Trap("An error has occurred in sub srptPatientsWithaBalance in Class clsReports", [&] {
     frame::PrintSurface& vsp = VSP();
     clsCommonFunctions& cf = Common();
@@ -274,7 +274,7 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
 }
 
 void clsReports::rptUnAppliedPayments(DateTime dtEndDate, std::string UserName) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   try {
     frame::PrintSurface& vsp = VSP();
     vsp.CancelDialog(false);
@@ -298,7 +298,7 @@ void clsReports::rptUnAppliedPayments(DateTime dtEndDate, std::string UserName) 
 
 void clsReports::srptUnAppliedPayments(DateTime dtEndDate, std::string UserName,
                                        std::string strFilter) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   try {
     frame::PrintSurface& vsp = VSP();
     clsCommonFunctions& cf = Common();

@@ -36,7 +36,7 @@ std::string PatientsWithCarriers(const std::string& join) {
 }  // namespace
 
 void clsReports::rptPatientAccountStatus(std::string UserName, DateTime dtEndDate) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   AccountModel accounts(conn(), InterestRate);
@@ -139,7 +139,7 @@ void clsReports::rptPatientAccountStatus(std::string UserName, DateTime dtEndDat
 }
 
 void clsReports::rptFamiliesWithABalance(std::string UserName) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   AccountModel accounts(conn(), InterestRate);
@@ -236,7 +236,7 @@ void clsReports::rptFamiliesWithABalance(std::string UserName) {
 }
 
 void clsReports::rptPatientswithACredit(std::string UserName) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   AccountModel accounts(conn(), InterestRate);
@@ -295,7 +295,7 @@ void clsReports::rptPatientswithACredit(std::string UserName) {
 }
 
 void clsReports::rptPatientswithOustandingTreatment(std::string UserName) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   AccountModel accounts(conn(), InterestRate);
@@ -374,7 +374,7 @@ void clsReports::rptPatientswithOustandingTreatment(std::string UserName) {
 
 void clsReports::rptBillingByClient(std::string UserName, std::string txtfilter,
                                     std::string OfficeAddress, std::string OfficeName) {
-  const db::Snapshot snapshot(conn_);
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);

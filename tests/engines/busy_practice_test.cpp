@@ -241,5 +241,39 @@ TEST_F(BusyPractice, ReceivablesBalanceWhileOthersWrite) {
   EXPECT_GT(Count("Invoices"), invoices_before);
 }
 
+// The server drops the desk's session between two reports: the next report
+// of a component meets the fault inside its own error handling (a trapped
+// report shows its message; one without a trap throws the database error
+// to the host), nothing crashes, and nothing is left half begun: a new
+// connection runs the report again.
+TEST_F(BusyPractice, ServerGoneBetweenTwoReports) {
+  db::Connection conn(db_->url());
+  PreviewForm form;
+  host::RecordingHost host;
+  clsReports reports;
+  reports.Connection(conn);
+  reports.SetPrintPreview(&form);
+  reports.SetHostServices(&host);
+  const DateTime today = DateTime::FromParts(2026, 11, 23);
+  reports.rptPatientsWithABalance("desk", today, "");
+  ASSERT_TRUE(host.messages.empty());
+
+  ServerExec("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = '" + db_->name() +
+             "' AND pid <> pg_backend_pid()");
+  reports.rptPatientsWithABalance("desk", today, "");
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_NE(host.messages[0].prompt.find("An error has occurred in sub srptPatientsWithaBalance"), std::string::npos);
+  EXPECT_NE(host.messages[0].prompt.find("PostgreSQL"), std::string::npos) << host.messages[0].prompt;
+  EXPECT_THROW(reports.rptFamiliesWithABalance("desk"), ReportError);
+
+  db::Connection again(db_->url());
+  PreviewForm form2;
+  reports.Connection(again);
+  reports.SetPrintPreview(&form2);
+  reports.rptFamiliesWithABalance("desk");
+  EXPECT_EQ(host.messages.size(), 1u);
+  EXPECT_GT(form2.VSP.PageCount(), 0);
+}
+
 }  // namespace
 }  // namespace orv

@@ -164,7 +164,8 @@ void Connection::RollbackTrans() {
 
 void Connection::BeginSnapshot() {
   Impl& im = impl();
-  if (im.snapshot_depth_++ == 0 && !im.in_transaction_) im.engine_->BeginSnapshot();
+  if (im.snapshot_depth_ == 0 && !im.in_transaction_) im.engine_->BeginSnapshot();
+  ++im.snapshot_depth_;
 }
 
 void Connection::EndSnapshot() {

@@ -111,10 +111,19 @@ class Connection {
 // Holds a connection's snapshot for the life of a scope: a report's run.
 class Snapshot {
  public:
-  explicit Snapshot(Connection& connection) : connection_(connection) {
-    if (connection_.State() == adStateOpen) {
+  // What a snapshot that cannot be begun (the server went away between two
+  // reports) does: throw, or let the scope run without one. A report takes
+  // the second, so that its first statement meets the same fault inside the
+  // report's own error handling, as any database error would.
+  enum class OnFailure { Throw, RunWithout };
+
+  explicit Snapshot(Connection& connection, OnFailure on_failure = OnFailure::Throw) : connection_(connection) {
+    if (connection_.State() != adStateOpen) return;
+    try {
       connection_.BeginSnapshot();
       held_ = true;
+    } catch (...) {
+      if (on_failure == OnFailure::Throw) throw;
     }
   }
   ~Snapshot() {
