@@ -79,7 +79,7 @@ class PostgresPrinter : public print::Printer {
 
   void OrderBy(const orv::sql::Query& q) override {
     if (q.order_by.empty()) return;
-    GroupedOrder grouped(*this, q, T::kText);
+    GroupedOrder grouped(*this, q);
     out_ += " ORDER BY ";
     const Select& first = *q.selects[0];
     bool single = q.selects.size() == 1 && !first.rollup;
@@ -143,6 +143,12 @@ class PostgresPrinter : public print::Printer {
   bool KeyStandsInForExpression(const Expr& g) const override {
     return g.type.kind == ValueKind::Text && g.kind != ExprKind::Column;
   }
+
+  // The key is collated bpchar. Where a text function or operator takes
+  // it, PostgreSQL would convert it to text beneath its COLLATE, and the
+  // converted expression is no longer the grouped one; orv_text takes
+  // bpchar as it is (and keeps its trailing blanks).
+  const char* StandInReader() const override { return T::kText; }
 
   void ResultValue(const Expr& e) override { TextValue(e); }
 
@@ -253,7 +259,18 @@ class PostgresPrinter : public print::Printer {
       out_ += n == "ISNUMERIC" ? "orvenda.orv_isnumeric(" : "orvenda.orv_isdate(";
       AsText(*a[0]);
       out_ += ")";
-    } else if (const char* mapped = T::FunctionName(n)) {
+    } else if (n == "NULLIF" && e.op == BoundOp::CompareText && e.type.kind == ValueKind::Text) {
+      // The collated comparison leaves the first value as bpchar, which
+      // would lose its trailing blanks wherever text is taken from it.
+      out_ += T::kText;
+      out_ += "(NULLIF(";
+      CompareLeft(*a[0]);
+      out_ += ", ";
+      CompareRight(*a[1]);
+      out_ += "))";
+    } else if (const char* mapped = n == "COALESCE" ? "COALESCE" : T::FunctionName(n)) {
+      // COALESCE of a bpchar value would be bpchar too: its arguments are
+      // read as text, as ISNULL's are.
       out_ += mapped;
       out_ += "(";
       for (size_t i = 0; i < a.size(); ++i) {

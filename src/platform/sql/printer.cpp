@@ -281,7 +281,10 @@ std::map<std::string, std::string> Printer::GroupReplacements(const Select& s, s
       continue;
     }
     std::string key = Captured([&] { GroupKey(*s.group_by[g]); });
-    if (KeyStandsInForExpression(*s.group_by[g])) replaced[text] = key;
+    if (KeyStandsInForExpression(*s.group_by[g])) {
+      const char* reader = StandInReader();
+      replaced[text] = reader ? std::string(reader) + "(" + key + ")" : key;
+    }
     if (keys) keys->push_back(key);
   }
   replaced_ = outer;
@@ -292,15 +295,12 @@ std::map<std::string, std::string> Printer::GroupReplacements(const Select& s, s
 // compound or rolled-up query is ordered by result columns. The
 // replacements of a query around (an ORDER BY inside a subquery of a
 // grouped select list) stay in force beside its own.
-Printer::GroupedOrder::GroupedOrder(Printer& printer, const orv::sql::Query& q, const char* reader)
+Printer::GroupedOrder::GroupedOrder(Printer& printer, const orv::sql::Query& q)
     : printer_(printer), outer_(printer.replaced_) {
   const Select& s = *q.selects[0];
   if (q.selects.size() != 1 || s.rollup || s.group_by.empty()) return;
   replaced_ = printer.GroupReplacements(s, s.group_by.size(), nullptr);
   if (replaced_.empty()) return;
-  if (reader) {
-    for (auto& [text, key] : replaced_) key = std::string(reader) + "(" + key + ")";
-  }
   if (outer_) replaced_.insert(outer_->begin(), outer_->end());
   printer.replaced_ = &replaced_;
 }

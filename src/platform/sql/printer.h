@@ -48,8 +48,15 @@ class Printer {
   virtual void DistinctStarColumn(const SelectItem::Output& o) {}
   virtual void GroupKey(const Expr& g) = 0;
   // True when GroupKey's form of `g` must also stand in for `g` in the
-  // select list and HAVING (the engine accepts only the grouped form there).
+  // select list, HAVING and ORDER BY (the engine accepts only the grouped
+  // form there).
   virtual bool KeyStandsInForExpression(const Expr& g) const { return false; }
+  // A function of one argument through which a standing-in key is read, or
+  // null to read it bare. An engine that would convert the key where an
+  // operator or function takes it (and so hide the grouped expression from
+  // its grouping check) reads it through a function that takes the key's
+  // own type.
+  virtual const char* StandInReader() const { return nullptr; }
   // A value whose text must come out whole (a CASE branch).
   virtual void ResultValue(const Expr& e) { Expression(e); }
   virtual void StringLiteral(const Expr& e) { out_ += QuoteText(e.text); }
@@ -78,14 +85,11 @@ class Printer {
   // While alive, expressions print as they read after the grouping of the
   // SELECT of `q`, for its ORDER BY: a grouping expression stands as the
   // engine's grouping key there, as in the select list and HAVING (see
-  // KeyStandsInForExpression), so that the engine finds it grouped. With
-  // `reader`, the key is read through that function of one argument: an
-  // engine that would convert the key for the sort key's function must
-  // read it with a function that takes the key's own type, or the
-  // conversion hides the grouped expression from it.
+  // KeyStandsInForExpression and StandInReader), so that the engine finds
+  // it grouped.
   class GroupedOrder {
    public:
-    GroupedOrder(Printer& printer, const orv::sql::Query& q, const char* reader = nullptr);
+    GroupedOrder(Printer& printer, const orv::sql::Query& q);
     ~GroupedOrder() { printer_.replaced_ = outer_; }
     GroupedOrder(const GroupedOrder&) = delete;
     GroupedOrder& operator=(const GroupedOrder&) = delete;
@@ -107,7 +111,8 @@ class Printer {
   // expressions, keyed by their printed text: the first `group_count` are
   // grouped on (their GroupKey form where it stands in for them), the rest
   // are rolled up and read NULL. `keys` receives the GroupKey forms of the
-  // grouped ones, in order.
+  // grouped ones, in order, as the GROUP BY clause spells them (a standing-in
+  // key is read through StandInReader only where it replaces).
   std::map<std::string, std::string> GroupReplacements(const Select& s, size_t group_count,
                                                        std::vector<std::string>* keys);
   void Source(const TableSource& src, bool right_operand);

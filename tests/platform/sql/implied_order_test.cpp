@@ -63,11 +63,11 @@ TEST(SqlImpliedOrder, KeyGroupingOrResultColumns) {
   const std::pair<const char*, const char*> postgres[] = {
       {"SELECT Seq FROM Lines",
        R"(SELECT "t1"."Seq" AS "Seq" FROM "Lines" AS "t1" ORDER BY orvenda.orv_key("t1"."Chart") COLLATE "C" NULLS FIRST, "t1"."Seq" NULLS FIRST)"},
-      // The grouped text is ordered through the grouping key itself (read
-      // by orv_text, which takes bpchar as it is): the server refuses a sort
-      // key over the ungrouped column.
+      // The grouped text is selected and ordered through the grouping key
+      // itself (read by orv_text, which takes bpchar as it is): the server
+      // refuses a sort key over the ungrouped column.
       {"SELECT Chart + 'X' AS k, COUNT(*) FROM Lines GROUP BY Chart + 'X'",
-       R"(SELECT CAST(orvenda.orv_text("t1"."Chart") || 'X' AS bpchar) COLLATE orvenda.orv_ci AS "k", COUNT(*) FROM "Lines" AS "t1" GROUP BY CAST(orvenda.orv_text("t1"."Chart") || 'X' AS bpchar) COLLATE orvenda.orv_ci ORDER BY orvenda.orv_key((orvenda.orv_text(CAST(orvenda.orv_text("t1"."Chart") || 'X' AS bpchar) COLLATE orvenda.orv_ci))) COLLATE "C" NULLS FIRST)"},
+       R"(SELECT orvenda.orv_text(CAST(orvenda.orv_text("t1"."Chart") || 'X' AS bpchar) COLLATE orvenda.orv_ci) AS "k", COUNT(*) FROM "Lines" AS "t1" GROUP BY CAST(orvenda.orv_text("t1"."Chart") || 'X' AS bpchar) COLLATE orvenda.orv_ci ORDER BY orvenda.orv_key((orvenda.orv_text(CAST(orvenda.orv_text("t1"."Chart") || 'X' AS bpchar) COLLATE orvenda.orv_ci))) COLLATE "C" NULLS FIRST)"},
   };
   for (const auto& [tsql, text] : postgres) EXPECT_EQ(text, Translate(tsql, schema, Dialect::PostgreSQL).sql) << tsql;
 }

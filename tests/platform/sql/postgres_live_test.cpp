@@ -280,6 +280,17 @@ TEST_F(PostgresLive, ServerSemanticsOnBothEngines) {
       {"union_ci_ordered", "SELECT 'Adult' AS n UNION SELECT Name FROM Patientcategories ORDER BY n", {"Adult", "Child"}},
       {"group_by_concatenation",
        "SELECT LastName + 'X' AS k, COUNT(*) FROM Patient GROUP BY LastName + 'X' HAVING COUNT(*) > 1", {"TremblayX\t3"}},
+      // A function of the grouped text: the server would convert the
+      // grouping key beneath its collation and no longer find it grouped.
+      {"functions_of_grouped_concatenation",
+       "SELECT LEN(LastName + 'X'), UPPER(LastName + 'X') FROM Patient GROUP BY LastName + 'X' "
+       "HAVING LEFT(LastName + 'X', 1) = 't'",
+       {"9\tTREMBLAYX"}},
+      // COALESCE and NULLIF of bpchar (a column, a subquery) are bpchar.
+      {"coalesce_nullif_keep_trailing_blanks",
+       "SELECT '[' + COALESCE(PremedType, 'x') + ']', '[' + NULLIF((SELECT PremedType FROM Patient WHERE ID = 3), 'x') + ']', "
+       "COALESCE((SELECT TOP 1 'ab  ' + Symbol FROM Employees WHERE ID = 2), '') + '|' FROM Patient WHERE ID = 3",
+       {"[ ]\t[ ]\tab  DW|"}},
       {"min_max_by_code_points",
        "SELECT MIN(x), MAX(x) FROM (SELECT 'b' AS x UNION ALL SELECT 'Éa' UNION ALL SELECT '-z') AS d", {"-z\tÉa"}},
       {"like_sets_and_escape",
