@@ -112,6 +112,12 @@ class BusyPractice : public ::testing::Test {
     std::filesystem::remove(settings_);
   }
 
+  static void Attach(clsReports& reports, db::Connection& conn, PreviewForm& form, host::RecordingHost& host) {
+    reports.Connection(conn);
+    reports.SetPrintPreview(&form);
+    reports.SetHostServices(&host);
+  }
+
   // Runs `report` on its own connection inside the report's snapshot, as
   // the host does, and returns the document's text. With `between`, the
   // report runs twice in the one snapshot, `between` running in the middle.
@@ -125,9 +131,7 @@ class BusyPractice : public ::testing::Test {
       PreviewForm form;
       host::RecordingHost host;
       clsReports reports;
-      reports.Connection(conn);
-      reports.SetPrintPreview(&form);
-      reports.SetHostServices(&host);
+      Attach(reports, conn, form, host);
       report(reports);
       for (const auto& m : host.messages) ADD_FAILURE() << "message: " << m.prompt;
       texts.push_back(DocumentText(form.VSP.Document()));
@@ -251,9 +255,7 @@ TEST_F(BusyPractice, ServerGoneBetweenTwoReports) {
   PreviewForm form;
   host::RecordingHost host;
   clsReports reports;
-  reports.Connection(conn);
-  reports.SetPrintPreview(&form);
-  reports.SetHostServices(&host);
+  Attach(reports, conn, form, host);
   const DateTime today = DateTime::FromParts(2026, 11, 23);
   reports.rptPatientsWithABalance("desk", today, "");
   ASSERT_TRUE(host.messages.empty());
@@ -268,8 +270,7 @@ TEST_F(BusyPractice, ServerGoneBetweenTwoReports) {
 
   db::Connection again(db_->url());
   PreviewForm form2;
-  reports.Connection(again);
-  reports.SetPrintPreview(&form2);
+  Attach(reports, again, form2, host);
   reports.rptFamiliesWithABalance("desk");
   EXPECT_EQ(host.messages.size(), 1u);
   EXPECT_GT(form2.VSP.PageCount(), 0);

@@ -1,6 +1,7 @@
 #include "platform/db/connection.h"
 
 #include <cctype>
+#include <optional>
 #include <unordered_map>
 
 #include "platform/db/connection_url.h"
@@ -225,8 +226,9 @@ std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr) 
   return rows;
 }
 
-std::shared_ptr<RowSet> ReadRows(StatementCache& cache, const std::string& statement) {
-  StatementCache::Lease lease = cache.Get(statement);
+std::shared_ptr<RowSet> ReadRows(StatementCache& cache, const std::string& statement,
+                                 StatementForm* form = nullptr) {
+  StatementCache::Lease lease = form ? cache.Get(statement, std::move(*form)) : cache.Get(statement);
   const sql::Translation& tr = lease.translation();
   if (!tr.is_query)
     throw DatabaseError("the statement returns no rows; run it with Execute: " + statement);
@@ -302,10 +304,13 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement) const {
       return copy;
     }
   }
+  // The statement is taken apart once, for the batcher and the cache.
+  std::optional<StatementForm> form;
   if (cacheable && im.batch_lookups_) {
-    if (auto rows = im.batcher().Find(statement)) return rows;
+    form = ParameteriseLiterals(statement);
+    if (auto rows = im.batcher().Find(statement, *form)) return rows;
   }
-  auto rows = ReadRows(im.cache(false), statement);
+  auto rows = ReadRows(im.cache(false), statement, form ? &*form : nullptr);
   if (cacheable && rows->rows.size() <= kCachedRowsMax && im.snapshot_rows_.size() < kCachedStatementsMax)
     im.snapshot_rows_.emplace(statement, std::make_shared<const RowSet>(*rows));
   return rows;

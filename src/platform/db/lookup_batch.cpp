@@ -4,7 +4,6 @@
 #include <exception>
 
 #include "platform/db/field_type.h"
-#include "platform/db/statement_cache.h"
 #include "platform/sql/lookup_batch.h"
 
 namespace orv::db {
@@ -43,8 +42,7 @@ void LookupBatcher::Clear() {
   stats_ = Stats();
 }
 
-std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement) {
-  StatementForm f = ParameteriseLiterals(statement);
+std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const StatementForm& f) {
   if (f.values.empty()) return nullptr;
   Form& form = forms_[f.form];
   if (form.refused) return nullptr;

@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "platform/db/rowset.h"
+#include "platform/db/statement_cache.h"
 #include "platform/sql/translate.h"
 
 namespace orv::db {
@@ -44,9 +45,9 @@ class LookupBatcher {
   LookupBatcher(const sql::Schema& schema, sql::Dialect dialect, Reader read)
       : schema_(schema), dialect_(dialect), read_(std::move(read)) {}
 
-  // The rows of `statement` from a batch, or nullptr when the caller must
-  // run it itself.
-  std::shared_ptr<RowSet> Find(const std::string& statement);
+  // The rows of `statement` (taken apart into `form`) from a batch, or
+  // nullptr when the caller must run it itself.
+  std::shared_ptr<RowSet> Find(const std::string& statement, const StatementForm& form);
   // Forgets every batch (the snapshot ended).
   void Clear();
 

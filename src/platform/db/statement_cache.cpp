@@ -176,7 +176,10 @@ std::unique_ptr<StatementCache::Entry> StatementCache::BuildForm(
 }
 
 StatementCache::Lease StatementCache::Get(const std::string& statement) {
-  StatementForm f = ParameteriseLiterals(statement);
+  return Get(statement, ParameteriseLiterals(statement));
+}
+
+StatementCache::Lease StatementCache::Get(const std::string& statement, StatementForm f) {
   Entry* entry = nullptr;
   std::unique_ptr<Entry> own;
   if (!f.values.empty()) {

@@ -21,6 +21,8 @@
 
 namespace orv::db {
 
+struct StatementForm;
+
 class StatementCache {
  public:
   StatementCache(Engine& engine, const sql::Schema& schema) : engine_(engine), schema_(schema) {}
@@ -59,6 +61,8 @@ class StatementCache {
   // Translates (once) and prepares (once) `statement`, binds its literals and
   // returns it ready to step. Throws sql::SqlError or DatabaseError.
   Lease Get(const std::string& statement);
+  // The same, with the statement's form already taken apart by the caller.
+  Lease Get(const std::string& statement, StatementForm form);
 
   size_t size() const { return by_form_.size() + by_text_.size(); }
 

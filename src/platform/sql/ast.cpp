@@ -38,4 +38,26 @@ ExprPtr CopyBound(const Expr& e) {
   return c;
 }
 
+bool IsIntegerColumn(const Expr& e) { return e.kind == ExprKind::Column && e.type.kind == ValueKind::Integer; }
+
+std::vector<Expr*> Conjuncts(Expr* condition) {
+  std::vector<Expr*> out;
+  if (!condition) return out;
+  if (condition->kind == ExprKind::Logical && condition->text == "AND") {
+    for (auto& a : condition->args) out.push_back(a.get());
+  } else {
+    out.push_back(condition);
+  }
+  return out;
+}
+
+void RemoveConjunct(ExprPtr& where, size_t i) {
+  if (where->kind != ExprKind::Logical || where->text != "AND") {
+    where.reset();
+    return;
+  }
+  where->args.erase(where->args.begin() + static_cast<std::ptrdiff_t>(i));
+  if (where->args.size() == 1) where = std::move(where->args[0]);
+}
+
 }  // namespace orv::sql

@@ -199,4 +199,15 @@ bool HasAggregate(const Expr& e);
 // A copy of a bound expression; nullptr when it holds a subquery.
 ExprPtr CopyBound(const Expr& e);
 
+// A bound column of integer type.
+bool IsIntegerColumn(const Expr& e);
+
+// The top-level conjuncts of a condition (the condition itself when it is
+// no AND); none for nullptr.
+std::vector<Expr*> Conjuncts(Expr* condition);
+
+// Removes conjunct `i` (as Conjuncts counts) from `where`: an AND left with
+// one operand becomes that operand, a condition left with none is dropped.
+void RemoveConjunct(ExprPtr& where, size_t i);
+
 }  // namespace orv::sql

@@ -41,10 +41,6 @@ bool SourceNamesOuter(const TableSource& src, const std::set<std::string>& own) 
   return SourceNamesOuter(*src.left, own) || SourceNamesOuter(*src.right, own);
 }
 
-bool IsIntegerColumn(const Expr& e) {
-  return e.kind == ExprKind::Column && e.type.kind == ValueKind::Integer;
-}
-
 
 ExprPtr NewColumn(const std::string& alias, const std::string& name, const ExprType& type, Pos pos) {
   auto e = std::make_unique<Expr>(ExprKind::Column, pos);
@@ -94,38 +90,22 @@ class Decorrelator {
     if (NamesOuter(value, own)) return;
 
     // Exactly one conjunct names the outer query: inner = outer, integers.
-    std::vector<ExprPtr>* conjuncts = nullptr;
-    std::vector<ExprPtr> single;
-    if (s.where->kind == ExprKind::Logical && s.where->text == "AND") {
-      conjuncts = &s.where->args;
-    } else {
-      single.push_back(std::move(s.where));
-      conjuncts = &single;
-    }
+    const std::vector<Expr*> conjuncts = Conjuncts(s.where.get());
     int link = -1;
-    bool ok = true;
-    for (size_t i = 0; i < conjuncts->size() && ok; ++i) {
-      const Expr& c = *(*conjuncts)[i];
-      if (HasQuery(c)) ok = false;
-      if (!ok || !NamesOuter(c, own)) continue;
+    for (size_t i = 0; i < conjuncts.size(); ++i) {
+      const Expr& c = *conjuncts[i];
+      if (HasQuery(c)) return;
+      if (!NamesOuter(c, own)) continue;
       const bool equality = c.kind == ExprKind::Binary && c.text == "=" && c.op == BoundOp::CompareOther &&
                             IsIntegerColumn(*c.args[0]) && IsIntegerColumn(*c.args[1]);
-      if (!equality || link >= 0) ok = false;
+      if (!equality || link >= 0) return;
       link = static_cast<int>(i);
     }
-    const Expr* inner = nullptr;
-    const Expr* outer = nullptr;
-    if (ok && link >= 0) {
-      const Expr& c = *(*conjuncts)[link];
-      inner = c.args[0].get();
-      outer = c.args[1].get();
-      if (!own.count(inner->table_alias)) std::swap(inner, outer);
-      if (!own.count(inner->table_alias) || !outer_aliases_.count(outer->table_alias)) ok = false;
-    }
-    if (!ok || link < 0) {
-      if (!single.empty()) s.where = std::move(single[0]);
-      return;
-    }
+    if (link < 0) return;
+    const Expr* inner = conjuncts[link]->args[0].get();
+    const Expr* outer = conjuncts[link]->args[1].get();
+    if (!own.count(inner->table_alias)) std::swap(inner, outer);
+    if (!own.count(inner->table_alias) || !outer_aliases_.count(outer->table_alias)) return;
 
     // The derived table: the key first, then the aggregate, grouped.
     const std::string alias = "d" + std::to_string(++count_);
@@ -138,12 +118,7 @@ class Decorrelator {
     on->args.push_back(CopyBound(*outer));
     const std::string outer_alias = outer->table_alias;
     s.group_by.push_back(CopyBound(*inner));
-    conjuncts->erase(conjuncts->begin() + link);
-    if (conjuncts == &single) {
-      s.where.reset();  // the link was the whole condition
-    } else if (s.where->args.size() == 1) {
-      s.where = std::move(s.where->args[0]);
-    }
+    RemoveConjunct(s.where, static_cast<size_t>(link));  // `inner` and `outer` go with it
 
     SelectItem key_item;
     key_item.pos = e->pos;

@@ -9,27 +9,11 @@ namespace orv::sql {
 
 namespace {
 
-bool IsIntegerColumn(const Expr& e) {
-  return e.kind == ExprKind::Column && e.type.kind == ValueKind::Integer && !e.table_alias.empty();
-}
-
 // "a.x = b.y" between integer columns of two tables.
 bool IsColumnEquality(const Expr& e) {
   return e.kind == ExprKind::Binary && e.text == "=" && e.op == BoundOp::CompareOther && e.args.size() == 2 &&
          IsIntegerColumn(*e.args[0]) && IsIntegerColumn(*e.args[1]) &&
          e.args[0]->table_alias != e.args[1]->table_alias;
-}
-
-// The top-level conjuncts of a condition.
-std::vector<const Expr*> Conjuncts(const Expr* e) {
-  std::vector<const Expr*> out;
-  if (!e) return out;
-  if (e->kind == ExprKind::Logical && e->text == "AND") {
-    for (const auto& a : e->args) out.push_back(a.get());
-  } else {
-    out.push_back(e);
-  }
-  return out;
 }
 
 using Equality = std::pair<const Expr*, const Expr*>;

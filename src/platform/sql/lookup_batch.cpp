@@ -37,7 +37,7 @@ const Expr* KeyColumn(const Expr& conjunct, Pos key) {
   if (r->text.find_first_not_of("0123456789") != std::string::npos) return nullptr;
   // Only an integer column groups exactly as "=" selects: a text column
   // would group under the collation, a money column by its decimals.
-  if (l->kind != ExprKind::Column || l->type.kind != ValueKind::Integer) return nullptr;
+  if (!IsIntegerColumn(*l)) return nullptr;
   return l;
 }
 
@@ -56,16 +56,9 @@ std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos k
   // The key conjunct, at the top of the WHERE clause.
   const Expr* column = nullptr;
   size_t conjunct = 0;
-  bool whole_where = false;
-  if (s.where->kind == ExprKind::Logical && s.where->text == "AND") {
-    for (size_t i = 0; i < s.where->args.size() && !column; ++i) {
-      column = KeyColumn(*s.where->args[i], key);
-      conjunct = i;
-    }
-  } else {
-    column = KeyColumn(*s.where, key);
-    whole_where = true;
-  }
+  const std::vector<Expr*> conjuncts = Conjuncts(s.where.get());
+  for (; conjunct < conjuncts.size() && !column; ++conjunct) column = KeyColumn(*conjuncts[conjunct], key);
+  --conjunct;
   if (!column) return std::nullopt;
 
   // All bare aggregates, or none at all.
@@ -104,12 +97,7 @@ std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos k
   item.expr = std::move(key_column);
   s.items.insert(s.items.begin(), std::move(item));
 
-  if (whole_where) {
-    s.where.reset();
-  } else {
-    s.where->args.erase(s.where->args.begin() + static_cast<std::ptrdiff_t>(conjunct));
-    if (s.where->args.size() == 1) s.where = std::move(s.where->args[0]);
-  }
+  RemoveConjunct(s.where, conjunct);
 
   auto limit = std::make_unique<Expr>(ExprKind::Number, s.pos);
   limit->text = std::to_string(row_limit + 1);
