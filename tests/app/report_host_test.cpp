@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/shell.h"
+#include "test_paths.h"
 
 #include <sys/wait.h>
 

@@ -67,6 +67,27 @@ TEST(TableLanguage, BodyRowsAndCells) {
   }
 }
 
+// Data holding the separators, escaped as the reports escape every value:
+// one row, two cells, the text as it was; a stray control character that
+// could pose as an escaped separator is dropped.
+TEST(TableLanguage, EscapedDataStaysInItsCell) {
+  const std::string forged = "Smith;Evil|9999|Row";
+  const std::string body = EscapeCell(forged) + "|" + EscapeCell("12 Main St; Apt 4|B") + ";";
+  Table t;
+  t.Add("1in|1in", EscapeCell("Name|Header") + "|Street", body, std::nullopt, std::nullopt, false,
+        TextStyle());
+  ASSERT_EQ(t.BodyRows(), 1);
+  EXPECT_EQ(t.rows[0].cells[0].text, "Name|Header");
+  EXPECT_EQ(t.rows[1].cells[0].text, forged);
+  EXPECT_EQ(t.rows[1].cells[1].text, "12 Main St; Apt 4|B");
+  EXPECT_EQ(EscapeCell("plain text, no separators"), "plain text, no separators");
+  EXPECT_EQ(EscapeCell(std::string("a\x1C|b\x1D")).find('\x1C'), 1u);
+  Table u;
+  u.Add("1in", "", EscapeCell(std::string("x\x1Cy\x1Dz")), std::nullopt, std::nullopt, false,
+        TextStyle());
+  EXPECT_EQ(u.rows[1].cells[0].text, "xyz");
+}
+
 // Placement of rows 100 tall on pages whose rows run from 1000 to 1450.
 TEST(TableLayout, PlaceRows) {
   struct Case {

@@ -9,6 +9,12 @@
 
 namespace orv::frame {
 
+namespace {
+// What EscapeCell puts in place of "|" and ";".
+constexpr char kEscapedBar = '\x1C';
+constexpr char kEscapedSemicolon = '\x1D';
+}  // namespace
+
 double CellValue::Number() const {
   if (auto d = std::get_if<double>(&v_)) return *d;
   const std::string& s = std::get<std::string>(v_);
@@ -74,6 +80,20 @@ std::vector<ColumnFormat> ParseFormat(std::string_view format) {
   return cols;
 }
 
+std::string EscapeCell(std::string_view value) {
+  std::string out;
+  out.reserve(value.size());
+  for (const char c : value) {
+    if (c == '|')
+      out += kEscapedBar;
+    else if (c == ';')
+      out += kEscapedSemicolon;
+    else if (c != kEscapedBar && c != kEscapedSemicolon)
+      out += c;
+  }
+  return out;
+}
+
 uint16_t Table::StyleIndex(const TextStyle& s) {
   for (size_t i = 0; i < styles.size(); ++i)
     if (styles[i] == s) return uint16_t(i);
@@ -83,6 +103,16 @@ uint16_t Table::StyleIndex(const TextStyle& s) {
 
 namespace {
 
+// Turns the escaped separators of EscapeCell back into text.
+void UnescapeCell(std::string& text) {
+  for (char& c : text) {
+    if (c == kEscapedBar)
+      c = '|';
+    else if (c == kEscapedSemicolon)
+      c = ';';
+  }
+}
+
 // Splits one row's text at "|" into the row's cells; cells beyond the column
 // count are dropped and missing ones stay blank.
 void FillRow(Row& row, std::string_view text, size_t cols) {
@@ -91,6 +121,7 @@ void FillRow(Row& row, std::string_view text, size_t cols) {
   while (c < cols) {
     const size_t bar = text.find('|', start);
     row.cells[c].text.assign(text.substr(start, bar == std::string_view::npos ? bar : bar - start));
+    UnescapeCell(row.cells[c].text);
     ++c;
     if (bar == std::string_view::npos) break;
     start = bar + 1;

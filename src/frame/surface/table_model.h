@@ -73,6 +73,17 @@ class CellValue {
   std::variant<double, std::string> v_;
 };
 
+// A data value made safe for a table string: a "|" or ";" inside it stays
+// text in its cell instead of starting a new cell or row. Every value a
+// report reads from the database and puts into a Header or Body goes through
+// this; the report's own separators and literal texts do not.
+//
+// The two separators become the control characters FS (0x1C) and GS (0x1D),
+// which the table parser turns back into "|" and ";" once the cell is cut
+// out. Practice data never holds control characters; any FS or GS already
+// in the value is dropped so that it cannot pose as an escaped separator.
+std::string EscapeCell(std::string_view value);
+
 // A format entry: flags, then the width.
 struct ColumnFormat {
   Twips width;

@@ -13,6 +13,7 @@
 #include <sstream>
 
 #include "sql_test_support.h"
+#include "test_paths.h"
 
 namespace orv::sql::testing {
 namespace {

@@ -15,6 +15,7 @@
 
 #include "platform/sql/postgres_support.h"
 #include "sql_test_support.h"
+#include "test_paths.h"
 
 #if ORVENDA_HAVE_LIBPQ
 #include <libpq-fe.h>

@@ -11,6 +11,7 @@
 
 #include "common/datetime.h"
 #include "platform/sql/sqlite_functions.h"
+#include "test_paths.h"
 
 namespace orv::sql::testing {
 

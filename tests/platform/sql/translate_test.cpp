@@ -9,6 +9,7 @@
 
 #include "platform/sql/date_text.h"
 #include "sql_test_support.h"
+#include "test_paths.h"
 
 namespace orv::sql::testing {
 namespace {
