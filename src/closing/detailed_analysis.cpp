@@ -488,11 +488,13 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
                              : Byoption == 2 ? "DoctorID"
                              : Byoption == 3 ? "PDate"
                                              : "ProviderID";
-    // The union is ordered by its own column names.
-    const char* pay_order = Byoption == 1   ? " ORDER BY  OverseerName, ID"
-                            : Byoption == 2 ? " ORDER BY DoctorName, ID"
-                            : Byoption == 3 ? " ORDER BY PDate, ID"
-                                            : " ORDER BY ProviderName, ID";
+    // A union is ordered by its own column names; a single select by the
+    // payment's key, which "ID" alone would not name among its tables.
+    const std::string pay_id = byAllocatedPayment ? "InvoicePayments.ID" : "ID";
+    const std::string pay_order = Byoption == 1   ? " ORDER BY  OverseerName, " + pay_id
+                                  : Byoption == 2 ? " ORDER BY DoctorName, " + pay_id
+                                  : Byoption == 3 ? " ORDER BY PDate, " + pay_id
+                                                  : " ORDER BY ProviderName, " + pay_id;
     const std::string pay_period =
         byAllocatedPayment
             ? " WHERE InvoicePaymentAllocations.AppliedDate between'" + start + "' AND '" + end +
