@@ -610,13 +610,16 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
                    kHeaderColor);
       vsp.EndTable();
       vsp.FontSize(10);
-      // The money moved to or from this person after the payment was taken
-      // changes what the person took in. A day is nobody's, so the date
-      // view has no such list.
+      // The money moved to or from this person after the payment was
+      // taken. It shows where a payment came from; the rows above already
+      // count every applied share under the provider of its line (and the
+      // share nobody applied under whoever took it in), so moving it in the
+      // patient and insurance sums as well would count it twice for the
+      // provider it reached. A day is nobody's, so the date view has no
+      // such list.
       if (!by_date) {
         srptPaymentReallocation(static_cast<int32_t>(cf.ReturnVal(Variant(id))), dtStart, dtEnd,
-                                Byoption, patient, insurance, realloc_adjustment,
-                                realloc_payment);
+                                Byoption, realloc_adjustment, realloc_payment);
       }
       std::string rows_text = "Payment Adjustment Total|" + Money(cf, adjustment) + ";";
       if (!refund.IsZero()) rows_text += "Payment Refund Total|" + Money(cf, refund) + ";";
@@ -682,8 +685,8 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
       for (int k = 1; k <= count; ++k) {
         const int32_t id = cf.GetIDFromProviderName(ProviderNames, k);
         if (pay_groups.count(CStr(Variant(id))) || !done.insert(id).second) continue;
-        srptPaymentReallocation(id, dtStart, dtEnd, Byoption, patient_sum2, insurance_sum2,
-                                realloc_adjustment, realloc_payment);
+        srptPaymentReallocation(id, dtStart, dtEnd, Byoption, realloc_adjustment,
+                                realloc_payment);
       }
     }
 
@@ -706,8 +709,7 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
 }
 
 void clsReports::srptPaymentReallocation(int32_t ProviderID, DateTime dtStart, DateTime dtEnd,
-                                         int16_t Byoption, Currency& PatientSum,
-                                         Currency& InsuranceSum, Currency& AdjustmentSum,
+                                         int16_t Byoption, Currency& AdjustmentSum,
                                          Currency& PaymentSum) {
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
@@ -760,7 +762,7 @@ void clsReports::srptPaymentReallocation(int32_t ProviderID, DateTime dtStart, D
                                          : "InvoiceDetails.ProviderID =" + id;
 
   std::string body;
-  Currency adjustment, payment, patient_net, insurance_net;
+  Currency adjustment, payment;
   auto add_rows = [&](const std::string& sql, bool leaving) {
     db::Recordset rs = Open(sql, db::adOpenForwardOnly);
     while (!rs.Eof()) {
@@ -774,16 +776,7 @@ void clsReports::srptPaymentReallocation(int32_t ProviderID, DateTime dtStart, D
               Cell(cf.returnStr(rs["initialProviderName"].Value())) + "|" +
               Cell(cf.returnStr(rs["ProviderName"].Value())) + "|" +
               (leaving ? "-" : "") + Money(cf, amount) + ";";
-      // Money that left is taken off what this person took in, on the
-      // patient's or the insurer's side; money that arrived is added.
-      const bool insurance = FlagSet(cf, rs["Insurance"].Value());
-      if (leaving) {
-        adjustment += amount;
-        (insurance ? insurance_net : patient_net) -= amount;
-      } else {
-        payment += amount;
-        (insurance ? insurance_net : patient_net) += amount;
-      }
+      (leaving ? adjustment : payment) += amount;
       rs.MoveNext();
     }
   };
@@ -811,8 +804,6 @@ void clsReports::srptPaymentReallocation(int32_t ProviderID, DateTime dtStart, D
                    Money(cf, adjustment) + ";Reallocation Payment:|" + Money(cf, payment) +
                    ";Net Payments:|" + Money(cf, payment - adjustment) + ";",
                kHeaderColor);
-  PatientSum += patient_net;
-  InsuranceSum += insurance_net;
   AdjustmentSum += adjustment;
   PaymentSum += payment;
 }

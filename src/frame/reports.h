@@ -189,11 +189,10 @@ class clsReports {
                             bool byAllocatedPayment);
   // The money applied between the dates away from and onto one provider
   // (by overseer: onto one overseer) after its cheque's day. Adds what left
-  // to `AdjustmentSum` and what arrived to `PaymentSum`, and moves both into
-  // the patient or insurance sum. Prints nothing when nothing moved.
+  // to `AdjustmentSum` and what arrived to `PaymentSum`. Prints nothing when
+  // nothing moved.
   void srptPaymentReallocation(int32_t ProviderID, DateTime dtStart, DateTime dtEnd,
-                               int16_t Byoption, Currency& PatientSum, Currency& InsuranceSum,
-                               Currency& AdjustmentSum, Currency& PaymentSum);
+                               int16_t Byoption, Currency& AdjustmentSum, Currency& PaymentSum);
   // The payments of `Payments` (the detailed analysis' payment rows) totalled
   // by bank account, with those on no account as "None".
   void srptAccountSummary(db::Recordset& Payments);

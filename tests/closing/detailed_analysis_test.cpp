@@ -144,6 +144,22 @@ TEST_F(DetailedAnalysis, AReallocationSeenFromBothProviders) {
   EXPECT_EQ(LineWith("Ivy Stone Hugo"), "");
 }
 
+TEST_F(DetailedAnalysis, AReallocationIsNotCountedTwiceForTheProviderItReached) {
+  // Hill alone, in both readings: the 60 applied to his line is his
+  // payment row already; the reallocation list shows where it came from
+  // but must not add it to his totals a second time.
+  for (bool by_allocated : {true, false}) {
+    SCOPED_TRACE(by_allocated ? "by allocated" : "all payments");
+    form.VSP.KillDoc();
+    form.VSP.StartDoc();
+    Run(0, by_allocated, "ProviderID = 12");
+    EXPECT_EQ(LineWith("Payment Reallocation by"), "Payment Reallocation by Hugo Hill");
+    EXPECT_EQ(LineWith("Reallocation Payment "), "Reallocation Payment 60.00");
+    EXPECT_EQ(LinesWith("Patient Total").back(), "Patient Total 60.00");
+    EXPECT_EQ(LinesWith("Net Total").back(), "Net Total 60.00");
+  }
+}
+
 TEST_F(DetailedAnalysis, TheAccountSummaryTotalsThePaymentsByBankAccount) {
   Run(0, false);
   EXPECT_EQ(LineWith("Operating"), "1 Operating 400.00");  // 300 + 60 + the 40 credit
