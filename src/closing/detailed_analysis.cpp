@@ -563,6 +563,13 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
     {
       int n = 0;
       while (!payments.Eof()) {
+        // A share of nothing says nothing. The credit rows' own test in SQL
+        // ("<> 0") can let through a remainder of a few millionths of a
+        // cent from an engine that subtracts money in floating point.
+        if (cf.ReturnCur(payments["Payment"].Value()).IsZero()) {
+          payments.MoveNext();
+          continue;
+        }
         PaymentRow p;
         p.id = cf.returnStr(payments["ID"].Value());
         p.description = cf.returnStr(payments["PDescription"].Value());
