@@ -22,20 +22,13 @@
 #include "frame/surface/surface.h"
 #include "platform/db/connection.h"
 #include "platform/host/host_services.h"
-#include "platform/practice/demo_practice.h"
+#include "bench_practice.h"
 #include "sql_time.h"
 
 int main(int argc, char** argv) {
   using namespace orv;
   const int patients = argc > 1 ? std::atoi(argv[1]) : 20000;
-  const std::string path = (std::filesystem::temp_directory_path() /
-                            ("orvenda_bench_closing_" + std::to_string(::getpid()) + ".db"))
-                               .string();
-  std::filesystem::remove(path);
-  practice::DemoOptions options;
-  options.patients = patients;
-  options.seed = 11;
-  const practice::DemoSummary summary = practice::WriteDemoPracticeFile(path, options);
+  const std::string path = bench::WriteBenchPractice("closing", patients);
   Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
 
   db::Connection conn;
@@ -48,9 +41,6 @@ int main(int argc, char** argv) {
   reports.SetPrintPreview(&form);
   reports.SetHostServices(&host);
 
-  std::printf("practice: %lld patients, %lld invoices, %lld payments\n",
-              static_cast<long long>(summary.patients), static_cast<long long>(summary.invoices),
-              static_cast<long long>(summary.payments));
   // Every member of staff, as a closing run names the chosen providers.
   std::string providers;
   for (int id = 2; id <= 15; ++id) {
