@@ -273,9 +273,9 @@ void clsReports::rptAccountsReceivable(std::string Comments, std::string txtProv
       const Currency total = cf.ReturnCur(invoices["InvoiceTotal"].Value());
       if (amount > paid) {
         // Age from today. Everything older than 30 days lands in 31-60, a
-        // settled fact of this report: its test has no lower bound, so the
-        // 61-90 test after it is never reached by a dated invoice. An
-        // undated invoice fails both tests and lands in > 91.
+        // settled fact of this report (that column has no lower bound), so
+        // a dated invoice never reaches 61-90, which stays empty. An
+        // undated invoice is of no known age and lands in > 91.
         const Variant date = invoices["Date"].Value();
         int age_class = 3;
         if (!date.IsNull()) age_class = CDate(date).DatePart() >= day30 ? 0 : 1;
