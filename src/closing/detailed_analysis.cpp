@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "closing/closing_common.h"
+#include "common/flags.h"
 #include "common/common_functions.h"
 #include "common/currency.h"
 #include "common/errors.h"
@@ -22,7 +23,6 @@ namespace {
 
 using closing::Abs;
 using closing::AndFilter;
-using closing::FlagSet;
 using closing::SqlClear;
 using closing::SqlSet;
 
@@ -595,10 +595,10 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
         p.payment_name = cf.returnStr(payments["PaymentName"].Value());
         p.account = cf.returnStr(payments["AccountID"].Value());
         p.group = GroupOf(cf, payments, by_date, "PDate", pay_group_col, pay_id_col);
-        p.adjustment = FlagSet(cf, payments["Adjustment"].Value());
-        p.to_total_paid = FlagSet(cf, payments["ToTotalPaid"].Value());
-        p.refund = FlagSet(cf, payments["Refund"].Value());
-        p.insurance = FlagSet(cf, payments["PIsInsurance"].Value());
+        p.adjustment = FlagSet(payments["Adjustment"].Value());
+        p.to_total_paid = FlagSet(payments["ToTotalPaid"].Value());
+        p.refund = FlagSet(payments["Refund"].Value());
+        p.insurance = FlagSet(payments["PIsInsurance"].Value());
         p.listed = (p.adjustment && p.to_total_paid) || !p.adjustment;
         p.payment = cf.ReturnCur(payments["Payment"].Value());
         prows.push_back(std::move(p));
@@ -832,8 +832,8 @@ void clsReports::srptAccountSummary(db::Recordset& Payments) {
   std::map<std::string, Currency> by_account;
   if (Payments.RecordCount() > 0) Payments.MoveFirst();
   while (!Payments.Eof()) {
-    const bool adjustment = FlagSet(cf, Payments["Adjustment"].Value());
-    const bool to_total = FlagSet(cf, Payments["ToTotalPaid"].Value());
+    const bool adjustment = FlagSet(Payments["Adjustment"].Value());
+    const bool to_total = FlagSet(Payments["ToTotalPaid"].Value());
     if (!adjustment || to_total) {
       const Variant account = Payments["AccountID"].Value();
       by_account[account.IsNull() || account.IsEmpty() ? std::string()
