@@ -459,6 +459,8 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
         fallback(day, Format(Variant(CDate(Variant(day))), "mmm/dd/yyyy"));
       }
     } else {
+      // Only the people chosen for the report: another provider's
+      // adjustments are not this report's money.
       db::Recordset people =
           Open("SELECT ID, FullName FROM Employees WHERE NOT (" + seen_ids + ") AND (" +
                    vb::Replace(ProviderNames, "ProviderID", "ID") + ")  Order by LastName",
@@ -637,6 +639,9 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
         srptPaymentReallocation(static_cast<int32_t>(cf.ReturnVal(Variant(id))), dtStart, dtEnd,
                                 Byoption, realloc_adjustment, realloc_payment);
       }
+      // Every group, the last one too, closes with the same two-column
+      // rows, so the eye finds them in one place. Refunds are kept apart
+      // from the other payment adjustments and show when there are any.
       std::string rows_text = "Payment Adjustment Total|" + Money(cf, adjustment) + ";";
       if (!refund.IsZero()) rows_text += "Payment Refund Total|" + Money(cf, refund) + ";";
       vsp.AddTable("<2in|>1in", "", rows_text, kHeaderColor);

@@ -385,6 +385,9 @@ void clsReports::srptSummaryAnalysis(DateTime dtStart, DateTime dtEnd, std::stri
   Currency moved;
   for (const auto& [day, amount] : reallocations) moved += amount;
 
+  // The fees count cancelled lines as entered; the reversals take them
+  // back. Invoice adjustments other than write-offs are the day table's
+  // invoice adjustments less the write-offs among them.
   const Currency subtotal = dental_sum + lab_sum - Abs(reversals);
   const Currency other_adjustments = invoice_adjustment_sum - write_offs;
   const Currency total_fees = subtotal - Abs(write_offs) - Abs(other_adjustments);
