@@ -11,6 +11,7 @@
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
+#include "frame/surface/table_model.h"
 #include "platform/db/lookup.h"
 #include "platform/host/host_services.h"
 
@@ -91,7 +92,9 @@ void AddressBlock(frame::PrintSurface& vsp, const Addressee& a, const std::strin
   if (vsp.CurrentY() < kWindowTop) vsp.CurrentY(kWindowTop);
   vsp.TextAlign(0);
   vsp.TableBorder(0);
-  vsp.AddTable("<3.75in|<2.75in", "", a.name + "\r\n" + a.address + "|" + right);
+  vsp.AddTable("<3.75in|<2.75in", "",
+               frame::EscapeCell(a.name) + "\r\n" + frame::EscapeCell(a.address) + "|" +
+                   frame::EscapeCell(right));
   vsp.Text(" ");
 }
 
@@ -110,14 +113,14 @@ void InvoiceLines(clsReports& r, db::Recordset lines, const std::string& plain_f
   std::string body;
   while (!lines.Eof()) {
     Variant code = lines["Code"].Value();
-    std::string procedure = cf.returnStr(code, true);
+    std::string procedure = frame::EscapeCell(cf.returnStr(code, true));
     std::string wording =
         cf.returnStr(r.ReturnLookupValue("FeeCodes", "ID", code, "Description"), true);
-    if (!wording.empty()) procedure += "\r\n" + wording;
-    body += procedure + "|" + cf.returnStr(lines["Tooth#"].Value()) + "|" +
-            cf.returnStr(lines["Surface"].Value()) + "|" +
+    if (!wording.empty()) procedure += "\r\n" + frame::EscapeCell(wording);
+    body += procedure + "|" + frame::EscapeCell(cf.returnStr(lines["Tooth#"].Value())) + "|" +
+            frame::EscapeCell(cf.returnStr(lines["Surface"].Value())) + "|" +
             Format(lines["Date"].Value(), "mmm/dd/yyyy") + "|" +
-            cf.returnStr(lines["Status"].Value()) + "|" +
+            frame::EscapeCell(cf.returnStr(lines["Status"].Value())) + "|" +
             cf.MyFormat(cf.ReturnCur(lines["Cost"].Value()), "Currency");
     if (discounted) {
       Currency discount = cf.ReturnCur(lines["Discount"].Value());
@@ -199,7 +202,8 @@ void clsReports::rptInvoice(int32_t ID, std::string Name, std::string Address) {
   vsp.TableBorder(7);
   vsp.AddTable(
       "^1in|^1in", "Date|Invoice #",
-      Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|" + cf.returnStr(rs["Invoice#"].Value()),
+      Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|" +
+          frame::EscapeCell(cf.returnStr(rs["Invoice#"].Value())),
       kHeaderColor);
   InvoiceAddressAndMessage(*this, rs, to);
 
@@ -252,7 +256,9 @@ void clsReports::rptInvoiceStatement(int32_t ID, std::string Name, std::string A
 
   vsp.TextAlign(0);
   vsp.TableBorder(0);
-  vsp.AddTable("<1in|>5in", "", Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|Invoice#: " + number);
+  vsp.AddTable("<1in|>5in", "",
+               Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|Invoice#: " +
+                   frame::EscapeCell(number));
   InvoiceAddressAndMessage(*this, rs, to);
 
   InvoiceLines(*this, rs["rptInvoiceDetails"].Chapter(),
@@ -293,7 +299,7 @@ void clsReports::rptInvoiceStatement(int32_t ID, std::string Name, std::string A
       // Cards and cash carry a cheque number of 0: only a real one is shown.
       if (!cheque.empty() && cheque != "0") type += " #" + cheque;
       body += Format(pay["Date"].Value(), "mmm/dd/yyyy") + "|" +
-              Format(pay["CheckDate"].Value(), "mmm/dd/yyyy") + "|" + type + "|" +
+              Format(pay["CheckDate"].Value(), "mmm/dd/yyyy") + "|" + frame::EscapeCell(type) + "|" +
               cf.MyFormat(share, "Currency") + ";";
       pay.MoveNext();
     }
@@ -367,7 +373,8 @@ void clsReports::rptReceipt(int32_t ID, std::string Name, std::string Address) {
     vsp.TextAlign(2);
     vsp.TableBorder(7);
     vsp.AddTable("^1in|^1in", "Date|Payment #",
-                 Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|" + cf.returnStr(rs["ID"].Value()),
+                 Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|" +
+                     frame::EscapeCell(cf.returnStr(rs["ID"].Value())),
                  kHeaderColor);
     AddressBlock(vsp, to, "");
 
@@ -375,17 +382,17 @@ void clsReports::rptReceipt(int32_t ID, std::string Name, std::string Address) {
     vsp.TextAlign(0);
     vsp.TableBorder(7);
     vsp.AddTable("<2.5in|<4in", "Name|Payment Details",
-                 cf.returnStr(rs["PaymentName"].Value()) +
-                     "|Payment Type: " + cf.returnStr(rs["PaymentType"].Value()) +
-                     "\r\nNote: " + (note.empty() ? std::string("(None)") : note),
+                 frame::EscapeCell(cf.returnStr(rs["PaymentName"].Value())) +
+                     "|Payment Type: " + frame::EscapeCell(cf.returnStr(rs["PaymentType"].Value())) +
+                     "\r\nNote: " + (note.empty() ? std::string("(None)") : frame::EscapeCell(note)),
                  kHeaderColor);
     vsp.Text(" ");
 
     std::string body;
     while (!details.Eof()) {
-      body += cf.returnStr(details["Invoice#"].Value()) + "|" +
-              vb::Trim(cf.returnStr(details["PatientFirstName"].Value()) + " " +
-                       cf.returnStr(details["PatientLastName"].Value())) +
+      body += frame::EscapeCell(cf.returnStr(details["Invoice#"].Value())) + "|" +
+              frame::EscapeCell(vb::Trim(cf.returnStr(details["PatientFirstName"].Value()) + " " +
+                                         cf.returnStr(details["PatientLastName"].Value()))) +
               "|" + Format(details["Date"].Value(), "mmm/dd/yyyy") + "|" +
               cf.MyFormat(cf.ReturnCur(details["Amount"].Value()), "Currency") + ";";
       details.MoveNext();
