@@ -2,7 +2,8 @@
 // to a patient. An invoice with its lines and totals, the same invoice as a
 // statement with the payments made towards it, and the receipt of one
 // payment. All three stand on the office letterhead with the addressee's
-// name and address placed where a window envelope shows it.
+// name and address at 2.25 in down, or below a letterhead that reaches
+// further.
 #include "accounts/account_model.h"
 #include "common/common_functions.h"
 #include "common/datetime.h"
@@ -40,8 +41,10 @@ std::string InvoiceShape(int32_t ID) {
 // billed to the holder.
 constexpr long long kAgeOfMajority = 18;
 
-// The top of the address block: where the window of a #10 envelope shows
-// the first line of a letter page folded in three.
+// The top of the address block of invoices and receipts. A quarter inch
+// above the top of a No. 10 envelope's window (2.5in on a letter page
+// folded in three, where the statements put their addressee): the block's
+// first line shows only when the letter rides up in the envelope.
 constexpr Twips kWindowTop = Twips(3240);  // 2.25in
 
 // Who an invoice is addressed to: the patient, or for a minor the primary

@@ -8,7 +8,7 @@
 // stamps Patient.LastStatement.
 //
 // The run reads as its steps: SetUp, then for each list position Merge,
-// PageSetUp, BodyPerPatient, BalanceAndYearFigures, FurtherSections and
+// Openings, PageSetUp, BodyPerPatient, BalanceAndYearFigures, FurtherSections and
 // Footer, and at the end SummaryOverlay. A run of statements is a stack of
 // letters: each statement's pages are numbered within it and its page
 // footer speaks its language.
@@ -229,6 +229,7 @@ class StatementRun {
  private:
   void SetUp(const std::vector<int32_t>& PatientIDs);
   Working Merge(const Statement& s);
+  void Openings(const Statement& s, Working& w);
   void PageSetUp(Statement& s, const Working& w);
   void BodyPerPatient(Statement& s, const Working& w);
   void BalanceAndYearFigures(const Statement& s, const Working& w);
@@ -285,6 +286,7 @@ void StatementRun::Run(const std::vector<int32_t>& PatientIDs) {
                      std::to_string(s.patient_id) + "; nothing printed for it.");
     } else {
       Working w = Merge(s);
+      Openings(s, w);
       // A statement is laid out when anyone is told on it.
       if (std::any_of(w.members.begin(), w.members.end(),
                       [](const Member& m) { return m.Told(); })) {
@@ -349,8 +351,7 @@ void StatementRun::SetUp(const std::vector<int32_t>& PatientIDs) {
 }
 
 // Merge: the title, the invoice and payment queries of the period, merged
-// into one list of lines sorted by patient and day; then the people the
-// statement tells, with their opening figures.
+// into one list of lines sorted by patient and day.
 Working StatementRun::Merge(const Statement& s) {
   Working w;
   const std::string id_text = std::to_string(s.patient_id);
@@ -490,17 +491,21 @@ Working StatementRun::Merge(const Statement& s) {
     return a.patient != b.patient ? a.patient < b.patient : a.date.DatePart() < b.date.DatePart();
   });
 
-  // The people told, with their opening figures as of the day before the
-  // period. The figures are all known before anything prints, so that one
-  // member's insurance gives every table of the statement the insurance
-  // columns.
+  return w;
+}
+
+// The openings: the people the statement tells, with their opening figures
+// as of the day before the period. They are taken before anything prints,
+// so that one member's insurance gives every table of the statement the
+// insurance columns.
+void StatementRun::Openings(const Statement& s, Working& w) {
   std::vector<int32_t> ids;
   if (s.by_family) {
     db::Recordset rs = r_.Open(
         "SELECT ID"
         " FROM Patient"
         " WHERE ResponsibleFamilyMemberID = " +
-            family_text,
+            std::to_string(s.family_id),
         db::adOpenForwardOnly);
     while (!rs.Eof()) {
       ids.push_back(IdOf(cf_, rs, "ID"));
@@ -524,7 +529,6 @@ Working StatementRun::Merge(const Statement& s) {
                               [&](const Line& l) { return l.patient == id; });
     w.members.push_back(m);
   }
-  return w;
 }
 
 // Page set-up: a new page, the letterhead of the addressee's office, the

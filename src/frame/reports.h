@@ -111,7 +111,8 @@ class clsReports {
   void rptReceipt(int32_t ID, std::string Name, std::string Address);
   // A statement page per patient or per family (by primary holder) with the
   // open invoices and an age table at the foot of each page; stamps
-  // LastStatement of every account printed. Filters are ready conditions
+  // LastStatement of every account printed; each account's pages are
+  // numbered within it. Filters are ready conditions
   // ("" or "0": none). `NoZeros` true (Empty: false) leaves out the accounts
   // with nothing to pay.
   void rptBulkStatements(std::string txtPatientFilter, std::string txtFamilyFilter,
@@ -127,7 +128,10 @@ class clsReports {
   // year of `dtStart` up to `dtEnd`. `UpdateLastStatementDate` stamps
   // Patient.LastStatement with today for each list position, in one
   // transaction that a failed run rolls back. French wording for an
-  // addressee whose Language is "F". Errors show the report's message box.
+  // addressee whose Language is "F". Each statement's pages are numbered
+  // within it, under a footer in its language. A listed ID not on file
+  // prints nothing and is named to the host's Note; the run goes on.
+  // Errors show the report's message box.
   void rptStatements(DateTime dtStart, DateTime dtEnd, std::vector<int32_t>& PatientIDs,
                      bool Family, std::string PatientFooter = "", bool AppSummary = false,
                      bool IncompleteTreatment = false, bool PostDated = false,

@@ -402,8 +402,9 @@ TEST_F(Statements, AddresseeSitsAtTheWindowWhateverTheLetterhead) {
     // beside the address starts on it.
     for (const auto& item : items) {
       if (const auto* run = std::get_if<render::TextRun>(&item)) {
-        if (run->top.value() < window_top)
+        if (run->top.value() < window_top) {
           EXPECT_LE(run->baseline.value(), window_top) << c.name << ": " << run->text;
+        }
       } else if (const auto* picture = std::get_if<render::Picture>(&item)) {
         const render::Box& box = picture->box;
         EXPECT_LE((box.y + box.height).value(), window_top) << c.name << ": the logo";
