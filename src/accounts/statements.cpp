@@ -68,9 +68,7 @@ struct Member {
   bool has_lines = false;
   // Told when the period has lines for them or an opening figure is not 0,
   // so that a balance carried into a quiet period still reaches the patient.
-  bool Told() const {
-    return has_lines || a != Currency() || pp != Currency() || ip != Currency();
-  }
+  bool Told() const { return has_lines || a != Currency() || pp != Currency() || ip != Currency(); }
 };
 
 // One statement of the run, from its list position to the summary box laid
@@ -202,8 +200,8 @@ Currency SumOf(clsReports& r, const std::string& sql) {
 // The arguments of one run, as the host gave them.
 struct StatementOptions {
   DateTime dtStart, dtEnd;
-  bool Family, AppSummary, IncompleteTreatment, PostDated, Details, YTD,
-      UpdateLastStatementDate, DetailOutstanding;
+  bool Family, AppSummary, IncompleteTreatment, PostDated, Details, YTD, UpdateLastStatementDate,
+      DetailOutstanding;
   std::string PatientFooter;
 };
 
@@ -299,10 +297,10 @@ void StatementRun::Run(const std::vector<int32_t>& PatientIDs) {
       // The stamp, once per list position, printed or not. It records the
       // day of the run, not dtEnd.
       if (o_.UpdateLastStatementDate) {
-        r_.conn().Execute("UPDATE Patient SET LastStatement = '" + today_text +
-                          (s.by_family ? "' WHERE ResponsibleFamilyMemberID = " +
-                                             std::to_string(s.family_id)
-                                       : "' WHERE ID = " + std::to_string(s.patient_id)));
+        r_.conn().Execute(
+            "UPDATE Patient SET LastStatement = '" + today_text +
+            (s.by_family ? "' WHERE ResponsibleFamilyMemberID = " + std::to_string(s.family_id)
+                         : "' WHERE ID = " + std::to_string(s.patient_id)));
       }
     }
     r_.RaiseProgress(ProgressPercent(i + 1, count));
@@ -326,10 +324,9 @@ void StatementRun::SetUp(const std::vector<int32_t>& PatientIDs) {
   for (int i = 0; i < count; ++i) {
     Statement& s = statements_[i];
     s.patient_id = PatientIDs[i];
-    db::Recordset who = r_.Open(
-        "SELECT ID, ResponsibleFamilyMemberID FROM Patient WHERE ID = " +
-            std::to_string(s.patient_id),
-        db::adOpenForwardOnly);
+    db::Recordset who = r_.Open("SELECT ID, ResponsibleFamilyMemberID FROM Patient WHERE ID = " +
+                                    std::to_string(s.patient_id),
+                                db::adOpenForwardOnly);
     s.on_file = !who.Eof();
     if (s.on_file) {
       Variant responsible = who["ResponsibleFamilyMemberID"].Value();
@@ -393,10 +390,9 @@ Working StatementRun::Merge(const Statement& s) {
     // without lines the column the merge reads is not there, and the run
     // stops at the trap.
     const std::string no_lines =
-        s.by_family
-            ? " WHERE InvoiceDetails.InvoiceID IS NULL AND ResponsibleFamilyMemberID = " +
-                  family_text
-            : " WHERE InvoiceDetails.InvoiceID IS NULL AND Patient.ID = " + id_text;
+        s.by_family ? " WHERE InvoiceDetails.InvoiceID IS NULL AND ResponsibleFamilyMemberID = " +
+                          family_text
+                    : " WHERE InvoiceDetails.InvoiceID IS NULL AND Patient.ID = " + id_text;
     db::Recordset bare = r_.Open(
         std::string(kInvoiceHead) +
         " 'Dental Treatment' AS IDescription, IsAssignment,"
@@ -454,14 +450,14 @@ Working StatementRun::Merge(const Statement& s) {
               "invoices.finaldate >= '" +
                   end_text_ + "') ORDER BY InvoicePayments.CheckDate"
             : "' AND InvoicePayments.TotalAllocated <> 0 ORDER BY InvoicePayments.CheckDate";
-    db::Recordset rs = r_.Open(
-        payment_description + " -InvoicePaymentDetails.Amount as Payment," + payer_columns +
-        " FROM InvoicePayments"
-        " INNER JOIN InvoicePaymentDetails ON InvoicePayments.ID  = "
-        "InvoicePaymentDetails.InvoicePaymentID"
-        " INNER JOIN Invoices ON InvoicePaymentDetails.InvoiceID = Invoices.ID"
-        " INNER JOIN Patient ON Invoices.PatientID = Patient.ID" +
-        payment_types + w.who + payment_dates + closing);
+    db::Recordset rs =
+        r_.Open(payment_description + " -InvoicePaymentDetails.Amount as Payment," + payer_columns +
+                " FROM InvoicePayments"
+                " INNER JOIN InvoicePaymentDetails ON InvoicePayments.ID  = "
+                "InvoicePaymentDetails.InvoicePaymentID"
+                " INNER JOIN Invoices ON InvoicePaymentDetails.InvoiceID = Invoices.ID"
+                " INNER JOIN Patient ON Invoices.PatientID = Patient.ID" +
+                payment_types + w.who + payment_dates + closing);
     AddPaymentRows(cf_, rs, w);
   }
   {
@@ -525,8 +521,8 @@ void StatementRun::Openings(const Statement& s, Working& w) {
       m.ip = m.ib = cf_.ReturnCur(model_.ReturnPatientBalance(id, false, as_of, 2));
     }
     if (m.ip != Currency()) w.has_insurance = true;
-    m.has_lines = std::any_of(w.lines.begin(), w.lines.end(),
-                              [&](const Line& l) { return l.patient == id; });
+    m.has_lines =
+        std::any_of(w.lines.begin(), w.lines.end(), [&](const Line& l) { return l.patient == id; });
     w.members.push_back(m);
   }
 }
@@ -572,8 +568,8 @@ void StatementRun::PageSetUp(Statement& s, const Working& w) {
   vsp_.TextAlign(0);
   vsp_.IndentLeft(kWindowLeft - vsp_.MarginLeft());
   const std::string address = cf_.returnStr(db::ReturnValue(conn, "Patient", "ID", key, "Address"));
-  vsp_.Text(vb::Trim(cf_.returnStr(db::ReturnValue(conn, "Patient", "ID", key, "FirstName")) +
-                     " " + cf_.returnStr(db::ReturnValue(conn, "Patient", "ID", key, "LastName"))));
+  vsp_.Text(vb::Trim(cf_.returnStr(db::ReturnValue(conn, "Patient", "ID", key, "FirstName")) + " " +
+                     cf_.returnStr(db::ReturnValue(conn, "Patient", "ID", key, "LastName"))));
   const std::string street = r_.ReturnAddressPart(address, 0);
   const std::string street2 = r_.ReturnAddressPart(address, 1);
   const std::string city = r_.ReturnAddressPart(address, 2);
@@ -602,8 +598,8 @@ void StatementRun::PageSetUp(Statement& s, const Working& w) {
       if (line.patient == m.id) insurer_owes += line.insurance_portion;
   }
   const bool box_has_insurance = insurer_owes != Currency();
-  std::string box = std::string("<1in|>1.7in;") + words.summary_header + ";Date|x;" +
-                    words.summary_family + "x;";
+  std::string box =
+      std::string("<1in|>1.7in;") + words.summary_header + ";Date|x;" + words.summary_family + "x;";
   if (box_has_insurance)
     box += std::string(words.summary_insurance) + "x;" + words.summary_total + "x;";
   vsp_.FontSize(10);
@@ -784,22 +780,22 @@ void StatementRun::FurtherSections(const Statement& s, const Working& w) {
     rs.Close();
   }
   if (o_.IncompleteTreatment) {
-    db::Recordset rs = r_.Open(
-        std::string(kInvoiceHead) +
-        " IDescription = CASE WHEN FeeCodes.LaypersonDescription IS NOT NULL THEN "
-        "InvoiceDetails.Code + ' ' + CAST(FeeCodes.LaypersonDescription AS varchar(50)) "
-        "WHEN FeeCodes.LaypersonDescription IS NULL THEN InvoiceDetails.Code + ' ' + "
-        "FeeCodes.Description END,"
-        " InvoiceDetails.Cost as ICost, InvoiceDetails.PatientCost as IPatientPortion, "
-        "InvoiceDetails.Cost - InvoiceDetails.PatientCost as InsurancePortion, "
-        "Patient.FirstName, Patient.LastName, IsAssignment"
-        " FROM Invoices"
-        " INNER JOIN Patient ON Invoices.PatientID = Patient.ID"
-        " INNER JOIN InvoiceDetails ON  Invoices.ID = InvoiceDetails.InvoiceID"
-        " LEFT OUTER JOIN FeeCodes ON InvoiceDetails.Code = FeeCodes.ID " +
-        w.who + " AND [Complete?] = 0 AND Invoices.[Date] >= '" + start_text_ +
-        "' AND Invoices.[Date] <= '" + end_text_ +
-        "' Order By Invoices.[Date] DESC, [Time] DESC, [Invoice#] DESC");
+    db::Recordset rs =
+        r_.Open(std::string(kInvoiceHead) +
+                " IDescription = CASE WHEN FeeCodes.LaypersonDescription IS NOT NULL THEN "
+                "InvoiceDetails.Code + ' ' + CAST(FeeCodes.LaypersonDescription AS varchar(50)) "
+                "WHEN FeeCodes.LaypersonDescription IS NULL THEN InvoiceDetails.Code + ' ' + "
+                "FeeCodes.Description END,"
+                " InvoiceDetails.Cost as ICost, InvoiceDetails.PatientCost as IPatientPortion, "
+                "InvoiceDetails.Cost - InvoiceDetails.PatientCost as InsurancePortion, "
+                "Patient.FirstName, Patient.LastName, IsAssignment"
+                " FROM Invoices"
+                " INNER JOIN Patient ON Invoices.PatientID = Patient.ID"
+                " INNER JOIN InvoiceDetails ON  Invoices.ID = InvoiceDetails.InvoiceID"
+                " LEFT OUTER JOIN FeeCodes ON InvoiceDetails.Code = FeeCodes.ID " +
+                w.who + " AND [Complete?] = 0 AND Invoices.[Date] >= '" + start_text_ +
+                "' AND Invoices.[Date] <= '" + end_text_ +
+                "' Order By Invoices.[Date] DESC, [Time] DESC, [Invoice#] DESC");
     if (!rs.Eof()) {
       std::string body;
       while (!rs.Eof()) {
@@ -810,8 +806,8 @@ void StatementRun::FurtherSections(const Statement& s, const Working& w) {
                 StatementAmount(cf_.ReturnCur(rs["ICost"].Value())) + ";";
         rs.MoveNext();
       }
-      SectionTable(vsp_, words.in_progress_heading, "<1in|<1in|<2in|>1in",
-                   words.in_progress_header, body);
+      SectionTable(vsp_, words.in_progress_heading, "<1in|<1in|<2in|>1in", words.in_progress_header,
+                   body);
     }
     rs.Close();
   }
@@ -860,7 +856,8 @@ void StatementRun::Footer() {
 void StatementRun::SummaryOverlay() {
   std::vector<frame::DocumentPart> parts;
   for (const Statement& s : statements_)
-    if (s.printed) parts.push_back({s.first_page, s.french ? statements::kFrench.title : kPrintedBy});
+    if (s.printed)
+      parts.push_back({s.first_page, s.french ? statements::kFrench.title : kPrintedBy});
   if (parts.empty()) parts.push_back({1, kPrintedBy});
   r_.PrintPageFooters(parts);
   vsp_.EndDoc();
@@ -903,9 +900,17 @@ void clsReports::rptStatements(DateTime dtStart, DateTime dtEnd, std::vector<int
                                bool IncompleteTreatment, bool PostDated, bool Details, bool YTD,
                                bool UpdateLastStatementDate, bool DetailOutstanding) {
   const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
-  const StatementOptions options{dtStart,   dtEnd, Family,  AppSummary, IncompleteTreatment,
-                                 PostDated, Details, YTD, UpdateLastStatementDate,
-                                 DetailOutstanding, PatientFooter};
+  const StatementOptions options{dtStart,
+                                 dtEnd,
+                                 Family,
+                                 AppSummary,
+                                 IncompleteTreatment,
+                                 PostDated,
+                                 Details,
+                                 YTD,
+                                 UpdateLastStatementDate,
+                                 DetailOutstanding,
+                                 PatientFooter};
   Trap(kStatementsTrap, [&] { StatementRun(*this, options).Run(PatientIDs); });
 }
 

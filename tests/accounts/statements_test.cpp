@@ -123,7 +123,8 @@ TEST_F(Statements, PatientStatementRunsThePortionsFromTheOpeningBalance) {
       "Oct/5/2026 Dental Treatment $200.00 $120.00 $80.00 $120.00 $140.00\n",
       "Oct/5/2026 Cheque - Cheque:777 -$80.00 $.00 -$80.00 $120.00 $60.00\n",
       // The description wraps in its column.
-      "Oct/5/2026 Credit from Partial Allocation - -$20.00 $.00 -$20.00 $120.00 $40.00\nCheque:777\n",
+      "Oct/5/2026 Credit from Partial Allocation - -$20.00 $.00 -$20.00 $120.00 "
+      "$40.00\nCheque:777\n",
       "Oct/20/2026 Cheque - Cheque:5521 -$100.00 -$100.00 $.00 $20.00 $40.00\n",
       "Oct/25/2026 Cash -$25.00 $.00 -$25.00 $20.00 $15.00\n",
       "Patient Totals $35.00 $20.00 $15.00 $20.00 $15.00\n",
@@ -138,7 +139,8 @@ TEST_F(Statements, PatientStatementRunsThePortionsFromTheOpeningBalance) {
   EXPECT_TRUE(Has("Patient Payment YTD $165.00\n")) << text;
   EXPECT_TRUE(Has("Patient Insurance Payment YTD $100.00\n")) << text;
   // The sections, and the summary box beside the address.
-  EXPECT_TRUE(Has("Post Dated Payments on Hand\nDate Description Amount\nDec/5/2026 Cheque $50.00\n"))
+  EXPECT_TRUE(
+      Has("Post Dated Payments on Hand\nDate Description Amount\nDec/5/2026 Cheque $50.00\n"))
       << text;
   EXPECT_TRUE(Has("Treatments in Progress\n")) << text;
   EXPECT_TRUE(Has("Oct/28/2026 Anne Roy 99002 Crown $75.00\n")) << text;
@@ -176,7 +178,8 @@ TEST_F(Statements, FamilyStatementTotalsEveryMemberAndIsAddressedToTheResponsibl
   EXPECT_EQ(form.VSP.DocName(), "Family Statement");
   EXPECT_TRUE(Has("Anne Roy\nSummary\n5 Elm St\n")) << text;
   EXPECT_TRUE(Has("Ben Roy\n")) << text;
-  EXPECT_TRUE(Has("Opening Balance $50.00 $50.00 $50.00\nPatient Totals $50.00 $.00 $50.00 $.00 $50.00\n"))
+  EXPECT_TRUE(
+      Has("Opening Balance $50.00 $50.00 $50.00\nPatient Totals $50.00 $.00 $50.00 $.00 $50.00\n"))
       << text;
   EXPECT_TRUE(Has("Patient Totals $35.00 $20.00 $15.00 $20.00 $15.00\n")) << text;
   EXPECT_TRUE(Has("Current Family Balance as of Oct/31/2026: $85.00\n")) << text;
@@ -336,10 +339,11 @@ TEST_F(Statements, ComingAppointmentsNeverLeaveAPageOfFurnitureAlone) {
           "ORDER BY ID LIMIT 1");
     }
     for (int n = 0; n < 24; ++n) {
-      RawExec("INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], "
-              "InvoiceTotal, IsAssignment) VALUES (" +
-              std::to_string(90700 + n) + ", " + std::to_string(590700 + n) +
-              ", 90002, '2026-10-15 00:00:00', 600, 1, 1.00, 0)");
+      RawExec(
+          "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], "
+          "InvoiceTotal, IsAssignment) VALUES (" +
+          std::to_string(90700 + n) + ", " + std::to_string(590700 + n) +
+          ", 90002, '2026-10-15 00:00:00', 600, 1, 1.00, 0)");
       std::vector<int32_t> ids{90002, 0};
       reports.rptStatements(DateTime::FromParts(2026, 10, 1), DateTime::FromParts(2026, 10, 31),
                             ids, true, "", /*AppSummary=*/true, true, true, false, true);
