@@ -195,6 +195,11 @@ class clsReports {
   // Page furniture.
   void PrintReportHeading(const std::string& Title, const std::string& UserName,
                           const std::string& SubTitle);
+  // The same heading with `OfficeLine` (may hold line breaks; "" for none)
+  // in place of the component's office, for reports the host hands an
+  // office of its own.
+  void PrintReportHeading(const std::string& Title, const std::string& UserName,
+                          const std::string& SubTitle, const std::string& OfficeLine);
   void PrintPageFooters(const std::string& FooterText);
   // The same stamp for a document of several letters: each page is numbered
   // within its letter ("Page 1 of 2") and carries its letter's footer text.
