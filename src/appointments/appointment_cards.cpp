@@ -324,7 +324,7 @@ void clsReports::FamilyAppointmentsSummary(int32_t ID) {
 }
 
 bool clsReports::FamilyHasComingAppointments(int32_t ID) {
-  db::Recordset rs = Open(FamilyAppointmentsSql(kFamilySelect, ID));
+  db::Recordset rs = Open(FamilyAppointmentsSql(kFamilySelect, "WHERE", ID));
   rs.Filter(Variant(ComingFilter()));
   return !rs.Eof();
 }
