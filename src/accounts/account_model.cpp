@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "common/errors.h"
+#include "common/flags.h"
 #include "common/vbstrings.h"
 #include "platform/db/lookup.h"
 
@@ -33,13 +34,6 @@ DateTime DateOrToday(const Variant& v) {
 void CheckCode(int16_t code) {
   if (code < 0 || code > 2)
     throw ReportError(kErrInvalidProcedureCall, "Invalid procedure call or argument");
-}
-
-// A flag column tested for "not 0". NULL counts as not set: the statements
-// test `[Complete?] <> 0`, which leaves a NULL out of every balance, and the
-// arithmetic on a row read here must agree with them.
-bool FlagSet(const Variant& v) {
-  return !v.IsNull() && !v.IsEmpty() && CDbl(v) != 0;
 }
 
 // The payment shares on one patient's invoices, joined to the payments so

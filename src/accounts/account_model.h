@@ -102,10 +102,11 @@ class AccountModel {
   Currency ReturnInvoicePaid(bool OnOrBefore, int32_t InvoiceID, DateTime EndDate,
                              int16_t Kind) const;
 
- private:
   // The single value of the first column of a one-row sum, through ReturnCur
   // (a SUM over no rows reads NULL and counts as 0).
   Currency SumOf(const std::string& sql) const;
+
+ private:
   // The primary and secondary holder IDs of a patient, NULL as 0.
   void ReadHolders(int32_t PatientID, int32_t& P, int32_t& S) const;
   // What the invoices of `rs` (fields ID and InvoiceFinalTotal) are worth,

@@ -23,6 +23,7 @@
 #include "common/common_functions.h"
 #include "common/datetime.h"
 #include "common/errors.h"
+#include "common/flags.h"
 #include "common/format.h"
 #include "common/report_math.h"
 #include "common/vbstrings.h"
@@ -105,10 +106,6 @@ std::string OpeningCell(Currency c) {
   return c == Currency() ? std::string() : StatementAmount(c);
 }
 
-bool IsSet(const Variant& flag, clsCommonFunctions& cf) {
-  return !flag.IsNull() && cf.ReturnVal(flag) != 0;
-}
-
 // A data value as one cell of a table, trimmed.
 std::string Cell(const std::string& text) {
   return frame::EscapeCell(vb::Trim(text));
@@ -154,7 +151,7 @@ void AddInvoiceRows(clsCommonFunctions& cf, db::Recordset& rs, Working& w) {
       line.description = description;
     }
     line.amount = cf.ReturnCur(rs["ICost"].Value());
-    if (!IsSet(rs["IsAssignment"].Value(), cf)) {
+    if (!FlagSet(rs["IsAssignment"].Value())) {
       line.patient_portion = line.amount;
     } else {
       line.patient_portion = cf.ReturnCur(rs["IPatientPortion"].Value());
@@ -177,7 +174,7 @@ void AddPaymentRows(clsCommonFunctions& cf, db::Recordset& rs, Working& w) {
     line.date = cf.ReturnDate(rs["PDate"].Value());
     line.description = cf.returnStr(rs["PDescription"].Value());
     line.amount = cf.ReturnCur(rs["Payment"].Value());
-    if (!IsSet(rs["PIsInsurance"].Value(), cf)) {
+    if (!FlagSet(rs["PIsInsurance"].Value())) {
       line.patient_portion = line.amount;
     } else {
       line.insurance_portion = line.amount;
@@ -187,14 +184,6 @@ void AddPaymentRows(clsCommonFunctions& cf, db::Recordset& rs, Working& w) {
     rs.MoveNext();
   }
   rs.Close();
-}
-
-// The single value of a one-row sum, NULL as 0.
-Currency SumOf(clsReports& r, const std::string& sql) {
-  db::Recordset rs = r.Open(sql, db::adOpenForwardOnly);
-  Currency sum = rs.Eof() ? Currency() : r.Common().ReturnCur(rs[0L].Value());
-  rs.Close();
-  return sum;
 }
 
 // The arguments of one run, as the host gave them.
@@ -714,35 +703,35 @@ void StatementRun::BalanceAndYearFigures(const Statement& s, const Working& w) {
     const std::string dates = " AND InvoicePayments.CheckDate >= '" + year_start +
                               "' AND InvoicePayments.CheckDate <= '" + end_text_;
     auto year_sum = [&](const std::string& kind) {
-      return SumOf(r_,
-                   " Select ISNULL(SUM(InvoicePayments.Value), 0) as Payment "
-                   " FROM InvoicePayments"
-                   " INNER JOIN Patient ON InvoicePayments.PatientID  = Patient.ID" +
-                       w.who + dates + "' AND TotalAllocated = 0 AND " + kind) +
-             SumOf(r_,
-                   " Select ISNULL(SUM(InvoicePaymentDetails.Amount), 0) as Payment "
-                   " FROM InvoicePayments"
-                   " INNER JOIN InvoicePaymentDetails ON InvoicePayments.ID  = "
-                   "InvoicePaymentDetails.InvoicePaymentID"
-                   " INNER JOIN Invoices ON InvoicePaymentDetails.InvoiceID = Invoices.ID"
-                   " INNER JOIN Patient ON Invoices.PatientID = Patient.ID"
-                   " INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = "
-                   "PaymentTypes.ID" +
-                       w.who + dates +
-                       "' AND PaymentTypes.OfficePayment = 0 AND NOT ([Adjustment?] = 1 AND "
-                       "[ToTotalPaid?] = 0 AND BankDeposit = 0 AND Refund = 0 AND "
-                       "OfficePayment = 0 AND BulkPayment = 0 AND RecAfterDep = 0) AND " +
-                       kind) +
-             SumOf(r_,
-                   " Select ISNULL(SUM(InvoicePayments.Value - "
-                   "InvoicePayments.TotalAllocated), 0) as Payment"
-                   " FROM InvoicePayments"
-                   " INNER JOIN Patient ON InvoicePayments.PatientID  = Patient.ID" +
-                       w.who + dates +
-                       "' AND (InvoicePayments.Value - InvoicePayments.TotalAllocated) > 0 "
-                       "AND (InvoicePayments.Value - InvoicePayments.TotalAllocated) <> "
-                       "Value AND " +
-                       kind);
+      return model_.SumOf(
+                 " Select ISNULL(SUM(InvoicePayments.Value), 0) as Payment "
+                 " FROM InvoicePayments"
+                 " INNER JOIN Patient ON InvoicePayments.PatientID  = Patient.ID" +
+                 w.who + dates + "' AND TotalAllocated = 0 AND " + kind) +
+             model_.SumOf(
+                 " Select ISNULL(SUM(InvoicePaymentDetails.Amount), 0) as Payment "
+                 " FROM InvoicePayments"
+                 " INNER JOIN InvoicePaymentDetails ON InvoicePayments.ID  = "
+                 "InvoicePaymentDetails.InvoicePaymentID"
+                 " INNER JOIN Invoices ON InvoicePaymentDetails.InvoiceID = Invoices.ID"
+                 " INNER JOIN Patient ON Invoices.PatientID = Patient.ID"
+                 " INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = "
+                 "PaymentTypes.ID" +
+                 w.who + dates +
+                 "' AND PaymentTypes.OfficePayment = 0 AND NOT ([Adjustment?] = 1 AND "
+                 "[ToTotalPaid?] = 0 AND BankDeposit = 0 AND Refund = 0 AND "
+                 "OfficePayment = 0 AND BulkPayment = 0 AND RecAfterDep = 0) AND " +
+                 kind) +
+             model_.SumOf(
+                 " Select ISNULL(SUM(InvoicePayments.Value - "
+                 "InvoicePayments.TotalAllocated), 0) as Payment"
+                 " FROM InvoicePayments"
+                 " INNER JOIN Patient ON InvoicePayments.PatientID  = Patient.ID" +
+                 w.who + dates +
+                 "' AND (InvoicePayments.Value - InvoicePayments.TotalAllocated) > 0 "
+                 "AND (InvoicePayments.Value - InvoicePayments.TotalAllocated) <> "
+                 "Value AND " +
+                 kind);
     };
     Currency paid = year_sum("(IsInsurance = 0 OR IsInsurance IS NULL)");
     Currency insurer_paid = year_sum("IsInsurance = 1");
