@@ -732,6 +732,7 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
 void clsReports::srptPaymentReallocation(int32_t ProviderID, DateTime dtStart, DateTime dtEnd,
                                          int16_t Byoption, Currency& AdjustmentSum,
                                          Currency& PaymentSum) {
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   const std::string start = dtStart.ToIsoDate();
@@ -830,6 +831,7 @@ void clsReports::srptPaymentReallocation(int32_t ProviderID, DateTime dtStart, D
 }
 
 void clsReports::srptAccountSummary(db::Recordset& Payments) {
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   // What each bank account took: the real payments and the adjustments that

@@ -60,6 +60,7 @@ std::string PaymentAdjustmentClass() {
 void clsReports::srptOpeningReceivable(DateTime dtStart, DateTime dtEnd,
                                        const ReceivableFilters& Filters, bool byAllocatedPayment,
                                        Currency& Opening, Currency& Closing) {
+  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   clsCommonFunctions& cf = Common();
   auto sum = [&](const std::string& sql) {
     db::Recordset rs = Open(sql, db::adOpenForwardOnly);
