@@ -299,7 +299,7 @@ void clsReports::srptProductionByCategory(DateTime dtStart, DateTime dtEnd,
   for (const Category& c : categories) {
     // A share of nothing is "0%", never a division by zero.
     const std::string share =
-        total.IsZero() ? "0%" : Format(Variant(c.income / total), "Percent");
+        total.IsZero() ? "0%" : Format(Variant(c.income / total * 100), "0.00") + "%";
     body += std::string(c.name) + "|" + c.range.from + "-" + c.range.to + "|" +
             Format(Variant(static_cast<int32_t>(c.count)), "General Number") + "|" +
             Money(c.income) + "|" + share + ";";
@@ -414,6 +414,10 @@ void clsReports::srptProductionSummaryByCode(DateTime dtStart, DateTime dtEnd,
   RaiseProgress(static_cast<uint8_t>(100));
 
   const std::string month_name = Format(Variant(dtEnd), "mmmm");
+  // Thirteen narrow columns: the smaller type keeps "Procedure" and the
+  // figures whole in their cells.
+  const double font_size = vsp.FontSize();
+  vsp.FontSize(8);
   vsp.FontBold(true);
   vsp.AddTable("<0.6in|^3.9in|^3.9in", "",
                "|This Year (" + std::to_string(year) + ")|Last Year (" + std::to_string(year - 1) +
@@ -434,6 +438,7 @@ void clsReports::srptProductionSummaryByCode(DateTime dtStart, DateTime dtEnd,
   }
   vsp.AddTable("<0.6in|^.3in|^1in|^.6in|^.4in|^1in|^.6in|^.3in|^1in|^.6in|^.4in|^1in|^.6in", "",
                totals + ";");
+  vsp.FontSize(font_size);
 }
 
 void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
