@@ -251,18 +251,18 @@ void clsReports::srptProductionByCategory(DateTime dtStart, DateTime dtEnd,
     Currency income;
   };
   std::vector<Category> categories = {
-      {"Orvenda Internal Codes", {"00000", "00299"}},
-      {"In House Codes", {"00300", "00999"}},
-      {"Diagnostic Services", {"01000", "09999"}},
-      {"Preventive Services", {"10000", "19999"}},
-      {"Restorative Services", {"20000", "29999"}},
-      {"Endodontic Services", {"30000", "39999"}},
-      {"Periodontal Services", {"40000", "49999"}},
-      {"Prosthodontics - Removable", {"50000", "59999"}},
-      {"Prosthodontics - Fixed", {"60000", "69999"}},
-      {"Oral and Maxillofacial Surgery", {"70000", "79999"}},
-      {"Orthodontic Services", {"80000", "89999"}},
-      {"Adjunctive General Services", {"90000", "99999"}},
+      {"Orvenda Internal Codes", {"00000", "00299"}, 0, {}},
+      {"In House Codes", {"00300", "00999"}, 0, {}},
+      {"Diagnostic Services", {"01000", "09999"}, 0, {}},
+      {"Preventive Services", {"10000", "19999"}, 0, {}},
+      {"Restorative Services", {"20000", "29999"}, 0, {}},
+      {"Endodontic Services", {"30000", "39999"}, 0, {}},
+      {"Periodontal Services", {"40000", "49999"}, 0, {}},
+      {"Prosthodontics - Removable", {"50000", "59999"}, 0, {}},
+      {"Prosthodontics - Fixed", {"60000", "69999"}, 0, {}},
+      {"Oral and Maxillofacial Surgery", {"70000", "79999"}, 0, {}},
+      {"Orthodontic Services", {"80000", "89999"}, 0, {}},
+      {"Adjunctive General Services", {"90000", "99999"}, 0, {}},
   };
 
   // One pass over the lines: each goes to the category its code (reversal
