@@ -90,6 +90,8 @@ const std::vector<MethodSignature>& MethodCatalog() {
       {"rptProductionReports", "ProductionByCode: Boolean, ProductionByProvider: Boolean, ProductionByOverseer: Boolean, ProductionSummary: Boolean, ProductionSummaryCode: Boolean, ProductionByCategory: Boolean, dtStart: Date, dtEnd: Date, byDate: Integer, UserName: String, ProviderNames: String, Startcode: String, Endcode: String", ""},
       {"ProductSumReport", "dtStartDate: Date, dtEndDate: Date, UserName: String", ""},
       {"rptIncomeByProvider", "dtStartDate: Date, dtEndDate: Date, strProviderFilter: String, Overseeing: Boolean, UserName: String", ""},
+      {"srptDetailedAnalysis", "dtStart: Date, dtEnd: Date, Byoption: Integer, UserName: String, ProviderNames: String, byAllocatedPayment: Boolean", ""},
+      {"srptSummaryAnalysis", "dtStart: Date, dtEnd: Date, ProviderFilter: String, Byoption: Integer, Title: String, byAllocatedPayment: Boolean", ""},
       {"rptClaimForm", "ID: Long, CurrentOfficeID: Long, [InsuranceCompany: Integer]", ""},
       {"rptClaimFormF", "ID: Long, CurrentOfficeID: Long, [InsuranceCompany: Integer]", ""},
       {"rptPredClaimForm", "ID: Long, CurrentOfficeID: Long, strFilter: String", ""},

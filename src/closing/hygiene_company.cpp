@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "closing/closing_common.h"
 #include "closing/code_ranges.h"
 #include "common/common_functions.h"
 #include "common/format.h"
@@ -67,7 +68,6 @@ Currency ShareOf(Currency amount, Currency part, Currency whole) {
   return Currency::FromRaw(static_cast<int64_t>(q * 100));
 }
 
-Currency Abs(Currency c) { return c < Currency() ? -c : c; }
 
 }  // namespace
 
@@ -192,10 +192,10 @@ void clsReports::srptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd,
 
       // Write-offs lower what is owed whatever sign they are stored with
       // (adjustments are kept negative).
-      open_all += billed_open - Abs(wo_open) - paid_open;
-      open_company += hyg_open - Abs(wo_open_share) - paid_open_share;
-      const Currency net_billing = billed_period - Abs(wo_period);
-      const Currency hyg_billing = hyg_period - Abs(wo_period_share);
+      open_all += billed_open - closing::Abs(wo_open) - paid_open;
+      open_company += hyg_open - closing::Abs(wo_open_share) - paid_open_share;
+      const Currency net_billing = billed_period - closing::Abs(wo_period);
+      const Currency hyg_billing = hyg_period - closing::Abs(wo_period_share);
       body += frame::EscapeCell(cf.returnStr(people["FullName"].Value())) + "|" +
               Format(Variant(net_billing), "Currency") + "|" +
               Format(Variant(paid_period), "Currency") + "|" +

@@ -6,7 +6,7 @@
 #include <map>
 #include <vector>
 
-#include "closing/code_ranges.h"
+#include "closing/closing_common.h"
 #include "common/common_functions.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
@@ -19,7 +19,6 @@ namespace orv {
 namespace {
 
 std::string Figure(Currency c) { return Format(Variant(c), "###,###,##0.00;(###,###,##0.00)"); }
-Currency Abs(Currency c) { return c < Currency() ? -c : c; }
 
 bool InPeriod(const Variant& v, DateTime start, DateTime end) {
   if (v.IsNull() || v.IsEmpty()) return false;
@@ -202,8 +201,8 @@ void clsReports::ProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std:
   std::string body = "Provider|Dental|Lab|Int.|W/O|Net|Dental|Labs|Adjusts|Net;";
   RepEmpData sum;
   for (RepEmpData& p : providers) {
-    p.TotalFees = p.DocFee + p.LabFee + p.IntFee - Abs(p.Adjustments);
-    p.CurFee = p.RegPayment + p.LabPayment + Abs(p.PayAdjustments);
+    p.TotalFees = p.DocFee + p.LabFee + p.IntFee - closing::Abs(p.Adjustments);
+    p.CurFee = p.RegPayment + p.LabPayment + closing::Abs(p.PayAdjustments);
     if (!p.isUsed) continue;
     body += frame::EscapeCell(p.EmpName) + "|" + Figure(p.DocFee) + "|" + Figure(p.LabFee) + "|" +
             Figure(p.IntFee) + "|" + Figure(p.Adjustments) + "|" + Figure(p.TotalFees) + "|" +
@@ -281,46 +280,23 @@ void clsReports::ProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std:
   vsp.AddTable("<2in|>1.02in|>.8in|>.95in|>.7in", "Hygienist|Production($)|Lab($)|Total($)|Total(%)",
                hyg_body, kHeaderColor);
 
-  // New receivable per provider: the complete fees entered before the date
-  // less what was applied to them before it, at the start and at the end
-  // of the period. Two grouped reads per date rather than one per provider.
+  // New receivable per provider, before the period and at its end, read
+  // as the summary analysis reads it, by allocated payments: money counts
+  // against the provider whose lines it was applied to.
   vsp.FontBold(true);
   vsp.FontSize(11);
   vsp.Text("New A/R Summary Report");
   vsp.FontSize(9);
   vsp.FontBold(false);
-  auto receivable = [&](const std::string& test) {
-    std::map<int32_t, Currency> by_provider;
-    db::Recordset fees = Open(
-        "SELECT InvoiceDetails.ProviderID, SUM(InvoiceDetails.Cost) as theTotal FROM Invoices "
-        "INNER JOIN InvoiceDetails ON Invoices.ID = InvoiceDetails.InvoiceID WHERE "
-        "InvoiceDetails.EntryDate " +
-        test + " AND InvoiceDetails.Status <> 'In Progress' GROUP BY InvoiceDetails.ProviderID");
-    while (!fees.Eof()) {
-      by_provider[static_cast<int32_t>(cf.ReturnVal(fees["ProviderID"].Value()))] +=
-          cf.ReturnCur(fees["theTotal"].Value());
-      fees.MoveNext();
-    }
-    db::Recordset applied = Open(
-        "SELECT InvoiceDetails.ProviderID, SUM(InvoicePaymentAllocations.Amount) AS theTotal FROM "
-        "InvoicePaymentAllocations INNER JOIN InvoiceDetails ON InvoiceDetails.ID = "
-        "InvoicePaymentAllocations.InvoiceDetailsID WHERE InvoicePaymentAllocations.AppliedDate " +
-        test + " GROUP BY InvoiceDetails.ProviderID");
-    while (!applied.Eof()) {
-      by_provider[static_cast<int32_t>(cf.ReturnVal(applied["ProviderID"].Value()))] -=
-          cf.ReturnCur(applied["theTotal"].Value());
-      applied.MoveNext();
-    }
-    return by_provider;
-  };
-  std::map<int32_t, Currency> opening = receivable("< '" + start + "'");
-  std::map<int32_t, Currency> closing = receivable("<= '" + end + "'");
   std::string ar_body;
   Currency t_open, t_close;
   for (const RepEmpData& p : providers) {
     if (!p.isUsed) continue;
-    const Currency o = opening[p.EmployeeID];
-    const Currency c = closing[p.EmployeeID];
+    const std::string id = std::to_string(p.EmployeeID);
+    Currency o, c;
+    srptOpeningReceivable(dtStartDate, dtEndDate,
+                          {"InvoiceDetails.ProviderID =" + id, "InitialProviderID=" + id}, true,
+                          o, c);
     ar_body += frame::EscapeCell(p.EmpName) + "|" + Figure(o) + "|" + Figure(c) + ";";
     t_open += o;
     t_close += c;

@@ -170,6 +170,57 @@ class clsReports {
   void rptBillingByClient(std::string UserName, std::string txtfilter, std::string OfficeAddress,
                           std::string OfficeName);
 
+  // ---- Period closing: detailed and summary analysis, applied payments ----
+  // The views (`Byoption`) are 0 by provider, 1 by overseer, 2 by preferred
+  // doctor, 3 by date; any other value is refused with a ReportError before
+  // anything is drawn. Provider filters are conditions over "ProviderID"
+  // (over "ID" for the summary analysis), as the closing runs build them.
+
+  // Draws into the running document the treatment entered from `dtStart`
+  // to `dtEnd` (by entry date; cancellations negated on their day; invoices
+  // without lines by their date), grouped by the view with lab fees,
+  // invoice adjustments and write-offs, then on a new page the payments of
+  // the period (`byAllocatedPayment`: by applied date only; otherwise the
+  // cheques of the period with their unallocated credit), the money moved
+  // between providers, and the totals by bank account. An empty
+  // `ProviderNames` prints "Please select a provider" and nothing else.
+  void srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t Byoption,
+                            std::string UserName, std::string ProviderNames,
+                            bool byAllocatedPayment);
+  // The money applied between the dates away from and onto one provider
+  // (by overseer: onto one overseer) after its cheque's day. Adds what left
+  // to `AdjustmentSum` and what arrived to `PaymentSum`. Prints nothing when
+  // nothing moved.
+  void srptPaymentReallocation(int32_t ProviderID, DateTime dtStart, DateTime dtEnd,
+                               int16_t Byoption, Currency& AdjustmentSum, Currency& PaymentSum);
+  // The payments of `Payments` (the detailed analysis' payment rows) totalled
+  // by bank account, with those on no account as "None".
+  void srptAccountSummary(db::Recordset& Payments);
+  // One row per day with activity: fees, lab fees, invoice adjustments,
+  // payments, payment adjustments and the running receivable, from the
+  // receivable before `dtStart` to the one at `dtEnd`; then the adjustments
+  // by type and the period's totals under `Title`. `ProviderFilter` "" or
+  // "0" covers the whole practice.
+  void srptSummaryAnalysis(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                           int16_t Byoption, std::string Title, bool byAllocatedPayment);
+  // The receivable of the filter's people before `dtStart` (`Opening`) and
+  // at the end of `dtEnd` (`Closing`), on the same reading of payments as
+  // the summary's day rows. `Filters` holds the filter for the charges, for
+  // allocations and for payments taken in, already in SQL.
+  struct ReceivableFilters {
+    std::string charges;      // over the line's or invoice's person
+    std::string taken_in;     // over InvoicePayments.InitialProviderID
+  };
+  void srptOpeningReceivable(DateTime dtStart, DateTime dtEnd, const ReceivableFilters& Filters,
+                             bool byAllocatedPayment, Currency& Opening, Currency& Closing);
+  // Per person of the filter, the payments applied to their invoices in the
+  // period (by the day they were applied), with a grand total and a note.
+  void srptAppliedPayments(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                           int16_t Byoption);
+  // The applied payments as a document of their own; `Overseeing` groups by
+  // overseer instead of provider.
+  void rptIncomeByProvider(DateTime dtStartDate, DateTime dtEndDate, std::string strProviderFilter,
+                           bool Overseeing, std::string UserName);
   // ---- Production ----
   // Production figures of a period as one document, a section per flag in
   // the fixed order by provider, by overseer, summary, by category, summary

@@ -1,0 +1,42 @@
+// Invokers of the period-closing sections and reports.
+#include "frame/preview_form.h"
+#include "frame/reports.h"
+#include "frame/surface/surface.h"
+#include "invokers.h"
+
+namespace orv::app {
+namespace {
+
+// A section draws into a running document. Called on its own from the
+// command line, with no document running, it gets one of its own: started
+// here, stamped with the page footers, ended and shown.
+Variant RunSection(clsReports& r, const std::function<void()>& section) {
+  frame::PrintSurface& vsp = r.VSP();
+  const bool own = !vsp.IsOpen();
+  if (own) vsp.StartDoc();
+  section();
+  if (own && vsp.IsOpen()) {
+    r.PrintPageFooters(kPrintedBy);
+    vsp.EndDoc();
+    r.Form().Show();
+  }
+  return Variant();
+}
+
+InvokerRegistrar detailed_analysis("srptDetailedAnalysis", [](clsReports& r, const MethodArgs& a) {
+  return RunSection(r, [&] {
+    r.srptDetailedAnalysis(a.Date(0), a.Date(1), a.Int(2), a.Str(3), a.Str(4), a.Bool(5));
+  });
+});
+InvokerRegistrar summary_analysis("srptSummaryAnalysis", [](clsReports& r, const MethodArgs& a) {
+  return RunSection(r, [&] {
+    r.srptSummaryAnalysis(a.Date(0), a.Date(1), a.Str(2), a.Int(3), a.Str(4), a.Bool(5));
+  });
+});
+InvokerRegistrar income_by_provider("rptIncomeByProvider", [](clsReports& r, const MethodArgs& a) {
+  r.rptIncomeByProvider(a.Date(0), a.Date(1), a.Str(2), a.Bool(3), a.Str(4));
+  return Variant();
+});
+
+}  // namespace
+}  // namespace orv::app

@@ -1,0 +1,42 @@
+// Small pieces the period-closing sections share: how a view names its
+// person in SQL, how a flag column reads, and amounts without their sign.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "common/common_functions.h"
+#include "common/currency.h"
+#include "common/variant.h"
+
+namespace orv::closing {
+
+// A flag column is set when it is neither NULL nor 0: the office screens
+// store -1 or 1 for true, and a NULL [Adjustment?] means a plain payment.
+inline bool FlagSet(const clsCommonFunctions& cf, const Variant& v) {
+  return !v.IsNull() && !v.IsEmpty() && cf.ReturnVal(v) != 0;
+}
+
+// The same test in SQL, for the payment type columns.
+inline std::string SqlSet(const std::string& column) { return "ISNULL(" + column + ", 0) <> 0"; }
+inline std::string SqlClear(const std::string& column) { return "ISNULL(" + column + ", 0) = 0"; }
+
+inline Currency Abs(Currency c) { return c < Currency() ? -c : c; }
+
+// The views of the closing sections: 0 provider, 1 overseer, 2 preferred
+// doctor, 3 date.
+inline bool ValidView(int16_t view) { return view >= 0 && view <= 3; }
+
+// Why a view outside 0-3 is refused; the section says it before it draws
+// anything, since no heading, grouping or filter field fits such a view.
+inline std::string BadViewMessage(const char* section, int16_t view) {
+  return std::string(section) + ": Byoption must be 0 (by provider), 1 (by overseer), " +
+         "2 (by preferred doctor) or 3 (by date), not " + std::to_string(view) + ".";
+}
+
+// " AND (" filter ")", or nothing for no filter.
+inline std::string AndFilter(const std::string& filter) {
+  return filter.empty() ? std::string() : " AND (" + filter + ")";
+}
+
+}  // namespace orv::closing
