@@ -1,6 +1,8 @@
 // The production summary of the closing packages: per provider the fees,
 // the lab fees, the invoice adjustments and the write-offs of the period,
 // with a subtotal and a total.
+#include <map>
+#include <utility>
 #include <vector>
 
 #include "common/common_functions.h"
@@ -63,43 +65,64 @@ void clsReports::srptProductionSummary(DateTime dtStart, DateTime dtEnd,
   const std::string end = dtEnd.ToIsoDate();
   const std::string in_period = std::string(day_column) + " >= '" + start + "' AND " +
                                 day_column + " <= '" + end + "'";
-  auto sum = [&](const std::string& sql) {
-    db::Recordset rs = Open(sql, db::adOpenForwardOnly);
-    Currency total = rs.Eof() ? Currency() : cf.ReturnCur(rs["theTotal"].Value());
-    rs.Close();
-    return total;
-  };
   auto money = [](Currency c) { return Format(Variant(c), "Currency"); };
+
+  // Each cell is read for everybody at once, grouped by the person, rather
+  // than once per person: the allocation cells scan the period's
+  // allocations, and a practice has many people.
+  auto by_person = [&](const std::string& sql, const char* key_column = nullptr) {
+    std::map<std::pair<int32_t, int>, Currency> sums;
+    db::Recordset rs = Open(sql, db::adOpenForwardOnly);
+    while (!rs.Eof()) {
+      const int key = key_column ? static_cast<int>(cf.ReturnVal(rs[key_column].Value())) : 0;
+      sums[{static_cast<int32_t>(cf.ReturnVal(rs["PersonID"].Value())), key}] +=
+          cf.ReturnCur(rs["theTotal"].Value());
+      rs.MoveNext();
+    }
+    rs.Close();
+    return sums;
+  };
+  const std::string person = std::string(field) + " AS PersonID";
+  auto lab_sums = by_person(
+      "SELECT " + person + ", SUM(InvoiceDetails.Cost) AS theTotal FROM InvoiceDetails INNER "
+      "JOIN Invoices ON InvoiceDetails.InvoiceID = Invoices.ID WHERE ((InvoiceDetails.Code like "
+      "'99%') or (InvoiceDetails.Code like '-99%')) AND " +
+      in_period + " AND InvoiceDetails.Status <> 'In Progress' GROUP BY " + field);
+  // The fee query has no Status test, unlike the lab one: lines still in
+  // progress are in the fee. This is the figure the closing packages have
+  // always printed, and the incomplete-invoice report lists that work.
+  auto fee_sums = by_person("SELECT " + person +
+                            ", SUM(InvoiceDetails.Cost) as theTotal FROM InvoiceDetails INNER "
+                            "JOIN Invoices ON InvoiceDetails.InvoiceID = Invoices.ID WHERE " +
+                            in_period + " GROUP BY " + field);
+  // Invoice adjustments (OfficePayment 0) and write-offs (1) in one read.
+  auto adjustment_sums = by_person(
+      "SELECT " + person +
+          ", PaymentTypes.OfficePayment AS Office, SUM(InvoicePaymentAllocations.Amount) AS "
+          "theTotal FROM InvoicePayments INNER JOIN InvoicePaymentAllocations ON "
+          "InvoicePayments.ID = InvoicePaymentAllocations.InvoicePaymentID INNER JOIN "
+          "PaymentTypes ON InvoicePayments.PaymentTypeID = PaymentTypes.ID INNER JOIN "
+          "InvoiceDetails ON InvoiceDetails.ID = InvoicePaymentAllocations.InvoiceDetailsID INNER "
+          "JOIN Invoices ON Invoices.ID = InvoiceDetails.InvoiceID WHERE "
+          "(InvoicePaymentAllocations.AppliedDate >= '" +
+          start + "' AND InvoicePaymentAllocations.AppliedDate <= '" + end +
+          "') and [Adjustment?] = 1 AND [ToTotalPaid?] = 0 AND (OfficePayment = 0 OR "
+          "OfficePayment = 1) GROUP BY " +
+          field + ", PaymentTypes.OfficePayment",
+      "Office");
+  auto cell = [](std::map<std::pair<int32_t, int>, Currency>& sums, int32_t id, int key = 0) {
+    auto it = sums.find({id, key});
+    return it == sums.end() ? Currency() : it->second;
+  };
 
   Currency t_fee, t_lab, t_adjust, t_sub, t_write_off, t_total;
   std::string body;
   long done = 0;
   for (int32_t id : ids) {
-    const std::string who = "(" + std::string(field) + " = " + std::to_string(id) + ")";
-    const Currency lab = sum(
-        "SELECT SUM(InvoiceDetails.Cost) AS theTotal FROM InvoiceDetails INNER JOIN Invoices ON "
-        "InvoiceDetails.InvoiceID = Invoices.ID WHERE ((InvoiceDetails.Code like '99%') or "
-        "(InvoiceDetails.Code like '-99%')) AND " +
-        who + " AND " + in_period + " AND InvoiceDetails.Status <> 'In Progress'");
-    // The fee query has no Status test, unlike the lab one: lines still in
-    // progress are in the fee. This is the figure the closing packages have
-    // always printed, and the incomplete-invoice report lists that work.
-    const Currency fee = sum(
-                             "SELECT SUM(InvoiceDetails.Cost) as theTotal FROM InvoiceDetails "
-                             "INNER JOIN Invoices ON InvoiceDetails.InvoiceID = Invoices.ID WHERE " +
-                             who + " AND " + in_period) -
-                         lab;
-    const std::string allocations =
-        "SELECT SUM(InvoicePaymentAllocations.Amount) AS theTotal FROM InvoicePayments INNER JOIN "
-        "InvoicePaymentAllocations ON InvoicePayments.ID = "
-        "InvoicePaymentAllocations.InvoicePaymentID INNER JOIN PaymentTypes ON "
-        "InvoicePayments.PaymentTypeID = PaymentTypes.ID INNER JOIN InvoiceDetails ON "
-        "InvoiceDetails.ID = InvoicePaymentAllocations.InvoiceDetailsID INNER JOIN Invoices ON "
-        "Invoices.ID = InvoiceDetails.InvoiceID WHERE (InvoicePaymentAllocations.AppliedDate >= '" +
-        start + "' AND InvoicePaymentAllocations.AppliedDate <= '" + end +
-        "') and [Adjustment?] = 1 AND [ToTotalPaid?] = 0 AND ";
-    const Currency adjustment = sum(allocations + "OfficePayment = 0 AND " + who);
-    const Currency write_off = sum(allocations + "OfficePayment = 1 AND " + who);
+    const Currency lab = cell(lab_sums, id);
+    const Currency fee = cell(fee_sums, id) - lab;
+    const Currency adjustment = cell(adjustment_sums, id, 0);
+    const Currency write_off = cell(adjustment_sums, id, 1);
     // Adjustments and write-offs are subtracted as stored. They are stored
     // negative, so a stored -20.00 adjustment raises the subtotal by 20.00;
     // the analysis reports take absolute values, this one never has.
