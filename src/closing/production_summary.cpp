@@ -5,7 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include "closing/closing_common.h"
 #include "common/common_functions.h"
+#include "common/errors.h"
 #include "common/format.h"
 #include "common/report_math.h"
 #include "common/vbstrings.h"
@@ -17,6 +19,11 @@ namespace orv {
 
 void clsReports::srptProductionSummary(DateTime dtStart, DateTime dtEnd,
                                        std::string ProviderFilter, int16_t Byoption) {
+  // A view outside 0-3 names nobody: refused before anything is drawn.
+  if (!closing::ValidView(Byoption)) {
+    throw ReportError(kErrInvalidProcedureCall,
+                      closing::BadViewMessage("srptProductionSummary", Byoption));
+  }
   const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();

@@ -3,6 +3,7 @@
 // says otherwise.
 #include <gtest/gtest.h>
 
+#include "common/errors.h"
 #include "production_fixture.h"
 
 namespace orv::testing {
@@ -160,6 +161,16 @@ TEST_F(ProductionSections, SummaryTakesAdjustmentsAsStoredAndFeesWithoutStatus) 
   // Without a filter only people with figures print: not Okafor.
   InDocument([&] { reports.srptProductionSummary(Nov(1), Nov(30), "", 0); });
   EXPECT_FALSE(Has("Okafor"));
+  // A view that names nobody is refused before anything is drawn.
+  form.VSP.StartDoc();
+  try {
+    reports.srptProductionSummary(Nov(1), Nov(30), "", 4);
+    ADD_FAILURE() << "view 4 was accepted";
+  } catch (const ReportError& e) {
+    EXPECT_NE(e.description().find("Byoption must be 0"), std::string::npos) << e.description();
+  }
+  EXPECT_EQ(form.VSP.CurrentY(), form.VSP.MarginTop());
+  form.VSP.EndDoc();
 }
 
 TEST_F(ProductionSections, BordersAndWideTotals) {
