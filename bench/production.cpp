@@ -4,41 +4,29 @@
 // SQLite, and the pages.
 //
 //   bench_production [patients=20000]
-#include <unistd.h>
-
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <algorithm>
 #include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "bench_practice.h"
 #include "common/datetime.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
 #include "platform/db/connection.h"
 #include "platform/host/host_services.h"
-#include "platform/practice/demo_practice.h"
 #include "sql_time.h"
 
 int main(int argc, char** argv) {
   using namespace orv;
   const int patients = argc > 1 ? std::atoi(argv[1]) : 20000;
-  const std::string path = (std::filesystem::temp_directory_path() /
-                            ("orvenda_bench_production_" + std::to_string(::getpid()) + ".db"))
-                               .string();
-  std::filesystem::remove(path);
-  practice::DemoOptions options;
-  options.patients = patients;
-  options.seed = 11;
-  const auto made0 = std::chrono::steady_clock::now();
-  const practice::DemoSummary summary = practice::WriteDemoPracticeFile(path, options);
-  const double made =
-      std::chrono::duration<double>(std::chrono::steady_clock::now() - made0).count();
+  const std::string path = bench::WriteBenchPractice("production", patients);
   Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
 
   db::Connection conn;
@@ -52,9 +40,6 @@ int main(int argc, char** argv) {
   reports.SetHostServices(&host);
   reports.OfficeID = 1;
 
-  std::printf("practice: %lld patients, %lld invoices, %lld payments (made in %.1f s)\n",
-              static_cast<long long>(summary.patients), static_cast<long long>(summary.invoices),
-              static_cast<long long>(summary.payments), made);
   auto time = [&](const char* name, const std::function<void()>& run) {
     const auto sql0 = g_sql_time;
     std::map<std::string, SqlClock::duration> by_statement;
