@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "production_fixture.h"
+#include "support/forged_cells.h"
 
 namespace orv::testing {
 namespace {
@@ -130,6 +131,47 @@ TEST_F(HygieneCompany, NoHygienistsNoCodesAndBadFilters) {
                 "An Error has occurred in Sub srptHygieneCompanyReport in Class clsReports.\n", 0),
             0u)
       << host.messages[0].prompt;
+}
+
+}  // namespace
+}  // namespace orv::testing
+
+namespace orv::testing {
+namespace {
+
+using ProductionSeparators = ProductionTest;
+
+// Names holding the table's separators print whole in their cells in
+// every section and report of this family.
+TEST_F(ProductionSeparators, NamesStayInTheirCells) {
+  Exec(std::string("UPDATE Patient SET LastName = '") + kForgedLastName + "' WHERE ID = 3;" +
+       "UPDATE Employees SET LastName = '" + kForgedLastName + "', FullName = 'Paul " +
+       kForgedLastName + "' WHERE ID = 2;" + "UPDATE PaymentTypes SET Name = 'Cash|Till;2' " +
+       "WHERE ID = 1;" + "UPDATE FeeCodes SET Description = 'Scaling; one unit|x' " +
+       "WHERE ID = '11101';");
+  const std::string patient = std::string("Priya ") + kForgedLastName;
+  const std::string hygienist = std::string("Paul ") + kForgedLastName;
+  reports.rptProductionReports(true, true, true, true, true, true, Nov(1), Nov(30), 0, "dana", "",
+                               "", "");
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  ExpectWholeCell(form.VSP.Document(), patient, "production by provider and by code");
+  ExpectWholeCell(form.VSP.Document(), "Provider: RDH " + hygienist, "provider heading");
+  ExpectWholeCell(form.VSP.Document(), "RDH " + hygienist, "production summary");
+  ExpectWholeCell(form.VSP.Document(), "11101: Scaling; one unit|x", "code heading");
+
+  PreviewForm summary;
+  summary.SetNotifier([](const std::string&) {});
+  reports.SetPrintPreview(&summary);
+  reports.ProductSumReport(Nov(1), Nov(30), "dana");
+  ExpectWholeCell(summary.VSP.Document(), std::string(kForgedLastName) + ", Paul",
+                  "provider summary");
+
+  PreviewForm hygiene;
+  hygiene.SetNotifier([](const std::string&) {});
+  reports.SetPrintPreview(&hygiene);
+  reports.rptHygieneCompanyReport(Nov(1), Nov(30), "", "dana");
+  ExpectWholeCell(hygiene.VSP.Document(), hygienist, "hygiene company");
+  ExpectWholeCell(hygiene.VSP.Document(), "Cash|Till;2", "payment type breakdown");
 }
 
 }  // namespace
