@@ -42,6 +42,22 @@ TEST_F(ProviderSummary, FeesOnceAPaymentsAsAppliedAndTheNewReceivable) {
   EXPECT_TRUE(Has("Total 0.00 235.00"));
 }
 
+TEST_F(ProviderSummary, AReversedLabFeeIsLabInProductionButDentalHere) {
+  Exec("INSERT INTO InvoiceDetails (ID, InvoiceID, Code, Cost, Status, [Date], EntryDate, "
+       "ProviderID) VALUES (80, 701, '-99111', -30, 'Complete', '2026-11-02 00:00:00', "
+       "'2026-11-02 00:00:00', 1);");
+  // Production takes "-99" as lab: 200 - 30.
+  InDocument([&] { reports.srptProductionByProvider(Nov(1), Nov(30), "", "", "", 0); });
+  EXPECT_TRUE(Has("Overall Total: Production Total 410.00 Lab Total 170.00")) << Text();
+  // The summary's lab is "99" only: the reversal lowers Moreau's dental.
+  PreviewForm summary;
+  summary.SetNotifier([](const std::string&) {});
+  reports.SetPrintPreview(&summary);
+  reports.ProductSumReport(Nov(1), Nov(30), "dana");
+  const std::string text = DocumentText(summary.VSP.Document());
+  EXPECT_NE(text.find("Moreau, Anne 70.00 200.00 0.00 0.00 270.00"), std::string::npos) << text;
+}
+
 TEST_F(ProviderSummary, PartnershipIsTheSameReportAndDrawsIntoARun) {
   reports.ProductSumReport(Nov(1), Nov(30), "dana");
   const std::string alone = Text();
