@@ -134,7 +134,7 @@ void ProductionByPerson(clsReports& r, bool byOverseer, DateTime dtStart, DateTi
       (byOverseer ? "OverseerID" : "ProviderID") + "') AS rptProceduresByCodeDetails");
 
   const std::string date_header = byDate == 1 ? "Treatment Date" : "Entry Date";
-  const std::string format = byOverseer ? "<1.1in|<.7in|<1.4in|<1.3in|<.7in|^.5in|^.6in|>.8in"
+  const std::string format = byOverseer ? "<1.1in|<.6in|<1.4in|<1.3in|<.7in|^.6in|^.6in|>.8in"
                                         : "<1.1in|<.8in|<2in|<.8in|^1in|^1in|>.8in";
   const std::string header =
       byOverseer ? date_header + "|Code|Patient|Provider|Invoice #|Tooth#|Surface|Fee"
