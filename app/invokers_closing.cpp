@@ -13,7 +13,14 @@ namespace {
 Variant RunSection(clsReports& r, const std::function<void()>& section) {
   frame::PrintSurface& vsp = r.VSP();
   const bool own = !vsp.IsOpen();
-  if (own) vsp.StartDoc();
+  if (own) {
+    // The closing runs print on half-inch margins, which the sections'
+    // 7.5-inch tables fill.
+    vsp.Orientation(0);
+    vsp.MarginLeft(".5in");
+    vsp.MarginRight(".5in");
+    vsp.StartDoc();
+  }
   section();
   if (own && vsp.IsOpen()) {
     r.PrintPageFooters(kPrintedBy);

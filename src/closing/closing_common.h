@@ -5,19 +5,13 @@
 #include <cstdint>
 #include <string>
 
-#include "common/common_functions.h"
 #include "common/currency.h"
 #include "common/variant.h"
 
 namespace orv::closing {
 
-// A flag column is set when it is neither NULL nor 0: the office screens
-// store -1 or 1 for true, and a NULL [Adjustment?] means a plain payment.
-inline bool FlagSet(const clsCommonFunctions& cf, const Variant& v) {
-  return !v.IsNull() && !v.IsEmpty() && cf.ReturnVal(v) != 0;
-}
-
-// The same test in SQL, for the payment type columns.
+// The test of common/flags.h in SQL, for the payment type columns: a
+// flag is set when neither NULL nor 0.
 inline std::string SqlSet(const std::string& column) { return "ISNULL(" + column + ", 0) <> 0"; }
 inline std::string SqlClear(const std::string& column) { return "ISNULL(" + column + ", 0) = 0"; }
 

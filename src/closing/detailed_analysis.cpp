@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "closing/closing_common.h"
+#include "common/flags.h"
 #include "common/common_functions.h"
 #include "common/currency.h"
 #include "common/errors.h"
@@ -22,15 +23,40 @@ namespace {
 
 using closing::Abs;
 using closing::AndFilter;
-using closing::FlagSet;
 using closing::SqlClear;
 using closing::SqlSet;
+
+// The group a row falls in: the person of the view (or, by date, the day)
+// to compare rows by, the heading to print, and the id the group's
+// adjustments and reallocations are read by.
+struct Group {
+  std::string key, name, id;
+};
+
+// The group of the current row of `rs`: by date the day of `date_col`;
+// otherwise the name in `name_col` ("None" when missing) and the id in
+// `id_col`.
+Group GroupOf(clsCommonFunctions& cf, const db::Recordset& rs, bool by_date,
+              const char* date_col, const char* name_col, const char* id_col) {
+  Group g;
+  if (by_date) {
+    g.key = cf.ReturnFormatedDate(rs[date_col].Value(), "yyyy-mm-dd");
+    g.name = cf.ReturnFormatedDate(rs[date_col].Value(), "mmm/dd/yyyy");
+    g.id = g.key;
+  } else {
+    const Variant name = rs[name_col].Value();
+    g.key = name.IsNull() ? "None" : cf.returnStr(name);
+    g.name = g.key;
+    g.id = CStr(Variant(cf.ReturnVal(rs[id_col].Value())));
+  }
+  return g;
+}
 
 // One treatment line (or a cancellation of one, or an invoice without
 // lines) as the walk reads it.
 struct TreatmentRow {
   std::string invoice, complete;
-  std::string group_key, group_name, group_id;
+  Group group;
   std::string entry, treated, patient, doctor, provider, overseer, description;
   Currency cost, patient_part, insurance_part;
 };
@@ -38,7 +64,7 @@ struct TreatmentRow {
 // One allocated share of a payment, or the share nobody allocated.
 struct PaymentRow {
   std::string id, description, full_name, payment_name, account;
-  std::string group_key, group_name, group_id;
+  Group group;
   bool listed = false, refund = false, insurance = false, to_total_paid = false, adjustment = false;
   Currency payment;
 };
@@ -196,15 +222,7 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
         TreatmentRow r;
         r.invoice = cf.returnStr(rs["Invoice#"].Value());
         r.complete = cf.returnStr(rs["Complete"].Value());
-        if (by_date) {
-          r.group_key = cf.ReturnFormatedDate(rs["IDate"].Value(), "yyyy-mm-dd");
-          r.group_name = cf.ReturnFormatedDate(rs["IDate"].Value(), "mmm/dd/yyyy");
-          r.group_id = r.group_key;
-        } else {
-          r.group_key = cf.returnStr(rs[group_name_col].Value());
-          r.group_name = r.group_key;
-          r.group_id = CStr(Variant(cf.ReturnVal(rs[group_id_col].Value())));
-        }
+        r.group = GroupOf(cf, rs, by_date, "IDate", group_name_col, group_id_col);
         r.entry = cf.ReturnFormatedDate(rs["EntryDate"].Value(), "mm/dd/yyyy");
         r.treated = cf.ReturnFormatedDate(rs["TreatmentDate"].Value(), "mm/dd/yyyy");
         r.patient = cf.returnStr(rs["LastName"].Value()) + ", " +
@@ -372,27 +390,27 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
     bool open = false;
     for (size_t i = 0; i < rows.size(); ++i) {
       const TreatmentRow& r = rows[i];
-      if (!open || r.group_key != current_key) {
+      if (!open || r.group.key != current_key) {
         if (open) {
           close_group(body, pairs, current_id, group_patient, group_insurance, group_lab);
         }
         body.clear();
         pairs = 0;
         group_patient = group_insurance = group_lab = Currency();
-        current_key = r.group_key;
-        current_id = r.group_id;
+        current_key = r.group.key;
+        current_id = r.group.id;
         open = true;
-        seen_keys.insert(r.group_id);
-        if (!by_date) seen_ids += " OR ID = " + r.group_id;
+        seen_keys.insert(r.group.id);
+        if (!by_date) seen_ids += " OR ID = " + r.group.id;
         vsp.FontBold(true);
         vsp.FontSize(11);
-        vsp.Text(r.group_name);
+        vsp.Text(r.group.name);
         vsp.FontSize(10);
         vsp.FontBold(false);
       }
       invoice_total += r.patient_part + r.insurance_part;
       const bool last_of_invoice = i + 1 == rows.size() || rows[i + 1].invoice != r.invoice ||
-                                   rows[i + 1].group_key != r.group_key;
+                                   rows[i + 1].group.key != r.group.key;
       body += Cell(r.entry) + "|" + Cell(r.patient) + "|" + Cell(r.provider) + "|" +
               Cell(r.invoice + r.complete) + "|" + Money(cf, r.patient_part) + "|" +
               (last_of_invoice ? Money(cf, invoice_total) : "") + ";";
@@ -441,6 +459,8 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
         fallback(day, Format(Variant(CDate(Variant(day))), "mmm/dd/yyyy"));
       }
     } else {
+      // Only the people chosen for the report: another provider's
+      // adjustments are not this report's money.
       db::Recordset people =
           Open("SELECT ID, FullName FROM Employees WHERE NOT (" + seen_ids + ") AND (" +
                    vb::Replace(ProviderNames, "ProviderID", "ID") + ")  Order by LastName",
@@ -563,26 +583,24 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
     {
       int n = 0;
       while (!payments.Eof()) {
+        // A share of nothing says nothing. The credit rows' own test in SQL
+        // ("<> 0") can let through a remainder of a few millionths of a
+        // cent from an engine that subtracts money in floating point.
+        if (cf.ReturnCur(payments["Payment"].Value()).IsZero()) {
+          payments.MoveNext();
+          continue;
+        }
         PaymentRow p;
         p.id = cf.returnStr(payments["ID"].Value());
         p.description = cf.returnStr(payments["PDescription"].Value());
         p.full_name = cf.returnStr(payments["FullName"].Value());
         p.payment_name = cf.returnStr(payments["PaymentName"].Value());
         p.account = cf.returnStr(payments["AccountID"].Value());
-        if (by_date) {
-          p.group_key = cf.ReturnFormatedDate(payments["PDate"].Value(), "yyyy-mm-dd");
-          p.group_name = cf.ReturnFormatedDate(payments["PDate"].Value(), "mmm/dd/yyyy");
-          p.group_id = p.group_key;
-        } else {
-          const Variant name = payments[pay_group_col].Value();
-          p.group_key = name.IsNull() ? "None" : cf.returnStr(name);
-          p.group_name = p.group_key;
-          p.group_id = CStr(Variant(cf.ReturnVal(payments[pay_id_col].Value())));
-        }
-        p.adjustment = FlagSet(cf, payments["Adjustment"].Value());
-        p.to_total_paid = FlagSet(cf, payments["ToTotalPaid"].Value());
-        p.refund = FlagSet(cf, payments["Refund"].Value());
-        p.insurance = FlagSet(cf, payments["PIsInsurance"].Value());
+        p.group = GroupOf(cf, payments, by_date, "PDate", pay_group_col, pay_id_col);
+        p.adjustment = FlagSet(payments["Adjustment"].Value());
+        p.to_total_paid = FlagSet(payments["ToTotalPaid"].Value());
+        p.refund = FlagSet(payments["Refund"].Value());
+        p.insurance = FlagSet(payments["PIsInsurance"].Value());
         p.listed = (p.adjustment && p.to_total_paid) || !p.adjustment;
         p.payment = cf.ReturnCur(payments["Payment"].Value());
         prows.push_back(std::move(p));
@@ -621,6 +639,9 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
         srptPaymentReallocation(static_cast<int32_t>(cf.ReturnVal(Variant(id))), dtStart, dtEnd,
                                 Byoption, realloc_adjustment, realloc_payment);
       }
+      // Every group, the last one too, closes with the same two-column
+      // rows, so the eye finds them in one place. Refunds are kept apart
+      // from the other payment adjustments and show when there are any.
       std::string rows_text = "Payment Adjustment Total|" + Money(cf, adjustment) + ";";
       if (!refund.IsZero()) rows_text += "Payment Refund Total|" + Money(cf, refund) + ";";
       vsp.AddTable("<2in|>1in", "", rows_text, kHeaderColor);
@@ -636,17 +657,17 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
     bool popen = false;
     for (size_t i = 0; i < prows.size(); ++i) {
       const PaymentRow& p = prows[i];
-      if (!popen || p.group_key != pkey) {
+      if (!popen || p.group.key != pkey) {
         if (popen) close_payment_group(pbody, pid, g_patient, g_insurance, g_adjustment, g_refund);
         pbody.clear();
         g_patient = g_insurance = g_adjustment = g_refund = Currency();
-        pkey = p.group_key;
-        pid = p.group_id;
+        pkey = p.group.key;
+        pid = p.group.id;
         popen = true;
         pay_groups.insert(pid);
         vsp.FontBold(true);
         vsp.FontSize(11);
-        vsp.Text(p.group_name);
+        vsp.Text(p.group.name);
         vsp.FontSize(10);
         vsp.FontBold(false);
       }
@@ -659,7 +680,7 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
         // that the credit reads apart from what was put on invoices.
         const bool last = i + 1 == prows.size() || prows[i + 1].id != p.id ||
                           prows[i + 1].description != p.description ||
-                          prows[i + 1].group_key != p.group_key || !prows[i + 1].listed;
+                          prows[i + 1].group.key != p.group.key || !prows[i + 1].listed;
         if (last) {
           pbody += Cell(p.id) + "|" + Cell(p.full_name) + "|" + Cell(p.payment_name) + "|" +
                    Cell(p.description) + "|" + Cell(p.account) + "|" + Money(cf, row_patient) +
@@ -816,8 +837,8 @@ void clsReports::srptAccountSummary(db::Recordset& Payments) {
   std::map<std::string, Currency> by_account;
   if (Payments.RecordCount() > 0) Payments.MoveFirst();
   while (!Payments.Eof()) {
-    const bool adjustment = FlagSet(cf, Payments["Adjustment"].Value());
-    const bool to_total = FlagSet(cf, Payments["ToTotalPaid"].Value());
+    const bool adjustment = FlagSet(Payments["Adjustment"].Value());
+    const bool to_total = FlagSet(Payments["ToTotalPaid"].Value());
     if (!adjustment || to_total) {
       const Variant account = Payments["AccountID"].Value();
       by_account[account.IsNull() || account.IsEmpty() ? std::string()

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "closing/closing_common.h"
+#include "common/flags.h"
 #include "common/common_functions.h"
 #include "common/currency.h"
 #include "common/errors.h"
@@ -30,7 +31,6 @@ namespace orv {
 namespace {
 
 using closing::Abs;
-using closing::FlagSet;
 using closing::SqlClear;
 using closing::SqlSet;
 
@@ -345,12 +345,12 @@ void clsReports::srptSummaryAnalysis(DateTime dtStart, DateTime dtEnd, std::stri
       const Currency amount = at(by_type, id);
       if (!amount.IsZero()) {
         list += frame::EscapeCell(cf.returnStr(types["Name"].Value())) + "|" +
-                (FlagSet(cf, types["ToTotalPaid?"].Value()) ? "Payment Adj." : "Invoice Adj.") +
+                (FlagSet(types["ToTotalPaid?"].Value()) ? "Payment Adj." : "Invoice Adj.") +
                 "|" + frame::EscapeCell(cf.returnStr(types["Description"].Value())) + "|" +
                 money(amount) + ";";
-        if (FlagSet(cf, types["OfficePayment"].Value())) write_offs += amount;
-        if (FlagSet(cf, types["RecAfterDep"].Value())) payment_reversals += amount;
-        if (FlagSet(cf, types["Refund"].Value())) refunds += amount;
+        if (FlagSet(types["OfficePayment"].Value())) write_offs += amount;
+        if (FlagSet(types["RecAfterDep"].Value())) payment_reversals += amount;
+        if (FlagSet(types["Refund"].Value())) refunds += amount;
       }
       types.MoveNext();
     }
@@ -385,6 +385,9 @@ void clsReports::srptSummaryAnalysis(DateTime dtStart, DateTime dtEnd, std::stri
   Currency moved;
   for (const auto& [day, amount] : reallocations) moved += amount;
 
+  // The fees count cancelled lines as entered; the reversals take them
+  // back. Invoice adjustments other than write-offs are the day table's
+  // invoice adjustments less the write-offs among them.
   const Currency subtotal = dental_sum + lab_sum - Abs(reversals);
   const Currency other_adjustments = invoice_adjustment_sum - write_offs;
   const Currency total_fees = subtotal - Abs(write_offs) - Abs(other_adjustments);

@@ -27,10 +27,12 @@
 //   pay 956 p6 write-off 30 taken by 13, 02-26, on line 97 (Ivy's, January)
 #pragma once
 
+#include <cctype>
 #include <string>
 #include <vector>
 
 #include "accounts/account_fixture.h"
+#include "common/vbstrings.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
@@ -89,6 +91,41 @@ INSERT INTO InvoicePaymentAllocations (InvoicePaymentID, InvoiceDetailsID, Patie
 
 // The providers of the fixture as the closing runs name them.
 inline const char* kAllThree = "ProviderID = 11 OR ProviderID = 12 OR ProviderID = 13";
+
+// The filters of the summary analysis for a filter over "ID" and a view,
+// as the section makes them, for reading its receivables on their own.
+inline clsReports::ReceivableFilters SummaryFilters(const std::string& filter_text, int16_t view) {
+  const std::string filter = NoZeroFilter(filter_text);
+  const std::string field = view == 1   ? "Invoices.OverseerID"
+                            : view == 2 ? "Invoices.DoctorID"
+                                        : "InvoiceDetails.ProviderID";
+  clsReports::ReceivableFilters filters;
+  filters.charges = filter.empty() ? "1 = 1" : vb::Replace(filter, "ID", field);
+  filters.taken_in =
+      filter.empty() ? "1 = 1"
+      : view == 2    ? vb::Replace(filter, "ID",
+                                   "(SELECT DoctorID FROM Patient WHERE Patient.ID = "
+                                   "InvoicePayments.PatientID)")
+                     : vb::Replace(filter, "ID", "InvoicePayments.InitialProviderID");
+  return filters;
+}
+
+// The "Total|" row of a summary's day table in document text: it starts
+// with "Total " and a figure (the header and the totals block do not).
+inline std::string SummaryTotalRow(const std::string& text) {
+  size_t start = 0;
+  while (start < text.size()) {
+    size_t end = text.find_first_of("\n\f", start);
+    if (end == std::string::npos) end = text.size();
+    const std::string line = text.substr(start, end - start);
+    if (line.size() > 6 && line.rfind("Total ", 0) == 0 &&
+        (std::isdigit(static_cast<unsigned char>(line[6])) || line[6] == '-')) {
+      return line;
+    }
+    start = end + 1;
+  }
+  return "";
+}
 
 class ClosingTest : public AccountFixture {
  protected:

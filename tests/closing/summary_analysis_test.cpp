@@ -23,16 +23,7 @@ class SummaryAnalysis : public ClosingTest {
     return line.substr(line.rfind(' ') + 1);
   }
   std::string Money(Currency c) { return reports.Common().MyFormat(c, "Currency"); }
-  // The "Total|" row of the day table (not its header, not the totals block).
-  std::string TotalRow() const {
-    for (const std::string& line : LinesWith("Total ")) {
-      if (line.size() > 6 && line.rfind("Total ", 0) == 0 &&
-          (std::isdigit(static_cast<unsigned char>(line[6])) || line[6] == '-')) {
-        return line;
-      }
-    }
-    return "";
-  }
+  std::string TotalRow() const { return SummaryTotalRow(Text()); }
 };
 
 TEST_F(SummaryAnalysis, DayRowsByAllocatedPayment) {
@@ -97,20 +88,9 @@ TEST_F(SummaryAnalysis, OpeningPlusTheDayRowsIsTheClosingReceivable) {
       form.VSP.KillDoc();
       form.VSP.StartDoc();
       Run(c.filter, c.view, by_allocated);
-      const std::string field = c.view == 1   ? "Invoices.OverseerID"
-                                : c.view == 2 ? "Invoices.DoctorID"
-                                              : "InvoiceDetails.ProviderID";
-      const std::string filter = NoZeroFilter(c.filter);
-      clsReports::ReceivableFilters filters;
-      filters.charges = filter.empty() ? "1 = 1" : vb::Replace(filter, "ID", field);
-      filters.taken_in = filter.empty() ? "1 = 1"
-                         : c.view == 2
-                             ? vb::Replace(filter, "ID",
-                                           "(SELECT DoctorID FROM Patient WHERE Patient.ID = "
-                                           "InvoicePayments.PatientID)")
-                             : vb::Replace(filter, "ID", "InvoicePayments.InitialProviderID");
       Currency opening, closing;
-      reports.srptOpeningReceivable(Feb(1), Feb(28), filters, by_allocated, opening, closing);
+      reports.srptOpeningReceivable(Feb(1), Feb(28), SummaryFilters(c.filter, c.view),
+                                    by_allocated, opening, closing);
       EXPECT_EQ(LastCell(LineWith("- - - -")), Money(opening));
       EXPECT_EQ(LastCell(TotalRow()), Money(closing));
     }
