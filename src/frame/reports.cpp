@@ -95,6 +95,11 @@ Variant clsReports::ReturnOfficeValue(const std::string& fld) {
 }
 
 db::Connection clsReports::ReturnConnection(int32_t& CursorLocation) {
+  // Once the host has let its connection, the "second" connection is that
+  // same connection: a report that asks for one per record (the hygiene
+  // company report) then reads the same snapshot of a server as the rest
+  // of its run, and never opens a session of its own.
+  if (has_connection_) return conn_;
   host::SettingsStore& settings = host::AppSettings();
   std::string server = settings.Get("Settings", "ServerName", "");
   std::string login = settings.Get("Settings", "dbLogin", "");

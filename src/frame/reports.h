@@ -229,6 +229,56 @@ class clsReports {
   // overseer instead of provider.
   void rptIncomeByProvider(DateTime dtStartDate, DateTime dtEndDate, std::string strProviderFilter,
                            bool Overseeing, std::string UserName);
+  // ---- Production ----
+  // Production figures of a period as one document, a section per flag in
+  // the fixed order by provider, by overseer, summary, by category, summary
+  // by code, by code. `byDate` 1 reads the treatment date, 0 the entry
+  // date, anything else no date at all. `ProviderNames` is a condition over
+  // "ProviderID" ("" or "0": everyone); an empty `Startcode` or `Endcode` is
+  // 00000 or 99999. Errors show the report's message box.
+  void rptProductionReports(bool ProductionByCode, bool ProductionByProvider,
+                            bool ProductionByOverseer, bool ProductionSummary,
+                            bool ProductionSummaryCode, bool ProductionByCategory, DateTime dtStart,
+                            DateTime dtEnd, int16_t byDate, std::string UserName,
+                            std::string ProviderNames, std::string Startcode, std::string Endcode);
+  // The sections, drawn into the running document. `ProviderFilter` is a
+  // condition over "ProviderID" ("" or "0": everyone); `byDate` as above.
+  void srptProductionByProvider(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                                std::string Startcode, std::string Endcode, int16_t byDate = 0);
+  void srptProductionByOverseer(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                                std::string Startcode, std::string Endcode, int16_t byDate = 0);
+  void srptProductionByCategory(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                                std::string Startcode, std::string Endcode, int16_t byDate = 0);
+  void srptProductionSummaryByCode(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                                   std::string Startcode, std::string Endcode, int16_t byDate = 0);
+  void srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                            std::string Startcode, std::string Endcode, int16_t byDate = 0);
+  // "Overall Total: " (or "Grand Total: ") with the production and lab
+  // totals; a total of a million or more takes the wider cell.
+  void PrintProductionTotals(Currency ProductionTotal, Currency LabTotal, bool Grand = false);
+  // Fee, lab, adjustments and write-offs per provider over the period.
+  // `ProviderFilter` is a condition over "ID" ("ID = 3 OR ID = 5"; "" or
+  // "0": every employee with figures). `Byoption` 0, 1, 2 take the
+  // invoice's provider, overseer or preferred doctor; 3, the by-date view,
+  // the provider on the treatment date instead of the entry date.
+  void srptProductionSummary(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                             int16_t Byoption = 0);
+  // The partners' summary: fees and payments per provider, the
+  // hygienists, and the new receivable per provider; starts its own
+  // document unless a run has one open.
+  void ProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std::string UserName);
+  // The same report under the name the partnership menu uses.
+  void rptPartnershipReport(DateTime dtStartDate, DateTime dtEndDate, std::string UserName);
+  // The payments of the period allocated to each provider's lines, added to
+  // the records' payment cells (RegPayment, LabPayment).
+  void srptProductSumPayments(DateTime dtStartDate, DateTime dtEndDate,
+                              std::vector<RepEmpData>& Providers);
+  // Billing and collections of the hygienists (`txtfilter` a condition on
+  // Employees, "" or "0": every hygienist) against the office's hygiene
+  // company codes, with opening and closing receivables.
+  void rptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd, std::string txtfilter,
+                               std::string UserName);
+  void srptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd, std::string txtfilter);
 
   // ---- For report code: private services of the component ----
   // (Public in C++ so that the report families in other folders, which are
