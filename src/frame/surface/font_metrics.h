@@ -23,7 +23,12 @@ namespace orv::frame {
 class FontMetrics {
  public:
   // Reads the file; throws SurfaceError when it is missing or not TrueType.
-  static std::shared_ptr<const FontMetrics> Load(const std::string& path);
+  // With `synthetic_bold` the metrics are those of the file's shapes made
+  // bold by the renderer (FreeType's emboldening): each glyph with an
+  // advance takes a 24th of an em more, the width the stroke grows by, so
+  // emboldened text keeps the spacing of the regular.
+  static std::shared_ptr<const FontMetrics> Load(const std::string& path,
+                                                 bool synthetic_bold = false);
 
   int units_per_em() const { return units_per_em_; }
   // Ascent and descent as the host platform measures a line: the font's
@@ -60,7 +65,10 @@ struct ResolvedFont {
 
 // Maps family names to the free, metric-compatible fonts installed with the
 // project's font packages:
-//   "Tahoma"        -> Tahoma of fonts-wine (regular and bold files)
+//   "Tahoma"        -> Tahoma of fonts-wine (the regular file, emboldened for
+//                      bold: the package's bold file draws regular-weight
+//                      shapes on bold advances, which prints light and
+//                      letter-spaced)
 //   "Arial Narrow"  -> Liberation Sans Narrow of fonts-liberation
 //   "Arial"         -> Liberation Sans
 //   anything else   -> DejaVu Sans of fonts-dejavu-core
