@@ -290,6 +290,8 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
   while (!rs.Eof()) {
     vsp.FontBold(true);
     vsp.Text(str(rs, "FullName"));
+    // The name introduces the patient's tables: never last on a page.
+    vsp.KeepWithNext();
     vsp.FontBold(false);
 
     std::string phones;

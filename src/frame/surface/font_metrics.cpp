@@ -1,7 +1,6 @@
 #include "frame/surface/font_metrics.h"
 
 #include <filesystem>
-#include <algorithm>
 #include <fstream>
 #include <map>
 #include <mutex>
@@ -142,10 +141,10 @@ std::shared_ptr<const FontMetrics> FontMetrics::Load(const std::string& path,
   };
   // FreeType's emboldening strength: the em over 24, added to every advance
   // that is not zero (combining marks stay where they are).
-  const int extra = synthetic_bold ? m->units_per_em_ / 24 : 0;
+  const uint32_t extra = synthetic_bold ? uint32_t(m->units_per_em_) : 0;
   auto advance = [&](uint32_t glyph) {
-    const int a = advance_of(glyph);
-    return uint16_t(a == 0 ? 0 : std::min(a + extra, 0xFFFF));
+    const uint32_t a = advance_of(glyph);
+    return a == 0 ? 0 : a * kSubUnits + extra;
   };
   m->missing_advance_ = advance(0);
   m->advances_.resize(0x10000);

@@ -36,13 +36,21 @@ class FontMetrics {
   int ascent() const { return ascent_; }
   int descent() const { return descent_; }
 
-  // Advance of one character in font units; characters the font lacks take
-  // the advance of its missing-glyph shape.
-  int Advance(char32_t c) const { return c < advances_.size() ? advances_[c] : missing_advance_; }
-  // Sum of the advances of a UTF-8 string, in font units.
+  // Advances are kept in 24ths of a font unit, so that the emboldening width
+  // of a 24th of an em adds up exactly.
+  static constexpr int kSubUnits = 24;
+  // Advance of one character in 24ths of a font unit; characters the font
+  // lacks take the advance of its missing-glyph shape.
+  uint32_t Advance(char32_t c) const {
+    return c < advances_.size() ? advances_[c] : missing_advance_;
+  }
+  // Sum of the advances of a UTF-8 string, in 24ths of a font unit.
   int64_t Units(std::string_view utf8) const;
 
-  Twips Width(std::string_view utf8, double size_pt) const { return Scale(Units(utf8), size_pt); }
+  Twips Width(std::string_view utf8, double size_pt) const {
+    return Twips(double(Units(utf8)) * size_pt * Twips::kPerPoint /
+                 (double(units_per_em_) * kSubUnits));
+  }
   Twips Scale(int64_t units, double size_pt) const {
     return Twips(double(units) * size_pt * Twips::kPerPoint / units_per_em_);
   }
@@ -53,8 +61,8 @@ class FontMetrics {
   int units_per_em_ = 2048;
   int ascent_ = 0;
   int descent_ = 0;
-  uint16_t missing_advance_ = 0;
-  std::vector<uint16_t> advances_;  // indexed by code point, 0..0xFFFF
+  uint32_t missing_advance_ = 0;
+  std::vector<uint32_t> advances_;  // indexed by code point, 0..0xFFFF
 };
 
 // A font as the reports name it, resolved to a file and its metrics.

@@ -194,6 +194,7 @@ bool WholeRowSelector(int sel) {
     case tcMarginTop:
     case tcMarginBottom:
     case tcRowHeight:
+    case tcKeepWithNext:
     case tcColBorder:
     case tcAlign:
     case tcBackColor:
