@@ -57,7 +57,10 @@ cairo_font_face_t* FaceFor(const FontFace& f) {
   auto key = std::tuple{f.file, f.synthetic_bold, f.synthetic_italic};
   if (auto it = faces.find(key); it != faces.end()) return it->second;
   FT_Face ft = FreeType::Get().Open(f.file);
-  cairo_font_face_t* face = cairo_ft_font_face_create_for_ft_face(ft, 0);
+  // Outlines only: some font files carry bitmap strikes for small sizes on
+  // screen, which draw other shapes (and drop strokes) than the outlines
+  // the PDF and the layout's measures use.
+  cairo_font_face_t* face = cairo_ft_font_face_create_for_ft_face(ft, FT_LOAD_NO_BITMAP);
   unsigned synth = 0;
   if (f.synthetic_bold) synth |= CAIRO_FT_SYNTHESIZE_BOLD;
   if (f.synthetic_italic) synth |= CAIRO_FT_SYNTHESIZE_OBLIQUE;
