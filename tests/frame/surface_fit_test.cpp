@@ -140,6 +140,20 @@ TEST_F(SurfaceFit, WideWordsAndFiguresStayWholeInTheirCell) {
   }
 }
 
+// A figure set smaller stands on the baseline of its row.
+TEST_F(SurfaceFit, SmallerFigureKeepsTheRowsBaseline) {
+  s.FontSize(8);
+  s.FontBold(true);
+  s.AddTable("<1.5in|>.6in|>.6in", "", "Office Totals: |$38,630.72|$11.52;");
+  const auto& page = s.Document().pages[0];
+  const auto label = RunOf(page, "Office Totals: "), total = RunOf(page, "$38,630.72"),
+             interest = RunOf(page, "$11.52");
+  EXPECT_LT(total.size_pt, 8.0f);
+  EXPECT_EQ(interest.size_pt, 8.0f);
+  EXPECT_EQ(total.baseline, label.baseline);
+  EXPECT_EQ(interest.baseline, label.baseline);
+}
+
 TEST_F(SurfaceFit, FreeTextStaysWholeAndInsideThePaper) {
   // A word wider than the body is set smaller on its line, not cut.
   const std::string word = "Pneumonoultramicroscopicsilicovolcanoconiosis";

@@ -176,8 +176,8 @@ TEST_F(SurfaceKeep, ClosingNotesTakeTheLastRowAlong) {
              12169126);
   const Twips totals_top = RunOf(s.Document().pages[0], "Office Totals: ").top -
                            PrintSurface::kCellPadY;
-  s.KeepWithNext();
   s.Text("");
+  s.KeepWithNext();  // after the blank line: the table's last row is meant
   s.FontBold(true);
   s.Text("Notes: ");
   s.KeepWithNext();

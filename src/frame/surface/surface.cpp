@@ -154,12 +154,10 @@ PrintSurface::Mark PrintSurface::BeginUnit(Twips need) {
 }
 
 void PrintSurface::EndUnit(const Mark& last, bool blank) {
+  // A blank paragraph is spacing: a chain waiting for the next unit still
+  // waits, and a mark set after it still refers to what came before it.
+  if (blank) return;
   last_unit_ = last;
-  if (blank && keep_) {
-    // A blank paragraph is spacing inside the chain: the chain still waits.
-    answered_ = keep_;
-    return;
-  }
   answered_ = keep_;
   keep_.reset();
 }
@@ -318,8 +316,8 @@ MeasureFn PrintSurface::Measurer(const FontMetrics* m, double size) const {
 
 void PrintSurface::EmitLine(const TextLine& line, Twips x, Twips top, const FontHandle& f,
                             double size, render::Rgb color,
-                            const std::optional<render::Box>& clip) {
-  const Twips baseline = top + f.metrics->Ascent(size);
+                            const std::optional<render::Box>& clip, double line_size) {
+  const Twips baseline = top + f.metrics->Ascent(line_size > size ? line_size : size);
   auto& items = CurrentPageRef().items;
   for (const auto& seg : line.segments) {
     if (seg.text.find_first_not_of(' ') == std::string::npos) continue;  // blanks paint nothing
@@ -393,10 +391,11 @@ void PrintSurface::Text(std::string_view raw) {
     const Twips start_x = col + (h == 0 || h == 3 ? (i == 0 ? first_off : next_off) : left_off);
     const Twips band = col + column_width - start_x;
     if (h == 3) {
-      EmitLine(Justify(lines[i], measure, band), start_x, y_, f, size, color, std::nullopt);
+      EmitLine(Justify(lines[i], measure, band), start_x, y_, f, size, color, std::nullopt,
+               style_.size);
     } else {
       EmitLine(lines[i], start_x + AlignOffset(h, band, lines[i].width), y_, f, size, color,
-               std::nullopt);
+               std::nullopt, style_.size);
     }
     y_ += lh;
   }
@@ -440,7 +439,7 @@ void PrintSurface::InlineText(std::string_view raw) {
       line = BreakLines(text, Measurer(f.metrics, size), Twips(0), Twips(0), false)[i];
       if (x + line.width > paper_right) x = std::max(kPaperInset, paper_right - line.width);
     }
-    EmitLine(line, x, y_, f, size, color, std::nullopt);
+    EmitLine(line, x, y_, f, size, color, std::nullopt, style_.size);
     x_ = x + line.width;
   }
 }
@@ -474,10 +473,11 @@ void PrintSurface::TextBox(std::string_view raw, Length x, Length y, Length widt
     // Lines wholly outside the box are cut off here; the clip does the rest.
     if (line_top + lh <= box.y || line_top >= box.y + box.height) continue;
     if (h == 3) {
-      EmitLine(Justify(lines[i], measure, box.width), box.x, line_top, f, size, color, clip);
+      EmitLine(Justify(lines[i], measure, box.width), box.x, line_top, f, size, color, clip,
+               style_.size);
     } else {
       EmitLine(lines[i], box.x + AlignOffset(h, box.width, lines[i].width), line_top, f, size,
-               color, clip);
+               color, clip, style_.size);
     }
   }
 }

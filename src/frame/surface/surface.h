@@ -179,7 +179,8 @@ class PrintSurface {
   // heading, a group's name line or the last row before a closing note, and
   // the surface moves that to the next page rather than leave it alone at a
   // page's foot. Marks chain: a heading marked after a heading marked keeps
-  // both with what follows, and blank paragraphs between stay in the chain.
+  // both with what follows. Blank paragraphs are spacing: they stay in a
+  // chain, and a mark set after one refers to what was written before it.
   // When the next thing is a table that runs onto further pages, a heading
   // kept with it is repeated above its header there. `NewPage` drops the
   // mark; where a whole chain would not fit on one page it stays where it is.
@@ -217,8 +218,11 @@ class PrintSurface {
   FontHandle Font(const std::string& family, bool bold, bool italic);
   FontHandle CurrentFont() { return Font(style_.family, style_.bold, style_.italic); }
   MeasureFn Measurer(const FontMetrics* m, double size) const;
+  // Text set smaller than its line (`size` below `line_size`) sits on the
+  // line's baseline, so a row or a line still reads as one.
   void EmitLine(const TextLine& line, Twips x, Twips top, const FontHandle& f, double size,
-                render::Rgb color, const std::optional<render::Box>& clip);
+                render::Rgb color, const std::optional<render::Box>& clip,
+                double line_size = 0);
   void LayOutTable(Table& table, bool draw);
 
   // Where a paragraph, a table row or a chain of them starts: its page, the
@@ -247,7 +251,7 @@ class PrintSurface {
   // it. Returns where the unit starts.
   Mark BeginUnit(Twips need);
   // The end of a paragraph or table whose last line or row starts at `last`;
-  // a blank paragraph keeps a waiting chain waiting.
+  // a blank paragraph changes nothing.
   void EndUnit(const Mark& last, bool blank);
   // Moves what was drawn on the current page from `from` on, at or below its
   // top, to the top of a new page.

@@ -331,7 +331,7 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       const Twips line_top = top + lh * double(i);
       if (line_top >= box.y + box.height) break;
       EmitLine(lines[i], text_x + AlignOffset(h, text_room, lines[i].width), line_top, cf.font,
-               cl.size, color, clip);
+               cl.size, color, clip, cf.size);
     }
     angle_ = keep_angle;
   };
