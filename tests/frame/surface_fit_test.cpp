@@ -9,11 +9,7 @@
 namespace orv::frame {
 namespace {
 
-using testing::Lines;
-using testing::Open;
-using testing::RunOf;
-using testing::Runs;
-using testing::Texts;
+using namespace testing;
 
 std::vector<render::ScaledBlock> Scales(const render::Page& page) {
   std::vector<render::ScaledBlock> out;

@@ -9,52 +9,10 @@
 namespace orv::frame {
 namespace {
 
-using testing::Lines;
-using testing::Open;
-using testing::RunOf;
-using testing::Runs;
-using testing::Texts;
+using namespace testing;
 
-// Rows 100 tall on pages whose rows run from 1000 to 1450 (four rows).
-TEST(TableLayout, RowsKeptWithTheNext) {
-  struct Case {
-    const char* name;
-    int rows;
-    int header_rows;
-    double start;
-    std::vector<bool> keep;
-    std::vector<std::pair<int, double>> want;  // page and y of every row
-  } cases[] = {
-      {"a group row at the foot moves with its first member",
-       4, 0, 1100, {false, false, true, false},
-       {{0, 1100}, {0, 1200}, {1, 1000}, {1, 1100}}},
-      {"the row before the totals goes with them",
-       5, 0, 1000, {false, false, false, true, false},
-       {{0, 1000}, {0, 1100}, {0, 1200}, {1, 1000}, {1, 1100}}},
-      {"a chain of kept rows moves whole",
-       5, 0, 1000, {false, true, true, true, false},
-       {{0, 1000}, {1, 1000}, {1, 1100}, {1, 1200}, {1, 1300}}},
-      {"a chain that fills its page from the top stays",
-       6, 0, 1000, {true, true, true, true, false, false},
-       {{0, 1000}, {0, 1100}, {0, 1200}, {0, 1300}, {1, 1000}, {1, 1100}}},
-      {"a chain that reaches the header takes the header along",
-       3, 1, 1200, {false, true, false},
-       {{1, 1000}, {1, 1100}, {1, 1200}}},
-      {"a kept row after a break comes under the repeated header",
-       6, 1, 1000, {false, false, false, true, false, false},
-       {{0, 1000}, {0, 1100}, {0, 1200}, {1, 1100}, {1, 1200}, {1, 1300}}},
-  };
-  for (const auto& c : cases) {
-    PlacementRules rules;
-    rules.header_rows = c.header_rows;
-    rules.keep_with_next = c.keep;
-    const auto p = PlaceRows(std::vector<Twips>(c.rows, Twips(100)), rules, Twips(c.start),
-                             Twips(1000), Twips(1450));
-    std::vector<std::pair<int, double>> got;
-    for (const auto& r : p.rows) got.push_back({r.page, r.y.value()});
-    EXPECT_EQ(got, c.want) << c.name;
-  }
-  // A heading repeated with the header pushes the continued rows down.
+// A heading repeated with the header block pushes the continued rows down.
+TEST(TableLayout, RepeatedLeadAboveTheHeader) {
   PlacementRules lead;
   lead.header_rows = 1;
   lead.repeat_lead = Twips(50);
