@@ -166,6 +166,13 @@ TEST_F(SurfaceFit, FreeTextStaysWholeAndInsideThePaper) {
   const auto inline_run = RunOf(s.Document().pages[0], "Balance Due($): 3,630.00");
   EXPECT_LE((inline_run.x + inline_run.width).value(),
             (s.PageWidth() - PrintSurface::kPaperInset).value() + 1e-6);
+  // A right-aligned box reaching past the paper ends its text inside it.
+  s.TextAlign(2);
+  s.TextBox("Page 1 of 2", s.PageWidth() - Twips::Inches(2), s.CurrentY() + Twips(500),
+            Twips::Inches(3), Twips::Inches(0.5));
+  const auto boxed = RunOf(s.Document().pages[0], "Page 1 of 2");
+  EXPECT_NEAR((boxed.x + boxed.width).value(),
+              (s.PageWidth() - PrintSurface::kPaperInset).value(), 1e-6);
 }
 
 TEST_F(SurfaceFit, CombiningAccentsAreComposedBeforeMeasuring) {

@@ -452,7 +452,11 @@ void PrintSurface::TextBox(std::string_view raw, Length x, Length y, Length widt
   const std::string_view text = Composed(raw, holder);
   const FontHandle f = CurrentFont();
   const Twips lh = f.metrics->LineHeight(style_.size);
-  const render::Box box{x, y, width, height};
+  // A box that runs off the paper is cut at the band a printer leaves
+  // blank, so its text wraps and aligns inside the paper.
+  render::Box box{x, y, width, height};
+  const Twips paper_right = PageWidth() - kPaperInset;
+  if (box.x + box.width > paper_right && box.x < paper_right) box.width = paper_right - box.x;
   double size = style_.size;
   auto lines = BreakLines(text, Measurer(f.metrics, size), box.width, box.width);
   // A word wider than the box is set smaller to stay whole in it.
