@@ -182,7 +182,7 @@ void clsReports::rptInvoice(int32_t ID, std::string Name, std::string Address) {
   clsCommonFunctions& cf = Common();
   db::Recordset rs = Open(InvoiceShape(ID));
   if (rs.Eof()) {
-    Host().MsgBox(kNoInvoice, host::vbOKOnly, "");
+    Host().ShowFailure(kNoInvoice, host::vbOKOnly, "");
     return;
   }
   AccountModel model(conn(), InterestRate);
@@ -234,7 +234,7 @@ void clsReports::rptInvoiceStatement(int32_t ID, std::string Name, std::string A
   clsCommonFunctions& cf = Common();
   db::Recordset rs = Open(InvoiceShape(ID));
   if (rs.Eof()) {
-    Host().MsgBox(kNoInvoice, host::vbOKOnly, "");
+    Host().ShowFailure(kNoInvoice, host::vbOKOnly, "");
     return;
   }
   AccountModel model(conn(), InterestRate);
@@ -334,7 +334,7 @@ void clsReports::rptReceipt(int32_t ID, std::string Name, std::string Address) {
         "ON Invoices.PatientID = Patient.ID}  AS rptReceiptDetails RELATE 'ID' TO "
         "'InvoicePaymentID') AS rptReceiptDetails");
     if (rs.Eof()) {
-      Host().MsgBox(kNoInvoice, host::vbOKOnly, "");
+      Host().ShowFailure(kNoInvoice, host::vbOKOnly, "");
       return;
     }
     db::Recordset details = rs["rptReceiptDetails"].Chapter();

@@ -116,7 +116,7 @@ void clsReports::rptAppointmentCard(int32_t ID, std::string Header, std::string 
       "PatientAppointments.ProcedureCat = ProcedureCategories.ID WHERE PatientAppointments.ID = " +
       std::to_string(ID));
   if (rs.Eof()) {
-    Host().MsgBox(kNoAppointment, host::vbOKOnly, "");
+    Host().ShowFailure(kNoAppointment, host::vbOKOnly, "");
     return;
   }
   bool hide = HideFinancial(*this);
@@ -227,7 +227,7 @@ void clsReports::rptFamilyAppointmentsDetailed(int32_t ID, std::string OfficeNam
       ID));
   rs.Filter(Variant(ComingFilter()));
   if (rs.Eof()) {
-    Host().MsgBox(kNoAppointment, host::vbOKOnly, "");
+    Host().ShowFailure(kNoAppointment, host::vbOKOnly, "");
     return;
   }
   bool hide = HideFinancial(*this);

@@ -4,7 +4,10 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <filesystem>
 #include <map>
+
+#include <unistd.h>
 
 #include "common/errors.h"
 #include "platform/host/files.h"
@@ -44,7 +47,10 @@ PreviewForm::PreviewForm() {
   notify_ = [](const std::string& m) { std::fprintf(stderr, "%s\n", m.c_str()); };
 }
 
-PreviewForm::~PreviewForm() { VSP.SetHost(nullptr); }
+PreviewForm::~PreviewForm() {
+  DiscardWrites();
+  VSP.SetHost(nullptr);
+}
 
 void PreviewForm::Show() {
   visible_ = true;
@@ -60,22 +66,83 @@ void PreviewForm::Visible(bool visible) {
   visible_ = visible;
 }
 
+bool PreviewForm::IsKnownOutput(const std::string& path) {
+  return EndsWith(path, ".pdf") || EndsWith(path, ".png") || EndsWith(path, ".txt");
+}
+
+void PreviewForm::SetOutput(std::string path) {
+  if (!path.empty() && !IsKnownOutput(path)) {
+    throw ReportError(5, "The output " + path + " has no known kind: name it .pdf, .png or .txt");
+  }
+  output_ = std::move(path);
+}
+
+std::string PreviewForm::Staged(const std::string& target) {
+  // Beside the target (same folder, so the rename stays on one file
+  // system), hidden, unique to this process, with the target's extension
+  // so the renderer picks the same format.
+  std::filesystem::path t(target);
+  std::string name = "." + t.filename().string() + ".part-" + std::to_string(::getpid()) + "-" +
+                     std::to_string(pending_.size() + written_.size()) + t.extension().string();
+  return (t.parent_path() / name).string();
+}
+
+void PreviewForm::Commit(const std::string& staged, const std::string& target) {
+  if (hold_) {
+    pending_.emplace_back(staged, target);
+    return;
+  }
+  std::error_code ec;
+  std::filesystem::rename(staged, target, ec);
+  if (ec) {
+    std::filesystem::remove(staged, ec);
+    throw ReportError(75, "Path/File access error: " + target);
+  }
+  written_.push_back(target);
+}
+
+void PreviewForm::CommitWrites() {
+  hold_ = false;
+  auto pending = std::move(pending_);
+  pending_.clear();
+  for (const auto& [staged, target] : pending) Commit(staged, target);
+}
+
+void PreviewForm::DiscardWrites() {
+  std::error_code ec;
+  for (const auto& [staged, target] : pending_) std::filesystem::remove(staged, ec);
+  pending_.clear();
+}
+
 void PreviewForm::WriteDocument(const std::string& path) {
   const render::Document& doc = VSP.Document();
+  // Writes one file under its temporary name; a failed write leaves no
+  // temporary file behind.
+  auto write = [&](const std::string& target, const std::function<void(const std::string&)>& render) {
+    std::string staged = Staged(target);
+    try {
+      render(staged);
+    } catch (...) {
+      std::error_code ec;
+      std::filesystem::remove(staged, ec);
+      throw;
+    }
+    Commit(staged, target);
+  };
   if (EndsWith(path, ".png")) {
     for (int p = 1; p <= static_cast<int>(doc.pages.size()); ++p) {
       std::string file = p == 1 ? path : WithSuffix(path, "-" + std::to_string(p), ".png");
-      render::RenderPng(doc, p, 96, file);
-      written_.push_back(file);
+      write(file, [&](const std::string& f) { render::RenderPng(doc, p, 96, f); });
     }
   } else if (EndsWith(path, ".txt")) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    if (!out) throw ReportError(75, "Path/File access error: " + path);
-    out << DocumentText(doc);
-    written_.push_back(path);
+    write(path, [&](const std::string& f) {
+      std::ofstream out(f, std::ios::binary | std::ios::trunc);
+      out << DocumentText(doc);
+      out.flush();
+      if (!out) throw ReportError(75, "Path/File access error: " + path);
+    });
   } else {
-    render::RenderPdf(doc, path);
-    written_.push_back(path);
+    write(path, [&](const std::string& f) { render::RenderPdf(doc, f); });
   }
 }
 
@@ -83,12 +150,14 @@ void PreviewForm::Print(const render::Document& doc, bool ask) {
   ++print_count_;
   if (ask && ShowDialog(0) == 0) return;
   std::string printer = selected_printer_.empty() ? printer_ : selected_printer_;
+  // Without a printer the job goes where the host asked the document to
+  // go, in that file's format; the person is told that nothing printed.
   std::string file = print_file_;
-  if (file.empty()) file = output_.empty() ? "printed.pdf" : WithSuffix(output_, "-printed", ".pdf");
+  if (file.empty()) file = output_.empty() ? "printed.pdf" : output_;
   if (printer.empty()) {
-    render::RenderPdf(doc, file);
-    written_.push_back(file);
-    notify_("No printer is set up; the document was written to " + file);
+    printed_to_file_ = true;
+    WriteDocument(file);
+    notify_("No printer was set; the document was written to " + file + " instead");
     return;
   }
   // Print through CUPS: render to a temporary PDF and hand it to lp.
@@ -100,8 +169,9 @@ void PreviewForm::Print(const render::Document& doc, bool ask) {
   std::remove(pdf.c_str());
   std::remove(tmp.c_str());
   if (!ok) {
-    render::RenderPdf(doc, file);
-    written_.push_back(file);
+    // The job is lost to the printer; the host has to know the run failed.
+    print_refused_ = true;
+    WriteDocument(file);
     notify_("The printer " + printer + " did not take the document; it was written to " + file);
   }
 }

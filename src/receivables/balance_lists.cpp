@@ -288,10 +288,10 @@ void clsReports::rptUnAppliedPayments(DateTime dtEndDate, std::string UserName) 
     vsp.EndDoc();
     Form().Show();
   } catch (const ReportError& e) {
-    Host().MsgBox(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly,
+    Host().ShowFailure(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly,
                   " Error in Class clsReport.rptUnAppliedPayments");
   } catch (const std::exception& e) {
-    Host().MsgBox(std::string("0: ") + e.what(), host::vbOKOnly,
+    Host().ShowFailure(std::string("0: ") + e.what(), host::vbOKOnly,
                   " Error in Class clsReport.rptUnAppliedPayments");
   }
 }
@@ -362,10 +362,10 @@ void clsReports::srptUnAppliedPayments(DateTime dtEndDate, std::string UserName,
     vsp.Text("");
     vsp.Text("Total Unapplied Payments: " + Format(Variant(total), "Currency"));
   } catch (const ReportError& e) {
-    Host().MsgBox(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly,
+    Host().ShowFailure(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly,
                   " Error in Class clsReport.srptUnAppliedPayments");
   } catch (const std::exception& e) {
-    Host().MsgBox(std::string("0: ") + e.what(), host::vbOKOnly,
+    Host().ShowFailure(std::string("0: ") + e.what(), host::vbOKOnly,
                   " Error in Class clsReport.srptUnAppliedPayments");
   }
 }

@@ -38,6 +38,20 @@ class HostServices {
   virtual int MousePointer() const = 0;
   // Lets the host run its pending events (DoEvents).
   virtual void DoEvents() = 0;
+
+  // Shows a message that says a report did not do its work (a trap's box,
+  // an input the report refused) and marks the run failed. A host that
+  // runs unattended reads the mark after the call instead of reading the
+  // message's words, whose wording differs from report to report.
+  int ShowFailure(const std::string& prompt, int buttons = vbOKOnly, const std::string& title = "") {
+    failure_shown_ = true;
+    return MsgBox(prompt, buttons, title);
+  }
+  bool FailureShown() const { return failure_shown_; }
+  void ClearFailure() { failure_shown_ = false; }
+
+ private:
+  bool failure_shown_ = false;
 };
 
 // Command-line host: prints each message to stderr and answers `answer`
