@@ -16,7 +16,7 @@ namespace orv::app {
 const std::vector<MethodSignature>& MethodCatalog() {
   static const std::vector<MethodSignature> catalog = {
       {"SetPrintPreview", "theFrm: object", "", "Component", "Hands the component its preview form (the command line does this itself).", "", ""},
-      {"ReturnOfficeValue", "fld: String", "Variant", "Component", "Prints one column of the workstation's office (setting CurrentOffice).", "OfficeName", "fld: a column of OfficeInformation, e.g. OfficeName, Phone"},
+      {"ReturnOfficeValue", "fld: String", "Variant", "Component", "Prints one column of the workstation's office (setting CurrentOffice).", "Name", "fld: a column of OfficeInformation, e.g. Name, Phone, StatementFooter"},
       {"ReturnAddressPart", "Address: String, Part: AddressParts", "String", "Component", "Prints one part of a multi-line address.", "\"$(printf '12 Main St\\r\\nOttawa, ON\\r\\nK1A 0B1')\" City", "Address: lines ended by CR LF: street, [second street], \"City, Prov\", postal code"},
       {"rptPatientListDetailed", "txtfilter: String", "", "Directory lists", "Patients with contacts, insurance and notes, one block each.", "\"ID < 40\"", ""},
       {"rptInsuranceCompanyList", "txtfilter: String, UserName: String", "", "Directory lists", "Insurance companies with addresses and CDA numbers.", "0 desk", ""},
@@ -205,8 +205,8 @@ std::string ParamForm(const Param& p) {
   if (t == "String" || t == "Variant") {
     std::string l = vb::LCase(p.name);
     if (l.find("filter") != std::string::npos)
-      return "a SQL condition in quotes, e.g. \"ProviderID = 3\"; 0 or \"\" for none";
-    return "text, in quotes when it holds blanks, e.g. \"Demo Dental\"";
+      return "a SQL condition in quotes; 0 or \"\" for none";
+    return "text, in quotes when it holds blanks";
   }
   if (t == "Long") return "a whole number from -2147483648 to 2147483647, e.g. 12";
   if (t == "Integer") return "a whole number from -32768 to 32767, e.g. 10";

@@ -164,10 +164,17 @@ std::string DatabaseFile(const std::string& url) {
   return db::SqlitePath(url);
 }
 
+// The path with ".", ".." and symbolic links resolved as far as it exists,
+// from the working folder for a relative one.
+fs::path Resolved(const fs::path& p) {
+  std::error_code ec;
+  return fs::weakly_canonical(fs::absolute(p, ec), ec);
+}
+
 bool SamePath(const fs::path& a, const fs::path& b) {
   std::error_code ec1, ec2;
   if (fs::exists(a, ec1) && fs::exists(b, ec2)) return fs::equivalent(a, b, ec1);
-  return fs::weakly_canonical(a, ec1) == fs::weakly_canonical(b, ec2);
+  return Resolved(a) == Resolved(b);
 }
 
 // True when writing `out` (or, for PNG, one of its numbered pages) would
@@ -180,8 +187,7 @@ bool OutputHitsDatabase(const std::string& out, const std::string& database) {
     if (SamePath(out, db_file)) return true;
     if (vb::LCase(fs::path(out).extension().string()) == ".png") {
       // Pages 2 and on go to NAME-2.png, NAME-3.png ...
-      std::error_code ec;
-      fs::path o = fs::weakly_canonical(out, ec), d = fs::weakly_canonical(db_file, ec);
+      fs::path o = Resolved(out), d = Resolved(db_file);
       std::regex page(std::regex_replace(o.stem().string(), std::regex(R"([.^$|()\[\]{}*+?\\])"), R"(\$&)") +
                           R"(-\d+\.png)",
                       std::regex::icase);
@@ -306,12 +312,8 @@ int RunReportHost(const std::vector<std::string>& args) {
     return 2;
   }
 
-  // The output: a known kind, never a database the run reads.
+  // The output: never a database the run reads, and of a known kind.
   if (inv.out.empty()) inv.out = "out/" + std::string(sig->name) + ".pdf";
-  if (!PreviewForm::IsKnownOutput(inv.out)) {
-    Say("orvenda-reports: --out " + inv.out + " has no known kind: name it .pdf, .png or .txt");
-    return 2;
-  }
   std::vector<std::string> databases{DatabaseFile(inv.db)};
   for (const auto& [key, val] : inv.settings) {
     std::string k = vb::LCase(key);
@@ -324,6 +326,10 @@ int RunReportHost(const std::vector<std::string>& args) {
           " that the report reads; choose another file");
       return 2;
     }
+  }
+  if (!PreviewForm::IsKnownOutput(inv.out)) {
+    Say("orvenda-reports: --out " + inv.out + " has no known kind: name it .pdf, .png or .txt");
+    return 2;
   }
   if (std::string file = DatabaseFile(inv.db); !file.empty() && db::UnknownScheme(inv.db).empty() &&
                                                !fs::exists(file)) {
@@ -436,10 +442,49 @@ int RunList(const std::vector<std::string>&) {
   return 0;
 }
 
+// The words of a catalogue example as the shell passes them: blanks split,
+// double and single quotes group (and stay, so the word reads as typed),
+// "$(...)" is one word.
+std::vector<std::string> ExampleWords(const std::string& text) {
+  std::vector<std::string> words;
+  std::string word;
+  bool in_word = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    char c = text[i];
+    if (c == ' ' && in_word) {
+      words.push_back(word);
+      word.clear();
+      in_word = false;
+      continue;
+    }
+    if (c == ' ') continue;
+    in_word = true;
+    if (c == '"' || c == '\'') {
+      size_t end = text.find(c, i + 1);
+      if (end == std::string::npos) end = text.size() - 1;
+      word += text.substr(i, end - i + 1);
+      i = end;
+    } else if (c == '$' && i + 1 < text.size() && text[i + 1] == '(') {
+      size_t end = text.find(')', i);
+      // The closing parenthesis of "$(printf '...')" follows the quote.
+      size_t quote = text.find('\'', i);
+      if (quote != std::string::npos && quote < end) end = text.find(')', text.find('\'', quote + 1));
+      if (end == std::string::npos) end = text.size() - 1;
+      word += text.substr(i, end - i + 1);
+      i = end;
+    } else {
+      word += c;
+    }
+  }
+  if (in_word) words.push_back(word);
+  return words;
+}
+
 // One example command line of a method, on the demo practice.
 std::string ExampleRun(const MethodSignature& m) {
-  std::string out = "out/" + std::string(m.name) + ".pdf";
-  return "orvenda-reports --today 2026-11-20 --office 1 --user desk --out " + out + " " + m.name +
+  // A method with a result prints it; the others write a document.
+  std::string out = *m.result ? "" : " --out out/" + std::string(m.name) + ".pdf";
+  return "orvenda-reports --today 2026-11-20 --office 1 --user desk" + out + " " + m.name +
          (*m.example ? " " + std::string(m.example) : "");
 }
 
@@ -471,13 +516,16 @@ int RunHelp(const std::vector<std::string>& args) {
                 "  footed like a report.\n");
   if (*m->result) std::printf("  It prints its result on standard output.\n");
   std::vector<Param> params = ParseParams(m->params);
+  std::vector<std::string> example = ExampleWords(m->example);
   std::printf("\nParameters, in order (a bare argument fills the next one; --arg Name=Value any one):\n");
   if (params.empty()) std::printf("  none\n");
-  for (const auto& p : params) {
+  for (size_t k = 0; k < params.size(); ++k) {
+    const Param& p = params[k];
     std::string meaning = ParamMeaning(*m, p);
     std::printf("  %s%s  %s%s%s\n", p.name.c_str(), p.optional ? " (optional)" : "", p.type.c_str(),
                 meaning.empty() ? "" : ": ", meaning.c_str());
-    std::printf("      written as %s\n", ParamForm(p).c_str());
+    std::printf("      written as %s%s%s\n", ParamForm(p).c_str(),
+                k < example.size() ? "; in the example: " : "", k < example.size() ? example[k].c_str() : "");
   }
   if (built) {
     std::printf("\nExample on the demo practice (orvenda-reports demo-db %s %s):\n  %s\n",

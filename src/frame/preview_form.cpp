@@ -40,6 +40,13 @@ std::string Quote(const std::string& s) {
   return q + "'";
 }
 
+// True for an existing file that begins as every SQLite database does.
+bool IsDatabaseFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  char head[16] = {};
+  return in && in.read(head, sizeof head) && std::string(head, sizeof head) == std::string("SQLite format 3\0", 16);
+}
+
 }  // namespace
 
 PreviewForm::PreviewForm() {
@@ -88,6 +95,12 @@ std::string PreviewForm::Staged(const std::string& target) {
 }
 
 void PreviewForm::Commit(const std::string& staged, const std::string& target) {
+  // A document never replaces a database, whatever the output was called.
+  if (IsDatabaseFile(target)) {
+    std::error_code ec;
+    std::filesystem::remove(staged, ec);
+    throw ReportError(75, target + " is a database; a document is not written over it");
+  }
   if (hold_) {
     pending_.emplace_back(staged, target);
     return;
