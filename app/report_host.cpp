@@ -342,9 +342,11 @@ int RunReportHost(const std::vector<std::string>& args) {
           " (make one with 'orvenda-reports demo-db FILE', or copy one with 'orvenda-reports copy-db')");
     return 2;
   }
+  // The output's folder is made for a method that writes a document; a
+  // method with a result only prints it.
   std::error_code ec;
   fs::path outp(inv.out);
-  if (outp.has_parent_path()) fs::create_directories(outp.parent_path(), ec);
+  if (!*sig->result && outp.has_parent_path()) fs::create_directories(outp.parent_path(), ec);
 
   PreviewForm form;
   // Nothing reaches the output until the report has succeeded.
