@@ -204,14 +204,12 @@ const char* kDemoCommand = "--patients 500 --seed 1 --today 2026-11-20";
 // the packages that call these sections do.
 Variant RunInOwnDocument(clsReports& reports, PreviewForm& form, const MethodSignature& sig,
                          const std::string& user, const Invoker& invoker, const MethodArgs& margs) {
+  // The summary up to its first clause is the document's title: "Practice-
+  // wide aged list, one row per patient, ... (section)." heads the page as
+  // "Practice-wide aged list"; the section prints its own headings below.
   std::string title = sig.summary;
-  for (const char* tail : {" (section).", "."}) {
-    size_t at = title.rfind(tail);
-    if (!title.empty() && at != std::string::npos && at + std::string(tail).size() == title.size()) {
-      title.erase(at);
-      break;
-    }
-  }
+  title = title.substr(0, title.find_first_of(",.("));
+  while (!title.empty() && title.back() == ' ') title.pop_back();
   if (title.empty()) title = sig.name;
   frame::PrintSurface& vsp = form.VSP;
   vsp.Orientation(0);
