@@ -11,15 +11,14 @@
 #include <string>
 #include <vector>
 
-#include "support/shell.h"
-#include "test_paths.h"
+#include "host_support.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using Result = orv::testing::ShellResult;
 
-Result Shell(const std::string& cmd) { return orv::testing::RunShell(cmd + " 2>&1"); }
+Result Shell(const std::string& cmd) { return orv::testing::HostShell(cmd); }
 
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> out;
@@ -31,13 +30,11 @@ std::vector<std::string> Lines(const std::string& text) {
 class HostHelp : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    dir = (fs::temp_directory_path() / ("orv-help-" + std::to_string(::getpid()))).string();
-    fs::create_directories(dir);
-    Result r = Shell(app() + " demo-db " + dir + "/demo.db --patients 500 --seed 1 --today 2026-11-20");
-    ASSERT_EQ(r.status, 0) << r.out;
+    // The practice the catalogue's examples are written for.
+    dir = orv::testing::MakeDemoFolder("help", 500, 1);
   }
   static void TearDownTestSuite() { fs::remove_all(dir); }
-  static std::string app() { return ORVENDA_APP; }
+  static std::string app() { return orv::testing::HostProgram(); }
 
   // The methods `list` calls built, with the family they are listed under.
   static std::vector<std::pair<std::string, std::string>> BuiltMethods(const std::string& list) {

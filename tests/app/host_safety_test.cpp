@@ -11,15 +11,14 @@
 #include <sstream>
 #include <string>
 
-#include "support/shell.h"
-#include "test_paths.h"
+#include "host_support.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using Result = orv::testing::ShellResult;
 
-Result Shell(const std::string& cmd) { return orv::testing::RunShell(cmd + " 2>&1"); }
+Result Shell(const std::string& cmd) { return orv::testing::HostShell(cmd); }
 
 std::string Slurp(const std::string& path) {
   std::ifstream f(path, std::ios::binary);
@@ -34,10 +33,7 @@ bool IsSqliteFile(const std::string& path) { return Slurp(path).rfind(std::strin
 class HostSafety : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    suite_dir = (fs::temp_directory_path() / ("orv-safety-" + std::to_string(::getpid()))).string();
-    fs::create_directories(suite_dir);
-    Result r = Shell(app() + " demo-db " + suite_dir + "/demo.db --patients 120 --seed 3 --today 2026-11-20");
-    ASSERT_EQ(r.status, 0) << r.out;
+    suite_dir = orv::testing::MakeDemoFolder("safety", 120, 3);
   }
   static void TearDownTestSuite() { fs::remove_all(suite_dir); }
   void SetUp() override {
@@ -46,7 +42,7 @@ class HostSafety : public ::testing::Test {
     fs::copy_file(suite_dir + "/demo.db", dir + "/x.db");
   }
 
-  static std::string app() { return ORVENDA_APP; }
+  static std::string app() { return orv::testing::HostProgram(); }
   // A report on this test's copy of the practice, run from its folder.
   Result Run(const std::string& args) const {
     return Shell("cd " + dir + " && " + app() + " --db x.db --today 2026-11-20 --user desk " + args);
