@@ -20,7 +20,8 @@ std::vector<Param> ParseParams(const std::string& params) {
   size_t i = 0;
   while (i < params.size()) {
     size_t comma = params.find(',', i);
-    std::string item = vb::Trim(params.substr(i, comma == std::string::npos ? std::string::npos : comma - i));
+    std::string item =
+        vb::Trim(params.substr(i, comma == std::string::npos ? std::string::npos : comma - i));
     i = comma == std::string::npos ? params.size() : comma + 1;
     if (item.empty()) continue;
     Param p;
@@ -40,13 +41,21 @@ std::string MethodArgs::Str(size_t i) const {
   const Variant& v = values_.at(i);
   return v.IsEmpty() || v.IsNull() ? std::string() : CStr(v);
 }
-int32_t MethodArgs::Long(size_t i) const { return values_.at(i).IsEmpty() ? 0 : CLng(values_.at(i)); }
-int16_t MethodArgs::Int(size_t i) const { return static_cast<int16_t>(Long(i)); }
-bool MethodArgs::Bool(size_t i) const { return values_.at(i).IsEmpty() ? false : CBool(values_.at(i)); }
+int32_t MethodArgs::Long(size_t i) const {
+  return values_.at(i).IsEmpty() ? 0 : CLng(values_.at(i));
+}
+int16_t MethodArgs::Int(size_t i) const {
+  return static_cast<int16_t>(Long(i));
+}
+bool MethodArgs::Bool(size_t i) const {
+  return values_.at(i).IsEmpty() ? false : CBool(values_.at(i));
+}
 DateTime MethodArgs::Date(size_t i) const {
   return values_.at(i).IsEmpty() ? DateTime() : CDate(values_.at(i));
 }
-Currency MethodArgs::Cur(size_t i) const { return values_.at(i).IsEmpty() ? Currency() : CCur(values_.at(i)); }
+Currency MethodArgs::Cur(size_t i) const {
+  return values_.at(i).IsEmpty() ? Currency() : CCur(values_.at(i));
+}
 
 std::vector<int32_t> MethodArgs::LongArray(size_t i) const {
   std::vector<int32_t> out;
@@ -54,7 +63,8 @@ std::vector<int32_t> MethodArgs::LongArray(size_t i) const {
   size_t pos = 0;
   while (pos < s.size()) {
     size_t comma = s.find(',', pos);
-    std::string item = vb::Trim(s.substr(pos, comma == std::string::npos ? std::string::npos : comma - pos));
+    std::string item =
+        vb::Trim(s.substr(pos, comma == std::string::npos ? std::string::npos : comma - pos));
     pos = comma == std::string::npos ? s.size() : comma + 1;
     if (!item.empty()) out.push_back(CLng(Variant(item)));
   }
@@ -79,7 +89,8 @@ std::optional<int64_t> ParseWholeNumber(const std::string& text, int64_t min, in
 std::optional<DateTime> ParseDateArgument(const std::string& text) {
   // yyyy-mm-dd, then optionally a blank or "T" and hh:mm or hh:mm:ss. The
   // database's dates start in 1753, so earlier ones are no dates here.
-  static const std::regex form(R"((\d{4})-(\d{1,2})-(\d{1,2})(?:[ T](\d{1,2}):(\d{2})(?::(\d{2}))?)?)");
+  static const std::regex form(
+      R"((\d{4})-(\d{1,2})-(\d{1,2})(?:[ T](\d{1,2}):(\d{2})(?::(\d{2}))?)?)");
   std::smatch m;
   if (!std::regex_match(text, m, form)) return std::nullopt;
   int year = std::stoi(m[1]), month = std::stoi(m[2]), day = std::stoi(m[3]);
@@ -95,8 +106,8 @@ std::optional<DateTime> ParseDateArgument(const std::string& text) {
 
 Variant ParseArgument(const Param& p, const std::string& text) {
   auto bad = [&](const std::string& want) {
-    return std::invalid_argument("argument " + p.name + " (" + p.type + ") wants " + want + ", not '" +
-                                 text + "'");
+    return std::invalid_argument("argument " + p.name + " (" + p.type + ") wants " + want +
+                                 ", not '" + text + "'");
   };
   const std::string& t = p.type;
   if (t == "Boolean") {
@@ -133,7 +144,8 @@ Variant ParseArgument(const Param& p, const std::string& text) {
     // Plain decimal text with at most four decimals, within the money
     // type's range (a wider value would wrap).
     static const std::regex money(R"([-+]?\d{1,15}(\.\d{1,4})?)");
-    if (!std::regex_match(text, money)) throw bad("an amount with up to four decimals, e.g. 125.50");
+    if (!std::regex_match(text, money))
+      throw bad("an amount with up to four decimals, e.g. 125.50");
     try {
       return Variant(Currency::FromDecimalText(text));
     } catch (const std::exception&) {
@@ -145,7 +157,8 @@ Variant ParseArgument(const Param& p, const std::string& text) {
     size_t pos = 0;
     while (pos < text.size()) {
       size_t comma = text.find(',', pos);
-      std::string item = vb::Trim(text.substr(pos, comma == std::string::npos ? std::string::npos : comma - pos));
+      std::string item =
+          vb::Trim(text.substr(pos, comma == std::string::npos ? std::string::npos : comma - pos));
       pos = comma == std::string::npos ? text.size() : comma + 1;
       if (!item.empty() && !ParseWholeNumber(item, INT32_MIN, INT32_MAX))
         throw bad("whole numbers separated by commas, e.g. 12,14,20");

@@ -38,7 +38,8 @@ const char* kUsage =
     "       orvenda-reports help METHOD       a method's parameters and an example\n"
     "\n"
     "options (before or after the method):\n"
-    "  --db FILE|URL          the practice database (default: $ORVENDA_DB, else the demo practice)\n"
+    "  --db FILE|URL          the practice database (default: $ORVENDA_DB, else the demo "
+    "practice)\n"
     "  --out FILE             where the document goes: .pdf, .png (one file per page) or .txt;\n"
     "                         default out/METHOD.pdf. Reports that print go here too when no\n"
     "                         --printer is given.\n"
@@ -60,13 +61,16 @@ const char* kUsage =
 // A progress bar on stderr, when stderr is a terminal.
 void ShowProgress(uint8_t pct) {
   int filled = pct / 5;
-  std::fprintf(stderr, "\r[%-20s] %3d%%", std::string(static_cast<size_t>(filled), '#').c_str(), pct);
+  std::fprintf(stderr, "\r[%-20s] %3d%%", std::string(static_cast<size_t>(filled), '#').c_str(),
+               pct);
   std::fflush(stderr);
 }
 
 // Every message of the host passes here: the database's and libpq's texts
 // may quote a URL, and a password never reaches the screen.
-void Say(const std::string& text) { std::fprintf(stderr, "%s\n", db::MaskSecrets(text).c_str()); }
+void Say(const std::string& text) {
+  std::fprintf(stderr, "%s\n", db::MaskSecrets(text).c_str());
+}
 
 struct Invocation {
   std::string db = DefaultDatabase();
@@ -95,8 +99,10 @@ Invocation ParseCommandLine(const std::vector<std::string>& args) {
   for (; i < args.size(); ++i) {
     const std::string& a = args[i];
     auto word = [&] {
-      if (inv.method.empty()) inv.method = a;
-      else inv.positional.push_back(a);
+      if (inv.method.empty())
+        inv.method = a;
+      else
+        inv.positional.push_back(a);
     };
     if (only_arguments) {
       word();
@@ -114,43 +120,51 @@ Invocation ParseCommandLine(const std::vector<std::string>& args) {
     } else if (a == "--office") {
       std::string v = value(a);
       auto n = ParseWholeNumber(v, 0, INT32_MAX);
-      if (!n) throw std::invalid_argument("--office (Long) wants an office number, e.g. --office 1; not '" + v + "'");
+      if (!n)
+        throw std::invalid_argument(
+            "--office (Long) wants an office number, e.g. --office 1; not '" + v + "'");
       inv.office = static_cast<int32_t>(*n);
     } else if (a == "--interest-rate") {
       std::string v = value(a);
       char* end = nullptr;
       float r = std::strtof(v.c_str(), &end);
       if (v.empty() || *end != '\0' || !std::isfinite(r))
-        throw std::invalid_argument("--interest-rate (Single) wants a number, e.g. --interest-rate 1.5; not '" + v +
-                                    "'");
+        throw std::invalid_argument(
+            "--interest-rate (Single) wants a number, e.g. --interest-rate 1.5; not '" + v + "'");
       inv.interest_rate = r;
     } else if (a == "--interest-delay") {
       std::string v = value(a);
       auto n = ParseWholeNumber(v, INT16_MIN, INT16_MAX);
       if (!n)
-        throw std::invalid_argument("--interest-delay (Integer) wants days from -32768 to 32767, e.g. "
-                                    "--interest-delay 30; not '" + v + "'");
+        throw std::invalid_argument(
+            "--interest-delay (Integer) wants days from -32768 to 32767, e.g. "
+            "--interest-delay 30; not '" +
+            v + "'");
       inv.interest_delay = static_cast<int16_t>(*n);
     } else if (a == "--today") {
       std::string v = value(a);
       if (!ParseDateArgument(v))
-        throw std::invalid_argument("--today (Date) wants a date yyyy-mm-dd from 1753-01-01, e.g. --today "
-                                    "2026-11-20; not '" + v + "'");
+        throw std::invalid_argument(
+            "--today (Date) wants a date yyyy-mm-dd from 1753-01-01, e.g. --today "
+            "2026-11-20; not '" +
+            v + "'");
       ApplyToday(v);
     } else if (a == "--setting" || a == "--arg") {
       std::string kv = value(a);
       size_t eq = kv.find('=');
       if (eq == std::string::npos || eq == 0)
-        throw std::invalid_argument(a + " wants Name=Value, e.g. " +
-                                    (a == "--arg" ? "--arg EmployerID=3" : "--setting CurrentOffice=2") +
-                                    "; not '" + kv + "'");
+        throw std::invalid_argument(
+            a + " wants Name=Value, e.g. " +
+            (a == "--arg" ? "--arg EmployerID=3" : "--setting CurrentOffice=2") + "; not '" + kv +
+            "'");
       (a == "--arg" ? inv.named : inv.settings).emplace_back(kv.substr(0, eq), kv.substr(eq + 1));
     } else if (a == "--help" || a == "-h") {
       inv.help = true;
     } else if (a.rfind("--", 0) == 0 && a.find_first_of(" \t\r\n") == std::string::npos) {
       // A text with blanks that starts with "--" (a commented condition)
       // is an argument; a single word is a mistyped option.
-      throw std::invalid_argument("unknown option " + a + " (an argument that starts with -- goes after a lone --)");
+      throw std::invalid_argument("unknown option " + a +
+                                  " (an argument that starts with -- goes after a lone --)");
     } else {
       word();
     }
@@ -188,10 +202,12 @@ bool OutputHitsDatabase(const std::string& out, const std::string& database) {
     if (vb::LCase(fs::path(out).extension().string()) == ".png") {
       // Pages 2 and on go to NAME-2.png, NAME-3.png ...
       fs::path o = Resolved(out), d = Resolved(db_file);
-      std::regex page(std::regex_replace(o.stem().string(), std::regex(R"([.^$|()\[\]{}*+?\\])"), R"(\$&)") +
-                          R"(-\d+\.png)",
-                      std::regex::icase);
-      if (o.parent_path() == d.parent_path() && std::regex_match(d.filename().string(), page)) return true;
+      std::regex page(
+          std::regex_replace(o.stem().string(), std::regex(R"([.^$|()\[\]{}*+?\\])"), R"(\$&)") +
+              R"(-\d+\.png)",
+          std::regex::icase);
+      if (o.parent_path() == d.parent_path() && std::regex_match(d.filename().string(), page))
+        return true;
     }
   }
   return false;
@@ -233,7 +249,9 @@ struct CliHost : host::BatchHost {
 
 }  // namespace
 
-const char* ReportUsage() { return kUsage; }
+const char* ReportUsage() {
+  return kUsage;
+}
 
 std::string DefaultDatabase() {
   const char* env = std::getenv("ORVENDA_DB");
@@ -269,7 +287,8 @@ int RunReportHost(const std::vector<std::string>& args) {
   }
   auto invoker = Invokers().find(sig->name);
   if (invoker == Invokers().end()) {
-    Say("orvenda-reports: " + std::string(sig->name) + " is not built yet (see 'orvenda-reports list')");
+    Say("orvenda-reports: " + std::string(sig->name) +
+        " is not built yet (see 'orvenda-reports list')");
     return 2;
   }
 
@@ -289,7 +308,8 @@ int RunReportHost(const std::vector<std::string>& args) {
       size_t slot = params.size();
       for (size_t k = 0; k < params.size(); ++k)
         if (vb::LCase(params[k].name) == vb::LCase(name)) slot = k;
-      if (slot == params.size()) throw std::invalid_argument(sig->name + std::string(" has no parameter ") + name);
+      if (slot == params.size())
+        throw std::invalid_argument(sig->name + std::string(" has no parameter ") + name);
       if (given[slot]) throw std::invalid_argument("argument " + name + " is given twice");
       values[slot] = ParseArgument(params[slot], text);
       given[slot] = true;
@@ -302,8 +322,9 @@ int RunReportHost(const std::vector<std::string>& args) {
         given[k] = true;
         continue;
       }
-      throw std::invalid_argument("missing argument " + params[k].name + " (" + params[k].type + ") of " +
-                                  signature + "; see 'orvenda-reports help " + sig->name + "'");
+      throw std::invalid_argument("missing argument " + params[k].name + " (" + params[k].type +
+                                  ") of " + signature + "; see 'orvenda-reports help " + sig->name +
+                                  "'");
     }
   } catch (const std::exception& e) {
     Say("orvenda-reports: " + std::string(e.what()));
@@ -329,15 +350,16 @@ int RunReportHost(const std::vector<std::string>& args) {
     Say("orvenda-reports: --out " + inv.out + " has no known kind: name it .pdf, .png or .txt");
     return 2;
   }
-  if (std::string file = DatabaseFile(inv.db); !file.empty() && db::UnknownScheme(inv.db).empty() &&
-                                               !fs::exists(file)) {
+  if (std::string file = DatabaseFile(inv.db);
+      !file.empty() && db::UnknownScheme(inv.db).empty() && !fs::exists(file)) {
     if (!inv.db_given && !std::getenv("ORVENDA_DB"))
       Say("orvenda-reports: there is no practice database at " + file +
-          ".\n  Make the demo practice there with:\n    orvenda-reports demo-db " + file + " " + kDemoCommand +
-          "\n  or name a database with --db FILE|URL or the ORVENDA_DB variable.");
+          ".\n  Make the demo practice there with:\n    orvenda-reports demo-db " + file + " " +
+          kDemoCommand + "\n  or name a database with --db FILE|URL or the ORVENDA_DB variable.");
     else
       Say("orvenda-reports: there is no practice database at " + file +
-          " (make one with 'orvenda-reports demo-db FILE', or copy one with 'orvenda-reports copy-db')");
+          " (make one with 'orvenda-reports demo-db FILE', or copy one with 'orvenda-reports "
+          "copy-db')");
     return 2;
   }
   // The output's folder is made for a method that writes a document; a
@@ -360,8 +382,10 @@ int RunReportHost(const std::vector<std::string>& args) {
     if (inv.office) store.Override("Settings", "CurrentOffice", std::to_string(*inv.office));
     for (const auto& [key, val] : inv.settings) {
       size_t dot = key.find('.');
-      if (dot == std::string::npos) store.Override("Settings", key, val);
-      else store.Override(key.substr(0, dot), key.substr(dot + 1), val);
+      if (dot == std::string::npos)
+        store.Override("Settings", key, val);
+      else
+        store.Override(key.substr(0, dot), key.substr(dot + 1), val);
     }
     form.SetOutput(inv.out);
     if (!inv.printer.empty()) form.SetPrinter(inv.printer);
@@ -389,7 +413,8 @@ int RunReportHost(const std::vector<std::string>& args) {
     // whatever stood there before.
     if (cli_host.FailureShown() || form.PrintRefused()) {
       form.DiscardWrites();
-      Say("orvenda-reports: " + std::string(sig->name) + " failed (see the message above); nothing was written");
+      Say("orvenda-reports: " + std::string(sig->name) +
+          " failed (see the message above); nothing was written");
       return 1;
     }
     if (!result.IsEmpty()) std::printf("%s\n", result.IsNull() ? "Null" : CStr(result).c_str());
@@ -400,8 +425,10 @@ int RunReportHost(const std::vector<std::string>& args) {
     const auto& files = form.WrittenFiles();
     int pages = form.VSP.PageCount();
     std::string count = std::to_string(pages) + " page" + (pages == 1 ? "" : "s");
-    if (files.size() == 1) Say("wrote " + files.front() + " (" + count + ")");
-    else if (files.size() > 1) Say("wrote " + count + ": " + files.front() + " ... " + files.back());
+    if (files.size() == 1)
+      Say("wrote " + files.front() + " (" + count + ")");
+    else if (files.size() > 1)
+      Say("wrote " + count + ": " + files.front() + " ... " + files.back());
   } catch (const ReportError& e) {
     form.DiscardWrites();
     Say("\norvenda-reports: " + std::string(sig->name) + " failed: " + e.description());
@@ -420,25 +447,28 @@ int RunList(const std::vector<std::string>&) {
   // Families in the order the catalogue first names them.
   std::vector<std::string> families;
   for (const auto& m : MethodCatalog())
-    if (std::find(families.begin(), families.end(), m.family) == families.end()) families.push_back(m.family);
+    if (std::find(families.begin(), families.end(), m.family) == families.end())
+      families.push_back(m.family);
   int built = 0, total = 0;
   for (const auto& family : families) {
     std::printf("%s\n", family.c_str());
     for (const auto& m : MethodCatalog()) {
       if (m.family != family) continue;
       bool runs = Invokers().count(m.name) > 0;
-      const char* mark = runs ? "" : std::string(m.params).find(": object") != std::string::npos
-                                         ? "  [done by the host]"
-                                         : "  [not built yet]";
+      const char* mark = runs ? ""
+                         : std::string(m.params).find(": object") != std::string::npos
+                             ? "  [done by the host]"
+                             : "  [not built yet]";
       std::printf("  %-36s %s%s\n", m.name, m.summary, mark);
       ++total;
       built += runs;
     }
     std::printf("\n");
   }
-  std::printf("%d of %d methods are built. 'orvenda-reports help METHOD' shows a method's parameters and\n"
-              "an example; methods marked (section) run in a document of their own here.\n",
-              built, total);
+  std::printf(
+      "%d of %d methods are built. 'orvenda-reports help METHOD' shows a method's parameters and\n"
+      "an example; methods marked (section) run in a document of their own here.\n",
+      built, total);
   return 0;
 }
 
@@ -468,7 +498,8 @@ std::vector<std::string> ExampleWords(const std::string& text) {
       size_t end = text.find(')', i);
       // The closing parenthesis of "$(printf '...')" follows the quote.
       size_t quote = text.find('\'', i);
-      if (quote != std::string::npos && quote < end) end = text.find(')', text.find('\'', quote + 1));
+      if (quote != std::string::npos && quote < end)
+        end = text.find(')', text.find('\'', quote + 1));
       if (end == std::string::npos) end = text.size() - 1;
       word += text.substr(i, end - i + 1);
       i = end;
@@ -490,7 +521,8 @@ std::string ExampleRun(const MethodSignature& m) {
 
 int RunHelp(const std::vector<std::string>& args) {
   if (args.size() != 1) {
-    std::fprintf(stderr, "usage: orvenda-reports help METHOD   (the methods: orvenda-reports list)\n");
+    std::fprintf(stderr,
+                 "usage: orvenda-reports help METHOD   (the methods: orvenda-reports list)\n");
     return 2;
   }
   const MethodSignature* m = FindMethod(args[0]);
@@ -509,15 +541,18 @@ int RunHelp(const std::vector<std::string>& args) {
   std::printf("  %s\n  Family: %s. %s\n", m->summary, m->family,
               built ? "Built." : "Not built yet: the command line cannot run it.");
   if (std::string(m->summary).find("(printed)") != std::string::npos)
-    std::printf("  It prints: to --printer NAME when given; without a printer the document goes to\n"
-                "  --out and a note on stderr says that no printer was set.\n");
+    std::printf(
+        "  It prints: to --printer NAME when given; without a printer the document goes to\n"
+        "  --out and a note on stderr says that no printer was set.\n");
   if (DrawsIntoRunningDocument(*m))
-    std::printf("  It draws into a running document: here it runs in one of its own, headed and\n"
-                "  footed like a report.\n");
+    std::printf(
+        "  It draws into a running document: here it runs in one of its own, headed and\n"
+        "  footed like a report.\n");
   if (*m->result) std::printf("  It prints its result on standard output.\n");
   std::vector<Param> params = ParseParams(m->params);
   std::vector<std::string> example = ExampleWords(m->example);
-  std::printf("\nParameters, in order (a bare argument fills the next one; --arg Name=Value any one):\n");
+  std::printf(
+      "\nParameters, in order (a bare argument fills the next one; --arg Name=Value any one):\n");
   if (params.empty()) std::printf("  none\n");
   for (size_t k = 0; k < params.size(); ++k) {
     const Param& p = params[k];
@@ -525,7 +560,8 @@ int RunHelp(const std::vector<std::string>& args) {
     std::printf("  %s%s  %s%s%s\n", p.name.c_str(), p.optional ? " (optional)" : "", p.type.c_str(),
                 meaning.empty() ? "" : ": ", meaning.c_str());
     std::printf("      written as %s%s%s\n", ParamForm(p).c_str(),
-                k < example.size() ? "; in the example: " : "", k < example.size() ? example[k].c_str() : "");
+                k < example.size() ? "; in the example: " : "",
+                k < example.size() ? example[k].c_str() : "");
   }
   if (built) {
     std::printf("\nExample on the demo practice (orvenda-reports demo-db %s %s):\n  %s\n",
@@ -534,11 +570,12 @@ int RunHelp(const std::vector<std::string>& args) {
   return 0;
 }
 
-CommandRegistrar list_command({"list", "list", "Lists every method by family with what it prints, and which are built.",
-                               &RunList});
-CommandRegistrar help_command({"help", "help METHOD",
-                               "Prints a method's parameters (type, meaning, how to write them) and an example.",
-                               &RunHelp});
+CommandRegistrar list_command(
+    {"list", "list", "Lists every method by family with what it prints, and which are built.",
+     &RunList});
+CommandRegistrar help_command(
+    {"help", "help METHOD",
+     "Prints a method's parameters (type, meaning, how to write them) and an example.", &RunHelp});
 
 }  // namespace
 

@@ -1,13 +1,13 @@
 #include "frame/preview_form.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <filesystem>
+#include <fstream>
 #include <map>
-
-#include <unistd.h>
 
 #include "common/errors.h"
 #include "platform/host/files.h"
@@ -20,22 +20,26 @@ namespace {
 bool EndsWith(const std::string& s, const std::string& tail) {
   if (s.size() < tail.size()) return false;
   return std::equal(tail.rbegin(), tail.rend(), s.rbegin(), [](char a, char b) {
-    return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+    return std::tolower(static_cast<unsigned char>(a)) ==
+           std::tolower(static_cast<unsigned char>(b));
   });
 }
 
 std::string WithSuffix(const std::string& path, const std::string& suffix, const std::string& ext) {
   size_t dot = path.find_last_of('.');
   size_t slash = path.find_last_of('/');
-  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return path + suffix + ext;
+  if (dot == std::string::npos || (slash != std::string::npos && dot < slash))
+    return path + suffix + ext;
   return path.substr(0, dot) + suffix + ext;
 }
 
 std::string Quote(const std::string& s) {
   std::string q = "'";
   for (char c : s) {
-    if (c == '\'') q += "'\\''";
-    else q += c;
+    if (c == '\'')
+      q += "'\\''";
+    else
+      q += c;
   }
   return q + "'";
 }
@@ -44,7 +48,8 @@ std::string Quote(const std::string& s) {
 bool IsDatabaseFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   char head[16] = {};
-  return in && in.read(head, sizeof head) && std::string(head, sizeof head) == std::string("SQLite format 3\0", 16);
+  return in && in.read(head, sizeof head) &&
+         std::string(head, sizeof head) == std::string("SQLite format 3\0", 16);
 }
 
 }  // namespace
@@ -131,7 +136,8 @@ void PreviewForm::WriteDocument(const std::string& path) {
   const render::Document& doc = VSP.Document();
   // Writes one file under its temporary name; a failed write leaves no
   // temporary file behind.
-  auto write = [&](const std::string& target, const std::function<void(const std::string&)>& render) {
+  auto write = [&](const std::string& target,
+                   const std::function<void(const std::string&)>& render) {
     std::string staged = Staged(target);
     try {
       render(staged);
@@ -178,7 +184,8 @@ void PreviewForm::Print(const render::Document& doc, bool ask) {
   if (tmp.empty()) throw ReportError(75, "Cannot create a temporary file to print");
   std::string pdf = tmp + ".pdf";
   render::RenderPdf(doc, pdf);
-  bool ok = host::SyncShell("lp -d " + Quote(printer) + " " + Quote(pdf) + " >/dev/null 2>&1", 60000);
+  bool ok =
+      host::SyncShell("lp -d " + Quote(printer) + " " + Quote(pdf) + " >/dev/null 2>&1", 60000);
   std::remove(pdf.c_str());
   std::remove(tmp.c_str());
   if (!ok) {
@@ -189,7 +196,9 @@ void PreviewForm::Print(const render::Document& doc, bool ask) {
   }
 }
 
-int PreviewForm::ShowDialog(int kind) { return dialog_answer_; }
+int PreviewForm::ShowDialog(int kind) {
+  return dialog_answer_;
+}
 
 std::string DocumentText(const render::Document& doc) {
   std::string out;
@@ -209,7 +218,8 @@ std::string DocumentText(const render::Document& doc) {
       double end = -1;
       for (const auto* r : runs) {
         // Separate runs that do not touch by at least one blank.
-        if (end >= 0 && r->x.value() > end + 20 && (line.empty() || line.back() != ' ')) line += ' ';
+        if (end >= 0 && r->x.value() > end + 20 && (line.empty() || line.back() != ' '))
+          line += ' ';
         line += r->text;
         end = r->x.value() + r->width.value();
       }

@@ -18,7 +18,9 @@ namespace {
 namespace fs = std::filesystem;
 using Result = orv::testing::ShellResult;
 
-Result Shell(const std::string& cmd) { return orv::testing::HostShell(cmd); }
+Result Shell(const std::string& cmd) {
+  return orv::testing::HostShell(cmd);
+}
 
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> out;
@@ -46,7 +48,8 @@ class HostHelp : public ::testing::Test {
       if (!line.empty() && line[0] != ' ' && line.find("methods are built") == std::string::npos &&
           line.find("an example") == std::string::npos) {
         family = line;
-      } else if (std::regex_match(line, m, method) && m[2].str().find("[not built yet]") == std::string::npos &&
+      } else if (std::regex_match(line, m, method) &&
+                 m[2].str().find("[not built yet]") == std::string::npos &&
                  m[2].str().find("[done by the host]") == std::string::npos) {
         built.emplace_back(m[1], family);
       }
@@ -69,11 +72,13 @@ TEST_F(HostHelp, ListGroupsEveryMethodByFamilyWithALine) {
   // A handful of families, not one heading per method.
   EXPECT_GE(families.size(), 5u);
   EXPECT_LT(families.size(), built.size());
-  for (const char* expected : {"Statements", "Receivables", "Invoices and receipts", "Directory lists"})
+  for (const char* expected :
+       {"Statements", "Receivables", "Invoices and receipts", "Directory lists"})
     EXPECT_EQ(families.count(expected), 1u) << expected << "\n" << list.out;
   // Every method line carries a description after its name.
   for (const auto& line : Lines(list.out)) {
-    if (line.rfind("  ", 0) == 0) EXPECT_TRUE(std::regex_match(line, std::regex(R"(  \w+ +\S.*)"))) << line;
+    if (line.rfind("  ", 0) == 0)
+      EXPECT_TRUE(std::regex_match(line, std::regex(R"(  \w+ +\S.*)"))) << line;
   }
 }
 
@@ -83,12 +88,14 @@ TEST_F(HostHelp, HelpDescribesEveryParameter) {
     std::vector<std::string> says;
   } cases[] = {
       {"rptReceipt",
-       {"ID  Long: the payment (InvoicePayments.ID)", "written as a whole number", "(printed)", "no printer was set",
-        "Example on the demo practice"}},
-      {"ReturnAddressPart", {"Part  AddressParts", "Street1=0 Street2=1 City=2 Prov=3 Postal=4", "standard output"}},
+       {"ID  Long: the payment (InvoicePayments.ID)", "written as a whole number", "(printed)",
+        "no printer was set", "Example on the demo practice"}},
+      {"ReturnAddressPart",
+       {"Part  AddressParts", "Street1=0 Street2=1 City=2 Prov=3 Postal=4", "standard output"}},
       {"rptStatements",
-       {"dtStart  Date", "written as a date yyyy-mm-dd", "PatientIDs  array of Long", "written as numbers separated by commas",
-        "Family  Boolean: one statement per family", "YTD (optional)  Boolean"}},
+       {"dtStart  Date", "written as a date yyyy-mm-dd", "PatientIDs  array of Long",
+        "written as numbers separated by commas", "Family  Boolean: one statement per family",
+        "YTD (optional)  Boolean"}},
       {"srptUnAppliedPayments", {"runs in one of its own", "strFilter (optional)  String"}},
       {"rptPatientsWithABalance", {"SortType (optional)  Integer: 0 by provider, 1 by overseer"}},
   };
@@ -113,8 +120,9 @@ TEST_F(HostHelp, EveryBuiltMethodRunsFromItsExample) {
     SCOPED_TRACE(name);
     Result help = Shell(app() + " help " + name);
     auto lines = Lines(help.out);
-    auto at = std::find_if(lines.begin(), lines.end(),
-                           [](const std::string& l) { return l.rfind("Example on the demo practice", 0) == 0; });
+    auto at = std::find_if(lines.begin(), lines.end(), [](const std::string& l) {
+      return l.rfind("Example on the demo practice", 0) == 0;
+    });
     ASSERT_TRUE(at != lines.end() && at + 1 != lines.end()) << help.out;
     std::string example = *(at + 1);
     ASSERT_EQ(example.rfind("  orvenda-reports ", 0), 0u) << example;
@@ -122,7 +130,8 @@ TEST_F(HostHelp, EveryBuiltMethodRunsFromItsExample) {
     Result r = Shell(app() + example.substr(17) + " --db " + dir + "/demo.db --out " + out);
     EXPECT_EQ(r.status, 0) << example << "\n" << r.out;
     EXPECT_TRUE(fs::exists(out) || (r.out.find("wrote") == std::string::npos && !r.out.empty()))
-        << example << "\n" << r.out;
+        << example << "\n"
+        << r.out;
   }
 }
 
@@ -138,10 +147,12 @@ TEST_F(HostHelp, DefaultDatabaseIsFoundTheSameWayEverywhere) {
 
   Result missing = Shell("cd / && ORVENDA_DB=" + dir + "/none.db " + app() + " rptFeeGuide 1 desk");
   EXPECT_EQ(missing.status, 2) << missing.out;
-  EXPECT_NE(missing.out.find("no practice database at " + dir + "/none.db"), std::string::npos) << missing.out;
+  EXPECT_NE(missing.out.find("no practice database at " + dir + "/none.db"), std::string::npos)
+      << missing.out;
   EXPECT_NE(missing.out.find("demo-db"), std::string::npos) << missing.out;
   EXPECT_FALSE(fs::exists(dir + "/none.db"));
-  Result from_env = Shell("cd / && ORVENDA_DB=" + dir + "/demo.db " + app() + " --out " + dir + "/env.pdf rptFeeGuide 1 desk");
+  Result from_env = Shell("cd / && ORVENDA_DB=" + dir + "/demo.db " + app() + " --out " + dir +
+                          "/env.pdf rptFeeGuide 1 desk");
   EXPECT_EQ(from_env.status, 0) << from_env.out;
 }
 

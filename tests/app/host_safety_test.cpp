@@ -18,7 +18,9 @@ namespace {
 namespace fs = std::filesystem;
 using Result = orv::testing::ShellResult;
 
-Result Shell(const std::string& cmd) { return orv::testing::HostShell(cmd); }
+Result Shell(const std::string& cmd) {
+  return orv::testing::HostShell(cmd);
+}
 
 std::string Slurp(const std::string& path) {
   std::ifstream f(path, std::ios::binary);
@@ -27,14 +29,14 @@ std::string Slurp(const std::string& path) {
   return ss.str();
 }
 
-bool IsSqliteFile(const std::string& path) { return Slurp(path).rfind(std::string("SQLite format 3\0", 16), 0) == 0; }
+bool IsSqliteFile(const std::string& path) {
+  return Slurp(path).rfind(std::string("SQLite format 3\0", 16), 0) == 0;
+}
 
 // A demo practice per suite, and a scratch folder per test.
 class HostSafety : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    suite_dir = orv::testing::MakeDemoFolder("safety", 120, 3);
-  }
+  static void SetUpTestSuite() { suite_dir = orv::testing::MakeDemoFolder("safety", 120, 3); }
   static void TearDownTestSuite() { fs::remove_all(suite_dir); }
   void SetUp() override {
     dir = suite_dir + "/" + ::testing::UnitTest::GetInstance()->current_test_info()->name();
@@ -45,12 +47,14 @@ class HostSafety : public ::testing::Test {
   static std::string app() { return orv::testing::HostProgram(); }
   // A report on this test's copy of the practice, run from its folder.
   Result Run(const std::string& args) const {
-    return Shell("cd " + dir + " && " + app() + " --db x.db --today 2026-11-20 --user desk " + args);
+    return Shell("cd " + dir + " && " + app() + " --db x.db --today 2026-11-20 --user desk " +
+                 args);
   }
   // The practice still opens and holds its patients.
   bool PracticeIntact() const {
     return IsSqliteFile(dir + "/x.db") &&
-           Shell(app() + " sql --db " + dir + "/x.db \"SELECT COUNT(*) AS N FROM Patient\"").out == "N\n120\n";
+           Shell(app() + " sql --db " + dir + "/x.db \"SELECT COUNT(*) AS N FROM Patient\"").out ==
+               "N\n120\n";
   }
   // No temporary file of an unfinished write is left in the folder.
   bool NoLeftovers() const {
@@ -77,7 +81,8 @@ TEST_F(HostSafety, OutputNeverNamesTheDatabase) {
   }
   // Nor a database named as PDF output, nor one of PNG's numbered pages.
   fs::copy_file(dir + "/x.db", dir + "/practice.pdf");
-  Result r = Shell("cd " + dir + " && " + app() + " --db practice.pdf --out ./practice.pdf rptFeeGuide 1 desk");
+  Result r = Shell("cd " + dir + " && " + app() +
+                   " --db practice.pdf --out ./practice.pdf rptFeeGuide 1 desk");
   EXPECT_EQ(r.status, 2) << r.out;
   EXPECT_TRUE(IsSqliteFile(dir + "/practice.pdf"));
   fs::copy_file(dir + "/x.db", dir + "/pages-2.png");
@@ -108,9 +113,11 @@ TEST_F(HostSafety, DemoDbRefusesAnExistingPath) {
   EXPECT_EQ(Slurp(dir + "/notes.txt"), "keep me");
   EXPECT_TRUE(fs::is_directory(dir + "/folder"));
   // --replace writes over a file, never a folder.
-  EXPECT_EQ(Shell("cd " + dir + " && " + app() + " demo-db notes.txt --patients 5 --replace").status, 0);
+  EXPECT_EQ(
+      Shell("cd " + dir + " && " + app() + " demo-db notes.txt --patients 5 --replace").status, 0);
   EXPECT_TRUE(IsSqliteFile(dir + "/notes.txt"));
-  EXPECT_NE(Shell("cd " + dir + " && " + app() + " demo-db folder --patients 5 --replace").status, 0);
+  EXPECT_NE(Shell("cd " + dir + " && " + app() + " demo-db folder --patients 5 --replace").status,
+            0);
   EXPECT_TRUE(fs::is_directory(dir + "/folder"));
   EXPECT_TRUE(NoLeftovers());
 }
@@ -123,7 +130,8 @@ TEST_F(HostSafety, AFailedRunExitsOneAndKeepsTheEarlierFile) {
   fs::copy_file(dir + "/x.db", dir + "/broken.db");
   sqlite3* db = nullptr;
   ASSERT_EQ(sqlite3_open((dir + "/broken.db").c_str(), &db), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(db, "DROP TABLE PatientAppointments", nullptr, nullptr, nullptr), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(db, "DROP TABLE PatientAppointments", nullptr, nullptr, nullptr),
+            SQLITE_OK);
   sqlite3_close(db);
   ASSERT_EQ(Run("--out good.pdf rptFeeGuide 1 desk").status, 0);
   const std::string good = Slurp(dir + "/good.pdf");
@@ -156,16 +164,23 @@ TEST_F(HostSafety, BadArgumentsAreRefusedByName) {
     const char* args;
     const char* says;  // the parameter, its type and an example
   } cases[] = {
-      {"negative year", "--today -2026-01-01 rptFeeGuide 1", "--today (Date) wants a date yyyy-mm-dd"},
-      {"date argument in slashes", "rptUnAppliedPayments 1/2/3 desk", "dtEndDate (Date) wants a date yyyy-mm-dd"},
+      {"negative year", "--today -2026-01-01 rptFeeGuide 1",
+       "--today (Date) wants a date yyyy-mm-dd"},
+      {"date argument in slashes", "rptUnAppliedPayments 1/2/3 desk",
+       "dtEndDate (Date) wants a date yyyy-mm-dd"},
       {"date before 1753", "rptUnAppliedPayments 1752-12-31 desk", "e.g. 2026-11-20"},
       {"no such day", "rptUnAppliedPayments 2026-02-30 desk", "dtEndDate (Date)"},
-      {"Integer out of range", "rptFamilyAppointmentsSummary 1 O A P H F 70000", "UnitMinutes (Integer) wants a whole number from -32768 to 32767"},
+      {"Integer out of range", "rptFamilyAppointmentsSummary 1 O A P H F 70000",
+       "UnitMinutes (Integer) wants a whole number from -32768 to 32767"},
       {"Long out of range", "rptFeeGuide 4294967297 desk", "ID (Long) wants a whole number"},
-      {"interest delay past 16 bits", "--interest-delay 40000 rptFeeGuide 1", "--interest-delay (Integer)"},
-      {"interest rate nan", "--interest-rate nan rptFeeGuide 1", "--interest-rate (Single) wants a number, e.g."},
-      {"office as a word", "--office abc rptFeeGuide 1", "--office (Long) wants an office number, e.g. --office 1"},
-      {"enumeration out of its members", "ReturnAddressPart x Town", "Part (AddressParts) wants one of Street1=0"},
+      {"interest delay past 16 bits", "--interest-delay 40000 rptFeeGuide 1",
+       "--interest-delay (Integer)"},
+      {"interest rate nan", "--interest-rate nan rptFeeGuide 1",
+       "--interest-rate (Single) wants a number, e.g."},
+      {"office as a word", "--office abc rptFeeGuide 1",
+       "--office (Long) wants an office number, e.g. --office 1"},
+      {"enumeration out of its members", "ReturnAddressPart x Town",
+       "Part (AddressParts) wants one of Street1=0"},
       {"unknown output kind", "--out report.docx rptFeeGuide 1", "name it .pdf, .png or .txt"},
       {"mistyped option", "--ofice 1 rptFeeGuide 1", "unknown option --ofice"},
   };
@@ -184,11 +199,14 @@ TEST_F(HostSafety, BadArgumentsAreRefusedByName) {
 // before or after the method, and enumerations go by name or number.
 TEST_F(HostSafety, ArgumentsByPositionByNameAndEnumeration) {
   std::string db = dir + "/x.db";
-  std::string names =
-      Shell(app() + " sql --db " + db + " --format tsv \"SELECT LastName FROM Patient WHERE EmployerID = 3\"").out;
+  std::string names = Shell(app() + " sql --db " + db +
+                            " --format tsv \"SELECT LastName FROM Patient WHERE EmployerID = 3\"")
+                          .out;
   std::string others =
-      Shell(app() + " sql --db " + db + " --format tsv \"SELECT LastName FROM Patient WHERE EmployerID <> 3 "
-                    "AND LastName NOT IN (SELECT LastName FROM Patient WHERE EmployerID = 3)\"").out;
+      Shell(app() + " sql --db " + db +
+            " --format tsv \"SELECT LastName FROM Patient WHERE EmployerID <> 3 "
+            "AND LastName NOT IN (SELECT LastName FROM Patient WHERE EmployerID = 3)\"")
+          .out;
   ASSERT_GT(names.size(), 9u) << "the demo practice has patients of employer 3";
   ASSERT_GT(others.size(), 9u);
   std::string one_of_3 = names.substr(9, names.find('\n', 9) - 9);
@@ -200,7 +218,8 @@ TEST_F(HostSafety, ArgumentsByPositionByNameAndEnumeration) {
   EXPECT_NE(text.find(one_of_3), std::string::npos) << text;
   EXPECT_EQ(text.find(not_of_3), std::string::npos) << text;
 
-  r = Run("rptPatientListSimple 0 desk T --arg ByEmployer=True --arg EmployerID=3 --out grouped.txt");
+  r = Run(
+      "rptPatientListSimple 0 desk T --arg ByEmployer=True --arg EmployerID=3 --out grouped.txt");
   EXPECT_EQ(r.status, 0) << r.out;
   EXPECT_EQ(Run("rptPatientListSimple 0 desk T --arg Nope=1").status, 2);
 
@@ -213,8 +232,9 @@ TEST_F(HostSafety, ArgumentsByPositionByNameAndEnumeration) {
 // --office is the workstation's office too, unless a setting says
 // otherwise: what ReturnOfficeValue and the statements' footers read.
 TEST_F(HostSafety, OfficeIsTheWorkstationsOffice) {
-  std::string name =
-      Shell(app() + " sql --db " + dir + "/x.db --format tsv \"SELECT Name FROM OfficeInformation WHERE ID = 1\"").out;
+  std::string name = Shell(app() + " sql --db " + dir +
+                           "/x.db --format tsv \"SELECT Name FROM OfficeInformation WHERE ID = 1\"")
+                         .out;
   ASSERT_EQ(name.rfind("Name\n", 0), 0u) << name;
   name = name.substr(5);
   ASSERT_FALSE(name.empty());
@@ -227,7 +247,8 @@ TEST_F(HostSafety, PngPagesAreAnnouncedOnce) {
   ASSERT_EQ(r.status, 0) << r.out;
   ASSERT_TRUE(fs::exists(dir + "/list-2.png")) << "the list runs to several pages";
   size_t said = 0;
-  for (size_t at = r.out.find("wrote "); at != std::string::npos; at = r.out.find("wrote ", at + 1)) ++said;
+  for (size_t at = r.out.find("wrote "); at != std::string::npos; at = r.out.find("wrote ", at + 1))
+    ++said;
   EXPECT_EQ(said, 1u) << r.out;
 }
 
@@ -244,7 +265,8 @@ TEST_F(HostSafety, PrintedReportsGoToTheNamedFile) {
 // mistyped.
 TEST(HostSecrets, NoPasswordIsEverPrinted) {
   const std::string app = ORVENDA_APP;
-  const std::string out = (fs::temp_directory_path() / ("orv-secret-" + std::to_string(::getpid()) + ".pdf")).string();
+  const std::string out =
+      (fs::temp_directory_path() / ("orv-secret-" + std::to_string(::getpid()) + ".pdf")).string();
   struct Case {
     const char* name;
     const char* url;
@@ -260,8 +282,9 @@ TEST(HostSecrets, NoPasswordIsEverPrinted) {
     SCOPED_TRACE(c.name);
     std::string url = std::string("'") + c.url + "'";
     for (const std::string& cmd :
-         {app + " --db " + url + " --out " + out + " rptFeeGuide 1 desk", app + " sql --db " + url + " \"SELECT 1\"",
-          "ORVENDA_DB=" + url + " " + app + " --help", app + " copy-db " + url + " " + out + ".db"}) {
+         {app + " --db " + url + " --out " + out + " rptFeeGuide 1 desk",
+          app + " sql --db " + url + " \"SELECT 1\"", "ORVENDA_DB=" + url + " " + app + " --help",
+          app + " copy-db " + url + " " + out + ".db"}) {
       Result r = Shell(cmd);
       EXPECT_EQ(r.out.find("Zq9"), std::string::npos) << cmd << "\n" << r.out;
       EXPECT_EQ(r.out.find("Xv7"), std::string::npos) << cmd << "\n" << r.out;

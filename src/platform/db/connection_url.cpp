@@ -28,11 +28,14 @@ std::string SchemeOf(const std::string& url) {
   return Lower(url.substr(0, i));
 }
 
-bool IsPostgresScheme(const std::string& scheme) { return scheme == "postgresql" || scheme == "postgres"; }
+bool IsPostgresScheme(const std::string& scheme) {
+  return scheme == "postgresql" || scheme == "postgres";
+}
 
 // Where a URL quoted in a message ends: at a blank or a quote.
 bool EndsToken(char c) {
-  return std::isspace(static_cast<unsigned char>(c)) || c == '"' || c == '\'' || c == '<' || c == '>';
+  return std::isspace(static_cast<unsigned char>(c)) || c == '"' || c == '\'' || c == '<' ||
+         c == '>';
 }
 
 // Drops "password=..." items from the query part of one URL.
@@ -78,7 +81,8 @@ EngineKind EngineOfUrl(const std::string& url) {
   // the first "=".
   size_t eq = url.find('=');
   if (eq != std::string::npos && eq > 0 && url.find('/') > eq) {
-    static const char* keys[] = {"host", "hostaddr", "port", "dbname", "user", "service", "sslmode"};
+    static const char* keys[] = {"host", "hostaddr", "port",   "dbname",
+                                 "user", "service",  "sslmode"};
     for (const char* k : keys)
       if (url.find(std::string(k) + "=") != std::string::npos ||
           url.find(std::string(k) + " =") != std::string::npos)
@@ -133,13 +137,15 @@ std::string MaskSecrets(const std::string& text) {
     size_t sep = text.find("://", i);
     if (sep == std::string::npos) break;
     size_t start = sep;
-    while (start > i && (std::isalnum(static_cast<unsigned char>(text[start - 1])) || text[start - 1] == '+' ||
-                         text[start - 1] == '-' || text[start - 1] == '.'))
+    while (start > i &&
+           (std::isalnum(static_cast<unsigned char>(text[start - 1])) || text[start - 1] == '+' ||
+            text[start - 1] == '-' || text[start - 1] == '.'))
       --start;
     size_t end = sep + 3;
     while (end < text.size() && !EndsToken(text[end])) ++end;
     out += text.substr(i, start - i);
-    out += start == sep ? text.substr(start, end - start) : MaskOneUrl(text.substr(start, end - start));
+    out += start == sep ? text.substr(start, end - start)
+                        : MaskOneUrl(text.substr(start, end - start));
     i = end;
   }
   out += text.substr(i);
