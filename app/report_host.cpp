@@ -245,6 +245,7 @@ struct CliHost : host::BatchHost {
   int MsgBox(const std::string& prompt, int buttons, const std::string& title) override {
     return BatchHost::MsgBox(db::MaskSecrets(prompt), buttons, db::MaskSecrets(title));
   }
+  void Note(const std::string& text) override { BatchHost::Note(db::MaskSecrets(text)); }
 };
 
 }  // namespace
