@@ -1,5 +1,9 @@
 #include "platform/sql/postgres_support.h"
 
+#include <string_view>
+
+#include "common/collation.h"
+
 namespace orv::sql {
 
 namespace {
@@ -10,6 +14,67 @@ constexpr const char* kFold =
     R"SQL(CREATE OR REPLACE FUNCTION orvenda.orv_fold(s text) RETURNS text LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $$
   SELECT translate(s, 'ABCDEFGHIJKLMNOPQRSTUVWXYZÀÁÂÃÄÅÆÇÈÉÊËÌÍÎÏÐÑÒÓÔÕÖØÙÚÛÜÝÞ',
                       'abcdefghijklmnopqrstuvwxyzàáâãäåæçèéêëìíîïðñòóôõöøùúûüýþ') $$)SQL";
+
+std::string Utf8(std::u32string_view cps) {
+  std::string out;
+  for (char32_t c : cps) collation::AppendUtf8(c, out);
+  return out;
+}
+
+// The sort key of common/collation.h, written in SQL from the same table of
+// letters, so that ORDER BY, MIN, MAX, < and > on the server order text as
+// the SQLite collation and the recordsets do (a test holds the two keys
+// equal over names of every kind):
+//   level 1  capitals folded, the ignorables dropped, each letter its base
+//            (two-letter bases by replace, the others by translate);
+//   level 2  each letter doubled where its base has two letters, the
+//            ignorables dropped, then a letter of the table its accent's
+//            weight and any other character the plain weight;
+//   level 3  each ignorable kept, any other character marked.
+std::string SortKeyFunction() {
+  using collation::Letters;
+  std::string capitals = "ABCDEFGHIJKLMNOPQRSTUVWXYZ", smalls = "abcdefghijklmnopqrstuvwxyz";
+  std::string single_from, single_to, accented, weights;
+  std::string level1 = "f", level2 = "f";
+  for (const collation::Letter& l : Letters()) {
+    std::string small = Utf8(std::u32string(1, l.small));
+    if (l.capital) {
+      capitals += Utf8(std::u32string(1, l.capital));
+      smalls += small;
+    }
+    accented += small;
+    weights += l.accent;
+    if (l.base[1] == '\0') {
+      single_from += small;
+      single_to += l.base;
+    } else {
+      level1 = "replace(" + level1 + ", '" + small + "', '" + l.base + "')";
+      level2 = "replace(" + level2 + ", '" + small + "', '" + small + small + "')";
+    }
+  }
+  std::string ignorable = Utf8(collation::kIgnorable);
+  std::string quoted_ignorable;  // apostrophes doubled for the SQL literal
+  for (char c : ignorable) quoted_ignorable += c == '\'' ? std::string("''") : std::string(1, c);
+  // In a bracket expression a hyphen is literal only at the end.
+  std::string bracket_ignorable;
+  for (char c : quoted_ignorable)
+    if (c != '-') bracket_ignorable += c;
+  bracket_ignorable += '-';
+  // Under "C": the argument may come under orv_ci, whose nondeterminism
+  // the server refuses in replace and regexp_replace.
+  std::string fold = "translate(rtrim(s COLLATE \"C\", ' '), '" + capitals + "', '" + smalls + "')";
+  auto with_fold = [&](std::string expr) {
+    for (size_t at; (at = expr.find("(f,")) != std::string::npos;) expr.replace(at + 1, 1, fold);
+    return expr;
+  };
+  return "CREATE OR REPLACE FUNCTION orvenda.orv_key(s text) RETURNS text LANGUAGE sql IMMUTABLE PARALLEL SAFE "
+         "AS $$\n  SELECT translate(" + with_fold(level1) + ", '" + single_from + quoted_ignorable + "', '" +
+         single_to + "')\n      || chr(" + std::to_string(collation::kLevelSeparator) + ")\n      || translate(" +
+         "regexp_replace(translate(" + with_fold(level2) + ", '" + quoted_ignorable + "', ''), '[^" + accented +
+         "]', '" + collation::kPlain + "', 'g'), '" + accented + "', '" + weights + "')\n      || chr(" +
+         std::to_string(collation::kLevelSeparator) + ")\n      || regexp_replace(" + fold + ", '[^" +
+         bracket_ignorable + "]', chr(" + std::to_string(collation::kCounted) + "), 'g') $$";
+}
 
 }  // namespace
 
@@ -32,10 +97,9 @@ LANGUAGE plpgsql IMMUTABLE AS $$ BEGIN RAISE EXCEPTION '%', message USING ERRCOD
   SELECT textin(bpcharout(s)) $$)SQL",
 
       kFold,
-      // The sort key of text: folded, trailing blanks dropped, compared
-      // bytewise (code points) under COLLATE "C" by the caller.
-      R"SQL(CREATE OR REPLACE FUNCTION orvenda.orv_key(s text) RETURNS text LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $$
-  SELECT rtrim(orvenda.orv_fold(s), ' ') $$)SQL",
+      // The sort key of text, compared bytewise under COLLATE "C" by the
+      // caller.
+      SortKeyFunction(),
       // MIN and MAX of text by that key.
       R"SQL(CREATE OR REPLACE FUNCTION orvenda.orv_min_step(a text, b text) RETURNS text LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $$
   SELECT CASE WHEN b IS NULL THEN a WHEN a IS NULL THEN b

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "common/collation.h"
 #include "common/datetime.h"
 #include "platform/sql/date_text.h"
 
@@ -75,35 +76,12 @@ char32_t Fold(char32_t c) {
   return c;
 }
 
-int CompareCi(const void* a, int na, const void* b, int nb) {
-  auto* pa = static_cast<const unsigned char*>(a);
-  auto* pb = static_cast<const unsigned char*>(b);
-  // Trailing blanks do not count (the server pads the shorter text).
-  while (na > 0 && pa[na - 1] == ' ') --na;
-  while (nb > 0 && pb[nb - 1] == ' ') --nb;
-  // Most text is ASCII: compare it in place.
-  int i = 0;
-  for (; i < na && i < nb && pa[i] < 0x80 && pb[i] < 0x80; ++i) {
-    int x = std::tolower(pa[i]), y = std::tolower(pb[i]);
-    if (x != y) return x < y ? -1 : 1;
-  }
-  if ((i == na || pa[i] < 0x80) && (i == nb || pb[i] < 0x80)) {
-    if (na == nb) return 0;
-    return i == na ? -1 : 1;
-  }
-  pa += i, pb += i, na -= i, nb -= i;
-  std::vector<char32_t> ca = Decode(pa, static_cast<size_t>(na));
-  std::vector<char32_t> cb = Decode(pb, static_cast<size_t>(nb));
-  size_t n = std::min(ca.size(), cb.size());
-  for (size_t k = 0; k < n; ++k) {
-    char32_t x = Fold(ca[k]), y = Fold(cb[k]);
-    if (x != y) return x < y ? -1 : 1;
-  }
-  if (ca.size() == cb.size()) return 0;
-  return ca.size() < cb.size() ? -1 : 1;
+// Comparison and ORDER BY of text: the practice's dictionary order (equal
+// exactly when equal ignoring case and trailing blanks).
+int CollateCi(void*, int na, const void* a, int nb, const void* b) {
+  return collation::Compare(std::string_view(static_cast<const char*>(a), static_cast<size_t>(na)),
+                            std::string_view(static_cast<const char*>(b), static_cast<size_t>(nb)));
 }
-
-int CollateCi(void*, int na, const void* a, int nb, const void* b) { return CompareCi(a, na, b, nb); }
 
 std::string TextArg(sqlite3_value* v) {
   const unsigned char* t = sqlite3_value_text(v);
