@@ -140,7 +140,9 @@ void InvoiceLines(clsReports& r, db::Recordset lines, const std::string& plain_f
   vsp.TableBorder(0);
 }
 
-std::string Money(Currency c) {
+// A figure in the "Currency" format ("$1,234.50"), as the invoices and
+// receipts print their totals.
+std::string CurrencyText(Currency c) {
   return Format(Variant(c), "Currency");
 }
 
@@ -214,8 +216,8 @@ void clsReports::rptInvoice(int32_t ID, std::string Name, std::string Address) {
   vsp.TextAlign(2);
   vsp.TableBorder(0);
   FiguresTable(vsp, "<1in|>1.2in",
-               "Sub Total|" + Money(subtotal) + ";Interest|" + Money(total - subtotal) + ";Total|" +
-                   Money(total) + ";");
+               "Sub Total|" + CurrencyText(subtotal) + ";Interest|" + CurrencyText(total - subtotal) + ";Total|" +
+                   CurrencyText(total) + ";");
   vsp.TextAlign(0);
 
   std::string footer = OfficeText(*this, "InvoiceFooter");
@@ -262,8 +264,8 @@ void clsReports::rptInvoiceStatement(int32_t ID, std::string Name, std::string A
   vsp.Text(" ");
   vsp.TextAlign(2);
   vsp.FontBold(true);
-  vsp.Text("Current Total: " + Money(amount));
-  vsp.Text("Grand Total: " + Money(amount));
+  vsp.Text("Current Total: " + CurrencyText(amount));
+  vsp.Text("Grand Total: " + CurrencyText(amount));
   vsp.FontBold(false);
   vsp.TextAlign(0);
   vsp.Text(" ");
@@ -305,7 +307,7 @@ void clsReports::rptInvoiceStatement(int32_t ID, std::string Name, std::string A
   vsp.Text(" ");
   vsp.TextAlign(2);
   vsp.FontBold(true);
-  vsp.Text("Current Remaining: " + Money(amount - paid));
+  vsp.Text("Current Remaining: " + CurrencyText(amount - paid));
   vsp.FontBold(false);
   vsp.TextAlign(0);
 

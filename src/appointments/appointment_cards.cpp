@@ -3,6 +3,7 @@
 // appointments, in detail or as the summary table the statements reuse.
 #include "common/common_functions.h"
 #include "common/format.h"
+#include "frame/contact_cells.h"
 #include "frame/patient.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
@@ -18,11 +19,14 @@ const char* kNoAppointment =
     "select a vaild appointment from the list first, and try again.";
 
 // The family's appointments; the caller filters out those not after today.
-std::string FamilyAppointmentsSql(const std::string& select, int32_t patient) {
+// The card and the detailed schedule send "where", the summary that the
+// statements reuse "WHERE": each statement is sent as its report writes it.
+std::string FamilyAppointmentsSql(const std::string& select, const char* where, int32_t patient) {
   return select +
          " FROM PatientAppointments INNER JOIN ProcedureCategories ON PatientAppointments.ProcedureCat "
-         "= ProcedureCategories.ID INNER Join Patient ON PatientAppointments.PatientID = Patient.ID "
-         "where Patient.ResponsibleFamilyMemberID in (select ResponsibleFamilyMemberID from patient "
+         "= ProcedureCategories.ID INNER Join Patient ON PatientAppointments.PatientID = Patient.ID " +
+         where +
+         " Patient.ResponsibleFamilyMemberID in (select ResponsibleFamilyMemberID from patient "
          "where ID = " +
          std::to_string(patient) + ") ORDER BY" + " Date, Time, LastName";
 }
@@ -31,12 +35,30 @@ const char* kFamilySelect =
     "SELECT PatientAppointments.ID as ID,  PatientAppointments.Date, PatientAppointments.Time, "
     "ProcedureCategories.Name, Patient.FirstName, Patient.LastName";
 
-// Today's own appointments are not coming ones: only those dated after
-// today stay.
 // Appointment times are kept as minutes after midnight; printed as a time of
 // day.
 std::string TimeText(clsCommonFunctions& cf, const Variant& minutes) {
   return Format(Variant(DateTime(cf.ReturnVal(minutes) / 1440.0)), "h:nn AMPM");
+}
+
+// Today's own appointments are not coming ones: only those dated after
+// today stay.
+// One table row per appointment of the family query, as far as the
+// recordset's filter lets them through: name, long date, time, category.
+// `rows` counts them.
+std::string FamilyRows(clsCommonFunctions& cf, db::Recordset& rs, long& rows) {
+  std::string body;
+  rows = 0;
+  while (!rs.Eof()) {
+    ++rows;
+    body += frame::EscapeCell(cf.returnStr(rs["FirstName"].Value()) + " " +
+                              cf.returnStr(rs["LastName"].Value())) +
+            "|" + Format(rs["Date"].Value(), "dddd mmmm d, yyyy") + "|" +
+            TimeText(cf, rs["Time"].Value()) + "|" +
+            frame::EscapeCell(cf.returnStr(rs["Name"].Value())) + ";";
+    rs.MoveNext();
+  }
+  return body;
 }
 
 std::string ComingFilter() { return "Date > #" + Format(Variant(Clock::Today()), "yyyy-mm-dd") + "#"; }
@@ -52,8 +74,9 @@ static void PlannedProcedures(clsReports& r, int32_t appointment, bool hide_fina
   std::string body;
   while (!codes.Eof()) {
     Variant code = codes["Code"].Value();
-    body += cf.returnStr(code) + "|" +
-            cf.returnStr(r.ReturnLookupValue("FeeCodes", "ID", code, "Description"));
+    body += frame::EscapeCell(cf.returnStr(code)) + "|" +
+            frame::EscapeCell(
+                cf.returnStr(r.ReturnLookupValue("FeeCodes", "ID", code, "Description")));
     if (!hide_financial) body += "|" + Format(codes["Fee"].Value(), "Currency");
     body += ";";
     codes.MoveNext();
@@ -74,15 +97,27 @@ static bool HideFinancial(clsReports& r) {
   return hide;
 }
 
-static std::string PhoneWithExt(clsCommonFunctions& cf, const db::Recordset& rs) {
-  std::string phone = cf.returnStr(rs["Phone"].Value());
-  std::string ext = cf.returnStr(rs["PhoneExt"].Value());
-  if (!ext.empty()) phone += " Ext: " + ext;
-  return phone;
+// The insurer's phone with its extension.
+static std::string InsurerPhone(clsCommonFunctions& cf, const db::Recordset& rs) {
+  return PhoneWithExt(cf.returnStr(rs["Phone"].Value()), cf.returnStr(rs["PhoneExt"].Value()),
+                      " Ext: ");
 }
 
-// The start of both family schedules: the document, the heading, the office
-// and who the schedule is for.
+// The heading of a card or a schedule: the office the host names stands in
+// the heading in place of the component's, so that one office prints, once.
+// Without a name from the host the component's office line stands.
+static void PrintCardHeading(clsReports& r, const std::string& subtitle,
+                             const std::string& office_line) {
+  const std::string title = r.VSP().DocName();
+  if (office_line.empty()) {
+    r.PrintReportHeading(title, "", subtitle);
+  } else {
+    r.PrintReportHeading(title, "", subtitle, office_line);
+  }
+}
+
+// The start of both family schedules: the document, the heading with the
+// office and its address, and who the schedule is for.
 static void StartFamilySchedule(clsReports& r, const char* title, const std::string& Header,
                                 const std::string& OfficeName, const std::string& OfficeAddress,
                                 const std::string& PatientName) {
@@ -90,11 +125,11 @@ static void StartFamilySchedule(clsReports& r, const char* title, const std::str
   vsp.DocName(title);
   vsp.Orientation(0);
   vsp.StartDoc();
-  r.PrintReportHeading(vsp.DocName(), "", Header);
+  std::string office = OfficeName;
+  if (!OfficeName.empty() && !OfficeAddress.empty()) office += "\r\n" + OfficeAddress;
+  PrintCardHeading(r, Header, office);
   vsp.TextAlign(0);
   vsp.FontSize(10);
-  if (!OfficeName.empty()) vsp.Text(OfficeName);
-  if (!OfficeAddress.empty()) vsp.Text(OfficeAddress);
   vsp.Text("For: " + PatientName);
   vsp.Text(" ");
 }
@@ -128,7 +163,10 @@ void clsReports::rptAppointmentCard(int32_t ID, std::string Header, std::string 
   vsp.DocName("Appointment Confirmation");
   vsp.Orientation(0);
   vsp.StartDoc();
-  PrintReportHeading(vsp.DocName(), "", OfficeName + "  " + OfficePhone);
+  // The host hands the office's phone as it wants it printed.
+  std::string office = OfficeName;
+  if (!OfficeName.empty() && !OfficePhone.empty()) office += " Phone #: " + OfficePhone;
+  PrintCardHeading(*this, "", office);
   vsp.TextAlign(0);
   vsp.FontSize(10);
   if (!Header.empty()) vsp.Text(Header);
@@ -140,10 +178,10 @@ void clsReports::rptAppointmentCard(int32_t ID, std::string Header, std::string 
   std::string when = cf.returnStr(rs["ProviderTitle"].Value(), true);
   if (!when.empty()) when += " ";
   when += cf.returnStr(rs["ProviderFirstName"].Value()) + " " +
-          cf.returnStr(rs["ProviderLastName"].Value()) + "|" +
-          Format(Variant(date), "dddd mmmm d, yyyy") + "|" +
-          TimeText(cf, rs["Time"].Value()) +
-          "|" + cf.returnStr(rs["Category"].Value()) + ";";
+          cf.returnStr(rs["ProviderLastName"].Value());
+  when = frame::EscapeCell(when) + "|" + Format(Variant(date), "dddd mmmm d, yyyy") + "|" +
+         TimeText(cf, rs["Time"].Value()) + "|" +
+         frame::EscapeCell(cf.returnStr(rs["Category"].Value())) + ";";
   vsp.AddTable("<2in|<2in|<1in|<1.5in", "Name|Date|Time|Type", when, kHeaderColor);
   // The length of the visit, where the office books in units.
   if (UnitMinutes > 0 && cf.ReturnVal(rs["Units"].Value()) > 0) {
@@ -166,20 +204,14 @@ void clsReports::rptAppointmentCard(int32_t ID, std::string Header, std::string 
              Format(Variant(date), "dddd mmmm d, yyyy"));
   }
 
-  // The family's other coming appointments, this one left out.
-  db::Recordset family = Open(FamilyAppointmentsSql(kFamilySelect, patient));
+  // The family's coming appointments, this one among them: the card then
+  // holds the whole family's schedule, and the front desk sees at a glance
+  // who comes on the same day.
+  db::Recordset family = Open(FamilyAppointmentsSql(kFamilySelect, "where", patient));
   family.Filter(Variant(ComingFilter()));
   {
-    std::string body;
-    while (!family.Eof()) {
-      if (CLng(family["ID"].Value()) != ID) {
-        body += cf.returnStr(family["FirstName"].Value()) + " " + cf.returnStr(family["LastName"].Value()) +
-                "|" + Format(family["Date"].Value(), "dddd mmmm d, yyyy") + "|" +
-                TimeText(cf, family["Time"].Value()) +
-                "|" + cf.returnStr(family["Name"].Value()) + ";";
-      }
-      family.MoveNext();
-    }
+    long rows = 0;
+    const std::string body = FamilyRows(cf, family, rows);
     if (!body.empty()) {
       vsp.Text(" ");
       vsp.FontBold(true);
@@ -200,7 +232,7 @@ void clsReports::rptAppointmentCard(int32_t ID, std::string Header, std::string 
       vsp.Text(" ");
       vsp.Text("If you are unsure of insurance coverage please contact your insurance company at:");
       vsp.Text(cf.returnStr(cover["CompanyName"].Value()));
-      vsp.Text(PhoneWithExt(cf, cover));
+      vsp.Text(InsurerPhone(cf, cover));
     }
   }
 
@@ -224,7 +256,7 @@ void clsReports::rptFamilyAppointmentsDetailed(int32_t ID, std::string OfficeNam
       "SELECT Patient.ID as PatientID, PatientAppointments.ID as ID,  PatientAppointments.Date, "
       "PatientAppointments.Time, ProcedureCategories.Name as Category, Patient.FirstName, "
       "Patient.LastName",
-      ID));
+      "where", ID));
   rs.Filter(Variant(ComingFilter()));
   if (rs.Eof()) {
     Host().MsgBox(kNoAppointment, host::vbOKOnly, "");
@@ -248,7 +280,7 @@ void clsReports::rptFamilyAppointmentsDetailed(int32_t ID, std::string OfficeNam
         CStr(rs["PatientID"].Value()));
     if (!cover.Eof()) {
       vsp.Text("If you are unsure of insurance coverage please contact your insurance company at:");
-      vsp.Text(cf.returnStr(cover["CompanyName"].Value()) + "  " + PhoneWithExt(cf, cover));
+      vsp.Text(cf.returnStr(cover["CompanyName"].Value()) + "  " + InsurerPhone(cf, cover));
     }
     vsp.Text(" ");
     rs.MoveNext();
@@ -279,19 +311,11 @@ void clsReports::rptFamilyAppointmentsSummary(int32_t ID, std::string OfficeName
 void clsReports::FamilyAppointmentsSummary(int32_t ID) {
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
-  db::Recordset rs = Open(FamilyAppointmentsSql(kFamilySelect, ID));
+  db::Recordset rs = Open(FamilyAppointmentsSql(kFamilySelect, "WHERE", ID));
   rs.Filter(Variant(ComingFilter()));
   if (rs.Eof()) return;
-  std::string body;
   long rows = 0;
-  while (!rs.Eof()) {
-    body += cf.returnStr(rs["FirstName"].Value()) + " " + cf.returnStr(rs["LastName"].Value()) + "|" +
-            Format(rs["Date"].Value(), "dddd mmmm d, yyyy") + "|" +
-            TimeText(cf, rs["Time"].Value()) + "|" +
-            cf.returnStr(rs["Name"].Value()) + ";";
-    ++rows;
-    rs.MoveNext();
-  }
+  const std::string body = FamilyRows(cf, rs, rows);
   vsp.StartTable();
   vsp.AddTable("<+2in|<+2in|<+1in|<+1.5in", "Name|Date|Time|Type", body, kHeaderColor);
   vsp.TableCell(frame::tcMarginTop, 1, 0, static_cast<int>(rows), 0) = "0.025in";

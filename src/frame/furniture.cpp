@@ -7,15 +7,29 @@
 #include "common/format.h"
 #include "common/vbstrings.h"
 #include "frame/blob_files.h"
+#include "frame/contact_cells.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
+#include "frame/surface/table_model.h"
 #include "platform/host/files.h"
+#include "platform/host/host_services.h"
 
 namespace orv {
 
 void clsReports::PrintReportHeading(const std::string& Title, const std::string& UserName,
                                     const std::string& SubTitle) {
+  std::string office;
+  if (OfficeID > 0) {
+    Variant name = ReturnLookupValue("OfficeInformation", "ID", Variant(OfficeID), "Name");
+    Variant phone = ReturnLookupValue("OfficeInformation", "ID", Variant(OfficeID), "Phone");
+    office = Common().returnStr(name) + " Phone #: " + Format(phone, "(###) ###-####");
+  }
+  PrintReportHeading(Title, UserName, SubTitle, office);
+}
+
+void clsReports::PrintReportHeading(const std::string& Title, const std::string& UserName,
+                                    const std::string& SubTitle, const std::string& OfficeLine) {
   frame::PrintSurface& vsp = VSP();
   vsp.FontName("Tahoma");
   vsp.TextAlign(7);
@@ -33,11 +47,7 @@ void clsReports::PrintReportHeading(const std::string& Title, const std::string&
   vsp.TextAlign(7);
   vsp.FontSize(10);
   vsp.FontBold(true);
-  if (OfficeID > 0) {
-    Variant name = ReturnLookupValue("OfficeInformation", "ID", Variant(OfficeID), "Name");
-    Variant phone = ReturnLookupValue("OfficeInformation", "ID", Variant(OfficeID), "Phone");
-    vsp.Text(Common().returnStr(name) + " Phone #: " + Format(phone, "(###) ###-####"));
-  }
+  if (!OfficeLine.empty()) vsp.Text(OfficeLine);
   if (!SubTitle.empty()) vsp.Text(SubTitle);
   vsp.FontBold(false);
   vsp.FontSize(10);
@@ -102,8 +112,15 @@ void clsReports::PrintLetterHead() {
       "EmailAddress, InvoiceHeader from OfficeInformation where ID = " +
           std::to_string(OfficeID),
       conn_, db::adOpenStatic, db::adLockReadOnly, db::adCmdText);
+  // An office with no row (a wrong OfficeID) gets no letterhead. The
+  // document still prints, an invoice being worth more than its heading,
+  // but the desk is told, so that a run for the wrong office is not taken
+  // for a good one.
   if (rs.Eof()) {
     rs.Close();
+    Host().MsgBox("The office " + std::to_string(OfficeID) +
+                      " is not on file: the document prints without its letterhead.",
+                  host::vbOKOnly, "");
     return;
   }
   auto str = [&](const char* f) { return cf.returnStr(rs[f].Value(), true); };
@@ -165,8 +182,7 @@ void clsReports::PrintLetterHead() {
   vsp.Text(str("Street"));
   if (!str("Street2").empty()) vsp.Text(str("Street2"));
   vsp.Text(str("City") + ", " + str("Province") + "  " + str("PostalCode"));
-  std::string phone = "Phone # " + str("Phone");
-  if (!str("PhoneExt").empty()) phone += " Ext: " + str("PhoneExt");
+  std::string phone = "Phone # " + PhoneWithExt(str("Phone"), str("PhoneExt"), " Ext: ");
   if (!str("Fax").empty()) phone += "    Fax # " + str("Fax");
   vsp.Text(phone);
   std::string web;
@@ -227,8 +243,9 @@ void clsReports::PrintProvidersIncluded(const std::string& ProviderFilter) {
     int32_t id = CLng(rs["ID"].Value());
     bool keep = ids.empty() || std::find(ids.begin(), ids.end(), id) != ids.end();
     if (keep) {
-      body += cf.returnStr(rs["Title"].Value()) + " " + cf.returnStr(rs["FirstName"].Value()) +
-              " " + cf.returnStr(rs["LastName"].Value());
+      body += frame::EscapeCell(cf.returnStr(rs["Title"].Value()) + " " +
+                                cf.returnStr(rs["FirstName"].Value()) + " " +
+                                cf.returnStr(rs["LastName"].Value()));
       if (++in_row == 3) {
         body += ";";
         in_row = 0;

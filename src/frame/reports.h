@@ -187,6 +187,11 @@ class clsReports {
   // Page furniture.
   void PrintReportHeading(const std::string& Title, const std::string& UserName,
                           const std::string& SubTitle);
+  // The same heading with `OfficeLine` (may hold line breaks; "" for none)
+  // in place of the component's office, for reports the host hands an
+  // office of its own.
+  void PrintReportHeading(const std::string& Title, const std::string& UserName,
+                          const std::string& SubTitle, const std::string& OfficeLine);
   void PrintPageFooters(const std::string& FooterText);
   Variant ReturnLookupValue(const std::string& Table, const std::string& KeyField,
                             const Variant& KeyValue, const std::string& Field);

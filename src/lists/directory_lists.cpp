@@ -3,9 +3,11 @@
 #include "common/common_functions.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
+#include "frame/contact_cells.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
+#include "frame/surface/table_model.h"
 #include "platform/host/host_services.h"
 
 namespace orv {
@@ -33,7 +35,7 @@ void clsReports::rptFeeGuide(int32_t ID, std::string UserName) {
 
   // No coercion here: a Null amount formats to "" and a Null text is an
   // empty cell.
-  auto text = [](const Variant& v) { return v.IsNull() ? std::string() : CStr(v); };
+  auto text = [](const Variant& v) { return v.IsNull() ? std::string() : frame::EscapeCell(CStr(v)); };
   std::string body;
   while (!rs.Eof()) {
     body += text(rs["FeeCodeID"].Value());
@@ -58,6 +60,7 @@ namespace {
 
 // The address cell of the company and employer lists: each of the first
 // four parts only when it has text, then the postal code with no test.
+// Escaped whole: its line breaks are no separators of the table.
 std::string AddressCell(clsCommonFunctions& cf, const db::Recordset& rs) {
   std::string cell;
   if (!cf.returnStr(rs["Street"].Value()).empty()) cell += cf.returnStr(rs["Street"].Value()) + "\r\n";
@@ -65,15 +68,16 @@ std::string AddressCell(clsCommonFunctions& cf, const db::Recordset& rs) {
   if (!cf.returnStr(rs["City"].Value()).empty()) cell += cf.returnStr(rs["City"].Value()) + ", ";
   if (!cf.returnStr(rs["Prov"].Value()).empty()) cell += cf.returnStr(rs["Prov"].Value()) + ", ";
   cell += cf.returnStr(rs["PostalCode"].Value());
-  return cell;
+  return frame::EscapeCell(cell);
 }
 
 std::string PhoneCell(clsCommonFunctions& cf, const db::Recordset& rs) {
-  std::string cell = cf.returnStr(rs["Phone"].Value());
-  std::string ext = cf.returnStr(rs["PhoneExt"].Value());
-  if (!ext.empty()) cell += " [" + ext + "]";
-  return cell;
+  return frame::EscapeCell(
+      PhoneWithExt(cf.returnStr(rs["Phone"].Value()), cf.returnStr(rs["PhoneExt"].Value()), " [", "]"));
 }
+
+// A value of the database as one escaped cell.
+std::string CellOf(clsCommonFunctions& cf, const Variant& v) { return frame::EscapeCell(cf.returnStr(v)); }
 
 }  // namespace
 
@@ -97,9 +101,9 @@ void clsReports::rptInsuranceCompanyList(std::string txtfilter, std::string User
   vsp.FontSize(10);
   std::string body;
   while (!rs.Eof()) {
-    body += cf.returnStr(rs["CompanyName"].Value()) + "|" + AddressCell(cf, rs) + "|" +
-            PhoneCell(cf, rs) + "|" + cf.returnStr(rs["CDA#"].Value()) + "|" +
-            cf.returnStr(ReturnLookupValue("EDINetworks", "ID", rs["NetworkID"].Value(), "Name")) +
+    body += CellOf(cf, rs["CompanyName"].Value()) + "|" + AddressCell(cf, rs) + "|" +
+            PhoneCell(cf, rs) + "|" + CellOf(cf, rs["CDA#"].Value()) + "|" +
+            CellOf(cf, ReturnLookupValue("EDINetworks", "ID", rs["NetworkID"].Value(), "Name")) +
             ";";
     rs.MoveNext();
   }
@@ -128,10 +132,10 @@ void clsReports::rptEmployerList(std::string txtfilter, std::string UserName) {
   vsp.FontSize(10);
   std::string body;
   while (!rs.Eof()) {
-    body += cf.returnStr(rs["Name"].Value()) + "|" + AddressCell(cf, rs) + "|" + PhoneCell(cf, rs) +
-            "|" + cf.returnStr(rs["Policy#"].Value()) + "|" +
-            cf.returnStr(
-                ReturnLookupValue("InsuranceCompany", "ID", rs["InsuranceID"].Value(), "CompanyName")) +
+    body += CellOf(cf, rs["Name"].Value()) + "|" + AddressCell(cf, rs) + "|" + PhoneCell(cf, rs) +
+            "|" + CellOf(cf, rs["Policy#"].Value()) + "|" +
+            CellOf(cf, ReturnLookupValue("InsuranceCompany", "ID", rs["InsuranceID"].Value(),
+                                         "CompanyName")) +
             ";";
     rs.MoveNext();
   }
@@ -183,19 +187,11 @@ void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserNam
   vsp.FontBold(false);
   vsp.FontSize(10);
 
-  const std::string format = "<1.5in|<1.5in|<1.2in|<1in|<1.5in|<1.5in|<1.5in";
-  const std::string header =
-      "Patient Name|Address|Telephone #s|Birth Date\r\nSignup Date|Emergency Contact|Employer(s)|"
-      "Insurance Carrier(s)";
+  const std::string format = kPatientContactFormat;
+  const std::string header = kPatientContactHeader;
   // The column heads, drawn as a shaded body row.
   vsp.AddTable(format, "", header, std::nullopt, kHeaderColor);
 
-  auto phone = [&](const char* number, const char* ext) {
-    std::string s = cf.returnStr(rs[number].Value());
-    std::string e = cf.returnStr(rs[ext].Value());
-    if (!e.empty()) s += "[" + e + "]";
-    return s;
-  };
   auto child_value = [&](const char* link, const char* chapter, const char* field) {
     if (rs[link].Value().IsNull()) return std::string();
     db::Recordset child = rs[chapter].Chapter();
@@ -203,18 +199,12 @@ void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserNam
     return cf.returnStr(child[field].Value());
   };
   while (!rs.Eof()) {
-    std::string row = cf.returnStr(rs["LastName"].Value()) + ", " + cf.returnStr(rs["FirstName"].Value());
-    row += "|" + cf.returnStr(rs["Address"].Value());
-    row += "|" + phone("HomePhone", "HomeExt") + "\r\n" + phone("OtherPhone", "OtherExt");
-    row += "|" + Format(rs["BirthDate"].Value(), "mmm/dd/yyyy") + "\r\n" +
-           Format(rs["SignupDate"].Value(), "mmm/dd/yyyy");
-    row += "|" + cf.returnStr(rs["EmergencyContact"].Value()) + "\r\n" +
-           cf.returnStr(rs["EmergencyPhone"].Value());
-    row += "|" + child_value("EmployerID", "PrimEmployer", "Name") + "\r\n" +
-           child_value("SecondaryEmployerID", "SecEmployer", "Name");
-    row += "|" + child_value("InsuranceID", "PrimInsurance", "CompanyName") + "\r\n" +
-           child_value("SecondaryInsuranceID", "SecInsurance", "CompanyName");
-    row += ";";
+    const std::string row = PatientContactRow(
+        cf, rs, cf.returnStr(rs["LastName"].Value()) + ", " + cf.returnStr(rs["FirstName"].Value()),
+        "", child_value("EmployerID", "PrimEmployer", "Name"),
+        child_value("SecondaryEmployerID", "SecEmployer", "Name"),
+        child_value("InsuranceID", "PrimInsurance", "CompanyName"),
+        child_value("SecondaryInsuranceID", "SecInsurance", "CompanyName"));
     // Each patient is a table of its own; past 9500 twips (landscape
     // letter) a new page starts with the column heads as a header.
     if (vsp.CurrentY() > Twips(9500)) {
@@ -264,13 +254,13 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
   vsp.TextAlign(0);
   vsp.FontSize(10);
 
-  auto str = [&](const db::Recordset& r, const char* f) { return cf.returnStr(r[f].Value()); };
+  // Every value of these tables is one escaped cell.
+  auto str = [&](const db::Recordset& r, const char* f) { return CellOf(cf, r[f].Value()); };
   auto phone_line = [&](std::string& cell, const char* number, const char* ext) {
     std::string n = str(rs, number);
     if (n.empty()) return;
     if (!cell.empty()) cell += "\r\n";
-    cell += n;
-    if (ext != nullptr && !str(rs, ext).empty()) cell += " " + str(rs, ext);
+    cell += PhoneWithExt(n, ext == nullptr ? std::string() : str(rs, ext), " ");
   };
   // The primary and the secondary carrier tables: the company found by its
   // ID among the reference rows, then the patient's own policy numbers (the
@@ -289,7 +279,7 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
   };
   while (!rs.Eof()) {
     vsp.FontBold(true);
-    vsp.Text(str(rs, "FullName"));
+    vsp.Text(cf.returnStr(rs["FullName"].Value()));
     vsp.FontBold(false);
 
     std::string phones;

@@ -6,11 +6,13 @@
 #include "accounts/account_model.h"
 #include "common/common_functions.h"
 #include "common/currency.h"
+#include "common/flags.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
+#include "frame/surface/table_model.h"
 
 namespace orv {
 
@@ -154,8 +156,10 @@ void clsReports::srptAccountReceivable(DateTime dtEndDate, int16_t Byoption,
     // A patient who is square is left out, whatever is post-dated.
     rs.Filter(Variant(" Debit <> 0 OR Credit <> 0"));
 
+    // The title in the size of every report's title; the lines under it
+    // are the list's own (a tab before the user, the period's end).
     vsp.TextAlign(7);
-    vsp.FontSize(14);
+    vsp.FontSize(20);
     vsp.FontBold(true);
     vsp.Text("Accounts Receivable for the Practice");
     vsp.FontSize(10);
@@ -178,7 +182,7 @@ void clsReports::srptAccountReceivable(DateTime dtEndDate, int16_t Byoption,
       const Currency ninety_v = cf.ReturnCur(rs["NinetyDay"].Value());
       const Currency over_v = cf.ReturnCur(rs["OverNinetyDay"].Value());
       const Currency post_v = cf.ReturnCur(rs["PostDates"].Value());
-      body += vb::Trim(cf.returnStr(rs["PatientName"].Value())) + "|" + cell(debit_v - credit_v) +
+      body += frame::EscapeCell(vb::Trim(cf.returnStr(rs["PatientName"].Value()))) + "|" + cell(debit_v - credit_v) +
               "|" + cell(patient_v) + "|" + cell(debit_v - patient_v) + "|" + cell(credit_v) + "|" +
               cell(thirty_v) + "|" + cell(sixty_v) + "|" + cell(ninety_v) + "|" + cell(over_v) +
               "|" + cell(post_v) + ";";
@@ -269,18 +273,16 @@ void clsReports::rptAccountsReceivable(std::string Comments, std::string txtProv
       const Currency total = cf.ReturnCur(invoices["InvoiceTotal"].Value());
       if (amount > paid) {
         // Age from today. Everything older than 30 days lands in 31-60, a
-        // settled fact of this report: its test has no lower bound, so the
-        // 61-90 test after it is never reached by a dated invoice. An
-        // undated invoice fails both tests and lands in > 91.
+        // settled fact of this report (that column has no lower bound), so
+        // a dated invoice never reaches 61-90, which stays empty. An
+        // undated invoice is of no known age and lands in > 91.
         const Variant date = invoices["Date"].Value();
         int age_class = 3;
         if (!date.IsNull()) age_class = CDate(date).DatePart() >= day30 ? 0 : 1;
         pat[p][age_class] += amount - paid;
         ins[p][age_class] += total - amount;
-        // Incomplete means the flag is not set: 0 or NULL. Complete work is
-        // stored as -1 or 1, and both are complete.
-        const Variant complete = invoices["Complete?"].Value();
-        if (complete.IsNull() || cf.ReturnVal(complete) == 0) incomplete[p] += total;
+        // Incomplete means the flag is not set: 0 or NULL.
+        if (!FlagSet(invoices["Complete?"].Value())) incomplete[p] += total;
       }
       invoices.MoveNext();
     }
@@ -300,7 +302,7 @@ void clsReports::rptAccountsReceivable(std::string Comments, std::string txtProv
       pat_total += pat[p][c];
       ins_total += ins[p][c];
     }
-    body += cf.returnStr(providers["FullName"].Value()) + "|P:\nI:\n\nTotal:|" + money(pat_total) +
+    body += frame::EscapeCell(cf.returnStr(providers["FullName"].Value())) + "|P:\nI:\n\nTotal:|" + money(pat_total) +
             "\n" + money(ins_total) + "\n--------\n" + money(provider_total);
     for (int c = 0; c < 4; ++c) {
       const Currency class_total = pat[p][c] + ins[p][c];

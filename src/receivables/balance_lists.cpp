@@ -2,26 +2,35 @@
 // date with the patient's and the insurer's obligations, and the payments
 // with money not yet applied.
 #include <array>
+#include <functional>
 
 #include "accounts/account_model.h"
 #include "common/common_functions.h"
 #include "common/currency.h"
 #include "common/errors.h"
+#include "common/flags.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
+#include "frame/surface/table_model.h"
+#include "receivables/age_class.h"
 
 namespace orv {
 
 namespace {
 
-// A flag column is set when it is neither NULL nor 0. Assignment and the
-// insurer's flag are stored as -1 by the older screens and as 1 by the
-// newer ones; both mean set, as the account model reads them.
-bool FlagSet(const clsCommonFunctions& cf, const Variant& v) {
-  return !v.IsNull() && !v.IsEmpty() && cf.ReturnVal(v) != 0;
+// The trap of the unapplied payments: the error's number and text in one
+// message titled with the routine, and the report returns normally.
+void TrapNumbered(host::HostServices& host, const char* title, const std::function<void()>& body) {
+  try {
+    body();
+  } catch (const ReportError& e) {
+    host.MsgBox(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly, title);
+  } catch (const std::exception& e) {
+    host.MsgBox(std::string("0: ") + e.what(), host::vbOKOnly, title);
+  }
 }
 
 }  // namespace
@@ -118,6 +127,7 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
       const char* label = SortType == 1   ? "Overseers: "
                           : SortType == 2 ? "Preferred Doctors: "
                                           : "Providers: ";
+      vsp.TextAlign(1);
       vsp.Text(label + names);
     }
     vsp.FontBold(false);
@@ -143,14 +153,16 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
       for (size_t i = 1; i < r.size(); ++i) s += "|" + money(r[i]);
       return s;
     };
-    // An obligation row: the name cell, the balance of that party, empty
-    // interest and post-date cells, and the four classes.
-    auto obligation = [&](const char* name, const std::array<Currency, 4>& classes) {
-      Currency sum;
-      for (const Currency& c : classes) sum += c;
-      std::string s = std::string(name) + "|";
-      s += NoCredits ? money(sum) : "||" + money(sum);
-      s += "|||";
+    // The two obligation rows under a patient leave the name column empty,
+    // so the patient's name stands alone over them, and put their label in
+    // the first figure column (Balance, or Debit with credits): what each
+    // party owes is the sum of its four classes. The patient's row carries
+    // the patient's interest and post-dated money, which are the patient's
+    // alone; the insurer's row leaves those two cells empty.
+    auto obligation = [&](const char* label, const std::string& interest_and_post,
+                          const std::array<Currency, 4>& classes) {
+      std::string s = std::string("|") + label + (NoCredits ? "" : "||");
+      s += "|" + interest_and_post + "|";
       s += money(classes[0]) + "|" + money(classes[1]) + "|" + money(classes[2]) + "|" +
            money(classes[3]);
       return s + ";";
@@ -179,24 +191,13 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
         // for the insurer. A NULL PatientTotal reads as 0: until the
         // patient's share is set the insurer row carries the whole, so that
         // the two obligation rows still add up to the class.
-        const bool is_assigned = FlagSet(cf, invoices["IsAssignment"].Value());
+        const bool is_assigned = FlagSet(invoices["IsAssignment"].Value());
         const Currency patient_amount =
             is_assigned ? cf.ReturnCur(invoices["PatientTotal"].Value()) : amount;
         const Currency insurer_amount = amount - patient_amount;
 
         if (amount > paid) {
-          // Whole days: an invoice dated exactly 30 days before the end is
-          // in 0-30, one dated 31 days before in > 30.
-          const DateTime d = CDate(invoices["Date"].Value()).DatePart();
-          const DateTime e = dtEndDate.DatePart();
-          int c = 3;
-          if (d >= DateAdd("d", -30, e)) {
-            c = 0;
-          } else if (d >= DateAdd("d", -60, e)) {
-            c = 1;
-          } else if (d >= DateAdd("d", -90, e)) {
-            c = 2;
-          }
+          const int c = AgeClass(invoices["Date"].Value(), dtEndDate);
           row[3 + c] += amount - paid;
           if (is_assigned) {
             assigned = true;
@@ -207,26 +208,24 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
         invoices.MoveNext();
       }
 
-      // Money on file: each payment's total less its shares on invoices by
-      // the end date, kept apart for the patient and the insurer.
-      Currency patient_credit, insurer_credit, net_credit;
+      // Money on file: each payment's total, the patient's and the
+      // insurers' alike, less its shares on invoices by the end date.
+      Currency net_credit;
       payments.Filter(Variant("PatientID = " + CStr(patients["ID"].Value())));
       while (!payments.Eof()) {
-        const bool insurer = FlagSet(cf, payments["IsInsurance"].Value());
         Currency left = cf.ReturnCur(payments["Total"].Value());
         db::Recordset details = payments["rptPatientWithACreditDetails"].Chapter();
         while (!details.Eof()) {
           left -= cf.ReturnCur(details["Amount"].Value());
           details.MoveNext();
         }
-        (insurer ? insurer_credit : patient_credit) += left;
         net_credit += left;
         payments.MoveNext();
       }
 
       row[0] = row[3] + row[4] + row[5] + row[6];
       if (!(row[0].IsZero() && (net_credit.IsZero() || NoCredits))) {
-        body += cf.returnStr(patients["FullName"].Value()) + "|" +
+        body += frame::EscapeCell(cf.returnStr(patients["FullName"].Value())) + "|" +
                 cells(row, money(net_credit), net_credit) + ";";
         Currency patient_sum, insurer_sum;
         for (int c = 0; c < 4; ++c) {
@@ -234,8 +233,8 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
           insurer_sum += insurer_part[c];
         }
         if (assigned && (!patient_sum.IsZero() || !insurer_sum.IsZero())) {
-          body += obligation("Patient Obligation", patient_part);
-          body += obligation("Insurance Obligation", insurer_part);
+          body += obligation("Patient Obligation", money(row[1]) + "|" + money(row[2]), patient_part);
+          body += obligation("Insurance Obligation", "|", insurer_part);
         }
         for (size_t i = 0; i < row.size(); ++i) office[i] += row[i];
         office_credit += net_credit;
@@ -275,7 +274,7 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
 
 void clsReports::rptUnAppliedPayments(DateTime dtEndDate, std::string UserName) {
   const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
-  try {
+  TrapNumbered(Host(), " Error in Class clsReport.rptUnAppliedPayments", [&] {
     frame::PrintSurface& vsp = VSP();
     vsp.CancelDialog(false);
     vsp.Orientation(0);
@@ -287,19 +286,13 @@ void clsReports::rptUnAppliedPayments(DateTime dtEndDate, std::string UserName) 
     PrintPageFooters(kPrintedBy);
     vsp.EndDoc();
     Form().Show();
-  } catch (const ReportError& e) {
-    Host().MsgBox(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly,
-                  " Error in Class clsReport.rptUnAppliedPayments");
-  } catch (const std::exception& e) {
-    Host().MsgBox(std::string("0: ") + e.what(), host::vbOKOnly,
-                  " Error in Class clsReport.rptUnAppliedPayments");
-  }
+  });
 }
 
 void clsReports::srptUnAppliedPayments(DateTime dtEndDate, std::string UserName,
                                        std::string strFilter) {
   const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
-  try {
+  TrapNumbered(Host(), " Error in Class clsReport.srptUnAppliedPayments", [&] {
     frame::PrintSurface& vsp = VSP();
     clsCommonFunctions& cf = Common();
     strFilter = NoZeroFilter(strFilter);
@@ -330,7 +323,9 @@ void clsReports::srptUnAppliedPayments(DateTime dtEndDate, std::string UserName,
     std::string body;
     while (!rs.Eof()) {
       // Money left on the payment: its value less its shares on invoices by
-      // the end date, less a refund paid back by then.
+      // the end date, less a refund paid back by then. Whole days, as every
+      // other date test of the list: a refund at 3 p.m. on the end date is
+      // paid back by it.
       Currency credit = cf.ReturnCur(rs["Value"].Value());
       db::Recordset details = rs["rptPaymentDetails"].Chapter();
       while (!details.Eof()) {
@@ -338,15 +333,16 @@ void clsReports::srptUnAppliedPayments(DateTime dtEndDate, std::string UserName,
         details.MoveNext();
       }
       const Variant refund_date = rs["RefundDate"].Value();
-      if (!refund_date.IsNull() && CDate(refund_date) <= dtEndDate) {
+      if (!refund_date.IsNull() && CDate(refund_date).DatePart() <= dtEndDate.DatePart()) {
         credit -= cf.ReturnCur(rs["RefundAmount"].Value());
       }
       // Only money left over prints. A payment applied beyond its value
       // (a negative credit) is an error of allocation, not money on file,
       // and stays out of the list and its total.
       if (credit > Currency()) {
-        body += cf.returnStr(rs["PatientName"].Value()) + "|" + cf.returnStr(rs["ID"].Value()) +
-                "|" + cf.returnStr(rs["InitialProviderName"].Value()) + "|" +
+        body += frame::EscapeCell(cf.returnStr(rs["PatientName"].Value())) + "|" +
+                frame::EscapeCell(cf.returnStr(rs["ID"].Value())) + "|" +
+                frame::EscapeCell(cf.returnStr(rs["InitialProviderName"].Value())) + "|" +
                 Format(rs["CheckDate"].Value(), "MMM/d/yyyy") + "|" +
                 Format(Variant(cf.ReturnCur(rs["Value"].Value())), "Currency") + "|" +
                 Format(Variant(credit), "Currency") + ";";
@@ -361,13 +357,7 @@ void clsReports::srptUnAppliedPayments(DateTime dtEndDate, std::string UserName,
                  kHeaderColor);
     vsp.Text("");
     vsp.Text("Total Unapplied Payments: " + Format(Variant(total), "Currency"));
-  } catch (const ReportError& e) {
-    Host().MsgBox(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly,
-                  " Error in Class clsReport.srptUnAppliedPayments");
-  } catch (const std::exception& e) {
-    Host().MsgBox(std::string("0: ") + e.what(), host::vbOKOnly,
-                  " Error in Class clsReport.srptUnAppliedPayments");
-  }
+  });
 }
 
 }  // namespace orv

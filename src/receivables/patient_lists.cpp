@@ -8,10 +8,12 @@
 #include "common/currency.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
+#include "frame/contact_cells.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
 #include "frame/surface/table_model.h"
+#include "receivables/age_class.h"
 
 namespace orv {
 
@@ -87,25 +89,9 @@ void clsReports::rptPatientAccountStatus(std::string UserName, DateTime dtEndDat
       const Currency paid = accounts.ReturnInvoicePaid(true, id, dtEndDate, 0);
       const Currency amount = cf.ReturnCur(invoices["InvoiceTotal"].Value());
       row[2] += accounts.ReturnInvoicePaid(false, id, dtEndDate, 0);
-      if (amount > paid) {
-        // An undated invoice (its settled total absent, the statement takes
-        // it whatever its date) is of no known age: it goes to the oldest
-        // class, as in the provider list, where it draws attention.
-        const Variant date = invoices["Date"].Value();
-        const DateTime e = dtEndDate.DatePart();
-        int c = 3;
-        if (!date.IsNull()) {
-          const DateTime d = CDate(date).DatePart();
-          if (d >= DateAdd("d", -30, e)) {
-            c = 0;
-          } else if (d >= DateAdd("d", -60, e)) {
-            c = 1;
-          } else if (d >= DateAdd("d", -90, e)) {
-            c = 2;
-          }
-        }
-        row[3 + c] += amount - paid;
-      }
+      // An undated invoice (its settled total absent, the statement takes
+      // it whatever its date) goes to the oldest class.
+      if (amount > paid) row[3 + AgeClass(invoices["Date"].Value(), dtEndDate)] += amount - paid;
       invoices.MoveNext();
     }
     // The credit is the patient's money on no invoice, from every payer, by
@@ -115,7 +101,7 @@ void clsReports::rptPatientAccountStatus(std::string UserName, DateTime dtEndDat
     const Currency owed = row[3] + row[4] + row[5] + row[6];
     row[0] = owed - row[1];
     if (!owed.IsZero() || !row[1].IsZero()) {
-      body += cf.returnStr(patients["FullName"].Value()) + cells(row) + ";";
+      body += frame::EscapeCell(cf.returnStr(patients["FullName"].Value())) + cells(row) + ";";
       for (size_t i = 0; i < row.size(); ++i) office[i] += row[i];
     }
     RaiseProgress(patients);
@@ -210,16 +196,17 @@ void clsReports::rptFamiliesWithABalance(std::string UserName) {
         invoices.MoveNext();
       }
       member[0] = member[1] + member[2] + member[3];
-      // Members who owe nothing and hold nothing are left off the family.
-      if (!member[0].IsZero() || !member[1].IsZero() || !member[3].IsZero()) {
-        members += "  " + cf.returnStr(people["FirstName"].Value()) + cells(member) + ";";
-      }
+      // Every member of a family that owes has a row, a member who owes
+      // nothing with its zeros: the holder sees the whole family.
+      members += "  " + frame::EscapeCell(cf.returnStr(people["FirstName"].Value())) +
+                 cells(member) + ";";
       for (size_t i = 0; i < member.size(); ++i) family[i] += member[i];
       people.MoveNext();
     }
     if (!family[0].IsZero()) {
-      body += cf.returnStr(holders["LastName"].Value()) + ", " +
-              cf.returnStr(holders["FirstName"].Value()) + cells(family) + ";" + members;
+      body += frame::EscapeCell(cf.returnStr(holders["LastName"].Value()) + ", " +
+                                cf.returnStr(holders["FirstName"].Value())) +
+              cells(family) + ";" + members;
       for (size_t i = 0; i < family.size(); ++i) office[i] += family[i];
     }
     RaiseProgress(holders);
@@ -250,11 +237,6 @@ void clsReports::rptPatientswithACredit(std::string UserName) {
   vsp.FontSize(10);
 
   auto str = [&](const char* f) { return cf.returnStr(rs[f].Value()); };
-  auto phone = [&](const char* number, const char* ext) {
-    std::string s = str(number);
-    if (!str(ext).empty()) s += "[" + str(ext) + "]";
-    return s;
-  };
   Currency total;
   std::string body;
   while (!rs.Eof()) {
@@ -263,15 +245,10 @@ void clsReports::rptPatientswithACredit(std::string UserName) {
     const Currency credit = accounts.ReturnAccountCredit(
         static_cast<int32_t>(cf.ReturnVal(rs["ID"].Value())), false, 0);
     if (credit > Currency()) {
-      body += str("LastName") + ", " + str("FirstName") + "\r\n" +
-              "Credit: " + Format(Variant(credit), "Currency");
-      body += "|" + str("Address");
-      body += "|" + phone("HomePhone", "HomeExt") + "\r\n" + phone("OtherPhone", "OtherExt");
-      body += "|" + Format(rs["BirthDate"].Value(), "mmm/dd/yyyy") + "\r\n" +
-              Format(rs["SignupDate"].Value(), "mmm/dd/yyyy");
-      body += "|" + str("EmergencyContact") + "\r\n" + str("EmergencyPhone");
-      body += "|" + str("PrimaryEmployer") + "\r\n" + str("SecondaryEmployer");
-      body += "|" + str("PrimaryInsurance") + "\r\n" + str("SecondaryInsurance") + ";";
+      body += PatientContactRow(cf, rs, str("LastName") + ", " + str("FirstName"),
+                                "Credit: " + Format(Variant(credit), "Currency"),
+                                str("PrimaryEmployer"), str("SecondaryEmployer"),
+                                str("PrimaryInsurance"), str("SecondaryInsurance"));
       total += credit;
     }
     RaiseProgress(rs);
@@ -281,11 +258,7 @@ void clsReports::rptPatientswithACredit(std::string UserName) {
   if (body.empty()) {
     vsp.Text("None on file.");
   } else {
-    vsp.AddTable(
-        "<1.5in|<1.5in|<1.2in|<1in|<1.5in|<1.5in|<1.5in",
-        "Patient Name|Address|Telephone #s|Birth Date\r\nSignup Date|Emergency Contact|Employer(s)|"
-        "Insurance Carrier(s)",
-        body, kHeaderColor);
+    vsp.AddTable(kPatientContactFormat, kPatientContactHeader, body, kHeaderColor);
   }
   vsp.Text("");
   vsp.Text("Total Credit On File: " + Format(Variant(total), "Currency"));
@@ -310,7 +283,12 @@ void clsReports::rptPatientswithOustandingTreatment(std::string UserName) {
   vsp.FontBold(false);
   vsp.FontSize(10);
 
-  auto money = [](const Variant& v) { return Format(v, "Currency"); };
+  // The figures and the reminder date print as the database holds them,
+  // under labels that carry their own "($)"; the texts are escaped, as
+  // each line is one cell of the table.
+  auto raw = [&](const db::Recordset& r, const char* f) {
+    return frame::EscapeCell(cf.returnStr(r[f].Value()));
+  };
   std::string body;
   while (!rs.Eof()) {
     const int32_t id = static_cast<int32_t>(cf.ReturnVal(rs["ID"].Value()));
@@ -320,20 +298,18 @@ void clsReports::rptPatientswithOustandingTreatment(std::string UserName) {
         Open("Select * from PatientTreatmentPlan where PatientID = " + key + " ORDER BY ID",
              db::adOpenForwardOnly);
     while (!plan.Eof()) {
-      lines += "Procedure: " + cf.returnStr(plan["Code"].Value()) +
-               " Tooth #: " + cf.returnStr(plan["Tooth#"].Value()) +
-               " Surface: " + cf.returnStr(plan["Surface"].Value()) +
-               " Fee: " + money(plan["Cost"].Value()) + "||;";
+      lines += "Procedure: " + raw(plan, "Code") + " Tooth #: " + raw(plan, "Tooth#") +
+               " Surface: " + raw(plan, "Surface") + " Fee: " + raw(plan, "Cost") + "||;";
       plan.MoveNext();
     }
     db::Recordset future =
         Open("Select * from PatientFuture where PatientID = " + key, db::adOpenForwardOnly);
     while (!future.Eof()) {
-      lines += "Planned Appointment: " + cf.returnStr(future["Description"].Value()) +
+      lines += "Planned Appointment: " + raw(future, "Description") +
                " Est. Schedule Date: " + Format(future["EstScheduleDate"].Value(), "mmm/dd/yyyy") +
-               " Units: " + cf.returnStr(future["Units"].Value()) +
+               " Units: " + raw(future, "Units") +
                " ShortNotice?: " + (cf.ReturnBool(future["ShortNotice?"].Value()) ? "Yes" : "No") +
-               " Estimate($): " + money(future["Estimate"].Value()) + "||;";
+               " Estimate($): " + raw(future, "Estimate") + "||;";
       future.MoveNext();
     }
     // No blank before ORDER BY: the server reads "5ORDER" as the number
@@ -342,11 +318,9 @@ void clsReports::rptPatientswithOustandingTreatment(std::string UserName) {
         Open("Select * from PatientPredTreatments where PatientID = " + key + "ORDER BY ID",
              db::adOpenForwardOnly);
     while (!predeterminations.Eof()) {
-      lines +=
-          "Treatment Plan: Total($): " + money(predeterminations["TotalAmount"].Value()) +
-          " Benefit Amount($): " + money(predeterminations["TotalBenefitAmount"].Value()) +
-          " Reminder Date: " + Format(predeterminations["ReminderDate"].Value(), "mmm/dd/yyyy") +
-          "||;";
+      lines += "Treatment Plan: Total($): " + raw(predeterminations, "TotalAmount") +
+               " Benefit Amount($): " + raw(predeterminations, "TotalBenefitAmount") +
+               " Reminder Date: " + raw(predeterminations, "ReminderDate") + "||;";
       predeterminations.MoveNext();
     }
     if (!lines.empty()) {
@@ -354,7 +328,8 @@ void clsReports::rptPatientswithOustandingTreatment(std::string UserName) {
       // less every payment on them and less the patient's own credit: the
       // balance as it stands today.
       body +=
-          cf.returnStr(rs["LastName"].Value()) + ", " + cf.returnStr(rs["FirstName"].Value()) +
+          frame::EscapeCell(cf.returnStr(rs["LastName"].Value()) + ", " +
+                            cf.returnStr(rs["FirstName"].Value())) +
           "|Credit($): " + Format(Variant(accounts.ReturnAccountCredit(id, false, 0)), "Currency") +
           "|Balance($): " + Format(accounts.ReturnOldBalance(id, true, 0, Variant(0)), "Currency") +
           ";" + lines;
@@ -408,18 +383,19 @@ void clsReports::rptBillingByClient(std::string UserName, std::string txtfilter,
     db::Recordset bills = patients["PatientInvoices"].Chapter();
     if (!bills.Eof()) {
       vsp.AddTable("<6.5in|>1in", "",
-                   cf.returnStr(patients["FirstName"].Value()) + " " +
-                       cf.returnStr(patients["LastName"].Value()) + "|;",
+                   frame::EscapeCell(cf.returnStr(patients["FirstName"].Value()) + " " +
+                                     cf.returnStr(patients["LastName"].Value())) +
+                       "|;",
                    std::nullopt, kHeaderColor);
       std::string body;
       while (!bills.Eof()) {
         db::Recordset lines = bills["PatientInvoiceDetails"].Chapter();
         while (!lines.Eof()) {
-          body += cf.returnStr(bills["FullName"].Value()) + "|" +
-                  cf.returnStr(bills["Invoice#"].Value()) + "|" +
+          body += frame::EscapeCell(cf.returnStr(bills["FullName"].Value())) + "|" +
+                  frame::EscapeCell(cf.returnStr(bills["Invoice#"].Value())) + "|" +
                   Format(lines["Date"].Value(), "mmm/dd/yyyy") + "|" +
-                  cf.returnStr(lines["Code"].Value()) + "|" +
-                  cf.returnStr(lines["Description"].Value()) + "|" +
+                  frame::EscapeCell(cf.returnStr(lines["Code"].Value())) + "|" +
+                  frame::EscapeCell(cf.returnStr(lines["Description"].Value())) + "|" +
                   Format(lines["Cost"].Value(), "Currency") + ";";
           lines.MoveNext();
         }

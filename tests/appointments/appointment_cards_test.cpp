@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "common/format.h"
 #include "frame/surface/surface.h"
 #include "platform/db/recordset.h"
+#include "support/forged_cells.h"
 #include "support/report_fixture.h"
 
 namespace orv::testing {
@@ -26,8 +29,118 @@ class AppointmentCards : public ReportTest {
     patient = CLng(rs["PatientID"].Value());
     reports.OfficeID = 1;
   }
+  std::string Scalar(const std::string& sql) {
+    db::Recordset rs;
+    rs.Open(sql, conn);
+    return CStr(rs[0L].Value());
+  }
+  size_t Occurrences(const std::string& what) const {
+    const std::string text = Text();
+    size_t n = 0;
+    for (size_t p = text.find(what); p != std::string::npos; p = text.find(what, p + 1)) ++n;
+    return n;
+  }
   int32_t appointment = 0, patient = 0;
 };
+
+// The host names the office on a card and a schedule: that office stands in
+// the heading, once, and the component's own office is not printed beside it.
+TEST_F(AppointmentCards, OneOfficeTheHostsInTheHeading) {
+  const std::string own = Scalar("SELECT Name FROM OfficeInformation WHERE ID = 1");
+  ASSERT_NE(own, "Birch Street Dental");
+  reports.rptAppointmentCard(appointment, "Your visit", "", "Birch Street Dental", "613-555-0199",
+                             15, false);
+  EXPECT_EQ(Occurrences("Birch Street Dental"), 1u) << Text();
+  EXPECT_EQ(Occurrences("Birch Street Dental Phone #: 613-555-0199\n"), 1u) << Text();
+  EXPECT_EQ(Occurrences(own), 0u) << Text();
+
+  struct Schedule {
+    const char* name;
+    std::function<void()> run;
+  };
+  const Schedule schedules[] = {
+      {"summary",
+       [&] { reports.rptFamilyAppointmentsSummary(patient, "Birch Street Dental", "9 Birch St", "Them", "", "", 15); }},
+      {"detailed",
+       [&] { reports.rptFamilyAppointmentsDetailed(patient, "Birch Street Dental", "9 Birch St", "Them", "", "", 15); }},
+  };
+  for (const Schedule& s : schedules) {
+    s.run();
+    EXPECT_EQ(Occurrences("Birch Street Dental\n9 Birch St\n"), 1u) << s.name << "\n" << Text();
+    EXPECT_EQ(Occurrences("Birch Street Dental"), 1u) << s.name;
+    EXPECT_EQ(Occurrences(own), 0u) << s.name << "\n" << Text();
+  }
+
+  // Without an office from the host the component's own line stands.
+  reports.rptAppointmentCard(appointment, "", "", "", "", 15, false);
+  EXPECT_EQ(Occurrences(own + " Phone #: "), 1u) << Text();
+}
+
+// The card's "Family Appointments:" is the family's whole coming schedule,
+// the card's own appointment among them.
+TEST_F(AppointmentCards, FamilyListKeepsTheCardsOwnAppointment) {
+  RawExec("UPDATE OfficeInformation SET HideFinancial = 1 WHERE ID = 1");
+  const std::string day =
+      Format(Variant(CDate(Variant(Scalar("SELECT Date FROM PatientAppointments WHERE ID = " +
+                                          std::to_string(appointment))))),
+             "dddd mmmm d, yyyy");
+  // Family appointments on the same day, the card's own included.
+  const int same_day = std::stoi(Scalar(
+      "SELECT COUNT(*) FROM PatientAppointments INNER JOIN Patient ON PatientAppointments.PatientID "
+      "= Patient.ID WHERE Patient.ResponsibleFamilyMemberID = (SELECT ResponsibleFamilyMemberID FROM "
+      "Patient WHERE ID = " +
+      std::to_string(patient) + ") AND PatientAppointments.Date = (SELECT Date FROM "
+      "PatientAppointments WHERE ID = " + std::to_string(appointment) + ")"));
+  reports.rptAppointmentCard(appointment, "", "", "", "", 15, false);
+  EXPECT_NE(Text().find("Family Appointments:"), std::string::npos) << Text();
+  // Once in the card's own table, and once per appointment of the day in
+  // the family's.
+  EXPECT_EQ(Occurrences(day), static_cast<size_t>(1 + same_day)) << Text();
+}
+
+// The family statements go out as each report writes them: the summary the
+// statements reuse sends "WHERE", the card's schedule "where". A failing
+// statement shows its text in the message.
+TEST_F(AppointmentCards, FamilyStatementsAreSentAsWritten) {
+  RawExec("ALTER TABLE ProcedureCategories RENAME TO ProcedureCategoriesGone");
+  reports.rptFamilyAppointmentsSummary(patient, "", "", "", "", "", 15);
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_NE(host.messages[0].prompt.find("WHERE Patient.ResponsibleFamilyMemberID in (select"),
+            std::string::npos)
+      << host.messages[0].prompt;
+  try {
+    reports.rptFamilyAppointmentsDetailed(patient, "", "", "", "", "", 15);
+    ADD_FAILURE() << "the detailed schedule has no trap";
+  } catch (const std::exception& e) {
+    EXPECT_NE(std::string(e.what()).find("where Patient.ResponsibleFamilyMemberID in (select"),
+              std::string::npos)
+        << e.what();
+  }
+}
+
+// A patient, a provider and a category holding "|" and ";" print inside
+// their cells on the card and both schedules.
+TEST_F(AppointmentCards, SeparatorsInTheDataStayInTheirCells) {
+  const std::string forged = kForgedLastName;
+  RawExec("UPDATE Patient SET LastName = '" + forged + "' WHERE ID = " + std::to_string(patient) +
+          "; UPDATE Employees SET LastName = '" + forged +
+          "' WHERE ID = (SELECT ProviderID FROM PatientAppointments WHERE ID = " +
+          std::to_string(appointment) + "); UPDATE ProcedureCategories SET Name = 'Recall;Check|Up'");
+  struct Run {
+    const char* name;
+    std::function<void()> run;
+  };
+  const Run runs[] = {
+      {"card", [&] { reports.rptAppointmentCard(appointment, "", "", "", "", 15, false); }},
+      {"summary", [&] { reports.rptFamilyAppointmentsSummary(patient, "", "", "", "", "", 15); }},
+  };
+  for (const Run& r : runs) {
+    r.run();
+    EXPECT_TRUE(host.messages.empty()) << r.name;
+    ExpectWholeCell(form.VSP.Document(), forged, r.name);
+    ExpectWholeCell(form.VSP.Document(), "Recall;Check|Up", r.name);
+  }
+}
 
 TEST_F(AppointmentCards, CardShowsFeesUnlessTheOfficeHidesThem) {
   RawExec("UPDATE OfficeInformation SET HideFinancial = 0 WHERE ID = 1");

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -10,6 +11,7 @@
 #include "frame/surface/surface.h"
 #include "platform/db/recordset.h"
 #include "platform/host/files.h"
+#include "support/forged_cells.h"
 #include "support/report_fixture.h"
 
 namespace orv::testing {
@@ -195,6 +197,54 @@ TEST_F(DirectoryLists, LetterheadWithAndWithoutLogo) {
   db::Recordset office;
   office.Open("SELECT Name FROM OfficeInformation WHERE ID = 1", conn);
   EXPECT_EQ(Text().rfind(CStr(office["Name"].Value()) + "\n", 0), 0u) << Text();
+
+  // An office with no row prints no letterhead, and the desk is told which.
+  reports.OfficeID = 77;
+  form.VSP.StartDoc();
+  reports.PrintLetterHead();
+  form.VSP.EndDoc();
+  EXPECT_EQ(Text().find(CStr(office["Name"].Value())), std::string::npos);
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_EQ(host.messages[0].prompt,
+            "The office 77 is not on file: the document prints without its letterhead.");
+}
+
+// Names, addresses and codes holding "|" or ";" print inside their own
+// cells in every list, and forge no row.
+TEST_F(DirectoryLists, SeparatorsInTheDataStayInTheirCells) {
+  const std::string forged = kForgedLastName;
+  const std::string street = kForgedStreet;
+  RawExec("UPDATE Patient SET LastName = '" + forged + "', Address = '" + street +
+          "' WHERE ID = 5; UPDATE InsuranceCompany SET CompanyName = '" + forged + "', Street = '" +
+          street + "' WHERE ID = (SELECT MIN(ID) FROM InsuranceCompany); UPDATE Employers SET Name = '" +
+          forged + "', Street = '" + street +
+          "' WHERE ID = (SELECT MIN(ID) FROM Employers); UPDATE FeeCodes SET Description = '" + forged +
+          "' WHERE ID = (SELECT MIN(FeeCodeID) FROM FeeGuideDetails WHERE FeeGuideID = 1); "
+          "UPDATE Employees SET LastName = '" + forged + "' WHERE ID = (SELECT MIN(ID) FROM Employees)");
+  struct Case {
+    const char* name;
+    std::function<void()> run;
+    std::vector<std::string> cells;
+  };
+  const std::vector<Case> cases = {
+      {"fee guide", [&] { reports.rptFeeGuide(1, ""); }, {forged}},
+      {"insurance companies", [&] { reports.rptInsuranceCompanyList("0", ""); }, {forged, street}},
+      {"employers", [&] { reports.rptEmployerList("0", ""); }, {forged, street}},
+      {"simple patient list", [&] { reports.rptPatientListSimple("ID = 5", "", "Patients"); },
+       {forged + ",", street}},
+      {"detailed patient list", [&] { reports.rptPatientListDetailed("ID = 5"); }, {street}},
+      {"providers included",
+       [&] {
+         form.VSP.StartDoc();
+         reports.PrintProvidersIncluded("");
+         form.VSP.EndDoc();
+       },
+       {forged}},
+  };
+  for (const Case& c : cases) {
+    c.run();
+    for (const std::string& cell : c.cells) ExpectWholeCell(form.VSP.Document(), cell, c.name);
+  }
 }
 
 TEST_F(DirectoryLists, TrapShowsItsTextAndTheDescription) {

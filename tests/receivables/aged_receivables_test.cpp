@@ -6,6 +6,7 @@
 
 #include "frame/surface/surface.h"
 #include "receivables_fixture.h"
+#include "support/forged_cells.h"
 
 namespace orv::testing {
 namespace {
@@ -19,6 +20,21 @@ void RunPractice(clsReports& reports, PreviewForm& form, int16_t option,
   form.VSP.StartDoc();
   reports.srptAccountReceivable(DateTime::FromParts(2026, 11, 20), option, filter, "dana");
   form.VSP.EndDoc();
+}
+
+// The practice list's title is as large as every report's title, and a
+// name holding "|" and ";" stays in its cell in both lists.
+TEST_F(PracticeReceivable, TitleSizeAndSeparatorsInNames) {
+  Exec(std::string("UPDATE Patient SET LastName = '") + kForgedLastName +
+       "' WHERE ID = 1; UPDATE Employees SET FullName = '" + kForgedLastName + "' WHERE ID = 1;");
+  RunPractice(reports, form, 0, "");
+  const auto title = RunsOf(form.VSP.Document(), "Accounts Receivable for the Practice");
+  ASSERT_EQ(title.size(), 1u) << Text();
+  EXPECT_EQ(title[0].size_pt, 20.0f);
+  ExpectWholeCell(form.VSP.Document(), std::string(kForgedLastName) + ",", "practice list");
+
+  reports.rptAccountsReceivable("", "", "", "");
+  ExpectWholeCell(form.VSP.Document(), kForgedLastName, "provider list");
 }
 
 TEST_F(PracticeReceivable, WholePracticeWithoutFilter) {

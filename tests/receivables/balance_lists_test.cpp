@@ -5,6 +5,7 @@
 
 #include "frame/surface/surface.h"
 #include "receivables_fixture.h"
+#include "support/forged_cells.h"
 
 namespace orv::testing {
 namespace {
@@ -39,8 +40,11 @@ TEST_F(PatientsWithABalance, AgesEachInvoiceAndSplitsTheObligations) {
   // 105 is assigned with no patient total: the patient owes nothing of
   // it; the insurer 60 less its own 30 = 30. Claire's 40 cheque is not the
   // insurer's.
-  EXPECT_TRUE(Has("Patient Obligation $0.00 $0.00 $0.00 $0.00 $0.00")) << Text();
-  EXPECT_TRUE(Has("Insurance Obligation $30.00 $30.00 $0.00 $0.00 $0.00"));
+  // The obligation rows leave the name column empty and carry their label
+  // in the Balance column (where it wraps); the patient's row carries the
+  // patient's interest and post dates, the insurer's leaves them empty.
+  EXPECT_TRUE(Has("Patient\n$0.00 $40.00 $0.00 $0.00 $0.00 $0.00\nObligation\n")) << Text();
+  EXPECT_TRUE(Has("Insurance\n$30.00 $0.00 $0.00 $0.00\nObligation\n")) << Text();
   // Nobody else has an invoice of provider 1, and credits do not count.
   EXPECT_FALSE(Has("Tremblay, Luc"));
   EXPECT_FALSE(Has("Singh, Priya"));
@@ -49,6 +53,36 @@ TEST_F(PatientsWithABalance, AgesEachInvoiceAndSplitsTheObligations) {
   EXPECT_TRUE(Has("Post Dates and Interest Columns are for informational purposes only."));
   EXPECT_TRUE(Has("This report DOES NOT include credits."));
   EXPECT_EQ(form.VSP.Orientation(), 0);
+}
+
+// The cells of the rows under a patient, by position: the name column is
+// empty, the label stands in the first figure column; and the line naming
+// the providers is centred between the margins.
+TEST_F(PatientsWithABalance, ObligationLabelsAndProvidersLine) {
+  reports.rptPatientsWithABalance("dana", kEnd, "ProviderID = 1");
+  const render::Document& doc = form.VSP.Document();
+  const Twips left = form.VSP.MarginLeft();
+  const Twips name_column = Twips::Inches(1.5);
+  const auto names = RunsOf(doc, "Tremblay, Claire");
+  ASSERT_EQ(names.size(), 1u) << Text();
+  for (const char* label : {"Patient", "Insurance"}) {
+    // The column head "Patient" stands in the name column; the label in
+    // the next one.
+    bool in_balance_column = false;
+    for (const render::TextRun& run : RunsOf(doc, label)) {
+      EXPECT_TRUE(run.x < left + name_column || run.top > names[0].top) << label;
+      if (run.x >= left + name_column && run.top > names[0].top) in_balance_column = true;
+    }
+    EXPECT_TRUE(in_balance_column) << label << "\n" << Text();
+  }
+  EXPECT_TRUE(RunsOf(doc, "Patient Obligation").empty());
+  EXPECT_TRUE(RunsOf(doc, "Insurance Obligation").empty());
+
+  const auto providers = RunsOf(doc, "Providers: Moreau");
+  ASSERT_EQ(providers.size(), 1u) << Text();
+  const Twips middle = (left + form.VSP.PageWidth() - form.VSP.MarginRight()) / 2;
+  const Twips run_middle = providers[0].x + providers[0].width / 2;
+  EXPECT_LT(std::abs((run_middle - middle).value()), 20) << run_middle.value() << " vs " << middle.value();
 }
 
 TEST_F(PatientsWithABalance, WithCreditsTheRowsCarryDebitCreditAndBalance) {
@@ -141,6 +175,27 @@ TEST_F(UnappliedPayments, ListsMoneyLeftOverByProviderDateAndPayee) {
   EXPECT_EQ(text.find("Zero, Zoe"), std::string::npos);
   // 50 + 20 + 60 + 15 + 26 = 171.
   EXPECT_NE(text.find("Total Unapplied Payments: $171.00"), std::string::npos) << text;
+}
+
+// A refund is tested by its day, as every other date of the list: one paid
+// back in the afternoon of the end date is paid back by it.
+TEST_F(UnappliedPayments, RefundOnTheEndDateCountsWhateverItsHour) {
+  Exec("UPDATE InvoicePayments SET RefundDate = '2026-11-20 15:30:00' WHERE ID = 221;");
+  reports.rptUnAppliedPayments(kEnd, "");
+  EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_FALSE(Has("Tremblay, Marc")) << Text();
+  EXPECT_TRUE(Has("Total Unapplied Payments: $171.00")) << Text();
+}
+
+// Names holding "|" and ";" stay in their cells in both lists.
+TEST_F(UnappliedPayments, SeparatorsInNamesStayInTheirCells) {
+  Exec(std::string("UPDATE Patient SET LastName = '") + kForgedLastName +
+       "', FullName = '" + kForgedLastName + ", Claire' WHERE ID = 1; UPDATE Employees SET LastName = '" +
+       kForgedLastName + "' WHERE ID = 2;");
+  reports.rptUnAppliedPayments(kEnd, "");
+  ExpectWholeCell(form.VSP.Document(), std::string(kForgedLastName) + ",", "unapplied payments");
+  reports.rptPatientsWithABalance("", kEnd, "");
+  ExpectWholeCell(form.VSP.Document(), std::string(kForgedLastName) + ",", "patients with a balance");
 }
 
 TEST_F(UnappliedPayments, FilterAndFailureMessage) {

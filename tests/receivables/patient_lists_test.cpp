@@ -4,8 +4,11 @@
 // today and the end date are 2026-11-20.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "frame/surface/surface.h"
 #include "receivables_fixture.h"
+#include "support/forged_cells.h"
 
 namespace orv::testing {
 namespace {
@@ -15,6 +18,8 @@ using FamiliesWithABalance = ReceivablesTest;
 using PatientsWithACredit = ReceivablesTest;
 using OutstandingTreatment = ReceivablesTest;
 using BillingByClient = ReceivablesTest;
+
+const DateTime kToday = DateTime::FromParts(2026, 11, 20);
 
 TEST_F(AccountStatus, BalanceIsWhatIsOwedLessTheCredit) {
   reports.rptPatientAccountStatus("dana", DateTime::FromParts(2026, 11, 20));
@@ -66,6 +71,9 @@ TEST_F(FamiliesWithABalance, FamiliesByPrimaryHolder) {
   // Family B: Priya's 131 was paid by Arjun; Arjun's 141 40 current.
   EXPECT_TRUE(Has("Singh, Priya $40.00 $0.00 $40.00 $0.00")) << Text();
   EXPECT_TRUE(Has("Arjun $40.00 $0.00 $40.00 $0.00"));
+  // Priya owes nothing of her own: her row still stands in her family.
+  EXPECT_TRUE(Has("Singh, Priya $40.00 $0.00 $40.00 $0.00\n  Priya $0.00 $0.00 $0.00 $0.00\n"))
+      << Text();
   // Nadia is nobody's primary holder of herself: no family.
   EXPECT_FALSE(Has("Roy, Nadia"));
   // 385 + 40 = 425; 35; 160 + 40 = 200; 190.
@@ -103,13 +111,13 @@ TEST_F(OutstandingTreatment, ListsOpenWorkOfPatientsWithBothCarriers) {
       "UPDATE Patient SET InsuranceID = 1, SecondaryInsuranceID = 2 WHERE ID = 1;"
       "UPDATE Patient SET InsuranceID = 1, EmployerID = 11 WHERE ID = 2;"
       "INSERT INTO PatientTreatmentPlan (ID, PatientID, Code, [Tooth#], Surface, Cost) VALUES "
-      "(1, 1, '23111', '36', 'MO', 150), (2, 2, '01202', '', '', 40);"
+      "(1, 1, '23111', '36', 'MO', 150.5), (2, 2, '01202', '', '', 40);"
       "INSERT INTO PatientFuture (ID, PatientID, Description, EstScheduleDate, Units, "
       "[ShortNotice?], "
       "Estimate) VALUES (1, 1, 'Recall', '2027-01-15 00:00:00', 2, 1, 95);"
       "INSERT INTO PatientPredTreatments (ID, PatientID, TotalAmount, TotalBenefitAmount, "
       "ReminderDate) "
-      "VALUES (1, 1, 800, 640, '2026-12-15 00:00:00');");
+      "VALUES (1, 1, 3049, 640.25, '2026-12-15 00:00:00');");
   reports.rptPatientswithOustandingTreatment("dana");
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   // Claire's credit today: 50. Her balance: live complete invoices to date
@@ -117,13 +125,50 @@ TEST_F(OutstandingTreatment, ListsOpenWorkOfPatientsWithBothCarriers) {
   // = 390, less her own credit (patient payments 80 + 200 less 80 + 150 =
   // 50): -5.
   EXPECT_TRUE(Has("Tremblay, Claire Credit($): $50.00 Balance($): -$5.00")) << Text();
-  EXPECT_TRUE(Has("Procedure: 23111 Tooth #: 36 Surface: MO Fee: $150.00")) << Text();
+  // The figures and the reminder date print as they are held, under
+  // labels that carry their own "($)": no second sign.
+  EXPECT_TRUE(Has("Procedure: 23111 Tooth #: 36 Surface: MO Fee: 150.5")) << Text();
   EXPECT_TRUE(Has("Planned Appointment: Recall"));
   EXPECT_TRUE(Has("Jan/15/2027"));
-  EXPECT_TRUE(Has("ShortNotice?: Yes"));
-  EXPECT_TRUE(Has("Treatment Plan: Total($): $800.00 Benefit Amount($): $640.00"));
+  EXPECT_TRUE(Has("ShortNotice?: Yes Estimate($): 95")) << Text();
+  EXPECT_TRUE(Has("Treatment Plan: Total($): 3049 Benefit Amount($): 640.25 Reminder")) << Text();
+  EXPECT_TRUE(Has("Date: 2026-12-15"));
+  EXPECT_FALSE(Has("$150")) << Text();
   // Luc has a plan but no second insurer or employer: left out.
   EXPECT_FALSE(Has("Tremblay, Luc"));
+}
+
+// A patient, an address and a fee code's description holding "|" and ";"
+// print inside their cells in every patient list of the family.
+TEST_F(BillingByClient, SeparatorsInTheDataStayInTheirCells) {
+  const std::string forged = kForgedLastName;
+  Exec("UPDATE Patient SET LastName = '" + forged + "', FullName = '" + forged + ", Claire', " +
+       "Address = '" + kForgedStreet + "', InsuranceID = 1, SecondaryInsuranceID = 1, " +
+       "EmployerID = 11, SecondaryEmployerID = 11 WHERE ID IN (1, 3);" +
+       "INSERT INTO InsuranceCompany (ID, CompanyName) VALUES (1, 'North;Mutual');" +
+       "INSERT INTO Employers (ID, Name) VALUES (11, 'Mill|Co');" +
+       "INSERT INTO FeeCodes (ID, Description) VALUES ('01202', 'Recall;exam|A'), ('23111', 'F');" +
+       "INSERT INTO PatientTreatmentPlan (ID, PatientID, Code, [Tooth#], Surface, Cost) VALUES " +
+       "(1, 1, '23;11', '36', 'MO', 150);");
+  struct Case {
+    const char* name;
+    std::function<void()> run;
+    std::vector<std::string> cells;
+  };
+  const Case cases[] = {
+      {"account status", [&] { reports.rptPatientAccountStatus("", kToday); }, {forged + ","}},
+      {"families", [&] { reports.rptFamiliesWithABalance(""); }, {forged + ","}},
+      {"credit", [&] { reports.rptPatientswithACredit(""); },
+       {forged + ",", kForgedStreet, "North;Mutual", "Mill|Co"}},
+      {"outstanding treatment", [&] { reports.rptPatientswithOustandingTreatment(""); },
+       {forged + ",", "Procedure: 23;11"}},
+      {"billing", [&] { reports.rptBillingByClient("", "0", "", ""); }, {"Recall;exam|A"}},
+  };
+  for (const Case& c : cases) {
+    c.run();
+    EXPECT_TRUE(host.messages.empty()) << c.name;
+    for (const std::string& cell : c.cells) ExpectWholeCell(form.VSP.Document(), cell, c.name);
+  }
 }
 
 TEST_F(BillingByClient, EachPatientsInvoicesLineByLine) {

@@ -1,0 +1,37 @@
+// The contact texts several reports print alike: a phone number with its
+// extension, and the seven-cell patient contact row of the patient lists.
+#pragma once
+
+#include <string>
+
+#include "common/common_functions.h"
+#include "platform/db/recordset.h"
+
+namespace orv {
+
+// `number`, then `before`, `ext` and `after` when there is an extension:
+// PhoneWithExt("555-0100", "12", " Ext: ") is "555-0100 Ext: 12". Nothing is
+// added for an empty extension, so no brackets or label dangle.
+std::string PhoneWithExt(const std::string& number, const std::string& ext,
+                         const std::string& before, const std::string& after = "");
+
+// The patient contact table: seven columns, the fourth holding the birth
+// and the signup date on two lines.
+inline constexpr const char* kPatientContactFormat =
+    "<1.5in|<1.5in|<1.2in|<1in|<1.5in|<1.5in|<1.5in";
+inline constexpr const char* kPatientContactHeader =
+    "Patient Name|Address|Telephone #s|Birth Date\r\nSignup Date|Emergency Contact|Employer(s)|"
+    "Insurance Carrier(s)";
+
+// One row of the patient contact table, ";" included, every value escaped
+// for the table language. The address, phones, dates and emergency contact
+// are read from the patient row `rs` (fields Address, HomePhone, HomeExt,
+// OtherPhone, OtherExt, BirthDate, SignupDate, EmergencyContact,
+// EmergencyPhone); the name cell's lines and the two employer and two
+// insurer names come from the caller, each as plain text.
+std::string PatientContactRow(clsCommonFunctions& cf, const db::Recordset& rs,
+                              const std::string& name_line, const std::string& second_name_line,
+                              const std::string& employer1, const std::string& employer2,
+                              const std::string& insurer1, const std::string& insurer2);
+
+}  // namespace orv
