@@ -19,7 +19,8 @@ namespace {
 
 // A few tables with every kind of column the binder types differently.
 const char* const kSchema =
-    "CREATE TABLE Patient (ID INTEGER, LastName VARCHAR(30), FirstName VARCHAR(30), PreferredName VARCHAR(10),"
+    "CREATE TABLE Patient (ID INTEGER, LastName VARCHAR(30), FirstName VARCHAR(30), PreferredName "
+    "VARCHAR(10),"
     " BirthDate DATETIME, [Active?] INTEGER, Balance MONEY, Score FLOAT, Logo BLOB, Notes TEXT);"
     "CREATE TABLE Invoices (ID INTEGER, [Invoice#] INTEGER, PatientID INTEGER, [Date] DATETIME,"
     " InvoiceTotal MONEY, [Complete?] INTEGER, Code VARCHAR(6), Rate DECIMAL(10,2));";
@@ -54,13 +55,15 @@ void Statement(const Engine& engine, const std::string& text) {
     return;
   }
   sqlite3_stmt* stmt = nullptr;
-  int rc = sqlite3_prepare_v2(engine.db, t.sql.c_str(), static_cast<int>(t.sql.size()), &stmt, nullptr);
+  int rc =
+      sqlite3_prepare_v2(engine.db, t.sql.c_str(), static_cast<int>(t.sql.size()), &stmt, nullptr);
   sqlite3_finalize(stmt);
   // SQLite's own limits (expression depth, compound size) may refuse a
   // statement; a syntax error means the printer wrote something wrong.
   if (rc != SQLITE_OK) {
     std::string msg = sqlite3_errmsg(engine.db);
-    if (msg.find("syntax error") != std::string::npos || msg.find("no such column") != std::string::npos) {
+    if (msg.find("syntax error") != std::string::npos ||
+        msg.find("no such column") != std::string::npos) {
       std::abort();
     }
   }

@@ -9,24 +9,24 @@ namespace orv::collation {
 namespace {
 
 // Level-2 weights, in the order the accents sort after the plain letter.
-constexpr char kAcute = '1', kGrave = '2', kCircumflex = '3', kDiaeresis = '4', kTilde = '5', kRing = '6',
-               kCedilla = '7', kStroke = '8', kCaron = '9', kLigature = 'a';
+constexpr char kAcute = '1', kGrave = '2', kCircumflex = '3', kDiaeresis = '4', kTilde = '5',
+               kRing = '6', kCedilla = '7', kStroke = '8', kCaron = '9', kLigature = 'a';
 
 // Latin-1 and the Windows Latin letters beyond it that names in a Canadian
 // practice carry. ASCII capitals fold by arithmetic and are not listed.
 constexpr std::array<Letter, 35> kLetters = {{
-    {0xC0, 0xE0, "a", kGrave},      {0xC1, 0xE1, "a", kAcute},     {0xC2, 0xE2, "a", kCircumflex},
-    {0xC3, 0xE3, "a", kTilde},      {0xC4, 0xE4, "a", kDiaeresis}, {0xC5, 0xE5, "a", kRing},
-    {0xC6, 0xE6, "ae", kLigature},  {0xC7, 0xE7, "c", kCedilla},   {0xC8, 0xE8, "e", kGrave},
-    {0xC9, 0xE9, "e", kAcute},      {0xCA, 0xEA, "e", kCircumflex}, {0xCB, 0xEB, "e", kDiaeresis},
-    {0xCC, 0xEC, "i", kGrave},      {0xCD, 0xED, "i", kAcute},     {0xCE, 0xEE, "i", kCircumflex},
-    {0xCF, 0xEF, "i", kDiaeresis},  {0xD0, 0xF0, "d", kStroke},    {0xD1, 0xF1, "n", kTilde},
-    {0xD2, 0xF2, "o", kGrave},      {0xD3, 0xF3, "o", kAcute},     {0xD4, 0xF4, "o", kCircumflex},
-    {0xD5, 0xF5, "o", kTilde},      {0xD6, 0xF6, "o", kDiaeresis}, {0xD8, 0xF8, "o", kStroke},
-    {0xD9, 0xF9, "u", kGrave},      {0xDA, 0xFA, "u", kAcute},     {0xDB, 0xFB, "u", kCircumflex},
-    {0xDC, 0xFC, "u", kDiaeresis},  {0xDD, 0xFD, "y", kAcute},     {0xDE, 0xFE, "th", kLigature},
-    {0, 0xDF, "ss", kLigature},     {0x178, 0xFF, "y", kDiaeresis}, {0x152, 0x153, "oe", kLigature},
-    {0x160, 0x161, "s", kCaron},    {0x17D, 0x17E, "z", kCaron},
+    {0xC0, 0xE0, "a", kGrave},     {0xC1, 0xE1, "a", kAcute},      {0xC2, 0xE2, "a", kCircumflex},
+    {0xC3, 0xE3, "a", kTilde},     {0xC4, 0xE4, "a", kDiaeresis},  {0xC5, 0xE5, "a", kRing},
+    {0xC6, 0xE6, "ae", kLigature}, {0xC7, 0xE7, "c", kCedilla},    {0xC8, 0xE8, "e", kGrave},
+    {0xC9, 0xE9, "e", kAcute},     {0xCA, 0xEA, "e", kCircumflex}, {0xCB, 0xEB, "e", kDiaeresis},
+    {0xCC, 0xEC, "i", kGrave},     {0xCD, 0xED, "i", kAcute},      {0xCE, 0xEE, "i", kCircumflex},
+    {0xCF, 0xEF, "i", kDiaeresis}, {0xD0, 0xF0, "d", kStroke},     {0xD1, 0xF1, "n", kTilde},
+    {0xD2, 0xF2, "o", kGrave},     {0xD3, 0xF3, "o", kAcute},      {0xD4, 0xF4, "o", kCircumflex},
+    {0xD5, 0xF5, "o", kTilde},     {0xD6, 0xF6, "o", kDiaeresis},  {0xD8, 0xF8, "o", kStroke},
+    {0xD9, 0xF9, "u", kGrave},     {0xDA, 0xFA, "u", kAcute},      {0xDB, 0xFB, "u", kCircumflex},
+    {0xDC, 0xFC, "u", kDiaeresis}, {0xDD, 0xFD, "y", kAcute},      {0xDE, 0xFE, "th", kLigature},
+    {0, 0xDF, "ss", kLigature},    {0x178, 0xFF, "y", kDiaeresis}, {0x152, 0x153, "oe", kLigature},
+    {0x160, 0x161, "s", kCaron},   {0x17D, 0x17E, "z", kCaron},
 }};
 
 // Every code point below this is looked up in one table; the letters of
@@ -53,7 +53,9 @@ const Letter* Find(char32_t c) {
   return i < 0 ? nullptr : &kLetters[static_cast<size_t>(i)];
 }
 
-bool IsIgnorable(char32_t c) { return kIgnorable.find(c) != std::u32string_view::npos; }
+bool IsIgnorable(char32_t c) {
+  return kIgnorable.find(c) != std::u32string_view::npos;
+}
 
 }  // namespace
 
@@ -116,7 +118,9 @@ bool IsPlainAscii(std::string_view s) {
 
 }  // namespace
 
-std::span<const Letter> Letters() { return kLetters; }
+std::span<const Letter> Letters() {
+  return kLetters;
+}
 
 std::string SortKey(std::string_view text) {
   text = TrimBlanks(text);

@@ -26,7 +26,9 @@ std::string Repeat(const std::string& s, int n) {
 constexpr int kNesting = 400;
 constexpr int kShapeNesting = 100;
 
-std::string NestedAbs(int n) { return Repeat("ABS(", n) + "1" + Repeat(")", n); }
+std::string NestedAbs(int n) {
+  return Repeat("ABS(", n) + "1" + Repeat(")", n);
+}
 
 std::string JoinChain(int n) {
   std::string s = "SELECT p0.ID FROM Patient p0";
@@ -36,7 +38,8 @@ std::string JoinChain(int n) {
 
 std::string NestedShape(int n) {
   return Repeat("SHAPE {SELECT ID FROM Patient} APPEND ((", n - 1) +
-         "SHAPE {SELECT ID FROM Patient} APPEND ({SELECT PatientID FROM Invoices} RELATE ID TO PatientID)" +
+         "SHAPE {SELECT ID FROM Patient} APPEND ({SELECT PatientID FROM Invoices} RELATE ID TO "
+         "PatientID)" +
          Repeat(") RELATE ID TO ID)", n - 1);
 }
 
@@ -57,8 +60,8 @@ class DeepStatements : public ::testing::Test {
                                        const std::string& after) {
     std::string file = dir + "/text";
     std::ofstream(file) << text;
-    return orv::testing::RunShell(std::string(ORVENDA_APP) + " " + before + " \"$(cat " + file + ")\" " + after +
-                                  " 2>&1");
+    return orv::testing::RunShell(std::string(ORVENDA_APP) + " " + before + " \"$(cat " + file +
+                                  ")\" " + after + " 2>&1");
   }
   static inline std::string dir;
 };
@@ -87,10 +90,12 @@ TEST_F(DeepStatements, RefusedAsAReportFilter) {
   for (int levels : {2 * kNesting, 8000}) {
     SCOPED_TRACE(levels);
     std::string out = dir + "/list" + std::to_string(levels) + ".pdf";
-    auto r = Run("--db " + dir + "/demo.db --today 2026-11-20 --out " + out + " rptPatientListSimple",
-                 "ID = " + NestedAbs(levels), "desk Patients");
+    auto r =
+        Run("--db " + dir + "/demo.db --today 2026-11-20 --out " + out + " rptPatientListSimple",
+            "ID = " + NestedAbs(levels), "desk Patients");
     EXPECT_EQ(r.status, 1) << r.out.substr(0, 400);
-    EXPECT_NE(r.out.find(std::to_string(kNesting) + " levels"), std::string::npos) << r.out.substr(0, 400);
+    EXPECT_NE(r.out.find(std::to_string(kNesting) + " levels"), std::string::npos)
+        << r.out.substr(0, 400);
   }
 }
 

@@ -11,7 +11,9 @@
 namespace orv::collation {
 namespace {
 
-int Sign(int v) { return v < 0 ? -1 : (v > 0 ? 1 : 0); }
+int Sign(int v) {
+  return v < 0 ? -1 : (v > 0 ? 1 : 0);
+}
 
 TEST(Collation, PairsInDictionaryOrder) {
   struct Case {
@@ -61,8 +63,9 @@ TEST(Collation, PairsInDictionaryOrder) {
 // the key's answer for every pair, mixed ones included.
 TEST(Collation, QuickPathAgreesWithTheKey) {
   const std::vector<std::string> texts = {
-      "", "a", "A", "ab", "a b", "a-b", "ab ", "Abbott", "abbot", "O'Neil", "ONeil", "Oneil", "Zz", "z~",
-      "1", "10", "9", "{", "@home", "Élise", "Elise", "elise", "co-op", "coop", "Coop ", "\t", "a\x01"};
+      "",       "a",     "A",     "ab",    "a b",   "a-b",  "ab ",   "Abbott", "abbot",
+      "O'Neil", "ONeil", "Oneil", "Zz",    "z~",    "1",    "10",    "9",      "{",
+      "@home",  "Élise", "Elise", "elise", "co-op", "coop", "Coop ", "\t",     "a\x01"};
   for (const auto& a : texts) {
     for (const auto& b : texts) {
       SCOPED_TRACE("'" + a + "' against '" + b + "'");
@@ -72,8 +75,8 @@ TEST(Collation, QuickPathAgreesWithTheKey) {
 }
 
 TEST(Collation, BrokenUtf8StandsForItselfWithoutCrashing) {
-  const std::string cut = "Cot\xC3";       // a sequence cut short
-  const std::string stray = "Cot\xA9x";    // a continuation byte alone
+  const std::string cut = "Cot\xC3";      // a sequence cut short
+  const std::string stray = "Cot\xA9x";   // a continuation byte alone
   const std::string bad = "Cot\xE9\x41";  // a lead byte without its continuation
   for (const std::string& s : {cut, stray, bad}) {
     EXPECT_EQ(Compare(s, s), 0);

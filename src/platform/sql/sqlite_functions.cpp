@@ -49,24 +49,6 @@ std::vector<char32_t> Decode(const unsigned char* s, size_t n) {
   return out;
 }
 
-void Encode(char32_t cp, std::string& out) {
-  if (cp < 0x80) {
-    out += static_cast<char>(cp);
-  } else if (cp < 0x800) {
-    out += static_cast<char>(0xC0 | (cp >> 6));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else if (cp < 0x10000) {
-    out += static_cast<char>(0xE0 | (cp >> 12));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (cp >> 18));
-    out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  }
-}
-
 // Case folding of the Latin letters the practice's data holds (ASCII and
 // Latin-1: 'É' equals 'é'); accents stay significant, as in the server's
 // accent-sensitive collation.
@@ -95,7 +77,8 @@ std::vector<char32_t> CodePoints(sqlite3_value* v) {
 
 std::string Utf8(const std::vector<char32_t>& cps, size_t from = 0, size_t count = std::string::npos) {
   std::string out;
-  for (size_t i = from; i < cps.size() && (count == std::string::npos || i < from + count); ++i) Encode(cps[i], out);
+  for (size_t i = from; i < cps.size() && (count == std::string::npos || i < from + count); ++i)
+    collation::AppendUtf8(cps[i], out);
   return out;
 }
 

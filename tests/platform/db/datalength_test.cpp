@@ -26,7 +26,8 @@ INSERT INTO Pictures VALUES (1, X'89504E470D0A1A0A0000000D49484452', 'Élise  ')
 void ExpectLengths(const std::string& url) {
   Connection conn(url);
   auto rows = conn.Query(
-      "SELECT ID, DATALENGTH(Logo) AS Bytes, DATALENGTH(Caption) AS Chars, LEN(Caption) AS Letters FROM Pictures "
+      "SELECT ID, DATALENGTH(Logo) AS Bytes, DATALENGTH(Caption) AS Chars, LEN(Caption) AS Letters "
+      "FROM Pictures "
       "ORDER BY ID");
   ASSERT_EQ(rows->rows.size(), 2u);
   EXPECT_EQ(CStr(rows->rows[0][1]), "16");

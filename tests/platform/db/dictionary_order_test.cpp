@@ -27,12 +27,13 @@ using testing::TempDb;
 // the accented one; trailing blanks never count. The two spellings of Côté
 // are equal and keep their ID order.
 const std::vector<std::string> kHandOrder = {
-    "Abbott",       "Aubé",      "Aubert",     "Belanger",  "Bélanger",   "Bell   ",    "Caron",
-    "Çelik",        "Cote",      "coté",       "Côté",      "CÔTÉ  ",     "Dagenais",   "Dallaire",
-    "D'Amour",      "Dupont",    "Dupontel",   "Dupont-Roy", "Elise",     "Élise",      "Emma",
-    "Étienne",      "Laetitia",  "Lætitia",    "Lafleur",   "Levesque",   "Lévesque",   "Lindgren",
-    "Mac Donald",   "MacDonald", "McDonald",   "Obrien",    "O'Brien",    "O'Neil",     "Ouellet",
-    "Saint Pierre", "Sainte-Marie", "Saint-Pierre", "Yves", "Zoe",        "Zoé",
+    "Abbott",       "Aubé",         "Aubert",   "Belanger", "Bélanger",   "Bell   ",
+    "Caron",        "Çelik",        "Cote",     "coté",     "Côté",       "CÔTÉ  ",
+    "Dagenais",     "Dallaire",     "D'Amour",  "Dupont",   "Dupontel",   "Dupont-Roy",
+    "Elise",        "Élise",        "Emma",     "Étienne",  "Laetitia",   "Lætitia",
+    "Lafleur",      "Levesque",     "Lévesque", "Lindgren", "Mac Donald", "MacDonald",
+    "McDonald",     "Obrien",       "O'Brien",  "O'Neil",   "Ouellet",    "Saint Pierre",
+    "Sainte-Marie", "Saint-Pierre", "Yves",     "Zoe",      "Zoé",
 };
 
 // The names stored in a shuffled order, each with its place in kHandOrder
@@ -72,16 +73,20 @@ Orders Read(const std::string& url) {
   auto extremes = conn.Query("SELECT MIN(Name), MAX(Name) FROM Names");
   o.min = CStr(extremes->rows.at(0).at(0));
   o.max = CStr(extremes->rows.at(0).at(1));
-  o.between = Column(conn.Query("SELECT Name FROM Names WHERE Name BETWEEN 'Elise' AND 'Étienne' ORDER BY ID"), 0);
-  o.below_emile = CLng(conn.Query("SELECT COUNT(*) FROM Names WHERE Name < 'Émile'")->rows.at(0).at(0));
+  o.between = Column(
+      conn.Query("SELECT Name FROM Names WHERE Name BETWEEN 'Elise' AND 'Étienne' ORDER BY ID"), 0);
+  o.below_emile =
+      CLng(conn.Query("SELECT COUNT(*) FROM Names WHERE Name < 'Émile'")->rows.at(0).at(0));
 
   Recordset rs;
   rs.Open("SELECT ID, Name FROM Names", conn, adOpenStatic, adLockReadOnly, adCmdText);
   rs.Sort("Name, ID");
-  for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) o.recordset_sort.push_back(CStr(rs["Name"].Value()));
+  for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext())
+    o.recordset_sort.push_back(CStr(rs["Name"].Value()));
   rs.Sort("ID");
   rs.Filter("Name >= 'Elise' AND Name <= 'Étienne'");
-  for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) o.recordset_between.push_back(CStr(rs["Name"].Value()));
+  for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext())
+    o.recordset_between.push_back(CStr(rs["Name"].Value()));
   rs.Filter("Name < 'Émile'");
   o.recordset_below_emile = rs.RecordCount();
   return o;

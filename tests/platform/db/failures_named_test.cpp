@@ -59,14 +59,16 @@ void ExpectMoneyOverflowNamed(const std::string& url, const std::string& huge) {
     const char* statement;
   } cases[] = {
       {"the value itself", "SELECT ID, Cost FROM InvoiceDetails ORDER BY ID"},
-      {"a sum over it", "SELECT InvoiceID, SUM(Cost) AS Total FROM InvoiceDetails GROUP BY InvoiceID"},
+      {"a sum over it",
+       "SELECT InvoiceID, SUM(Cost) AS Total FROM InvoiceDetails GROUP BY InvoiceID"},
       {"joined from the invoice",
        "SELECT i.ID, d.Cost FROM Invoices i INNER JOIN InvoiceDetails d ON d.InvoiceID = i.ID"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     std::string message = OverflowMessage([&] { conn.Query(c.statement); });
-    EXPECT_NE(message.find("table InvoiceDetails, column Cost, ID 12 holds " + huge), std::string::npos)
+    EXPECT_NE(message.find("table InvoiceDetails, column Cost, ID 12 holds " + huge),
+              std::string::npos)
         << message;
     EXPECT_NE(message.find(c.statement), std::string::npos) << message;
   }
@@ -82,7 +84,8 @@ TEST(MoneyOutOfRange, ATotalPastTheRangeSaysSo) {
   Connection conn(db.url());
   std::string total = OverflowMessage(
       [&] { conn.Query("SELECT SUM(Cost * 100000000000000) AS Total FROM InvoiceDetails"); });
-  EXPECT_NE(total.find("the column Total adds up to more than money holds"), std::string::npos) << total;
+  EXPECT_NE(total.find("the column Total adds up to more than money holds"), std::string::npos)
+      << total;
 }
 
 TEST(MoneyOutOfRange, PostgresNamesTableColumnAndKey) {
@@ -91,7 +94,8 @@ TEST(MoneyOutOfRange, PostgresNamesTableColumnAndKey) {
   FreshPgDatabase server;
   CopyDatabase(db.url(), server.url());
   // Past Currency's range, inside the server's numeric(19,4).
-  ServerExec("UPDATE \"InvoiceDetails\" SET \"Cost\" = 950000000000000 WHERE \"ID\" = 12", server.url());
+  ServerExec("UPDATE \"InvoiceDetails\" SET \"Cost\" = 950000000000000 WHERE \"ID\" = 12",
+             server.url());
   ExpectMoneyOverflowNamed(server.url(), "950000000000000");
 }
 
@@ -110,9 +114,10 @@ TEST(SessionLimits, TakenFromTheUrlWithDefaults) {
     const char* statement;
   } cases[] = {
       {"defaults", server.url(), "10s", "5min"},
-      {"both in the query", WithParameters(server.url(), "lock_timeout=250ms&statement_timeout=2min"), "250ms",
-       "2min"},
-      {"beside libpq's own", WithParameters(server.url(), "application_name=desk&lock_timeout=0"), "0", "5min"},
+      {"both in the query",
+       WithParameters(server.url(), "lock_timeout=250ms&statement_timeout=2min"), "250ms", "2min"},
+      {"beside libpq's own", WithParameters(server.url(), "application_name=desk&lock_timeout=0"),
+       "0", "5min"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -129,7 +134,8 @@ TEST(SessionLimits, TakenFromTheUrlWithDefaults) {
     OpenEngine(WithParameters(server.url(), "lock_timeout=soon"));
     ADD_FAILURE() << "a duration that is none was taken";
   } catch (const DatabaseError& e) {
-    EXPECT_NE(e.description().find("lock_timeout must be a duration"), std::string::npos) << e.description();
+    EXPECT_NE(e.description().find("lock_timeout must be a duration"), std::string::npos)
+        << e.description();
   }
 }
 
@@ -150,7 +156,8 @@ TEST(SessionLimits, ALockedTableStopsTheReportWithTheStatement) {
     ADD_FAILURE() << "read a locked table";
   } catch (const DatabaseError& e) {
     EXPECT_NE(e.description().find("lock timeout"), std::string::npos) << e.description();
-    EXPECT_NE(e.description().find("SELECT COUNT(*) AS n FROM Invoices"), std::string::npos) << e.description();
+    EXPECT_NE(e.description().find("SELECT COUNT(*) AS n FROM Invoices"), std::string::npos)
+        << e.description();
   }
   EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(5));
   other.Exec("ROLLBACK");

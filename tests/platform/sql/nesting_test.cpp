@@ -27,30 +27,49 @@ struct Shape {
 // Each shape nests `levels` times one construct that the passes walk
 // recursively.
 const Shape kShapes[] = {
-    {"nested ABS", [](int n) { return "SELECT ID FROM Patient WHERE ID = " + Repeat("ABS(", n) + "1" + Repeat(")", n); }},
+    {"nested ABS",
+     [](int n) {
+       return "SELECT ID FROM Patient WHERE ID = " + Repeat("ABS(", n) + "1" + Repeat(")", n);
+     }},
     {"nested CAST",
-     [](int n) { return "SELECT " + Repeat("CAST(", n) + "ID" + Repeat(" AS int)", n) + " FROM Patient"; }},
+     [](int n) {
+       return "SELECT " + Repeat("CAST(", n) + "ID" + Repeat(" AS int)", n) + " FROM Patient";
+     }},
     {"nested COALESCE",
-     [](int n) { return "SELECT " + Repeat("COALESCE(", n) + "ID" + Repeat(", 0)", n) + " FROM Patient"; }},
+     [](int n) {
+       return "SELECT " + Repeat("COALESCE(", n) + "ID" + Repeat(", 0)", n) + " FROM Patient";
+     }},
     {"nested ISNULL",
-     [](int n) { return "SELECT " + Repeat("ISNULL(", n) + "LastName" + Repeat(", '')", n) + " FROM Patient"; }},
+     [](int n) {
+       return "SELECT " + Repeat("ISNULL(", n) + "LastName" + Repeat(", '')", n) + " FROM Patient";
+     }},
     {"nested UPPER",
-     [](int n) { return "SELECT " + Repeat("UPPER(", n) + "LastName" + Repeat(")", n) + " FROM Patient"; }},
-    {"parentheses", [](int n) { return "SELECT " + Repeat("(", n) + "1" + Repeat(")", n) + " FROM Patient"; }},
+     [](int n) {
+       return "SELECT " + Repeat("UPPER(", n) + "LastName" + Repeat(")", n) + " FROM Patient";
+     }},
+    {"parentheses",
+     [](int n) { return "SELECT " + Repeat("(", n) + "1" + Repeat(")", n) + " FROM Patient"; }},
     {"unary minus", [](int n) { return "SELECT " + Repeat("- ", n) + "ID FROM Patient"; }},
     {"NOT", [](int n) { return "SELECT ID FROM Patient WHERE " + Repeat("NOT ", n) + "ID = 1"; }},
     {"CASE in CASE",
-     [](int n) { return "SELECT " + Repeat("CASE WHEN ID = 1 THEN ", n) + "1" + Repeat(" END", n) + " FROM Patient"; }},
+     [](int n) {
+       return "SELECT " + Repeat("CASE WHEN ID = 1 THEN ", n) + "1" + Repeat(" END", n) +
+              " FROM Patient";
+     }},
     {"sums", [](int n) { return "SELECT ID" + Repeat(" + 1", n) + " FROM Patient"; }},
     {"scalar subqueries",
-     [](int n) { return "SELECT ID FROM Patient WHERE ID = " + Repeat("(SELECT ", n) + "1" + Repeat(")", n); }},
+     [](int n) {
+       return "SELECT ID FROM Patient WHERE ID = " + Repeat("(SELECT ", n) + "1" + Repeat(")", n);
+     }},
     {"IN subqueries",
      [](int n) {
-       return "SELECT ID FROM Patient WHERE ID IN " + Repeat("(SELECT ID FROM Patient WHERE ID IN ", n) + "(1)" +
-              Repeat(")", n);
+       return "SELECT ID FROM Patient WHERE ID IN " +
+              Repeat("(SELECT ID FROM Patient WHERE ID IN ", n) + "(1)" + Repeat(")", n);
      }},
     {"derived tables",
-     [](int n) { return "SELECT * FROM " + Repeat("(SELECT * FROM ", n) + "Patient" + Repeat(") AS d", n); }},
+     [](int n) {
+       return "SELECT * FROM " + Repeat("(SELECT * FROM ", n) + "Patient" + Repeat(") AS d", n);
+     }},
     {"parenthesised sources",
      [](int n) { return "SELECT 1 FROM " + Repeat("(", n) + "Patient" + Repeat(")", n); }},
     {"JOIN chain",
@@ -73,7 +92,8 @@ class Nesting : public ::testing::Test {
  protected:
   Nesting() {
     schema_.AddTable("Patient",
-                     {{"ID", "INTEGER", ValueKind::Integer, 0}, {"LastName", "VARCHAR(30)", ValueKind::Text, 30}},
+                     {{"ID", "INTEGER", ValueKind::Integer, 0},
+                      {"LastName", "VARCHAR(30)", ValueKind::Text, 30}},
                      {"ID"});
   }
   Schema schema_;
