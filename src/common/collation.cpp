@@ -8,9 +8,11 @@ namespace orv::collation {
 
 namespace {
 
-// Level-2 weights, in the order the accents sort after the plain letter.
-constexpr char kAcute = '1', kGrave = '2', kCircumflex = '3', kDiaeresis = '4', kTilde = '5',
-               kRing = '6', kCedilla = '7', kStroke = '8', kCaron = '9', kLigature = 'a';
+// Level-2 characters, in the order the accents sort after the plain letter
+// (which stands for itself, below them all).
+constexpr char32_t kAcute = 0x101, kGrave = 0x102, kCircumflex = 0x103, kDiaeresis = 0x104,
+                   kTilde = 0x105, kRing = 0x106, kCedilla = 0x107, kStroke = 0x108, kCaron = 0x109,
+                   kLigature = 0x10A;
 
 // Latin-1 and the Windows Latin letters beyond it that names in a Canadian
 // practice carry. ASCII capitals fold by arithmetic and are not listed.
@@ -51,10 +53,6 @@ const Letter* Find(char32_t c) {
   if (c >= kTableEnd) return nullptr;
   short i = LetterIndex()[c];
   return i < 0 ? nullptr : &kLetters[static_cast<size_t>(i)];
-}
-
-bool IsIgnorable(char32_t c) {
-  return kIgnorable.find(c) != std::u32string_view::npos;
 }
 
 }  // namespace
@@ -128,21 +126,23 @@ std::string SortKey(std::string_view text) {
   primary.reserve(text.size() + 4);
   for (size_t i = 0; i < text.size();) {
     char32_t c = Next(text, i);
-    if (IsIgnorable(c)) {
-      AppendUtf8(c, marks);
+    if (size_t k = kIgnorable.find(c); k != std::u32string_view::npos) {
+      AppendUtf8(kIgnorableMarks[k], marks);
       continue;
     }
-    marks += kCounted;
     if (c >= 'A' && c <= 'Z') c += 'a' - 'A';
-    if (const Letter* l = Find(c)) {
+    const Letter* l = Find(c);
+    if (l) c = l->small;
+    AppendUtf8(c, marks);
+    if (l) {
       for (const char* b = l->base; *b; ++b) {
         primary += *b;
-        accents += l->accent;
+        AppendUtf8(l->accent, accents);
       }
       continue;
     }
     AppendUtf8(c, primary);
-    accents += kPlain;
+    AppendUtf8(c, accents);
   }
   return primary + kLevelSeparator + accents + kLevelSeparator + marks;
 }

@@ -30,24 +30,38 @@ struct Letter {
   char32_t capital;
   char32_t small;
   const char* base;  // one or two ASCII letters
-  char accent;       // weight character of level 2; kPlain for none
+  char32_t accent;   // its level-2 character, above every ASCII letter
 };
 
 // The letters with a capital or an accent, in code point order.
 std::span<const Letter> Letters();
 
-// Characters left out of levels 1 and 2 and compared at level 3.
+// Characters left out of levels 1 and 2 and compared at level 3, and the
+// characters that stand for them there, above any a text holds, so that
+// the plain spelling comes first.
 inline constexpr std::u32string_view kIgnorable = U"'-\u2019";
+inline constexpr std::u32string_view kIgnorableMarks = U"\U0010FFF0\U0010FFF1\U0010FFF2";
 
-// Characters of the key: the level separator, the weight of a plain letter
-// and the level-3 mark of a character that is not ignorable.
+// Separates the levels in the key.
 inline constexpr char kLevelSeparator = '\x01';
-inline constexpr char kPlain = '0';
-inline constexpr char kCounted = '\x02';
 
 // The sort key of UTF-8 text: keys compare bytewise (memcmp, or COLLATE "C"
 // on PostgreSQL) in the dictionary order above. A byte that is not part of
 // a valid UTF-8 sequence stands for the code point of its value.
+//
+// The key is the three levels, each a string, separated by
+// kLevelSeparator; the text is first folded (capitals to small letters,
+// trailing blanks dropped):
+//   level 1  each letter of the table its base, the ignorables left out,
+//            any other character itself;
+//   level 2  each letter of the table its accent character (once per base
+//            letter), the ignorables left out, any other character itself:
+//            where level 1 ties, the same position holds the same base, so
+//            a plain letter (itself) comes before an accented one;
+//   level 3  the folded text with each ignorable its mark: where the levels
+//            before tie, only the ignorables differ.
+// Each level is one character-for-character mapping of the folded text,
+// which the server's translate() and replace() compute as well.
 std::string SortKey(std::string_view text);
 
 // Appends code point `c` to `out` in UTF-8.
