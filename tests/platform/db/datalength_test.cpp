@@ -13,7 +13,6 @@
 namespace orv::db {
 namespace {
 
-using orv::testing::FreshPgDatabase;
 using testing::TempDb;
 
 // A PNG's signature and the start of its first chunk: 16 bytes, the ninth
@@ -44,10 +43,7 @@ TEST(DataLength, BytesOfAPictureAndCharactersOfTextOnSqlite) {
 
 TEST(DataLength, BytesOfAPictureAndCharactersOfTextOnPostgres) {
   ORV_REQUIRE_POSTGRES();
-  TempDb db(kPictures);
-  FreshPgDatabase server;
-  CopyDatabase(db.url(), server.url());
-  ExpectLengths(server.url());
+  ExpectLengths(testing::PracticeOnServer(kPictures).url());
 }
 
 }  // namespace

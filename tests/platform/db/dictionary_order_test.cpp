@@ -19,7 +19,6 @@
 namespace orv::db {
 namespace {
 
-using orv::testing::FreshPgDatabase;
 using testing::TempDb;
 
 // The order worked by hand: base letters first, case ignored, a hyphen or an
@@ -117,9 +116,7 @@ TEST(DictionaryOrder, SqliteAndItsRecordsets) {
 
 TEST(DictionaryOrder, PostgresAndItsRecordsetsGiveTheSameOrder) {
   ORV_REQUIRE_POSTGRES();
-  TempDb db(NamesTable());
-  FreshPgDatabase server;
-  CopyDatabase(db.url(), server.url());
+  testing::PracticeOnServer server(NamesTable());
   ExpectHandOrder(Read(server.url()));
 
   // The server's key is the layer's key, byte for byte, for every name.

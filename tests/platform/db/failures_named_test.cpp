@@ -90,9 +90,7 @@ TEST(MoneyOutOfRange, ATotalPastTheRangeSaysSo) {
 
 TEST(MoneyOutOfRange, PostgresNamesTableColumnAndKey) {
   ORV_REQUIRE_POSTGRES();
-  TempDb db(kInvoiceDetails);
-  FreshPgDatabase server;
-  CopyDatabase(db.url(), server.url());
+  testing::PracticeOnServer server(kInvoiceDetails);
   // Past Currency's range, inside the server's numeric(19,4).
   ServerExec("UPDATE \"InvoiceDetails\" SET \"Cost\" = 950000000000000 WHERE \"ID\" = 12",
              server.url());
@@ -141,9 +139,7 @@ TEST(SessionLimits, TakenFromTheUrlWithDefaults) {
 
 TEST(SessionLimits, ALockedTableStopsTheReportWithTheStatement) {
   ORV_REQUIRE_POSTGRES();
-  TempDb db(kInvoiceDetails);
-  FreshPgDatabase server;
-  CopyDatabase(db.url(), server.url());
+  testing::PracticeOnServer server(kInvoiceDetails);
   // Another workstation holds the table (a copy or a repair under way).
   ServerSession other(server.url());
   other.Exec("BEGIN");
@@ -197,9 +193,7 @@ TEST(CopyOntoItself, RefusedUnderAnotherSpellingOfTheFile) {
 
 TEST(CopyOntoItself, RefusedUnderAnotherSpellingOfTheServerUrl) {
   ORV_REQUIRE_POSTGRES();
-  TempDb db(kInvoiceDetails);
-  FreshPgDatabase server;
-  CopyDatabase(db.url(), server.url());
+  testing::PracticeOnServer server(kInvoiceDetails);
   std::string other = WithParameters(server.url(), "application_name=elsewhere");
   try {
     CopyDatabase(server.url(), other, Replacing());
