@@ -69,6 +69,15 @@ CopySummary CopyDatabase(const std::string& from_url, const std::string& to_url,
     throw;
   }
 
+  // The same database under two spellings of its URL (a symlink, another
+  // host name, a parameter more) would drop the tables being read, or wait
+  // on its own locks: ask each engine what it is connected to.
+  std::string identity = to->Identity();
+  if (!identity.empty() && identity == from->Identity()) {
+    to.reset();
+    throw DatabaseError("copy-db: the source and the target are the same database (" + from->Describe() + ")");
+  }
+
   std::vector<TableDef> existing = to->ListTables();
   if (!existing.empty() && !options.replace) {
     throw DatabaseError("copy-db: the target " + to->Describe() + " already holds " +
