@@ -79,7 +79,11 @@ Variant ParseArgument(const Param& p, const std::string& text) {
         t == "RescheduleTypes") {
       Variant v(text);
       if (!IsNumericValue(v) || vb::Trim(text).empty()) throw bad("a whole number");
-      return Variant(CLng(v));
+      const int32_t n = CLng(v);
+      // An Integer is 16 bits in the host's interface: a larger value would
+      // wrap inside the report, so it is refused here.
+      if (t == "Integer" && (n < -32768 || n > 32767)) throw bad("a whole number from -32768 to 32767");
+      return Variant(n);
     }
     if (t == "Currency") return Variant(CCur(Variant(text)));
     if (t.rfind("array of", 0) == 0) {
