@@ -59,6 +59,8 @@ struct MonitorFigures {
 
 // A count that can hold a half unit: "3", "1.5".
 std::string Count(double v) { return Format(Variant(v), ""); }
+// Hours to the hundredth: 5.5 units of 10 minutes read 0.92.
+std::string Hours(double v) { return Format(Variant(v), "0.00"); }
 std::string Amount(clsCommonFunctions& cf, Currency c) { return cf.MyFormat(c, "Currency"); }
 std::string Amount(clsCommonFunctions& cf, double v) {
   return cf.MyFormat(Currency::FromDouble(v), "Currency");
@@ -157,7 +159,7 @@ void clsReports::rptYearlyEmployeeSummary(int32_t ID, DateTime StartDate, DateTi
            Count(f.whitenings) + "|" + Count(f.nightguards) + "|" + Count(f.perio) + "|" +
            Count(f.scaling) + "|" + Count(f.therapy) + "|" + Count(f.recall) + "|" +
            Amount(cf, f.production) + "|" + Count(f.units_worked) + "|" +
-           Amount(cf, Ratio(f.production.ToDouble(), f.units_worked)) + "|" + Count(f.hours) + "|" +
+           Amount(cf, Ratio(f.production.ToDouble(), f.units_worked)) + "|" + Hours(f.hours) + "|" +
            Amount(cf, Ratio(f.production.ToDouble(), f.hours)) + ";";
   };
 
@@ -258,7 +260,7 @@ void clsReports::rptYearlyEmployeeSummary(int32_t ID, DateTime StartDate, DateTi
                          "|" + Count(f.scheduled) + "|" + Count(f.booked) + "|" + Count(open_units) + "|" +
                          Amount(cf, gross) + "|" + Count(Ratio(f.patients, f.days)) + "|" +
                          pct(f.booked, f.scheduled) + "|" + Amount(cf, projected) + "|" +
-                         Amount(cf, actual) + "|" + Amount(cf, actual - projected) + "|" + Count(f.hours) +
+                         Amount(cf, actual) + "|" + Amount(cf, actual - projected) + "|" + Hours(f.hours) +
                          "|" + Amount(cf, Ratio(actual, f.hours)) + "|" + pct(gross, actual) + ";";
       if (whole) {
         body += "Percent|" + pct(f.days, whole->days) + "|" + pct(f.patients, whole->patients) + "||" +

@@ -47,6 +47,17 @@ std::string clsReports::ReturnAccountList(const std::string& Sql, int32_t ID) {
   return list;
 }
 
+// The line that stands for an empty section, in the section's own columns.
+// The note spans them all: in the first column alone ("<1in") it would
+// break into a word a line.
+void clsReports::PayrollNote(const std::string& format, const std::string& note, int columns) {
+  frame::PrintSurface& vsp = VSP();
+  vsp.StartTable();
+  vsp.AddTable(format, note, "");
+  vsp.TableCell(frame::tcColSpan, 0, 1) = columns;
+  vsp.EndTable();
+}
+
 // The white-on-grey bar that opens each section of a pay form.
 void clsReports::PayrollBar(const std::string& caption) {
   frame::PrintSurface& vsp = VSP();
@@ -307,7 +318,7 @@ void clsReports::rptPayroll(std::string strEmployees, DateTime dtStart, DateTime
         vsp.AddTable("<0.8in|<2in|^0.6in|<1in|^0.6in|>1in|>0.5in|>1in",
                      "Invoice #|Patient|Doctor|Date|Account|Total($)|@|Split Total($)", body);
       } else {
-        vsp.AddTable("<0.8in|<2in|<0.6in|<1in|<0.6in|>1in|>0.5in|>1in", "No Overseen Work On File", "");
+        PayrollNote("<0.8in|<2in|<0.6in|<1in|<0.6in|>1in|>0.5in|>1in", "No Overseen Work On File", 8);
       }
       vsp.TextAlign(5);
       vsp.Text("Total Overseen: " + cf.MyFormat(total_overseen, "Currency"));
@@ -342,7 +353,7 @@ void clsReports::rptPayroll(std::string strEmployees, DateTime dtStart, DateTime
       if (!body.empty()) {
         vsp.AddTable("<1in|<2.0in|<2.0in|<1.5in|>1in", "Invoice #|Type|Adjustment Note|Patient|Paid($)", body);
       } else {
-        vsp.AddTable("<1in|<2.0in|<2.0in|<1.5in|>1in", "No Adjustments", "");
+        PayrollNote("<1in|<2.0in|<2.0in|<1.5in|>1in", "No Adjustments", 5);
       }
       vsp.TextAlign(5);
       vsp.Text("Total Adjusted: " + cf.MyFormat(total_adjusted, "Currency"));
@@ -375,7 +386,7 @@ void clsReports::rptPayroll(std::string strEmployees, DateTime dtStart, DateTime
       if (!body.empty()) {
         vsp.AddTable("<1in|>1in|<2in|<2in|>1.5in", "Invoice #|Code|Patient|Date|Deduction($)", body);
       } else {
-        vsp.AddTable("<1in|>1in|<2in|<2in|>1.5in", "No Labs to Deduct", "");
+        PayrollNote("<1in|>1in|<2in|<2in|>1.5in", "No Labs to Deduct", 5);
       }
       vsp.TextAlign(5);
       vsp.Text("Total deductions due to labs and expenses: " + cf.MyFormat(total_deductions, "Currency"));

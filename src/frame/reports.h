@@ -194,8 +194,10 @@ class clsReports {
   // The cells `FirstColumn` (from 1) to FirstColumn + ColumnCount - 1 of
   // every row of a "|" and ";" table body, as a body of their own.
   static std::string TableRowsOf(const std::string& Body, int32_t FirstColumn, int32_t ColumnCount);
-  // The white-on-grey bar over a payroll section.
+  // The white-on-grey bar over a payroll section, and the note spanning a
+  // section's `columns` where it has no rows.
   void PayrollBar(const std::string& caption);
+  void PayrollNote(const std::string& format, const std::string& note, int columns);
 
   // ---- For report code: private services of the component ----
   // (Public in C++ so that the report families in other folders, which are
