@@ -59,7 +59,8 @@ struct MonitorFigures {
 
 // A count that can hold a half unit: "3", "1.5".
 std::string Count(double v) { return Format(Variant(v), ""); }
-// Hours to the hundredth: 5.5 units of 10 minutes read 0.92.
+// Hours and other ratios to the hundredth: 5.5 units of 10 minutes read
+// 0.92, 12 patients over 17 days 0.71.
 std::string Hours(double v) { return Format(Variant(v), "0.00"); }
 std::string Amount(clsCommonFunctions& cf, Currency c) { return cf.MyFormat(c, "Currency"); }
 std::string Amount(clsCommonFunctions& cf, double v) {
@@ -241,7 +242,7 @@ void clsReports::rptYearlyEmployeeSummary(int32_t ID, DateTime StartDate, DateTi
                    body, kHeaderColor);
       vsp.AddTable(">.8in|>.5in|>.65in|>.65in|>.65in|>.65in|>.65in|>.65in",
                    "|Pt/Day|% Booked|Projected $|Actual $|Diff $|$/Hr. Prod|PDA Cost%",
-                   "Total|" + Count(Ratio(f.patients, f.days)) + "|" + pct(f.booked, f.scheduled) + "|" +
+                   "Total|" + Hours(Ratio(f.patients, f.days)) + "|" + pct(f.booked, f.scheduled) + "|" +
                        Amount(cf, projected) + "|" + Amount(cf, actual) + "|" +
                        Amount(cf, actual - projected) + "|" + Amount(cf, Ratio(actual, f.hours)) + "|" +
                        pct(gross, actual) + ";",
@@ -258,7 +259,7 @@ void clsReports::rptYearlyEmployeeSummary(int32_t ID, DateTime StartDate, DateTi
       cb.Close();
       std::string body = "Total|" + std::to_string(f.days) + "|" + Count(f.patients) + "|" + Count(crowns) +
                          "|" + Count(f.scheduled) + "|" + Count(f.booked) + "|" + Count(open_units) + "|" +
-                         Amount(cf, gross) + "|" + Count(Ratio(f.patients, f.days)) + "|" +
+                         Amount(cf, gross) + "|" + Hours(Ratio(f.patients, f.days)) + "|" +
                          pct(f.booked, f.scheduled) + "|" + Amount(cf, projected) + "|" +
                          Amount(cf, actual) + "|" + Amount(cf, actual - projected) + "|" + Hours(f.hours) +
                          "|" + Amount(cf, Ratio(actual, f.hours)) + "|" + pct(gross, actual) + ";";

@@ -36,7 +36,7 @@ TEST_F(EmployeeSummaryTest, DayRowCountsEveryCodeWithItsWeight) {
       {"the hygienist's summary",
        "Total 2 2 1 1 1 0 0 0 48 6 42 0 36.67", true},
       // 2 days x 1000 projected; actual 70; gross 40 x 0.9167 h = 36.67.
-      {"the second summary line", "Total 1 12.50% 2,000.00 70.00 -1,930.00 76.36 52.38%", true},
+      {"the second summary line", "Total 1.00 12.50% 2,000.00 70.00 -1,930.00 76.36 52.38%", true},
   };
   for (const Case& c : cases) EXPECT_EQ(text.find(c.line) != std::string::npos, c.printed) << c.name << "\n" << text;
 }
