@@ -77,20 +77,11 @@ void clsReports::rptYearlyEmployeeSummary(int32_t ID, DateTime StartDate, DateTi
   clsCommonFunctions& cf = Common();
   const std::string id = std::to_string(ID);
 
-  db::Recordset employee = Open(
-      "SELECT ID, FirstName, LastName, Commission, TypeID, [Professional Title], PayRate, BillRate, "
-      "Salary, Commission, SundayFrom, SundayTo, MondayFrom, MondayTo, TuesdayFrom, TuesdayTo, "
-      "WednesdayFrom, WednesdayTo, ThursdayFrom, ThursdayTo, FridayFrom, FridayTo, SaturdayFrom, "
-      "SaturdayTo, TargetIncomePerDay, TargetIncomePerHour From Employees WHERE ID = " +
-      id);
-  if (employee.Eof()) {
-    throw ReportError(kErrInvalidProcedureCall,
-                      "rptYearlyEmployeeSummary: no employee with ID " + id);
-  }
-
   // ---- The hygiene company codes of the office ----
   // Total Production counts only the codes the office bills through its
-  // hygiene company; without them the monitor has nothing to measure.
+  // hygiene company; without them the monitor has nothing to measure. They
+  // are asked for before the employee: a practice not yet set up for the
+  // monitor gets the set-up message whoever it is run for.
   db::Recordset codes =
       Open("Select * from OfficeHygieneCompanyCodes WHERE OfficeID = " + std::to_string(OfficeID));
   if (codes.Eof()) {
@@ -111,6 +102,17 @@ void clsReports::rptYearlyEmployeeSummary(int32_t ID, DateTime StartDate, DateTi
   // The rows are joined by " OR ", and the one after the last would leave
   // the statement unfinished.
   hygiene_condition.resize(hygiene_condition.size() - 4);
+
+  db::Recordset employee = Open(
+      "SELECT ID, FirstName, LastName, Commission, TypeID, [Professional Title], PayRate, BillRate, "
+      "Salary, Commission, SundayFrom, SundayTo, MondayFrom, MondayTo, TuesdayFrom, TuesdayTo, "
+      "WednesdayFrom, WednesdayTo, ThursdayFrom, ThursdayTo, FridayFrom, FridayTo, SaturdayFrom, "
+      "SaturdayTo, TargetIncomePerDay, TargetIncomePerHour From Employees WHERE ID = " +
+      id);
+  if (employee.Eof()) {
+    throw ReportError(kErrInvalidProcedureCall,
+                      "rptYearlyEmployeeSummary: no employee with ID " + id);
+  }
 
   // The unit size of the office the component runs for (its OfficeID).
   const double unit_minutes = cf.ReturnVal(
