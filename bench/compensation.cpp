@@ -13,6 +13,7 @@
 #include <string>
 
 #include "bench_practice.h"
+#include "common/common_functions.h"
 #include "common/datetime.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
@@ -27,6 +28,7 @@ int main(int argc, char** argv) {
   using namespace orv;
   const int patients = argc > 1 ? std::atoi(argv[1]) : 5000;
   const std::string path = bench::WriteBenchPractice("compensation", patients);
+  std::fflush(stdout);
   Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
 
   db::Connection conn;
@@ -45,12 +47,13 @@ int main(int argc, char** argv) {
   std::string everyone, producers;
   int32_t hygienist = 0;
   {
+    clsCommonFunctions cf;
     db::Recordset rs;
     rs.Open("SELECT ID, TypeID FROM Employees ORDER BY ID", conn, db::adOpenForwardOnly, db::adLockReadOnly,
             db::adCmdText);
     while (!rs.Eof()) {
-      const int32_t id = static_cast<int32_t>(rs["ID"].Value().AsDouble());
-      const int32_t type = static_cast<int32_t>(rs["TypeID"].Value().AsDouble());
+      const int32_t id = static_cast<int32_t>(cf.ReturnVal(rs["ID"].Value()));
+      const int32_t type = static_cast<int32_t>(cf.ReturnVal(rs["TypeID"].Value()));
       if (id > 1) everyone += (everyone.empty() ? "ID = " : " OR ID = ") + std::to_string(id);
       if (type == practice::kTypeHygienist && hygienist == 0) hygienist = id;
       if (type >= practice::kTypeSpecialist || type == practice::kTypeDentist || type == practice::kTypeAssociate)

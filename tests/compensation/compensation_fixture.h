@@ -210,6 +210,18 @@ class CompensationTest : public AccountFixture {
   }
   int Pages() const { return static_cast<int>(form.VSP.Document().pages.size()); }
 
+  // A line of the document that must be there, or must not.
+  struct Line {
+    const char* name;
+    const char* text;
+    bool printed;
+  };
+  void ExpectLines(std::initializer_list<Line> lines) const {
+    const std::string text = Text();
+    for (const Line& l : lines)
+      EXPECT_EQ(text.find(l.text) != std::string::npos, l.printed) << l.name << "\n" << text;
+  }
+
   PreviewForm form;
   host::RecordingHost host;
   clsReports reports;

@@ -19,12 +19,7 @@ TEST_F(EmployeeSummaryTest, DayRowCountsEveryCodeWithItsWeight) {
   // hygiene company codes only (11112 50 + 13211 20 = 70.00); units worked
   // 2 + 2.5 + 1 = 5.5, 55 minutes = 0.92 h; 70 / 5.5 = 12.73, 70 / (55/60)
   // = 76.36.
-  struct Case {
-    const char* name;
-    const char* line;
-    bool printed;
-  };
-  const Case cases[] = {
+  ExpectLines({
       {"the busy day", "Oct/05/2026 100.00 1 1 0 0 0 0 0 2.5 2 2.5 1 70.00 5.5 12.73 0.92 76.36", true},
       // "Code = 01400" compares the text code as a number.
       {"a follow-up alone", "Oct/07/2026 0.00 1 0 1 0 0 0 0 0 0 0 0 0.00 0 0.00 0.00 0.00", true},
@@ -37,8 +32,7 @@ TEST_F(EmployeeSummaryTest, DayRowCountsEveryCodeWithItsWeight) {
        "Total 2 2 1 1 1 0 0 0 48 6 42 0 36.67", true},
       // 2 days x 1000 projected; actual 70; gross 40 x 0.9167 h = 36.67.
       {"the second summary line", "Total 1.00 12.50% 2,000.00 70.00 -1,930.00 76.36 52.38%", true},
-  };
-  for (const Case& c : cases) EXPECT_EQ(text.find(c.line) != std::string::npos, c.printed) << c.name << "\n" << text;
+  });
 }
 
 TEST_F(EmployeeSummaryTest, EachMonthStartsAPage) {

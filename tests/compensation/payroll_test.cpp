@@ -16,13 +16,7 @@ const DateTime kEnd = DateTime::FromParts(2026, 10, 31);
 
 TEST_F(PayrollTest, HourlyFormCountsMinutesWithTheFallBacksOfAMissedPunchOut) {
   reports.rptPayroll("ID = 20", kStart, kEnd, "Lead");
-  const std::string text = Text();
-  struct Case {
-    const char* name;
-    const char* line;
-    bool printed;
-  };
-  const Case cases[] = {
+  ExpectLines({
       {"a full punch", "Oct/1/2026 8:00 AM 12:37 PM 4 Hours 37 Minutes", true},
       {"no punch-out, no Saturday for her: the office closes at 1", "Oct/3/2026 9:00 AM 1:00 PM 4 Hours 0 Minutes", true},
       {"no punch-out on Monday: her own day ends at 4", "Oct/5/2026 9:00 AM 4:00 PM 7 Hours 0 Minutes", true},
@@ -34,8 +28,7 @@ TEST_F(PayrollTest, HourlyFormCountsMinutesWithTheFallBacksOfAMissedPunchOut) {
       // 20 x 937 / 60 = 312.333...; hours rounded first (15.62) would give 312.40.
       {"the pay, never rounded before it is formatted", "Total Payable: $312.33", true},
       {"no collections form", "Payments Made", false},
-  };
-  for (const Case& c : cases) EXPECT_EQ(text.find(c.line) != std::string::npos, c.printed) << c.name << "\n" << text;
+  });
 }
 
 TEST_F(PayrollTest, CollectionsFormWorksTheDentistsShareToTheCent) {

@@ -16,13 +16,7 @@ const DateTime kEnd = DateTime::FromParts(2026, 11, 30);
 
 TEST_F(SpecialistSummaryTest, ThreeSpecialistsShareOnePage) {
   reports.rptSpecialistYearlySummary("ID = 40 OR ID = 41 OR ID = 42", "Three", kStart, kEnd);
-  const std::string text = Text();
-  struct Case {
-    const char* name;
-    const char* line;
-    bool printed;
-  };
-  const Case cases[] = {
+  ExpectLines({
       {"names over their columns", "Sam First Tia Second Uma Third", true},
       // Sam: 500.00 with an 80.00 lab line ("-9911" is none); 3 hours at
       // 50.00; the Tuesday punch with no punch-out falls back to his start.
@@ -35,8 +29,7 @@ TEST_F(SpecialistSummaryTest, ThreeSpecialistsShareOnePage) {
       {"profit", "Specialist Profit:      570.00", true},
       {"a caption keeps its blanks", "Total Lab Costs:        80.00", true},
       {"no continuation", "(Table continued on next page)", false},
-  };
-  for (const Case& c : cases) EXPECT_EQ(text.find(c.line) != std::string::npos, c.printed) << c.name << "\n" << text;
+  });
 }
 
 TEST_F(SpecialistSummaryTest, FourthSpecialistContinuesOnTheNextPageWithTheMonths) {
