@@ -1,6 +1,10 @@
 #include "accounts/account_model.h"
 
+#include <initializer_list>
+#include <vector>
+
 #include "common/errors.h"
+#include "common/flags.h"
 #include "common/vbstrings.h"
 #include "platform/db/lookup.h"
 
@@ -30,21 +34,6 @@ DateTime DateOrToday(const Variant& v) {
 void CheckCode(int16_t code) {
   if (code < 0 || code > 2)
     throw ReportError(kErrInvalidProcedureCall, "Invalid procedure call or argument");
-}
-
-// A flag column tested for "not 0". NULL counts as not set: the statements
-// test `[Complete?] <> 0`, which leaves a NULL out of every balance, and the
-// arithmetic on a row read here must agree with them.
-bool FlagSet(const Variant& v) {
-  return !v.IsNull() && !v.IsEmpty() && CDbl(v) != 0;
-}
-
-bool HasField(const db::Recordset& rs, std::string_view name) {
-  db::FieldsCollection fields = rs.Fields();
-  const std::string wanted = vb::UCase(name);
-  for (long i = 0; i < fields.Count(); ++i)
-    if (vb::UCase(fields.Item(i).Name()) == wanted) return true;
-  return false;
 }
 
 // The payment shares on one patient's invoices, joined to the payments so
@@ -95,12 +84,7 @@ Currency AccountModel::ReturnInvoiceAmount(int32_t ID, const Variant& EndDate,
 
   Currency amount;
   if (!rs->Eof()) {
-    // A caller's row without InvoiceFinalTotal (the provider list hands in
-    // its SHAPE row, which does not select it) is read as an invoice with no
-    // settled total, the same as a NULL there, rather than failing the run.
-    const Currency final_total = HasField(*rs, "InvoiceFinalTotal")
-                                     ? common_.ReturnCur((*rs)["InvoiceFinalTotal"].Value())
-                                     : Currency();
+    const Currency final_total = common_.ReturnCur((*rs)["InvoiceFinalTotal"].Value());
     const Currency total = common_.ReturnCur((*rs)["InvoiceTotal"].Value());
     const Variant date = (*rs)["Date"].Value();
     // The settled total answers only a question asked as of today (the
@@ -281,19 +265,40 @@ Currency AccountModel::ReturnAccountCredit(int32_t PatientID, bool IgnoreDate, i
   return received - spread;
 }
 
+// The terms of the family-by-holder condition for one holder read as `P`,
+// or nothing when the holder was not set. A holder read as 0 (NULL, or 0 as
+// stored) links no one: "PrimaryHolderID = 0" would otherwise reach every
+// patient who stores 0 in a holder column, a stranger to the family, and
+// count that stranger's money in the family's figures.
+namespace {
+std::vector<std::string> HolderTerms(int32_t holder, std::initializer_list<const char*> columns) {
+  std::vector<std::string> terms;
+  if (holder == 0) return terms;
+  for (const char* column : columns) terms.push_back(std::string(column) + " = " + std::to_string(holder));
+  return terms;
+}
+
+std::string JoinedWithOr(const std::vector<std::string>& terms) {
+  std::string joined;
+  for (const std::string& t : terms) joined += (joined.empty() ? "" : " OR ") + t;
+  return joined;
+}
+}  // namespace
+
 Currency AccountModel::ReturnFamilyCredit(int32_t PatientID, bool IncludePostDates) const {
   int32_t P = 0, S = 0;
   ReadHolders(PatientID, P, S);
-  // A patient with neither holder has no family by holder, so no family
-  // credit. The statement would instead match every patient who stores 0 as
-  // a holder (strangers' credit), so it is not run. The patient's own ID is
-  // deliberately not part of the family condition.
-  if (P == 0 && S == 0) return Currency();
+  // The family by holder: each holder set and whoever names that holder as
+  // primary or secondary. The patient's own ID is deliberately not part of
+  // it, so a patient with neither holder has no family credit and no query
+  // runs.
+  std::vector<std::string> terms =
+      HolderTerms(P, {"Patient.ID", "PrimaryHolderID", "SecondaryHolderID"});
+  for (std::string& t : HolderTerms(S, {"Patient.ID", "PrimaryHolderID", "SecondaryHolderID"}))
+    terms.push_back(std::move(t));
+  if (terms.empty()) return Currency();
 
-  const std::string p = std::to_string(P), s = std::to_string(S);
-  const std::string condition = "Patient.ID = " + p + " OR PrimaryHolderID = " + p +
-                                " OR SecondaryHolderID = " + p + " OR Patient.ID = " + s +
-                                " OR PrimaryHolderID = " + s + " OR SecondaryHolderID = " + s;
+  const std::string condition = JoinedWithOr(terms);
   std::string sql =
       "Select SUM([TotalToCredit]) as TotalToCredit FROM InvoicePayments INNER JOIN Patient ON "
       "PatientID = Patient.ID WHERE ";
@@ -309,19 +314,28 @@ Currency AccountModel::ReturnFamilyBalance(int32_t PatientID, const Variant& End
                                            bool IgnoreDate, bool LessCredit) const {
   int32_t P = 0, S = 0;
   ReadHolders(PatientID, P, S);
-  const std::string p = std::to_string(P), s = std::to_string(S), i = std::to_string(PatientID);
   const std::string date = SqlDate(DateOrToday(EndDate));
 
-  // The family by holder: the holders themselves, whoever names them, and
-  // whoever names this patient as a holder; this patient's own invoices
-  // count only when one of those reaches them.
+  // The family by holder: whoever names a holder, whoever names this patient
+  // as a holder, and the holders themselves; this patient's own invoices
+  // count only when one of those reaches them. The terms keep the order of
+  // the long-standing condition, less those of a holder read as 0.
+  std::vector<std::string> terms;
+  for (std::string& t : HolderTerms(P, {"PrimaryHolderID"})) terms.push_back(std::move(t));
+  for (std::string& t : HolderTerms(S, {"PrimaryHolderID"})) terms.push_back(std::move(t));
+  for (std::string& t : HolderTerms(P, {"SecondaryHolderID"})) terms.push_back(std::move(t));
+  for (std::string& t : HolderTerms(S, {"SecondaryHolderID"})) terms.push_back(std::move(t));
+  for (std::string& t : HolderTerms(PatientID, {"PrimaryHolderID", "SecondaryHolderID"}))
+    terms.push_back(std::move(t));
+  for (std::string& t : HolderTerms(P, {"Patient.ID"})) terms.push_back(std::move(t));
+  for (std::string& t : HolderTerms(S, {"Patient.ID"})) terms.push_back(std::move(t));
+  if (terms.empty()) return Currency();
+
   db::Recordset rs;
   rs.Open(
       "SELECT Invoices.ID, Invoices.[Date], Invoices.InvoiceFinalTotal FROM Invoices INNER JOIN "
-      "Patient ON Invoices.PatientID = Patient.ID WHERE (PrimaryHolderID = " +
-          p + " OR PrimaryHolderID = " + s + " OR SecondaryHolderID = " + p +
-          " or SecondaryHolderID = " + s + " OR PrimaryHolderID = " + i +
-          " OR SecondaryHolderID = " + i + " OR Patient.ID = " + p + " OR Patient.ID = " + s +
+      "Patient ON Invoices.PatientID = Patient.ID WHERE (" +
+          JoinedWithOr(terms) +
           ") AND Invoices.Cancelled IS NULL AND [Complete?] <> 0 Order By [Date] DESC, [Time] "
           "DESC, [Invoice#] DESC",
       conn_, adOpenStatic, adLockReadOnly, adCmdText);

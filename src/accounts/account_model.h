@@ -43,8 +43,8 @@ class AccountModel {
 
   // What one invoice stands for as of `EndDate` (Null or Empty: today).
   // `Source`, when given, is an open recordset placed on the invoice's row
-  // with the fields ID, [Date], InvoiceTotal, [Complete?] and, where it has
-  // it, InvoiceFinalTotal; it is read, not moved and not closed. Otherwise
+  // with the fields ID, [Date], InvoiceTotal, [Complete?] and
+  // InvoiceFinalTotal; it is read, not moved and not closed. Otherwise
   // the invoice is read by `ID`; an invoice that does not exist or has no
   // InvoiceTotal is worth 0.
   Currency ReturnInvoiceAmount(int32_t ID, const Variant& EndDate = Variant::Null(),
@@ -79,12 +79,15 @@ class AccountModel {
   // Credit on account held by the patient's family by holder: the payments
   // of the primary and secondary holders and of everyone who names either
   // as a holder, with cheque dates up to today unless `IncludePostDates`.
-  // The patient's own ID is not part of the family; a patient with neither
-  // holder has no family credit. Rounded to the cent.
+  // The patient's own ID is not part of the family; a holder read as 0
+  // (NULL or a stored 0) links no one, so a patient with neither holder has
+  // no family credit. Rounded to the cent.
   Currency ReturnFamilyCredit(int32_t PatientID, bool IncludePostDates = false) const;
 
   // Balance of the patient's family by holder on `EndDate` (Null or Empty:
-  // today): live complete invoices dated up to `EndDate` less the payment
+  // today), the family being reached through the holders set (a holder
+  // read as 0 links no one): live complete invoices dated up to `EndDate`
+  // less the payment
   // shares on them (by cheque date up to `EndDate` unless `IgnoreDate`),
   // and, with `LessCredit`, less the family credit without post-dated
   // cheques.
@@ -99,10 +102,11 @@ class AccountModel {
   Currency ReturnInvoicePaid(bool OnOrBefore, int32_t InvoiceID, DateTime EndDate,
                              int16_t Kind) const;
 
- private:
   // The single value of the first column of a one-row sum, through ReturnCur
   // (a SUM over no rows reads NULL and counts as 0).
   Currency SumOf(const std::string& sql) const;
+
+ private:
   // The primary and secondary holder IDs of a patient, NULL as 0.
   void ReadHolders(int32_t PatientID, int32_t& P, int32_t& S) const;
   // What the invoices of `rs` (fields ID and InvoiceFinalTotal) are worth,

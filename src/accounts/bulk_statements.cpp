@@ -1,6 +1,7 @@
 // Bulk statements: a month's worth of plain statements in one run, a page
 // per patient or per family (by primary holder), each with its open
-// invoices and an age table set at the foot of the page.
+// invoices and an age table set at the foot of the page. Each account's
+// pages are numbered within it.
 #include <algorithm>
 #include <map>
 #include <set>
@@ -11,9 +12,11 @@
 #include "common/datetime.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
+#include "frame/page_parts.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
+#include "frame/surface/table_model.h"
 
 namespace orv {
 
@@ -85,6 +88,9 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
   // holders of one name cannot interleave into a second page.
   std::set<int32_t> holders_done;
   int pages_made = 0;
+  // Each account's first page: the pages of one account are numbered
+  // within it, since each goes out as a letter of its own.
+  std::vector<frame::DocumentPart> accounts;
   StampTransaction stamps(conn());
   while (!rs.Eof()) {
     int32_t account = CLng(rs["ID"].Value());
@@ -97,21 +103,29 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
         continue;
       }
       account = holder;
-      name = vb::Trim(cf.returnStr(rs["PolicyFirstName"].Value()) + " " +
-                      cf.returnStr(rs["PolicyLastName"].Value()));
-      address = cf.returnStr(rs["PolicyAddress"].Value());
+      name = frame::EscapeCell(vb::Trim(cf.returnStr(rs["PolicyFirstName"].Value()) + " " +
+                                        cf.returnStr(rs["PolicyLastName"].Value())));
+      address = frame::EscapeCell(cf.returnStr(rs["PolicyAddress"].Value()));
+      // Both terms take the holder's ID, the row's patient's too: the page
+      // is the holder's account, so it holds the holder's own invoices and
+      // those of everyone who names the holder. The member whose row came
+      // first in the sort has no standing of their own; with that member's
+      // ID the page would change with the order of the rows.
       std::string h = std::to_string(holder);
       condition = "(PatientID = " + h + " or PrimaryHolderID = " + h + ")";
-      if (!rs["SecondaryHolderID"].Value().IsNull()) {
-        std::string s = std::to_string(CLng(rs["SecondaryHolderID"].Value()));
+      // A secondary holder stored as 0 is no holder: "PatientID = 0 or
+      // PrimaryHolderID = 0" would bring in strangers who store 0.
+      const Variant secondary = rs["SecondaryHolderID"].Value();
+      if (!secondary.IsNull() && CLng(secondary) != 0) {
+        std::string s = std::to_string(CLng(secondary));
         condition += " or (PatientID = " + s + " or PrimaryHolderID = " + s + ")";
       }
       condition = "WHERE (Invoices.[Complete?] = - 1 or Invoices.[Complete?] = 1) and (" +
                   condition + ") AND Cancelled IS NULL";
     } else {
-      name = vb::Trim(cf.returnStr(rs["FirstName"].Value()) + " " +
-                      cf.returnStr(rs["LastName"].Value()));
-      address = cf.returnStr(rs["Address"].Value());
+      name = frame::EscapeCell(vb::Trim(cf.returnStr(rs["FirstName"].Value()) + " " +
+                                        cf.returnStr(rs["LastName"].Value())));
+      address = frame::EscapeCell(cf.returnStr(rs["Address"].Value()));
       condition =
           "WHERE (Invoices.[Complete?] = - 1 or [Complete?] = 1) and Cancelled IS NULL AND "
           "Patient.ID = " +
@@ -148,9 +162,9 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
         }
         DateTime date = cf.ReturnDate(inv["Date"].Value());
         rows.push_back(
-            {cf.returnStr(inv["Invoice#"].Value()) + "|" +
+            {frame::EscapeCell(cf.returnStr(inv["Invoice#"].Value())) + "|" +
                  Format(inv["Date"].Value(), "MMM/d/yyyy") + "|" +
-                 cf.returnStr(inv["FullName"].Value()) + "|" + total_cell + "|" +
+                 frame::EscapeCell(cf.returnStr(inv["FullName"].Value())) + "|" + total_cell + "|" +
                  cf.MyFormat(paid, "Currency") + "|" + cf.MyFormat(balance, "Currency") + ";",
              balance, DateDiff("d", date, today), date, cf.ReturnVal(inv["Invoice#"].Value())});
       }
@@ -178,6 +192,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     // 2. The page: letterhead, title, the account's name and number.
     if (pages_made > 0) vsp.NewPage();
     ++pages_made;
+    accounts.push_back({vsp.CurrentPage(), Header});
     vsp.DocName(IsFamilyStatement ? "Family Statement" : "Patient Statement");
     PrintLetterHead();
     vsp.FontName("Tahoma");
@@ -267,7 +282,9 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
         vsp.InlineText(Header);
       }
       vsp.TextAlign(2);
-      vsp.InlineText("Page " + std::to_string(p) + " of " + std::to_string(n));
+      const frame::PagePlace place = frame::PlaceOfPage(p, n, accounts);
+      vsp.InlineText("Page " + std::to_string(place.number) + " of " +
+                     std::to_string(place.count));
       vsp.EndOverlay();
     }
   } catch (const std::exception&) {

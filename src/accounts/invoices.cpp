@@ -2,7 +2,8 @@
 // to a patient. An invoice with its lines and totals, the same invoice as a
 // statement with the payments made towards it, and the receipt of one
 // payment. All three stand on the office letterhead with the addressee's
-// name and address placed where a window envelope shows it.
+// name and address at 2.25 in down, or below a letterhead that reaches
+// further.
 #include "accounts/account_model.h"
 #include "common/common_functions.h"
 #include "common/datetime.h"
@@ -11,6 +12,7 @@
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
+#include "frame/surface/table_model.h"
 #include "platform/db/lookup.h"
 #include "platform/host/host_services.h"
 
@@ -39,8 +41,10 @@ std::string InvoiceShape(int32_t ID) {
 // billed to the holder.
 constexpr long long kAgeOfMajority = 18;
 
-// The top of the address block: where the window of a #10 envelope shows
-// the first line of a letter page folded in three.
+// The top of the address block of invoices and receipts. A quarter inch
+// above the top of a No. 10 envelope's window (2.5in on a letter page
+// folded in three, where the statements put their addressee): the block's
+// first line shows only when the letter rides up in the envelope.
 constexpr Twips kWindowTop = Twips(3240);  // 2.25in
 
 // Who an invoice is addressed to: the patient, or for a minor the primary
@@ -91,7 +95,9 @@ void AddressBlock(frame::PrintSurface& vsp, const Addressee& a, const std::strin
   if (vsp.CurrentY() < kWindowTop) vsp.CurrentY(kWindowTop);
   vsp.TextAlign(0);
   vsp.TableBorder(0);
-  vsp.AddTable("<3.75in|<2.75in", "", a.name + "\r\n" + a.address + "|" + right);
+  vsp.AddTable("<3.75in|<2.75in", "",
+               frame::EscapeCell(a.name) + "\r\n" + frame::EscapeCell(a.address) + "|" +
+                   frame::EscapeCell(right));
   vsp.Text(" ");
 }
 
@@ -110,14 +116,14 @@ void InvoiceLines(clsReports& r, db::Recordset lines, const std::string& plain_f
   std::string body;
   while (!lines.Eof()) {
     Variant code = lines["Code"].Value();
-    std::string procedure = cf.returnStr(code, true);
+    std::string procedure = frame::EscapeCell(cf.returnStr(code, true));
     std::string wording =
         cf.returnStr(r.ReturnLookupValue("FeeCodes", "ID", code, "Description"), true);
-    if (!wording.empty()) procedure += "\r\n" + wording;
-    body += procedure + "|" + cf.returnStr(lines["Tooth#"].Value()) + "|" +
-            cf.returnStr(lines["Surface"].Value()) + "|" +
+    if (!wording.empty()) procedure += "\r\n" + frame::EscapeCell(wording);
+    body += procedure + "|" + frame::EscapeCell(cf.returnStr(lines["Tooth#"].Value())) + "|" +
+            frame::EscapeCell(cf.returnStr(lines["Surface"].Value())) + "|" +
             Format(lines["Date"].Value(), "mmm/dd/yyyy") + "|" +
-            cf.returnStr(lines["Status"].Value()) + "|" +
+            frame::EscapeCell(cf.returnStr(lines["Status"].Value())) + "|" +
             cf.MyFormat(cf.ReturnCur(lines["Cost"].Value()), "Currency");
     if (discounted) {
       Currency discount = cf.ReturnCur(lines["Discount"].Value());
@@ -201,7 +207,8 @@ void clsReports::rptInvoice(int32_t ID, std::string Name, std::string Address) {
   vsp.TableBorder(7);
   vsp.AddTable(
       "^1in|^1in", "Date|Invoice #",
-      Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|" + cf.returnStr(rs["Invoice#"].Value()),
+      Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|" +
+          frame::EscapeCell(cf.returnStr(rs["Invoice#"].Value())),
       kHeaderColor);
   InvoiceAddressAndMessage(*this, rs, to);
 
@@ -254,7 +261,9 @@ void clsReports::rptInvoiceStatement(int32_t ID, std::string Name, std::string A
 
   vsp.TextAlign(0);
   vsp.TableBorder(0);
-  vsp.AddTable("<1in|>5in", "", Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|Invoice#: " + number);
+  vsp.AddTable("<1in|>5in", "",
+               Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|Invoice#: " +
+                   frame::EscapeCell(number));
   InvoiceAddressAndMessage(*this, rs, to);
 
   InvoiceLines(*this, rs["rptInvoiceDetails"].Chapter(),
@@ -295,7 +304,7 @@ void clsReports::rptInvoiceStatement(int32_t ID, std::string Name, std::string A
       // Cards and cash carry a cheque number of 0: only a real one is shown.
       if (!cheque.empty() && cheque != "0") type += " #" + cheque;
       body += Format(pay["Date"].Value(), "mmm/dd/yyyy") + "|" +
-              Format(pay["CheckDate"].Value(), "mmm/dd/yyyy") + "|" + type + "|" +
+              Format(pay["CheckDate"].Value(), "mmm/dd/yyyy") + "|" + frame::EscapeCell(type) + "|" +
               cf.MyFormat(share, "Currency") + ";";
       pay.MoveNext();
     }
@@ -369,7 +378,8 @@ void clsReports::rptReceipt(int32_t ID, std::string Name, std::string Address) {
     vsp.TextAlign(2);
     vsp.TableBorder(7);
     vsp.AddTable("^1in|^1in", "Date|Payment #",
-                 Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|" + cf.returnStr(rs["ID"].Value()),
+                 Format(rs["Date"].Value(), "mmm/dd/yyyy") + "|" +
+                     frame::EscapeCell(cf.returnStr(rs["ID"].Value())),
                  kHeaderColor);
     AddressBlock(vsp, to, "");
 
@@ -377,17 +387,17 @@ void clsReports::rptReceipt(int32_t ID, std::string Name, std::string Address) {
     vsp.TextAlign(0);
     vsp.TableBorder(7);
     vsp.AddTable("<2.5in|<4in", "Name|Payment Details",
-                 cf.returnStr(rs["PaymentName"].Value()) +
-                     "|Payment Type: " + cf.returnStr(rs["PaymentType"].Value()) +
-                     "\r\nNote: " + (note.empty() ? std::string("(None)") : note),
+                 frame::EscapeCell(cf.returnStr(rs["PaymentName"].Value())) +
+                     "|Payment Type: " + frame::EscapeCell(cf.returnStr(rs["PaymentType"].Value())) +
+                     "\r\nNote: " + (note.empty() ? std::string("(None)") : frame::EscapeCell(note)),
                  kHeaderColor);
     vsp.Text(" ");
 
     std::string body;
     while (!details.Eof()) {
-      body += cf.returnStr(details["Invoice#"].Value()) + "|" +
-              vb::Trim(cf.returnStr(details["PatientFirstName"].Value()) + " " +
-                       cf.returnStr(details["PatientLastName"].Value())) +
+      body += frame::EscapeCell(cf.returnStr(details["Invoice#"].Value())) + "|" +
+              frame::EscapeCell(vb::Trim(cf.returnStr(details["PatientFirstName"].Value()) + " " +
+                                         cf.returnStr(details["PatientLastName"].Value()))) +
               "|" + Format(details["Date"].Value(), "mmm/dd/yyyy") + "|" +
               cf.MyFormat(cf.ReturnCur(details["Amount"].Value()), "Currency") + ";";
       details.MoveNext();

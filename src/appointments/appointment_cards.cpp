@@ -323,4 +323,10 @@ void clsReports::FamilyAppointmentsSummary(int32_t ID) {
   vsp.EndTable();
 }
 
+bool clsReports::FamilyHasComingAppointments(int32_t ID) {
+  db::Recordset rs = Open(FamilyAppointmentsSql(kFamilySelect, "WHERE", ID));
+  rs.Filter(Variant(ComingFilter()));
+  return !rs.Eof();
+}
+
 }  // namespace orv

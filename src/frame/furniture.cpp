@@ -1,6 +1,9 @@
 // Page furniture: the heading of a list, the footer stamped on every page,
 // the single-value lookup, the office letterhead and the provider blocks.
+#include <algorithm>
 #include <filesystem>
+#include <utility>
+#include <vector>
 
 #include "common/common_functions.h"
 #include "common/errors.h"
@@ -54,6 +57,10 @@ void clsReports::PrintReportHeading(const std::string& Title, const std::string&
 }
 
 void clsReports::PrintPageFooters(const std::string& FooterText) {
+  PrintPageFooters(std::vector<frame::DocumentPart>{{1, FooterText}});
+}
+
+void clsReports::PrintPageFooters(const std::vector<frame::DocumentPart>& Parts) {
   // A failure while stamping is dropped: the report goes on without footers
   // on the pages not yet stamped.
   try {
@@ -62,6 +69,8 @@ void clsReports::PrintPageFooters(const std::string& FooterText) {
     int n = vsp.PageCount();
     std::string today = Format(Variant(Clock::Today()), "mmm/dd/yyyy");
     for (int p = 1; p <= n; ++p) {
+      const frame::PagePlace place = frame::PlaceOfPage(p, n, Parts);
+      const std::string footer = place.part ? place.part->footer : std::string();
       vsp.StartOverlay(p, false);
       vsp.CurrentY(vsp.PageHeight() - vsp.MarginBottom());
       vsp.FontName("Tahoma");
@@ -70,12 +79,13 @@ void clsReports::PrintPageFooters(const std::string& FooterText) {
       vsp.CurrentX(vsp.MarginLeft());
       vsp.TextAlign(0);
       vsp.InlineText(today);
-      if (!FooterText.empty()) {
+      if (!footer.empty()) {
         vsp.TextAlign(1);
-        vsp.InlineText(FooterText);
+        vsp.InlineText(footer);
       }
       vsp.TextAlign(2);
-      vsp.InlineText("Page " + std::to_string(p) + " of " + std::to_string(vsp.PageCount()));
+      vsp.InlineText("Page " + std::to_string(place.number) + " of " +
+                     std::to_string(place.count));
       vsp.EndOverlay();
     }
   } catch (const std::exception&) {
@@ -103,7 +113,20 @@ Variant clsReports::ReturnLookupValue(const std::string& Table, const std::strin
   return result;
 }
 
-void clsReports::PrintLetterHead() {
+namespace {
+
+// The size of a picture of `image_w` by `image_h` pixels set inside a box of
+// `box_w` by `box_h`: as large as the box allows with its own proportions, so
+// that a wide logo is not squeezed into a square.
+std::pair<Twips, Twips> FitInBox(Twips box_w, Twips box_h, int image_w, int image_h) {
+  if (image_w <= 0 || image_h <= 0) return {box_w, box_h};
+  const double scale = std::min(box_w.value() / image_w, box_h.value() / image_h);
+  return {Twips(image_w * scale), Twips(image_h * scale)};
+}
+
+}  // namespace
+
+void clsReports::PrintLetterHead(Twips EndAbove) {
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   db::Recordset rs;
@@ -125,9 +148,45 @@ void clsReports::PrintLetterHead() {
   }
   auto str = [&](const char* f) { return cf.returnStr(rs[f].Value(), true); };
 
+  // The lines under the office's name, in the order they print. An empty
+  // second street line leaves no blank line.
+  std::vector<std::string> lines;
+  lines.push_back(str("Street"));
+  if (!str("Street2").empty()) lines.push_back(str("Street2"));
+  lines.push_back(str("City") + ", " + str("Province") + "  " + str("PostalCode"));
+  std::string phone = "Phone # " + PhoneWithExt(str("Phone"), str("PhoneExt"), " Ext: ");
+  if (!str("Fax").empty()) phone += "    Fax # " + str("Fax");
+  lines.push_back(phone);
+  std::string web;
+  if (!str("Www").empty()) web = "Web: " + str("Www");
+  if (!str("EmailAddress").empty()) web += (web.empty() ? "Email: " : "   Email: ") + str("EmailAddress");
+  if (!web.empty()) lines.push_back(web);
+  // The free text of the invoice header comes last; a text with its own
+  // line ends is written as it stands, one without as one line.
+  std::string header = cf.returnStr(rs["InvoiceHeader"].Value(), false);
+  if (!vb::Trim(header).empty()) lines.push_back(header);
+
   // A Null logo, or one of fewer than 10 bytes, counts as no logo.
   Variant logo = rs["Logo"].Value();
   bool has_logo = !logo.IsNull() && rs["Logo"].ActualSize() >= 10;
+
+  // The logo's box is 400 device pixels each way. Under a bound, the box
+  // shrinks to the room the name, the lines and the closing gap leave above
+  // it; with less than a quarter inch of room the logo is left out.
+  const Twips full_box = Twips(400 * vsp.TwipsPerPixelX());
+  Twips box = full_box;
+  if (has_logo && EndAbove > Twips(0)) {
+    vsp.FontName("Tahoma");
+    vsp.FontSize(14);
+    vsp.FontBold(true);
+    Twips text = vsp.TextHeight("X");
+    vsp.FontSize(10);
+    vsp.FontBold(false);
+    for (const std::string& line : lines) text += vsp.TextHeight(line);
+    text += vsp.TextHeight("X");
+    box = std::min(full_box, EndAbove - vsp.MarginHeader() - text);
+    if (box < Twips::Inches(0.25)) has_logo = false;
+  }
 
   Twips bottom_of_picture = vsp.MarginHeader();
   if (has_logo) {
@@ -138,21 +197,23 @@ void clsReports::PrintLetterHead() {
       std::error_code ec;
       std::filesystem::remove(file, ec);
       if (SaveFileFromDB(rs, "Logo", file)) {
-        // The box is 400 device pixels each way; X and Y are crossed as they
-        // always were, which is harmless while pixels are square.
+        // The picture sits in the box's top left corner with its own
+        // proportions.
+        frame::PictureImage image = frame::LoadPicture(file);
+        const auto [w, h] = FitInBox(box, box, image->width, image->height);
         vsp.PictureLeft(vsp.MarginLeft());
-        vsp.PictureRight(vsp.MarginLeft() + Twips(400 * vsp.TwipsPerPixelY()));
+        vsp.PictureRight(vsp.MarginLeft() + w);
         vsp.PictureTop(vsp.MarginHeader());
-        vsp.PictureBottom(vsp.MarginHeader() + Twips(400 * vsp.TwipsPerPixelX()));
-        vsp.Picture(frame::LoadPicture(file));
+        vsp.PictureBottom(vsp.MarginHeader() + h);
+        vsp.Picture(image);
       }
       std::filesystem::remove(file, ec);
     } catch (const std::exception&) {
       std::error_code ec;
       std::filesystem::remove(file, ec);
     }
-    vsp.CurrentX(vsp.MarginLeft() + Twips(400 * vsp.TwipsPerPixelX()));
-    vsp.CurrentY(vsp.MarginHeader() + Twips(400 * vsp.TwipsPerPixelY()));
+    vsp.CurrentX(vsp.MarginLeft() + box);
+    vsp.CurrentY(vsp.MarginHeader() + box);
     bottom_of_picture = vsp.CurrentY();
     vsp.FontName("Tahoma");
     vsp.FontSize(14);
@@ -178,21 +239,7 @@ void clsReports::PrintLetterHead() {
   vsp.TextAlign(0);
   vsp.FontSize(10);
   vsp.FontBold(false);
-  // An empty second street line leaves no blank line.
-  vsp.Text(str("Street"));
-  if (!str("Street2").empty()) vsp.Text(str("Street2"));
-  vsp.Text(str("City") + ", " + str("Province") + "  " + str("PostalCode"));
-  std::string phone = "Phone # " + PhoneWithExt(str("Phone"), str("PhoneExt"), " Ext: ");
-  if (!str("Fax").empty()) phone += "    Fax # " + str("Fax");
-  vsp.Text(phone);
-  std::string web;
-  if (!str("Www").empty()) web = "Web: " + str("Www");
-  if (!str("EmailAddress").empty()) web += (web.empty() ? "Email: " : "   Email: ") + str("EmailAddress");
-  if (!web.empty()) vsp.Text(web);
-  // The free text of the invoice header comes last; a text with its own
-  // line ends is written as it stands, one without as one line.
-  std::string header = cf.returnStr(rs["InvoiceHeader"].Value(), false);
-  if (!vb::Trim(header).empty()) vsp.Text(header);
+  for (const std::string& line : lines) vsp.Text(line);
   if (!has_logo) vsp.Text(" ");
 
   vsp.IndentLeft(0);

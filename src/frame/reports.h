@@ -16,10 +16,12 @@
 #include <vector>
 
 #include "common/variant.h"
+#include "frame/page_parts.h"
 #include "frame/report_types.h"
 #include "platform/db/connection.h"
 #include "platform/db/recordset.h"
 #include "platform/host/host_services.h"
+#include "platform/render/twips.h"
 
 namespace orv {
 
@@ -92,6 +94,8 @@ class clsReports {
                                     int16_t UnitMinutes);
   // Draws the family's coming appointments into the running document.
   void FamilyAppointmentsSummary(int32_t ID);
+  // Whether FamilyAppointmentsSummary would draw anything for `ID`.
+  bool FamilyHasComingAppointments(int32_t ID);
 
   // ---- Invoices, receipts and bulk statements ----
   // One invoice on the office letterhead, addressed to the patient or, for a
@@ -107,7 +111,8 @@ class clsReports {
   void rptReceipt(int32_t ID, std::string Name, std::string Address);
   // A statement page per patient or per family (by primary holder) with the
   // open invoices and an age table at the foot of each page; stamps
-  // LastStatement of every account printed. Filters are ready conditions
+  // LastStatement of every account printed; each account's pages are
+  // numbered within it. Filters are ready conditions
   // ("" or "0": none). `NoZeros` true (Empty: false) leaves out the accounts
   // with nothing to pay.
   void rptBulkStatements(std::string txtPatientFilter, std::string txtFamilyFilter,
@@ -123,7 +128,10 @@ class clsReports {
   // year of `dtStart` up to `dtEnd`. `UpdateLastStatementDate` stamps
   // Patient.LastStatement with today for each list position, in one
   // transaction that a failed run rolls back. French wording for an
-  // addressee whose Language is "F". Errors show the report's message box.
+  // addressee whose Language is "F". Each statement's pages are numbered
+  // within it, under a footer in its language. A listed ID not on file
+  // prints nothing and is named to the host's Note; the run goes on.
+  // Errors show the report's message box.
   void rptStatements(DateTime dtStart, DateTime dtEnd, std::vector<int32_t>& PatientIDs,
                      bool Family, std::string PatientFooter = "", bool AppSummary = false,
                      bool IncompleteTreatment = false, bool PostDated = false,
@@ -222,9 +230,16 @@ class clsReports {
   void PrintReportHeading(const std::string& Title, const std::string& UserName,
                           const std::string& SubTitle, const std::string& OfficeLine);
   void PrintPageFooters(const std::string& FooterText);
+  // The same stamp for a document of several letters: each page is numbered
+  // within its letter ("Page 1 of 2") and carries its letter's footer text.
+  void PrintPageFooters(const std::vector<frame::DocumentPart>& Parts);
   Variant ReturnLookupValue(const std::string& Table, const std::string& KeyField,
                             const Variant& KeyValue, const std::string& Field);
-  void PrintLetterHead();
+  // The office letterhead from the header margin down. With `EndAbove`
+  // above 0, the letterhead ends above that line from the paper's top (the
+  // logo shrinks, keeping its proportions), so that what is set there, the
+  // addressee of a window envelope, stays clear of it.
+  void PrintLetterHead(Twips EndAbove = Twips(0));
   std::string ReturnProviderNames(std::string ProviderFilter);
   void PrintProvidersIncluded(const std::string& ProviderFilter);
 

@@ -202,6 +202,32 @@ TEST_F(BulkStatements, AgeTableIsPinnedToTheFootOfEveryPage) {
     }
   }
   EXPECT_EQ(tables, 2) << "one age table per account";
+  // Each account is a letter of its own: Paul's one page, then the long
+  // list's pages numbered from 1.
+  EXPECT_NE(PageText(1).find("Page 1 of 1"), std::string::npos) << PageText(1);
+  for (int p = 2; p <= pages; ++p) {
+    const std::string stamp =
+        "Page " + std::to_string(p - 1) + " of " + std::to_string(pages - 1);
+    EXPECT_NE(PageText(p).find(stamp), std::string::npos) << stamp << "\n" << PageText(p);
+  }
+}
+
+TEST_F(BulkStatements, StrangerWhoStoresAZeroHolderLeavesTheFamilyTotalAlone) {
+  // 90016 is in no family and stores 0 as secondary holder, with 50.00 on
+  // account. Paul's family (holder 90011, no secondary) owes 252.50 less
+  // his own 5.00 of credit, as his patient statement says: the stranger's
+  // 50.00 is not the family's.
+  RawExec(
+      "UPDATE Patient SET SecondaryHolderID = NULL WHERE ID = 90011;"
+      "INSERT INTO Patient (ID, FirstName, LastName, FullName, SecondaryHolderID) VALUES "
+      "(90016, 'Sam', 'Stranger', 'Stranger, Sam', 0);"
+      "INSERT INTO InvoicePayments (ID, PatientID, Value, TotalAllocated, TotalToCredit, [Date], "
+      "CheckDate, IsInsurance) VALUES (90216, 90016, 50.00, 0, 50.00, '2026-10-02 00:00:00', "
+      "'2026-10-02 00:00:00', 0);");
+  reports.rptBulkStatements("Patient.ID = 90011", "", true, "");
+  ASSERT_EQ(form.VSP.PageCount(), 1) << Text();
+  EXPECT_TRUE(Has("70.00 100.00 62.00 25.50 252.50\n")) << Text();
+  EXPECT_FALSE(Has("Sam Stranger"));
 }
 
 TEST_F(BulkStatements, AgeTableStaysPinnedUnderALogo) {

@@ -41,22 +41,41 @@ TEST_F(FamilyTest, FamilyCredit) {
   }
 }
 
-TEST_F(FamilyTest, FamilyCreditWithStoredZeroHolders) {
-  // Patient 7 stores 0 rather than NULL as both holders, with 35 on file.
+// Zoe (7) belongs to no family and stores 0 rather than NULL as both
+// holders; she has 35.00 on account and an invoice of 500.00. A holder read
+// as 0 links no one, so her money stays out of every family's figures.
+TEST_F(FamilyTest, StrangerWhoStoresZeroHoldersStaysOutOfTheFamily) {
   Exec(
       "INSERT INTO Patient (ID, FirstName, LastName, PrimaryHolderID, SecondaryHolderID) "
       "VALUES (7, 'Zoe', 'Zero', 0, 0);"
       "INSERT INTO InvoicePayments (ID, PatientID, Value, TotalAllocated, TotalToCredit, [Date], "
       "CheckDate, IsInsurance) VALUES (271, 7, 35, 0, 35, '2026-09-01 00:00:00', "
-      "'2026-09-01 00:00:00', 0);");
+      "'2026-09-01 00:00:00', 0);"
+      "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], "
+      "InvoiceTotal) VALUES (171, 1071, 7, '2026-10-01 00:00:00', 600, 1, 500);");
   AccountModel model(conn_, 0);
-  // Neither holder set: no family, so neither Seamus nor Zoe reaches Zoe's
-  // stored zeros.
-  EXPECT_EQ(model.ReturnFamilyCredit(6, true), Money("0")) << "no holder";
-  EXPECT_EQ(model.ReturnFamilyCredit(7, true), Money("0")) << "zero holders";
-  // With one holder the family condition runs as written, and its
-  // "PrimaryHolderID = 0" terms reach Zoe: 86.0050 + 35 = 121.0050 -> 121.00.
-  EXPECT_EQ(model.ReturnFamilyCredit(2, false), Money("121.00")) << "one holder missing";
+  const Variant today = Variant(Day(2026, 11, 20));
+  struct Case {
+    const char* name;
+    Currency figure;
+    const char* expected;
+  };
+  const Case cases[] = {
+      // Luc has holder 1 and no secondary: the secondary's terms would have
+      // matched Zoe's stored 0 (86.0050 + 35 -> 121.00).
+      {"credit, one holder", model.ReturnFamilyCredit(2, false), "86.00"},
+      {"credit with post-dates, one holder", model.ReturnFamilyCredit(2, true), "116.00"},
+      // Neither holder set: no family, so nothing, for Seamus and for Zoe.
+      {"credit, no holder", model.ReturnFamilyCredit(6, true), "0"},
+      {"credit, zero holders", model.ReturnFamilyCredit(7, true), "0"},
+      // Family A as in FamilyBalance below, Zoe's 500.00 not among it.
+      {"balance, one holder", model.ReturnFamilyBalance(2, today, false, false), "235.0550"},
+      {"balance less credit", model.ReturnFamilyBalance(2, today, false, true), "149.0550"},
+      // Zoe names no holder and nobody names her: her own invoice is not
+      // reached, as for Seamus.
+      {"balance, zero holders", model.ReturnFamilyBalance(7, today, true, true), "0"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(c.figure, Money(c.expected)) << c.name;
 }
 
 TEST_F(FamilyTest, FamilyBalance) {

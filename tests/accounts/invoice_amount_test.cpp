@@ -73,12 +73,6 @@ TEST_F(InvoiceAmountTest, ReadFromCallersRow) {
        "SELECT Invoices.ID, Invoices.[Date], Invoices.InvoiceTotal, "
        "Invoices.[Complete?], Invoices.InvoiceFinalTotal FROM Invoices WHERE ID = 181",
        "100.00"},
-      // The provider list's SHAPE row has no InvoiceFinalTotal: read as no
-      // settled total, so the stored 120.00.
-      {"row without a final total",
-       "SELECT Invoices.ID, InvoiceTotal, [Complete?], Date, "
-       "ProviderID FROM Invoices WHERE ID = 181",
-       "120.00"},
       {"recordset at its end",
        "SELECT Invoices.ID, Invoices.[Date], Invoices.InvoiceTotal, "
        "Invoices.[Complete?], Invoices.InvoiceFinalTotal FROM Invoices "

@@ -101,6 +101,21 @@ TEST_F(InvoiceReports, InvoiceFiguresAndLayout) {
   EXPECT_TRUE(Has(kPrintedBy));
 }
 
+TEST_F(InvoiceReports, SeparatorsInNamesAndStreetsStayInTheirCells) {
+  // A ";" ends a row and a "|" a cell in the table language: in data they
+  // are text, on the invoice, its statement and the receipt alike.
+  RawExec(
+      "UPDATE Patient SET FirstName = 'Smith;Evil|9999|Row', Address = '12 Main St; Unit 4' || "
+      "char(13) || char(10) || 'Ottawa, ON' WHERE ID = 90001;"
+      "UPDATE InvoiceDetails SET Surface = 'M;O|D' WHERE ID = 90302;");
+  reports.rptInvoice(90101, "", "");
+  EXPECT_TRUE(Has("Smith;Evil|9999|Row Fortin Provider: Anne Cote\n12 Main St; Unit 4\nOttawa, ON"))
+      << Text();
+  EXPECT_TRUE(Has("91002 16 M;O|D Nov/02/2026 Complete 65.50")) << Text();
+  reports.rptReceipt(90201, "", "");
+  EXPECT_TRUE(Has("590101 Smith;Evil|9999|Row Fortin Nov/02/2026 50.00\n")) << Text();
+}
+
 TEST_F(InvoiceReports, FinalTotalBelowTheSubTotalShowsNegativeInterest) {
   // 90103: stored 40.00, settled at 30.00: Interest 30.00 - 40.00 = -10.00.
   reports.rptInvoice(90103, "Front Desk Name", "1 Desk St");

@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "common/format.h"
+#include "common/vbstrings.h"
 #include "platform/db/recordset.h"
+#include "platform/render/display_list.h"
 #include "support/report_fixture.h"
 
 namespace orv::testing {
@@ -121,7 +123,8 @@ TEST_F(Statements, PatientStatementRunsThePortionsFromTheOpeningBalance) {
       "Oct/5/2026 Dental Treatment $200.00 $120.00 $80.00 $120.00 $140.00\n",
       "Oct/5/2026 Cheque - Cheque:777 -$80.00 $.00 -$80.00 $120.00 $60.00\n",
       // The description wraps in its column.
-      "Oct/5/2026 Credit from Partial Allocation - -$20.00 $.00 -$20.00 $120.00 $40.00\nCheque:777\n",
+      "Oct/5/2026 Credit from Partial Allocation - -$20.00 $.00 -$20.00 $120.00 "
+      "$40.00\nCheque:777\n",
       "Oct/20/2026 Cheque - Cheque:5521 -$100.00 -$100.00 $.00 $20.00 $40.00\n",
       "Oct/25/2026 Cash -$25.00 $.00 -$25.00 $20.00 $15.00\n",
       "Patient Totals $35.00 $20.00 $15.00 $20.00 $15.00\n",
@@ -136,7 +139,8 @@ TEST_F(Statements, PatientStatementRunsThePortionsFromTheOpeningBalance) {
   EXPECT_TRUE(Has("Patient Payment YTD $165.00\n")) << text;
   EXPECT_TRUE(Has("Patient Insurance Payment YTD $100.00\n")) << text;
   // The sections, and the summary box beside the address.
-  EXPECT_TRUE(Has("Post Dated Payments on Hand\nDate Description Amount\nDec/5/2026 Cheque $50.00\n"))
+  EXPECT_TRUE(
+      Has("Post Dated Payments on Hand\nDate Description Amount\nDec/5/2026 Cheque $50.00\n"))
       << text;
   EXPECT_TRUE(Has("Treatments in Progress\n")) << text;
   EXPECT_TRUE(Has("Oct/28/2026 Anne Roy 99002 Crown $75.00\n")) << text;
@@ -174,7 +178,8 @@ TEST_F(Statements, FamilyStatementTotalsEveryMemberAndIsAddressedToTheResponsibl
   EXPECT_EQ(form.VSP.DocName(), "Family Statement");
   EXPECT_TRUE(Has("Anne Roy\nSummary\n5 Elm St\n")) << text;
   EXPECT_TRUE(Has("Ben Roy\n")) << text;
-  EXPECT_TRUE(Has("Opening Balance $50.00 $50.00 $50.00\nPatient Totals $50.00 $.00 $50.00 $.00 $50.00\n"))
+  EXPECT_TRUE(
+      Has("Opening Balance $50.00 $50.00 $50.00\nPatient Totals $50.00 $.00 $50.00 $.00 $50.00\n"))
       << text;
   EXPECT_TRUE(Has("Patient Totals $35.00 $20.00 $15.00 $20.00 $15.00\n")) << text;
   EXPECT_TRUE(Has("Current Family Balance as of Oct/31/2026: $85.00\n")) << text;
@@ -233,23 +238,207 @@ TEST_F(Statements, LastStatementStampedOnlyWhenAskedAndRolledBackOnFailure) {
   EXPECT_TRUE(Has("Totals du Patient $30.00 $30.00")) << Text();
 }
 
-TEST_F(Statements, UnknownPatientMakesNoDocumentAndEmptyPatientPrints) {
-  Run({99999}, false, false, false, /*stamp=*/true);
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An Error has occurred in Sub rptStatements in Class clsReports.\n", 0),
-            0u);
-  EXPECT_EQ(form.ShowCount(), 0);
-  EXPECT_EQ(form.VSP.PageCount(), 0);
+TEST_F(Statements, UnknownPatientPrintsNothingAtItsPlaceAndTheRunGoesOn) {
+  // Eloise, a patient no longer on file, Olive: two statements, each a
+  // letter of its own, and the unknown ID named to the host's log only.
+  Run({90004, 99999, 90005}, false, false, false, /*stamp=*/true);
+  EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  ASSERT_EQ(host.notes.size(), 1u);
+  EXPECT_NE(host.notes[0].find("99999"), std::string::npos) << host.notes[0];
+  EXPECT_EQ(form.ShowCount(), 1);
+  ASSERT_EQ(form.VSP.PageCount(), 2) << Text();
+  EXPECT_NE(PageText(1).find("Eloise Caron"), std::string::npos) << PageText(1);
+  EXPECT_NE(PageText(2).find("Olive Open"), std::string::npos) << PageText(2);
+  EXPECT_NE(PageText(2).find("Page 1 of 1"), std::string::npos) << PageText(2);
+  EXPECT_EQ(LastStatement(90004), "2026-11-20");
+  EXPECT_EQ(LastStatement(90005), "2026-11-20");
+  EXPECT_EQ(progress.back(), 100);
 
   // 90009 has nothing but an ID, and one invoice of 10.00 with a NULL
   // assignment: it belongs wholly to the patient.
-  host.messages.clear();
+  host.notes.clear();
   Run({90009}, true);
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  EXPECT_EQ(form.ShowCount(), 1);
+  EXPECT_TRUE(host.notes.empty());
   EXPECT_TRUE(Has("Oct/9/2026 Dental Treatment $10.00 $10.00\n")) << Text();
   EXPECT_TRUE(Has("Current Family Balance as of Oct/31/2026: $10.00")) << Text();
+}
+
+// A run of statements is a stack of letters: each statement's pages are
+// numbered within it and its footer speaks its language.
+TEST_F(Statements, EachStatementNumbersItsOwnPagesUnderItsOwnFooter) {
+  // Lena Long (English) has 45 invoices in October: two pages. Eloise
+  // (French) has one: one page.
+  std::string rows =
+      "INSERT INTO Patient (ID, FirstName, LastName, FullName, Language, DefaultOfficeID, "
+      "ResponsibleFamilyMemberID) VALUES (90007, 'Lena', 'Long', 'Long, Lena', 'E', 1, 90007);"
+      "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], InvoiceTotal, "
+      "IsAssignment) VALUES ";
+  for (int i = 0; i < 45; ++i)
+    rows += std::string(i ? "," : "") + "(" + std::to_string(90600 + i) + ", " +
+            std::to_string(590600 + i) + ", 90007, '2026-10-" + (i % 28 < 9 ? "0" : "") +
+            std::to_string(i % 28 + 1) + " 00:00:00', 600, 1, 10.00, 0)";
+  RawExec(rows);
+  Run({90007, 90004}, false);
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  ASSERT_EQ(form.VSP.PageCount(), 3) << Text();
+  struct Expect {
+    int page;
+    const char* number;
+    const char* footer;
+    const char* not_footer;
+  };
+  const Expect pages[] = {
+      {1, "Page 1 of 2", "Printed by Orvenda - Tessalyne Inc.", "État de Compte Détailer"},
+      {2, "Page 2 of 2", "Printed by Orvenda - Tessalyne Inc.", "État de Compte Détailer"},
+      {3, "Page 1 of 1", "État de Compte Détailer", "Printed by Orvenda"},
+  };
+  // The footer is the last line of each page's text; on the French page the
+  // title "État de Compte Détailer" also heads the letter, so only the
+  // footer line is read.
+  for (const Expect& e : pages) {
+    std::string page = PageText(e.page);
+    while (!page.empty() && page.back() == '\n') page.pop_back();
+    const std::string footer = page.substr(page.rfind('\n') + 1);
+    EXPECT_NE(footer.find(e.number), std::string::npos) << "page " << e.page << ": " << footer;
+    EXPECT_NE(footer.find(e.footer), std::string::npos) << "page " << e.page << ": " << footer;
+    EXPECT_EQ(footer.find(e.not_footer), std::string::npos) << "page " << e.page << ": " << footer;
+  }
+  // 45 x 10.00 on Lena's letter, 30.00 on Eloise's, each summary box on its
+  // own first page.
+  EXPECT_NE(PageText(1).find("Family Balance $450.00"), std::string::npos) << PageText(1);
+  EXPECT_NE(PageText(3).find("Résumé"), std::string::npos) << PageText(3);
+  EXPECT_EQ(PageText(2).find("Summary"), std::string::npos) << PageText(2);
+}
+
+// The text runs that are not the page footer: what a page holds besides its
+// furniture.
+int ContentRuns(const render::Page& page, double bottom_margin_line) {
+  int runs = 0;
+  for (const auto& item : page.items)
+    if (const auto* run = std::get_if<render::TextRun>(&item);
+        run && run->top.value() < bottom_margin_line && !vb::Trim(run->text).empty())
+      ++runs;
+  return runs;
+}
+
+TEST_F(Statements, ComingAppointmentsNeverLeaveAPageOfFurnitureAlone) {
+  // Anne's family statement grows by one October invoice at a time, so that
+  // its end passes through the foot of the first page, where the section of
+  // coming appointments must decide whether to turn the page. Without
+  // coming appointments no page may hold only the page footer; with one,
+  // the section's heading stands on the page of its first row.
+  for (bool coming : {false, true}) {
+    RawExec(
+        "DELETE FROM PatientAppointments WHERE PatientID IN (90001, 90002);"
+        "DELETE FROM Invoices WHERE ID >= 90700 AND ID < 90800;");
+    if (coming) {
+      RawExec(
+          "INSERT INTO PatientAppointments (ID, PatientID, ProcedureCat, Date, Time) "
+          "SELECT 90901, 90002, ID, '2026-12-03 00:00:00', 600 FROM ProcedureCategories "
+          "ORDER BY ID LIMIT 1");
+    }
+    for (int n = 0; n < 24; ++n) {
+      RawExec(
+          "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], "
+          "InvoiceTotal, IsAssignment) VALUES (" +
+          std::to_string(90700 + n) + ", " + std::to_string(590700 + n) +
+          ", 90002, '2026-10-15 00:00:00', 600, 1, 1.00, 0)");
+      std::vector<int32_t> ids{90002, 0};
+      reports.rptStatements(DateTime::FromParts(2026, 10, 1), DateTime::FromParts(2026, 10, 31),
+                            ids, true, "", /*AppSummary=*/true, true, true, false, true);
+      ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+      const auto& doc = form.VSP.Document();
+      const double bottom = form.VSP.PageHeight().value() - form.VSP.MarginBottom().value();
+      for (size_t p = 0; p < doc.pages.size(); ++p)
+        EXPECT_GT(ContentRuns(doc.pages[p], bottom), 0)
+            << (coming ? "with" : "without") << " appointments, " << n + 1
+            << " extra invoices: page " << p + 1 << " holds only its footer";
+      std::string text = Text();
+      size_t heading = text.find("Upcoming Family Appointments");
+      if (!coming) {
+        EXPECT_EQ(heading, std::string::npos) << text;
+        continue;
+      }
+      ASSERT_NE(heading, std::string::npos) << text;
+      size_t row = text.find("Ben Roy Thursday December 3, 2026");
+      ASSERT_NE(row, std::string::npos) << text;
+      EXPECT_LT(heading, row);
+      EXPECT_EQ(text.substr(heading, row - heading).find('\f'), std::string::npos)
+          << n + 1 << " extra invoices: the heading is parted from its first row";
+    }
+  }
+}
+
+// Where a letterhead ends and the addressee starts, for each kind of
+// letterhead: the address must show through the envelope window.
+TEST_F(Statements, AddresseeSitsAtTheWindowWhateverTheLetterhead) {
+  struct Case {
+    const char* name;
+    const char* office_update;
+  };
+  const Case cases[] = {
+      {"no logo", "UPDATE OfficeInformation SET Logo = NULL WHERE ID = 1"},
+      {"the demo logo",
+       "UPDATE OfficeInformation SET Logo = (SELECT Logo FROM OfficeInformation WHERE ID = 2) "
+       "WHERE ID = 1"},
+      {"logo and every line",
+       "UPDATE OfficeInformation SET Logo = (SELECT Logo FROM OfficeInformation WHERE ID = 2), "
+       "Street2 = 'Suite 200', Www = 'www.example.ca', EmailAddress = 'desk@example.ca', "
+       "InvoiceHeader = 'Open Saturdays' || char(13) || char(10) || 'Evening hours Thursday' "
+       "WHERE ID = 1"},
+  };
+  const double window_top = 2.5 * 1440, window_left = 0.9 * 1440;
+  for (const Case& c : cases) {
+    RawExec(c.office_update);
+    Run({90001}, false);
+    ASSERT_TRUE(host.messages.empty()) << c.name << ": " << host.messages[0].prompt;
+    const auto& items = form.VSP.Document().pages.at(0).items;
+    const render::TextRun* name = nullptr;
+    for (const auto& item : items)
+      if (const auto* run = std::get_if<render::TextRun>(&item);
+          run && run->text == "Anne Roy" && name == nullptr)
+        name = run;
+    ASSERT_NE(name, nullptr) << c.name;
+    EXPECT_DOUBLE_EQ(name->top.value(), window_top) << c.name;
+    EXPECT_DOUBLE_EQ(name->x.value(), window_left) << c.name;
+    // Nothing of the letterhead reaches the window line; the summary box
+    // beside the address starts on it.
+    for (const auto& item : items) {
+      if (const auto* run = std::get_if<render::TextRun>(&item)) {
+        if (run->top.value() < window_top) {
+          EXPECT_LE(run->baseline.value(), window_top) << c.name << ": " << run->text;
+        }
+      } else if (const auto* picture = std::get_if<render::Picture>(&item)) {
+        const render::Box& box = picture->box;
+        EXPECT_LE((box.y + box.height).value(), window_top) << c.name << ": the logo";
+        // The logo keeps its proportions.
+        EXPECT_NEAR(box.width.value() / box.height.value(),
+                    double(picture->image->width) / picture->image->height, 0.01)
+            << c.name;
+      }
+    }
+  }
+}
+
+// A name or street holding the table language's separators prints in its
+// cell, on its row.
+TEST_F(Statements, SeparatorsInDataStayInTheirCells) {
+  RawExec(
+      "UPDATE Patient SET FirstName = 'Smith;Evil|9999|Row', LastName = 'Roy' WHERE ID = 90001;"
+      "UPDATE FeeCodes SET LayPersonDescription = 'Filling; two|surfaces' WHERE ID = '99001';"
+      "UPDATE PaymentTypes SET Name = 'Cash;|Till' WHERE ID = 902;");
+  Run({90001}, false, false, /*details=*/true);
+  std::string text = Text();
+  EXPECT_TRUE(Has("Oct/5/2026 99001 Filling; two|surfaces $150.00 $90.00 $60.00")) << text;
+  EXPECT_TRUE(Has("Oct/25/2026 Cash;|Till -$25.00")) << text;
+  // The treatment in progress carries the patient's name in an inch-wide
+  // cell, where it may wrap; the cells after it keep their places.
+  const size_t row = text.find("Oct/28/2026 Smith;Evil|9999|");
+  ASSERT_NE(row, std::string::npos) << text;
+  EXPECT_NE(text.substr(row, text.find('\n', row) - row).find(" 99002 Crown $75.00"),
+            std::string::npos)
+      << text;
 }
 
 }  // namespace

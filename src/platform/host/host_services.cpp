@@ -23,6 +23,10 @@ int BatchHost::MsgBox(const std::string& prompt, int buttons, const std::string&
   return yes_no_answer_;
 }
 
+void BatchHost::Note(const std::string& text) {
+  std::fprintf(stderr, "%s\n", text.c_str());
+}
+
 int RecordingHost::MsgBox(const std::string& prompt, int buttons, const std::string& title) {
   messages.push_back({prompt, buttons, title});
   if (!AsksQuestion(buttons)) return vbOK;

@@ -38,6 +38,10 @@ class HostServices {
   virtual int MousePointer() const = 0;
   // Lets the host run its pending events (DoEvents).
   virtual void DoEvents() = 0;
+  // A remark on a run that goes on regardless (a listed patient not on file):
+  // for the log, never a box the person must answer. Dropped unless the
+  // host keeps a log.
+  virtual void Note(const std::string& text) { (void)text; }
 };
 
 // Command-line host: prints each message to stderr and answers `answer`
@@ -49,6 +53,8 @@ class BatchHost : public HostServices {
   void SetMousePointer(int pointer) override { pointer_ = pointer; }
   int MousePointer() const override { return pointer_; }
   void DoEvents() override {}
+  // Printed to stderr.
+  void Note(const std::string& text) override;
 
  private:
   int yes_no_answer_;
@@ -70,8 +76,10 @@ class RecordingHost : public HostServices {
   }
   int MousePointer() const override { return pointer_; }
   void DoEvents() override { ++events_pumped; }
+  void Note(const std::string& text) override { notes.push_back(text); }
 
   std::vector<Message> messages;
+  std::vector<std::string> notes;
   std::vector<int> pointer_history;
   int events_pumped = 0;
   // Answer given to Yes/No and OK/Cancel boxes.

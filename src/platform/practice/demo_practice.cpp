@@ -779,6 +779,9 @@ class Generator {
           if (k == 0) r.Int("ThirdEmployerID", 1 + (employer + 2) % 8);
         }
       }
+      // Older records store 0 rather than nothing in an unused secondary
+      // holder; the account routines must read it as no holder.
+      if (!(insured && holder2) && p.id % 3 == 0) r.Int("SecondaryHolderID", 0);
       r.Insert();
       if (p.id % 6 == 0) W("PatientAlerts").Int("PatientID", p.id).Int("AlertID", 1 + p.id % 5).Insert();
       if (p.id % 29 == 0) W("PatientAlerts").Int("PatientID", p.id).Int("AlertID", 1 + (p.id + 2) % 5).Insert();
