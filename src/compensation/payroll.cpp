@@ -112,9 +112,14 @@ void clsReports::rptPayroll(std::string strEmployees, DateTime dtStart, DateTime
     // An ID the filter names but the practice does not know has no name,
     // rate or share to pay from: the run stops and says which one.
     if (employees.Eof()) {
-      throw ReportError(kErrInvalidProcedureCall,
-                        "rptPayroll: no employee with ID " + std::to_string(ID) + " (from \"" +
-                            strEmployees + "\")");
+      // The list is read two characters after each "=", so "ID =12" names
+      // ID 2: say so where the list has lost its blank.
+      std::string hint;
+      const size_t eq = strEmployees.find('=');
+      if (eq != std::string::npos && eq + 1 < strEmployees.size() && strEmployees[eq + 1] != ' ')
+        hint = "; write each ID as \"ID = 12\", with a blank after \"=\"";
+      throw ReportError(kErrInvalidProcedureCall, "rptPayroll: no employee with ID " + std::to_string(ID) +
+                                                      " (from \"" + strEmployees + "\")" + hint);
     }
     Variant commission_value = employees["Commission"].Value();
     const int32_t commission = cf.ReturnNumber(commission_value);

@@ -129,7 +129,7 @@ TEST_F(PayrollTest, EmployeeListsOfEveryShape) {
       {"an ID the practice does not know", "ID = 99", "no employee with ID 99"},
       // The blank after "=" is part of the form: without it the first digit
       // is lost and 21 reads as 1.
-      {"no blank after the equals sign", "ID =21", "no employee with ID 1"},
+      {"no blank after the equals sign", "ID =21", "no employee with ID 1 (from \"ID =21\"); write each ID as"},
       {"an empty list prints the heading alone", "", nullptr},
   };
   for (const Case& c : cases) {
