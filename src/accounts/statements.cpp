@@ -813,9 +813,11 @@ void StatementRun::FurtherSections(const Statement& s, const Working& w) {
     vsp_.Text(" ");
     vsp_.FontBold(true);
     vsp_.TextAlign(0);
-    const Twips heading_top = vsp_.CurrentY();
     vsp_.Text(words.appointments_heading);
     vsp_.KeepWithNext();
+    // The table starts a fixed room below the heading's top, taken where the
+    // heading landed: it may have opened a page of its own.
+    const Twips heading_top = vsp_.CurrentY() - vsp_.TextHeight(words.appointments_heading);
     vsp_.FontBold(false);
     vsp_.CurrentY(heading_top + heading_room);
     vsp_.FontSize(8);
