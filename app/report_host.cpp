@@ -231,7 +231,7 @@ Variant RunInOwnDocument(clsReports& reports, PreviewForm& form, const MethodSig
   vsp.Orientation(0);
   vsp.DocName(title);
   vsp.StartDoc();
-  reports.PrintReportHeading(title, user, "");
+  if (!sig.heads_itself) reports.PrintReportHeading(title, user, "");
   Variant result = invoker(reports, margs);
   reports.PrintPageFooters(kPrintedBy);
   vsp.EndDoc();
