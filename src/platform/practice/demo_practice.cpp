@@ -1040,7 +1040,9 @@ class Generator {
         auto& d = W("PatientPredTreatmentDetails");
         d.Int("PatientPredTreatmentsID", plan).Int("LineNumber", line).Text("Code", code)
             .Cents("Cost", cost).Cents("BenefitAmountProcedure", cost * 60 / 100);
-        if (line % 3 == 0) d.Cents("SecondBenefitAmount", cost * 10 / 100);
+        // A second plan pays a tenth of every third line; the Phase 2 line
+        // has no figure at all, so its section's sums come out Null.
+        if (line != 6) d.Cents("SecondBenefitAmount", line % 3 == 0 ? cost * 10 / 100 : 0);
         if (type) d.Text("Type", type);
         if (line % 2 == 0) d.Text("Tooth#", std::to_string(11 + line)).Int("ReasonID", 1 + line % 5);
         d.Insert();
