@@ -95,6 +95,11 @@ Variant clsReports::ReturnOfficeValue(const std::string& fld) {
 }
 
 db::Connection clsReports::ReturnConnection(int32_t& CursorLocation) {
+  // Once the host has let its connection, the "second" connection is that
+  // same connection: a report that asks for one per record (the hygiene
+  // company report) then reads the same snapshot of a server as the rest
+  // of its run, and never opens a session of its own.
+  if (has_connection_) return conn_;
   host::SettingsStore& settings = host::AppSettings();
   std::string server = settings.Get("Settings", "ServerName", "");
   std::string login = settings.Get("Settings", "dbLogin", "");
@@ -145,9 +150,9 @@ void clsReports::Trap(const std::string& text, const std::function<void()>& body
   try {
     body();
   } catch (const ReportError& e) {
-    host_->MsgBox(text + "\n" + e.description(), host::vbOKOnly, "");
+    host_->ShowFailure(text + "\n" + e.description(), host::vbOKOnly, "");
   } catch (const std::exception& e) {
-    host_->MsgBox(text + "\n" + e.what(), host::vbOKOnly, "");
+    host_->ShowFailure(text + "\n" + e.what(), host::vbOKOnly, "");
   }
 }
 

@@ -178,6 +178,108 @@ class clsReports {
   void rptBillingByClient(std::string UserName, std::string txtfilter, std::string OfficeAddress,
                           std::string OfficeName);
 
+  // ---- Period closing: detailed and summary analysis, applied payments ----
+  // The views (`Byoption`) are 0 by provider, 1 by overseer, 2 by preferred
+  // doctor, 3 by date; any other value is refused with a ReportError before
+  // anything is drawn. Provider filters are conditions over "ProviderID"
+  // (over "ID" for the summary analysis), as the closing runs build them.
+
+  // Draws into the running document the treatment entered from `dtStart`
+  // to `dtEnd` (by entry date; cancellations negated on their day; invoices
+  // without lines by their date), grouped by the view with lab fees,
+  // invoice adjustments and write-offs, then on a new page the payments of
+  // the period (`byAllocatedPayment`: by applied date only; otherwise the
+  // cheques of the period with their unallocated credit), the money moved
+  // between providers, and the totals by bank account. An empty
+  // `ProviderNames` prints "Please select a provider" and nothing else.
+  void srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t Byoption,
+                            std::string UserName, std::string ProviderNames,
+                            bool byAllocatedPayment);
+  // The money applied between the dates away from and onto one provider
+  // (by overseer: onto one overseer) after its cheque's day. Adds what left
+  // to `AdjustmentSum` and what arrived to `PaymentSum`. Prints nothing when
+  // nothing moved.
+  void srptPaymentReallocation(int32_t ProviderID, DateTime dtStart, DateTime dtEnd,
+                               int16_t Byoption, Currency& AdjustmentSum, Currency& PaymentSum);
+  // The payments of `Payments` (the detailed analysis' payment rows) totalled
+  // by bank account, with those on no account as "None".
+  void srptAccountSummary(db::Recordset& Payments);
+  // One row per day with activity: fees, lab fees, invoice adjustments,
+  // payments, payment adjustments and the running receivable, from the
+  // receivable before `dtStart` to the one at `dtEnd`; then the adjustments
+  // by type and the period's totals under `Title`. `ProviderFilter` "" or
+  // "0" covers the whole practice.
+  void srptSummaryAnalysis(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                           int16_t Byoption, std::string Title, bool byAllocatedPayment);
+  // The receivable of the filter's people before `dtStart` (`Opening`) and
+  // at the end of `dtEnd` (`Closing`), on the same reading of payments as
+  // the summary's day rows. `Filters` holds the filter for the charges, for
+  // allocations and for payments taken in, already in SQL.
+  struct ReceivableFilters {
+    std::string charges;      // over the line's or invoice's person
+    std::string taken_in;     // over InvoicePayments.InitialProviderID
+  };
+  void srptOpeningReceivable(DateTime dtStart, DateTime dtEnd, const ReceivableFilters& Filters,
+                             bool byAllocatedPayment, Currency& Opening, Currency& Closing);
+  // Per person of the filter, the payments applied to their invoices in the
+  // period (by the day they were applied), with a grand total and a note.
+  void srptAppliedPayments(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                           int16_t Byoption);
+  // The applied payments as a document of their own; `Overseeing` groups by
+  // overseer instead of provider.
+  void rptIncomeByProvider(DateTime dtStartDate, DateTime dtEndDate, std::string strProviderFilter,
+                           bool Overseeing, std::string UserName);
+  // ---- Production ----
+  // Production figures of a period as one document, a section per flag in
+  // the fixed order by provider, by overseer, summary, by category, summary
+  // by code, by code. `byDate` 1 reads the treatment date, 0 the entry
+  // date, anything else no date at all. `ProviderNames` is a condition over
+  // "ProviderID" ("" or "0": everyone); an empty `Startcode` or `Endcode` is
+  // 00000 or 99999. Errors show the report's message box.
+  void rptProductionReports(bool ProductionByCode, bool ProductionByProvider,
+                            bool ProductionByOverseer, bool ProductionSummary,
+                            bool ProductionSummaryCode, bool ProductionByCategory, DateTime dtStart,
+                            DateTime dtEnd, int16_t byDate, std::string UserName,
+                            std::string ProviderNames, std::string Startcode, std::string Endcode);
+  // The sections, drawn into the running document. `ProviderFilter` is a
+  // condition over "ProviderID" ("" or "0": everyone); `byDate` as above.
+  void srptProductionByProvider(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                                std::string Startcode, std::string Endcode, int16_t byDate = 0);
+  void srptProductionByOverseer(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                                std::string Startcode, std::string Endcode, int16_t byDate = 0);
+  void srptProductionByCategory(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                                std::string Startcode, std::string Endcode, int16_t byDate = 0);
+  void srptProductionSummaryByCode(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                                   std::string Startcode, std::string Endcode, int16_t byDate = 0);
+  void srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                            std::string Startcode, std::string Endcode, int16_t byDate = 0);
+  // "Overall Total: " (or "Grand Total: ") with the production and lab
+  // totals; a total of a million or more takes the wider cell.
+  void PrintProductionTotals(Currency ProductionTotal, Currency LabTotal, bool Grand = false);
+  // Fee, lab, adjustments and write-offs per provider over the period.
+  // `ProviderFilter` is a condition over "ID" ("ID = 3 OR ID = 5"; "" or
+  // "0": every employee with figures). `Byoption` 0, 1, 2 take the
+  // invoice's provider, overseer or preferred doctor; 3, the by-date view,
+  // the provider on the treatment date instead of the entry date.
+  void srptProductionSummary(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                             int16_t Byoption = 0);
+  // The partners' summary: fees and payments per provider, the
+  // hygienists, and the new receivable per provider; starts its own
+  // document unless a run has one open.
+  void ProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std::string UserName);
+  // The same report under the name the partnership menu uses.
+  void rptPartnershipReport(DateTime dtStartDate, DateTime dtEndDate, std::string UserName);
+  // The payments of the period allocated to each provider's lines, added to
+  // the records' payment cells (RegPayment, LabPayment).
+  void srptProductSumPayments(DateTime dtStartDate, DateTime dtEndDate,
+                              std::vector<RepEmpData>& Providers);
+  // Billing and collections of the hygienists (`txtfilter` a condition on
+  // Employees, "" or "0": every hygienist) against the office's hygiene
+  // company codes, with opening and closing receivables.
+  void rptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd, std::string txtfilter,
+                               std::string UserName);
+  void srptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd, std::string txtfilter);
+
   // ---- Claim forms and insurance billing ----
   // The dental claim form of one invoice (Invoices.ID), English or French,
   // with the address of office `CurrentOfficeID`; printed at once.

@@ -280,6 +280,8 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
   while (!rs.Eof()) {
     vsp.FontBold(true);
     vsp.Text(cf.returnStr(rs["FullName"].Value()));
+    // The name introduces the patient's tables: never last on a page.
+    vsp.KeepWithNext();
     vsp.FontBold(false);
 
     std::string phones;

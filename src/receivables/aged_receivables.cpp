@@ -204,6 +204,8 @@ void clsReports::srptAccountReceivable(DateTime dtEndDate, int16_t Byoption,
             cell(over) + "|" + cell(post) + ";";
     vsp.AddTable("<1.2in|>0.7in|^1.4in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in", "||Debit|||||||",
                  "", kHeaderColor);
+    // The "Debit" band over the column heads stays with them.
+    vsp.KeepWithNext();
     vsp.AddTable("<1.2in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in",
                  "Patient|Balance|Patient|Insurance|Credit|0-30|31-60|61-90|> 90|Post Dates", body,
                  kHeaderColor);
@@ -331,6 +333,8 @@ void clsReports::rptAccountsReceivable(std::string Comments, std::string txtProv
   vsp.AddTable("<1.5in|>.5in|>1in|>1in|>1in|>1in|>1in|>1in",
                "Provider||Total|Current|31-60 Days|61-90 Days|> 91 Days|Incomplete", body,
                kHeaderColor);
+  // The grand totals never open a page alone: the last provider comes along.
+  vsp.KeepWithNext();
   vsp.AddTable(">2in|>1in|>1in|>1in|>1in|>1in|>1in", "",
                "Grand Totals|" + money(grand[0]) + "|" + money(grand[1]) + "|" + money(grand[2]) +
                    "|" + money(grand[3]) + "|" + money(grand[4]) + "|" + money(grand_incomplete) +

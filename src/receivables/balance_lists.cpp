@@ -3,6 +3,7 @@
 // with money not yet applied.
 #include <array>
 #include <functional>
+#include <vector>
 
 #include "accounts/account_model.h"
 #include "common/common_functions.h"
@@ -27,9 +28,9 @@ void TrapNumbered(host::HostServices& host, const char* title, const std::functi
   try {
     body();
   } catch (const ReportError& e) {
-    host.MsgBox(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly, title);
+    host.ShowFailure(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly, title);
   } catch (const std::exception& e) {
-    host.MsgBox(std::string("0: ") + e.what(), host::vbOKOnly, title);
+    host.ShowFailure(std::string("0: ") + e.what(), host::vbOKOnly, title);
   }
 }
 
@@ -169,6 +170,9 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
     };
 
     std::string body;
+    // Body rows kept on the page of the row after them.
+    std::vector<int> kept_rows;
+    int rows = 0;
     while (!patients.Eof()) {
       Row row{};
       std::array<Currency, 4> patient_part{};
@@ -232,9 +236,14 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
           patient_sum += patient_part[c];
           insurer_sum += insurer_part[c];
         }
+        ++rows;
         if (assigned && (!patient_sum.IsZero() || !insurer_sum.IsZero())) {
           body += obligation("Patient Obligation", money(row[1]) + "|" + money(row[2]), patient_part);
           body += obligation("Insurance Obligation", "|", insurer_part);
+          // The patient's row and its obligation rows stay on one page.
+          kept_rows.push_back(rows);
+          kept_rows.push_back(rows + 1);
+          rows += 2;
         }
         for (size_t i = 0; i < row.size(); ++i) office[i] += row[i];
         office_credit += net_credit;
@@ -259,16 +268,25 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
           "Days",
           body, kHeaderColor);
     }
+    for (const int r : kept_rows) vsp.TableCell(frame::tcKeepWithNext, r, 0) = true;
     vsp.EndTable();
 
+    // The notes are one closing block: it never opens a page without the
+    // Office Totals row, and its heading never ends one.
+    vsp.KeepWithNext();
     vsp.Text("");
     vsp.FontSize(10);
     vsp.FontBold(true);
     vsp.Text("Notes: ");
+    vsp.KeepWithNext();
     vsp.FontBold(false);
     vsp.Text("Balance = 0 Days + 30 Days + 60 Days + 90 Days");
+    vsp.KeepWithNext();
     vsp.Text("Post Dates and Interest Columns are for informational purposes only.");
-    if (NoCredits) vsp.Text("This report DOES NOT include credits.");
+    if (NoCredits) {
+      vsp.KeepWithNext();
+      vsp.Text("This report DOES NOT include credits.");
+    }
   });
 }
 
@@ -355,6 +373,8 @@ void clsReports::srptUnAppliedPayments(DateTime dtEndDate, std::string UserName,
     vsp.AddTable("<!2.5in|^.6in|<1.1in|^1.1in|>1.1in|>1.1in",
                  "Payee|Trans #|Provider|Date of Payment|Payment Total($)|Credit($)", body,
                  kHeaderColor);
+    // The total never opens a page alone: the last payment comes along.
+    vsp.KeepWithNext();
     vsp.Text("");
     vsp.Text("Total Unapplied Payments: " + Format(Variant(total), "Currency"));
   });

@@ -1,7 +1,9 @@
 // Lists of patients by their account: the account status with credits,
 // the families with a net balance, the patients with money on file, the
 // patients with treatment still to come, and each patient's billing.
+#include <algorithm>
 #include <array>
+#include <vector>
 
 #include "accounts/account_model.h"
 #include "common/common_functions.h"
@@ -113,6 +115,8 @@ void clsReports::rptPatientAccountStatus(std::string UserName, DateTime dtEndDat
   vsp.AddTable("<!~+2in|>+!~.9in|>+!~.9in|>+!~.9in|>+!~.9in|>+!~.9in|>+!~.9in|>+!~.9in",
                "Patient|Balance|Credit|Post Dates|0-30 Days|> 30 Days|> 60 Days|> 90 Days", body,
                kHeaderColor);
+  // The closing note never opens a page alone: the totals row comes along.
+  vsp.KeepWithNext();
   vsp.FontSize(10);
   vsp.Text("");
   vsp.Text(
@@ -161,9 +165,14 @@ void clsReports::rptFamiliesWithABalance(std::string UserName) {
   };
   Row office{};
   std::string body;
+  // Body rows of the account holders who have member rows under them: each
+  // is kept on the page of its first member.
+  std::vector<int> holder_rows;
+  int rows = 0;
   while (!holders.Eof()) {
     Row family{};
     std::string members;
+    int member_rows = 0;
     db::Recordset people = holders["FamilyMembers"].Chapter();
     while (!people.Eof()) {
       Row member{};
@@ -200,6 +209,7 @@ void clsReports::rptFamiliesWithABalance(std::string UserName) {
       // nothing with its zeros: the holder sees the whole family.
       members += "  " + frame::EscapeCell(cf.returnStr(people["FirstName"].Value())) +
                  cells(member) + ";";
+      ++member_rows;
       for (size_t i = 0; i < member.size(); ++i) family[i] += member[i];
       people.MoveNext();
     }
@@ -207,6 +217,8 @@ void clsReports::rptFamiliesWithABalance(std::string UserName) {
       body += frame::EscapeCell(cf.returnStr(holders["LastName"].Value()) + ", " +
                                 cf.returnStr(holders["FirstName"].Value())) +
               cells(family) + ";" + members;
+      if (member_rows > 0) holder_rows.push_back(rows + 1);
+      rows += 1 + member_rows;
       for (size_t i = 0; i < family.size(); ++i) office[i] += family[i];
     }
     RaiseProgress(holders);
@@ -214,9 +226,12 @@ void clsReports::rptFamiliesWithABalance(std::string UserName) {
     holders.MoveNext();
   }
   body += "Office Totals:  " + cells(office) + ";";
+  vsp.StartTable();
   vsp.AddTable(">2in|<1in|<1in|<1in|<2in",
                "Account Holder  |Total|Post Dates|Current|>30 Days (incl. >60 and >90)", body,
                kHeaderColor);
+  for (const int r : holder_rows) vsp.TableCell(frame::tcKeepWithNext, r, 0) = true;
+  vsp.EndTable();
   PrintPageFooters(kPrintedBy);
   vsp.EndDoc();
   Form().Show();
@@ -259,6 +274,8 @@ void clsReports::rptPatientswithACredit(std::string UserName) {
     vsp.Text("None on file.");
   } else {
     vsp.AddTable(kPatientContactFormat, kPatientContactHeader, body, kHeaderColor);
+    // The total never opens a page alone: the last patient comes along.
+    vsp.KeepWithNext();
   }
   vsp.Text("");
   vsp.Text("Total Credit On File: " + Format(Variant(total), "Currency"));
@@ -290,6 +307,9 @@ void clsReports::rptPatientswithOustandingTreatment(std::string UserName) {
     return frame::EscapeCell(cf.returnStr(r[f].Value()));
   };
   std::string body;
+  // The patients' name rows, each kept on the page of its first line.
+  std::vector<int> name_rows;
+  int rows = 0;
   while (!rs.Eof()) {
     const int32_t id = static_cast<int32_t>(cf.ReturnVal(rs["ID"].Value()));
     const std::string key = std::to_string(id);
@@ -333,6 +353,8 @@ void clsReports::rptPatientswithOustandingTreatment(std::string UserName) {
           "|Credit($): " + Format(Variant(accounts.ReturnAccountCredit(id, false, 0)), "Currency") +
           "|Balance($): " + Format(accounts.ReturnOldBalance(id, true, 0, Variant(0)), "Currency") +
           ";" + lines;
+      name_rows.push_back(rows + 1);
+      rows += 1 + int(std::count(lines.begin(), lines.end(), ';'));
     }
     RaiseProgress(rs);
     Host().DoEvents();
@@ -341,6 +363,7 @@ void clsReports::rptPatientswithOustandingTreatment(std::string UserName) {
   vsp.StartTable();
   vsp.AddTable("<4.5in|>2in|>2in", "", body);
   vsp.TableCell(frame::tcRepeatHeader) = true;
+  for (const int r : name_rows) vsp.TableCell(frame::tcKeepWithNext, r, 0) = true;
   vsp.EndTable();
   PrintPageFooters(kPrintedBy);
   vsp.EndDoc();
@@ -387,6 +410,8 @@ void clsReports::rptBillingByClient(std::string UserName, std::string txtfilter,
                                      cf.returnStr(patients["LastName"].Value())) +
                        "|;",
                    std::nullopt, kHeaderColor);
+      // The name bar introduces the patient's invoice lines.
+      vsp.KeepWithNext();
       std::string body;
       while (!bills.Eof()) {
         db::Recordset lines = bills["PatientInvoiceDetails"].Chapter();

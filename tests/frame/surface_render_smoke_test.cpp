@@ -10,6 +10,8 @@
 #include "frame/surface/surface.h"
 #include "platform/render/renderer.h"
 
+#include <cairo.h>
+
 namespace orv::frame {
 namespace {
 
@@ -107,6 +109,86 @@ TEST(SurfaceRenderSmoke, PdfReadsBackInReadingOrderAndPngMatches) {
   if (!std::getenv("ORVENDA_RENDER_OUT")) {
     fs::remove(pdf);
     fs::remove(png);
+  }
+}
+
+// Text as the renderers set it: each glyph where the layout measured it, in
+// the regular and the bold face, and bold darker than regular on paper with
+// the blanks between its words still blank.
+TEST(SurfaceRenderSmoke, GlyphsLandWhereTheLayoutMeasuredThem) {
+  PrintSurface s;
+  s.FontName("Tahoma");
+  s.FontSize(10);
+  s.StartDoc();
+  const std::string line = "Printed On: Nov/20/2026 By: desk";
+  const Twips line_height = s.TextHeight("X");
+  s.Text(line);
+  s.FontBold(true);
+  s.Text(line);
+  s.FontSize(20);
+  s.Text("Am\xC3\xA9lie $37,558.62");
+  const auto& doc = s.Document();
+  const auto& runs = doc.pages[0].items;
+  ASSERT_EQ(runs.size(), 3u);
+  for (const auto& item : runs) {
+    const auto& run = std::get<render::TextRun>(item);
+    const auto edges = render::GlyphEdges(doc, run);
+    ASSERT_FALSE(edges.empty());
+    EXPECT_NEAR(edges.front(), run.x.points(), 1e-6) << run.text;
+    EXPECT_NEAR(edges.back(), (run.x + run.width).points(), 0.01) << run.text;
+    // Every glyph starts where the layout's measure of the text before it ends.
+    auto m = FontLibrary::Resolve("Tahoma", doc.fonts[run.font].bold, false).metrics;
+    size_t i = 0, g = 0;
+    while (i < run.text.size() && g < edges.size()) {
+      EXPECT_NEAR(edges[g], (run.x + m->Width(run.text.substr(0, i), run.size_pt)).points(), 0.01)
+          << run.text << " glyph " << g;
+      NextCodePoint(run.text, i);
+      ++g;
+    }
+  }
+
+  // On PNGs at the host's 96 dpi and at 300 dpi: the text is drawn from the
+  // outlines, smoothed (a font's screen bitmaps are black and white and
+  // drop strokes), the middle of each blank between words is blank, and the
+  // bold line holds clearly more ink than the regular one.
+  for (const double dpi : {96.0, 300.0}) {
+    const std::string png = OutPath("glyphs.png");
+    render::RenderPng(doc, 1, dpi, png);
+    cairo_surface_t* img = cairo_image_surface_create_from_png(png.c_str());
+    ASSERT_EQ(cairo_surface_status(img), CAIRO_STATUS_SUCCESS);
+    const int stride = cairo_image_surface_get_stride(img);
+    const unsigned char* data = cairo_image_surface_get_data(img);
+    auto green = [&](int x, int y) {
+      return (*reinterpret_cast<const uint32_t*>(data + y * stride + x * 4) >> 8) & 0xFF;
+    };
+    auto px = [&](Twips t) { return int(t.inches() * dpi); };
+    long ink[2] = {0, 0}, grey = 0;
+    for (int k = 0; k < 2; ++k) {
+      const auto& run = std::get<render::TextRun>(runs[size_t(k)]);
+      const int top = px(run.top), bottom = px(run.top + line_height);
+      for (int y = top; y < bottom; ++y) {
+        for (int x = px(run.x); x < px(run.x + run.width); ++x) {
+          const unsigned g = green(x, y);
+          ink[k] += 255 - g;
+          grey += g > 40 && g < 215;
+        }
+      }
+      const auto edges = render::GlyphEdges(doc, run);
+      for (size_t at = 0, g = 0; at < run.text.size(); ++g) {
+        const bool blank = run.text[at] == ' ';
+        NextCodePoint(run.text, at);
+        if (!blank) continue;
+        const int mid = int((edges[g] + edges[g + 1]) / 2 / 72 * dpi);
+        long column_ink = 0;
+        for (int y = top; y < bottom; ++y) column_ink += 255 - green(mid, y);
+        EXPECT_LT(column_ink, 255) << dpi << " dpi, " << (k ? "bold" : "regular")
+                                   << ": the blank before glyph " << g + 1 << " is inked";
+      }
+    }
+    EXPECT_GT(grey, 100) << dpi << " dpi: smoothed outlines";
+    EXPECT_GT(double(ink[1]), 1.25 * double(ink[0])) << dpi << " dpi: bold is darker";
+    cairo_surface_destroy(img);
+    if (!std::getenv("ORVENDA_RENDER_OUT")) fs::remove(png);
   }
 }
 

@@ -98,6 +98,7 @@ TEST(TableLayout, PlaceRows) {
     double start;
     std::vector<std::pair<int, double>> want;     // page and y of every row
     std::vector<std::pair<int, double>> repeats;  // header block again
+    std::vector<bool> keep = {};                  // rows kept with the next
   } cases[] = {
       {"fits on the page", 3, 0, true, 1000, {{0, 1000}, {0, 1100}, {0, 1200}}, {}},
       {"breaks when the next row would pass the bottom",
@@ -123,11 +124,28 @@ TEST(TableLayout, PlaceRows) {
        {}},
       {"header never alone at the foot", 3, 1, true, 1300, {{1, 1000}, {1, 1100}, {1, 1200}}, {}},
       {"starts low: first row moves", 2, 0, true, 1400, {{1, 1000}, {1, 1100}}, {}},
+      {"a group row at the foot moves with its first member", 4, 0, true, 1100,
+       {{0, 1100}, {0, 1200}, {1, 1000}, {1, 1100}}, {}, {false, false, true, false}},
+      {"the row before the totals goes with them", 5, 0, true, 1000,
+       {{0, 1000}, {0, 1100}, {0, 1200}, {1, 1000}, {1, 1100}}, {},
+       {false, false, false, true, false}},
+      {"a chain of kept rows moves whole", 5, 0, true, 1000,
+       {{0, 1000}, {1, 1000}, {1, 1100}, {1, 1200}, {1, 1300}}, {},
+       {false, true, true, true, false}},
+      {"a chain that fills its page from the top stays", 6, 0, true, 1000,
+       {{0, 1000}, {0, 1100}, {0, 1200}, {0, 1300}, {1, 1000}, {1, 1100}}, {},
+       {true, true, true, true, false, false}},
+      {"a chain that reaches the header takes the header along", 3, 1, true, 1200,
+       {{1, 1000}, {1, 1100}, {1, 1200}}, {}, {false, true, false}},
+      {"a kept row after a break comes under the repeated header", 6, 1, true, 1000,
+       {{0, 1000}, {0, 1100}, {0, 1200}, {1, 1100}, {1, 1200}, {1, 1300}}, {{1, 1000}},
+       {false, false, false, true, false, false}},
   };
   for (const auto& c : cases) {
     PlacementRules rules;
     rules.header_rows = c.header_rows;
     rules.repeat_header = c.repeat;
+    rules.keep_with_next = c.keep;
     const auto p = PlaceRows(std::vector<Twips>(c.rows, Twips(100)), rules, Twips(c.start),
                              Twips(1000), Twips(1450));
     std::vector<std::pair<int, double>> got, reps;
@@ -269,21 +287,21 @@ TEST(SurfaceTable, BuiltCellByCellWithSpans) {
   s.StartTable();
   s.TableCell(tcCols) = 4;
   s.TableCell(tcRows) = 2;
-  for (int c = 1; c <= 4; ++c) s.TableCell(tcColWidth, -1, c) = "1.75in";
+  for (int c = 1; c <= 4; ++c) s.TableCell(tcColWidth, -1, c) = "1.5in";
   s.TableCell(tcText, 1, 1) = "Date: Nov/23/2026";
   s.TableCell(tcText, 1, 3) = 12.5;
-  s.TableCell(tcText, 2, 1) = "Patient: a name long enough to need both columns";
+  s.TableCell(tcText, 2, 1) = "Patient: a name wider than one column";
   s.TableCell(tcColSpan, 2, 1) = 2;
   s.TableCell(tcText, 2, 2) = "hidden under the span";
   s.TableCell(tcText, 2, 3) = "Phone: 555-0100";
-  EXPECT_EQ(s.TableCell(tcColWidth, -1, 2).Number(), 2520);
+  EXPECT_EQ(s.TableCell(tcColWidth, -1, 2).Number(), 2160);
   s.EndTable();
   const auto& page = s.Document().pages[0];
   const auto texts = Texts(page);
   EXPECT_EQ(std::count(texts.begin(), texts.end(), "hidden under the span"), 0);
-  EXPECT_EQ(RunOf(page, "12.5").x, s.MarginLeft() + Twips(2 * 2520) + PrintSurface::kCellPadX);
-  const auto patient = RunOf(page, "Patient: a name long enough to need both columns");
-  EXPECT_GT(patient.width, Twips(2520)) << "one line across the two spanned columns";
+  EXPECT_EQ(RunOf(page, "12.5").x, s.MarginLeft() + Twips(2 * 2160) + PrintSurface::kCellPadX);
+  const auto patient = RunOf(page, "Patient: a name wider than one column");
+  EXPECT_GT(patient.width, Twips(2160)) << "one line across the two spanned columns";
   EXPECT_EQ(RunOf(page, "Phone: 555-0100").top, patient.top);
 }
 

@@ -300,7 +300,19 @@ namespace {
 
 using ComponentServices = ReportTest;
 
+TEST_F(ComponentServices, ReturnConnectionReusesTheRunsConnection) {
+  // With the host's connection let, the second connection is that one, so
+  // a report reads one snapshot, even with no database in the settings.
+  int32_t location = 3;
+  db::Connection same = reports.ReturnConnection(location);
+  db::Recordset patients;
+  patients.Open("SELECT COUNT(*) AS N FROM Patient", same);
+  EXPECT_GT(CLng(patients["N"].Value()), 0);
+}
+
 TEST_F(ComponentServices, ReturnConnectionOpensTheDatabaseOfTheSettings) {
+  // A component without a connection opens the one the settings name.
+  clsReports reports;
   int32_t location = 3;
   // Nothing set up: a clear error rather than a connection to nowhere.
   EXPECT_THROW(reports.ReturnConnection(location), ReportError);

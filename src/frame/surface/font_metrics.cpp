@@ -83,7 +83,8 @@ std::vector<uint16_t> ReadFormat12(const Reader& r, size_t sub) {
 
 }  // namespace
 
-std::shared_ptr<const FontMetrics> FontMetrics::Load(const std::string& path) {
+std::shared_ptr<const FontMetrics> FontMetrics::Load(const std::string& path,
+                                                     bool synthetic_bold) {
   std::ifstream in(path, std::ios::binary);
   if (!in) throw SurfaceError("Font file not found: " + path);
   std::vector<uint8_t> data((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
@@ -138,9 +139,16 @@ std::shared_ptr<const FontMetrics> FontMetrics::Load(const std::string& path) {
   auto advance_of = [&](uint32_t glyph) {
     return r.U16(hmtx + 4 * size_t(glyph < uint32_t(metrics) ? glyph : metrics - 1));
   };
-  m->missing_advance_ = advance_of(0);
+  // FreeType's emboldening strength: the em over 24, added to every advance
+  // that is not zero (combining marks stay where they are).
+  const uint32_t extra = synthetic_bold ? uint32_t(m->units_per_em_) : 0;
+  auto advance = [&](uint32_t glyph) {
+    const uint32_t a = advance_of(glyph);
+    return a == 0 ? 0 : a * kSubUnits + extra;
+  };
+  m->missing_advance_ = advance(0);
   m->advances_.resize(0x10000);
-  for (uint32_t c = 0; c < 0x10000; ++c) m->advances_[c] = advance_of(glyphs[c]);
+  for (uint32_t c = 0; c < 0x10000; ++c) m->advances_[c] = advance(glyphs[c]);
   return m;
 }
 
@@ -196,7 +204,7 @@ constexpr const char* kDejaVu = "/usr/share/fonts/truetype/dejavu/";
 // Files absent from a package stay empty and the style is made synthetically
 // from the regular (or bold) file.
 const Family kFamilies[] = {
-    {"tahoma", "tahoma.ttf", "tahomabd.ttf", "", ""},
+    {"tahoma", "tahoma.ttf", "", "", ""},
     {"arial narrow", "LiberationSansNarrow-Regular.ttf", "LiberationSansNarrow-Bold.ttf",
      "LiberationSansNarrow-Italic.ttf", "LiberationSansNarrow-BoldItalic.ttf"},
     {"arial", "LiberationSans-Regular.ttf", "LiberationSans-Bold.ttf", "LiberationSans-Italic.ttf",
@@ -257,7 +265,7 @@ ResolvedFont FontLibrary::Resolve(std::string_view family, bool bold, bool itali
     out.face.synthetic_italic = italic;
   }
   out.face.file = std::string(dir) + file;
-  out.metrics = FontMetrics::Load(out.face.file);
+  out.metrics = FontMetrics::Load(out.face.file, out.face.synthetic_bold);
   cache.emplace(std::tuple{key, bold, italic}, out);
   return out;
 }

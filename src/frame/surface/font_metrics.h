@@ -23,7 +23,12 @@ namespace orv::frame {
 class FontMetrics {
  public:
   // Reads the file; throws SurfaceError when it is missing or not TrueType.
-  static std::shared_ptr<const FontMetrics> Load(const std::string& path);
+  // With `synthetic_bold` the metrics are those of the file's shapes made
+  // bold by the renderer (FreeType's emboldening): each glyph with an
+  // advance takes a 24th of an em more, the width the stroke grows by, so
+  // emboldened text keeps the spacing of the regular.
+  static std::shared_ptr<const FontMetrics> Load(const std::string& path,
+                                                 bool synthetic_bold = false);
 
   int units_per_em() const { return units_per_em_; }
   // Ascent and descent as the host platform measures a line: the font's
@@ -31,13 +36,21 @@ class FontMetrics {
   int ascent() const { return ascent_; }
   int descent() const { return descent_; }
 
-  // Advance of one character in font units; characters the font lacks take
-  // the advance of its missing-glyph shape.
-  int Advance(char32_t c) const { return c < advances_.size() ? advances_[c] : missing_advance_; }
-  // Sum of the advances of a UTF-8 string, in font units.
+  // Advances are kept in 24ths of a font unit, so that the emboldening width
+  // of a 24th of an em adds up exactly.
+  static constexpr int kSubUnits = 24;
+  // Advance of one character in 24ths of a font unit; characters the font
+  // lacks take the advance of its missing-glyph shape.
+  uint32_t Advance(char32_t c) const {
+    return c < advances_.size() ? advances_[c] : missing_advance_;
+  }
+  // Sum of the advances of a UTF-8 string, in 24ths of a font unit.
   int64_t Units(std::string_view utf8) const;
 
-  Twips Width(std::string_view utf8, double size_pt) const { return Scale(Units(utf8), size_pt); }
+  Twips Width(std::string_view utf8, double size_pt) const {
+    return Twips(double(Units(utf8)) * size_pt * Twips::kPerPoint /
+                 (double(units_per_em_) * kSubUnits));
+  }
   Twips Scale(int64_t units, double size_pt) const {
     return Twips(double(units) * size_pt * Twips::kPerPoint / units_per_em_);
   }
@@ -48,8 +61,8 @@ class FontMetrics {
   int units_per_em_ = 2048;
   int ascent_ = 0;
   int descent_ = 0;
-  uint16_t missing_advance_ = 0;
-  std::vector<uint16_t> advances_;  // indexed by code point, 0..0xFFFF
+  uint32_t missing_advance_ = 0;
+  std::vector<uint32_t> advances_;  // indexed by code point, 0..0xFFFF
 };
 
 // A font as the reports name it, resolved to a file and its metrics.
@@ -60,7 +73,10 @@ struct ResolvedFont {
 
 // Maps family names to the free, metric-compatible fonts installed with the
 // project's font packages:
-//   "Tahoma"        -> Tahoma of fonts-wine (regular and bold files)
+//   "Tahoma"        -> Tahoma of fonts-wine (the regular file, emboldened for
+//                      bold: the package's bold file draws regular-weight
+//                      shapes on bold advances, which prints light and
+//                      letter-spaced)
 //   "Arial Narrow"  -> Liberation Sans Narrow of fonts-liberation
 //   "Arial"         -> Liberation Sans
 //   anything else   -> DejaVu Sans of fonts-dejavu-core

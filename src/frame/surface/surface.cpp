@@ -35,6 +35,9 @@ void PrintSurface::OpenPage() {
 }
 
 void PrintSurface::StartDoc() {
+  last_unit_ = Mark();
+  keep_.reset();
+  answered_.reset();
   doc_.pages.clear();
   doc_.fonts.clear();
   fonts_.clear();
@@ -56,6 +59,9 @@ void PrintSurface::EndDoc() {
 }
 
 void PrintSurface::KillDoc() {
+  last_unit_ = Mark();
+  keep_.reset();
+  answered_.reset();
   doc_.pages.clear();
   doc_.fonts.clear();
   fonts_.clear();
@@ -81,6 +87,9 @@ void PrintSurface::Action(int code) {
 void PrintSurface::NewPage() {
   RequireOpen("NewPage");
   RequireNoTableUnderConstruction("NewPage");
+  // A page the report breaks itself ends every chain: its own rule stands.
+  keep_.reset();
+  answered_.reset();
   OpenPage();
   x_ = margin_left_;
   y_ = margin_top_;
@@ -121,6 +130,83 @@ void PrintSurface::EndOverlay() {
   table_.reset();
   page_ = overlay_return_page_;
   state_ = State::kEnded;
+}
+
+// ---------------------------------------------------------------------------
+// Keeping things together
+
+void PrintSurface::KeepWithNext() {
+  if (last_unit_.page < 0) return;  // nothing written yet
+  // The chain the last unit went with still stands on that unit's page, so
+  // the new mark extends it; otherwise the mark starts at the last unit.
+  keep_ = answered_ && answered_->page == last_unit_.page ? *answered_ : last_unit_;
+}
+
+PrintSurface::Mark PrintSurface::BeginUnit(Twips need) {
+  if (keep_ && state_ == State::kOpen && columns_ == 1 && keep_->page == page_ &&
+      y_ + need > PageBottom()) {
+    // The chain moves only if something stays above it and it fits on a
+    // page with the unit's first line or rows.
+    const Twips chain = y_ - keep_->top;
+    if (keep_->top > PageTop() && chain + need <= PageBottom() - PageTop()) CarryToNewPage(*keep_);
+  }
+  return Here();
+}
+
+void PrintSurface::EndUnit(const Mark& last, bool blank) {
+  // A blank paragraph is spacing: a chain waiting for the next unit still
+  // waits, and a mark set after it still refers to what came before it.
+  if (blank) return;
+  last_unit_ = last;
+  answered_ = keep_;
+  keep_.reset();
+}
+
+void PrintSurface::CarryToNewPage(const Mark& from) {
+  const int old_page = page_;
+  auto& old_items = doc_.pages[old_page].items;
+  std::vector<render::DisplayItem> kept(old_items.begin(), old_items.begin() + from.item);
+  std::vector<render::DisplayItem> moved;
+  // Whatever was drawn from the mark on and starts above it (the lines of a
+  // table whose last row moves) stays; a vertical line that crosses the
+  // mark is cut there and its lower part moves.
+  for (size_t i = from.item; i < old_items.size(); ++i) {
+    render::DisplayItem& item = old_items[i];
+    auto* line = std::get_if<render::Line>(&item);
+    if (line && line->x1 == line->x2 && std::min(line->y1, line->y2) < from.top &&
+        std::max(line->y1, line->y2) > from.top) {
+      render::Line upper = *line, lower = *line;
+      upper.y1 = std::min(line->y1, line->y2);
+      upper.y2 = from.top;
+      lower.y1 = from.top;
+      lower.y2 = std::max(line->y1, line->y2);
+      kept.emplace_back(upper);
+      moved.emplace_back(lower);
+    } else if (render::TopOf(item) >= from.top) {
+      moved.push_back(std::move(item));
+    } else {
+      kept.push_back(std::move(item));
+    }
+  }
+  const render::Line edge{from.left, from.top, from.right, from.top, Twips(10), {0, 0, 0}, false};
+  // A table row that leaves closes its table above it and opens it below.
+  if (from.table_row && (from.box || from.rules)) kept.emplace_back(edge);
+  old_items = std::move(kept);
+
+  const Twips dy = PageTop() - from.top;
+  OpenPage();
+  for (auto& item : moved) render::Shift(item, dy);
+  if (from.table_row && from.box) {
+    render::Line top = edge;
+    top.y1 = top.y2 = PageTop();
+    moved.emplace_back(top);
+  }
+  CurrentPageRef().items = std::move(moved);
+  y_ += dy;
+  keep_ = from;
+  keep_->page = page_;
+  keep_->item = 0;
+  keep_->top = PageTop();
 }
 
 // ---------------------------------------------------------------------------
@@ -230,8 +316,8 @@ MeasureFn PrintSurface::Measurer(const FontMetrics* m, double size) const {
 
 void PrintSurface::EmitLine(const TextLine& line, Twips x, Twips top, const FontHandle& f,
                             double size, render::Rgb color,
-                            const std::optional<render::Box>& clip) {
-  const Twips baseline = top + f.metrics->Ascent(size);
+                            const std::optional<render::Box>& clip, double line_size) {
+  const Twips baseline = top + f.metrics->Ascent(line_size > size ? line_size : size);
   auto& items = CurrentPageRef().items;
   for (const auto& seg : line.segments) {
     if (seg.text.find_first_not_of(' ') == std::string::npos) continue;  // blanks paint nothing
@@ -250,54 +336,90 @@ void PrintSurface::EmitLine(const TextLine& line, Twips x, Twips top, const Font
   }
 }
 
-void PrintSurface::Text(std::string_view text) {
+namespace {
+
+// The text as the fonts hold it: composed accents. Plain ASCII, the common
+// case, is passed through without a copy.
+std::string_view Composed(std::string_view text, std::string& holder) {
+  if (IsPlainAscii(text)) return text;
+  holder = ComposeText(text);
+  return holder;
+}
+
+}  // namespace
+
+void PrintSurface::Text(std::string_view raw) {
   RequireDrawable("Text");
   RequireNoTableUnderConstruction("Text");
+  std::string holder;
+  const std::string_view text = Composed(raw, holder);
   const FontHandle f = CurrentFont();
-  const double size = style_.size;
-  const Twips lh = f.metrics->LineHeight(size);
+  const Twips lh = f.metrics->LineHeight(style_.size);
   // Offsets from the column's left edge, so that a paragraph that runs into
   // the next newspaper column keeps its shape there.
   const Twips column_width = ColumnRight() - ColumnLeft();
   const Twips left_off = indent_left_;
   const Twips first_off = x_ + indent_first_ - ColumnLeft();
   const Twips next_off = indent_left_ + indent_hanging_;
+  const Twips first_room = column_width - first_off, next_room = column_width - next_off;
+  double size = style_.size;
+  auto lines = BreakLines(text, Measurer(f.metrics, size), first_room, next_room);
+  // A word wider than the whole line is set smaller, the paragraph with it,
+  // so that it stays whole and inside the margins.
+  double fitted = size;
+  for (size_t i = 0; i < lines.size(); ++i)
+    fitted = std::min(fitted, FitSize(size, lines[i].width, i == 0 ? first_room : next_room));
+  if (fitted < size) {
+    size = fitted;
+    lines = BreakLines(text, Measurer(f.metrics, size), first_room, next_room);
+  }
   const MeasureFn measure = Measurer(f.metrics, size);
-  const auto lines = BreakLines(text, measure, column_width - first_off, column_width - next_off);
   const render::Rgb color = ToRgb(style_.color);
   const int h = ((align_ % 4) + 4) % 4;
+  const bool blank = text.find_first_not_of(" \r\n") == std::string_view::npos;
 
+  Mark last_line = BeginUnit(lh);
   for (size_t i = 0; i < lines.size(); ++i) {
     // A line that would pass the bottom margin goes to the next column or
     // page; an overlay has no next page and writes where it is told.
     if (state_ == State::kOpen && y_ + lh > PageBottom() && y_ > PageTop()) NewColumn();
+    if (i == 0) last_line = Here();
     const Twips col = ColumnLeft();
     // Left and justified lines start at the pen (first line) or the indent;
     // centred and right-aligned lines sit in the band between the indent and
     // the right margin.
-    const Twips start = col + (h == 0 || h == 3 ? (i == 0 ? first_off : next_off) : left_off);
-    const Twips band = col + column_width - start;
+    const Twips start_x = col + (h == 0 || h == 3 ? (i == 0 ? first_off : next_off) : left_off);
+    const Twips band = col + column_width - start_x;
     if (h == 3) {
-      EmitLine(Justify(lines[i], measure, band), start, y_, f, size, color, std::nullopt);
+      EmitLine(Justify(lines[i], measure, band), start_x, y_, f, size, color, std::nullopt,
+               style_.size);
     } else {
-      EmitLine(lines[i], start + AlignOffset(h, band, lines[i].width), y_, f, size, color,
-               std::nullopt);
+      EmitLine(lines[i], start_x + AlignOffset(h, band, lines[i].width), y_, f, size, color,
+               std::nullopt, style_.size);
     }
     y_ += lh;
   }
+  // The paragraph is one unit: a heading of several lines moves whole.
+  EndUnit(last_line, blank);
   x_ = ColumnLeft() + indent_left_;
 }
 
-void PrintSurface::InlineText(std::string_view text) {
+void PrintSurface::InlineText(std::string_view raw) {
   RequireDrawable("InlineText");
   RequireNoTableUnderConstruction("InlineText");
+  std::string holder;
+  const std::string_view text = Composed(raw, holder);
   const FontHandle f = CurrentFont();
-  const double size = style_.size;
-  const Twips lh = f.metrics->LineHeight(size);
+  const Twips lh = f.metrics->LineHeight(style_.size);
   const Twips left = ColumnLeft() + indent_left_, right = ColumnRight();
-  const auto lines = BreakLines(text, Measurer(f.metrics, size), Twips(0), Twips(0), false);
   const render::Rgb color = ToRgb(style_.color);
   const int h = ((align_ % 4) + 4) % 4;
+  // The first piece on a line starts a unit a heading mark can refer to; the
+  // pieces after it join that line.
+  if (last_unit_.page != page_ || last_unit_.top != y_)
+    last_unit_ = Here();
+  const auto lines = BreakLines(text, Measurer(f.metrics, style_.size), Twips(0), Twips(0), false);
+  const Twips paper_right = PageWidth() - kPaperInset;
   for (size_t i = 0; i < lines.size(); ++i) {
     if (i > 0) {
       y_ += lh;
@@ -307,25 +429,46 @@ void PrintSurface::InlineText(std::string_view text) {
     // which is how a footer puts three items on one line.
     Twips x = x_;
     if (h == 1 || h == 2) x = left + AlignOffset(h, right - left, lines[i].width);
-    EmitLine(lines[i], x, y_, f, size, color, std::nullopt);
-    x_ = x + lines[i].width;
+    // A piece that would run off the paper is set smaller to end inside it,
+    // and if it is still too long at the smallest legible size, moved left.
+    double size = style_.size;
+    TextLine line = lines[i];
+    if (x + line.width > paper_right) {
+      size = FitSize(size, line.width, std::max(paper_right - x, Twips(0)));
+      // Without wrapping the lines are the same at any size.
+      line = BreakLines(text, Measurer(f.metrics, size), Twips(0), Twips(0), false)[i];
+      if (x + line.width > paper_right) x = std::max(kPaperInset, paper_right - line.width);
+    }
+    EmitLine(line, x, y_, f, size, color, std::nullopt, style_.size);
+    x_ = x + line.width;
   }
 }
 
-void PrintSurface::TextBox(std::string_view text, Length x, Length y, Length width, Length height,
+void PrintSurface::TextBox(std::string_view raw, Length x, Length y, Length width, Length height,
                            bool /*flag: always false in the reports, no effect*/) {
   RequireDrawable("TextBox");
   RequireNoTableUnderConstruction("TextBox");
+  std::string holder;
+  const std::string_view text = Composed(raw, holder);
   const FontHandle f = CurrentFont();
-  const double size = style_.size;
-  const Twips lh = f.metrics->LineHeight(size);
+  const Twips lh = f.metrics->LineHeight(style_.size);
+  // A box that runs off the paper is cut at the band a printer leaves
+  // blank, so its text wraps and aligns inside the paper.
+  render::Box box{x, y, width, height};
+  const Twips paper_right = PageWidth() - kPaperInset;
+  if (box.x + box.width > paper_right && box.x < paper_right) box.width = paper_right - box.x;
+  double size = style_.size;
+  auto lines = BreakLines(text, Measurer(f.metrics, size), box.width, box.width);
+  // A word wider than the box is set smaller to stay whole in it.
+  if (const double fitted = FitSize(size, WidestLine(lines), box.width); fitted < size) {
+    size = fitted;
+    lines = BreakLines(text, Measurer(f.metrics, size), box.width, box.width);
+  }
   const MeasureFn measure = Measurer(f.metrics, size);
-  const render::Box box{x, y, width, height};
-  const auto lines = BreakLines(text, measure, box.width, box.width);
   const Twips block = lh * double(lines.size());
   const Twips top = box.y + VerticalOffset(align_, box.height, block);
   bool overruns = block > box.height;
-  for (const auto& l : lines) overruns = overruns || l.width > box.width;
+  for (const auto& l : lines) overruns = overruns || l.width > box.width + Twips(0.5);
   const std::optional<render::Box> clip = overruns ? std::optional(box) : std::nullopt;
   const render::Rgb color = ToRgb(style_.color);
   const int h = ((align_ % 4) + 4) % 4;
@@ -334,15 +477,18 @@ void PrintSurface::TextBox(std::string_view text, Length x, Length y, Length wid
     // Lines wholly outside the box are cut off here; the clip does the rest.
     if (line_top + lh <= box.y || line_top >= box.y + box.height) continue;
     if (h == 3) {
-      EmitLine(Justify(lines[i], measure, box.width), box.x, line_top, f, size, color, clip);
+      EmitLine(Justify(lines[i], measure, box.width), box.x, line_top, f, size, color, clip,
+               style_.size);
     } else {
       EmitLine(lines[i], box.x + AlignOffset(h, box.width, lines[i].width), line_top, f, size,
-               color, clip);
+               color, clip, style_.size);
     }
   }
 }
 
-Twips PrintSurface::TextWidth(std::string_view text) {
+Twips PrintSurface::TextWidth(std::string_view raw) {
+  std::string holder;
+  const std::string_view text = Composed(raw, holder);
   const FontHandle f = CurrentFont();
   Twips widest;
   for (const auto& l :

@@ -172,6 +172,27 @@ class PrintSurface {
   Twips MeasuredTableHeight() const { return measured_height_; }
   void TableHeaderRows(int n);
 
+  // --- Keeping things together ---
+  // Keeps what was just written on the page of the first line or row of what
+  // is written next. "What was just written" is the last paragraph of
+  // `Text`, or the last row of the last table; a report calls it after a
+  // heading, a group's name line or the last row before a closing note, and
+  // the surface moves that to the next page rather than leave it alone at a
+  // page's foot. Marks chain: a heading marked after a heading marked keeps
+  // both with what follows. Blank paragraphs are spacing: they stay in a
+  // chain, and a mark set after one refers to what was written before it.
+  // When the next thing is a table that runs onto further pages, a heading
+  // kept with it is repeated above its header there. `NewPage` drops the
+  // mark; where a whole chain would not fit on one page it stays where it is.
+  // Rows inside one table keep together by `tcKeepWithNext`; the surface
+  // itself keeps a table's header with its first body row and its last body
+  // row (the totals) with the row before it.
+  void KeepWithNext();
+
+  // Where free text may reach: a printer leaves this band at the paper's
+  // edges blank, so text placed by position is kept this far inside.
+  static constexpr Twips kPaperInset = Twips(360);
+
   // Space between a cell's edge and its text.
   static constexpr Twips kCellPadX = Twips(60);
   static constexpr Twips kCellPadY = Twips(15);
@@ -197,9 +218,44 @@ class PrintSurface {
   FontHandle Font(const std::string& family, bool bold, bool italic);
   FontHandle CurrentFont() { return Font(style_.family, style_.bold, style_.italic); }
   MeasureFn Measurer(const FontMetrics* m, double size) const;
+  // Text set smaller than its line (`size` below `line_size`) sits on the
+  // line's baseline, so a row or a line still reads as one.
   void EmitLine(const TextLine& line, Twips x, Twips top, const FontHandle& f, double size,
-                render::Rgb color, const std::optional<render::Box>& clip);
+                render::Rgb color, const std::optional<render::Box>& clip,
+                double line_size = 0);
   void LayOutTable(Table& table, bool draw);
+
+  // Where a paragraph, a table row or a chain of them starts: its page, the
+  // index of its first display item there, and its top. For a table row,
+  // the table's edges and whether it draws a box or lines between rows, so
+  // that a move closes the table where the row leaves it and opens it again
+  // on the new page.
+  struct Mark {
+    int page = -1;
+    size_t item = 0;
+    Twips top;
+    bool table_row = false;
+    Twips left, right;
+    bool box = false, rules = false;
+  };
+  // A mark at the pen, on the current page after what it already holds.
+  Mark Here() {
+    Mark m;
+    m.page = page_;
+    m.item = CurrentPageRef().items.size();
+    m.top = y_;
+    return m;
+  }
+  // The start of a paragraph or table: moves the marked chain that waits for
+  // it to a new page when `need` (its first line or rows) does not fit under
+  // it. Returns where the unit starts.
+  Mark BeginUnit(Twips need);
+  // The end of a paragraph or table whose last line or row starts at `last`;
+  // a blank paragraph changes nothing.
+  void EndUnit(const Mark& last, bool blank);
+  // Moves what was drawn on the current page from `from` on, at or below its
+  // top, to the top of a new page.
+  void CarryToNewPage(const Mark& from);
 
   PrintHost* host_ = nullptr;
   render::Document doc_;
@@ -229,6 +285,10 @@ class PrintSurface {
   uint32_t pen_color_ = 0;
   render::Box picture_box_;
   Twips picture_right_, picture_bottom_;
+
+  Mark last_unit_;                // the last paragraph or table row written
+  std::optional<Mark> keep_;      // a chain waiting for the next unit
+  std::optional<Mark> answered_;  // the chain the last unit went with
 
   int table_border_ = 0;
   int header_rows_ = 1;

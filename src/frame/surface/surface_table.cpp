@@ -144,9 +144,31 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     }
   }
 
+  // 0. Across. TextAlign 1 centres the table between the margins, 2 sets it
+  //    at the right margin, and anything else at the left margin and
+  //    indents. A table wider than the room it has is scaled to fit that
+  //    room: its columns in proportion and its type with them.
+  const int h_align = ((align_ % 4) + 4) % 4;
+  const Twips band_left = ColumnLeft(), band_right = ColumnRight();
+  Twips natural_width;
+  for (const auto& col : table.columns) natural_width += col.width;
+  const Twips indented = band_left + indent_left_ + table.indent;
+  const Twips room = h_align == 1 || h_align == 2 || indented >= band_right
+                         ? band_right - band_left
+                         : band_right - indented;
+  const double scale =
+      natural_width > room && room.value() > 0 ? room.value() / natural_width.value() : 1.0;
+  const bool scaled = scale < 1.0;
+
   std::vector<Twips> col_x(ncols + 1);
-  for (int c = 0; c < ncols; ++c) col_x[c + 1] = col_x[c] + table.columns[c].width;
+  for (int c = 0; c < ncols; ++c)
+    col_x[c + 1] = col_x[c] + (scaled ? table.columns[c].width * scale : table.columns[c].width);
   const Twips total_width = col_x[ncols];
+  const Twips pad_x = scaled ? kCellPadX * scale : kCellPadX;
+  Twips left = indented;
+  if (h_align == 1) left = band_left + (band_right - band_left - total_width) / 2 + table.indent;
+  if (h_align == 2 || (scaled && h_align != 1)) left = band_right - total_width;
+  if (h_align == 1 && scaled) left = band_left;
 
   struct CellFont {
     FontHandle font;
@@ -156,8 +178,25 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     const TextStyle& st = table.styles[row.style];
     const bool bold = cell.attr.bold >= 0 ? cell.attr.bold != 0 : st.bold;
     const bool italic = cell.attr.italic >= 0 ? cell.attr.italic != 0 : st.italic;
-    return CellFont{Font(st.family, bold, italic),
-                    cell.attr.font_size > 0 ? double(cell.attr.font_size) : st.size};
+    const double size = cell.attr.font_size > 0 ? double(cell.attr.font_size) : st.size;
+    return CellFont{Font(st.family, bold, italic), scaled ? size * scale : size};
+  };
+  // A cell's lines. A word or figure wider than the cell is never cut: the
+  // cell's text is set smaller until it fits, down to the legible floor.
+  struct CellLines {
+    std::vector<TextLine> lines;
+    double size;
+  };
+  auto cell_lines = [&](const Cell& cell, const CellFont& cf, Twips room) {
+    const bool wrap = cell.attr.no_wrap <= 0;
+    CellLines out{BreakLines(cell.text, Measurer(cf.font.metrics, cf.size), room, room, wrap),
+                  cf.size};
+    const double fitted = FitSize(cf.size, WidestLine(out.lines), room);
+    if (fitted < cf.size) {
+      out.size = fitted;
+      out.lines = BreakLines(cell.text, Measurer(cf.font.metrics, fitted), room, room, wrap);
+    }
+    return out;
   };
   auto span_width = [&](int c, const Cell& cell) {
     return col_x[c + cell.attr.col_span] - col_x[c];
@@ -172,7 +211,8 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   for (size_t k = 0; k < drawn.size(); ++k) {
     const Row& row = table.rows[drawn[k]];
     const TextStyle& st = table.styles[row.style];
-    Twips h = Font(st.family, st.bold, st.italic).metrics->LineHeight(st.size);
+    Twips h = Font(st.family, st.bold, st.italic)
+                  .metrics->LineHeight(scaled ? st.size * scale : st.size);
     for (int c = 0; c < ncols; ++c) {
       if (covered[size_t(drawn[k]) * ncols + c]) continue;
       const Cell& cell = row.cells[c];
@@ -183,10 +223,8 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
         h = std::max(h, lh);
         continue;
       }
-      const Twips room = span_width(c, cell) - kCellPadX * 2;
-      const auto lines = BreakLines(cell.text, Measurer(cf.font.metrics, cf.size), room, room,
-                                    cell.attr.no_wrap <= 0);
-      h = std::max(h, lh * double(lines.size()));
+      const CellLines cl = cell_lines(cell, cf, span_width(c, cell) - pad_x * 2);
+      h = std::max(h, lh * double(cl.lines.size()));
     }
     heights[k] = std::max(h + kCellPadY * 2 + row.margin_top + row.margin_bottom, row.min_height);
   }
@@ -198,25 +236,47 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     return;
   }
 
+  const BorderStyle border = BorderFor(table_border_);
+
   // 2. Where the rows go. An overlay cannot add pages, so there the table
-  //    runs on past the margin.
+  //    runs on past the margin. The header keeps with the first body row;
+  //    the last body row, the totals of most tables, keeps the row before it
+  //    with it; rows the report marked keep with the row after them.
   PlacementRules rules;
   rules.header_rows = table.has_header ? std::max(1, header_rows_) : 0;
   rules.repeat_header = table.repeat_header;
   rules.keep_together = table.keep_together;
+  rules.keep_with_next.resize(drawn.size());
+  for (size_t k = 0; k < drawn.size(); ++k)
+    rules.keep_with_next[k] = table.rows[drawn[k]].keep_with_next;
+  const size_t nbody = drawn.size() - size_t(table.has_header ? 1 : 0);
+  if (nbody >= 2) rules.keep_with_next[drawn.size() - 2] = true;
+
+  // 3. A heading kept with this table by KeepWithNext: the table starts on
+  //    its page (or takes it along), and, if it is a heading's size, is
+  //    repeated above the header on each page the table continues on.
+  Twips first_need;
+  for (size_t k = 0; k < drawn.size(); ++k) {
+    first_need += heights[k];
+    if (!(size_t(rules.header_rows) > k || rules.keep_with_next[k])) break;
+  }
+  const Mark start = BeginUnit(first_need);
+  std::vector<render::DisplayItem> lead;
+  Twips lead_top = y_;
+  if (keep_ && keep_->page == page_ && y_ - keep_->top <= Twips::Inches(1) &&
+      rules.header_rows > 0) {
+    const auto& items = CurrentPageRef().items;
+    for (size_t i = keep_->item; i < start.item; ++i)
+      if (render::TopOf(items[i]) >= keep_->top) lead.push_back(items[i]);
+    if (!lead.empty()) {
+      rules.repeat_lead = y_ - keep_->top;
+      lead_top = keep_->top;
+    }
+  }
+
   const Twips bottom =
       state_ == State::kOpen ? PageBottom() : Twips(std::numeric_limits<double>::max() / 4);
   const TablePlacement placement = PlaceRows(heights, rules, y_, PageTop(), bottom);
-
-  // 3. Across: TextAlign 1 centres the table between the margins, 2 sets it
-  //    at the right margin, and anything else at the left margin and indents.
-  const int h_align = ((align_ % 4) + 4) % 4;
-  const Twips band_left = ColumnLeft(), band_right = ColumnRight();
-  Twips left = band_left + indent_left_ + table.indent;
-  if (h_align == 1) left = band_left + (band_right - band_left - total_width) / 2 + table.indent;
-  if (h_align == 2) left = band_right - total_width;
-
-  const BorderStyle border = BorderFor(table_border_);
 
   // Rows drawn on one page, for the borders of that page's part of the table.
   struct Placed {
@@ -237,9 +297,9 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     if (cell.text.empty()) return;
     const CellFont cf = cell_font(row, cell);
     const Twips lh = cf.font.metrics->LineHeight(cf.size);
-    const Twips room = box.width - kCellPadX * 2;
-    const MeasureFn measure = Measurer(cf.font.metrics, cf.size);
-    const auto lines = BreakLines(cell.text, measure, room, room, cell.attr.no_wrap <= 0);
+    const Twips room = box.width - pad_x * 2;
+    const CellLines cl = cell_lines(cell, cf, room);
+    const auto& lines = cl.lines;
     // tcAlign codes run left, centre, right in threes, each top, middle,
     // bottom; without one the column's flags decide.
     int h = table.columns[c].align, v = table.columns[c].tilde ? 1 : 0;
@@ -255,6 +315,13 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     if (v == 2) top += inner_h - block;
     bool overruns = block > inner_h + Twips(0.5);
     for (const auto& l : lines) overruns = overruns || l.width > room + Twips(0.5);
+    // Below the floor a word may run into the cell's padding, never past it.
+    Twips text_x = box.x + pad_x;
+    Twips text_room = room;
+    if (WidestLine(lines) > room + Twips(0.5)) {
+      text_x = box.x;
+      text_room = box.width;
+    }
     const std::optional<render::Box> clip = overruns ? std::optional(box) : std::nullopt;
     const render::Rgb color = ToRgb(cell.attr.fore_color >= 0 ? uint32_t(cell.attr.fore_color)
                                                               : table.styles[row.style].color);
@@ -263,8 +330,8 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     for (size_t i = 0; i < lines.size(); ++i) {
       const Twips line_top = top + lh * double(i);
       if (line_top >= box.y + box.height) break;
-      EmitLine(lines[i], box.x + kCellPadX + AlignOffset(h, room, lines[i].width), line_top,
-               cf.font, cf.size, color, clip);
+      EmitLine(lines[i], text_x + AlignOffset(h, text_room, lines[i].width), line_top, cf.font,
+               cl.size, color, clip, cf.size);
     }
     angle_ = keep_angle;
   };
@@ -337,27 +404,50 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     segment.clear();
   };
 
+  if (scaled) {
+    // The record of the scale, where the table starts.
+    const Twips top = placement.rows.empty() ? y_ : placement.rows[0].y;
+    CurrentPageRef().items.emplace_back(
+        render::ScaledBlock{render::Box{left, top, total_width, Twips(0)}, scale});
+  }
+
   const int first_page = page_;
   size_t next_repeat = 0;
+  Mark last_row = start;
   for (size_t k = 0; k < drawn.size(); ++k) {
     const RowPlacement& at = placement.rows[k];
     if (first_page + at.page != page_) {
       flush_borders();
       while (page_ < first_page + at.page) OpenPage();
-      // The header block again at the top of the new page.
+      // The heading and the header block again at the top of the new page.
       if (next_repeat < placement.repeats.size() &&
           placement.repeats[next_repeat].page == at.page) {
         Twips y = placement.repeats[next_repeat++].y;
+        for (render::DisplayItem item : lead) {
+          render::Shift(item, y - lead_top);
+          CurrentPageRef().items.push_back(std::move(item));
+        }
+        y += rules.repeat_lead;
         for (size_t h = 0; h < size_t(rules.header_rows); ++h) {
           draw_row(h, y, true);
           y += heights[h];
         }
       }
     }
+    if (k + 1 == drawn.size()) {
+      last_row = Here();
+      last_row.top = at.y;
+      last_row.table_row = true;
+      last_row.left = left;
+      last_row.right = left + total_width;
+      last_row.box = border.box;
+      last_row.rules = border.inner_h;
+    }
     draw_row(k, at.y, false);
   }
   flush_borders();
 
+  EndUnit(last_row, false);
   x_ = margin_left_ + indent_left_;
   y_ = placement.end_y;
 }

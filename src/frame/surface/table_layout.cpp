@@ -11,35 +11,52 @@ TablePlacement PlaceRows(const std::vector<Twips>& heights, const PlacementRules
   const size_t nhead = std::min<size_t>(std::max(rules.header_rows, 0), heights.size());
   Twips header_height;
   for (size_t i = 0; i < nhead; ++i) header_height += heights[i];
+  auto keeps_with_next = [&](size_t k) {
+    return k < nhead || (k < rules.keep_with_next.size() && rules.keep_with_next[k]);
+  };
 
   int page = 0;
   Twips y = start_y;
   // A break helps only if something stands above the row on its page.
   Twips content_top = page_top;
 
-  auto new_page = [&]() {
+  auto new_page = [&](bool repeat) {
     ++page;
     y = page_top;
     content_top = y;
+    if (repeat) {
+      out.repeats.push_back({page, y});
+      y += rules.repeat_lead + header_height;
+      content_top = y;
+    }
   };
 
   if (rules.keep_together && !heights.empty()) {
     Twips total;
     for (Twips h : heights) total += h;
-    if (y + total > page_bottom && y > page_top) new_page();
+    if (y + total > page_bottom && y > page_top) new_page(false);
   }
 
   for (size_t i = 0; i < heights.size(); ++i) {
-    Twips need = heights[i];
-    // The header block goes only where the first body row fits under it.
-    if (i == 0 && nhead > 0 && nhead < heights.size()) need = header_height + heights[nhead];
-    const bool starts_header = i == 0 && nhead > 0;
-    if ((i >= nhead || starts_header) && y + need > page_bottom && y > content_top) {
-      new_page();
-      if (i >= nhead && rules.repeat_header && nhead > 0) {
-        out.repeats.push_back({page, y});
-        y += header_height;
-        content_top = y;
+    if (y + heights[i] > page_bottom && y > content_top) {
+      // 1. The chain of rows above this one that keep with the next.
+      size_t j = i;
+      while (j > 0 && keeps_with_next(j - 1) && out.rows[j - 1].page == page) --j;
+      // 2. It moves only if something stays above it and it fits on a page
+      //    with this row under a repeated header.
+      if (j < i) {
+        const Twips chain = y - out.rows[j].y;
+        const bool repeat = j >= nhead && nhead > 0 && rules.repeat_header;
+        const Twips room = page_bottom - page_top - (repeat ? rules.repeat_lead + header_height
+                                                            : Twips(0));
+        if (out.rows[j].y <= content_top || chain + heights[i] > room) j = i;
+      }
+      // 3. A new page, the header block again where the break falls in the
+      //    body, and the chain placed again at its top.
+      new_page(j >= nhead && nhead > 0 && rules.repeat_header);
+      for (size_t k = j; k < i; ++k) {
+        out.rows[k] = {page, y};
+        y += heights[k];
       }
     }
     out.rows[i] = {page, y};

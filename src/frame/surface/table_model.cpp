@@ -6,6 +6,7 @@
 
 #include "frame/surface/length.h"
 #include "frame/surface/surface_error.h"
+#include "frame/surface/text_layout.h"
 
 namespace orv::frame {
 
@@ -193,6 +194,7 @@ bool WholeRowSelector(int sel) {
     case tcMarginTop:
     case tcMarginBottom:
     case tcRowHeight:
+    case tcKeepWithNext:
     case tcColBorder:
     case tcAlign:
     case tcBackColor:
@@ -269,12 +271,14 @@ CellValue Table::Get(int sel, int row1, int col1, int row2, int col2) const {
       return int(cell().attr.cell_border);
     case tcBorderMode:
       return int(cell().attr.border_mode);
+    case tcKeepWithNext:
     case tcMarginTop:
     case tcMarginBottom:
     case tcRowHeight: {
       if (row1 < 0 || row1 > nrows)
         throw CellRangeError("TableCell: no row " + std::to_string(row1));
       const Row& r = rows[row1];
+      if (sel == tcKeepWithNext) return r.keep_with_next;
       return sel == tcMarginTop      ? r.margin_top
              : sel == tcMarginBottom ? r.margin_bottom
                                      : r.min_height;
@@ -343,6 +347,11 @@ void Table::Set(int sel, const CellValue& v, int row1, int col1, int row2, int c
                          ") lie outside a table of " + std::to_string(nrows) + " rows and " +
                          std::to_string(ncols) + " columns");
 
+  if (sel == tcKeepWithNext) {
+    const bool keep = v.AsFlag();
+    for (int row = r.r1; row <= r.r2; ++row) rows[row].keep_with_next = keep;
+    return;
+  }
   if (sel == tcMarginTop || sel == tcMarginBottom || sel == tcRowHeight) {
     const Twips len = v.AsLength();
     for (int row = r.r1; row <= r.r2; ++row) {
@@ -424,6 +433,8 @@ void Table::Normalise() {
       a.col_span = int16_t(std::min<int>(a.col_span, ncols - col));
       // The header row never spans into the body; body spans stop at the last row.
       a.row_span = row == 0 ? 1 : int16_t(std::min<int>(a.row_span, nrows - row));
+      std::string& text = rows[row].cells[col].text;
+      if (!IsPlainAscii(text)) text = ComposeText(text);
     }
   }
 }

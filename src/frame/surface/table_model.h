@@ -44,6 +44,7 @@ enum TableCellSelector : int {
   tcRowSpan = 41,        // cell: rows spanned, cut at the last row
   tcRowHeight = 43,      // rows: minimum height, a length
   tcKeepTogether = 44,   // table: nonzero starts the table on a new page unless it fits
+  tcKeepWithNext = 45,   // rows: nonzero keeps the row on the page of the row after it
 };
 
 // A value read from or written to `TableCell`: a number or a text.
@@ -127,6 +128,7 @@ struct Row {
   uint16_t style = 0;       // index into Table::styles
   int64_t fill = -1;        // background from HeaderColor or BodyColor
   Twips margin_top, margin_bottom, min_height;
+  bool keep_with_next = false;  // tcKeepWithNext: a row that introduces the next
 };
 
 class Table {
@@ -157,7 +159,8 @@ class Table {
   CellValue Get(int selector, int row1, int col1, int row2, int col2) const;
   void Set(int selector, const CellValue& value, int row1, int col1, int row2, int col2);
 
-  // Every cell with its row and column spans cut to the table's edges.
+  // Every cell with its row and column spans cut to the table's edges, and
+  // its text in composed form (ComposeText), as the layout measures it.
   void Normalise();
 
  private:

@@ -1,5 +1,8 @@
 #include "frame/surface/text_layout.h"
 
+#include <glib.h>
+
+#include <algorithm>
 #include <cmath>
 
 namespace orv::frame {
@@ -28,7 +31,12 @@ struct LineBuilder {
     open_segment = false;
     line.width = x;
   }
-  bool Empty() const { return line.segments.empty() && x.value() == 0; }
+  // Nothing but blanks so far (or nothing at all), and no tab.
+  bool BlankOnly() const {
+    if (line.segments.empty()) return x.value() == 0;
+    if (line.segments.size() > 1 || line.segments[0].x.value() != 0) return false;
+    return line.segments[0].text.find_first_not_of(' ') == std::string::npos;
+  }
   // Blanks at the end of a wrapped line take no room.
   void TrimTrailingBlanks(const MeasureFn& measure) {
     if (line.segments.empty() || !open_segment) return;
@@ -43,20 +51,19 @@ struct LineBuilder {
   }
 };
 
-// Splits a word that does not fit on a line of its own between characters.
-size_t FitPrefix(std::string_view word, const MeasureFn& measure, Twips room) {
-  size_t fit = 0, i = 0;
-  while (i < word.size()) {
-    size_t next = i + 1;
-    while (next < word.size() && (static_cast<unsigned char>(word[next]) & 0xC0) == 0x80) ++next;
-    if (measure(word.substr(0, next)) > room) break;
-    fit = i = next;
-  }
-  if (fit == 0) {  // not even one character fits: take one anyway
-    fit = 1;
-    while (fit < word.size() && (static_cast<unsigned char>(word[fit]) & 0xC0) == 0x80) ++fit;
-  }
-  return fit;
+bool IsLetter(char c) {
+  const auto u = static_cast<unsigned char>(c);
+  return u >= 0x80 || (u >= 'A' && u <= 'Z') || (u >= 'a' && u <= 'z');
+}
+
+// Where a word may break: after a hyphen or slash with a letter on each
+// side. A hyphen or slash next to a digit belongs to a figure or a date and
+// never breaks. Returns the length of the word's first piece.
+size_t FirstPiece(std::string_view word) {
+  for (size_t k = 1; k + 1 < word.size(); ++k)
+    if ((word[k] == '-' || word[k] == '/') && IsLetter(word[k - 1]) && IsLetter(word[k + 1]))
+      return k + 1;
+  return word.size();
 }
 
 }  // namespace
@@ -97,27 +104,57 @@ std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure
     while (j < text.size() && text[j] != ' ' && text[j] != '\t' && text[j] != '\r' &&
            text[j] != '\n')
       ++j;
+    // The word goes on in pieces, each of which may start a new line. A
+    // piece wider than the whole line still goes on whole: the caller sets
+    // the text smaller rather than cut a word or a figure in two.
     std::string_view word = text.substr(i, j - i);
-    Twips w = measure(word);
-    if (wrap && b.x + w > room()) {
-      // A word that does not fit moves to the next line; on a first line
-      // shortened by the pen's position it moves down rather than being
-      // cut into pieces.
-      if (!b.Empty() || (lines.empty() && first_width < next_width)) finish(false);
-      while (w > room()) {
-        const size_t fit = FitPrefix(word, measure, room());
-        if (fit >= word.size()) break;
-        b.Add(word.substr(0, fit), measure(word.substr(0, fit)));
-        finish(false);
-        word.remove_prefix(fit);
-        w = measure(word);
+    bool first_piece = true;
+    while (!word.empty()) {
+      const std::string_view piece = word.substr(0, FirstPiece(word));
+      const Twips w = measure(piece);
+      if (wrap && b.x + w > room()) {
+        // On a first line shortened by the pen's position a word that does
+        // not fit moves down whole; a line of blanks alone is no line yet.
+        const bool shortened_first = lines.empty() && first_width < next_width && first_piece;
+        if (!b.BlankOnly() || shortened_first) finish(false);
       }
+      b.Add(piece, w);
+      word.remove_prefix(piece.size());
+      first_piece = false;
     }
-    b.Add(word, w);
     i = j;
   }
   finish(true);
   return lines;
+}
+
+Twips WidestLine(const std::vector<TextLine>& lines) {
+  Twips widest;
+  for (const auto& l : lines) widest = std::max(widest, l.width);
+  return widest;
+}
+
+double FitSize(double size_pt, Twips widest, Twips room, double floor_pt) {
+  if (widest <= room || widest.value() <= 0) return size_pt;
+  const double fitted = size_pt * (room.value() / widest.value());
+  return std::min(size_pt, std::max(fitted, floor_pt));
+}
+
+bool IsPlainAscii(std::string_view text) {
+  for (const char c : text)
+    if (static_cast<unsigned char>(c) >= 0x80) return false;
+  return true;
+}
+
+std::string ComposeText(std::string_view text) {
+  if (IsPlainAscii(text)) return std::string(text);
+  // GLib's normaliser comes into the build with the renderers' text stack.
+  if (!g_utf8_validate(text.data(), gssize(text.size()), nullptr)) return std::string(text);
+  gchar* composed = g_utf8_normalize(text.data(), gssize(text.size()), G_NORMALIZE_NFC);
+  if (composed == nullptr) return std::string(text);
+  std::string out(composed);
+  g_free(composed);
+  return out;
 }
 
 Twips AlignOffset(int align, Twips band_width, Twips line_width) {

@@ -2,8 +2,12 @@
 //
 // The text is UTF-8. A carriage return and line feed, or either alone, ends a
 // line. A tab moves to the next half-inch stop counted from the line's start.
-// Lines wrap at blanks; a word longer than the whole width is broken between
-// characters. Widths come from a measuring function, so tests can use any.
+// Lines wrap at blanks, and after a hyphen or slash that stands between two
+// letters ("Smith-Jones", "Home/Work"). Nothing else breaks a word: a figure
+// ("$37,558.62", "Nov/20/2026", "555-0100") or a policy number stays whole,
+// and a word wider than the line stands alone on a line wider than asked;
+// the caller sets such text smaller (FitSize). Widths come from a measuring
+// function, so tests can use any.
 #pragma once
 
 #include <functional>
@@ -38,6 +42,26 @@ struct TextLine {
 // breaks. An empty text gives one empty line.
 std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure, Twips first_width,
                                  Twips next_width, bool wrap = true);
+
+// The widest line of `lines`.
+Twips WidestLine(const std::vector<TextLine>& lines);
+
+// The smallest size, in points, at which text is still set to keep a word
+// whole in a narrow cell or line; below it the text overflows instead.
+inline constexpr double kLegibleFloorPt = 6.0;
+
+// The size at which text set at `size_pt`, whose widest line is `widest`,
+// fits `room`: `size_pt` itself when it fits, else smaller in proportion
+// (widths scale with the size), never below `floor_pt` nor above `size_pt`.
+double FitSize(double size_pt, Twips widest, Twips room, double floor_pt = kLegibleFloorPt);
+
+// The text in Unicode's composed form (NFC): a letter followed by combining
+// accents ("E" U+0301) becomes the one accented letter the fonts hold ("É").
+// Text without any byte above 0x7F is returned as it is, without a copy of
+// the work. Invalid UTF-8 is returned unchanged, as the measuring reads it.
+std::string ComposeText(std::string_view text);
+// True when ComposeText would change nothing: plain ASCII.
+bool IsPlainAscii(std::string_view text);
 
 // Horizontal offset of a line of `line_width` in a band of `band_width` for
 // the horizontal part of an alignment code (code modulo 4: 0 left, 1 centre,

@@ -298,7 +298,7 @@ void PostgresEngine::Connect(const std::string& url) {
     while (!msg.empty() && (msg.back() == '\n' || msg.back() == ' ')) msg.pop_back();
     PQfinish(conn_);
     conn_ = nullptr;
-    throw DatabaseError("cannot connect to PostgreSQL (" + RedactPassword(url) + "): " + msg);
+    throw DatabaseError("cannot connect to PostgreSQL (" + RedactPassword(url) + "): " + MaskSecrets(msg));
   }
   where_ = "PostgreSQL at host " + text(PQhost(conn_)) + " port " + text(PQport(conn_)) +
            " database " + text(PQdb(conn_));

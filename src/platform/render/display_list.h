@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -80,12 +81,56 @@ struct Picture {
   std::shared_ptr<const Image> image;
 };
 
-using DisplayItem = std::variant<TextRun, Line, FilledRect, Picture>;
+// A part of the page that the layout set smaller than the report asked, so
+// that it stays inside the margins: a table wider than the body, scaled as a
+// whole. `scale` is the factor applied to its widths and type sizes. It
+// paints nothing; tests and checks read it.
+struct ScaledBlock {
+  Box box;
+  double scale = 1;
+};
+
+using DisplayItem = std::variant<TextRun, Line, FilledRect, Picture, ScaledBlock>;
 
 struct Page {
   Twips width, height;
   std::vector<DisplayItem> items;
 };
+
+// The top of an item on its page.
+inline Twips TopOf(const DisplayItem& item) {
+  return std::visit(
+      [](const auto& x) {
+        using T = std::decay_t<decltype(x)>;
+        if constexpr (std::is_same_v<T, TextRun>) {
+          return x.top;
+        } else if constexpr (std::is_same_v<T, Line>) {
+          return x.y1 < x.y2 ? x.y1 : x.y2;
+        } else {
+          return x.box.y;
+        }
+      },
+      item);
+}
+
+// Moves an item `dy` down its page (up for a negative `dy`).
+inline void Shift(DisplayItem& item, Twips dy) {
+  std::visit(
+      [&](auto& x) {
+        using T = std::decay_t<decltype(x)>;
+        if constexpr (std::is_same_v<T, TextRun>) {
+          x.top += dy;
+          x.baseline += dy;
+          if (x.clip) x.clip->y += dy;
+        } else if constexpr (std::is_same_v<T, Line>) {
+          x.y1 += dy;
+          x.y2 += dy;
+        } else {
+          x.box.y += dy;
+        }
+      },
+      item);
+}
 
 struct Document {
   std::string name;

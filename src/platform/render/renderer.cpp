@@ -57,7 +57,10 @@ cairo_font_face_t* FaceFor(const FontFace& f) {
   auto key = std::tuple{f.file, f.synthetic_bold, f.synthetic_italic};
   if (auto it = faces.find(key); it != faces.end()) return it->second;
   FT_Face ft = FreeType::Get().Open(f.file);
-  cairo_font_face_t* face = cairo_ft_font_face_create_for_ft_face(ft, 0);
+  // Outlines only: some font files carry bitmap strikes for small sizes on
+  // screen, which draw other shapes (and drop strokes) than the outlines
+  // the PDF and the layout's measures use.
+  cairo_font_face_t* face = cairo_ft_font_face_create_for_ft_face(ft, FT_LOAD_NO_BITMAP);
   unsigned synth = 0;
   if (f.synthetic_bold) synth |= CAIRO_FT_SYNTHESIZE_BOLD;
   if (f.synthetic_italic) synth |= CAIRO_FT_SYNTHESIZE_OBLIQUE;
@@ -72,6 +75,40 @@ double Pt(Twips t) {
 
 void SetColor(cairo_t* cr, Rgb c) {
   cairo_set_source_rgb(cr, c.r / 255.0, c.g / 255.0, c.b / 255.0);
+}
+
+// The glyphs of a run from the pen (x, y) on, placed as the layout measured
+// them: the unhinted advances of the font file, as cairo places them with
+// hinting of metrics off, and for a face emboldened by FreeType each glyph
+// that advances a 24th of an em further, the width its stroke grew by (the
+// layout's FontMetrics measure synthetic bold the same way).
+std::vector<cairo_glyph_t> PlaceGlyphs(cairo_scaled_font_t* font, const TextRun& t,
+                                       bool synthetic_bold, double x, double y) {
+  cairo_glyph_t* glyphs = nullptr;
+  int count = 0;
+  std::vector<cairo_glyph_t> out;
+  if (cairo_scaled_font_text_to_glyphs(font, x, y, t.text.c_str(), int(t.text.size()), &glyphs,
+                                       &count, nullptr, nullptr,
+                                       nullptr) != CAIRO_STATUS_SUCCESS)
+    return out;
+  out.assign(glyphs, glyphs + count);
+  cairo_glyph_free(glyphs);
+  if (synthetic_bold) {
+    const double extra = t.size_pt / 24.0;
+    double shift = 0;
+    for (size_t i = 0; i < out.size(); ++i) {
+      const double next = i + 1 < out.size() ? out[i + 1].x : 0;
+      out[i].x += shift;
+      cairo_text_extents_t e;
+      if (i + 1 == out.size()) {
+        cairo_scaled_font_glyph_extents(font, &out[i], 1, &e);
+      } else {
+        e.x_advance = next - (out[i].x - shift);
+      }
+      if (e.x_advance != 0) shift += extra;
+    }
+  }
+  return out;
 }
 
 class Painter {
@@ -108,16 +145,11 @@ class Painter {
       set_font_ = t.font;
       set_size_ = t.size_pt;
     }
+    const bool bold = doc_.fonts[t.font].synthetic_bold;
     if (plain) {
-      cairo_glyph_t* glyphs = nullptr;
-      int count = 0;
-      cairo_scaled_font_t* font = cairo_get_scaled_font(cr_);
-      if (cairo_scaled_font_text_to_glyphs(font, Pt(t.x), Pt(t.baseline), t.text.c_str(),
-                                           int(t.text.size()), &glyphs, &count, nullptr, nullptr,
-                                           nullptr) == CAIRO_STATUS_SUCCESS) {
-        batch_.insert(batch_.end(), glyphs, glyphs + count);
-        cairo_glyph_free(glyphs);
-      }
+      const auto glyphs =
+          PlaceGlyphs(cairo_get_scaled_font(cr_), t, bold, Pt(t.x), Pt(t.baseline));
+      batch_.insert(batch_.end(), glyphs.begin(), glyphs.end());
       batch_font_ = t.font;
       batch_size_ = t.size_pt;
       batch_color_ = t.color;
@@ -131,8 +163,8 @@ class Painter {
     SetColor(cr_, t.color);
     cairo_translate(cr_, Pt(t.x), Pt(t.top));
     if (t.angle != 0) cairo_rotate(cr_, -t.angle * std::numbers::pi / 1800.0);
-    cairo_move_to(cr_, 0, Pt(t.baseline - t.top));
-    cairo_show_text(cr_, t.text.c_str());
+    const auto glyphs = PlaceGlyphs(cairo_get_scaled_font(cr_), t, bold, 0, Pt(t.baseline - t.top));
+    cairo_show_glyphs(cr_, glyphs.data(), int(glyphs.size()));
     if (t.underline) {
       cairo_set_line_width(cr_, t.size_pt / 16.0);
       cairo_move_to(cr_, 0, Pt(t.baseline - t.top) + t.size_pt / 8.0);
@@ -191,6 +223,8 @@ class Painter {
     cairo_surface_destroy(s);
   }
 
+  void Draw(const ScaledBlock&) {}  // a record of the layout, nothing to paint
+
   cairo_t* cr_;
   const Document& doc_;
   cairo_font_options_t* options_;
@@ -240,6 +274,33 @@ void RenderPdf(const Document& doc, const std::string& path, int first, int last
   const cairo_status_t st = cairo_surface_status(surface);
   cairo_surface_destroy(surface);
   Check(st, path);
+}
+
+std::vector<double> GlyphEdges(const Document& doc, const TextRun& run) {
+  if (run.font >= doc.fonts.size()) throw RenderError("Text run names a font the document lacks");
+  cairo_surface_t* surface = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
+  cairo_t* cr = cairo_create(surface);
+  cairo_font_options_t* options = cairo_font_options_create();
+  cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+  cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+  cairo_set_font_options(cr, options);
+  cairo_set_font_face(cr, FaceFor(doc.fonts[run.font]));
+  cairo_set_font_size(cr, run.size_pt);
+  cairo_scaled_font_t* font = cairo_get_scaled_font(cr);
+  const auto glyphs =
+      PlaceGlyphs(font, run, doc.fonts[run.font].synthetic_bold, Pt(run.x), Pt(run.baseline));
+  std::vector<double> edges;
+  for (const auto& g : glyphs) edges.push_back(g.x);
+  if (!glyphs.empty()) {
+    cairo_text_extents_t e;
+    cairo_scaled_font_glyph_extents(font, &glyphs.back(), 1, &e);
+    const bool bold = doc.fonts[run.font].synthetic_bold && e.x_advance != 0;
+    edges.push_back(glyphs.back().x + e.x_advance + (bold ? run.size_pt / 24.0 : 0));
+  }
+  cairo_font_options_destroy(options);
+  cairo_destroy(cr);
+  cairo_surface_destroy(surface);
+  return edges;
 }
 
 void RenderPng(const Document& doc, int page, double dpi, const std::string& path) {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "common/errors.h"
 #include "platform/render/display_list.h"
@@ -21,6 +22,11 @@ class RenderError : public ReportError {
 // Writes pages `first` to `last` (from 1; 0 as `last` means the last page) of
 // `doc` to a PDF file, one PDF page per page at its own size.
 void RenderPdf(const Document& doc, const std::string& path, int first = 1, int last = 0);
+
+// Where the renderers set the glyphs of `run`, in points from the page's
+// left edge: the start of each glyph, then the end of the last one. Both
+// renderers use these positions, so a test can hold them to the layout's.
+std::vector<double> GlyphEdges(const Document& doc, const TextRun& run);
 
 // Writes page `page` (from 1) of `doc` to a PNG file at `dpi` dots per inch
 // on a white ground.

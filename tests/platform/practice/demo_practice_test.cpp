@@ -86,8 +86,10 @@ TEST_F(DemoPractice, AllocationsLieOnCompleteLinesOfThePayersFamily) {
                   "WHERE d.Status <> 'Complete' OR a.PatientID <> i.PatientID OR "
                   "payer.ResponsibleFamilyMemberID <> owner.ResponsibleFamilyMemberID"),
             0);
-  // No line receives more than it costs, on either side.
-  EXPECT_EQ(Count("SELECT COUNT(*) FROM InvoiceDetails d WHERE ROUND((SELECT IFNULL(SUM(Amount), 0) "
+  // No line receives more than it costs, on either side. A reversal line
+  // (negative cost) takes back a charge and receives nothing.
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM InvoiceDetails d WHERE d.Cost >= 0 AND "
+                  "ROUND((SELECT IFNULL(SUM(Amount), 0) "
                   "FROM InvoicePaymentAllocations a WHERE a.InvoiceDetailsID = d.ID), 2) > "
                   "ROUND(d.Cost, 2)"),
             0);
@@ -170,6 +172,75 @@ TEST_F(DemoPractice, EveryColumnIsFilledSomewhere) {
                       QuoteName(c.name) + " IS NOT NULL"),
                 0)
           << t.name << "." << c.name;
+}
+
+// Each of the last six months holds every case the period-closing figures
+// must get right; a month without one would let a fault in that case pass
+// unseen on the demo.
+TEST_F(DemoPractice, EveryRecentMonthHoldsTheClosingCases) {
+  struct Case {
+    const char* name;
+    const char* sql;  // counts rows of month ?1 (yyyy-mm)
+    int at_least = 1;
+  } const cases[] = {
+      {"money moved from the overseer to another provider days after the cheque",
+       "SELECT COUNT(*) FROM InvoicePayments p JOIN InvoicePaymentAllocations a ON "
+       "a.InvoicePaymentID = p.ID JOIN InvoiceDetails d ON d.ID = a.InvoiceDetailsID JOIN "
+       "Invoices i ON i.ID = d.InvoiceID WHERE p.CheckDate <> a.AppliedDate AND "
+       "p.InitialProviderID <> d.ProviderID AND p.InitialProviderID = i.OverseerID AND "
+       "substr(a.AppliedDate, 1, 7) = ?1"},
+      {"a cheque with a credit left over", "SELECT COUNT(*) FROM InvoicePayments WHERE "
+       "TotalToCredit > 0 AND TotalAllocated > 0 AND substr(CheckDate, 1, 7) = ?1"},
+      {"an invoice cancelled in its own month",
+       "SELECT COUNT(*) FROM Invoices WHERE Cancelled = 1 AND substr(CancellationDate, 1, 7) = "
+       "?1 AND substr([Date], 1, 7) = ?1"},
+      {"an invoice without lines",
+       "SELECT COUNT(*) FROM Invoices i WHERE substr([Date], 1, 7) = ?1 AND NOT EXISTS (SELECT 1 "
+       "FROM InvoiceDetails d WHERE d.InvoiceID = i.ID)"},
+      {"a line posted after its treatment date",
+       "SELECT COUNT(*) FROM InvoiceDetails WHERE [Date] < EntryDate AND substr(EntryDate, 1, 7) "
+       "= ?1"},
+      {"a limited exam", "SELECT COUNT(*) FROM InvoiceDetails WHERE Code = '00100' AND "
+       "substr(EntryDate, 1, 7) = ?1"},
+      {"a reversed exam", "SELECT COUNT(*) FROM InvoiceDetails WHERE Code = '-01101' AND Cost < 0 "
+       "AND substr(EntryDate, 1, 7) = ?1"},
+      {"a reversed lab fee", "SELECT COUNT(*) FROM InvoiceDetails WHERE Code LIKE '-99%' AND Cost < 0 "
+       "AND substr(EntryDate, 1, 7) = ?1"},
+      {"a write-off", "SELECT COUNT(*) FROM InvoicePayments p JOIN PaymentTypes t ON t.ID = "
+       "p.PaymentTypeID WHERE t.OfficePayment = 1 AND substr(p.CheckDate, 1, 7) = ?1"},
+      {"an interest charge", "SELECT COUNT(*) FROM Invoices WHERE ChargeInterest = 1 AND "
+       "InterestInvoiceID IS NOT NULL AND substr([Date], 1, 7) = ?1"},
+      {"a hygienist paid for codes inside and outside the hygiene ranges",
+       "SELECT COUNT(DISTINCT CASE WHEN d.Code BETWEEN '11000' AND '11999' THEN 1 ELSE 0 END) "
+       "FROM InvoiceDetails d JOIN Employees e ON e.ID = d.ProviderID JOIN "
+       "InvoicePaymentAllocations a ON a.InvoiceDetailsID = d.ID WHERE e.TypeID = 5 AND "
+       "substr(d.EntryDate, 1, 7) = ?1",
+       2},
+  };
+  for (const char* month : {"2026-06", "2026-07", "2026-08", "2026-09", "2026-10", "2026-11"}) {
+    for (const Case& c : cases) {
+      std::string sql = c.sql;
+      for (size_t at; (at = sql.find("?1")) != std::string::npos;)
+        sql.replace(at, 2, std::string("'") + month + "'");
+      EXPECT_GE(Count(sql), c.at_least) << c.name << " in " << month;
+    }
+  }
+  // Invoices cancelled in a later month than they were entered.
+  EXPECT_GE(Count("SELECT COUNT(*) FROM Invoices WHERE Cancelled = 1 AND "
+                  "substr(CancellationDate, 1, 7) > substr([Date], 1, 7) AND [Date] >= '2026-06-01'"),
+            5);
+  // Dates that reports compare by the day hold midnight.
+  for (const char* column : {"Invoices.[Date]", "Invoices.CancellationDate", "InvoiceDetails.[Date]",
+                             "InvoiceDetails.EntryDate", "InvoicePayments.[Date]",
+                             "InvoicePayments.CheckDate", "InvoicePaymentDetails.[Date]",
+                             "InvoicePaymentAllocations.AppliedDate"}) {
+    const std::string c = column;
+    const std::string table = c.substr(0, c.find('.'));
+    EXPECT_EQ(Count("SELECT COUNT(*) FROM " + table + " WHERE " + c + " IS NOT NULL AND substr(" +
+                    c + ", 12) <> '00:00:00'"),
+              0)
+        << column;
+  }
 }
 
 TEST_F(DemoPractice, AddressesHaveTheLinesThatReturnAddressPartTakesApart) {

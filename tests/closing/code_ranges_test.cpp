@@ -1,0 +1,84 @@
+// Code ranges take a reversed code with its positive code, in the SQL every
+// report sends and in the C++ that sorts rows already read, on both engines.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <stdexcept>
+
+#include "closing/code_ranges.h"
+#include "production_fixture.h"
+
+namespace orv::testing {
+namespace {
+
+using closing::CodeInRange;
+using closing::CodeRange;
+using closing::CodeRangeCondition;
+using closing::NormaliseCodeRange;
+
+TEST(CodeRange, ReversalsBelongWithTheirPositiveCode) {
+  struct Case {
+    const char* name;
+    const char* code;
+    CodeRange range;
+    bool in;
+  };
+  const Case cases[] = {
+      {"positive inside", "01101", {"01000", "09999"}, true},
+      {"reversal inside", "-01101", {"01000", "09999"}, true},
+      {"reversal of the first code", "-01000", {"01000", "09999"}, true},
+      {"reversal of the last code", "-09999", {"01000", "09999"}, true},
+      {"positive below", "00999", {"01000", "09999"}, false},
+      {"reversal below", "-00999", {"01000", "09999"}, false},
+      {"reversal above", "-10000", {"01000", "09999"}, false},
+      {"the excluded internal code is still in its range", "-00100", {"00000", "00299"}, true},
+      {"everything", "-99999", {"00000", "99999"}, true},
+  };
+  for (const Case& c : cases) EXPECT_EQ(CodeInRange(c.code, c.range), c.in) << c.name;
+}
+
+TEST(CodeRange, TypedCodesAreCheckedAndPadded) {
+  EXPECT_EQ(NormaliseCodeRange("", "").from, "00000");
+  EXPECT_EQ(NormaliseCodeRange("", "").to, "99999");
+  EXPECT_EQ(NormaliseCodeRange(" 1000", "9999").from, "01000");
+  EXPECT_EQ(NormaliseCodeRange(" 1000", "9999").to, "09999");
+  EXPECT_THROW(NormaliseCodeRange("abc", ""), std::invalid_argument);
+  EXPECT_THROW(NormaliseCodeRange("123456", ""), std::invalid_argument);
+  EXPECT_THROW(NormaliseCodeRange("20000", "10000"), std::invalid_argument);
+  // The SQL quotes its codes.
+  EXPECT_EQ(CodeRangeCondition("Code", {"01000", "09999"}),
+            "((Code >= '01000' AND Code <= '09999') OR (Code >= '-01000' AND Code <= '-09999'))");
+}
+
+using CodeRangeOnEngine = ProductionTest;
+
+// The engine picks the same lines as CodeInRange does: plain text order
+// would leave every reversal out.
+TEST_F(CodeRangeOnEngine, SqlConditionSelectsWhatTheCodeTestSelects) {
+  struct Case {
+    const char* name;
+    CodeRange range;
+    std::set<int> lines;
+  };
+  const Case cases[] = {
+      {"hygiene codes take the reversal", {"11000", "11999"}, {2, 73, 75, 79}},
+      {"internal codes take -00100", {"00000", "00299"}, {76, 77}},
+      {"one code", {"01202", "01202"}, {1, 71, 74, 78}},
+      {"all", {"00000", "99999"}, {1, 2, 3, 71, 72, 73, 74, 75, 76, 77, 78, 79}},
+  };
+  for (const Case& c : cases) {
+    db::Recordset rs;
+    rs.Open("SELECT ID, Code FROM InvoiceDetails WHERE " + CodeRangeCondition("Code", c.range),
+            conn_, db::adOpenStatic);
+    std::set<int> got;
+    while (!rs.Eof()) {
+      got.insert(CLng(rs["ID"].Value()));
+      EXPECT_TRUE(CodeInRange(CStr(rs["Code"].Value()), c.range)) << c.name;
+      rs.MoveNext();
+    }
+    EXPECT_EQ(got, c.lines) << c.name;
+  }
+}
+
+}  // namespace
+}  // namespace orv::testing

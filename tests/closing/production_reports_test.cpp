@@ -1,0 +1,249 @@
+// The production sections on the hand-made November of production_fixture.h.
+// Figures by hand; the period is 2026-11-01 to 2026-11-30 unless a test
+// says otherwise.
+#include <gtest/gtest.h>
+
+#include "common/errors.h"
+#include "production_fixture.h"
+
+namespace orv::testing {
+namespace {
+
+using ProductionSections = ProductionTest;
+using ProductionRun = ProductionTest;
+
+TEST_F(ProductionSections, ByProviderCountsReversalsInTheFeeButNotAsProcedures) {
+  InDocument([&] { reports.srptProductionByProvider(Nov(1), Nov(30), "", "", "", 0); });
+  EXPECT_TRUE(host.messages.empty());
+  // Moreau: 71 100, 72 200 (lab), 79 60 (cancelled later; no cancellation
+  // term here), 77 50; the -00100 line and the line in progress are out.
+  EXPECT_TRUE(Has("Provider: Dr. Anne Moreau")) << Text();
+  EXPECT_TRUE(Has("Procedure Count: 4")) << Text();
+  EXPECT_TRUE(Has("Total($): $410.00"));
+  EXPECT_TRUE(Has("Nov/10/2026 00100 Priya Singh 7004 $50.00"));
+  EXPECT_FALSE(Has("-00100"));
+  EXPECT_FALSE(Has("7005"));
+  // Chen: 100 + 50 - 120, two procedures: the reversal is not one.
+  EXPECT_TRUE(Has("Nov/10/2026 -11101 Priya Singh 7003 -$120.00")) << Text();
+  EXPECT_TRUE(Has("Procedure Count: 2")) << Text();
+  EXPECT_TRUE(Has("Total($): $30.00"));
+  // Okafor billed nothing: no section.
+  EXPECT_FALSE(Has("Okafor"));
+  EXPECT_TRUE(Has("Overall Total: Production Total 440.00 Lab Total 200.00")) << Text();
+}
+
+TEST_F(ProductionSections, ByDateChoosesTheDateThatDecides) {
+  struct Case {
+    const char* name;
+    int16_t by_date;
+    const char* moreau;
+    const char* overall;
+  };
+  const Case cases[] = {
+      // Line 71 was treated on 10-28 and entered on 11-02.
+      {"entry date", 0, "Total($): $410.00", "Production Total 440.00"},
+      {"treatment date", 1, "Total($): $310.00", "Production Total 340.00"},
+      // No date term: every line of a provider, whenever.
+      {"no date", 7, "Total($): $410.00", "Production Total 440.00"},
+  };
+  for (const Case& c : cases) {
+    InDocument([&] { reports.srptProductionByProvider(Nov(1), Nov(30), "", "", "", c.by_date); });
+    EXPECT_TRUE(Has(c.moreau)) << c.name << "\n" << Text();
+    EXPECT_TRUE(Has(c.overall)) << c.name;
+  }
+  // With the treatment date the header says so.
+  InDocument([&] { reports.srptProductionByProvider(Nov(1), Nov(30), "", "", "", 1); });
+  EXPECT_TRUE(Has("Treatment Date Code Patient Invoice # Tooth# Surface Fee"));
+}
+
+TEST_F(ProductionSections, ByOverseerFallsBackToTheProvider) {
+  InDocument([&] { reports.srptProductionByOverseer(Nov(1), Nov(30), "", "", "", 0); });
+  // Moreau oversees 702 and 704 and, having no overseer, her own 701 and
+  // 706: 100 + 200 + 100 + 50 + 50 + 60. Chen oversees his own 703 (no
+  // overseer): the reversal alone, no procedure.
+  EXPECT_TRUE(Has("Overseer: Dr. Anne Moreau")) << Text();
+  EXPECT_TRUE(Has("Procedure Count: 6       Total($): $560.00")) << Text();
+  EXPECT_TRUE(Has("Overseer: RDH Paul Chen"));
+  EXPECT_TRUE(Has("Procedure Count: 0       Total($): -$120.00")) << Text();
+  // The line's provider shows beside the patient.
+  EXPECT_TRUE(Has("Nov/05/2026 11101 Claire Tremblay Paul Chen 7002 $100.00")) << Text();
+  EXPECT_TRUE(Has("Overall Total: Production Total 440.00 Lab Total 200.00"));
+}
+
+TEST_F(ProductionSections, ByCategorySharesTheTotal) {
+  InDocument([&] { reports.srptProductionByCategory(Nov(1), Nov(30), "", "", "", 0); });
+  EXPECT_TRUE(Has("All Providers Selected"));
+  EXPECT_TRUE(Has("Orvenda Internal Codes 00000-00299 1 $50.00 11.36%")) << Text();
+  EXPECT_TRUE(Has("Diagnostic Services 01000-09999 2 $150.00 34.09%"));
+  // 11101: 100 + 60 - 120, two procedures.
+  EXPECT_TRUE(Has("Preventive Services 10000-19999 2 $40.00 9.09%"));
+  EXPECT_TRUE(Has("Adjunctive General Services 90000-99999 1 $200.00 45.45%"));
+  EXPECT_TRUE(Has("Restorative Services 20000-29999 0 $0.00 0.00%"));
+  EXPECT_TRUE(Has("Total 6 $440.00 100")) << Text();
+
+  // Two providers are named; without a date every line counts, the
+  // account practice's three lines of September and October included.
+  InDocument([&] {
+    reports.srptProductionByCategory(Nov(1), Nov(30), "ProviderID = 1 OR ProviderID = 2", "", "",
+                                     0);
+  });
+  EXPECT_TRUE(Has("Providers: Chen, Paul; Moreau, Anne")) << Text();
+  InDocument([&] { reports.srptProductionByCategory(Nov(1), Nov(30), "", "", "", 2); });
+  EXPECT_TRUE(Has("Total 9 $790.00 100")) << Text();
+  // An empty period shares nothing: "0%".
+  InDocument([&] {
+    reports.srptProductionByCategory(DateTime::FromParts(2020, 1, 1),
+                                     DateTime::FromParts(2020, 1, 2), "", "", "", 0);
+  });
+  EXPECT_TRUE(Has("Diagnostic Services 01000-09999 0 $0.00 0%")) << Text();
+}
+
+TEST_F(ProductionSections, SummaryByCodeNetsReversalsInFourPeriods) {
+  InDocument([&] { reports.srptProductionSummaryByCode(Nov(1), Nov(30), "", "", "", 0); });
+  EXPECT_TRUE(Has("This Year (2026) Last Year (2025)")) << Text();
+  EXPECT_TRUE(Has("Month To Date (November) Year To Date Month To Date Year To Date"));
+  // November: 100 + 60 - 120 and one procedure net. The year adds
+  // September's 80 of line 2: 120 of the year's 790 (15.19%).
+  EXPECT_TRUE(Has("11101 1 40.00 9.09 2 120.00 15.19 0 0.00 0 0 0.00 0")) << Text();
+  EXPECT_TRUE(Has("01202 2 150.00 34.09 3 270.00 34.18 0 0.00 0 0 0.00 0"));
+  EXPECT_TRUE(Has("23111 0 0.00 0.00 1 150.00 18.99 0 0.00 0 0 0.00 0"));
+  // The reversed internal code is no row and in no total.
+  EXPECT_FALSE(Has("-00100"));
+  EXPECT_TRUE(Has("00100 1 50.00 11.36 1 50.00 6.33"));
+  EXPECT_TRUE(Has("Total 5 440.00 100 8 790.00 100 0 0.00 100 0 0.00 100")) << Text();
+  // Seen from the end of 2027, 2026 is last year: its whole year holds
+  // the 790, and the three empty periods share nothing ("0").
+  InDocument([&] {
+    reports.srptProductionSummaryByCode(Nov(1), DateTime::FromParts(2027, 12, 31), "", "", "",
+                                        0);
+  });
+  EXPECT_TRUE(Has("11101 0 0.00 0 0 0.00 0 0 0.00 0 2 120.00 15.19")) << Text();
+  // From 2024 every period is empty: the fee codes take no row at all.
+  InDocument([&] {
+    reports.srptProductionSummaryByCode(Nov(1), DateTime::FromParts(2024, 12, 31), "", "", "",
+                                        0);
+  });
+  EXPECT_FALSE(Has("01202 0")) << Text();
+  EXPECT_TRUE(Has("Total 0 0.00 100 0 0.00 100 0 0.00 100 0 0.00 100")) << Text();
+}
+
+TEST_F(ProductionSections, ByCodeUndoesACancellationInItsPeriod) {
+  InDocument([&] { reports.srptProductionByCode(Nov(1), Nov(30), "", "", "", 0); });
+  EXPECT_TRUE(Has("00100: Internal")) << Text();
+  EXPECT_TRUE(Has("11101: Scaling"));
+  // 11101: 100 (Chen) + 60 (Moreau, 706) - 120 (reversal) and 706's line
+  // again, negated on its cancellation day: -20, one procedure.
+  EXPECT_TRUE(Has("Anne Moreau Priya Singh 7006 Nov/20/2026 -$60.00")) << Text();
+  EXPECT_TRUE(Has("Paul Chen Priya Singh 7003 Nov/10/2026 -$120.00"));
+  EXPECT_TRUE(Has("Procedure Count: 1       Total($): -$20.00")) << Text();
+  EXPECT_TRUE(Has("Grand Total: Production Total 380.00 Lab Total 200.00")) << Text();
+  // The range narrows the codes: only the hygiene ones.
+  InDocument([&] { reports.srptProductionByCode(Nov(1), Nov(30), "", "11000", "11999", 0); });
+  EXPECT_FALSE(Has("01202:"));
+  EXPECT_TRUE(Has("Grand Total: Production Total (20.00) Lab Total 0.00")) << Text();
+}
+
+TEST_F(ProductionSections, SummaryTakesAdjustmentsAsStoredAndFeesWithoutStatus) {
+  InDocument([&] { reports.srptProductionSummary(Nov(1), Nov(30), "ID = 1 OR ID = 2", 0); });
+  // Moreau (invoices 701, 704, 705, 706). Lab 200. The fee query has no
+  // Status test, so the 40 in progress is in: 100 + 200 - 50 + 50 + 40 +
+  // 60 - 200 = 200. The discount of -5 is subtracted as stored:
+  // 200 + 200 - (-5) = 405. With absolute values it would be 395; with a
+  // Status test the fee would be 160.
+  EXPECT_TRUE(Has("Dr. Anne Moreau $200.00 $200.00 -$5.00 $405.00 $0.00 $405.00")) << Text();
+  // Chen: 30 of fees; the write-off of -10 as stored: 30 - (-10) = 40.
+  EXPECT_TRUE(Has("RDH Paul Chen $30.00 $0.00 $0.00 $30.00 -$10.00 $40.00"));
+  EXPECT_TRUE(Has("Total $230.00 $200.00 -$5.00 $435.00 -$10.00 $445.00")) << Text();
+  // By overseer Moreau has 702 and 704: 100 + 50 - 50 + 50, and 702's
+  // write-off.
+  InDocument([&] { reports.srptProductionSummary(Nov(1), Nov(30), "ID = 1", 1); });
+  EXPECT_TRUE(Has("Dr. Anne Moreau $150.00 $0.00 $0.00 $150.00 -$10.00 $160.00")) << Text();
+  // Without a filter only people with figures print: not Okafor.
+  InDocument([&] { reports.srptProductionSummary(Nov(1), Nov(30), "", 0); });
+  EXPECT_FALSE(Has("Okafor"));
+  // A view that names nobody is refused before anything is drawn.
+  form.VSP.StartDoc();
+  try {
+    reports.srptProductionSummary(Nov(1), Nov(30), "", 4);
+    ADD_FAILURE() << "view 4 was accepted";
+  } catch (const ReportError& e) {
+    EXPECT_NE(e.description().find("Byoption must be 0"), std::string::npos) << e.description();
+  }
+  EXPECT_EQ(form.VSP.CurrentY(), form.VSP.MarginTop());
+  form.VSP.EndDoc();
+}
+
+TEST_F(ProductionSections, BordersAndWideTotals) {
+  InDocument([&] { reports.srptProductionByProvider(Nov(1), Nov(30), "", "", "", 0); });
+  EXPECT_EQ(form.VSP.TableBorder(), 3);
+  host::AppSettings().Override("Settings", "TableBorder", "1");
+  InDocument([&] { reports.srptProductionByCategory(Nov(1), Nov(30), "", "", "", 0); });
+  EXPECT_EQ(form.VSP.TableBorder(), 1);
+
+  InDocument([&] {
+    reports.PrintProductionTotals(Currency::FromDecimalText("1234567.5"),
+                                  Currency::FromDecimalText("-12"), false);
+    reports.PrintProductionTotals(Currency::FromDecimalText("999999.99"), Currency(), true);
+  });
+  EXPECT_TRUE(Has("Overall Total: Production Total 1,234,567.50 Lab Total (12.00)")) << Text();
+  EXPECT_TRUE(Has("Grand Total: Production Total 999,999.99 Lab Total 0.00"));
+}
+
+TEST_F(ProductionRun, SectionsComeInTheirOwnOrder) {
+  reports.rptProductionReports(true, true, true, true, true, true, Nov(1), Nov(30), 0, "dana",
+                               "ProviderID = 1 OR ProviderID = 2", "", "");
+  EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(form.ShowCount(), 1);
+  EXPECT_EQ(form.VSP.DocName(), "Production Report");
+  const std::string text = Text();
+  const char* titles[] = {"Production by Provider\n",      "Production by Overseer\n",
+                          "Production Summary \n",         "Production by Category \n",
+                          "Production Summary by Code \n", "Production by Code Report\n"};
+  size_t at = 0;
+  for (const char* t : titles) {
+    const size_t found = text.find(t, at);
+    ASSERT_NE(found, std::string::npos) << t << "\n" << text;
+    at = found + 1;
+  }
+  EXPECT_TRUE(Has("Code Range: 00000 - 99999   Date: By Entry Date")) << text;
+  EXPECT_TRUE(Has("For: Chen,Paul,Moreau,Anne"));
+  // The summary takes the filter over "ID".
+  EXPECT_TRUE(Has("RDH Paul Chen $30.00"));
+  // Each section starts a page.
+  EXPECT_GE(form.VSP.PageCount(), 6);
+}
+
+TEST_F(ProductionRun, BadInputIsRefusedBeforeDrawing) {
+  struct Case {
+    const char* name;
+    DateTime start, end;
+    const char* from;
+    const char* to;
+    const char* message;
+  };
+  const Case cases[] = {
+      {"not a code", Nov(1), Nov(30), "1x", "", "The start code \"1x\" is not a fee code"},
+      {"range upside down", Nov(1), Nov(30), "20000", "10000", "The code range 20000 - 10000"},
+      {"period upside down", Nov(30), Nov(1), "", "", "The period ends (Nov/01/2026)"},
+  };
+  for (const Case& c : cases) {
+    host.messages.clear();
+    reports.rptProductionReports(true, true, false, false, false, false, c.start, c.end, 0, "",
+                                 "", c.from, c.to);
+    ASSERT_EQ(host.messages.size(), 1u) << c.name;
+    EXPECT_EQ(host.messages[0].prompt.rfind(c.message, 0), 0u) << host.messages[0].prompt;
+    EXPECT_EQ(form.VSP.PageCount(), 0) << c.name;
+  }
+  // A filter the database refuses gives the report's trap text.
+  host.messages.clear();
+  reports.rptProductionReports(false, true, false, false, false, false, Nov(1), Nov(30), 0, "",
+                               "NoSuchColumn = 1", "", "");
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_EQ(host.messages[0].prompt.rfind(
+                "An Error has occurred in Sub rptProductionReports in Class clsReports\n", 0),
+            0u)
+      << host.messages[0].prompt;
+}
+
+}  // namespace
+}  // namespace orv::testing
