@@ -607,6 +607,8 @@ void ClaimForm(clsReports& r, int32_t ID, int32_t CurrentOfficeID, int16_t Insur
     src.lines = r.Open("SELECT * FROM InvoiceDetails WHERE InvoiceID = " +
                        cf.returnStr(src.header["ID"].Value()) + " ORDER BY ID");
     src.doc_name = "Claim Form For Invoice# " + cf.returnStr(src.header["Invoice#"].Value());
+    // The form's title is the same on the French form: insurers file it
+    // under this name in both languages.
     src.title = "Dental Claim Form";
     switch (InsuranceCompany) {
       case 0: case 3: src.assignment_field = "IsAssignment"; break;
