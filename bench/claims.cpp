@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "common/common_functions.h"
 #include "common/datetime.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
@@ -83,7 +84,8 @@ int main(int argc, char** argv) {
         "INNER JOIN Employers ON Patient.EmployerID = Employers.ID WHERE Employers.InsuranceID > 0 "
         "ORDER BY Invoices.ID");
     while (!rs.Eof() && int(invoices.size()) < forms) {
-      invoices.push_back(int32_t(rs["ID"].Value().AsDouble()));
+      Variant id = rs["ID"].Value();
+      invoices.push_back(reports.Common().ReturnNumber(id));
       rs.MoveNext();
     }
   }
