@@ -986,12 +986,12 @@ class Generator {
     W("Employers").Int("ID", 9).Text("Name", "Harbourfront Marina").Text("Policy#", "H" + Digits(6))
         .Int("InsuranceID", 7).Insert();
     W("Employers").Int("ID", 10).Text("Name", "Juniper Crafts").Insert();
-    // The first insured patient of the practice moves to the marina (with a
-    // second plan kept as it was); the next one to the employer without an
-    // insurer, whose claim the desk cannot print.
+    // The first insured patient with two plans moves to the marina (the
+    // second plan kept as it was); the last insured one to the employer
+    // without an insurer, whose claim the desk cannot print.
     sql("UPDATE Patient SET EmployerID = 9 WHERE ID = (SELECT MIN(ID) FROM Patient WHERE EmployerID "
         "IS NOT NULL AND SecondaryEmployerID IS NOT NULL)");
-    sql("UPDATE Patient SET EmployerID = 10, SecondaryEmployerID = NULL WHERE ID = (SELECT MIN(ID) "
+    sql("UPDATE Patient SET EmployerID = 10, SecondaryEmployerID = NULL WHERE ID = (SELECT MAX(ID) "
         "FROM Patient WHERE EmployerID IS NOT NULL AND EmployerID < 9 AND SecondaryEmployerID IS "
         "NULL)");
     for (int64_t dentist : dentists_) {
