@@ -424,6 +424,12 @@ int RunReportHost(const std::vector<std::string>& args) {
     if (form.ShowCount() == 0 && form.PrintCount() == 0 && form.VSP.PageCount() > 0) form.Show();
     form.CommitWrites();
     const auto& files = form.WrittenFiles();
+    // A report that ends without a word and without a document (the
+    // predetermination forms do so on an error) still failed for the script.
+    if (result.IsEmpty() && files.empty() && form.VSP.PageCount() == 0) {
+      Say("orvenda-reports: " + std::string(sig->name) + " produced no document");
+      return 1;
+    }
     int pages = form.VSP.PageCount();
     std::string count = std::to_string(pages) + " page" + (pages == 1 ? "" : "s");
     if (files.size() == 1)

@@ -309,6 +309,39 @@ class clsReports {
                                std::string UserName);
   void srptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd, std::string txtfilter);
 
+  // ---- Claim forms and insurance billing ----
+  // The dental claim form of one invoice (Invoices.ID), English or French,
+  // with the address of office `CurrentOfficeID`; printed at once.
+  // `InsuranceCompany` 0, 1, 2 reads the primary, secondary or tertiary
+  // assignment of the invoice; 3 prints the subscriber labels without values
+  // and pays the subscriber. An invoice, employer or mode the form cannot
+  // print shows the claim failure message and prints nothing.
+  void rptClaimForm(int32_t ID, int32_t CurrentOfficeID, int16_t InsuranceCompany = 0);
+  void rptClaimFormF(int32_t ID, int32_t CurrentOfficeID, int16_t InsuranceCompany = 0);
+  // The same form asking in advance for a proposed treatment
+  // (PatientPredTreatments.ID); `strFilter` ("" or "0": none) selects its
+  // lines. A treatment the form cannot print ends silently, printing nothing.
+  void rptPredClaimForm(int32_t ID, int32_t CurrentOfficeID, std::string strFilter);
+  void rptPredClaimFormF(int32_t ID, int32_t CurrentOfficeID, std::string strFilter);
+  // Per insurance company, what electronic claims billed and what their
+  // explanations of benefits returned; previewed.
+  void rptInsuranceBilling(std::string UserName);
+  // The insurer of an employer (Employers.InsuranceID); 0 for Null, blank,
+  // a value not above 0 or an employer not on file.
+  int32_t InsuranceOfEmployer(const Variant& EmployerID);
+
+  // ---- Treatment plans ----
+  // One proposed treatment (PatientPredTreatments.ID) as a letter in plain
+  // words on the patient's office letterhead, section by section with fees
+  // and, for a patient who assigned benefits, the insurance share; printed
+  // at once. `strFilter` ("" or "0": none) selects the lines; OfficeName
+  // and OfficeAddress are accepted and not used. Sets OfficeID to the
+  // patient's office.
+  void rptLaypersonTreatmentPlan(std::string OfficeName, std::string OfficeAddress, int32_t ID,
+                                 std::string strFilter);
+  void rptLaypersonTreatmentPlanF(std::string OfficeName, std::string OfficeAddress, int32_t ID,
+                                  std::string strFilter);
+
   // ---- For report code: private services of the component ----
   // (Public in C++ so that the report families in other folders, which are
   // all part of this class's implementation, can reach them.)

@@ -227,6 +227,7 @@ class Generator {
     ClosingMonths();
     Bulk();
     Compensation();
+    ClaimsAndPlans();
     DemoSummary s;
     s.patients = w_["Patient"]->rows();
     s.invoices = w_["Invoices"]->rows();
@@ -957,6 +958,110 @@ class Generator {
     if (fam.insured) {
       const int64_t send = Send(p, 0, 1, day, fam.insurer);
       Response(send, 11, 1, 0);
+    }
+  }
+
+  // ---- What the claim forms and the treatment letters meet -----------------
+  // An insurer whose name holds ";", an employer insured by it and one with
+  // no insurer at all, a few patients moved onto them; provider numbers per
+  // insurer; sends of every type; a second, complete plan for one patient of
+  // each office with a line in every section (NULL Type included); codes
+  // with blank-only plain wording; one office's own introduction. Patients
+  // and plans already on file are reused, so the other lists keep their
+  // people.
+  void ClaimsAndPlans() {
+    auto sql = [this](const std::string& text) {
+      char* err = nullptr;
+      if (sqlite3_exec(db_, text.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
+        std::string m = err ? err : "unknown error";
+        sqlite3_free(err);
+        throw SchemaError(text + ": " + m);
+      }
+    };
+    const Town& t = kOntarioTowns[1];
+    W("InsuranceCompany")
+        .Int("ID", 7)
+        .Text("CompanyName", "Laurier Mutual; Group Claims")
+        .Text("Street", "400 Wellington St; Suite 9")
+        .Text("City", t.city)
+        .Text("Prov", t.prov)
+        .Text("PostalCode", Postal(t.postal_prefix))
+        .Text("Phone", "800555" + Digits(4))
+        .Text("CDA#", "000017")
+        .Text("Notes", "Paper claims only")
+        .Insert();
+    W("Employers").Int("ID", 9).Text("Name", "Harbourfront Marina").Text("Policy#", "H" + Digits(6))
+        .Int("InsuranceID", 7).Insert();
+    W("Employers").Int("ID", 10).Text("Name", "Juniper Crafts").Insert();
+    // The first insured patient with two plans moves to the marina (the
+    // second plan kept as it was); the last insured one to the employer
+    // without an insurer, whose claim the desk cannot print.
+    sql("UPDATE Patient SET EmployerID = 9 WHERE ID = (SELECT MIN(ID) FROM Patient WHERE EmployerID "
+        "IS NOT NULL AND SecondaryEmployerID IS NOT NULL)");
+    sql("UPDATE Patient SET EmployerID = 10, SecondaryEmployerID = NULL WHERE ID = (SELECT MAX(ID) "
+        "FROM Patient WHERE EmployerID IS NOT NULL AND EmployerID < 9 AND SecondaryEmployerID IS "
+        "NULL)");
+    for (int64_t dentist : dentists_) {
+      W("EmployeeBPN").Int("EmployeeID", dentist).Int("InsuranceID", 7).Text("BPN", Digits(4)).Insert();
+    }
+    sql("UPDATE FeeCodes SET LayPersonDescription = '   ' WHERE ID IN (SELECT ID FROM FeeCodes "
+        "WHERE LayPersonDescription IS NOT NULL AND ID NOT LIKE '-%' ORDER BY ID DESC LIMIT 2)");
+    sql("UPDATE OfficeInformation SET LaypersonHeader = '  Here is the treatment your dentist "
+        "proposes, step by step, with what your plan is expected to pay.  ' WHERE ID = 2");
+    // Eligibility checks (2) and reversals (3) never count as billed.
+    for (int type = 2; type <= 3; ++type) {
+      for (int i = 0; i < 3; ++i) {
+        auto& s = W("PatientEDISends");
+        s.Int("PatientID", 1 + i).Int("SequenceNumber", ++sequence_).Int("Type", type)
+            .Text("DatePosted", Iso(today_ - 10 - i, 600)).Int("Sent?", 1).Text("CarrierNumber", "000010")
+            .Insert();
+      }
+    }
+    static const char* const kTypes[] = {nullptr,   "Required", "Suggested", "Optional", "Phase 1",
+                                         "Phase 2", "Phase 3",  "Phase 4",   "Phase 5",  "Phase 6",
+                                         "Option 1", "Option 2", "Option 3", "Option 4", "Option 5",
+                                         "Option 6"};
+    static const char* const kCodes[] = {"21211", "27201", "32221", "43612", "11111", "02102"};
+    for (int office = 1; office <= 3; ++office) {
+      sqlite3_stmt* st = nullptr;
+      sqlite3_prepare_v2(db_,
+                         "SELECT p.ID, t.ProviderID FROM Patient p JOIN PatientPredTreatments t ON "
+                         "t.PatientID = p.ID WHERE p.DefaultOfficeID = ? ORDER BY p.ID LIMIT 1",
+                         -1, &st, nullptr);
+      sqlite3_bind_int(st, 1, office);
+      int64_t patient = 0, provider = 0;
+      if (sqlite3_step(st) == SQLITE_ROW) {
+        patient = sqlite3_column_int64(st, 0);
+        provider = sqlite3_column_int64(st, 1);
+      }
+      sqlite3_finalize(st);
+      if (patient == 0) continue;
+      auto& pt = W("PatientPredTreatments");
+      pt.Int("PatientID", patient).Int("ProviderID", provider).Text("DatePosted", Iso(today_ - 3, 600))
+          .Int("Complete", 1).Text("Notes", "Full mouth plan in phases")
+          .Text("CarrierNotes", "Phases may be sent separately; x-rays on request");
+      if (office == 3) pt.Text("PatientNotes", "Please call Dr. Lemieux's desk to book phase 1.");
+      const int64_t plan = pt.Insert();
+      int64_t total = 0;
+      int line = 1;
+      for (const char* type : kTypes) {
+        const char* code = kCodes[line % 6];
+        const int64_t cost = line % 7 == 0 ? 0 : 4000 + 1500 * line;
+        total += cost;
+        auto& d = W("PatientPredTreatmentDetails");
+        d.Int("PatientPredTreatmentsID", plan).Int("LineNumber", line).Text("Code", code)
+            .Cents("Cost", cost).Cents("BenefitAmountProcedure", cost * 60 / 100);
+        // A second plan pays a tenth of every third line; the Phase 2 line
+        // has no figure at all, so its section's sums come out Null.
+        if (line != 6) d.Cents("SecondBenefitAmount", line % 3 == 0 ? cost * 10 / 100 : 0);
+        if (type) d.Text("Type", type);
+        if (line % 2 == 0) d.Text("Tooth#", std::to_string(11 + line)).Int("ReasonID", 1 + line % 5);
+        d.Insert();
+        ++line;
+      }
+      sql("UPDATE PatientPredTreatments SET TotalAmount = " + std::to_string(total / 100) + "." +
+          std::to_string(total % 100 / 10) + std::to_string(total % 10) + " WHERE ID = " +
+          std::to_string(plan));
     }
   }
 
