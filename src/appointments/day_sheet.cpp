@@ -122,7 +122,9 @@ void clsReports::rptDaySheet(DateTime theDate, std::vector<int32_t>& Providers, 
   vsp.MarginRight(landscape ? 500 : 100);
   vsp.StartDoc();
   vsp.CurrentX(400);
-  vsp.CurrentY(0);
+  // The heading starts at the top margin's band that a printer leaves
+  // blank, not at the paper's very edge, where it would be cut.
+  vsp.CurrentY(frame::PrintSurface::kPaperInset);
   vsp.TextAlign(1);
   vsp.FontSize(12);
   vsp.FontBold(true);
@@ -135,11 +137,22 @@ void clsReports::rptDaySheet(DateTime theDate, std::vector<int32_t>& Providers, 
     const Twips right = vsp.PageWidth() - vsp.MarginRight() - frame::PrintSurface::kPaperInset;
     vsp.TextBox("By: " + UserName + "\r\nOn: " + Format(Variant(Clock::Today()), "mmm/dd/yyyy"),
                 right - width, Twips(vsp.MarginTop().value() + 2 * x_height), width, Twips(2 * x_height + 60));
+    // The grid starts below the box, so that the two never overlap.
+    vsp.CurrentY(Twips(vsp.MarginTop().value() + 4 * x_height + 120));
   }
   vsp.TextAlign(0);
+  // The height below the heading goes to the rows, so that the whole day
+  // stands on one page: the text is Arial Narrow at 9 points where the rows
+  // leave room for it, smaller on a long day.
+  const double free_h = (vsp.PageHeight() - vsp.MarginBottom() - vsp.CurrentY() -
+                         frame::PrintSurface::kPaperInset)
+                            .value();
+  const double row_h = std::max(60.0, free_h / (rows + 2));
+  const double points =
+      std::min(9.0, std::max(4.0, (row_h - 2 * frame::PrintSurface::kCellPadY.value()) / 20.0 / 1.3));
   vsp.StartTable();
   vsp.FontName("Arial Narrow");
-  vsp.FontSize(9);
+  vsp.FontSize(points);
 
   // The grid: the time column first, then the providers in the order given.
   // The time column stands in column 1, so provider i (from 0) stands in
@@ -178,10 +191,6 @@ void clsReports::rptDaySheet(DateTime theDate, std::vector<int32_t>& Providers, 
                             frame::PrintSurface::kPaperInset;
   const double provider_w = Providers.empty() ? 0 : printable_w.value() / double(Providers.size());
   for (int c = 2; c <= cols; ++c) vsp.TableCell(frame::tcColWidth, 0, c) = provider_w;
-  const double free_h = (vsp.PageHeight() - vsp.MarginBottom() - vsp.CurrentY() -
-                         frame::PrintSurface::kPaperInset - Twips(4 * x_height))
-                            .value();
-  const double row_h = std::max(60.0, free_h / (rows + 2));
 
   auto shade = [&](int c, int r1, int r2) {
     r1 = std::max(r1, 2);
@@ -308,9 +317,13 @@ void clsReports::rptDaySheet(DateTime theDate, std::vector<int32_t>& Providers, 
   // shaded, and the table starts on the page it fits.
   resume([&] {
     vsp.TableCell(frame::tcRowHeight, 1, 1, rows, cols) = row_h;
-    vsp.TableCell(frame::tcKeepTogether) = 1;
+    // The grid is sized to the page below the heading, so it never needs
+    // to move to a page of its own: keeping it together would only leave
+    // the heading alone on the first page when a long day's text grows it.
+    vsp.TableCell(frame::tcKeepTogether) = 0;
     vsp.TableCell(frame::tcRowHeader, 0) = 1;
-    vsp.TableCell(frame::tcFontSize, 1, 1, rows, cols) = std::min(8.0, std::max(5.0, row_h / 20.0 * 0.75));
+    vsp.TableCell(frame::tcMarginTop, 1, 1, rows, cols) = 0;
+    vsp.TableCell(frame::tcMarginBottom, 1, 1, rows, cols) = 0;
     vsp.TableCell(frame::tcBackColor, 0, 1, 1, cols) = kHeaderColor;
     vsp.TableCell(frame::tcFontBold, 0, 1, 1, cols) = true;
   });
