@@ -149,10 +149,16 @@ TEST(AppointmentText, SlipAgeCountsCalendarYears) {
 // its total per provider; the second day opens again with a provider bar.
 // A NULL estimate prints "N/E" and adds nothing.
 TEST_F(AppointmentReports, DayBookAcrossTwoDaysAndTwoProviders) {
-  InDocument([&] { reports.srptAppointments(D(2028, 2, 28), D(2028, 2, 29), "", 0, false); });
+  // Birk again on the next day: the day opens a provider block of its own
+  // though the provider is the same as the last one.
+  RawExec(
+      "INSERT INTO PatientAppointments (ID, PatientID, ProviderID, EmployeeID, ProcedureCat, Date, Time, "
+      "Units, Estimate) VALUES (7006, 9002, 502, 501, 902, '2028-03-01 00:00:00', 555, 1, 12.5)");
+  InDocument([&] { reports.srptAppointments(D(2028, 2, 28), D(2028, 3, 1), "", 0, false); });
   const char* order[] = {"February 28, 2028", "Birk",   "10:00 AM", "N/E",  "Total($) $0.00",
                          "February 29, 2028", "Aster",  "9:00 AM",  "$100.00", "Total($) $100.00",
-                         "Birk",              "10:00 AM", "$40.00", "Total($) $40.00"};
+                         "Birk",              "10:00 AM", "$40.00", "Total($) $40.00",
+                         "March 1, 2028",     "Birk",   "9:15 AM",  "Total($) $12.50"};
   size_t from = 0;
   const std::string text = Text();
   for (const char* what : order) {
