@@ -123,7 +123,10 @@ void clsReports::srptBookingDiagnostics(DateTime dtStart, DateTime dtEnd) {
   const int32_t office_booked_ly = cf.ReturnNumber(office_units_ly);
 
   db::Recordset office = Open("Select UnitMinutes from OfficeInformation where ID = " + std::to_string(OfficeID));
-  const int unit_minutes = office.Eof() ? 0 : static_cast<int>(cf.ReturnVal(office["UnitMinutes"].Value()));
+  // Without the office there is no unit to count in: say which office,
+  // rather than fail later on a division.
+  if (office.Eof()) throw ReportError(0, "The office " + std::to_string(OfficeID) + " is not on file");
+  const int unit_minutes = static_cast<int>(cf.ReturnVal(office["UnitMinutes"].Value()));
   DayCounter counter{*this, cf, unit_minutes};
 
   // DisplayName joins ChairID with "+": the chair is text in the schedule,
