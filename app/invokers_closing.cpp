@@ -1,44 +1,18 @@
-// Invokers of the period-closing sections and reports.
-#include "frame/preview_form.h"
+// Invokers of the period-closing sections and reports. The sections run in
+// a document the host starts for them (report_host.cpp).
 #include "frame/reports.h"
-#include "frame/surface/surface.h"
 #include "invokers.h"
 
 namespace orv::app {
 namespace {
 
-// A section draws into a running document. Called on its own from the
-// command line, with no document running, it gets one of its own: started
-// here, stamped with the page footers, ended and shown.
-Variant RunSection(clsReports& r, const std::function<void()>& section) {
-  frame::PrintSurface& vsp = r.VSP();
-  const bool own = !vsp.IsOpen();
-  if (own) {
-    // The closing runs print on half-inch margins, which the sections'
-    // 7.5-inch tables fill.
-    vsp.Orientation(0);
-    vsp.MarginLeft(".5in");
-    vsp.MarginRight(".5in");
-    vsp.StartDoc();
-  }
-  section();
-  if (own && vsp.IsOpen()) {
-    r.PrintPageFooters(kPrintedBy);
-    vsp.EndDoc();
-    r.Form().Show();
-  }
-  return Variant();
-}
-
 InvokerRegistrar detailed_analysis("srptDetailedAnalysis", [](clsReports& r, const MethodArgs& a) {
-  return RunSection(r, [&] {
-    r.srptDetailedAnalysis(a.Date(0), a.Date(1), a.Int(2), a.Str(3), a.Str(4), a.Bool(5));
-  });
+  r.srptDetailedAnalysis(a.Date(0), a.Date(1), a.Int(2), a.Str(3), a.Str(4), a.Bool(5));
+  return Variant();
 });
 InvokerRegistrar summary_analysis("srptSummaryAnalysis", [](clsReports& r, const MethodArgs& a) {
-  return RunSection(r, [&] {
-    r.srptSummaryAnalysis(a.Date(0), a.Date(1), a.Str(2), a.Int(3), a.Str(4), a.Bool(5));
-  });
+  r.srptSummaryAnalysis(a.Date(0), a.Date(1), a.Str(2), a.Int(3), a.Str(4), a.Bool(5));
+  return Variant();
 });
 InvokerRegistrar income_by_provider("rptIncomeByProvider", [](clsReports& r, const MethodArgs& a) {
   r.rptIncomeByProvider(a.Date(0), a.Date(1), a.Str(2), a.Bool(3), a.Str(4));
