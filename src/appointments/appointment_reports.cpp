@@ -468,6 +468,8 @@ void clsReports::srptAppointmentReschedules(std::string ProviderFilter, DateTime
         vsp.TableCell(frame::tcText, 2, 3) = phone;
         vsp.TableCell(frame::tcColSpan, 2, 3) = 2;
         vsp.EndTable();
+        // The appointment's block stays with its reschedules.
+        vsp.KeepWithNext();
         std::string body;
         while (!details.Eof()) {
           db::Recordset e = Open("Select ID, FirstName, LastName from Employees where ID = " +

@@ -104,15 +104,19 @@ void clsReports::rptDaySheet(DateTime theDate, std::vector<int32_t>& Providers, 
   // The office's day and its unit.
   int32_t S = 0, E = 0;
   int U = 0;
+  bool office_ok = false;
   resume([&] {
     db::Recordset office = Open("Select * from OfficeInformation where ID = " + std::to_string(OfficeID));
     if (office.Eof()) throw ReportError(0, "The office " + std::to_string(OfficeID) + " is not on file");
+    office_ok = true;
     U = static_cast<int>(cf.ReturnVal(office["UnitMinutes"].Value()));
     S = Minutes(cf, office["HourFrom" + weekday].Value());
     E = Minutes(cf, office["HourTo" + weekday].Value());
   });
+  // Without an office there is no day to lay out: its message stands
+  // alone, not followed by the division that its missing unit would fail.
   int rows = 1;
-  resume([&] { rows = std::max(1, GridRows(S, E, U)); });
+  if (office_ok) resume([&] { rows = std::max(1, GridRows(S, E, U)); });
 
   vsp.DocName(heading);
   vsp.Orientation(landscape ? 1 : 0);
@@ -222,7 +226,7 @@ void clsReports::rptDaySheet(DateTime theDate, std::vector<int32_t>& Providers, 
     const std::string key = std::to_string(Providers[i]);
     db::Recordset emp;
     resume([&] { emp = Open("Select * from Employees where ID = " + key); });
-    if (emp.State() == 0 || emp.Eof()) continue;
+    if (emp.State() == 0 || emp.Eof() || !office_ok) continue;
     std::string hours;
     // Working hours: before the start and after the end is out of the office.
     resume([&] {
