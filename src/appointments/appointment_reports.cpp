@@ -59,6 +59,21 @@ std::string WorkPhone(clsCommonFunctions& cf, const db::Recordset& rs) {
   return phone;
 }
 
+// The joins, the period, the providers and the category that the day book
+// and the operatory list read alike.
+std::string DayBookFrom(const DateTime& dtStart, const DateTime& dtEnd, const std::string& ProviderFilter,
+                        int32_t Category) {
+  std::string sql =
+      " FROM PatientAppointments INNER JOIN Patient ON PatientAppointments.PatientID = Patient.ID "
+      "INNER JOIN Employees ON PatientAppointments.ProviderID = Employees.ID INNER JOIN "
+      "ProcedureCategories ON PatientAppointments.ProcedureCat = ProcedureCategories.ID WHERE "
+      "([Date] >= '" +
+      Day(dtStart) + "' AND [Date] <= '" + Day(dtEnd) + "')" +
+      ProviderCondition(ProviderFilter, "PatientAppointments.ProviderID");
+  if (Category != 0) sql += " AND ProcedureCat = " + std::to_string(Category);
+  return sql;
+}
+
 std::string EstimateText(const Variant& v) { return v.IsNull() ? "N/E" : Format(v, "Currency"); }
 
 // The day book and the operatory list walk their rows alike: a date bar
@@ -182,13 +197,8 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
       "SELECT Patient.FirstName AS PatientFirstName, Patient.HomePhone as HomePhone, "
       "Patient.OtherPhone as WorkPhone, Patient.OtherExt as WorkExt, Employees.LastName AS Provider, "
       "Patient.LastName AS PatientLastName, PatientAppointments.*, ProcedureCategories.Name AS "
-      "CategoryName, ProcedureCategories.ID as ProcedureCategoryID FROM PatientAppointments INNER "
-      "JOIN Patient ON PatientAppointments.PatientID = Patient.ID INNER JOIN Employees ON "
-      "PatientAppointments.ProviderID = Employees.ID INNER JOIN ProcedureCategories ON "
-      "PatientAppointments.ProcedureCat = ProcedureCategories.ID WHERE ([Date] >= '" +
-      Day(dtStart) + "' AND [Date] <= '" + Day(dtEnd) + "')" +
-      ProviderCondition(ProviderFilter, "PatientAppointments.ProviderID");
-  if (Category != 0) sql += " AND ProcedureCat = " + std::to_string(Category);
+      "CategoryName, ProcedureCategories.ID as ProcedureCategoryID" +
+      DayBookFrom(dtStart, dtEnd, ProviderFilter, Category);
   if (Complete) sql += " AND (Complete = 0 OR Complete IS NULL)";
   sql += " ORDER BY [Date], Provider, [Time]";
   db::Recordset rs = Open(sql);
@@ -245,14 +255,8 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
         "ISNULL(Patient.PreferredName, Patient.FirstName) AS PatientFirstName, Patient.HomePhone as "
         "HomePhone, Patient.OtherPhone as WorkPhone, Patient.OtherExt as WorkExt, Employees.LastName "
         "AS Provider, Patient.LastName AS PatientLastName, PatientAppointments.*, "
-        "ProcedureCategories.Name AS CategoryName, ProcedureCategories.ID as ProcedureCategoryID "
-        "FROM PatientAppointments INNER JOIN Patient ON PatientAppointments.PatientID = Patient.ID "
-        "INNER JOIN Employees ON PatientAppointments.ProviderID = Employees.ID INNER JOIN "
-        "ProcedureCategories ON PatientAppointments.ProcedureCat = ProcedureCategories.ID WHERE "
-        "([Date] >= '" +
-        Day(dtStart) + "' AND [Date] <= '" + Day(dtEnd) + "')" +
-        ProviderCondition(ProviderFilter, "PatientAppointments.ProviderID");
-    if (Category != 0) sql += " AND ProcedureCat = " + std::to_string(Category);
+        "ProcedureCategories.Name AS CategoryName, ProcedureCategories.ID as ProcedureCategoryID" +
+        DayBookFrom(dtStart, dtEnd, ProviderFilter, Category);
     sql += " ORDER BY [Date], Provider, [Time]";
     db::Recordset rs = Open(sql);
     vsp.TextAlign(0);
