@@ -148,8 +148,10 @@ void clsReports::rptDaySheet(DateTime theDate, std::vector<int32_t>& Providers, 
   // The height below the heading goes to the rows, so that the whole day
   // stands on one page: the text is Arial Narrow at 9 points where the rows
   // leave room for it, smaller on a long day.
+  // The paper's blank band at the foot, and as much again for the two
+  // header rows' taller text, stay clear.
   const double free_h = (vsp.PageHeight() - vsp.MarginBottom() - vsp.CurrentY() -
-                         frame::PrintSurface::kPaperInset)
+                         frame::PrintSurface::kPaperInset * 2)
                             .value();
   const double row_h = std::max(60.0, free_h / (rows + 2));
   const double points =
