@@ -436,6 +436,10 @@ int RunReportHost(const std::vector<std::string>& args) {
       Say("wrote " + files.front() + " (" + count + ")");
     else if (files.size() > 1)
       Say("wrote " + count + ": " + files.front() + " ... " + files.back());
+    // Some methods draw nothing by design (entries kept for older hosts, a
+    // slip without its appointment): say so rather than stay silent.
+    else if (result.IsEmpty())
+      Say(std::string(sig->name) + " drew nothing; no file was written");
   } catch (const ReportError& e) {
     form.DiscardWrites();
     Say("\norvenda-reports: " + std::string(sig->name) + " failed: " + e.description());

@@ -97,6 +97,42 @@ class clsReports {
   // Whether FamilyAppointmentsSummary would draw anything for `ID`.
   bool FamilyHasComingAppointments(int32_t ID);
 
+  // ---- The appointment report set ----
+  // Chains the sections whose flags are set, always in the order: day book,
+  // reschedules, incomplete, planned, treatment plans, operatory, booking;
+  // each after a new page but the first. `ProviderNames` is a provider
+  // filter ("ProviderID = 3 OR ProviderID = 5"; "" or "0": all).
+  // `Category` a ProcedureCategories.ID, 0 for all.
+  void rptAppointmentReports(bool blnApp, bool blnAppIncomplete, bool blnAppPlanned,
+                             bool blnAppReschedules, bool blnTreatmentPlans, bool blnOperatory,
+                             bool blnBooking, DateTime dtStart, DateTime dtEnd, std::string UserName,
+                             std::string ProviderNames, int32_t Category);
+  // The sections, drawn into the running document. `Complete` true lists
+  // only appointments not yet complete.
+  void srptAppointments(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                        int32_t Category = 0, bool Complete = false);
+  void srptOperatoryList(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd,
+                         int32_t Category);
+  void srptPlannedAppointmentsList(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd,
+                                   int32_t Category = 0);
+  void srptTreatmentPlansOutstanding(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd);
+  void srptAppointmentReschedules(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd);
+  // Units available and booked per provider and per team member, this
+  // period and the same period a year before.
+  void srptBookingDiagnostics(DateTime dtStart, DateTime dtEnd);
+  // Every patient's appointments; `txtfilter` a condition on Patient.
+  void rptAppointmentsByPatient(std::string txtfilter, std::string UserName);
+  // Entries kept for hosts that call them: they draw nothing.
+  void rptRescheduleAnalysis(int16_t theType, std::string Header);
+  void OverDueTreatmentPlans(DateTime StartDate, DateTime Enddate, std::string Header);
+  // One page for one day: a column per provider, a row per booking unit.
+  // Goes to the printer; the form's IsDaySheet is true during the run.
+  void rptDaySheet(DateTime theDate, std::vector<int32_t>& Providers, std::string UserName,
+                   std::string OfficeName);
+  // The slip that travels with the patient on the day of the appointment;
+  // `txtfilter` the condition after " where " of the appointment query.
+  void rptRoutingSlip(std::string txtfilter, std::string UserName);
+
   // ---- Invoices, receipts and bulk statements ----
   // One invoice on the office letterhead, addressed to the patient or, for a
   // minor with a primary holder, to the holder; previewed. An unknown

@@ -228,6 +228,7 @@ class Generator {
     Bulk();
     Compensation();
     ClaimsAndPlans();
+    AppointmentBook();
     DemoSummary s;
     s.patients = w_["Patient"]->rows();
     s.invoices = w_["Invoices"]->rows();
@@ -904,6 +905,85 @@ class Generator {
       }
     }
     return id;
+  }
+
+  // The week around today as the front desk books it, for the day sheet,
+  // the appointment set and the routing slip: every provider busy from
+  // three days back to four ahead, every category's colour, NULL estimates,
+  // unconfirmed and incomplete visits, reschedules marked 1, -1, 0 and
+  // NULL, and the providers' days off, partly free days and an extra
+  // Saturday. Written last and without the random stream, so that nothing
+  // generated before it changes.
+  void AppointmentBook() {
+    const int64_t patients = w_["Patient"]->rows();
+    if (patients == 0) return;
+    std::vector<int64_t> providers = dentists_;
+    providers.insert(providers.end(), hygienists_.begin(), hygienists_.end());
+    static const int kTimes[] = {540, 600, 650, 800, 870, 930};
+    static const char* const kReasons[] = {"Check the filling on 36", "Recall cleaning\r\nCheck gums", "",
+                                           "Crown prep", "Broken tooth, pain since Sunday", ""};
+    int64_t n = 0;
+    for (int64_t day = today_ - 3; day <= today_ + 4; ++day) {
+      if (WeekdayOf(day) == 0) continue;  // no bookings on Sundays
+      for (size_t k = 0; k < providers.size(); ++k) {
+        for (int slot = 0; slot < 6; ++slot, ++n) {
+          if ((n + k) % 4 == 3) continue;  // some gaps in the book
+          const bool past = day < today_;
+          auto& a = W("PatientAppointments");
+          a.Int("PatientID", 1 + (n * 7) % patients)
+              .Int("ProviderID", providers[k])
+              .Int("OverSeerID", dentists_[0])
+              .Int("ProcedureCat", 1 + n % 6)
+              .Text("Date", Iso(day))
+              .Int("Time", kTimes[slot])
+              .Int("Units", 1 + n % 5)
+              .Int("Message", n % 5 == 0 ? 1 : 0)
+              .Text("Template", n % 2 ? "Standard" : "Long visit")
+              .Int("EmployeeID", desk_[n % desk_.size()]);
+          if (kReasons[n % 6][0] != '\0') a.Text("Reason", kReasons[n % 6]);
+          if (n % 7 != 3) a.Cents("Estimate", 4500 + 2500 * (n % 9));
+          if (n % 3 != 1) a.Int("Confirmed", n % 3 == 0 ? 1 : -1);
+          if (past && n % 5 != 2) a.Int("Complete", 1);
+          else if (n % 2 == 0) a.Int("Complete", 0);
+          const int64_t id = a.Insert();
+          if (n % 6 == 1) {
+            static const int kMarks[] = {1, -1, 0, 2};  // 2: no mark at all
+            auto& d = W("PatientAppointmentDetails");
+            d.Int("AppointmentID", id)
+                .Text("Date", Iso(day - 2 - n % 5))
+                .Int("Time", kTimes[(slot + 2) % 6])
+                .Text("Specific", n % 4 == 0 ? "No show" : "Short notice")
+                .Text("Note", "Moved by phone")
+                .Int("EmployeeID", desk_[0]);
+            const int mark = kMarks[(n / 6) % 4];
+            if (mark != 2) d.Int("Reschedule?", mark);
+            d.Insert();
+          }
+        }
+      }
+    }
+    // Days off near today: a whole day, an afternoon, and a Saturday worked.
+    W("EmployeeHolidays")
+        .Int("EmployeeID", providers.back())
+        .Text("FromDate", Iso(today_ + 3))
+        .Text("ToDate", Iso(today_ + 3))
+        .Insert();
+    W("EmployeeHolidays")
+        .Int("EmployeeID", dentists_[0])
+        .Text("FromDate", Iso(today_ + 1))
+        .Text("ToDate", Iso(today_ + 1))
+        .Int("FromTime", 780)
+        .Int("ToTime", 900)
+        .Insert();
+    int64_t saturday = today_;
+    while (WeekdayOf(saturday) != 6) ++saturday;
+    W("EmployeeSpecialDays")
+        .Int("EmployeeID", dentists_.back())
+        .Text("StartDate", Iso(saturday))
+        .Text("EndDate", Iso(saturday))
+        .Int("StartTime", 540)
+        .Int("EndTime", 720)
+        .Insert();
   }
 
   void Plan(const FamilyState& fam, const Person& p) {
