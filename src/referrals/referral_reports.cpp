@@ -249,6 +249,8 @@ void clsReports::srptReferringDentistDetailed(DateTime StartDate, DateTime Endda
     frame::PrintSurface& vsp = VSP();
     clsCommonFunctions& cf = Common();
     const std::string period = SignupPeriod(StartDate, Enddate);
+    // An active patient is one whose [Active?] flag is set: the practice
+    // stores true as -1, and a test for 1 would list nobody.
     // The providers chosen filter the patients by their preferred doctor.
     std::string providers;
     for (int32_t id : arrProviderIDs)
@@ -367,8 +369,8 @@ void clsReports::srptReferringDentistDetailed(DateTime StartDate, DateTime Endda
       if (providers.empty()) {
         db::Recordset unknown = Open(
             columns +
-            "isnull(Patient.DoctorID,0) not in (select id from Employees) and patient.[active?] "
-            "= 1 and patient.Fullname is not NULL and Patient.AccountholderOnly = 0 and " +
+            "isnull(Patient.DoctorID,0) not in (select id from Employees) and "
+            "ISNULL(patient.[active?], 0) <> 0 and patient.Fullname is not NULL and Patient.AccountholderOnly = 0 and " +
             period + " ORDER BY Patient.LastName, Patient.FirstName");
         long n = 0;
         const std::string body = rows_of(unknown, n);
