@@ -225,6 +225,7 @@ class Generator {
     Patients();
     ClosingMonths();
     Bulk();
+    ReferralHistory();
     DemoSummary s;
     s.patients = w_["Patient"]->rows();
     s.invoices = w_["Invoices"]->rows();
@@ -236,6 +237,7 @@ class Generator {
 
  private:
   RowWriter& W(const char* table) { return *w_.at(table); }
+  int producers_with_criteria_ = 0;
 
   void Open() {
     for (const auto& t : Tables()) w_[t.name] = std::make_unique<RowWriter>(db_, t.name);
@@ -565,13 +567,7 @@ class Generator {
       if (producer) {
         for (const auto& ins : insurers_)
           W("EmployeeBPN").Int("EmployeeID", e.id).Int("InsuranceID", ins.id).Text("BPN", Digits(9)).Insert();
-        W("ReferralAlerts")
-            .Int("EmployeeID", e.id)
-            .Int("AtLeast", rng_.Range(1, 3))
-            .Real("InLast", 30)
-            .Real("AverageOver", 180)
-            .Real("AlertWhen", 25)
-            .Insert();
+        ReferralCriteria(e.id, rng_.Range(1, 3));
       }
       if (role.commission > 0 || (role.type == 3 && i == 0)) {
         auto& s = W("EmployeeCodeSplit");
@@ -1651,6 +1647,61 @@ class Generator {
 
   // Insurer deposits of one day become bulk payments; the invoices paid off
   // get their final figures.
+  // Referral alert criteria of a producer: most compare 30 days with 180
+  // (a whole ratio, 6), the second producer 30 with 45 (1.5), and the third
+  // has none, so that the alerts warn about a provider without criteria.
+  void ReferralCriteria(int64_t employee, int64_t at_least) {
+    ++producers_with_criteria_;
+    if (producers_with_criteria_ == 3) return;
+    const bool fractional = producers_with_criteria_ == 2;
+    W("ReferralAlerts")
+        .Int("EmployeeID", employee)
+        .Int("AtLeast", fractional ? 1 : at_least)
+        .Real("InLast", 30)
+        .Real("AverageOver", fractional ? 45 : 180)
+        .Real("AlertWhen", 25)
+        .Insert();
+  }
+
+  // New patients sent by the referring dentists over the last half year,
+  // not yet seen (no invoices): Halloran sent 18 until a month ago and none
+  // since (stopped); Roybal 23 before the last month and 1 in it
+  // (slackened, a drop of 75 %); Quaresma 13 and 2 (a smaller drop);
+  // Osei-Lindqvist 10 and 2, as steady as ever. A sixth referrer, Dr. Noor
+  // Castellanos, has sent nobody yet. Days counted back from today.
+  void ReferralHistory() {
+    W("ReferringDentists").Int("ID", 7).Text("Title", "Dr.").Text("Name", "Noor")
+        .Text("LastName", "Castellanos").Text("Phone", "6135550177").Text("City", "Kingston")
+        .Text("Prov", "ON").Insert();
+    struct Batch {
+      int dentist, older, recent;
+    };
+    static const Batch kBatches[] = {{2, 18, 0}, {3, 23, 1}, {4, 13, 2}, {1, 10, 2}};
+    static const char* const kFirst[] = {"Avery", "Jordan", "Quinn", "Rowan", "Sasha", "Tatum"};
+    static const char* const kLast[] = {"Bellweather", "Cardenas", "Drummond", "Ferreira",
+                                        "Gallant", "Hebert", "Ishikawa"};
+    int64_t id = o_.patients + 1;
+    int n = 0;
+    for (const Batch& b : kBatches) {
+      for (int i = 0; i < b.older + b.recent; ++i, ++id, ++n) {
+        // The older ones spread over 35 to 170 days ago, the recent ones
+        // within the last 25 days.
+        const int64_t ago = i < b.older ? 35 + (135 * i) / std::max(1, b.older - 1)
+                                        : 3 + 10 * (i - b.older);
+        const std::string first = kFirst[n % 6], last = kLast[n % 7];
+        W("Patient").Int("ID", id).Text("FirstName", first).Text("LastName", last)
+            .Text("Title", n % 2 ? "Ms." : "Mr.").Text("FullName", first + " " + last)
+            .Text("SignupDate", Iso(today_ - ago, 600)).Int("Active?", -1)
+            .Int("AccountholderOnly", 0).Int("ResponsibleFamilyMemberID", id)
+            .Int("DoctorID", dentists_[n % dentists_.size()]).Int("categoryID", 1 + n % 3)
+            .Int("OfficeID", 1).Int("DefaultOfficeID", 1).Text("Language", "E")
+            .Int("ReferringDentistID", b.dentist).Text("RefferedBy", "0")
+            .Text("ReferalReason", n % 3 ? "Second opinion" : "Orthodontic assessment")
+            .Text("ReferredByAddID", "Dentist").Insert();
+      }
+    }
+  }
+
   void Bulk() {
     for (const auto& [key, payments] : bulk_) {
       int64_t sum = 0;
