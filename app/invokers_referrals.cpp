@@ -7,9 +7,8 @@ namespace orv::app {
 namespace {
 
 InvokerRegistrar referral_reports("rptReferralReports", [](clsReports& r, const MethodArgs& a) {
-  r.rptReferralReports(a.Bool(0), a.Bool(1), a.Bool(2), a.Bool(3), a.Bool(4), a.Bool(5),
-                       a.Date(6), a.Date(7), a.Str(8), a.Str(9), a.Long(10), a.LongArray(11),
-                       a.Long(12));
+  r.rptReferralReports(a.Bool(0), a.Bool(1), a.Bool(2), a.Bool(3), a.Bool(4), a.Bool(5), a.Date(6),
+                       a.Date(7), a.Str(8), a.Str(9), a.Long(10), a.LongArray(11), a.Long(12));
   return Variant();
 });
 InvokerRegistrar dentist_list("srptReferringDentistList", [](clsReports& r, const MethodArgs&) {
@@ -25,12 +24,11 @@ InvokerRegistrar dentist_summary("srptReferringDentistSummary",
                                    r.srptReferringDentistSummary(a.Date(0), a.Date(1), a.Long(2));
                                    return Variant();
                                  });
-InvokerRegistrar dentist_detailed("srptReferringDentistDetailed",
-                                  [](clsReports& r, const MethodArgs& a) {
-                                    r.srptReferringDentistDetailed(a.Date(0), a.Date(1),
-                                                                   a.LongArray(2), a.Long(3));
-                                    return Variant();
-                                  });
+InvokerRegistrar dentist_detailed("srptReferringDentistDetailed", [](clsReports& r,
+                                                                     const MethodArgs& a) {
+  r.srptReferringDentistDetailed(a.Date(0), a.Date(1), a.LongArray(2), a.Long(3));
+  return Variant();
+});
 InvokerRegistrar by_patient("srptRefferedByPatient", [](clsReports& r, const MethodArgs& a) {
   r.srptRefferedByPatient(a.Date(0), a.Date(1));
   return Variant();

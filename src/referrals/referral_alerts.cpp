@@ -145,9 +145,9 @@ void clsReports::srptReferralAlerts(std::string EmployeeID) {
     const double e2 = cf.ReturnVal(rs["expr2"].Value());
     drops.AddNew();
     drops["ReferringDentistID"].Value(id);
-    drops["ReferringDentistName"].Value(Variant(
-        cf.returnStr(ReturnLookupValue("ReferringDentists", "ID", id, "Name"), true) + " " +
-        cf.returnStr(ReturnLookupValue("ReferringDentists", "ID", id, "LastName"), true)));
+    drops["ReferringDentistName"].Value(
+        Variant(cf.returnStr(ReturnLookupValue("ReferringDentists", "ID", id, "Name"), true) + " " +
+                cf.returnStr(ReturnLookupValue("ReferringDentists", "ID", id, "LastName"), true)));
     std::string phone =
         cf.returnStr(ReturnLookupValue("ReferringDentists", "ID", id, "Phone"), true);
     drops["ReferringDentistPhone"].Value(Variant(phone.substr(0, 20)));

@@ -8,6 +8,7 @@
 
 #include "closing/closing_common.h"
 #include "closing/fee_columns.h"
+#include "closing/hygiene_production.h"
 #include "common/common_functions.h"
 #include "common/format.h"
 #include "frame/preview_form.h"
@@ -21,7 +22,9 @@ namespace {
 
 constexpr uint32_t kGroupColor = 0xE0E0E0;
 
-std::string Money(Currency c) { return Format(Variant(c), "###,###,##0.00;(###,###,##0.00)"); }
+std::string Money(Currency c) {
+  return Format(Variant(c), "###,###,##0.00;(###,###,##0.00)");
+}
 
 bool InPeriod(const Variant& v, DateTime start, DateTime end) {
   if (v.IsNull() || v.IsEmpty()) return false;
@@ -78,8 +81,7 @@ void clsReports::srptReferralPayments(DateTime dtStartDate, DateTime dtEndDate,
       "FROM InvoicePayments INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = "
       "PaymentTypes.ID INNER JOIN Patient ON Patient.ID = InvoicePayments.PatientID WHERE "
       "InvoicePayments.CheckDate >= '" +
-      start + "' AND InvoicePayments.CheckDate <= '" + end +
-      "' ORDER BY ReferringDentistID, ID");
+      start + "' AND InvoicePayments.CheckDate <= '" + end + "' ORDER BY ReferringDentistID, ID");
   while (!rs.Eof()) {
     Row* r = RowOf(Rows, index, rs["ReferringDentistID"].Value());
     const Currency amount = cf.ReturnCur(rs["Payment"].Value());
@@ -133,17 +135,16 @@ void clsReports::ReferralProductSumReport(DateTime dtStartDate, DateTime dtEndDa
   const std::string end = dtEndDate.ToIsoDate();
   const std::string clause =
       "((InvoiceDetails.EntryDate >= '" + start + "' and InvoiceDetails.EntryDate <= '" + end +
-      "') OR (Invoices.CancellationDate >= '" + start +
-      "' and Invoices.CancellationDate <= '" + end +
-      "')  OR (InvoicePayments.CheckDate >= '" + start +
+      "') OR (Invoices.CancellationDate >= '" + start + "' and Invoices.CancellationDate <= '" +
+      end + "')  OR (InvoicePayments.CheckDate >= '" + start +
       "' and InvoicePayments.CheckDate <= '" + end + "' And [Adjustment?] = 1 ))";
 
   // Step 3: a row per referring dentist, in memory, and the Total.
   std::vector<Row> rows;
   {
-    db::Recordset rs =
-        Open("Select ID, ReferringDentists.Name, ReferringDentists.LastName FROM "
-             "ReferringDentists");
+    db::Recordset rs = Open(
+        "Select ID, ReferringDentists.Name, ReferringDentists.LastName FROM "
+        "ReferringDentists");
     while (!rs.Eof()) {
       Row r;
       r.id = static_cast<int32_t>(cf.ReturnVal(rs["ID"].Value()));
@@ -159,10 +160,7 @@ void clsReports::ReferralProductSumReport(DateTime dtStartDate, DateTime dtEndDa
   // its first row, each adjustment allocation on its own row. Every
   // complete line counts, "-00100" included: this report credits what the
   // patient was billed, not the production by code.
-  struct Hygiene {
-    Currency production, lab;
-  };
-  std::map<int32_t, Hygiene> by_provider;
+  std::map<int32_t, closing::HygieneFigures> by_provider;
   db::Recordset rs = Open(
       "SELECT InvoiceDetails.ID, InvoiceDetails.Cost, InvoiceDetails.[Date], InvoiceDetails.Code, "
       "Patient.ReferringDentistID, Patient.ID AS Expr1, Invoices.PatientID,   Invoices.Cancelled, "
@@ -170,7 +168,8 @@ void clsReports::ReferralProductSumReport(DateTime dtStartDate, DateTime dtEndDa
       "InvoiceDetails.ProviderID, PaymentTypes.RecAfterDep,  PaymentTypes.[Adjustment?], "
       "PaymentTypes.[ToTotalPaid?], PaymentTypes.NSF, PaymentTypes.OfficePayment, "
       "InvoiceDetails.EntryDate,  InvoicePaymentAllocations.Amount, InvoicePayments.CheckDate, "
-      "PaymentTypes.Refund, InvoicePayments.[Value], Invoices.OverseerID, InvoiceDetails.ProviderID "
+      "PaymentTypes.Refund, InvoicePayments.[Value], Invoices.OverseerID, "
+      "InvoiceDetails.ProviderID "
       "AS IvProv FROM InvoiceDetails INNER JOIN Invoices ON InvoiceDetails.InvoiceID = Invoices.ID "
       "INNER JOIN Patient ON Invoices.PatientID = Patient.ID LEFT OUTER JOIN  "
       "InvoicePaymentAllocations on InvoiceDetails.ID = InvoicePaymentAllocations.InvoiceDetailsID "
@@ -207,7 +206,8 @@ void clsReports::ReferralProductSumReport(DateTime dtStartDate, DateTime dtEndDa
       }
       // The hygienists' section keeps the same walk by the line's
       // provider, whoever referred the patient.
-      Hygiene& h = by_provider[static_cast<int32_t>(cf.ReturnVal(rs["IvProv"].Value()))];
+      closing::HygieneFigures& h =
+          by_provider[static_cast<int32_t>(cf.ReturnVal(rs["IvProv"].Value()))];
       if (column == closing::FeeColumn::Lab) {
         h.lab += fee;
       } else {
@@ -275,49 +275,11 @@ void clsReports::ReferralProductSumReport(DateTime dtStartDate, DateTime dtEndDa
   vsp.TableHeaderRows(2);
   vsp.EndTable();
 
-  // Step 7: the hygienists.
-  vsp.FontBold(true);
-  vsp.FontSize(11);
-  vsp.TextAlign(0);
-  vsp.Text("Hygiene Production Report");
-  vsp.FontSize(9);
-  vsp.FontBold(false);
-  std::string hyg_body;
-  {
-    db::Recordset hyg =
-        Open("Select ID, LastName, FirstName from Employees where TypeID = 5 ORDER BY LastName");
-    struct HygRow {
-      std::string name;
-      Currency production, lab;
-    };
-    std::vector<HygRow> hyg_rows;
-    Currency all;
-    while (!hyg.Eof()) {
-      auto it = by_provider.find(static_cast<int32_t>(cf.ReturnVal(hyg["ID"].Value())));
-      if (it != by_provider.end() &&
-          !(it->second.production.IsZero() && it->second.lab.IsZero())) {
-        hyg_rows.push_back({cf.returnStr(hyg["LastName"].Value()) + ", " +
-                                cf.returnStr(hyg["FirstName"].Value()),
-                            it->second.production, it->second.lab});
-        all += it->second.production + it->second.lab;
-      }
-      hyg.MoveNext();
-    }
-    Currency t_prod, t_lab;
-    for (const HygRow& h : hyg_rows) {
-      const Currency total = h.production + h.lab;
-      const std::string share =
-          all.IsZero() ? "0.00" : Format(Variant(total / all * 100), "##0.00");
-      hyg_body += frame::EscapeCell(h.name) + "|" + Money(h.production) + "|" + Money(h.lab) +
-                  "|" + Money(total) + "|" + share + ";";
-      t_prod += h.production;
-      t_lab += h.lab;
-    }
-    hyg_body += "Hygenists Totals|" + Money(t_prod) + "|" + Money(t_lab) + "|" +
-                Money(t_prod + t_lab) + "|" + (all.IsZero() ? "0.00" : "100.00") + ";";
-  }
-  vsp.AddTable("<2in|>1.02in|>.8in|>.95in|>.7in",
-               "Hygienist|Production($)|Lab($)|Total($)|Total(%)", hyg_body, kHeaderColor);
+  // Step 7: the hygienists, those with a figure in the period.
+  std::map<int32_t, closing::HygieneFigures> hygiene;
+  for (const auto& [id, f] : by_provider)
+    if (!(f.production.IsZero() && f.lab.IsZero())) hygiene[id] = f;
+  closing::PrintHygieneProduction(*this, hygiene);
 
   if (own_document) {
     PrintPageFooters(kPrintedBy);

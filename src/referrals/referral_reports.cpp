@@ -133,8 +133,8 @@ void clsReports::srptReferringDentistList() {
     db::Recordset last = Open("SELECT TOP 1 SignupDate from Patient where ReferringDentistID = " +
                               CStr(rs["ID"].Value()) + " ORDER BY SignupDate DESC");
     if (!last.Eof() && !last["SignupDate"].Value().IsNull()) {
-      body += frame::EscapeCell(name) + "|" +
-              Format(last["SignupDate"].Value(), "mmm/dd/yyyy") + ";";
+      body +=
+          frame::EscapeCell(name) + "|" + Format(last["SignupDate"].Value(), "mmm/dd/yyyy") + ";";
     } else {
       body += frame::EscapeCell(name) + "| N/A ;";
     }
@@ -193,8 +193,7 @@ void clsReports::srptReferringDentistType(DateTime dtStart, DateTime dtEnd) {
   }
 }
 
-void clsReports::srptReferringDentistSummary(DateTime Stardate, DateTime Enddate,
-                                             int32_t SortBy) {
+void clsReports::srptReferringDentistSummary(DateTime Stardate, DateTime Enddate, int32_t SortBy) {
   // SortBy is accepted: the summary is always by the dentists' names.
   (void)SortBy;
   const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
@@ -218,9 +217,9 @@ void clsReports::srptReferringDentistSummary(DateTime Stardate, DateTime Enddate
       ++count;
       // Billing and payments over all time, on the finished invoices of
       // the patients who signed up in the period.
-      db::Recordset inv = Open("Select ID, InvoiceTotal from Invoices where PatientID = " +
-                               CStr(patients["ID"].Value()) +
-                               " and [Complete?] <> 0 and not [Complete?] is null");
+      db::Recordset inv =
+          Open("Select ID, InvoiceTotal from Invoices where PatientID = " +
+               CStr(patients["ID"].Value()) + " and [Complete?] <> 0 and not [Complete?] is null");
       while (!inv.Eof()) {
         billing += cf.ReturnCur(inv["InvoiceTotal"].Value());
         payments += accounts.ReturnInvoicePaid(
@@ -237,13 +236,11 @@ void clsReports::srptReferringDentistSummary(DateTime Stardate, DateTime Enddate
     RaiseProgress(rs);
     rs.MoveNext();
   }
-  vsp.AddTable("<!3in|^!1in|>1in|>1in", "Dentist|# Patients|Billing|Payments", body,
-               kHeaderColor);
+  vsp.AddTable("<!3in|^!1in|>1in|>1in", "Dentist|# Patients|Billing|Payments", body, kHeaderColor);
 }
 
 void clsReports::srptReferringDentistDetailed(DateTime StartDate, DateTime Enddate,
-                                              std::vector<int32_t> arrProviderIDs,
-                                              int32_t SortBy) {
+                                              std::vector<int32_t> arrProviderIDs, int32_t SortBy) {
   try {
     const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
     frame::PrintSurface& vsp = VSP();
@@ -283,7 +280,8 @@ void clsReports::srptReferringDentistDetailed(DateTime StartDate, DateTime Endda
               : "SELECT ID,(referringDentists.Title + ' ' + referringDentists.Name + ' ' + "
                 "referringDentists.LastName) AS ReferringDoctor from ReferringDentists order by "
                 "(select count(ID) from Patient where Patient.ReferringDentistID = "
-                "ReferringDentists.ID and ISNULL(patient.[active?], 0) <> 0 and Patient.AccountholderOnly = 0 "
+                "ReferringDentists.ID and ISNULL(patient.[active?], 0) <> 0 and "
+                "Patient.AccountholderOnly = 0 "
                 "and Patient.FullName is not NULL and " +
                     period + ") DESC, LastName";
       db::Recordset patients = Open(
@@ -294,7 +292,8 @@ void clsReports::srptReferringDentistDetailed(DateTime StartDate, DateTime Endda
           "+ ' ' + referringDentists.Name + ' ' + referringDentists.LastName) AS ReferringDoctor, "
           "Patient.ReferalReason, Patient.ReferringDentistID from patient inner join "
           "referringDentists on Patient.ReferringDentistID = ReferringDentists.ID where "
-          "ISNULL(patient.[active?], 0) <> 0 and Patient.AccountholderOnly = 0 and Patient.FullName is not "
+          "ISNULL(patient.[active?], 0) <> 0 and Patient.AccountholderOnly = 0 and "
+          "Patient.FullName is not "
           "NULL and " +
           period + provider_filter + " ORDER BY Patient.LastName, Patient.FirstName");
       db::Recordset rs = Open(dentists);
@@ -343,11 +342,12 @@ void clsReports::srptReferringDentistDetailed(DateTime StartDate, DateTime Endda
       };
       const char* format = "<1.8in|<1.2in|1in|1.8in|1.7in";
       const char* header = "Patient|Date|Category|Referring Dentist|Notes";
-      db::Recordset known = Open(
-          columns +
-          "Patient.DoctorID in (select id from Employees) and ISNULL(patient.[active?], 0) <> 0 and "
-          "Patient.AccountholderOnly = 0 and Patient.FullName is not NULL and " +
-          period + provider_filter + " ORDER BY Patient.LastName, Patient.FirstName");
+      db::Recordset known =
+          Open(columns +
+               "Patient.DoctorID in (select id from Employees) and ISNULL(patient.[active?], 0) <> "
+               "0 and "
+               "Patient.AccountholderOnly = 0 and Patient.FullName is not NULL and " +
+               period + provider_filter + " ORDER BY Patient.LastName, Patient.FirstName");
       db::Recordset emp = Open(
           "SELECT ID, FirstName, LastName, [Professional Title] as Title, Fullname from "
           "Employees ORDER BY LastName, FirstName");
@@ -367,11 +367,12 @@ void clsReports::srptReferringDentistDetailed(DateTime StartDate, DateTime Endda
       // Patients whose preferred doctor is no employee (or none), when no
       // providers were chosen: chosen providers are employees.
       if (providers.empty()) {
-        db::Recordset unknown = Open(
-            columns +
-            "isnull(Patient.DoctorID,0) not in (select id from Employees) and "
-            "ISNULL(patient.[active?], 0) <> 0 and patient.Fullname is not NULL and Patient.AccountholderOnly = 0 and " +
-            period + " ORDER BY Patient.LastName, Patient.FirstName");
+        db::Recordset unknown =
+            Open(columns +
+                 "isnull(Patient.DoctorID,0) not in (select id from Employees) and "
+                 "ISNULL(patient.[active?], 0) <> 0 and patient.Fullname is not NULL and "
+                 "Patient.AccountholderOnly = 0 and " +
+                 period + " ORDER BY Patient.LastName, Patient.FirstName");
         long n = 0;
         const std::string body = rows_of(unknown, n);
         group("Doctor Name Unspecified", format, header, body, n);

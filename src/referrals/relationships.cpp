@@ -44,10 +44,10 @@ bool clsReports::CheckRelationships(std::string strLookupTable, std::string lngF
   // would not show them.
   bool broken = false;
   {
-    db::Recordset rs = Open("SELECT DISTINCT " + lngFkField + " From " + strForeignKeyTable +
-                            " WHERE (NOT EXISTS (SELECT 1 From " + strLookupTable + " WHERE " +
-                            strLookupTable + "." + lngField + " = " + strForeignKeyTable + "." +
-                            lngFkField + "))");
+    db::Recordset rs =
+        Open("SELECT DISTINCT " + lngFkField + " From " + strForeignKeyTable +
+             " WHERE (NOT EXISTS (SELECT 1 From " + strLookupTable + " WHERE " + strLookupTable +
+             "." + lngField + " = " + strForeignKeyTable + "." + lngFkField + "))");
     if (!rs.Eof()) broken = true;
   }
   {
@@ -73,8 +73,7 @@ bool clsReports::CheckRelationships(std::string strLookupTable, std::string lngF
   return true;
 }
 
-void clsReports::RepairRelationships(const std::string& strLookupTable,
-                                     const std::string& lngField,
+void clsReports::RepairRelationships(const std::string& strLookupTable, const std::string& lngField,
                                      const std::string& strForeignKeyTable,
                                      const std::string& lngFkField) {
   // Both placeholders and both updates go in one transaction: a failure
@@ -98,8 +97,7 @@ void clsReports::RepairRelationships(const std::string& strLookupTable,
     } else {
       // A write that changes nothing takes SQLite's write lock at once, as
       // BEGIN IMMEDIATE would.
-      c.Execute("UPDATE " + strLookupTable + " SET " + lngField + " = " + lngField +
-                " WHERE 1=0");
+      c.Execute("UPDATE " + strLookupTable + " SET " + lngField + " = " + lngField + " WHERE 1=0");
     }
     const int64_t no_referring = Placeholder(*this, strLookupTable, "No Referring", "Dentist");
     const int64_t deleted = Placeholder(*this, strLookupTable, "Deleted", "Referring Dentist");

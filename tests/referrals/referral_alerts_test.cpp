@@ -30,12 +30,16 @@ TEST_F(ReferralAlerts, WholeRatioStoppedAndSlackenedDentists) {
       // expected, 3 came: 3 is not under the bar, so he stands nowhere
       // though his drop is 25 %. Park: 10 / 4 is 2 in whole numbers, under
       // the bar.
-      {"bar 3", 3, {"Cy Moss\n12.00 3. 0 100 %", "Ada Lind\n16.00 4. 1 75. %"},
+      {"bar 3",
+       3,
+       {"Cy Moss\n12.00 3. 0 100 %", "Ada Lind\n16.00 4. 1 75. %"},
        {"Bo Kerr", "Di Park"}},
       // With a bar of 2 Park stands among the stopped dentists with 2, not
       // 2.5: the count is divided by a whole R in the database. Lind still
       // counts (1 under 2); Kerr's 3 does not.
-      {"bar 2", 2, {"Di Park\n8.00 2. 0 100 %", "Cy Moss\n12.00 3. 0 100 %", "Ada Lind\n16.00 4. 1 75. %"},
+      {"bar 2",
+       2,
+       {"Di Park\n8.00 2. 0 100 %", "Cy Moss\n12.00 3. 0 100 %", "Ada Lind\n16.00 4. 1 75. %"},
        {"Bo Kerr", "10.00", "2.5"}},
   };
   for (const Case& c : cases) {

@@ -52,24 +52,7 @@ FROM n JOIN plan ON n.i >= plan.first AND n.i < plan.first + plan.cnt;
 
 class ReferralTest : public ProductionTest {
  protected:
-  void SetUp() override {
-    AccountFixture::SetUpPractice(std::string(kProductionRows) + kReferralRows);
-    if (IsSkipped() || HasFatalFailure()) return;
-    settings_ = (std::filesystem::temp_directory_path() /
-                 ("orv-referral-settings-" + std::to_string(::getpid()) + ".ini"))
-                    .string();
-    std::filesystem::remove(settings_);
-    host::SetAppSettings(host::SettingsStore(settings_));
-    form.SetNotifier([](const std::string&) {});
-    reports.Connection(conn_);
-    reports.SetPrintPreview(&form);
-    reports.SetHostServices(&host);
-    reports.OfficeID = 1;
-  }
-  void TearDown() override {
-    ProductionTest::TearDown();
-    if (!settings_.empty()) std::filesystem::remove(settings_);
-  }
+  void SetUp() override { SetUpWith(kReferralRows); }
   // Rows read back through the component's own connection.
   std::string Scalar(const std::string& sql) {
     db::Recordset rs;
@@ -82,9 +65,6 @@ class ReferralTest : public ProductionTest {
     for (const auto& m : host.messages) n += m.title == title;
     return n;
   }
-
- private:
-  std::string settings_;
 };
 
 }  // namespace orv::testing

@@ -22,8 +22,9 @@ TEST_F(ReferralProduction, FeesOncePerLineAllocationsEachAndTheTotalIsTheSum) {
   // 74 50: dental 160; 72 20: labs; adjustments -10 and -5 applied, and
   // payment 204 of the account practice (a write-off type, 40, cheque
   // 11-21, on no line): 25; net 160 + 20 + 25.
-  EXPECT_TRUE(Has("Lind, Ada 250.00 200.00 0.00 450.00 (15.00) 435.00 160.00 20.00 25.00 "
-                  "205.00"))
+  EXPECT_TRUE(
+      Has("Lind, Ada 250.00 200.00 0.00 450.00 (15.00) 435.00 160.00 20.00 25.00 "
+          "205.00"))
       << Text();
   // Kerr (patient 3): the reversal 75 -120, the -00100 line -50 and its
   // 00100 50 all count; 79 entered 11-03 and cancelled 11-20 nets to 0;
@@ -89,8 +90,8 @@ TEST_F(ReferralRepair, NoLeavesTheDataYesRepairsAndASecondRunAsksNothing) {
 
   // No: nothing written, and False.
   host.answer = host::vbNo;
-  EXPECT_FALSE(reports.CheckRelationships("ReferringDentists", "ID", "Patient",
-                                          "ReferringDentistID"));
+  EXPECT_FALSE(
+      reports.CheckRelationships("ReferringDentists", "ID", "Patient", "ReferringDentistID"));
   EXPECT_EQ(Asked("Invalid Relationship"), 1);
   EXPECT_NE(host.messages.back().prompt.find("(For an accurate report please choose 'Yes'"),
             std::string::npos);
@@ -100,10 +101,10 @@ TEST_F(ReferralRepair, NoLeavesTheDataYesRepairsAndASecondRunAsksNothing) {
   // Yes: the two placeholders are made, the NULLs go under No Referring
   // Dentist and the dangling key under Deleted Referring Dentist.
   host.answer = host::vbYes;
-  EXPECT_TRUE(reports.CheckRelationships("ReferringDentists", "ID", "Patient",
-                                         "ReferringDentistID"));
-  const std::string no_ref =
-      Scalar("SELECT ID FROM ReferringDentists WHERE Name = 'No Referring' AND LastName = 'Dentist'");
+  EXPECT_TRUE(
+      reports.CheckRelationships("ReferringDentists", "ID", "Patient", "ReferringDentistID"));
+  const std::string no_ref = Scalar(
+      "SELECT ID FROM ReferringDentists WHERE Name = 'No Referring' AND LastName = 'Dentist'");
   const std::string deleted = Scalar(
       "SELECT ID FROM ReferringDentists WHERE Name = 'Deleted' AND LastName = 'Referring Dentist'");
   ASSERT_NE(no_ref, "<none>");
@@ -114,8 +115,8 @@ TEST_F(ReferralRepair, NoLeavesTheDataYesRepairsAndASecondRunAsksNothing) {
 
   // Again: nothing broken, no question, True, no third placeholder.
   host.messages.clear();
-  EXPECT_TRUE(reports.CheckRelationships("ReferringDentists", "ID", "Patient",
-                                         "ReferringDentistID"));
+  EXPECT_TRUE(
+      reports.CheckRelationships("ReferringDentists", "ID", "Patient", "ReferringDentistID"));
   EXPECT_TRUE(host.messages.empty());
   EXPECT_EQ(Scalar("SELECT COUNT(*) FROM ReferringDentists"), "6");
 }
@@ -134,19 +135,21 @@ TEST_F(ReferralRepair, AnsweredNoTheReportDropsPatientsWithoutADentistRow) {
   reports.SetPrintPreview(&doc);
   host.answer = host::vbYes;
   reports.ReferralProductSumReport(Nov(1), Nov(30), "dana");
-  EXPECT_NE(DocumentText(doc.VSP.Document())
-                .find("Referring Dentist, 250.00 200.00 0.00 450.00 (15.00) 435.00 160.00 20.00 25.00 "
-                      "205.00\nDeleted"),
-            std::string::npos)
+  EXPECT_NE(
+      DocumentText(doc.VSP.Document())
+          .find("Referring Dentist, 250.00 200.00 0.00 450.00 (15.00) 435.00 160.00 20.00 25.00 "
+                "205.00\nDeleted"),
+      std::string::npos)
       << DocumentText(doc.VSP.Document());
 }
 
 TEST_F(ReferralRepair, AFailureAfterTheFirstUpdateLeavesNothingChanged) {
   if (OnServerEngine()) GTEST_SKIP() << "the failure is injected by a SQLite trigger";
-  Exec("UPDATE Patient SET ReferringDentistID = 99 WHERE ID = 2;"
-       "CREATE TRIGGER fail_second_update BEFORE UPDATE OF ReferringDentistID ON Patient "
-       "WHEN NEW.ReferringDentistID = (SELECT ID FROM ReferringDentists WHERE Name = 'Deleted') "
-       "BEGIN SELECT RAISE(ABORT, 'disk full'); END;");
+  Exec(
+      "UPDATE Patient SET ReferringDentistID = 99 WHERE ID = 2;"
+      "CREATE TRIGGER fail_second_update BEFORE UPDATE OF ReferringDentistID ON Patient "
+      "WHEN NEW.ReferringDentistID = (SELECT ID FROM ReferringDentists WHERE Name = 'Deleted') "
+      "BEGIN SELECT RAISE(ABORT, 'disk full'); END;");
   host.answer = host::vbYes;
   reports.ReferralProductSumReport(Nov(1), Nov(30), "dana");
   EXPECT_EQ(Asked("Unspecified Error"), 1);
@@ -161,8 +164,8 @@ TEST_F(ReferralRepair, AFailureAfterTheFirstUpdateLeavesNothingChanged) {
 }
 
 TEST_F(ReferralRepair, AnUnknownTableIsTheDatabasesErrorAndWritesNothing) {
-  EXPECT_ANY_THROW(reports.CheckRelationships("NoSuchTable", "ID", "Patient",
-                                              "ReferringDentistID"));
+  EXPECT_ANY_THROW(
+      reports.CheckRelationships("NoSuchTable", "ID", "Patient", "ReferringDentistID"));
   EXPECT_ANY_THROW(reports.CheckRelationships("ReferringDentists", "ID", "Patient", "NoColumn"));
   EXPECT_EQ(Scalar("SELECT COUNT(*) FROM ReferringDentists"), "4");
   EXPECT_TRUE(host.messages.empty());

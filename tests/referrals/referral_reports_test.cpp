@@ -10,7 +10,9 @@ namespace {
 
 using ReferralPackage = ReferralTest;
 
-DateTime Oct1() { return DateTime::FromParts(2026, 10, 1); }
+DateTime Oct1() {
+  return DateTime::FromParts(2026, 10, 1);
+}
 
 TEST_F(ReferralPackage, DetailsInEachOrder) {
   struct Case {
@@ -21,14 +23,21 @@ TEST_F(ReferralPackage, DetailsInEachOrder) {
     const char* grand;  // null: no details at all
   };
   const Case cases[] = {
-      {"by referring dentist, by name", 1, "By Referring Dentist",
+      {"by referring dentist, by name",
+       1,
+       "By Referring Dentist",
        {"Total: 3 for Dr. Bo Kerr", "Total: 1 for Dr. Ada Lind", "Total: 2 for Dr. Di Park"},
        "Grand Total: 6 Referring Dentists"},
-      {"by number, most first", 3, "By Number of Referred Patients",
+      {"by number, most first",
+       3,
+       "By Number of Referred Patients",
        {"Total: 3 for Dr. Bo Kerr", "Total: 2 for Dr. Di Park", "Total: 1 for Dr. Ada Lind"},
        "Grand Total: 6 Referring Dentists"},
-      {"by preferred doctor: none is known", 0, "By Preferred Doctor",
-       {"Total: 6 for Doctor Name Unspecified"}, "Grand Total: 6 Preferred Dentists"},
+      {"by preferred doctor: none is known",
+       0,
+       "By Preferred Doctor",
+       {"Total: 6 for Doctor Name Unspecified"},
+       "Grand Total: 6 Preferred Dentists"},
       {"an order the package does not know", 2, nullptr, {}, nullptr},
   };
   for (const Case& c : cases) {
@@ -40,8 +49,8 @@ TEST_F(ReferralPackage, DetailsInEachOrder) {
                                7, {}, c.order);
     const std::string text = DocumentText(doc.VSP.Document());
     EXPECT_NE(text.find("Referral Details Report"), std::string::npos) << text;
-    for (const char* line : {"By Referring Dentist", "By Number of Referred Patients",
-                             "By Preferred Doctor"}) {
+    for (const char* line :
+         {"By Referring Dentist", "By Number of Referred Patients", "By Preferred Doctor"}) {
       const bool expected = c.order_line && std::string(c.order_line) == line;
       EXPECT_EQ(text.find(line) != std::string::npos, expected) << line << "\n" << text;
     }
@@ -87,9 +96,10 @@ TEST_F(ReferralPackage, SectionsInTheirOrderEachOnItsPage) {
 }
 
 TEST_F(ReferralPackage, PublicSections) {
-  Exec("UPDATE Patient SET RefferedBy = 'Claire Tremblay', ReferalReason = 'Friend', "
-       "ReferredByAddID = 'Patient' WHERE ID = 1052;"
-       "UPDATE Patient SET RefferedBy = '0' WHERE ID = 1053;");
+  Exec(
+      "UPDATE Patient SET RefferedBy = 'Claire Tremblay', ReferalReason = 'Friend', "
+      "ReferredByAddID = 'Patient' WHERE ID = 1052;"
+      "UPDATE Patient SET RefferedBy = '0' WHERE ID = 1053;");
   InDocument([&] {
     reports.srptReferringDentistList();
     reports.srptRefferedByPatient(Oct1(), Nov(30));
