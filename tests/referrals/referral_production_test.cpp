@@ -2,6 +2,8 @@
 // November of referral_fixture.h; figures by hand.
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "referral_fixture.h"
 
 namespace orv::testing {
@@ -169,6 +171,46 @@ TEST_F(ReferralRepair, AnUnknownTableIsTheDatabasesErrorAndWritesNothing) {
   EXPECT_ANY_THROW(reports.CheckRelationships("ReferringDentists", "ID", "Patient", "NoColumn"));
   EXPECT_EQ(Scalar("SELECT COUNT(*) FROM ReferringDentists"), "4");
   EXPECT_TRUE(host.messages.empty());
+}
+
+}  // namespace
+}  // namespace orv::testing
+
+namespace orv::testing {
+namespace {
+
+TEST_F(ReferralRepair, TwoWorkstationsRepairingAtOnceMakeOnePlaceholderOfEachKind) {
+  Exec("UPDATE Patient SET ReferringDentistID = 99 WHERE ID = 2;");
+  struct Workstation {
+    db::Connection conn;
+    host::RecordingHost host;
+    clsReports reports;
+    bool result = false;
+  };
+  Workstation a, b;
+  for (Workstation* w : {&a, &b}) {
+    w->conn.Open(practice_.url());
+    w->host.answer = host::vbYes;
+    w->reports.SetHostServices(&w->host);
+    w->reports.Connection(w->conn);
+  }
+  auto run = [](Workstation* w) {
+    w->result =
+        w->reports.CheckRelationships("ReferringDentists", "ID", "Patient", "ReferringDentistID");
+  };
+  std::thread first(run, &a), second(run, &b);
+  first.join();
+  second.join();
+  // Whichever came second waited for the first, then found its rows (or
+  // found nothing left to repair): both end with every link whole.
+  EXPECT_TRUE(a.result);
+  EXPECT_TRUE(b.result);
+  EXPECT_EQ(Scalar("SELECT COUNT(*) FROM ReferringDentists WHERE Name = 'Deleted'"), "1");
+  EXPECT_EQ(Scalar("SELECT COUNT(*) FROM ReferringDentists WHERE Name = 'No Referring'"), "1");
+  EXPECT_EQ(Scalar("SELECT COUNT(*) FROM Patient WHERE ReferringDentistID IS NULL OR "
+                   "ReferringDentistID NOT IN (SELECT ID FROM ReferringDentists)"),
+            "0");
+  for (Workstation* w : {&a, &b}) w->conn.Close();
 }
 
 }  // namespace
