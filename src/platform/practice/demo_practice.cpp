@@ -1686,7 +1686,7 @@ class Generator {
     static const Batch kBatches[] = {{2, 18, 0}, {3, 23, 1}, {4, 13, 2}, {1, 10, 2}};
     int64_t total = 0;
     for (const Batch& b : kBatches) total += b.older + b.recent;
-    if (o_.patients < 5 * total) return;
+    if (o_.patients < 4 * total) return;
     W("ReferringDentists").Int("ID", 7).Text("Title", "Dr.").Text("Name", "Noor")
         .Text("LastName", "Castellanos").Text("Phone", "6135550177").Text("City", "Kingston")
         .Text("Prov", "ON").Insert();
