@@ -378,6 +378,53 @@ class clsReports {
   void rptLaypersonTreatmentPlanF(std::string OfficeName, std::string OfficeAddress, int32_t ID,
                                   std::string strFilter);
 
+  // ---- Referrals ----
+  // The referral package: the procedure types of referred patients, the
+  // referrals in detail, the referral production summary and the alerts of
+  // `arrProviderIDs`, each when its flag is set. `blnRefDentistList`,
+  // `blnRefPatient` and `Category` are accepted and change nothing.
+  // `OrderFlag` 0 by preferred doctor, 1 by referring dentist, 3 by number
+  // of referred patients. Errors show the package's message box.
+  void rptReferralReports(bool blnRefDentistList, bool blnRefDentistType, bool blnRefDetailed,
+                          bool blnRefPatient, bool blnRefSummary, bool blnRefAlert,
+                          DateTime dtStart, DateTime dtEnd, std::string UserName,
+                          std::string ProviderNames, int32_t Category,
+                          std::vector<int32_t> arrProviderIDs = {}, int32_t OrderFlag = 0);
+  // Sections drawn into the running document.
+  void srptReferringDentistList();
+  void srptReferringDentistType(DateTime dtStart, DateTime dtEnd);
+  void srptReferringDentistSummary(DateTime Stardate, DateTime Enddate, int32_t SortBy = 0);
+  void srptReferringDentistDetailed(DateTime StartDate, DateTime Enddate,
+                                    std::vector<int32_t> arrProviderIDs = {}, int32_t SortBy = 0);
+  void srptRefferedByPatient(DateTime dtStart, DateTime dtEnd);
+  // One provider's referral alert page; `ReferralAlertWarned` keeps the
+  // warning about providers without criteria to one per run.
+  void srptReferralAlerts(std::string EmployeeID);
+  bool ReferralAlertWarned = false;
+  // Production and income of the period credited to each patient's
+  // referring dentist, after the referral links are checked (and, if the
+  // user agrees, repaired). Draws into a running document or makes its own.
+  void ReferralProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std::string UserName);
+  // True when every `lngFkField` of `strForeignKeyTable` names a row of
+  // `strLookupTable` by `lngField`; otherwise asks whether to repair, and
+  // repairs on Yes. False while a broken link remains.
+  bool CheckRelationships(std::string strLookupTable, std::string lngField,
+                          std::string strForeignKeyTable, std::string lngFkField);
+  // The repair behind CheckRelationships, in one transaction.
+  void RepairRelationships(const std::string& strLookupTable, const std::string& lngField,
+                           const std::string& strForeignKeyTable, const std::string& lngFkField);
+  // Each dentist's payments of the period, by row of `Rows` (see
+  // ReferralProductSumReport).
+  struct ReferralRow {
+    int32_t id = 0;
+    std::string label;
+    Currency dental, lab, interest, total, writeoff, net;
+    Currency pay_dental, pay_labs, pay_adjusts, pay_net;
+    bool used = false;
+  };
+  void srptReferralPayments(DateTime dtStartDate, DateTime dtEndDate,
+                            std::vector<ReferralRow>& Rows);
+
   // ---- For report code: private services of the component ----
   // (Public in C++ so that the report families in other folders, which are
   // all part of this class's implementation, can reach them.)

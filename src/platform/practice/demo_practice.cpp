@@ -228,6 +228,7 @@ class Generator {
     Bulk();
     Compensation();
     ClaimsAndPlans();
+    ReferralHistory();
     AppointmentBook();
     DemoSummary s;
     s.patients = w_["Patient"]->rows();
@@ -240,6 +241,7 @@ class Generator {
 
  private:
   RowWriter& W(const char* table) { return *w_.at(table); }
+  int producers_with_criteria_ = 0;
 
   void Open() {
     for (const auto& t : Tables()) w_[t.name] = std::make_unique<RowWriter>(db_, t.name);
@@ -574,13 +576,7 @@ class Generator {
       if (producer) {
         for (const auto& ins : insurers_)
           W("EmployeeBPN").Int("EmployeeID", e.id).Int("InsuranceID", ins.id).Text("BPN", Digits(9)).Insert();
-        W("ReferralAlerts")
-            .Int("EmployeeID", e.id)
-            .Int("AtLeast", rng_.Range(1, 3))
-            .Real("InLast", 30)
-            .Real("AverageOver", 180)
-            .Real("AlertWhen", 25)
-            .Insert();
+        ReferralCriteria(e.id, rng_.Range(1, 3));
       }
       if (role.commission > 0 || (role.type == kTypeDentist && i == 0)) {
         auto& s = W("EmployeeCodeSplit");
@@ -1843,6 +1839,68 @@ class Generator {
 
   // Insurer deposits of one day become bulk payments; the invoices paid off
   // get their final figures.
+  // Referral alert criteria of a producer: most compare 30 days with 180
+  // (a whole ratio, 6), the second producer 30 with 45 (1.5), and the third
+  // has none, so that the alerts warn about a provider without criteria.
+  void ReferralCriteria(int64_t employee, int64_t at_least) {
+    ++producers_with_criteria_;
+    if (producers_with_criteria_ == 3) return;
+    const bool fractional = producers_with_criteria_ == 2;
+    W("ReferralAlerts")
+        .Int("EmployeeID", employee)
+        .Int("AtLeast", fractional ? 1 : at_least)
+        .Real("InLast", 30)
+        .Real("AverageOver", fractional ? 45 : 180)
+        .Real("AlertWhen", 25)
+        .Insert();
+  }
+
+  // Who sent the practice's newest patients over the last half year, for
+  // the referral alerts: Halloran sent 18 until a month ago and none since
+  // (stopped); Roybal 23 before the last month and 1 in it (slackened, a
+  // drop of 75 %); Quaresma 13 and 2 (a smaller drop); Osei-Lindqvist 10
+  // and 2, as steady as ever. A sixth referrer, Dr. Noor Castellanos, has
+  // sent nobody yet. The practice keeps its number of patients: the last
+  // patients on file are the ones who signed up lately, days counted back
+  // from today. A practice too small to spare them keeps its history as it
+  // was.
+  void ReferralHistory() {
+    struct Batch {
+      int dentist, older, recent;
+    };
+    static const Batch kBatches[] = {{2, 18, 0}, {3, 23, 1}, {4, 13, 2}, {1, 10, 2}};
+    int64_t total = 0;
+    for (const Batch& b : kBatches) total += b.older + b.recent;
+    if (o_.patients < 4 * total) return;
+    W("ReferringDentists").Int("ID", 7).Text("Title", "Dr.").Text("Name", "Noor")
+        .Text("LastName", "Castellanos").Text("Phone", "6135550177").Text("City", "Kingston")
+        .Text("Prov", "ON").Insert();
+    sqlite3_stmt* st = nullptr;
+    sqlite3_prepare_v2(db_,
+                       "UPDATE Patient SET SignupDate = ?, ReferringDentistID = ?, RefferedBy = '0', "
+                       "ReferalReason = ?, ReferredByAddID = 'Dentist', [Active?] = -1, "
+                       "AccountholderOnly = 0 WHERE ID = ?",
+                       -1, &st, nullptr);
+    int64_t id = o_.patients - total + 1;
+    for (const Batch& b : kBatches) {
+      for (int i = 0; i < b.older + b.recent; ++i, ++id) {
+        // The older ones spread over 35 to 170 days ago, the recent ones
+        // within the last 25 days.
+        const int64_t ago = i < b.older ? 35 + (135 * i) / std::max(1, b.older - 1)
+                                        : 3 + 10 * (i - b.older);
+        const std::string signup = Iso(today_ - ago, 600);
+        const char* reason = id % 3 ? "Second opinion" : "Orthodontic assessment";
+        sqlite3_bind_text(st, 1, signup.c_str(), -1, SQLITE_TRANSIENT);
+        sqlite3_bind_int64(st, 2, b.dentist);
+        sqlite3_bind_text(st, 3, reason, -1, SQLITE_STATIC);
+        sqlite3_bind_int64(st, 4, id);
+        sqlite3_step(st);
+        sqlite3_reset(st);
+      }
+    }
+    sqlite3_finalize(st);
+  }
+
   void Bulk() {
     for (const auto& [key, payments] : bulk_) {
       int64_t sum = 0;
