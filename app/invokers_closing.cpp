@@ -45,5 +45,36 @@ InvokerRegistrar income_by_provider("rptIncomeByProvider", [](clsReports& r, con
   return Variant();
 });
 
+InvokerRegistrar cash_in_detailed("rptCashInDetailed", [](clsReports& r, const MethodArgs& a) {
+  DateTime start = a.Date(0);
+  DateTime end = a.Date(1);
+  r.rptCashInDetailed(start, end, a.Str(2), a.Str(3));
+  return Variant();
+});
+InvokerRegistrar cash_in_detailed_section("srptCashInDetailed", [](clsReports& r,
+                                                                   const MethodArgs& a) {
+  return RunSection(r, [&] { r.srptCashInDetailed(a.Date(0), a.Date(1), a.Str(2), a.Str(3)); });
+});
+InvokerRegistrar cash_in_summary("rptCashInSummary", [](clsReports& r, const MethodArgs& a) {
+  r.rptCashInSummary(a.Date(0), a.Date(1), a.Str(2), a.Str(3));
+  return Variant();
+});
+InvokerRegistrar cash_in_summary_section("srptCashInSummary", [](clsReports& r,
+                                                                 const MethodArgs& a) {
+  return RunSection(r, [&] { r.srptCashInSummary(a.Date(0), a.Date(1), a.Str(2), a.Str(3)); });
+});
+InvokerRegistrar deposit_slip("rptBankDepositSlip", [](clsReports& r, const MethodArgs& a) {
+  r.rptBankDepositSlip(a.Date(0), a.Date(1), a.Str(2), a.Long(3));
+  return Variant();
+});
+InvokerRegistrar deposit_slip_section("srptBankDepositSlip", [](clsReports& r,
+                                                                const MethodArgs& a) {
+  return RunSection(r, [&] { r.srptBankDepositSlip(a.Date(0), a.Date(1), a.Str(2), a.Long(3)); });
+});
+InvokerRegistrar adjustment_report("rptAdjustmentReport", [](clsReports& r, const MethodArgs& a) {
+  r.rptAdjustmentReport(a.Date(0), a.Date(1), a.Str(2));
+  return Variant();
+});
+
 }  // namespace
 }  // namespace orv::app

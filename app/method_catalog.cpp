@@ -76,6 +76,7 @@ const std::vector<MethodSignature>& MethodCatalog() {
       {"rptCashInDetailed", "dtStart: Date, dtEnd: Date, txtfilter: String, UserName: String", ""},
       {"srptCashInDetailed", "dtStart: Date, dtEnd: Date, AccountID: String, UserName: String", ""},
       {"rptCashInSummary", "dtStart: Date, dtEnd: Date, AccountID: String, UserName: String", ""},
+      {"srptCashInSummary", "dtStart: Date, dtEnd: Date, AccountID: String, UserName: String", ""},
       {"rptBankDepositSlip", "StartDate: Date, Enddate: Date, UserName: String, AccountID: Long", ""},
       {"srptBankDepositSlip", "StartDate: Date, Enddate: Date, UserName: String, AccountID: Long", ""},
       {"rptMonthEndReport", "DetailedAnalysis: Boolean, SummaryAnalysis: Boolean, AR: Boolean, CashIn: Boolean, CashInAdjustment: Boolean, IncompleteInvoices: Boolean, HygieneCompany: Boolean, dtStart: Date, dtEnd: Date, Byoption: Integer, UserName: String, ProviderNames: String, byAllocatedPayment: Boolean, Unapplied: Boolean, Applied: Boolean, Production: Boolean, NewPatients: Boolean, AccountID: String, [blnProviderSummary: Boolean]", ""},

@@ -229,6 +229,36 @@ class clsReports {
   // overseer instead of provider.
   void rptIncomeByProvider(DateTime dtStartDate, DateTime dtEndDate, std::string strProviderFilter,
                            bool Overseeing, std::string UserName);
+  // ---- Period closing: cash in and the bank deposit ----
+  // Every payment of the period by type (bank deposit, then direct), with
+  // same-day reversals, the bulk cheques, reversals and refunds entered as
+  // adjustments, the cash and bank summaries and the bulk cheques split by
+  // patient. The period is by the money's date (CheckDate), bulk cheques by
+  // entry date. `txtfilter` / `AccountID` is "" (every account) or the term
+  // "AccountID = n".
+  void rptCashInDetailed(DateTime& dtStart, DateTime& dtEnd, std::string txtfilter,
+                         std::string UserName);
+  void srptCashInDetailed(DateTime dtStart, DateTime dtEnd, std::string AccountID,
+                          std::string UserName);
+  // One row per day with money (deposits direct and bank, NSF, reversals,
+  // refunds, net), the period's figures and the payment types' shares.
+  // `AccountID` is "" (every account) or a bare account number.
+  void rptCashInSummary(DateTime dtStart, DateTime dtEnd, std::string AccountID,
+                        std::string UserName);
+  void srptCashInSummary(DateTime dtStart, DateTime dtEnd, std::string AccountID,
+                         std::string UserName);
+  // The slip for the bank: the bank-deposit payments of the period by type,
+  // the bank bulk cheques, the grand total and a cash-count grid.
+  // `AccountID` below 1 is every account.
+  void rptBankDepositSlip(DateTime StartDate, DateTime Enddate, std::string UserName,
+                          int32_t AccountID);
+  void srptBankDepositSlip(DateTime StartDate, DateTime Enddate, std::string UserName,
+                           int32_t AccountID);
+  // Kept for hosts that call it: draws nothing, writes no file.
+  void rptAdjustmentReport(DateTime StartDate, DateTime Enddate, std::string UserName);
+  // "Account: " name, number and transit of the account `AccountID` (a
+  // bare number), or nothing when it is not on file.
+  void PrintAccountLine(const std::string& AccountID);
   // ---- Production ----
   // Production figures of a period as one document, a section per flag in
   // the fixed order by provider, by overseer, summary, by category, summary
