@@ -76,5 +76,35 @@ InvokerRegistrar adjustment_report("rptAdjustmentReport", [](clsReports& r, cons
   return Variant();
 });
 
+InvokerRegistrar incomplete_invoices("rptIncompleteInvoices", [](clsReports& r,
+                                                                  const MethodArgs& a) {
+  r.rptIncompleteInvoices(a.Date(0), a.Date(1), a.Str(2), a.Str(3), a.Str(4));
+  return Variant();
+});
+InvokerRegistrar incomplete_invoices_section("srptIncompleteInvoices", [](clsReports& r,
+                                                                          const MethodArgs& a) {
+  return RunSection(r, [&] { r.srptIncompleteInvoices(a.Str(0)); });
+});
+InvokerRegistrar adjustment_section("srptAdjustmentReport", [](clsReports& r,
+                                                               const MethodArgs& a) {
+  return RunSection(r, [&] { r.srptAdjustmentReport(a.Date(0), a.Date(1), a.Str(2), a.Int(3)); });
+});
+InvokerRegistrar adjustment_reallocation("srptAdjustmentReallocation", [](clsReports& r,
+                                                                          const MethodArgs& a) {
+  return RunSection(r, [&] {
+    r.srptAdjustmentReallocation(a.Long(0), a.Date(1), a.Date(2), a.Int(3));
+  });
+});
+InvokerRegistrar edi("rptEDITransactions", [](clsReports& r, const MethodArgs& a) {
+  r.rptEDITransactions(a.Date(0), a.Date(1), a.Str(2));
+  return Variant();
+});
+InvokerRegistrar edi_section("srptEDITransactions", [](clsReports& r, const MethodArgs& a) {
+  return RunSection(r, [&] { r.srptEDITransactions(a.Date(0), a.Date(1), a.Str(2)); });
+});
+InvokerRegistrar new_patients("srptNewPatientReport", [](clsReports& r, const MethodArgs& a) {
+  return RunSection(r, [&] { r.srptNewPatientReport(a.Date(0), a.Date(1)); });
+});
+
 }  // namespace
 }  // namespace orv::app

@@ -259,6 +259,28 @@ class clsReports {
   // "Account: " name, number and transit of the account `AccountID` (a
   // bare number), or nothing when it is not on file.
   void PrintAccountLine(const std::string& AccountID);
+  // ---- Period closing: small sections ----
+  // Every invoice not yet complete (the dates do not limit it) with its
+  // people and totals, and its lines' complete and in-progress sums.
+  // `txtfilter` is a condition over "ProviderID" ("" or "0": everyone).
+  void rptIncompleteInvoices(DateTime StartDate, DateTime Enddate, std::string OfficeName,
+                             std::string UserName, std::string txtfilter);
+  void srptIncompleteInvoices(std::string txtfilter);
+  // Invoices cancelled in the period, adjustments by type (not toward
+  // paid, then toward paid) and, per provider of `ProviderFilter` (a
+  // condition over "ID"), the money moved between providers.
+  void srptAdjustmentReport(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                            int16_t Byoption);
+  // The money moved away from and onto one provider, as the detailed
+  // analysis lists it, drawn under the adjustment report.
+  void srptAdjustmentReallocation(int32_t ProviderID, DateTime dtStart, DateTime dtEnd,
+                                  int16_t Byoption);
+  // EDI sends posted between the dates (whole days) with their responses,
+  // and counts of EOBs, acknowledgements and rejections.
+  void rptEDITransactions(DateTime DateFrom, DateTime DateTo, std::string UserName);
+  void srptEDITransactions(DateTime DateFrom, DateTime DateTo, std::string UserName);
+  // Patients who signed up between the dates, by preferred dentist.
+  void srptNewPatientReport(DateTime fromdate, DateTime todate);
   // ---- Production ----
   // Production figures of a period as one document, a section per flag in
   // the fixed order by provider, by overseer, summary, by category, summary
