@@ -78,10 +78,53 @@ INSERT INTO BulkPayments (ID, PaymentTypeID, AccountID, EmployeeID, Amount, Entr
 INSERT INTO BulkPaymentDetails (BulkPaymentID, InvoicePaymentID) VALUES (1, 114), (1, 115), (2, 116);
 )sql";
 
+// For the period sections, added to the rows above:
+//   invoice 331 (#1310) p3 03-11 by Ng, incomplete: line 3311 Complete
+//     100, line 3312 In Progress 40; invoice 332 (#1320) p1 03-11 by Ng,
+//     cancelled 03-11: line 3321 80 entered by Ng;
+//   type 10 Write-off (not toward paid): payment 119 -50 on 03-11 with 20
+//     allocated to line 3311; every other payment has nothing allocated;
+//   EDI sends 1 (p3, claim, sent, seq 7, 03-11 14:30: EOB, accepted),
+//     2 (p1, predetermination, not sent, seq 3, 03-12 09:00: acknowledged,
+//     rejected), 3 (p6, unknown type 5, seq 9, 03-09: out of range);
+//   p3 signed up 03-11 (Ng, Internet / Website), p6 on 02-01.
+inline const char* kSectionRows = R"sql(
+UPDATE InvoicePayments SET TotalAllocated = 0;
+INSERT INTO PaymentTypes (ID, Name, Description, [Adjustment?], [ToTotalPaid?], BankDeposit,
+  Refund, OfficePayment, BulkPayment, RecAfterDep, NSF) VALUES
+ (10, 'Write-off', 'Small balance', 1, 0, 0, 0, 1, 0, 0, 0);
+INSERT INTO Invoices (ID, [Invoice#], PatientID, ProviderID, OverseerID, DoctorID, [Date], [Time],
+  [Complete?], Cancelled, CancellationDate, InvoiceTotal, notes) VALUES
+ (331, 1310, 3, 21, 21, 21, '2026-03-11 00:00:00', 600, 0, NULL, NULL, 140, NULL),
+ (332, 1320, 1, 21, 21, 21, '2026-03-11 00:00:00', 600, 1, 1, '2026-03-11 00:00:00', 80, 'Billed twice');
+INSERT INTO InvoiceDetails (ID, InvoiceID, Code, Cost, Status, [Date], EntryDate, ProviderID,
+  EmployeeID) VALUES
+ (3311, 331, '01202', 100, 'Complete', '2026-03-11 00:00:00', '2026-03-11 00:00:00', 21, 21),
+ (3312, 331, '23111', 40, 'In Progress', '2026-03-11 00:00:00', '2026-03-11 00:00:00', 21, 21),
+ (3321, 332, '01202', 80, 'Complete', '2026-03-11 00:00:00', '2026-03-11 00:00:00', 21, 21);
+INSERT INTO InvoicePayments (ID, PatientID, PaymentTypeID, AccountID, EmployeeID,
+  InitialProviderID, PaymentName, Value, TotalAllocated, Notes, [Date], CheckDate) VALUES
+ (119, 3, 10, NULL, 21, 21, 'Office', -50, 20, 'Half used', '2026-03-11 00:00:00', '2026-03-11 00:00:00');
+INSERT INTO InvoicePaymentAllocations (InvoicePaymentID, InvoiceDetailsID, PatientID, Amount,
+  AppliedDate) VALUES (119, 3311, 3, 20, '2026-03-11 00:00:00');
+INSERT INTO PatientEDISends (ID, InvoiceID, PatientID, SequenceNumber, Type, DatePosted, [Sent?],
+  CarrierNumber) VALUES
+ (1, 331, 3, 7, 0, '2026-03-11 14:30:00', 1, '000011'),
+ (2, NULL, 1, 3, 1, '2026-03-12 09:00:00', 0, '000012'),
+ (3, NULL, 6, 9, 5, '2026-03-09 10:00:00', 1, '000013');
+INSERT INTO PatientEDIResponses (ID, EDISendID, Status, TrsCode) VALUES
+ (1, 1, 1, 21), (2, 2, 2, 11), (3, 3, 0, 11);
+UPDATE Patient SET SignupDate = '2026-03-11 00:00:00', DoctorID = 21, RefferedBy = 'Website',
+  ReferredByAddID = 'Internet', ReferalReason = 'Near work' WHERE ID = 3;
+UPDATE Patient SET SignupDate = '2026-02-01 00:00:00' WHERE ID = 6;
+)sql";
+
 class CashInTest : public AccountFixture {
  protected:
+  // The rows the test's practice adds to the account fixture's.
+  virtual std::string Rows() const { return kCashInRows; }
   void SetUp() override {
-    AccountFixture::SetUpPractice(kCashInRows);
+    AccountFixture::SetUpPractice(Rows());
     if (IsSkipped() || HasFatalFailure()) return;
     form.SetNotifier([](const std::string&) {});
     reports.Connection(conn_);
