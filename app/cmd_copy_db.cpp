@@ -57,11 +57,11 @@ int RunCopyDb(const std::vector<std::string>& args) {
     const auto t0 = std::chrono::steady_clock::now();
     db::CopySummary s = db::CopyDatabase(urls[0], urls[1], options);
     const double secs = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-    std::printf("%s: %d tables, %lld rows copied in %.1f s\n", db::RedactPassword(urls[1]).c_str(), s.tables,
+    std::printf("%s: %d tables, %lld rows copied in %.1f s\n", db::MaskSecrets(urls[1]).c_str(), s.tables,
                 static_cast<long long>(s.rows), secs);
     return 0;
   } catch (const std::exception& e) {
-    std::fprintf(stderr, "\norvenda-reports copy-db: %s\n", e.what());
+    std::fprintf(stderr, "\norvenda-reports copy-db: %s\n", db::MaskSecrets(e.what()).c_str());
     return 1;
   }
 }

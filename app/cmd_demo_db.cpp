@@ -5,15 +5,15 @@
 // clock, never the system clock, so one seed and one today give one
 // practice on either engine: the server gets the very rows of the file,
 // copied from a temporary one.
+#include <unistd.h>
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
-
-#include <unistd.h>
-
-#include <filesystem>
 
 #include "command.h"
 #include "common/datetime.h"
@@ -28,6 +28,35 @@ bool ParseCount(const std::string& text, long long min, long long& out) {
   char* end = nullptr;
   out = std::strtoll(text.c_str(), &end, 10);
   return !text.empty() && *end == '\0' && out >= min;
+}
+
+// Writes the practice under a temporary name beside `file` and renames it
+// into place when complete. An existing path is refused without --replace
+// (a practice, any other file, a folder), and a folder is never replaced,
+// so a slip of the file name never deletes anything.
+practice::DemoSummary WriteNewFile(const std::string& file, bool replace,
+                                   const practice::DemoOptions& options) {
+  namespace fs = std::filesystem;
+  std::error_code ec;
+  fs::file_status st = fs::symlink_status(file, ec);
+  if (fs::exists(st)) {
+    if (fs::is_directory(fs::status(file, ec)))
+      throw std::runtime_error(file + " is a folder; the demo practice needs a file name");
+    if (!replace)
+      throw std::runtime_error(file + " already exists; give --replace to write over it");
+  }
+  fs::path target(file);
+  if (target.has_parent_path()) fs::create_directories(target.parent_path(), ec);
+  fs::path staged = target.parent_path() /
+                    ("." + target.filename().string() + ".part-" + std::to_string(getpid()));
+  try {
+    practice::DemoSummary s = practice::WriteDemoPracticeFile(staged.string(), options);
+    fs::rename(staged, target);
+    return s;
+  } catch (...) {
+    fs::remove(staged, ec);
+    throw;
+  }
 }
 
 int RunDemoDb(const std::vector<std::string>& args) {
@@ -65,7 +94,9 @@ int RunDemoDb(const std::vector<std::string>& args) {
     }
   }
   if (path.empty()) {
-    std::fprintf(stderr, "usage: orvenda-reports demo-db FILE|URL [--patients N] [--seed S] [--today yyyy-mm-dd] [--replace]\n");
+    std::fprintf(stderr,
+                 "usage: orvenda-reports demo-db FILE|URL [--patients N] [--seed S] [--today "
+                 "yyyy-mm-dd] [--replace]\n");
     return 2;
   }
   options.today_year = today.Year();
@@ -90,25 +121,27 @@ int RunDemoDb(const std::vector<std::string>& args) {
       }
       std::filesystem::remove(file);
     } else {
-      s = practice::WriteDemoPracticeFile(path, options);
+      s = WriteNewFile(db::SqlitePath(path), replace, options);
     }
     const double secs =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-    std::printf("%s: %lld patients, %lld invoices, %lld payments, %lld appointments, %lld rows in %.1f s\n",
-                db::RedactPassword(path).c_str(), static_cast<long long>(s.patients), static_cast<long long>(s.invoices),
-                static_cast<long long>(s.payments), static_cast<long long>(s.appointments),
-                static_cast<long long>(s.rows), secs);
+    std::printf(
+        "%s: %lld patients, %lld invoices, %lld payments, %lld appointments, %lld rows in %.1f s\n",
+        db::MaskSecrets(path).c_str(), static_cast<long long>(s.patients),
+        static_cast<long long>(s.invoices), static_cast<long long>(s.payments),
+        static_cast<long long>(s.appointments), static_cast<long long>(s.rows), secs);
     return 0;
   } catch (const std::exception& e) {
-    std::fprintf(stderr, "orvenda-reports demo-db: %s\n", e.what());
+    std::fprintf(stderr, "orvenda-reports demo-db: %s\n", db::MaskSecrets(e.what()).c_str());
     return 1;
   }
 }
 
-const CommandRegistrar kRegister({"demo-db",
-                                  "demo-db FILE|URL [--patients N] [--seed S] [--today yyyy-mm-dd] [--replace]",
-                                  "Writes a made-up dental practice into a new SQLite file or a PostgreSQL database.",
-                                  RunDemoDb});
+const CommandRegistrar kRegister(
+    {"demo-db", "demo-db FILE|URL [--patients N] [--seed S] [--today yyyy-mm-dd] [--replace]",
+     "Writes a made-up dental practice into a new SQLite file or a PostgreSQL database (--replace "
+     "to write over one).",
+     RunDemoDb});
 
 }  // namespace
 }  // namespace orv::app

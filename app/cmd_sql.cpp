@@ -9,6 +9,7 @@
 
 #include "command.h"
 #include "platform/db/connection.h"
+#include "platform/db/connection_url.h"
 #include "platform/db/db_error.h"
 #include "platform/db/recordset.h"
 #include "platform/db/shape.h"
@@ -187,17 +188,28 @@ void PrintTranslation(const sql::Schema& schema, const std::string& statement) {
 int Usage() {
   std::fprintf(stderr,
                "usage: orvenda-reports sql [--db URL] [--today yyyy-mm-dd] [--format tsv|csv|table] "
-               "[--translate] STATEMENT|-\n");
+               "[--translate] [--write] [--] STATEMENT|-\n"
+               "  A statement that changes the database (UPDATE, INSERT, DELETE, DDL) runs only with --write.\n"
+               "  A statement that starts with -- (a comment) goes after a lone --.\n");
   return 2;
 }
 
 int RunSql(const std::vector<std::string>& args) {
   std::string url, statement;
   Format format = Format::Tsv;
-  bool translate = false, have_statement = false;
+  bool translate = false, have_statement = false, write = false, only_statement = false;
   for (size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
-    if (a == "--db" && i + 1 < args.size()) {
+    if (only_statement || (!have_statement && a.rfind("--", 0) == 0 &&
+                           a.find_first_of(" \t\r\n") != std::string::npos)) {
+      // After a lone "--", or a statement that opens with a "--" comment
+      // line: the statement itself, never an option.
+      if (have_statement) return Usage();
+      statement = a;
+      have_statement = true;
+    } else if (a == "--") {
+      only_statement = true;
+    } else if (a == "--db" && i + 1 < args.size()) {
       url = args[++i];
     } else if (a == "--today" && i + 1 < args.size()) {
       if (!ApplyToday(args[++i])) return 2;
@@ -209,6 +221,8 @@ int RunSql(const std::vector<std::string>& args) {
       else return Usage();
     } else if (a == "--translate") {
       translate = true;
+    } else if (a == "--write") {
+      write = true;
     } else if (!have_statement && (a == "-" || a.rfind("--", 0) != 0)) {
       statement = a;
       have_statement = true;
@@ -239,6 +253,13 @@ int RunSql(const std::vector<std::string>& args) {
       return 0;
     }
     if (!db::IsShapeStatement(statement) && !conn.ReturnsRows(statement)) {
+      // The command reads; a change to the practice has to be asked for.
+      if (!write) {
+        std::fprintf(stderr,
+                     "orvenda-reports sql: the statement changes the database and returns no rows; "
+                     "give --write to run it\n");
+        return 2;
+      }
       std::printf("%ld\n", conn.Execute(statement));
       return 0;
     }
@@ -253,15 +274,15 @@ int RunSql(const std::vector<std::string>& args) {
     p.Print(stdout);
     return 0;
   } catch (const ReportError& e) {
-    std::fprintf(stderr, "orvenda-reports sql: %s\n", e.description().c_str());
+    std::fprintf(stderr, "orvenda-reports sql: %s\n", db::MaskSecrets(e.description()).c_str());
     return 1;
   }
 }
 
 const CommandRegistrar kRegisterSql({
     "sql",
-    "sql [--db URL] [--today yyyy-mm-dd] [--format tsv|csv|table] [--translate] STATEMENT|-",
-    "Runs one T-SQL statement (SHAPE included) through the database layer and prints its rows.",
+    "sql [--db URL] [--today yyyy-mm-dd] [--format tsv|csv|table] [--translate] [--write] [--] STATEMENT|-",
+    "Runs one T-SQL statement (SHAPE included) through the database layer and prints its rows; changes need --write.",
     RunSql,
 });
 

@@ -1,5 +1,8 @@
 #include "invokers.h"
 
+#include <climits>
+#include <cstdint>
+#include <regex>
 #include <stdexcept>
 
 #include "common/errors.h"
@@ -17,7 +20,8 @@ std::vector<Param> ParseParams(const std::string& params) {
   size_t i = 0;
   while (i < params.size()) {
     size_t comma = params.find(',', i);
-    std::string item = vb::Trim(params.substr(i, comma == std::string::npos ? std::string::npos : comma - i));
+    std::string item =
+        vb::Trim(params.substr(i, comma == std::string::npos ? std::string::npos : comma - i));
     i = comma == std::string::npos ? params.size() : comma + 1;
     if (item.empty()) continue;
     Param p;
@@ -37,13 +41,21 @@ std::string MethodArgs::Str(size_t i) const {
   const Variant& v = values_.at(i);
   return v.IsEmpty() || v.IsNull() ? std::string() : CStr(v);
 }
-int32_t MethodArgs::Long(size_t i) const { return values_.at(i).IsEmpty() ? 0 : CLng(values_.at(i)); }
-int16_t MethodArgs::Int(size_t i) const { return static_cast<int16_t>(Long(i)); }
-bool MethodArgs::Bool(size_t i) const { return values_.at(i).IsEmpty() ? false : CBool(values_.at(i)); }
+int32_t MethodArgs::Long(size_t i) const {
+  return values_.at(i).IsEmpty() ? 0 : CLng(values_.at(i));
+}
+int16_t MethodArgs::Int(size_t i) const {
+  return static_cast<int16_t>(Long(i));
+}
+bool MethodArgs::Bool(size_t i) const {
+  return values_.at(i).IsEmpty() ? false : CBool(values_.at(i));
+}
 DateTime MethodArgs::Date(size_t i) const {
   return values_.at(i).IsEmpty() ? DateTime() : CDate(values_.at(i));
 }
-Currency MethodArgs::Cur(size_t i) const { return values_.at(i).IsEmpty() ? Currency() : CCur(values_.at(i)); }
+Currency MethodArgs::Cur(size_t i) const {
+  return values_.at(i).IsEmpty() ? Currency() : CCur(values_.at(i));
+}
 
 std::vector<int32_t> MethodArgs::LongArray(size_t i) const {
   std::vector<int32_t> out;
@@ -51,46 +63,109 @@ std::vector<int32_t> MethodArgs::LongArray(size_t i) const {
   size_t pos = 0;
   while (pos < s.size()) {
     size_t comma = s.find(',', pos);
-    std::string item = vb::Trim(s.substr(pos, comma == std::string::npos ? std::string::npos : comma - pos));
+    std::string item =
+        vb::Trim(s.substr(pos, comma == std::string::npos ? std::string::npos : comma - pos));
     pos = comma == std::string::npos ? s.size() : comma + 1;
     if (!item.empty()) out.push_back(CLng(Variant(item)));
   }
   return out;
 }
 
+std::optional<int64_t> ParseWholeNumber(const std::string& text, int64_t min, int64_t max) {
+  size_t i = 0;
+  bool negative = false;
+  if (i < text.size() && (text[i] == '-' || text[i] == '+')) negative = text[i++] == '-';
+  if (i == text.size() || text.size() - i > 18) return std::nullopt;
+  int64_t value = 0;
+  for (; i < text.size(); ++i) {
+    if (text[i] < '0' || text[i] > '9') return std::nullopt;
+    value = value * 10 + (text[i] - '0');
+  }
+  if (negative) value = -value;
+  if (value < min || value > max) return std::nullopt;
+  return value;
+}
+
+std::optional<DateTime> ParseDateArgument(const std::string& text) {
+  // yyyy-mm-dd, then optionally a blank or "T" and hh:mm or hh:mm:ss. The
+  // database's dates start in 1753, so earlier ones are no dates here.
+  static const std::regex form(
+      R"((\d{4})-(\d{1,2})-(\d{1,2})(?:[ T](\d{1,2}):(\d{2})(?::(\d{2}))?)?)");
+  std::smatch m;
+  if (!std::regex_match(text, m, form)) return std::nullopt;
+  int year = std::stoi(m[1]), month = std::stoi(m[2]), day = std::stoi(m[3]);
+  int hour = m[4].matched ? std::stoi(m[4]) : 0, minute = m[5].matched ? std::stoi(m[5]) : 0;
+  int second = m[6].matched ? std::stoi(m[6]) : 0;
+  static const int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+  if (year < 1753 || month < 1 || month > 12) return std::nullopt;
+  if (day < 1 || day > days[month - 1] + (month == 2 && leap ? 1 : 0)) return std::nullopt;
+  if (hour > 23 || minute > 59 || second > 59) return std::nullopt;
+  return DateTime::FromParts(year, month, day, hour, minute, second);
+}
+
 Variant ParseArgument(const Param& p, const std::string& text) {
-  auto bad = [&](const char* want) {
-    return std::invalid_argument("argument " + p.name + " wants " + want + ", not '" + text + "'");
+  auto bad = [&](const std::string& want) {
+    return std::invalid_argument("argument " + p.name + " (" + p.type + ") wants " + want +
+                                 ", not '" + text + "'");
   };
   const std::string& t = p.type;
-  try {
-    if (t == "Boolean") {
-      std::string l = vb::LCase(vb::Trim(text));
-      if (l == "true" || l == "-1" || l == "1" || l == "yes") return Variant(true);
-      if (l == "false" || l == "0" || l == "no" || l.empty()) return Variant(false);
-      throw bad("True or False");
-    }
-    if (t == "Date") {
-      auto d = ParseDateText(text);
-      if (!d) throw bad("a date as yyyy-mm-dd");
-      return Variant(*d);
-    }
-    if (t == "Long" || t == "Integer" || t == "AddressParts" || t == "iPosition" ||
-        t == "RescheduleTypes") {
-      Variant v(text);
-      if (!IsNumericValue(v) || vb::Trim(text).empty()) throw bad("a whole number");
-      return Variant(CLng(v));
-    }
-    if (t == "Currency") return Variant(CCur(Variant(text)));
-    if (t.rfind("array of", 0) == 0) {
-      // Checked now so that a bad list fails before the report starts.
-      MethodArgs probe({p}, {Variant(text)}, {true});
-      (void)probe.LongArray(0);
-      return Variant(text);
-    }
-  } catch (const ReportError&) {
-    throw bad(t.c_str());
+  if (t == "Boolean") {
+    std::string l = vb::LCase(vb::Trim(text));
+    if (l == "true" || l == "-1" || l == "1" || l == "yes") return Variant(true);
+    if (l == "false" || l == "0" || l == "no" || l.empty()) return Variant(false);
+    throw bad("True or False, e.g. True");
   }
+  if (t == "Date") {
+    auto d = ParseDateArgument(text);
+    if (!d) throw bad("a date yyyy-mm-dd from 1753-01-01 to 9999-12-31, e.g. 2026-11-20");
+    return Variant(*d);
+  }
+  if (t == "Long") {
+    auto n = ParseWholeNumber(text, INT32_MIN, INT32_MAX);
+    if (!n) throw bad("a whole number from -2147483648 to 2147483647, e.g. 12");
+    return Variant(static_cast<int32_t>(*n));
+  }
+  if (t == "Integer") {
+    auto n = ParseWholeNumber(text, INT16_MIN, INT16_MAX);
+    if (!n) throw bad("a whole number from -32768 to 32767, e.g. 10");
+    return Variant(static_cast<int32_t>(*n));
+  }
+  if (const auto& members = EnumerationMembers(t); !members.empty()) {
+    std::string names;
+    for (const auto& [name, value] : members) {
+      if (vb::LCase(name) == vb::LCase(vb::Trim(text)) || std::to_string(value) == vb::Trim(text))
+        return Variant(static_cast<int32_t>(value));
+      names += (names.empty() ? "" : ", ") + name + "=" + std::to_string(value);
+    }
+    throw bad("one of " + names);
+  }
+  if (t == "Currency") {
+    // Plain decimal text with at most four decimals, within the money
+    // type's range (a wider value would wrap).
+    static const std::regex money(R"([-+]?\d{1,15}(\.\d{1,4})?)");
+    if (!std::regex_match(text, money))
+      throw bad("an amount with up to four decimals, e.g. 125.50");
+    try {
+      return Variant(Currency::FromDecimalText(text));
+    } catch (const std::exception&) {
+      throw bad("an amount with up to four decimals, e.g. 125.50");
+    }
+  }
+  if (t.rfind("array of", 0) == 0) {
+    // Checked now so that a bad list fails before the report starts.
+    size_t pos = 0;
+    while (pos < text.size()) {
+      size_t comma = text.find(',', pos);
+      std::string item =
+          vb::Trim(text.substr(pos, comma == std::string::npos ? std::string::npos : comma - pos));
+      pos = comma == std::string::npos ? text.size() : comma + 1;
+      if (!item.empty() && !ParseWholeNumber(item, INT32_MIN, INT32_MAX))
+        throw bad("whole numbers separated by commas, e.g. 12,14,20");
+    }
+    return Variant(text);
+  }
+  if (t == "object") throw bad("an object, which the command line cannot pass");
   return Variant(text);
 }
 

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,10 +50,21 @@ struct InvokerRegistrar {
   InvokerRegistrar(const char* name, Invoker f) { Invokers()[name] = std::move(f); }
 };
 
-// Reads one argument's text as the parameter's type: Boolean True/False
-// (also -1, 0, 1, yes/no), Date yyyy-mm-dd with an optional time, an array of
-// Long as "1,2,3", numbers as decimal text, String and filters as they are.
-// Throws std::invalid_argument naming the parameter on bad text.
+// Reads one argument's text as the parameter's type, strictly: Boolean
+// True/False (also -1, 0, 1, yes/no), Date yyyy-mm-dd from 1753-01-01 to
+// 9999-12-31 with an optional hh:mm[:ss], Long and Integer as decimal text
+// within their 32- and 16-bit ranges, Currency within its range, an array of
+// Long as "1,2,3", an enumeration by member name or value, String and
+// filters as they are. Throws std::invalid_argument naming the parameter,
+// its type and an example on bad text.
 Variant ParseArgument(const Param& p, const std::string& text);
+
+// A date as the command line takes it (see ParseArgument); nullopt for
+// anything else.
+std::optional<DateTime> ParseDateArgument(const std::string& text);
+
+// A whole number within [min, max] written as plain decimal text (an
+// optional sign, digits only); nullopt for anything else.
+std::optional<int64_t> ParseWholeNumber(const std::string& text, int64_t min, int64_t max);
 
 }  // namespace orv::app

@@ -25,6 +25,11 @@ InvokerRegistrar unapplied_payments_part("srptUnAppliedPayments", [](clsReports&
   return Variant();
 });
 
+InvokerRegistrar account_receivable_part("srptAccountReceivable", [](clsReports& r,
+                                                                    const MethodArgs& a) {
+  r.srptAccountReceivable(a.Date(0), a.Int(1), a.Str(2), a.Given(3) ? a.Str(3) : "");
+  return Variant();
+});
 InvokerRegistrar account_status("rptPatientAccountStatus", [](clsReports& r, const MethodArgs& a) {
   r.rptPatientAccountStatus(a.Str(0), a.Date(1));
   return Variant();

@@ -8,6 +8,7 @@
 #include "platform/db/connection_url.h"
 #include "report_host.h"
 #include "common/datetime.h"
+#include "invokers.h"
 
 namespace orv::app {
 
@@ -17,9 +18,11 @@ std::vector<Command>& Commands() {
 }
 
 bool ApplyToday(const std::string& text) {
-  auto d = ParseDateText(text);
+  auto d = ParseDateArgument(text);
   if (!d) {
-    std::fprintf(stderr, "orvenda-reports: --today wants a date as yyyy-mm-dd, not '%s'\n",
+    std::fprintf(stderr,
+                 "orvenda-reports: --today (Date) wants a date yyyy-mm-dd from 1753-01-01, e.g. 2026-11-20; "
+                 "not '%s'\n",
                  text.c_str());
     return false;
   }
@@ -34,13 +37,8 @@ bool ApplyToday(const std::string& text) {
 // The default database may come from ORVENDA_DB with a password in it:
 // help shows it without.
 static void PrintHelp() {
-  std::printf(
-      "usage: orvenda-reports [OPTIONS] METHOD [ARG | Name=Value]...   run a report method\n"
-      "       orvenda-reports COMMAND [OPTIONS]\n\n"
-      "report options: --db URL (default %s), --out FILE.pdf|.png|.txt, --office N,\n"
-      "  --user NAME, --today yyyy-mm-dd, --setting [Section.]Key=Value, --printer NAME,\n"
-      "  --interest-rate R, --interest-delay DAYS\n\ncommands:\n",
-      orv::db::RedactPassword(orv::app::DefaultDatabase()).c_str());
+  std::printf("%s\ndefault database: %s\n\ncommands:\n", orv::app::ReportUsage(),
+              orv::db::MaskSecrets(orv::app::DefaultDatabase()).c_str());
   auto cmds = orv::app::Commands();
   std::sort(cmds.begin(), cmds.end(), [](auto& a, auto& b) { return a.name < b.name; });
   for (const auto& c : cmds) std::printf("  %-10s %s\n             %s\n", c.name.c_str(), c.summary.c_str(), c.usage.c_str());

@@ -1,118 +1,232 @@
 // Every public method of the report component, with its parameters as the
-// host passes them: "Name: Type", optional ones in brackets. The host parses
-// these to read a method's arguments from the command line and to list the
-// methods.
+// host passes them ("Name: Type", optional ones in brackets), its family, a
+// line that says what it prints, an example run on the demo practice
+// (`orvenda-reports demo-db`, 500 patients, seed 1) and notes on the
+// parameters whose names say too little. The host parses these to read a
+// method's arguments from the command line, to list the methods and to
+// print `help METHOD`.
 #include "method_catalog.h"
+
+#include <map>
+
+#include "common/vbstrings.h"
 
 namespace orv::app {
 
 const std::vector<MethodSignature>& MethodCatalog() {
   static const std::vector<MethodSignature> catalog = {
-      {"SetPrintPreview", "theFrm: object", ""},
-      {"ReturnOfficeValue", "fld: String", "Variant"},
-      {"ReturnAddressPart", "Address: String, Part: AddressParts", "String"},
-      {"rptPatientListDetailed", "txtfilter: String", ""},
-      {"rptInsuranceCompanyList", "txtfilter: String, UserName: String", ""},
-      {"rptEmployerList", "txtfilter: String, UserName: String", ""},
-      {"rptPatientListSimple", "txtfilter: String, UserName: String, Title: String, [ByEmployer: Boolean], [EmployerID: Long]", ""},
-      {"rptFeeGuide", "ID: Long, UserName: String", ""},
-      {"rptAppointmentCardLabel", "AppointmentID: Long", ""},
-      {"rptInsuranceCompanyEnvelopes", "txtfilter: String", ""},
-      {"rptReferringDentistMailingEnvelopes", "txtfilter: String", ""},
-      {"rptReferringDentistMailingLabels", "txtfilter: String", ""},
-      {"rptInsuranceCompanyLabels", "ID: Long", ""},
-      {"rptFolderLabels", "Position: String, txtfilter: String", ""},
-      {"rptMailingLabels", "txtfilter: String", ""},
-      {"rptMailingLabelsSinglePage", "txtfilter: String", ""},
-      {"rptFolderLabelsSingleSheet", "txtfilter: String, Position: iPosition", ""},
-      {"rptPatientEnvelope", "txtfilter: String, ReturnAddress: Boolean", ""},
-      {"rptReActivationLetter", "txtfilter: String, OfficeName: String, Header: String", ""},
-      {"OfficePolicyAcknowledgement", "PatientID: Long, OfficeID: Long", ""},
-      {"NewPatientLetter", "ID: Long, LetterBody: String, OfficeName: String", ""},
-      {"rptRefferalLetter", "ID: Long, [IsDentist: Boolean]", ""},
-      {"rptNoShowLetter", "ID: Long, SignedBy: String, Body: Variant, OfficeName: String, Header: String", ""},
-      {"ToDoEmail", "UserID: Long", "Integer"},
-      {"rptProgressNotesList", "", ""},
-      {"rptProgressNotes", "txtfilter: String, UserName: String", ""},
-      {"rptMemos", "txtfilter: String, printDate: Date, UserName: String", ""},
-      {"rptPrescriptions", "ID: Long, Header: String, OfficeName: String", ""},
-      {"rptAppointmentsByPatient", "txtfilter: String, UserName: String", ""},
-      {"rptAppointmentReports", "blnApp: Boolean, blnAppIncomplete: Boolean, blnAppPlanned: Boolean, blnAppReschedules: Boolean, blnTreatmentPlans: Boolean, blnOperatory: Boolean, blnBooking: Boolean, dtStart: Date, dtEnd: Date, UserName: String, ProviderNames: String, Category: Long", ""},
-      {"rptRescheduleAnalysis", "theType: RescheduleTypes, Header: String", ""},
-      {"OverDueTreatmentPlans", "StartDate: Date, Enddate: Date, Header: String", ""},
-      {"srptAppointmentReschedules", "ProviderFilter: String, dtStart: Date, dtEnd: Date", ""},
-      {"srptAppointments", "dtStart: Date, dtEnd: Date, ProviderFilter: String, [Category: Long], [Complete: Boolean]", ""},
-      {"srptOperatoryList", "ProviderFilter: String, dtStart: Date, dtEnd: Date, Category: Long", ""},
-      {"srptPlannedAppointmentsList", "ProviderFilter: String, dtStart: Date, dtEnd: Date, [Category: Long]", ""},
-      {"srptTreatmentPlansOutstanding", "ProviderFilter: String, dtStart: Date, dtEnd: Date", ""},
-      {"rptFamilyAppointmentsDetailed", "ID: Long, OfficeName: String, OfficeAddress: String, PatientName: String, Header: String, Footer: String, UnitMinutes: Integer", ""},
-      {"rptFamilyAppointmentsSummary", "ID: Long, OfficeName: String, OfficeAddress: String, PatientName: String, Header: String, Footer: String, UnitMinutes: Integer", ""},
-      {"FamilyAppointmentsSummary", "ID: Long", ""},
-      {"rptAppointmentCard", "ID: Long, Header: String, Footer: String, OfficeName: String, OfficePhone: String, UnitMinutes: Integer, Assignment: Boolean", ""},
-      {"rptDaySheet", "theDate: Date, Providers: array of Long, UserName: String, OfficeName: String", ""},
-      {"rptRoutingSlip", "txtfilter: String, UserName: String", ""},
-      {"rptStatements", "dtStart: Date, dtEnd: Date, PatientIDs: array of Long, Family: Boolean, [PatientFooter: String], [AppSummary: Boolean], [IncompleteTreatment: Boolean], [PostDated: Boolean], [Details: Boolean], [YTD: Boolean], [UpdateLastStatementDate: Boolean], [DetailOutstanding: Boolean]", ""},
-      {"rptBulkStatements", "txtPatientFilter: String, txtFamilyFilter: String, IsFamilyStatement: Boolean, Header: String, [NoZeros: Variant]", ""},
-      {"ReturnFamilyCredit", "PatientID: Long, [IncludePostDates: Boolean]", "Currency"},
-      {"rptInvoiceStatement", "ID: Long, Name: String, Address: String", ""},
-      {"rptReceipt", "ID: Long, Name: String, Address: String", ""},
-      {"rptInvoice", "ID: Long, Name: String, Address: String", ""},
-      {"rptAccountsReceivable", "Comments: String, txtProvFilter: String, txtInvFilter: String, UserName: String", ""},
-      {"rptUnAppliedPayments", "dtEndDate: Date, UserName: String", ""},
-      {"srptUnAppliedPayments", "dtEndDate: Date, UserName: String, [strFilter: String]", ""},
-      {"rptPatientAccountStatus", "UserName: String, dtEndDate: Date", ""},
-      {"rptFamiliesWithABalance", "UserName: String", ""},
-      {"rptPatientswithOustandingTreatment", "UserName: String", ""},
-      {"rptPatientswithACredit", "UserName: String", ""},
-      {"rptBillingByClient", "UserName: String, txtfilter: String, OfficeAddress: String, OfficeName: String", ""},
-      {"rptPatientsWithABalance", "UserName: String, dtEndDate: Date, txtfilter: String, [SortType: Integer]", ""},
-      {"rptMonthEndSummary", "StartDate: Date, Enddate: Date, txtInvFilter: String, txtPayFilter: String, ProviderNames: String, ProviderID: array of Long", ""},
-      {"rptNonAgedAR", "dtStart: Date, dtEnd: Date, txtPayFilter: String, txtInvFilter: String, UserName: String, ProviderNames: String", ""},
-      {"rptMonthEndAnalysis", "fromdate: Date, todate: Date, txtInvFilter: String, txtPayFilter: String, ProviderNames: String", ""},
-      {"rptPayroll", "strEmployees: String, dtStart: Date, dtEnd: Date, UserName: String", ""},
-      {"rptYearlyEmployeeSummary", "ID: Long, StartDate: Date, Enddate: Date, UnitValue: Integer", ""},
-      {"rptSpecialistYearlySummary", "SpecFilter: String, SpecNames: String, StartDate: Date, Enddate: Date", ""},
-      {"rptPartnershipReport", "dtStartDate: Date, dtEndDate: Date, UserName: String", ""},
-      {"rptCashInDetailed", "dtStart: Date, dtEnd: Date, txtfilter: String, UserName: String", ""},
-      {"srptCashInDetailed", "dtStart: Date, dtEnd: Date, AccountID: String, UserName: String", ""},
-      {"rptCashInSummary", "dtStart: Date, dtEnd: Date, AccountID: String, UserName: String", ""},
-      {"srptCashInSummary", "dtStart: Date, dtEnd: Date, AccountID: String, UserName: String", ""},
-      {"rptBankDepositSlip", "StartDate: Date, Enddate: Date, UserName: String, AccountID: Long", ""},
-      {"srptBankDepositSlip", "StartDate: Date, Enddate: Date, UserName: String, AccountID: Long", ""},
-      {"rptMonthEndReport", "DetailedAnalysis: Boolean, SummaryAnalysis: Boolean, AR: Boolean, CashIn: Boolean, CashInAdjustment: Boolean, IncompleteInvoices: Boolean, HygieneCompany: Boolean, dtStart: Date, dtEnd: Date, Byoption: Integer, UserName: String, ProviderNames: String, byAllocatedPayment: Boolean, Unapplied: Boolean, Applied: Boolean, Production: Boolean, NewPatients: Boolean, AccountID: String, [blnProviderSummary: Boolean]", ""},
-      {"rptDayEndReport", "DetailedAnalysis: Boolean, AppliedPayments: Boolean, ProductionSummary: Boolean, BankDeposit: Boolean, CashIn: Boolean, CashInAdjustment: Boolean, IncompleteInvoices: Boolean, UnAppliedPayments: Boolean, NewPatient: Boolean, ProductionByProvider: Boolean, EDI: Boolean, dtStart: Date, dtEnd: Date, Byoption: Integer, UserName: String, ProviderNames: String, byAllocatedPayment: Boolean, AccountID: String, SummaryAnalysis: Boolean", ""},
-      {"rptDayEndSummary", "dtStartDate: Date, dtEndDate: Date, UserName: String", ""},
-      {"rptIncompleteInvoices", "StartDate: Date, Enddate: Date, OfficeName: String, UserName: String, txtfilter: String", ""},
-      {"srptNewPatientReport", "fromdate: Date, todate: Date", ""},
-      {"srptIncompleteInvoices", "txtfilter: String", ""},
-      {"srptAdjustmentReport", "dtStart: Date, dtEnd: Date, ProviderFilter: String, Byoption: Integer", ""},
-      {"srptAdjustmentReallocation", "ProviderID: Long, dtStart: Date, dtEnd: Date, Byoption: Integer", ""},
-      {"rptEDITransactions", "DateFrom: Date, DateTo: Date, UserName: String", ""},
-      {"srptEDITransactions", "DateFrom: Date, DateTo: Date, UserName: String", ""},
-      {"rptAdjustmentReport", "StartDate: Date, Enddate: Date, UserName: String", ""},
-      {"rptHygieneCompanyReport", "dtStart: Date, dtEnd: Date, txtfilter: String, UserName: String", ""},
-      {"rptProductionReports", "ProductionByCode: Boolean, ProductionByProvider: Boolean, ProductionByOverseer: Boolean, ProductionSummary: Boolean, ProductionSummaryCode: Boolean, ProductionByCategory: Boolean, dtStart: Date, dtEnd: Date, byDate: Integer, UserName: String, ProviderNames: String, Startcode: String, Endcode: String", ""},
-      {"ProductSumReport", "dtStartDate: Date, dtEndDate: Date, UserName: String", ""},
-      {"rptIncomeByProvider", "dtStartDate: Date, dtEndDate: Date, strProviderFilter: String, Overseeing: Boolean, UserName: String", ""},
-      {"srptDetailedAnalysis", "dtStart: Date, dtEnd: Date, Byoption: Integer, UserName: String, ProviderNames: String, byAllocatedPayment: Boolean", ""},
-      {"srptSummaryAnalysis", "dtStart: Date, dtEnd: Date, ProviderFilter: String, Byoption: Integer, Title: String, byAllocatedPayment: Boolean", ""},
-      {"rptClaimForm", "ID: Long, CurrentOfficeID: Long, [InsuranceCompany: Integer]", ""},
-      {"rptClaimFormF", "ID: Long, CurrentOfficeID: Long, [InsuranceCompany: Integer]", ""},
-      {"rptPredClaimForm", "ID: Long, CurrentOfficeID: Long, strFilter: String", ""},
-      {"rptPredClaimFormF", "ID: Long, CurrentOfficeID: Long, strFilter: String", ""},
-      {"rptInsuranceBilling", "UserName: String", ""},
-      {"rptLaypersonTreatmentPlan", "OfficeName: String, OfficeAddress: String, ID: Long, strFilter: String", ""},
-      {"rptLaypersonTreatmentPlanF", "OfficeName: String, OfficeAddress: String, ID: Long, strFilter: String", ""},
-      {"rptReferralReports", "blnRefDentistList: Boolean, blnRefDentistType: Boolean, blnRefDetailed: Boolean, blnRefPatient: Boolean, blnRefSummary: Boolean, blnRefAlert: Boolean, dtStart: Date, dtEnd: Date, UserName: String, ProviderNames: String, Category: Long, [arrProviderIDs: Variant], [OrderFlag: Long]", ""},
-      {"srptReferringDentistList", "", ""},
-      {"srptReferringDentistType", "dtStart: Date, dtEnd: Date", ""},
-      {"srptReferringDentistSummary", "Stardate: Date, Enddate: Date, [SortBy: Long]", ""},
-      {"srptReferringDentistDetailed", "StartDate: Date, Enddate: Date, [arrProviderIDs: Variant], [SortBy: Long]", ""},
-      {"srptRefferedByPatient", "dtStartDate: Date, dtEndDate: Date", ""},
-      {"ReferralProductSumReport", "dtStartDate: Date, dtEndDate: Date, UserName: String", ""},
-      {"CheckRelationships", "strLookupTable: String, lngField: String, strForeignKeyTable: String, lngFkField: String", "Boolean"},
+      {"SetPrintPreview", "theFrm: object", "", "Component", "Hands the component its preview form (the command line does this itself).", "", ""},
+      {"ReturnOfficeValue", "fld: String", "Variant", "Component", "Prints one column of the workstation's office (setting CurrentOffice).", "Name", "fld: a column of OfficeInformation, e.g. Name, Phone, StatementFooter"},
+      {"ReturnAddressPart", "Address: String, Part: AddressParts", "String", "Component", "Prints one part of a multi-line address.", "\"$(printf '12 Main St\\r\\nOttawa, ON\\r\\nK1A 0B1')\" City", "Address: lines ended by CR LF: street, [second street], \"City, Prov\", postal code"},
+      {"rptPatientListDetailed", "txtfilter: String", "", "Directory lists", "Patients with contacts, insurance and notes, one block each.", "\"ID < 40\"", ""},
+      {"rptInsuranceCompanyList", "txtfilter: String, UserName: String", "", "Directory lists", "Insurance companies with addresses and CDA numbers.", "0 desk", ""},
+      {"rptEmployerList", "txtfilter: String, UserName: String", "", "Directory lists", "Employers with their insurance companies.", "0 desk", ""},
+      {"rptPatientListSimple", "txtfilter: String, UserName: String, Title: String, [ByEmployer: Boolean], [EmployerID: Long]", "", "Directory lists", "One line per patient: phone, address and emergency contact.", "0 desk \"Active Patients\"", "Title: the heading of the list; ByEmployer: group by employer; EmployerID: the employer when grouped"},
+      {"rptFeeGuide", "ID: Long, UserName: String", "", "Directory lists", "The codes and fees of one fee guide.", "1 desk", "ID: the fee guide (FeeGuides.ID)"},
+      {"rptAppointmentCardLabel", "AppointmentID: Long", "", "Labels and envelopes", "A label for one appointment card.", "1", "AppointmentID: PatientAppointments.ID"},
+      {"rptInsuranceCompanyEnvelopes", "txtfilter: String", "", "Labels and envelopes", "An envelope per insurance company.", "0", ""},
+      {"rptReferringDentistMailingEnvelopes", "txtfilter: String", "", "Labels and envelopes", "An envelope per referring dentist (printed).", "0", ""},
+      {"rptReferringDentistMailingLabels", "txtfilter: String", "", "Labels and envelopes", "Mailing labels of the referring dentists (printed).", "0", ""},
+      {"rptInsuranceCompanyLabels", "ID: Long", "", "Labels and envelopes", "Labels of one insurance company.", "1", "ID: the insurance company (InsuranceCompanies.ID)"},
+      {"rptFolderLabels", "Position: String, txtfilter: String", "", "Labels and envelopes", "Folder labels of patients.", "1 0", "Position: the first label's place on the sheet"},
+      {"rptMailingLabels", "txtfilter: String", "", "Labels and envelopes", "Mailing labels of patients.", "0", ""},
+      {"rptMailingLabelsSinglePage", "txtfilter: String", "", "Labels and envelopes", "Mailing labels of patients on one page.", "0", ""},
+      {"rptFolderLabelsSingleSheet", "txtfilter: String, Position: iPosition", "", "Labels and envelopes", "Folder labels on a single sheet at a position.", "0 rptTop", ""},
+      {"rptPatientEnvelope", "txtfilter: String, ReturnAddress: Boolean", "", "Labels and envelopes", "An envelope per patient.", "\"ID = 12\" True", "ReturnAddress: print the office's return address"},
+      {"rptReActivationLetter", "txtfilter: String, OfficeName: String, Header: String", "", "Letters", "A letter asking patients to come back (printed).", "\"ID = 12\" \"Demo Dental\" \"We miss you\"", ""},
+      {"OfficePolicyAcknowledgement", "PatientID: Long, OfficeID: Long", "", "Letters", "The office policy for a patient to sign (printed).", "12 1", ""},
+      {"NewPatientLetter", "ID: Long, LetterBody: String, OfficeName: String", "", "Letters", "A welcome letter to a new patient.", "12 \"Welcome to the practice.\" \"Demo Dental\"", ""},
+      {"rptRefferalLetter", "ID: Long, [IsDentist: Boolean]", "", "Letters", "A referral letter (printed).", "1", "ID: the referral; IsDentist: to a dentist rather than the patient"},
+      {"rptNoShowLetter", "ID: Long, SignedBy: String, Body: Variant, OfficeName: String, Header: String", "", "Letters", "A letter after a missed appointment (printed).", "1 \"Dr. Demo\" \"We missed you.\" \"Demo Dental\" \"Missed appointment\"", ""},
+      {"ToDoEmail", "UserID: Long", "Integer", "Notes and memos", "Mails a user's to-do list; prints the count sent.", "1", ""},
+      {"rptProgressNotesList", "", "", "Notes and memos", "The list of progress notes (printed).", "", ""},
+      {"rptProgressNotes", "txtfilter: String, UserName: String", "", "Notes and memos", "Progress notes of patients.", "\"PatientID = 12\" desk", ""},
+      {"rptMemos", "txtfilter: String, printDate: Date, UserName: String", "", "Notes and memos", "Memos of a day (printed).", "0 2026-11-20 desk", ""},
+      {"rptPrescriptions", "ID: Long, Header: String, OfficeName: String", "", "Notes and memos", "A prescription (printed).", "1 \"Prescription\" \"Demo Dental\"", ""},
+      {"rptAppointmentsByPatient", "txtfilter: String, UserName: String", "", "Appointments", "A patient's appointments.", "\"PatientID = 12\" desk", ""},
+      {"rptAppointmentReports", "blnApp: Boolean, blnAppIncomplete: Boolean, blnAppPlanned: Boolean, blnAppReschedules: Boolean, blnTreatmentPlans: Boolean, blnOperatory: Boolean, blnBooking: Boolean, dtStart: Date, dtEnd: Date, UserName: String, ProviderNames: String, Category: Long", "", "Appointments", "The appointment package: lists chosen by flag for a period.", "True False False False False False False 2026-11-01 2026-11-30 desk \"\" 0", ""},
+      {"rptRescheduleAnalysis", "theType: RescheduleTypes, Header: String", "", "Appointments", "Rescheduled appointments by kind.", "All \"Reschedules\"", ""},
+      {"OverDueTreatmentPlans", "StartDate: Date, Enddate: Date, Header: String", "", "Appointments", "Treatment plans past their date.", "2026-01-01 2026-11-20 \"Overdue plans\"", ""},
+      {"srptAppointmentReschedules", "ProviderFilter: String, dtStart: Date, dtEnd: Date", "", "Appointments", "Rescheduled appointments of a period (section).", "\"\" 2026-11-01 2026-11-30", "ProviderFilter: a condition over ProviderID, \"\" for all"},
+      {"srptAppointments", "dtStart: Date, dtEnd: Date, ProviderFilter: String, [Category: Long], [Complete: Boolean]", "", "Appointments", "Appointments of a period (section).", "2026-11-01 2026-11-30 \"\"", "Category: a procedure category, 0 for all; Complete: completed ones only"},
+      {"srptOperatoryList", "ProviderFilter: String, dtStart: Date, dtEnd: Date, Category: Long", "", "Appointments", "Appointments by operatory (section).", "\"\" 2026-11-01 2026-11-30 0", ""},
+      {"srptPlannedAppointmentsList", "ProviderFilter: String, dtStart: Date, dtEnd: Date, [Category: Long]", "", "Appointments", "Planned appointments (section).", "\"\" 2026-11-01 2026-11-30", ""},
+      {"srptTreatmentPlansOutstanding", "ProviderFilter: String, dtStart: Date, dtEnd: Date", "", "Appointments", "Outstanding treatment plans (section).", "\"\" 2026-01-01 2026-11-30", ""},
+      {"rptFamilyAppointmentsDetailed", "ID: Long, OfficeName: String, OfficeAddress: String, PatientName: String, Header: String, Footer: String, UnitMinutes: Integer", "", "Appointment cards and schedules", "A family's coming appointments in detail.", "141 \"Demo Dental\" \"1 Main St\" \"\" \"Appointments\" \"See you soon\" 10", "ID: a patient of the family (Patient.ID); UnitMinutes: minutes per booking unit"},
+      {"rptFamilyAppointmentsSummary", "ID: Long, OfficeName: String, OfficeAddress: String, PatientName: String, Header: String, Footer: String, UnitMinutes: Integer", "", "Appointment cards and schedules", "A family's coming appointments in short.", "141 \"Demo Dental\" \"1 Main St\" \"\" \"Appointments\" \"See you soon\" 10", "ID: a patient of the family (Patient.ID); UnitMinutes: minutes per booking unit"},
+      {"FamilyAppointmentsSummary", "ID: Long", "", "Appointment cards and schedules", "A family's coming appointments (section).", "141", "ID: a patient of the family (Patient.ID)", true},
+      {"rptAppointmentCard", "ID: Long, Header: String, Footer: String, OfficeName: String, OfficePhone: String, UnitMinutes: Integer, Assignment: Boolean", "", "Appointment cards and schedules", "An appointment card (printed).", "1 \"Your next visit\" \"Call to change\" \"Demo Dental\" \"555-0100\" 10 False", "ID: the appointment (PatientAppointments.ID); UnitMinutes: minutes per booking unit; Assignment: print the assignment line"},
+      {"rptDaySheet", "theDate: Date, Providers: array of Long, UserName: String, OfficeName: String", "", "Day sheet and routing slip", "The day sheet of providers (printed).", "2026-11-20 1,2 desk \"Demo Dental\"", "Providers: provider numbers (Employees.ID)"},
+      {"rptRoutingSlip", "txtfilter: String, UserName: String", "", "Day sheet and routing slip", "Routing slips of appointments (printed).", "\"PatientAppointments.ID = 1\" desk", ""},
+      {"rptStatements", "dtStart: Date, dtEnd: Date, PatientIDs: array of Long, Family: Boolean, [PatientFooter: String], [AppSummary: Boolean], [IncompleteTreatment: Boolean], [PostDated: Boolean], [Details: Boolean], [YTD: Boolean], [UpdateLastStatementDate: Boolean], [DetailOutstanding: Boolean]", "", "Statements", "Statements of listed patients or their families for a period.", "2026-01-01 2026-11-20 12 True", "PatientIDs: patient numbers (Patient.ID); Family: one statement per family; PatientFooter: a line printed at the foot of each statement; AppSummary: coming appointments; IncompleteTreatment: open treatment; PostDated: post-dated payments; Details: invoice lines; YTD: payments of the year; UpdateLastStatementDate: stamp the patients' LastStatement; DetailOutstanding: only invoices still open"},
+      {"rptBulkStatements", "txtPatientFilter: String, txtFamilyFilter: String, IsFamilyStatement: Boolean, Header: String, [NoZeros: Variant]", "", "Statements", "Statements of every patient or family that a filter selects.", "\"ID < 40\" \"\" False \"Statement\"", "txtPatientFilter: a condition over Patient; txtFamilyFilter: a condition over the primary holders; IsFamilyStatement: one per family; NoZeros: leave out accounts with nothing to pay"},
+      {"ReturnFamilyCredit", "PatientID: Long, [IncludePostDates: Boolean]", "Currency", "Statements", "Prints the credit on account of a patient's family.", "12", ""},
+      {"rptInvoiceStatement", "ID: Long, Name: String, Address: String", "", "Invoices and receipts", "An invoice with its payments and balance (printed).", "2 \"\" \"\"", "ID: the invoice (Invoices.ID); Name, Address: used only where the database has no name"},
+      {"rptReceipt", "ID: Long, Name: String, Address: String", "", "Invoices and receipts", "The receipt of one payment (printed).", "1 \"\" \"\"", "ID: the payment (InvoicePayments.ID); Name, Address: used only where the database has no name"},
+      {"rptInvoice", "ID: Long, Name: String, Address: String", "", "Invoices and receipts", "One invoice on the office letterhead.", "1 \"\" \"\"", "ID: the invoice (Invoices.ID); Name, Address: used only where the database has no name"},
+      {"rptAccountsReceivable", "Comments: String, txtProvFilter: String, txtInvFilter: String, UserName: String", "", "Receivables", "Aged receivables by provider.", "\"\" \"\" \"\" desk", "Comments: accepted, not printed; txtProvFilter: a condition over Employees; txtInvFilter: a condition over Invoices"},
+      {"rptUnAppliedPayments", "dtEndDate: Date, UserName: String", "", "Receivables", "Payments not yet put on any invoice.", "2026-11-20 desk", ""},
+      {"srptUnAppliedPayments", "dtEndDate: Date, UserName: String, [strFilter: String]", "", "Receivables", "Payments not yet put on any invoice (section).", "2026-11-20 desk", "strFilter: a condition over the payments"},
+      {"srptAccountReceivable", "dtEndDate: Date, Byoption: Integer, ProviderFilter: String, [UserName: String]", "", "Receivables", "Practice-wide aged list, one row per patient, as the month-end run prints it (section).", "2026-11-20 0 \"\" desk", "dtEndDate: the day the debts are aged at"},
+      {"rptPatientAccountStatus", "UserName: String, dtEndDate: Date", "", "Receivables", "Aged debts with each patient's money on file.", "desk 2026-11-20", ""},
+      {"rptFamiliesWithABalance", "UserName: String", "", "Receivables", "Families that owe money, by primary holder.", "desk", ""},
+      {"rptPatientswithOustandingTreatment", "UserName: String", "", "Receivables", "Patients with treatment still open, with credit and balance.", "desk", ""},
+      {"rptPatientswithACredit", "UserName: String", "", "Receivables", "Patients with money on file.", "desk", ""},
+      {"rptBillingByClient", "UserName: String, txtfilter: String, OfficeAddress: String, OfficeName: String", "", "Receivables", "Each patient's invoices line by line.", "desk \"ID < 80\" \"\" \"\"", ""},
+      {"rptPatientsWithABalance", "UserName: String, dtEndDate: Date, txtfilter: String, [SortType: Integer]", "", "Receivables", "Patients owing money at a date, aged by invoice date.", "desk 2026-11-20 \"\"", "SortType: 0 by provider, 1 by overseer, 2 by preferred doctor, 3 by date"},
+      {"rptMonthEndSummary", "StartDate: Date, Enddate: Date, txtInvFilter: String, txtPayFilter: String, ProviderNames: String, ProviderID: array of Long", "", "Receivables", "Month-end summary of charges and payments.", "2026-11-01 2026-11-30 \"\" \"\" \"\" 1", ""},
+      {"rptNonAgedAR", "dtStart: Date, dtEnd: Date, txtPayFilter: String, txtInvFilter: String, UserName: String, ProviderNames: String", "", "Receivables", "Receivables of a period without ageing.", "2026-11-01 2026-11-30 \"\" \"\" desk \"\"", ""},
+      {"rptMonthEndAnalysis", "fromdate: Date, todate: Date, txtInvFilter: String, txtPayFilter: String, ProviderNames: String", "", "Receivables", "Month-end analysis of a period.", "2026-11-01 2026-11-30 \"\" \"\" \"\"", ""},
+      {"rptPayroll", "strEmployees: String, dtStart: Date, dtEnd: Date, UserName: String", "", "Compensation", "Payroll of employees for a period.", "\"1,2\" 2026-11-01 2026-11-30 desk", ""},
+      {"rptYearlyEmployeeSummary", "ID: Long, StartDate: Date, Enddate: Date, UnitValue: Integer", "", "Compensation", "An employee's yearly summary.", "1 2026-01-01 2026-12-31 1", ""},
+      {"rptSpecialistYearlySummary", "SpecFilter: String, SpecNames: String, StartDate: Date, Enddate: Date", "", "Compensation", "Specialists' yearly summary.", "\"\" \"\" 2026-01-01 2026-12-31", ""},
+      {"rptPartnershipReport", "dtStartDate: Date, dtEndDate: Date, UserName: String", "", "Production", "Production of the partners.", "2026-11-01 2026-11-30 desk", ""},
+      {"rptCashInDetailed", "dtStart: Date, dtEnd: Date, txtfilter: String, UserName: String", "", "Period closing", "Money received, payment by payment.", "2026-11-01 2026-11-30 \"\" desk", ""},
+      {"srptCashInDetailed", "dtStart: Date, dtEnd: Date, AccountID: String, UserName: String", "", "Period closing", "Money received, payment by payment (section).", "2026-11-01 2026-11-30 \"\" desk", ""},
+      {"rptCashInSummary", "dtStart: Date, dtEnd: Date, AccountID: String, UserName: String", "", "Period closing", "Money received, by kind of payment.", "2026-11-01 2026-11-30 \"\" desk", ""},
+      {"srptCashInSummary", "dtStart: Date, dtEnd: Date, AccountID: String, UserName: String", "", "Period closing", "Money received, by day and kind of payment (section).", "2026-11-01 2026-11-30 \"\" desk", ""},
+      {"rptBankDepositSlip", "StartDate: Date, Enddate: Date, UserName: String, AccountID: Long", "", "Period closing", "The bank deposit slip of a period.", "2026-11-20 2026-11-20 desk 1", ""},
+      {"srptBankDepositSlip", "StartDate: Date, Enddate: Date, UserName: String, AccountID: Long", "", "Period closing", "The bank deposit slip (section).", "2026-11-20 2026-11-20 desk 1", ""},
+      {"rptMonthEndReport", "DetailedAnalysis: Boolean, SummaryAnalysis: Boolean, AR: Boolean, CashIn: Boolean, CashInAdjustment: Boolean, IncompleteInvoices: Boolean, HygieneCompany: Boolean, dtStart: Date, dtEnd: Date, Byoption: Integer, UserName: String, ProviderNames: String, byAllocatedPayment: Boolean, Unapplied: Boolean, Applied: Boolean, Production: Boolean, NewPatients: Boolean, AccountID: String, [blnProviderSummary: Boolean]", "", "Period closing", "The month-end package: sections chosen by flag.", "True True True True False False False 2026-11-01 2026-11-30 0 desk \"\" False False False True True \"\"", "Byoption: 0 by provider, 1 by overseer, 2 by preferred doctor, 3 by date"},
+      {"rptDayEndReport", "DetailedAnalysis: Boolean, AppliedPayments: Boolean, ProductionSummary: Boolean, BankDeposit: Boolean, CashIn: Boolean, CashInAdjustment: Boolean, IncompleteInvoices: Boolean, UnAppliedPayments: Boolean, NewPatient: Boolean, ProductionByProvider: Boolean, EDI: Boolean, dtStart: Date, dtEnd: Date, Byoption: Integer, UserName: String, ProviderNames: String, byAllocatedPayment: Boolean, AccountID: String, SummaryAnalysis: Boolean", "", "Period closing", "The day-end package: sections chosen by flag.", "True True True True True False False True True True False 2026-11-20 2026-11-20 0 desk \"\" False \"\" True", "Byoption: 0 by provider, 1 by overseer, 2 by preferred doctor, 3 by date"},
+      {"rptDayEndSummary", "dtStartDate: Date, dtEndDate: Date, UserName: String", "", "Period closing", "The day-end summary.", "2026-11-20 2026-11-20 desk", ""},
+      {"rptIncompleteInvoices", "StartDate: Date, Enddate: Date, OfficeName: String, UserName: String, txtfilter: String", "", "Period closing", "Invoices not yet completed.", "2026-11-01 2026-11-30 \"Demo Dental\" desk \"\"", ""},
+      {"srptNewPatientReport", "fromdate: Date, todate: Date", "", "Period closing", "New patients of a period (section).", "2026-11-01 2026-11-30", ""},
+      {"srptIncompleteInvoices", "txtfilter: String", "", "Period closing", "Invoices not yet complete (section).", "\"\"", ""},
+      {"srptAdjustmentReport", "dtStart: Date, dtEnd: Date, ProviderFilter: String, Byoption: Integer", "", "Period closing", "Invoice reversals and adjustments of a period (section).", "2026-11-01 2026-11-30 \"\" 0", ""},
+      {"srptAdjustmentReallocation", "ProviderID: Long, dtStart: Date, dtEnd: Date, Byoption: Integer", "", "Period closing", "Money moved between providers, under the adjustment report (section).", "2 2026-11-01 2026-11-30 0", ""},
+      {"rptEDITransactions", "DateFrom: Date, DateTo: Date, UserName: String", "", "Period closing", "Electronic claim transactions of a period.", "2026-11-01 2026-11-30 desk", ""},
+      {"srptEDITransactions", "DateFrom: Date, DateTo: Date, UserName: String", "", "Period closing", "Electronic claim transactions (section).", "2026-11-01 2026-11-30 desk", ""},
+      {"rptAdjustmentReport", "StartDate: Date, Enddate: Date, UserName: String", "", "Period closing", "Adjustments of a period.", "2026-11-01 2026-11-30 desk", ""},
+      {"rptHygieneCompanyReport", "dtStart: Date, dtEnd: Date, txtfilter: String, UserName: String", "", "Period closing", "The hygiene company report.", "2026-11-01 2026-11-30 \"\" desk", ""},
+      {"rptProductionReports", "ProductionByCode: Boolean, ProductionByProvider: Boolean, ProductionByOverseer: Boolean, ProductionSummary: Boolean, ProductionSummaryCode: Boolean, ProductionByCategory: Boolean, dtStart: Date, dtEnd: Date, byDate: Integer, UserName: String, ProviderNames: String, Startcode: String, Endcode: String", "", "Production", "Production reports chosen by flag.", "True False False False False False 2026-11-01 2026-11-30 0 desk \"\" \"\" \"\"", ""},
+      {"ProductSumReport", "dtStartDate: Date, dtEndDate: Date, UserName: String", "", "Production", "Product summary of a period.", "2026-11-01 2026-11-30 desk", ""},
+      {"rptIncomeByProvider", "dtStartDate: Date, dtEndDate: Date, strProviderFilter: String, Overseeing: Boolean, UserName: String", "", "Production", "Income by provider.", "2026-11-01 2026-11-30 \"\" False desk", ""},
+      {"srptDetailedAnalysis", "dtStart: Date, dtEnd: Date, Byoption: Integer, UserName: String, ProviderNames: String, byAllocatedPayment: Boolean", "", "Period closing", "Treatment, payments and write-offs of a period by provider, overseer, doctor or date (section).", "2026-11-01 2026-11-30 0 desk \"\" True", "Byoption: 0 provider, 1 overseer, 2 preferred doctor, 3 date; ProviderNames: a condition over ProviderID, \"\" for all; byAllocatedPayment: False adds the unallocated share of each payment"},
+      {"srptSummaryAnalysis", "dtStart: Date, dtEnd: Date, ProviderFilter: String, Byoption: Integer, Title: String, byAllocatedPayment: Boolean", "", "Period closing", "Each day's treatment, payments, adjustments and receivable of a period (section).", "2026-11-01 2026-11-30 \"\" 0 \"Summary Analysis\" True", "ProviderFilter: a condition over ProviderID, \"\" for all; Byoption: 0 provider, 1 overseer, 2 preferred doctor, 3 date"},
+      {"rptClaimForm", "ID: Long, CurrentOfficeID: Long, [InsuranceCompany: Integer]", "", "Insurance claims", "An insurance claim form (printed).", "1 1", ""},
+      {"rptClaimFormF", "ID: Long, CurrentOfficeID: Long, [InsuranceCompany: Integer]", "", "Insurance claims", "An insurance claim form in French (printed).", "1 1", ""},
+      {"rptPredClaimForm", "ID: Long, CurrentOfficeID: Long, strFilter: String", "", "Insurance claims", "A predetermination form (printed).", "1 1 \"\"", ""},
+      {"rptPredClaimFormF", "ID: Long, CurrentOfficeID: Long, strFilter: String", "", "Insurance claims", "A predetermination form in French (printed).", "1 1 \"\"", ""},
+      {"rptInsuranceBilling", "UserName: String", "", "Insurance claims", "Insurance billing list.", "desk", ""},
+      {"rptLaypersonTreatmentPlan", "OfficeName: String, OfficeAddress: String, ID: Long, strFilter: String", "", "Treatment plans", "A treatment plan for the patient (printed).", "\"Demo Dental\" \"1 Main St\" 12 \"\"", ""},
+      {"rptLaypersonTreatmentPlanF", "OfficeName: String, OfficeAddress: String, ID: Long, strFilter: String", "", "Treatment plans", "A treatment plan for the patient in French (printed).", "\"Demo Dental\" \"1 Main St\" 12 \"\"", ""},
+      {"rptReferralReports", "blnRefDentistList: Boolean, blnRefDentistType: Boolean, blnRefDetailed: Boolean, blnRefPatient: Boolean, blnRefSummary: Boolean, blnRefAlert: Boolean, dtStart: Date, dtEnd: Date, UserName: String, ProviderNames: String, Category: Long, [arrProviderIDs: Variant], [OrderFlag: Long]", "", "Referrals", "The referral package: sections chosen by flag.", "True False False False False False 2026-01-01 2026-11-30 desk \"\" 0", ""},
+      {"srptReferringDentistList", "", "", "Referrals", "Referring dentists (section).", "", ""},
+      {"srptReferringDentistType", "dtStart: Date, dtEnd: Date", "", "Referrals", "Referring dentists by type (section).", "2026-01-01 2026-11-30", ""},
+      {"srptReferringDentistSummary", "Stardate: Date, Enddate: Date, [SortBy: Long]", "", "Referrals", "Referral summary (section).", "2026-01-01 2026-11-30", ""},
+      {"srptReferringDentistDetailed", "StartDate: Date, Enddate: Date, [arrProviderIDs: Variant], [SortBy: Long]", "", "Referrals", "Referrals in detail (section).", "2026-01-01 2026-11-30", ""},
+      {"srptRefferedByPatient", "dtStartDate: Date, dtEndDate: Date", "", "Referrals", "Patients referred by patients (section).", "2026-01-01 2026-11-30", ""},
+      {"ReferralProductSumReport", "dtStartDate: Date, dtEndDate: Date, UserName: String", "", "Referrals", "Production of referrals.", "2026-01-01 2026-11-30 desk", ""},
+      {"CheckRelationships", "strLookupTable: String, lngField: String, strForeignKeyTable: String, lngFkField: String", "Boolean", "Referrals", "Checks that every key of a table is found in another.", "", ""},
   };
   return catalog;
+}
+
+const MethodSignature* FindMethod(const std::string& name) {
+  for (const auto& m : MethodCatalog()) {
+    if (vb::LCase(m.name) == vb::LCase(name)) return &m;
+  }
+  return nullptr;
+}
+
+bool DrawsIntoRunningDocument(const MethodSignature& m) {
+  return m.section || std::string(m.name).rfind("srpt", 0) == 0;
+}
+
+const std::vector<std::pair<std::string, int>>& EnumerationMembers(const std::string& type) {
+  static const std::map<std::string, std::vector<std::pair<std::string, int>>> enums = {
+      {"RescheduleTypes",
+       {{"NoShow", 1}, {"ShortNotice", 2}, {"Office", 3}, {"All", 4}, {"NoShowAndShortNotice", 5}}},
+      {"iPosition", {{"rptTop", 1}, {"rptBottom", 2}, {"rptMiddle", 3}, {"rptTwo", 4}}},
+      {"AddressParts", {{"Street1", 0}, {"Street2", 1}, {"City", 2}, {"Prov", 3}, {"Postal", 4}}},
+  };
+  static const std::vector<std::pair<std::string, int>> none;
+  auto it = enums.find(type);
+  return it == enums.end() ? none : it->second;
+}
+
+std::string ParamMeaning(const MethodSignature& m, const Param& p) {
+  // The method's own note first: "ID: the payment (InvoicePayments.ID); ..."
+  std::string notes = m.notes;
+  size_t pos = 0;
+  while (pos < notes.size()) {
+    size_t end = notes.find("; ", pos);
+    std::string item = notes.substr(pos, end == std::string::npos ? std::string::npos : end - pos);
+    pos = end == std::string::npos ? notes.size() : end + 2;
+    size_t colon = item.find(": ");
+    if (colon == std::string::npos) continue;
+    // "Name, Address: ..." describes several parameters at once.
+    std::string names = item.substr(0, colon);
+    size_t at = 0;
+    while (at <= names.size()) {
+      size_t comma = names.find(", ", at);
+      std::string one = names.substr(at, comma == std::string::npos ? std::string::npos : comma - at);
+      if (vb::LCase(one) == vb::LCase(p.name)) return item.substr(colon + 2);
+      if (comma == std::string::npos) break;
+      at = comma + 2;
+    }
+  }
+  // Then what the name means across the component.
+  static const std::map<std::string, const char*> by_name = {
+      {"txtfilter", "a SQL condition that selects the rows (0 or \"\" for all)"},
+      {"strfilter", "a SQL condition that selects the rows (0 or \"\" for all)"},
+      {"txtinvfilter", "a SQL condition over Invoices (0 or \"\" for all)"},
+      {"txtpayfilter", "a SQL condition over the payments (0 or \"\" for all)"},
+      {"txtprovfilter", "a SQL condition over Employees, the providers (0 or \"\" for all)"},
+      {"providerfilter", "a SQL condition over ProviderID (\"\" for all)"},
+      {"username", "the signed-in user, printed as \"By:\" (default: --user)"},
+      {"providernames", "the providers' names as the heading lists them (\"\" for none)"},
+      {"officename", "the office's name as printed"},
+      {"officeaddress", "the office's address as printed"},
+      {"officephone", "the office's phone as printed"},
+      {"header", "the heading text"},
+      {"footer", "the text at the foot"},
+      {"title", "the heading text"},
+      {"patientname", "the patient's name as printed (\"\" to read it from the database)"},
+      {"unitminutes", "minutes per booking unit"},
+      {"accountid", "the bank account (\"\" for all)"},
+      {"category", "a procedure category (0 for all)"},
+      {"byoption", "0 by provider, 1 by overseer, 2 by preferred doctor, 3 by date"},
+      {"currentofficeid", "the office printed on the form (OfficeInformation.ID)"},
+      {"patientid", "the patient (Patient.ID)"},
+      {"officeid", "the office (OfficeInformation.ID)"},
+      {"id", "the record the report prints, by its number"},
+  };
+  std::string lname = vb::LCase(p.name);
+  if (auto it = by_name.find(lname); it != by_name.end()) return it->second;
+  if (p.type == "Date") {
+    if (lname.find("start") != std::string::npos || lname.find("from") != std::string::npos)
+      return "the first day of the period";
+    if (lname.find("end") != std::string::npos || lname.find("to") != std::string::npos)
+      return "the last day of the period";
+    return "the day";
+  }
+  if (p.type == "Boolean" && (lname.rfind("bln", 0) == 0 || m.summary[0] != 0))
+    return "include this part (True) or not (False)";
+  return "";
+}
+
+std::string ParamForm(const Param& p) {
+  const std::string& t = p.type;
+  if (t == "String" || t == "Variant") {
+    std::string l = vb::LCase(p.name);
+    if (l.find("filter") != std::string::npos)
+      return "a SQL condition in quotes; 0 or \"\" for none";
+    return "text, in quotes when it holds blanks";
+  }
+  if (t == "Long") return "a whole number from -2147483648 to 2147483647, e.g. 12";
+  if (t == "Integer") return "a whole number from -32768 to 32767, e.g. 10";
+  if (t == "Date") return "a date yyyy-mm-dd (1753-01-01 to 9999-12-31), optionally with hh:mm[:ss], e.g. 2026-11-20";
+  if (t == "Boolean") return "True or False (also 1/0, -1, yes/no)";
+  if (t == "Currency") return "an amount with up to four decimals, e.g. 125.50";
+  if (t == "array of Long") return "numbers separated by commas, e.g. 12,14,20";
+  if (!EnumerationMembers(t).empty()) {
+    std::string s = "a name or its number:";
+    for (const auto& [name, value] : EnumerationMembers(t)) s += " " + name + "=" + std::to_string(value);
+    return s;
+  }
+  return "cannot be given on the command line";
 }
 
 }  // namespace orv::app

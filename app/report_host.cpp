@@ -2,138 +2,316 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
+#include <fstream>
+#include <optional>
+#include <regex>
 #include <stdexcept>
 
+#include "app_paths.h"
 #include "command.h"
 #include "common/errors.h"
 #include "common/vbstrings.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
+#include "frame/surface/surface.h"
 #include "invokers.h"
 #include "method_catalog.h"
 #include "platform/db/connection.h"
+#include "platform/db/connection_url.h"
 #include "platform/host/host_services.h"
 #include "platform/host/settings.h"
 
 namespace orv::app {
 
+namespace fs = std::filesystem;
+
 namespace {
 
 const char* kUsage =
-    "usage: orvenda-reports [--db URL] [--out FILE.pdf|.png|.txt] [--office N] [--user NAME]\n"
-    "                       [--today yyyy-mm-dd] [--setting [Section.]Key=Value]...\n"
-    "                       [--interest-rate R] [--interest-delay DAYS] [--printer NAME]\n"
-    "                       METHOD [ARG | Name=Value]...\n"
-    "       orvenda-reports list      (every method, its parameters, and which are built)\n";
-
-const MethodSignature* FindMethod(const std::string& name) {
-  for (const auto& m : MethodCatalog()) {
-    if (vb::LCase(m.name) == vb::LCase(name)) return &m;
-  }
-  return nullptr;
-}
+    "usage: orvenda-reports [OPTIONS] METHOD [ARG]... [OPTIONS]\n"
+    "       orvenda-reports list              every method by family, and which are built\n"
+    "       orvenda-reports help METHOD       a method's parameters and an example\n"
+    "\n"
+    "options (before or after the method):\n"
+    "  --db FILE|URL          the practice database (default: $ORVENDA_DB, else the demo "
+    "practice)\n"
+    "  --out FILE             where the document goes: .pdf, .png (one file per page) or .txt;\n"
+    "                         default out/METHOD.pdf. Reports that print go here too when no\n"
+    "                         --printer is given.\n"
+    "  --printer NAME         the CUPS printer for reports that print\n"
+    "  --office N             the office the report is for (OfficeID, and the workstation's\n"
+    "                         CurrentOffice unless --setting CurrentOffice=... says otherwise)\n"
+    "  --user NAME            the signed-in user (fills every UserName argument not given)\n"
+    "  --today yyyy-mm-dd     fixes the clock every report reads\n"
+    "  --setting [Section.]Key=Value   a workstation setting (Section defaults to Settings)\n"
+    "  --interest-rate R      the account interest rate (a number, e.g. 1.5)\n"
+    "  --interest-delay DAYS  its grace period in days (-32768 to 32767)\n"
+    "  --arg Name=Value       an argument by its parameter's name, in any order\n"
+    "  --                     everything after it is an argument, even when it starts with --\n"
+    "\n"
+    "Arguments: in the order of the method's parameters (see help METHOD). A bare word is\n"
+    "always taken as the next argument, so a filter such as \"EmployerID=3\" stays a filter;\n"
+    "only --arg names an argument.\n";
 
 // A progress bar on stderr, when stderr is a terminal.
 void ShowProgress(uint8_t pct) {
   int filled = pct / 5;
-  std::fprintf(stderr, "\r[%-20s] %3d%%", std::string(static_cast<size_t>(filled), '#').c_str(), pct);
+  std::fprintf(stderr, "\r[%-20s] %3d%%", std::string(static_cast<size_t>(filled), '#').c_str(),
+               pct);
   std::fflush(stderr);
 }
 
-}  // namespace
-
-std::string DefaultDatabase() {
-  const char* env = std::getenv("ORVENDA_DB");
-  return env && *env ? env : "out/demo.db";
+// Every message of the host passes here: the database's and libpq's texts
+// may quote a URL, and a password never reaches the screen.
+void Say(const std::string& text) {
+  std::fprintf(stderr, "%s\n", db::MaskSecrets(text).c_str());
 }
 
-int RunReportHost(const std::vector<std::string>& args) {
-  std::string db = DefaultDatabase(), out, user, printer;
-  int32_t office = 0;
+struct Invocation {
+  std::string db = DefaultDatabase();
+  bool db_given = false;
+  std::string out, user, printer;
+  std::optional<int32_t> office;
   float interest_rate = 0;
   int16_t interest_delay = 0;
   std::vector<std::pair<std::string, std::string>> settings;
+  std::vector<std::pair<std::string, std::string>> named;  // --arg Name=Value
+  std::string method;
+  std::vector<std::string> positional;
+  bool help = false;
+};
+
+// Options may stand anywhere; the first word that is no option is the
+// method, the words after it its arguments. Throws std::invalid_argument.
+Invocation ParseCommandLine(const std::vector<std::string>& args) {
+  Invocation inv;
   size_t i = 0;
   auto value = [&](const std::string& opt) -> std::string {
     if (i + 1 >= args.size()) throw std::invalid_argument(opt + " wants a value");
     return args[++i];
   };
-  std::string method;
-  std::vector<std::string> rest;
-  try {
-    for (; i < args.size(); ++i) {
-      const std::string& a = args[i];
-      if (a == "--db") db = value(a);
-      else if (a == "--out") out = value(a);
-      else if (a == "--office") office = std::stoi(value(a));
-      else if (a == "--user") user = value(a);
-      else if (a == "--printer") printer = value(a);
-      else if (a == "--interest-rate") interest_rate = std::stof(value(a));
-      else if (a == "--interest-delay") interest_delay = static_cast<int16_t>(std::stoi(value(a)));
-      else if (a == "--today") {
-        if (!ApplyToday(value(a))) return 2;
-      } else if (a == "--setting") {
-        std::string kv = value(a);
-        size_t eq = kv.find('=');
-        if (eq == std::string::npos) throw std::invalid_argument("--setting wants Key=Value");
-        settings.emplace_back(kv.substr(0, eq), kv.substr(eq + 1));
-      } else if (a == "--help" || a == "-h") {
-        std::printf("%s", kUsage);
-        return 0;
-      } else if (a.rfind("--", 0) == 0) {
-        throw std::invalid_argument("unknown option " + a);
-      } else {
-        method = a;
-        rest.assign(args.begin() + static_cast<long>(i) + 1, args.end());
-        break;
-      }
+  bool only_arguments = false;
+  for (; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    auto word = [&] {
+      if (inv.method.empty())
+        inv.method = a;
+      else
+        inv.positional.push_back(a);
+    };
+    if (only_arguments) {
+      word();
+    } else if (a == "--") {
+      only_arguments = true;
+    } else if (a == "--db") {
+      inv.db = value(a);
+      inv.db_given = true;
+    } else if (a == "--out") {
+      inv.out = value(a);
+    } else if (a == "--user") {
+      inv.user = value(a);
+    } else if (a == "--printer") {
+      inv.printer = value(a);
+    } else if (a == "--office") {
+      std::string v = value(a);
+      auto n = ParseWholeNumber(v, 0, INT32_MAX);
+      if (!n)
+        throw std::invalid_argument(
+            "--office (Long) wants an office number, e.g. --office 1; not '" + v + "'");
+      inv.office = static_cast<int32_t>(*n);
+    } else if (a == "--interest-rate") {
+      std::string v = value(a);
+      char* end = nullptr;
+      float r = std::strtof(v.c_str(), &end);
+      if (v.empty() || *end != '\0' || !std::isfinite(r))
+        throw std::invalid_argument(
+            "--interest-rate (Single) wants a number, e.g. --interest-rate 1.5; not '" + v + "'");
+      inv.interest_rate = r;
+    } else if (a == "--interest-delay") {
+      std::string v = value(a);
+      auto n = ParseWholeNumber(v, INT16_MIN, INT16_MAX);
+      if (!n)
+        throw std::invalid_argument(
+            "--interest-delay (Integer) wants days from -32768 to 32767, e.g. "
+            "--interest-delay 30; not '" +
+            v + "'");
+      inv.interest_delay = static_cast<int16_t>(*n);
+    } else if (a == "--today") {
+      std::string v = value(a);
+      if (!ParseDateArgument(v))
+        throw std::invalid_argument(
+            "--today (Date) wants a date yyyy-mm-dd from 1753-01-01, e.g. --today "
+            "2026-11-20; not '" +
+            v + "'");
+      ApplyToday(v);
+    } else if (a == "--setting" || a == "--arg") {
+      std::string kv = value(a);
+      size_t eq = kv.find('=');
+      if (eq == std::string::npos || eq == 0)
+        throw std::invalid_argument(
+            a + " wants Name=Value, e.g. " +
+            (a == "--arg" ? "--arg EmployerID=3" : "--setting CurrentOffice=2") + "; not '" + kv +
+            "'");
+      (a == "--arg" ? inv.named : inv.settings).emplace_back(kv.substr(0, eq), kv.substr(eq + 1));
+    } else if (a == "--help" || a == "-h") {
+      inv.help = true;
+    } else if (a.rfind("--", 0) == 0 && a.find_first_of(" \t\r\n") == std::string::npos) {
+      // A text with blanks that starts with "--" (a commented condition)
+      // is an argument; a single word is a mistyped option.
+      throw std::invalid_argument("unknown option " + a +
+                                  " (an argument that starts with -- goes after a lone --)");
+    } else {
+      word();
     }
-  } catch (const std::exception& e) {
-    std::fprintf(stderr, "orvenda-reports: %s\n%s", e.what(), kUsage);
-    return 2;
   }
-  if (method.empty()) {
+  return inv;
+}
+
+// The SQLite file a URL names, or "" for a server.
+std::string DatabaseFile(const std::string& url) {
+  if (url.empty() || db::EngineOfUrl(url) != db::EngineKind::SQLite) return "";
+  return db::SqlitePath(url);
+}
+
+// The path with ".", ".." and symbolic links resolved as far as it exists,
+// from the working folder for a relative one.
+fs::path Resolved(const fs::path& p) {
+  std::error_code ec;
+  return fs::weakly_canonical(fs::absolute(p, ec), ec);
+}
+
+bool SamePath(const fs::path& a, const fs::path& b) {
+  std::error_code ec1, ec2;
+  if (fs::exists(a, ec1) && fs::exists(b, ec2)) return fs::equivalent(a, b, ec1);
+  return Resolved(a) == Resolved(b);
+}
+
+// True when writing `out` (or, for PNG, one of its numbered pages) would
+// overwrite `database` or one of the files SQLite keeps beside it, whatever
+// the spelling of either path (./, .., symbolic links, hard links).
+bool OutputHitsDatabase(const std::string& out, const std::string& database) {
+  if (database.empty()) return false;
+  for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
+    fs::path db_file(database + suffix);
+    if (SamePath(out, db_file)) return true;
+    if (vb::LCase(fs::path(out).extension().string()) == ".png") {
+      // Pages 2 and on go to NAME-2.png, NAME-3.png ...
+      fs::path o = Resolved(out), d = Resolved(db_file);
+      std::regex page(
+          std::regex_replace(o.stem().string(), std::regex(R"([.^$|()\[\]{}*+?\\])"), R"(\$&)") +
+              R"(-\d+\.png)",
+          std::regex::icase);
+      if (o.parent_path() == d.parent_path() && std::regex_match(d.filename().string(), page))
+        return true;
+    }
+  }
+  return false;
+}
+
+const char* kDemoCommand = "--patients 500 --seed 1 --today 2026-11-20";
+
+// Starts a document for a method that draws into a running one, heads it
+// with the method's summary, runs it, stamps the footers and shows it, as
+// the packages that call these sections do.
+Variant RunInOwnDocument(clsReports& reports, PreviewForm& form, const MethodSignature& sig,
+                         const std::string& user, const Invoker& invoker, const MethodArgs& margs) {
+  // The summary up to its first clause is the document's title: "Practice-
+  // wide aged list, one row per patient, ... (section)." heads the page as
+  // "Practice-wide aged list"; the section prints its own headings below.
+  std::string title = sig.summary;
+  title = title.substr(0, title.find_first_of(",.("));
+  while (!title.empty() && title.back() == ' ') title.pop_back();
+  if (title.empty()) title = sig.name;
+  frame::PrintSurface& vsp = form.VSP;
+  vsp.Orientation(0);
+  vsp.DocName(title);
+  vsp.StartDoc();
+  reports.PrintReportHeading(title, user, "");
+  Variant result = invoker(reports, margs);
+  reports.PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  form.Show();
+  return result;
+}
+
+// The host's message box: the messages of a run go to stderr, without
+// passwords.
+struct CliHost : host::BatchHost {
+  int MsgBox(const std::string& prompt, int buttons, const std::string& title) override {
+    return BatchHost::MsgBox(db::MaskSecrets(prompt), buttons, db::MaskSecrets(title));
+  }
+  void Note(const std::string& text) override { BatchHost::Note(db::MaskSecrets(text)); }
+};
+
+}  // namespace
+
+const char* ReportUsage() {
+  return kUsage;
+}
+
+std::string DefaultDatabase() {
+  const char* env = std::getenv("ORVENDA_DB");
+  return env && *env ? env : ORVENDA_DEMO_DB;
+}
+
+int RunReportHost(const std::vector<std::string>& args) {
+  Invocation inv;
+  try {
+    inv = ParseCommandLine(args);
+  } catch (const std::exception& e) {
+    Say("orvenda-reports: " + std::string(e.what()));
     std::fprintf(stderr, "%s", kUsage);
     return 2;
   }
-  const MethodSignature* sig = FindMethod(method);
+  if (inv.method.empty()) {
+    std::fprintf(inv.help ? stdout : stderr, "%s", kUsage);
+    return inv.help ? 0 : 2;
+  }
+  const MethodSignature* sig = FindMethod(inv.method);
   if (sig == nullptr) {
-    std::fprintf(stderr, "orvenda-reports: no method or command '%s' (see 'orvenda-reports list')\n",
-                 method.c_str());
+    for (const auto& c : Commands()) {
+      // "orvenda-reports --db x list": a command after options.
+      if (c.name == inv.method) return c.run(inv.positional);
+    }
+    Say("orvenda-reports: no method or command '" + inv.method + "' (see 'orvenda-reports list')");
     return 2;
   }
-  auto inv = Invokers().find(sig->name);
-  if (inv == Invokers().end()) {
-    std::fprintf(stderr, "orvenda-reports: %s is not built yet\n", sig->name);
+  if (inv.help) {
+    std::vector<std::string> name{sig->name};
+    for (const auto& c : Commands())
+      if (c.name == "help") return c.run(name);
+  }
+  auto invoker = Invokers().find(sig->name);
+  if (invoker == Invokers().end()) {
+    Say("orvenda-reports: " + std::string(sig->name) +
+        " is not built yet (see 'orvenda-reports list')");
     return 2;
   }
 
-  // Arguments: positional in signature order, or Name=Value in any order.
+  // Arguments: the bare words in signature order, then --arg Name=Value.
   std::vector<Param> params = ParseParams(sig->params);
   std::vector<Variant> values(params.size());
   std::vector<bool> given(params.size(), false);
+  std::string signature = std::string(sig->name) + "(" + sig->params + ")";
   try {
-    size_t next = 0;
-    for (const std::string& a : rest) {
-      size_t eq = a.find('=');
+    if (inv.positional.size() > params.size())
+      throw std::invalid_argument("too many arguments for " + signature);
+    for (size_t k = 0; k < inv.positional.size(); ++k) {
+      values[k] = ParseArgument(params[k], inv.positional[k]);
+      given[k] = true;
+    }
+    for (const auto& [name, text] : inv.named) {
       size_t slot = params.size();
-      std::string text = a;
-      if (eq != std::string::npos && eq > 0) {
-        std::string name = a.substr(0, eq);
-        for (size_t k = 0; k < params.size(); ++k) {
-          if (vb::LCase(params[k].name) == vb::LCase(name)) slot = k;
-        }
-        if (slot < params.size()) text = a.substr(eq + 1);
-      }
-      if (slot == params.size()) {
-        while (next < params.size() && given[next]) ++next;
-        slot = next;
-      }
-      if (slot >= params.size()) throw std::invalid_argument("too many arguments for " + std::string(sig->name));
+      for (size_t k = 0; k < params.size(); ++k)
+        if (vb::LCase(params[k].name) == vb::LCase(name)) slot = k;
+      if (slot == params.size())
+        throw std::invalid_argument(sig->name + std::string(" has no parameter ") + name);
+      if (given[slot]) throw std::invalid_argument("argument " + name + " is given twice");
       values[slot] = ParseArgument(params[slot], text);
       given[slot] = true;
     }
@@ -141,75 +319,124 @@ int RunReportHost(const std::vector<std::string>& args) {
       if (given[k] || params[k].optional) continue;
       // The signed-in user's name comes from --user when not passed.
       if (params[k].name == "UserName") {
-        values[k] = Variant(user);
+        values[k] = Variant(inv.user);
         given[k] = true;
         continue;
       }
       throw std::invalid_argument("missing argument " + params[k].name + " (" + params[k].type +
-                                  ") of " + sig->name + "(" + sig->params + ")");
+                                  ") of " + signature + "; see 'orvenda-reports help " + sig->name +
+                                  "'");
     }
   } catch (const std::exception& e) {
-    std::fprintf(stderr, "orvenda-reports: %s\n", e.what());
+    Say("orvenda-reports: " + std::string(e.what()));
     return 2;
   }
 
-  if (out.empty()) out = "out/" + std::string(sig->name) + ".pdf";
+  // The output: never a database the run reads, and of a known kind.
+  if (inv.out.empty()) inv.out = "out/" + std::string(sig->name) + ".pdf";
+  std::vector<std::string> databases{DatabaseFile(inv.db)};
+  for (const auto& [key, val] : inv.settings) {
+    std::string k = vb::LCase(key);
+    if (k == "servername" || k == "settings.servername" || k == "dbname" || k == "settings.dbname")
+      databases.push_back(DatabaseFile(val));
+  }
+  for (const auto& database : databases) {
+    if (OutputHitsDatabase(inv.out, database)) {
+      Say("orvenda-reports: --out " + inv.out + " names the database " + database +
+          " that the report reads; choose another file");
+      return 2;
+    }
+  }
+  if (!PreviewForm::IsKnownOutput(inv.out)) {
+    Say("orvenda-reports: --out " + inv.out + " has no known kind: name it .pdf, .png or .txt");
+    return 2;
+  }
+  if (std::string file = DatabaseFile(inv.db);
+      !file.empty() && db::UnknownScheme(inv.db).empty() && !fs::exists(file)) {
+    if (!inv.db_given && !std::getenv("ORVENDA_DB"))
+      Say("orvenda-reports: there is no practice database at " + file +
+          ".\n  Make the demo practice there with:\n    orvenda-reports demo-db " + file + " " +
+          kDemoCommand + "\n  or name a database with --db FILE|URL or the ORVENDA_DB variable.");
+    else
+      Say("orvenda-reports: there is no practice database at " + file +
+          " (make one with 'orvenda-reports demo-db FILE', or copy one with 'orvenda-reports "
+          "copy-db')");
+    return 2;
+  }
+  // The output's folder is made for a method that writes a document; a
+  // method with a result only prints it.
   std::error_code ec;
-  std::filesystem::path outp(out);
-  if (outp.has_parent_path()) std::filesystem::create_directories(outp.parent_path(), ec);
+  fs::path outp(inv.out);
+  if (!*sig->result && outp.has_parent_path()) fs::create_directories(outp.parent_path(), ec);
 
+  PreviewForm form;
+  // Nothing reaches the output until the report has succeeded.
+  form.HoldWrites(true);
+  form.SetNotifier([](const std::string& m) { Say(m); });
   try {
-    db::Connection conn(db);
+    db::Connection conn(inv.db);
     // A second connection the component opens names the same database.
     host::SettingsStore& store = host::AppSettings();
-    store.Override("Settings", "ServerName", db);
-    for (const auto& [key, val] : settings) {
+    store.Override("Settings", "ServerName", inv.db);
+    // The workstation's office follows --office (statements read their
+    // footer from it) unless a --setting below names another.
+    if (inv.office) store.Override("Settings", "CurrentOffice", std::to_string(*inv.office));
+    for (const auto& [key, val] : inv.settings) {
       size_t dot = key.find('.');
-      if (dot == std::string::npos) store.Override("Settings", key, val);
-      else store.Override(key.substr(0, dot), key.substr(dot + 1), val);
+      if (dot == std::string::npos)
+        store.Override("Settings", key, val);
+      else
+        store.Override(key.substr(0, dot), key.substr(dot + 1), val);
     }
-    PreviewForm form;
-    form.SetOutput(out);
-    if (!printer.empty()) form.SetPrinter(printer);
-    // A report that traps an error shows it in a message box and ends; the
-    // command must still fail, so that a script sees the error.
-    struct CliHost : host::BatchHost {
-      bool trapped = false;
-      int MsgBox(const std::string& prompt, int buttons, const std::string& title) override {
-        if (prompt.rfind("An Error has occurred", 0) == 0) trapped = true;
-        return BatchHost::MsgBox(prompt, buttons, title);
-      }
-    } cli_host;
+    form.SetOutput(inv.out);
+    if (!inv.printer.empty()) form.SetPrinter(inv.printer);
+    CliHost cli_host;
     clsReports reports;
     reports.SetHostServices(&cli_host);
     reports.Connection(conn);
     reports.SetPrintPreview(&form);
-    reports.OfficeID = office;
-    reports.InterestRate = interest_rate;
-    reports.InterestDelay = interest_delay;
+    reports.OfficeID = inv.office.value_or(0);
+    reports.InterestRate = inv.interest_rate;
+    reports.InterestDelay = inv.interest_delay;
     bool tty = ::isatty(2);
     if (tty) reports.Progress = [](uint8_t& p) { ShowProgress(p); };
 
     MethodArgs margs(params, values, given);
-    Variant result;
+    cli_host.ClearFailure();
     // Each report reads one moment of the database itself (clsReports holds
     // a snapshot for every report call).
-    result = inv->second(reports, margs);
+    Variant result = DrawsIntoRunningDocument(*sig)
+                         ? RunInOwnDocument(reports, form, *sig, inv.user, invoker->second, margs)
+                         : invoker->second(reports, margs);
     if (tty) std::fprintf(stderr, "\n");
-    if (!result.IsEmpty()) std::printf("%s\n", result.IsNull() ? "Null" : CStr(result).c_str());
-    // A report that leaves showing the form to the host (or was trapped
-    // before showing it) still has its pages written.
-    if (form.ShowCount() == 0 && form.PrintCount() == 0 && form.VSP.PageCount() > 0) form.Show();
-    for (const auto& f : form.WrittenFiles()) {
-      std::fprintf(stderr, "wrote %s (%d page%s)\n", f.c_str(), form.VSP.PageCount(),
-                   form.VSP.PageCount() == 1 ? "" : "s");
+    // A report that showed a failure (its trap, an input it refused) or a
+    // printer that refused the job: the run failed, and the output keeps
+    // whatever stood there before.
+    if (cli_host.FailureShown() || form.PrintRefused()) {
+      form.DiscardWrites();
+      Say("orvenda-reports: " + std::string(sig->name) +
+          " failed (see the message above); nothing was written");
+      return 1;
     }
-    if (cli_host.trapped) return 1;
+    if (!result.IsEmpty()) std::printf("%s\n", result.IsNull() ? "Null" : CStr(result).c_str());
+    // A report that leaves showing the form to the host still has its
+    // pages written.
+    if (form.ShowCount() == 0 && form.PrintCount() == 0 && form.VSP.PageCount() > 0) form.Show();
+    form.CommitWrites();
+    const auto& files = form.WrittenFiles();
+    int pages = form.VSP.PageCount();
+    std::string count = std::to_string(pages) + " page" + (pages == 1 ? "" : "s");
+    if (files.size() == 1)
+      Say("wrote " + files.front() + " (" + count + ")");
+    else if (files.size() > 1)
+      Say("wrote " + count + ": " + files.front() + " ... " + files.back());
   } catch (const ReportError& e) {
-    std::fprintf(stderr, "\norvenda-reports: %s failed: %s\n", sig->name, e.description().c_str());
+    form.DiscardWrites();
+    Say("\norvenda-reports: " + std::string(sig->name) + " failed: " + e.description());
     return 1;
   } catch (const std::exception& e) {
-    std::fprintf(stderr, "\norvenda-reports: %s failed: %s\n", sig->name, e.what());
+    form.DiscardWrites();
+    Say("\norvenda-reports: " + std::string(sig->name) + " failed: " + e.what());
     return 1;
   }
   return 0;
@@ -218,16 +445,138 @@ int RunReportHost(const std::vector<std::string>& args) {
 namespace {
 
 int RunList(const std::vector<std::string>&) {
-  for (const auto& m : MethodCatalog()) {
-    bool built = Invokers().count(m.name) > 0;
-    std::printf("%-40s %s%s\n    (%s)%s%s\n", m.name, built ? "" : "[not built yet]", "", m.params,
-                *m.result ? " -> " : "", m.result);
+  // Families in the order the catalogue first names them.
+  std::vector<std::string> families;
+  for (const auto& m : MethodCatalog())
+    if (std::find(families.begin(), families.end(), m.family) == families.end())
+      families.push_back(m.family);
+  int built = 0, total = 0;
+  for (const auto& family : families) {
+    std::printf("%s\n", family.c_str());
+    for (const auto& m : MethodCatalog()) {
+      if (m.family != family) continue;
+      bool runs = Invokers().count(m.name) > 0;
+      const char* mark = runs ? ""
+                         : std::string(m.params).find(": object") != std::string::npos
+                             ? "  [done by the host]"
+                             : "  [not built yet]";
+      std::printf("  %-36s %s%s\n", m.name, m.summary, mark);
+      ++total;
+      built += runs;
+    }
+    std::printf("\n");
+  }
+  std::printf(
+      "%d of %d methods are built. 'orvenda-reports help METHOD' shows a method's parameters and\n"
+      "an example; methods marked (section) run in a document of their own here.\n",
+      built, total);
+  return 0;
+}
+
+// The words of a catalogue example as the shell passes them: blanks split,
+// double and single quotes group (and stay, so the word reads as typed),
+// "$(...)" is one word.
+std::vector<std::string> ExampleWords(const std::string& text) {
+  std::vector<std::string> words;
+  std::string word;
+  bool in_word = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    char c = text[i];
+    if (c == ' ' && in_word) {
+      words.push_back(word);
+      word.clear();
+      in_word = false;
+      continue;
+    }
+    if (c == ' ') continue;
+    in_word = true;
+    if (c == '"' || c == '\'') {
+      size_t end = text.find(c, i + 1);
+      if (end == std::string::npos) end = text.size() - 1;
+      word += text.substr(i, end - i + 1);
+      i = end;
+    } else if (c == '$' && i + 1 < text.size() && text[i + 1] == '(') {
+      size_t end = text.find(')', i);
+      // The closing parenthesis of "$(printf '...')" follows the quote.
+      size_t quote = text.find('\'', i);
+      if (quote != std::string::npos && quote < end)
+        end = text.find(')', text.find('\'', quote + 1));
+      if (end == std::string::npos) end = text.size() - 1;
+      word += text.substr(i, end - i + 1);
+      i = end;
+    } else {
+      word += c;
+    }
+  }
+  if (in_word) words.push_back(word);
+  return words;
+}
+
+// One example command line of a method, on the demo practice.
+std::string ExampleRun(const MethodSignature& m) {
+  // A method with a result prints it; the others write a document.
+  std::string out = *m.result ? "" : " --out out/" + std::string(m.name) + ".pdf";
+  return "orvenda-reports --today 2026-11-20 --office 1 --user desk" + out + " " + m.name +
+         (*m.example ? " " + std::string(m.example) : "");
+}
+
+int RunHelp(const std::vector<std::string>& args) {
+  if (args.size() != 1) {
+    std::fprintf(stderr,
+                 "usage: orvenda-reports help METHOD   (the methods: orvenda-reports list)\n");
+    return 2;
+  }
+  const MethodSignature* m = FindMethod(args[0]);
+  if (m == nullptr) {
+    for (const auto& c : Commands()) {
+      if (c.name == args[0]) {
+        std::printf("%s\n  %s\n", c.usage.c_str(), c.summary.c_str());
+        return 0;
+      }
+    }
+    Say("orvenda-reports: no method '" + args[0] + "' (see 'orvenda-reports list')");
+    return 2;
+  }
+  bool built = Invokers().count(m->name) > 0;
+  std::printf("%s(%s)%s%s\n", m->name, m->params, *m->result ? " -> " : "", m->result);
+  std::printf("  %s\n  Family: %s. %s\n", m->summary, m->family,
+              built ? "Built." : "Not built yet: the command line cannot run it.");
+  if (std::string(m->summary).find("(printed)") != std::string::npos)
+    std::printf(
+        "  It prints: to --printer NAME when given; without a printer the document goes to\n"
+        "  --out and a note on stderr says that no printer was set.\n");
+  if (DrawsIntoRunningDocument(*m))
+    std::printf(
+        "  It draws into a running document: here it runs in one of its own, headed and\n"
+        "  footed like a report.\n");
+  if (*m->result) std::printf("  It prints its result on standard output.\n");
+  std::vector<Param> params = ParseParams(m->params);
+  std::vector<std::string> example = ExampleWords(m->example);
+  std::printf(
+      "\nParameters, in order (a bare argument fills the next one; --arg Name=Value any one):\n");
+  if (params.empty()) std::printf("  none\n");
+  for (size_t k = 0; k < params.size(); ++k) {
+    const Param& p = params[k];
+    std::string meaning = ParamMeaning(*m, p);
+    std::printf("  %s%s  %s%s%s\n", p.name.c_str(), p.optional ? " (optional)" : "", p.type.c_str(),
+                meaning.empty() ? "" : ": ", meaning.c_str());
+    std::printf("      written as %s%s%s\n", ParamForm(p).c_str(),
+                k < example.size() ? "; in the example: " : "",
+                k < example.size() ? example[k].c_str() : "");
+  }
+  if (built) {
+    std::printf("\nExample on the demo practice (orvenda-reports demo-db %s %s):\n  %s\n",
+                ORVENDA_DEMO_DB, kDemoCommand, ExampleRun(*m).c_str());
   }
   return 0;
 }
 
-CommandRegistrar list_command({"list", "list", "Lists every public method with its parameters, and which are built.",
-                               &RunList});
+CommandRegistrar list_command(
+    {"list", "list", "Lists every method by family with what it prints, and which are built.",
+     &RunList});
+CommandRegistrar help_command(
+    {"help", "help METHOD",
+     "Prints a method's parameters (type, meaning, how to write them) and an example.", &RunHelp});
 
 }  // namespace
 

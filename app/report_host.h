@@ -8,11 +8,16 @@
 
 namespace orv::app {
 
-// `args` are the command line after the program name: options, the method
-// name, then its arguments. Returns 0 done, 1 the report failed, 2 bad usage.
+// `args` are the command line after the program name: options (before or
+// after the method), the method name, then its arguments. Returns 0 done,
+// 1 the report failed (nothing written), 2 bad usage (nothing run).
 int RunReportHost(const std::vector<std::string>& args);
 
-// The database a report runs on when --db is not given.
+// The database a report runs on when --db is not given: ORVENDA_DB, else
+// the demo practice of the README's checkout, by absolute path.
 std::string DefaultDatabase();
+
+// The usage of report runs, for --help.
+const char* ReportUsage();
 
 }  // namespace orv::app

@@ -190,7 +190,7 @@ void clsReports::rptInvoice(int32_t ID, std::string Name, std::string Address) {
   clsCommonFunctions& cf = Common();
   db::Recordset rs = Open(InvoiceShape(ID));
   if (rs.Eof()) {
-    Host().MsgBox(kNoInvoice, host::vbOKOnly, "");
+    Host().ShowFailure(kNoInvoice, host::vbOKOnly, "");
     return;
   }
   AccountModel model(conn(), InterestRate);
@@ -243,7 +243,7 @@ void clsReports::rptInvoiceStatement(int32_t ID, std::string Name, std::string A
   clsCommonFunctions& cf = Common();
   db::Recordset rs = Open(InvoiceShape(ID));
   if (rs.Eof()) {
-    Host().MsgBox(kNoInvoice, host::vbOKOnly, "");
+    Host().ShowFailure(kNoInvoice, host::vbOKOnly, "");
     return;
   }
   AccountModel model(conn(), InterestRate);
@@ -345,7 +345,7 @@ void clsReports::rptReceipt(int32_t ID, std::string Name, std::string Address) {
         "ON Invoices.PatientID = Patient.ID}  AS rptReceiptDetails RELATE 'ID' TO "
         "'InvoicePaymentID') AS rptReceiptDetails");
     if (rs.Eof()) {
-      Host().MsgBox(kNoInvoice, host::vbOKOnly, "");
+      Host().ShowFailure(kNoInvoice, host::vbOKOnly, "");
       return;
     }
     db::Recordset details = rs["rptReceiptDetails"].Chapter();

@@ -119,6 +119,7 @@ void SectionTable(frame::PrintSurface& vsp, const std::string& heading, const ch
   vsp.FontSize(10);
   vsp.FontBold(true);
   vsp.Text(heading);
+  vsp.KeepWithNext();
   vsp.FontBold(false);
   vsp.FontSize(8);
   vsp.TableBorder(0);
@@ -611,9 +612,6 @@ void StatementRun::BodyPerPatient(Statement& s, const Working& w) {
   for (const Member& m : w.members) {
     if (!m.Told()) continue;
     Currency a = m.a, pp = m.pp, pb = m.pb, ip = m.ip, ib = m.ib;
-    // The member's name stays with the head of the table: with less than an
-    // inch left, the member starts on the next page.
-    if (vsp_.CurrentY() + Twips(1440) > vsp_.PageHeight() - vsp_.MarginBottom()) vsp_.NewPage();
     vsp_.FontSize(10);
     vsp_.FontBold(true);
     vsp_.TextAlign(0);
@@ -621,6 +619,8 @@ void StatementRun::BodyPerPatient(Statement& s, const Working& w) {
     vsp_.Text(vb::Trim(
         cf_.returnStr(db::ReturnValue(r_.conn(), "Patient", "ID", key, "FirstName")) + " " +
         cf_.returnStr(db::ReturnValue(r_.conn(), "Patient", "ID", key, "LastName"))));
+    // The member's name goes to the next page with the head of its table.
+    vsp_.KeepWithNext();
     vsp_.FontBold(false);
     vsp_.FontSize(8);
 
@@ -688,9 +688,13 @@ void StatementRun::BalanceAndYearFigures(const Statement& s, const Working& w) {
   vsp_.FontSize(10);
   vsp_.FontBold(true);
   vsp_.TextAlign(0);
+  // The balance line never opens a page alone: the last totals row goes
+  // with it.
+  vsp_.KeepWithNext();
   vsp_.Text(std::string(s.family ? words.family_balance : words.patient_balance) +
             Format(Variant(o_.dtEnd), "MMM/d/yyyy") + ": " +
             Format(Variant(s.patient_balance + s.insurance_balance), "Currency"));
+  if (o_.YTD) vsp_.KeepWithNext();
 
   // The year's payments, printed only when asked: the lines say "YTD", and
   // a sum over the period alone under that name would mislead. Each sum is
@@ -801,19 +805,19 @@ void StatementRun::FurtherSections(const Statement& s, const Working& w) {
     rs.Close();
   }
   // The appointments are asked about first, so that a statement never turns
-  // a page for a section that then prints nothing. The heading goes with the
-  // table: with less than an inch under the heading's room, both start the
-  // next page.
+  // a page for a section that then prints nothing. The heading goes to the
+  // next page with the head of the table.
   if (o_.AppSummary && r_.FamilyHasComingAppointments(s.family_id)) {
     const Twips heading_room = Twips(300);
     vsp_.FontSize(10);
     vsp_.Text(" ");
-    if (vsp_.CurrentY() + heading_room + Twips(1440) > vsp_.PageHeight() - vsp_.MarginBottom())
-      vsp_.NewPage();
     vsp_.FontBold(true);
     vsp_.TextAlign(0);
-    const Twips heading_top = vsp_.CurrentY();
     vsp_.Text(words.appointments_heading);
+    vsp_.KeepWithNext();
+    // The table starts a fixed room below the heading's top, taken where the
+    // heading landed: it may have opened a page of its own.
+    const Twips heading_top = vsp_.CurrentY() - vsp_.TextHeight(words.appointments_heading);
     vsp_.FontBold(false);
     vsp_.CurrentY(heading_top + heading_room);
     vsp_.FontSize(8);

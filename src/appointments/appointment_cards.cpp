@@ -151,7 +151,7 @@ void clsReports::rptAppointmentCard(int32_t ID, std::string Header, std::string 
       "PatientAppointments.ProcedureCat = ProcedureCategories.ID WHERE PatientAppointments.ID = " +
       std::to_string(ID));
   if (rs.Eof()) {
-    Host().MsgBox(kNoAppointment, host::vbOKOnly, "");
+    Host().ShowFailure(kNoAppointment, host::vbOKOnly, "");
     return;
   }
   bool hide = HideFinancial(*this);
@@ -259,7 +259,7 @@ void clsReports::rptFamilyAppointmentsDetailed(int32_t ID, std::string OfficeNam
       "where", ID));
   rs.Filter(Variant(ComingFilter()));
   if (rs.Eof()) {
-    Host().MsgBox(kNoAppointment, host::vbOKOnly, "");
+    Host().ShowFailure(kNoAppointment, host::vbOKOnly, "");
     return;
   }
   bool hide = HideFinancial(*this);

@@ -44,7 +44,7 @@ bool SaveFileToDB(db::Recordset& rs, const std::string& field, const std::string
     if (update) rs.Update();
     return true;
   } catch (const std::exception&) {
-    host.MsgBox(
+    host.ShowFailure(
         "The file could not be saved to the database. Please check your temp path and try again.",
         host::vbOKOnly, "");
     return false;

@@ -55,7 +55,7 @@ void clsPatient::PatientID(int32_t value) {
 
 void clsPatient::LoadPatient() {
   if (!connection_) {
-    Host().MsgBox(kNoConnectionMessage);
+    Host().ShowFailure(kNoConnectionMessage);
     return;
   }
   // A failure anywhere in the read is swallowed: the properties keep what

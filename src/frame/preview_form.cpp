@@ -1,8 +1,11 @@
 #include "frame/preview_form.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <map>
 
@@ -17,24 +20,36 @@ namespace {
 bool EndsWith(const std::string& s, const std::string& tail) {
   if (s.size() < tail.size()) return false;
   return std::equal(tail.rbegin(), tail.rend(), s.rbegin(), [](char a, char b) {
-    return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+    return std::tolower(static_cast<unsigned char>(a)) ==
+           std::tolower(static_cast<unsigned char>(b));
   });
 }
 
 std::string WithSuffix(const std::string& path, const std::string& suffix, const std::string& ext) {
   size_t dot = path.find_last_of('.');
   size_t slash = path.find_last_of('/');
-  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return path + suffix + ext;
+  if (dot == std::string::npos || (slash != std::string::npos && dot < slash))
+    return path + suffix + ext;
   return path.substr(0, dot) + suffix + ext;
 }
 
 std::string Quote(const std::string& s) {
   std::string q = "'";
   for (char c : s) {
-    if (c == '\'') q += "'\\''";
-    else q += c;
+    if (c == '\'')
+      q += "'\\''";
+    else
+      q += c;
   }
   return q + "'";
+}
+
+// True for an existing file that begins as every SQLite database does.
+bool IsDatabaseFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  char head[16] = {};
+  return in && in.read(head, sizeof head) &&
+         std::string(head, sizeof head) == std::string("SQLite format 3\0", 16);
 }
 
 }  // namespace
@@ -44,7 +59,10 @@ PreviewForm::PreviewForm() {
   notify_ = [](const std::string& m) { std::fprintf(stderr, "%s\n", m.c_str()); };
 }
 
-PreviewForm::~PreviewForm() { VSP.SetHost(nullptr); }
+PreviewForm::~PreviewForm() {
+  DiscardWrites();
+  VSP.SetHost(nullptr);
+}
 
 void PreviewForm::Show() {
   visible_ = true;
@@ -60,22 +78,90 @@ void PreviewForm::Visible(bool visible) {
   visible_ = visible;
 }
 
+bool PreviewForm::IsKnownOutput(const std::string& path) {
+  return EndsWith(path, ".pdf") || EndsWith(path, ".png") || EndsWith(path, ".txt");
+}
+
+void PreviewForm::SetOutput(std::string path) {
+  if (!path.empty() && !IsKnownOutput(path)) {
+    throw ReportError(5, "The output " + path + " has no known kind: name it .pdf, .png or .txt");
+  }
+  output_ = std::move(path);
+}
+
+std::string PreviewForm::Staged(const std::string& target) {
+  // Beside the target (same folder, so the rename stays on one file
+  // system), hidden, unique to this process, with the target's extension
+  // so the renderer picks the same format.
+  std::filesystem::path t(target);
+  std::string name = "." + t.filename().string() + ".part-" + std::to_string(::getpid()) + "-" +
+                     std::to_string(pending_.size() + written_.size()) + t.extension().string();
+  return (t.parent_path() / name).string();
+}
+
+void PreviewForm::Commit(const std::string& staged, const std::string& target) {
+  // A document never replaces a database, whatever the output was called.
+  if (IsDatabaseFile(target)) {
+    std::error_code ec;
+    std::filesystem::remove(staged, ec);
+    throw ReportError(75, target + " is a database; a document is not written over it");
+  }
+  if (hold_) {
+    pending_.emplace_back(staged, target);
+    return;
+  }
+  std::error_code ec;
+  std::filesystem::rename(staged, target, ec);
+  if (ec) {
+    std::filesystem::remove(staged, ec);
+    throw ReportError(75, "Path/File access error: " + target);
+  }
+  written_.push_back(target);
+}
+
+void PreviewForm::CommitWrites() {
+  hold_ = false;
+  auto pending = std::move(pending_);
+  pending_.clear();
+  for (const auto& [staged, target] : pending) Commit(staged, target);
+}
+
+void PreviewForm::DiscardWrites() {
+  std::error_code ec;
+  for (const auto& [staged, target] : pending_) std::filesystem::remove(staged, ec);
+  pending_.clear();
+}
+
 void PreviewForm::WriteDocument(const std::string& path) {
   const render::Document& doc = VSP.Document();
+  // Writes one file under its temporary name; a failed write leaves no
+  // temporary file behind.
+  auto write = [&](const std::string& target,
+                   const std::function<void(const std::string&)>& render) {
+    std::string staged = Staged(target);
+    try {
+      render(staged);
+    } catch (...) {
+      std::error_code ec;
+      std::filesystem::remove(staged, ec);
+      throw;
+    }
+    Commit(staged, target);
+  };
   if (EndsWith(path, ".png")) {
     for (int p = 1; p <= static_cast<int>(doc.pages.size()); ++p) {
       std::string file = p == 1 ? path : WithSuffix(path, "-" + std::to_string(p), ".png");
-      render::RenderPng(doc, p, 96, file);
-      written_.push_back(file);
+      write(file, [&](const std::string& f) { render::RenderPng(doc, p, 96, f); });
     }
   } else if (EndsWith(path, ".txt")) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    if (!out) throw ReportError(75, "Path/File access error: " + path);
-    out << DocumentText(doc);
-    written_.push_back(path);
+    write(path, [&](const std::string& f) {
+      std::ofstream out(f, std::ios::binary | std::ios::trunc);
+      out << DocumentText(doc);
+      out.flush();
+      if (!out) throw ReportError(75, "Path/File access error: " + path);
+    });
   } else {
-    render::RenderPdf(doc, path);
-    written_.push_back(path);
+    write(path, [&](const std::string& f) { render::RenderPdf(doc, f); });
   }
 }
 
@@ -83,12 +169,14 @@ void PreviewForm::Print(const render::Document& doc, bool ask) {
   ++print_count_;
   if (ask && ShowDialog(0) == 0) return;
   std::string printer = selected_printer_.empty() ? printer_ : selected_printer_;
+  // Without a printer the job goes where the host asked the document to
+  // go, in that file's format; the person is told that nothing printed.
   std::string file = print_file_;
-  if (file.empty()) file = output_.empty() ? "printed.pdf" : WithSuffix(output_, "-printed", ".pdf");
+  if (file.empty()) file = output_.empty() ? "printed.pdf" : output_;
   if (printer.empty()) {
-    render::RenderPdf(doc, file);
-    written_.push_back(file);
-    notify_("No printer is set up; the document was written to " + file);
+    printed_to_file_ = true;
+    WriteDocument(file);
+    notify_("No printer was set; the document was written to " + file + " instead");
     return;
   }
   // Print through CUPS: render to a temporary PDF and hand it to lp.
@@ -96,17 +184,21 @@ void PreviewForm::Print(const render::Document& doc, bool ask) {
   if (tmp.empty()) throw ReportError(75, "Cannot create a temporary file to print");
   std::string pdf = tmp + ".pdf";
   render::RenderPdf(doc, pdf);
-  bool ok = host::SyncShell("lp -d " + Quote(printer) + " " + Quote(pdf) + " >/dev/null 2>&1", 60000);
+  bool ok =
+      host::SyncShell("lp -d " + Quote(printer) + " " + Quote(pdf) + " >/dev/null 2>&1", 60000);
   std::remove(pdf.c_str());
   std::remove(tmp.c_str());
   if (!ok) {
-    render::RenderPdf(doc, file);
-    written_.push_back(file);
+    // The job is lost to the printer; the host has to know the run failed.
+    print_refused_ = true;
+    WriteDocument(file);
     notify_("The printer " + printer + " did not take the document; it was written to " + file);
   }
 }
 
-int PreviewForm::ShowDialog(int kind) { return dialog_answer_; }
+int PreviewForm::ShowDialog(int kind) {
+  return dialog_answer_;
+}
 
 std::string DocumentText(const render::Document& doc) {
   std::string out;
@@ -126,7 +218,8 @@ std::string DocumentText(const render::Document& doc) {
       double end = -1;
       for (const auto* r : runs) {
         // Separate runs that do not touch by at least one blank.
-        if (end >= 0 && r->x.value() > end + 20 && (line.empty() || line.back() != ' ')) line += ' ';
+        if (end >= 0 && r->x.value() > end + 20 && (line.empty() || line.back() != ' '))
+          line += ' ';
         line += r->text;
         end = r->x.value() + r->width.value();
       }

@@ -9,6 +9,8 @@
 
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "frame/surface/print_host.h"
 #include "frame/surface/surface.h"
@@ -37,14 +39,27 @@ class PreviewForm : public frame::PrintHost {
   // --- What the host configures ---
   // Where Show writes: "x.pdf" (all pages), "x.png" (one PNG per page:
   // x.png, x-2.png, ...), "x.txt" (the text of every page). Empty: nowhere.
-  void SetOutput(std::string path) { output_ = std::move(path); }
+  // Any other extension is refused here (ReportError 5), before a report
+  // runs, so a typo never ends in a file of the wrong kind.
+  void SetOutput(std::string path);
+  // True for the extensions SetOutput takes (any case).
+  static bool IsKnownOutput(const std::string& path);
+  // Every file is written under a temporary name beside its target and
+  // renamed when complete, so an interrupted write never leaves half a file
+  // where a good one stood. With writes held, the renames wait for
+  // CommitWrites (the host calls it once the report has succeeded);
+  // DiscardWrites removes the temporary files and leaves the targets as
+  // they were.
+  void HoldWrites(bool hold) { hold_ = hold; }
+  void CommitWrites();
+  void DiscardWrites();
   const std::string& Output() const { return output_; }
   // The CUPS printer that PrintDoc sends to; empty: write a PDF instead.
   void SetPrinter(std::string name) { printer_ = std::move(name); }
   // Answer of PrintDialog (nonzero confirms). Default: confirm.
   void SetDialogAnswer(int answer) { dialog_answer_ = answer; }
-  // Where a PrintDoc without a printer writes its PDF. Default: beside the
-  // output, with "-printed" before the extension, or ./printed.pdf.
+  // Where a PrintDoc without a printer writes its document. Default: the
+  // output (in its format), or ./printed.pdf without one.
   void SetPrintFile(std::string path) { print_file_ = std::move(path); }
   // A sink for the form's messages to the person (default: stderr).
   void SetNotifier(std::function<void(const std::string&)> n) { notify_ = std::move(n); }
@@ -52,6 +67,10 @@ class PreviewForm : public frame::PrintHost {
   // --- What happened (for the host and for tests) ---
   int ShowCount() const { return show_count_; }
   int PrintCount() const { return print_count_; }
+  // True when a printer was named and did not take a job.
+  bool PrintRefused() const { return print_refused_; }
+  // True when a job went to a file because no printer was named.
+  bool PrintedWithoutPrinter() const { return printed_to_file_; }
   const std::vector<std::string>& WrittenFiles() const { return written_; }
 
   // PrintHost
@@ -61,8 +80,15 @@ class PreviewForm : public frame::PrintHost {
 
  private:
   void WriteDocument(const std::string& path);
+  // The temporary name a file is written under until it is complete.
+  std::string Staged(const std::string& target);
+  void Commit(const std::string& staged, const std::string& target);
 
   bool visible_ = false;
+  bool hold_ = false;
+  bool print_refused_ = false;
+  bool printed_to_file_ = false;
+  std::vector<std::pair<std::string, std::string>> pending_;  // staged, target
   int show_count_ = 0;
   int print_count_ = 0;
   int dialog_answer_ = 1;

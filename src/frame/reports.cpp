@@ -150,9 +150,9 @@ void clsReports::Trap(const std::string& text, const std::function<void()>& body
   try {
     body();
   } catch (const ReportError& e) {
-    host_->MsgBox(text + "\n" + e.description(), host::vbOKOnly, "");
+    host_->ShowFailure(text + "\n" + e.description(), host::vbOKOnly, "");
   } catch (const std::exception& e) {
-    host_->MsgBox(text + "\n" + e.what(), host::vbOKOnly, "");
+    host_->ShowFailure(text + "\n" + e.what(), host::vbOKOnly, "");
   }
 }
 

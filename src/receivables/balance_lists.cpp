@@ -28,9 +28,9 @@ void TrapNumbered(host::HostServices& host, const char* title, const std::functi
   try {
     body();
   } catch (const ReportError& e) {
-    host.MsgBox(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly, title);
+    host.ShowFailure(std::to_string(e.number()) + ": " + e.description(), host::vbOKOnly, title);
   } catch (const std::exception& e) {
-    host.MsgBox(std::string("0: ") + e.what(), host::vbOKOnly, title);
+    host.ShowFailure(std::string("0: ") + e.what(), host::vbOKOnly, title);
   }
 }
 

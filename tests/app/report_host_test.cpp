@@ -53,7 +53,7 @@ TEST_F(ReportHost, ListsRunToCheckedPdfs) {
   } cases[] = {
       {"fee.pdf", "rptFeeGuide 1", nullptr, "Code"},
       {"ins.pdf", "rptInsuranceCompanyList 0", "Insurance Company List", "CDA#"},
-      {"emp.pdf", "rptEmployerList txtfilter=", "Employer List", "Insurance Company"},
+      {"emp.pdf", "rptEmployerList --arg txtfilter=", "Employer List", "Insurance Company"},
       {"simple.pdf", "rptPatientListSimple 0 desk \"Active Patients\"", "Active Patients",
        "Emergency Contact"},
       {"detailed.pdf", "rptPatientListDetailed 0", "Patient Contact List - Detailed Version 4 Only",

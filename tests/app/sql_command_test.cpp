@@ -114,12 +114,44 @@ TEST_F(SqlCommand, PrintsRows) {
   }
 }
 
-TEST_F(SqlCommand, UpdatePrintsRowsChanged) {
-  CommandResult r = Sql("", "UPDATE Patient SET Balance = 0 WHERE Balance < 20");
+// The command reads: a statement that changes the practice runs only with
+// --write, and without it changes nothing.
+TEST_F(SqlCommand, WritesOnlyWithWrite) {
+  struct Case {
+    const char* name;
+    const char* statement;
+  } refused[] = {
+      {"update", "UPDATE Patient SET Balance = 0 WHERE Balance < 20"},
+      {"delete", "DELETE FROM Patient"},
+      {"insert", "INSERT INTO PatientNotes (PatientID, Note) VALUES (3, 'x')"},
+  };
+  for (const auto& c : refused) {
+    SCOPED_TRACE(c.name);
+    CommandResult r = Sql("", c.statement);
+    EXPECT_EQ(r.status, 2) << r.out;
+    EXPECT_NE(r.err.find("--write"), std::string::npos) << r.err;
+  }
+  EXPECT_EQ(Sql("", "SELECT COUNT(*) AS N FROM Patient WHERE Balance = 0").out, "N\n0\n");
+  EXPECT_EQ(Sql("", "SELECT COUNT(*) AS N FROM PatientNotes").out, "N\n2\n");
+
+  CommandResult r = Sql("--write", "UPDATE Patient SET Balance = 0 WHERE Balance < 20");
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "2\n");
-  r = Sql("", "SELECT COUNT(*) AS N FROM Patient WHERE Balance = 0");
-  EXPECT_EQ(r.out, "N\n2\n");
+  EXPECT_EQ(Sql("", "SELECT COUNT(*) AS N FROM Patient WHERE Balance = 0").out, "N\n2\n");
+}
+
+// A statement that opens with a "--" comment is the statement, not an
+// option; after a lone "--" any text is.
+TEST_F(SqlCommand, StatementStartingWithACommentIsNoOption) {
+  CommandResult r = Sql("", "-- the first patient\nSELECT LastName FROM Patient WHERE ID = 1");
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.out, "LastName\nTremblay\n");
+  r = Sql("--", "--count\nSELECT COUNT(*) AS N FROM Patient");
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.out, "N\n3\n");
+  // A mistyped option is still refused, not run as a statement.
+  r = Sql("--formt tsv", "SELECT 1");
+  EXPECT_EQ(r.status, 2);
 }
 
 TEST_F(SqlCommand, TranslatePrintsTheEngineTextWithoutRunning) {

@@ -1,60 +1,88 @@
 #include "platform/db/connection_url.h"
 
 #include <cctype>
+#include <regex>
 
 namespace orv::db {
 
 namespace {
 
-bool StartsWith(const std::string& s, const char* prefix) { return s.rfind(prefix, 0) == 0; }
-
-bool IsUrlForm(const std::string& url) {
-  return StartsWith(url, "postgresql://") || StartsWith(url, "postgres://");
+std::string Lower(std::string s) {
+  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return s;
 }
 
-// Removes "password=value" items from a key=value list, where values may be
-// single-quoted with backslash escapes (libpq's rules).
-std::string RedactKeyValues(const std::string& text) {
-  std::string out;
+bool StartsWithNoCase(const std::string& s, const char* prefix) {
+  std::string p(prefix);
+  return s.size() >= p.size() && Lower(s.substr(0, p.size())) == p;
+}
+
+// The scheme of "scheme://...", or "" when the text does not start so.
+std::string SchemeOf(const std::string& url) {
   size_t i = 0;
-  while (i < text.size()) {
-    size_t start = i;
-    while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i]))) ++i;
-    size_t key_begin = i;
-    while (i < text.size() && text[i] != '=' && !std::isspace(static_cast<unsigned char>(text[i]))) ++i;
-    std::string key = text.substr(key_begin, i - key_begin);
-    while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i]))) ++i;
-    if (i < text.size() && text[i] == '=') {
-      ++i;
-      while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i]))) ++i;
-      if (i < text.size() && text[i] == '\'') {
-        for (++i; i < text.size() && text[i] != '\''; ++i)
-          if (text[i] == '\\' && i + 1 < text.size()) ++i;
-        if (i < text.size()) ++i;
-      } else {
-        while (i < text.size() && !std::isspace(static_cast<unsigned char>(text[i]))) ++i;
-      }
-    }
-    std::string lowered;
-    for (char c : key) lowered += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    if (lowered != "password") out += text.substr(start, i - start);
-    if (i == start) ++i;  // never stall on a stray character
+  while (i < url.size() && (std::isalnum(static_cast<unsigned char>(url[i])) || url[i] == '+' ||
+                            url[i] == '-' || url[i] == '.'))
+    ++i;
+  if (i == 0 || !std::isalpha(static_cast<unsigned char>(url[0])) || url.compare(i, 3, "://") != 0)
+    return "";
+  return Lower(url.substr(0, i));
+}
+
+bool IsPostgresScheme(const std::string& scheme) {
+  return scheme == "postgresql" || scheme == "postgres";
+}
+
+// Where a URL quoted in a message ends: at a blank or a quote.
+bool EndsToken(char c) {
+  return std::isspace(static_cast<unsigned char>(c)) || c == '"' || c == '\'' || c == '<' ||
+         c == '>';
+}
+
+// Drops "password=..." items from the query part of one URL.
+std::string MaskQuery(const std::string& query) {
+  std::string kept;
+  size_t i = 0;
+  while (i <= query.size()) {
+    size_t amp = query.find('&', i);
+    if (amp == std::string::npos) amp = query.size();
+    std::string item = query.substr(i, amp - i);
+    if (!item.empty() && Lower(item.substr(0, item.find('='))) != "password")
+      kept += (kept.empty() ? "" : "&") + item;
+    i = amp + 1;
   }
-  size_t b = out.find_first_not_of(' ');
-  return b == std::string::npos ? std::string() : out.substr(b);
+  return kept;
+}
+
+// One URL (scheme and "://" included) without its secrets.
+std::string MaskOneUrl(const std::string& url) {
+  size_t auth = url.find("://") + 3;
+  std::string out = url.substr(0, auth);
+  std::string rest = url.substr(auth);
+  size_t at = rest.rfind('@');
+  if (at != std::string::npos) {
+    std::string userinfo = rest.substr(0, at);
+    out += userinfo.substr(0, userinfo.find(':'));
+    rest = rest.substr(at);
+  }
+  size_t q = rest.find('?');
+  if (q == std::string::npos) return out + rest;
+  std::string kept = MaskQuery(rest.substr(q + 1));
+  return out + rest.substr(0, q) + (kept.empty() ? "" : "?" + kept);
 }
 
 }  // namespace
 
 EngineKind EngineOfUrl(const std::string& url) {
-  if (IsUrlForm(url) || StartsWith(url, "postgresql:") || StartsWith(url, "postgres:"))
+  if (IsPostgresScheme(SchemeOf(url)) || StartsWithNoCase(url, "postgresql:") ||
+      StartsWithNoCase(url, "postgres:"))
     return EngineKind::PostgreSQL;
-  if (StartsWith(url, "sqlite:")) return EngineKind::SQLite;
+  if (StartsWithNoCase(url, "sqlite:")) return EngineKind::SQLite;
   // libpq's key=value form: "name=value" pairs, no path separators before
   // the first "=".
   size_t eq = url.find('=');
   if (eq != std::string::npos && eq > 0 && url.find('/') > eq) {
-    static const char* keys[] = {"host", "hostaddr", "port", "dbname", "user", "service", "sslmode"};
+    static const char* keys[] = {"host", "hostaddr", "port",   "dbname",
+                                 "user", "service",  "sslmode"};
     for (const char* k : keys)
       if (url.find(std::string(k) + "=") != std::string::npos ||
           url.find(std::string(k) + " =") != std::string::npos)
@@ -63,39 +91,75 @@ EngineKind EngineOfUrl(const std::string& url) {
   return EngineKind::SQLite;
 }
 
-std::string RedactPassword(const std::string& url) {
-  if (EngineOfUrl(url) != EngineKind::PostgreSQL) return url;
-  if (!IsUrlForm(url)) return RedactKeyValues(url);
-  // scheme://[user[:password]@]hosts[/db][?params]
+std::string UnknownScheme(const std::string& url) {
+  std::string scheme = SchemeOf(url);
+  if (scheme.empty() || IsPostgresScheme(scheme) || scheme == "sqlite") return "";
+  return scheme;
+}
+
+std::string SqlitePath(const std::string& url) {
+  if (!StartsWithNoCase(url, "sqlite:")) return url;
+  std::string path = url.substr(7);
+  // "sqlite:///abs/path" and "sqlite://rel" are accepted like "sqlite:/abs".
+  if (path.rfind("//", 0) == 0) path = path.substr(2);
+  return path;
+}
+
+std::string EncodeUserInfo(const std::string& url) {
+  if (!IsPostgresScheme(SchemeOf(url))) return url;
   size_t auth = url.find("://") + 3;
-  size_t end_authority = url.find_first_of("/?", auth);
-  if (end_authority == std::string::npos) end_authority = url.size();
-  std::string out = url.substr(0, auth);
-  size_t at = url.rfind('@', end_authority == url.size() ? std::string::npos : end_authority);
-  if (at != std::string::npos && at >= auth && at < end_authority) {
-    std::string userinfo = url.substr(auth, at - auth);
-    size_t colon = userinfo.find(':');
-    out += userinfo.substr(0, colon) + url.substr(at, end_authority - at);
-  } else {
-    out += url.substr(auth, end_authority - auth);
-  }
-  size_t q = url.find('?', end_authority);
-  out += url.substr(end_authority, q == std::string::npos ? std::string::npos : q - end_authority);
-  if (q != std::string::npos) {
-    std::string kept;
-    size_t i = q + 1;
-    while (i <= url.size()) {
-      size_t amp = url.find('&', i);
-      if (amp == std::string::npos) amp = url.size();
-      std::string item = url.substr(i, amp - i);
-      std::string key = item.substr(0, item.find('='));
-      for (char& c : key) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-      if (!item.empty() && key != "password") kept += (kept.empty() ? "" : "&") + item;
-      i = amp + 1;
+  size_t at = url.rfind('@');
+  if (at == std::string::npos || at < auth) return url;
+  std::string userinfo = url.substr(auth, at - auth);
+  size_t colon = userinfo.find(':');
+  std::string encoded;
+  for (size_t i = 0; i < userinfo.size(); ++i) {
+    char c = userinfo[i];
+    bool reserved = c == '@' || c == '/' || c == '?' || c == '#' || c == '[' || c == ']' ||
+                    (c == ':' && i != colon);
+    if (!reserved) {
+      encoded += c;
+      continue;
     }
-    if (!kept.empty()) out += "?" + kept;
+    static const char* hex = "0123456789ABCDEF";
+    encoded += '%';
+    encoded += hex[static_cast<unsigned char>(c) >> 4];
+    encoded += hex[static_cast<unsigned char>(c) & 15];
   }
-  return out;
+  return url.substr(0, auth) + encoded + url.substr(at);
+}
+
+std::string MaskSecrets(const std::string& text) {
+  // 1. Every "scheme://..." of any scheme, up to the next blank or quote.
+  std::string out;
+  size_t i = 0;
+  while (i < text.size()) {
+    size_t sep = text.find("://", i);
+    if (sep == std::string::npos) break;
+    size_t start = sep;
+    while (start > i &&
+           (std::isalnum(static_cast<unsigned char>(text[start - 1])) || text[start - 1] == '+' ||
+            text[start - 1] == '-' || text[start - 1] == '.'))
+      --start;
+    size_t end = sep + 3;
+    while (end < text.size() && !EndsToken(text[end])) ++end;
+    out += text.substr(i, start - i);
+    out += start == sep ? text.substr(start, end - start)
+                        : MaskOneUrl(text.substr(start, end - start));
+    i = end;
+  }
+  out += text.substr(i);
+  // 2. libpq's "password=value" items, where they stand as items (at the
+  //    start or after a blank), quoted values included.
+  static const std::regex kv(R"((^|\s+)password\s*=\s*('([^'\\]|\\.)*'?|\S*))", std::regex::icase);
+  out = std::regex_replace(out, kv, "");
+  size_t b = out.find_first_not_of(' ');
+  return b == std::string::npos ? std::string() : out.substr(b);
+}
+
+std::string RedactPassword(const std::string& url) {
+  if (EngineOfUrl(url) != EngineKind::PostgreSQL && SchemeOf(url).empty()) return url;
+  return MaskSecrets(url);
 }
 
 }  // namespace orv::db

@@ -1,5 +1,7 @@
 #include "platform/db/sqlite_engine.h"
 
+#include <sys/stat.h>
+
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -146,6 +148,15 @@ SqliteEngine::SqliteEngine(const std::string& path, bool create) : path_(path) {
 
 SqliteEngine::~SqliteEngine() { sqlite3_close_v2(db_); }
 
+// The file SQLite opened, by device and inode: a symlink, "./" or a URI
+// names the same file the same way.
+std::string SqliteEngine::Identity() {
+  const char* file = sqlite3_db_filename(db_, "main");
+  struct stat st {};
+  if (file == nullptr || *file == '\0' || ::stat(file, &st) != 0) return "";
+  return "sqlite file " + std::to_string(st.st_dev) + ":" + std::to_string(st.st_ino);
+}
+
 std::unique_ptr<EngineStatement> SqliteEngine::Prepare(const std::string& sql,
                                                        const std::string& original) {
   sqlite3_stmt* stmt = nullptr;
@@ -281,16 +292,20 @@ void SqliteEngine::InsertRows(const TableDef& t, const std::vector<std::vector<V
 }
 
 std::unique_ptr<Engine> OpenEngine(const std::string& url, bool create) {
+  // "mysql://..." or a misspelled "postgresq://..." is no file name: say so
+  // rather than make a SQLite file of that name.
+  if (std::string scheme = UnknownScheme(url); !scheme.empty()) {
+    throw DatabaseError("cannot open " + MaskSecrets(url) + ": no database engine is called '" + scheme +
+                        "' (postgresql://, postgres:// or sqlite:)");
+  }
   if (EngineOfUrl(url) == EngineKind::PostgreSQL) {
-    if (create) CreatePostgresDatabaseIfMissing(url);
-    return OpenPostgresEngine(url);
+    // A password typed with "@", "/" or "?" in it reaches libpq encoded, so
+    // that libpq neither splits it nor quotes its tail in a message.
+    std::string encoded = EncodeUserInfo(url);
+    if (create) CreatePostgresDatabaseIfMissing(encoded);
+    return OpenPostgresEngine(encoded);
   }
-  std::string path = url;
-  if (url.rfind("sqlite:", 0) == 0) {
-    path = url.substr(7);
-    // "sqlite:///abs/path" and "sqlite://rel" are accepted like "sqlite:/abs".
-    if (path.rfind("//", 0) == 0) path = path.substr(2);
-  }
+  std::string path = SqlitePath(url);
   if (path.empty()) throw DatabaseError("cannot open the database: the connection names no file");
   return std::make_unique<SqliteEngine>(path, create);
 }

@@ -42,6 +42,20 @@ class HostServices {
   // for the log, never a box the person must answer. Dropped unless the
   // host keeps a log.
   virtual void Note(const std::string& text) { (void)text; }
+
+  // Shows a message that says a report did not do its work (a trap's box,
+  // an input the report refused) and marks the run failed. A host that
+  // runs unattended reads the mark after the call instead of reading the
+  // message's words, whose wording differs from report to report.
+  int ShowFailure(const std::string& prompt, int buttons = vbOKOnly, const std::string& title = "") {
+    failure_shown_ = true;
+    return MsgBox(prompt, buttons, title);
+  }
+  bool FailureShown() const { return failure_shown_; }
+  void ClearFailure() { failure_shown_ = false; }
+
+ private:
+  bool failure_shown_ = false;
 };
 
 // Command-line host: prints each message to stderr and answers `answer`

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -22,14 +23,22 @@ std::string ReadFile(const std::string& path) {
   return s.str();
 }
 
-FixtureDb::FixtureDb() {
+std::string ProjectFixture() { return std::string(ORVENDA_SOURCE_DIR) + "/tests/platform/sql/fixture.sql"; }
+
+std::string SampleCasesDir() {
+  std::string dir = std::string(ORVENDA_SHARED_DIR) + "/tsql-cases";
+  bool there = std::filesystem::is_directory(dir + "/cases") && std::filesystem::exists(dir + "/fixture.sql");
+  return there ? dir : std::string();
+}
+
+FixtureDb::FixtureDb(const std::string& fixture_sql) {
   Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
   sqlite3_open(":memory:", &db_);
   RegisterSqliteFunctions(db_);
-  std::string ddl = ReadFile(std::string(ORVENDA_SHARED_DIR) + "/tsql-cases/fixture.sql");
+  std::string ddl = ReadFile(fixture_sql);
   char* err = nullptr;
   if (ddl.empty() || sqlite3_exec(db_, ddl.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
-    ADD_FAILURE() << "cannot build the fixture: " << (err ? err : "fixture.sql not found");
+    ADD_FAILURE() << "cannot build the fixture " << fixture_sql << ": " << (err ? err : "not found");
     sqlite3_free(err);
   }
   schema_ = LoadSqliteSchema(db_);

@@ -12,11 +12,19 @@
 
 namespace orv::sql::testing {
 
-// An in-memory database built from the shared fixture.sql, with the
-// layer's functions registered and the clock fixed to 2026-11-20 10:00:00.
+// The project's fixture (tests/platform/sql/fixture.sql).
+std::string ProjectFixture();
+// The sample T-SQL cases kept beside the checkout (../shared/tsql-cases):
+// the folder when it is there with its cases and fixture, else "". Tests of
+// those cases skip, saying so, on a checkout without it.
+std::string SampleCasesDir();
+
+// An in-memory database built from a fixture (by default the project's),
+// with the layer's functions registered and the clock fixed to 2026-11-20
+// 10:00:00.
 class FixtureDb {
  public:
-  FixtureDb();
+  explicit FixtureDb(const std::string& fixture_sql = ProjectFixture());
   ~FixtureDb();
   FixtureDb(const FixtureDb&) = delete;
   FixtureDb& operator=(const FixtureDb&) = delete;

@@ -1,0 +1,159 @@
+// The help a new user reads: `list` by family, `help METHOD` with every
+// parameter and an example, and that every method `list` calls built runs
+// alone from its example on the demo practice.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host_support.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Result = orv::testing::ShellResult;
+
+Result Shell(const std::string& cmd) {
+  return orv::testing::HostShell(cmd);
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+  std::vector<std::string> out;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) out.push_back(line);
+  return out;
+}
+
+class HostHelp : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    // The practice the catalogue's examples are written for.
+    dir = orv::testing::MakeDemoFolder("help", 500, 1);
+  }
+  static void TearDownTestSuite() { fs::remove_all(dir); }
+  static std::string app() { return orv::testing::HostProgram(); }
+
+  // The methods `list` calls built, with the family they are listed under.
+  static std::vector<std::pair<std::string, std::string>> BuiltMethods(const std::string& list) {
+    std::vector<std::pair<std::string, std::string>> built;
+    std::string family;
+    static const std::regex method(R"(  (\w+) +(\S.*))");
+    for (const auto& line : Lines(list)) {
+      std::smatch m;
+      if (!line.empty() && line[0] != ' ' && line.find("methods are built") == std::string::npos &&
+          line.find("an example") == std::string::npos) {
+        family = line;
+      } else if (std::regex_match(line, m, method) &&
+                 m[2].str().find("[not built yet]") == std::string::npos &&
+                 m[2].str().find("[done by the host]") == std::string::npos) {
+        built.emplace_back(m[1], family);
+      }
+    }
+    return built;
+  }
+
+  static inline std::string dir;
+};
+
+TEST_F(HostHelp, ListGroupsEveryMethodByFamilyWithALine) {
+  Result list = Shell(app() + " list");
+  ASSERT_EQ(list.status, 0);
+  auto built = BuiltMethods(list.out);
+  std::set<std::string> families;
+  for (const auto& [name, family] : built) {
+    EXPECT_FALSE(family.empty()) << name;
+    families.insert(family);
+  }
+  // A handful of families, not one heading per method.
+  EXPECT_GE(families.size(), 5u);
+  EXPECT_LT(families.size(), built.size());
+  for (const char* expected :
+       {"Statements", "Receivables", "Invoices and receipts", "Directory lists"})
+    EXPECT_EQ(families.count(expected), 1u) << expected << "\n" << list.out;
+  // Every method line carries a description after its name.
+  for (const auto& line : Lines(list.out)) {
+    if (line.rfind("  ", 0) == 0)
+      EXPECT_TRUE(std::regex_match(line, std::regex(R"(  \w+ +\S.*)"))) << line;
+  }
+}
+
+TEST_F(HostHelp, HelpDescribesEveryParameter) {
+  struct Case {
+    const char* method;
+    std::vector<std::string> says;
+  } cases[] = {
+      {"rptReceipt",
+       {"ID  Long: the payment (InvoicePayments.ID)", "written as a whole number", "(printed)",
+        "no printer was set", "Example on the demo practice"}},
+      {"ReturnAddressPart",
+       {"Part  AddressParts", "Street1=0 Street2=1 City=2 Prov=3 Postal=4", "standard output"}},
+      {"rptStatements",
+       {"dtStart  Date", "written as a date yyyy-mm-dd", "PatientIDs  array of Long",
+        "written as numbers separated by commas", "Family  Boolean: one statement per family",
+        "YTD (optional)  Boolean"}},
+      {"srptUnAppliedPayments", {"runs in one of its own", "strFilter (optional)  String"}},
+      {"rptPatientsWithABalance", {"SortType (optional)  Integer: 0 by provider, 1 by overseer"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.method);
+    Result r = Shell(app() + " help " + c.method);
+    ASSERT_EQ(r.status, 0) << r.out;
+    for (const auto& s : c.says) EXPECT_NE(r.out.find(s), std::string::npos) << s << "\n" << r.out;
+  }
+  EXPECT_EQ(Shell(app() + " help rptNoSuchReport").status, 2);
+  // Asked for help after the method, as a person might.
+  EXPECT_NE(Shell(app() + " rptReceipt --help").out.find("InvoicePayments.ID"), std::string::npos);
+}
+
+// What `list` calls built runs alone: each built method's example from
+// `help`, run as printed on the demo practice, exits 0 and writes its
+// document (or prints its value).
+TEST_F(HostHelp, EveryBuiltMethodRunsFromItsExample) {
+  auto built = BuiltMethods(Shell(app() + " list").out);
+  ASSERT_GT(built.size(), 20u);
+  for (const auto& [name, family] : built) {
+    SCOPED_TRACE(name);
+    Result help = Shell(app() + " help " + name);
+    auto lines = Lines(help.out);
+    auto at = std::find_if(lines.begin(), lines.end(), [](const std::string& l) {
+      return l.rfind("Example on the demo practice", 0) == 0;
+    });
+    ASSERT_TRUE(at != lines.end() && at + 1 != lines.end()) << help.out;
+    std::string example = *(at + 1);
+    ASSERT_EQ(example.rfind("  orvenda-reports ", 0), 0u) << example;
+    std::string out = dir + "/" + name + ".pdf";
+    Result r = Shell(app() + example.substr(17) + " --db " + dir + "/demo.db --out " + out);
+    EXPECT_EQ(r.status, 0) << example << "\n" << r.out;
+    EXPECT_TRUE(fs::exists(out) || (r.out.find("wrote") == std::string::npos && !r.out.empty()))
+        << example << "\n"
+        << r.out;
+  }
+}
+
+// The default database is one absolute path wherever the command runs, and
+// a missing one says how to make it.
+TEST_F(HostHelp, DefaultDatabaseIsFoundTheSameWayEverywhere) {
+  Result help = Shell("cd / && env -u ORVENDA_DB " + app() + " --help");
+  std::smatch m;
+  ASSERT_TRUE(std::regex_search(help.out, m, std::regex(R"(default database: (\S+))"))) << help.out;
+  EXPECT_EQ(m[1].str()[0], '/') << help.out;
+  Result here = Shell("cd " + dir + " && env -u ORVENDA_DB " + app() + " --help");
+  EXPECT_NE(here.out.find("default database: " + m[1].str()), std::string::npos) << here.out;
+
+  Result missing = Shell("cd / && ORVENDA_DB=" + dir + "/none.db " + app() + " rptFeeGuide 1 desk");
+  EXPECT_EQ(missing.status, 2) << missing.out;
+  EXPECT_NE(missing.out.find("no practice database at " + dir + "/none.db"), std::string::npos)
+      << missing.out;
+  EXPECT_NE(missing.out.find("demo-db"), std::string::npos) << missing.out;
+  EXPECT_FALSE(fs::exists(dir + "/none.db"));
+  Result from_env = Shell("cd / && ORVENDA_DB=" + dir + "/demo.db " + app() + " --out " + dir +
+                          "/env.pdf rptFeeGuide 1 desk");
+  EXPECT_EQ(from_env.status, 0) << from_env.out;
+}
+
+}  // namespace
