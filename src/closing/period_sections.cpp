@@ -203,7 +203,8 @@ void clsReports::srptAdjustmentReport(DateTime dtStart, DateTime dtEnd, std::str
   db::Recordset staff = Open(
       "SELECT ID, FirstName, LastName, [Professional Title] as Title, FullName FROM Employees "
       "order by LastName");
-  for (int to_total_paid = 0; to_total_paid <= 1; ++to_total_paid) {
+  // A practice without adjustment types has no rows to go back to.
+  for (int to_total_paid = 0; to_total_paid <= 1 && types.RecordCount() > 0; ++to_total_paid) {
     for (types.MoveFirst(); !types.Eof(); types.MoveNext()) {
       if (FlagSet(types["ToTotalPaid"].Value()) != (to_total_paid == 1)) continue;
       db::Recordset rows = types["rptAdjustmentSlipDetails"].Chapter();

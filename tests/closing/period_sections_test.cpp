@@ -79,6 +79,14 @@ TEST_F(PeriodSections, AdjustmentReportByChapter) {
   EXPECT_EQ(LineWith("NSF"), "");
 }
 
+TEST_F(PeriodSections, AdjustmentReportWithoutAdjustmentTypes) {
+  Exec("DELETE FROM PaymentTypes;");
+  NewDocument();
+  reports.srptAdjustmentReport(Mar(10), Mar(12), "", 0);
+  EXPECT_EQ(LineWith("1320"), "Mar/11/2026 1320 Ng Billed twice 80.00");
+  EXPECT_EQ(LinesWith("Total Adjustments:").size(), 1u);
+}
+
 TEST_F(PeriodSections, EdiTransactionsAndTheirShares) {
   reports.rptEDITransactions(Mar(10), Mar(12), "Ana");
   EXPECT_TRUE(host.messages.empty());
