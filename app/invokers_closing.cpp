@@ -86,5 +86,11 @@ InvokerRegistrar new_patients("srptNewPatientReport", [](clsReports& r, const Me
   return Variant();
 });
 
+InvokerRegistrar month_end_analysis("rptMonthEndAnalysis", [](clsReports& r,
+                                                               const MethodArgs& a) {
+  r.rptMonthEndAnalysis(a.Date(0), a.Date(1), a.Str(2), a.Str(3), a.Str(4));
+  return Variant();
+});
+
 }  // namespace
 }  // namespace orv::app

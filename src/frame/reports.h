@@ -281,6 +281,15 @@ class clsReports {
   void srptEDITransactions(DateTime DateFrom, DateTime DateTo, std::string UserName);
   // Patients who signed up between the dates, by preferred dentist.
   void srptNewPatientReport(DateTime fromdate, DateTime todate);
+  // ---- Month-end figures ----
+  // Day by day from `fromdate` to `todate`: dental and lab fees, invoice
+  // adjustments, applied payments and payment adjustments, and the
+  // provider A/R running on from the opening; then the adjustment types
+  // and the interest collected. `txtInvFilter` (over the invoice) and
+  // `txtPayFilter` (over the invoice money was applied to) are SQL
+  // conditions, "" or "0" for the whole practice.
+  void rptMonthEndAnalysis(DateTime fromdate, DateTime todate, std::string txtInvFilter,
+                           std::string txtPayFilter, std::string ProviderNames);
   // ---- Production ----
   // Production figures of a period as one document, a section per flag in
   // the fixed order by provider, by overseer, summary, by category, summary

@@ -1,0 +1,203 @@
+// Month-end figures of provider receivables: the day-by-day analysis of
+// fees, invoice adjustments and applied money with the running A/R.
+#include <string>
+
+#include "accounts/account_model.h"
+#include "common/common_functions.h"
+#include "common/currency.h"
+#include "common/format.h"
+#include "frame/preview_form.h"
+#include "frame/reports.h"
+#include "frame/surface/surface.h"
+#include "frame/surface/table_model.h"
+
+namespace orv {
+namespace {
+
+// " AND (" filter ")", or nothing: an empty filter (or "0") means every
+// provider, so the term is left out rather than sent as "()".
+std::string AndTerm(const std::string& filter) {
+  return filter.empty() || filter == "0" ? std::string() : " AND (" + filter + ")";
+}
+
+}  // namespace
+
+void clsReports::rptMonthEndAnalysis(DateTime fromdate, DateTime todate, std::string txtInvFilter,
+                                     std::string txtPayFilter, std::string ProviderNames) {
+  const db::Snapshot snapshot(conn_);
+  Trap("An Error has occurred in Sub rptMonthEndAnalysis in Class clsReports", [&] {
+    frame::PrintSurface& vsp = VSP();
+    clsCommonFunctions& cf = Common();
+    AccountModel accounts(conn(), InterestRate);
+    // The invoice queries take txtInvFilter (over the invoice's
+    // provider), the queries of applied money txtPayFilter (over the
+    // invoice the money was applied to).
+    const std::string inv = AndTerm(txtInvFilter);
+    const std::string pay = AndTerm(txtPayFilter);
+    const std::string start = fromdate.ToIsoDate();
+    const std::string end = todate.ToIsoDate();
+    const auto sum = [&](const std::string& sql) {
+      db::Recordset rs = Open(sql, db::adOpenForwardOnly);
+      return rs.Eof() ? Currency() : cf.ReturnCur(rs["theTotal"].Value());
+    };
+
+    vsp.Orientation(0);
+    vsp.MarginLeft(".6in");
+    vsp.MarginRight(".6in");
+    vsp.MarginTop(".6in");
+    vsp.MarginBottom(".6in");
+    vsp.DocName("Month End Analysis Summary Report");
+    vsp.StartDoc();
+    PrintReportHeading("Month End Analysis Summary", "",
+                       ProviderNames.empty() ? "Practice Totals" : "For : " + ProviderNames);
+    vsp.TextAlign(7);
+    vsp.FontBold(true);
+    vsp.Text("Range Selected: " + Format(Variant(fromdate), "mmm/dd/yyyy") + " to " +
+             Format(Variant(todate), "mmm/dd/yyyy"));
+    vsp.FontBold(false);
+
+    // The opening A/R: complete invoices before the start less the money
+    // applied before it.
+    Currency opening =
+        sum("SELECT SUM([InvoiceTotal]) as theTotal FROM Invoices WHERE [Complete?] <> 0 AND "
+            "[Date] < '" + start + "'" + inv) -
+        sum("SELECT SUM(InvoicePaymentDetails.Amount) AS theTotal FROM InvoicePaymentDetails "
+            "INNER JOIN InvoicePayments ON InvoicePaymentDetails.InvoicePaymentID = "
+            "InvoicePayments.ID INNER JOIN Invoices ON InvoicePaymentDetails.InvoiceID = "
+            "Invoices.ID INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = "
+            "PaymentTypes.ID WHERE (InvoicePaymentDetails.Date < '" + start + "')" + pay);
+    // The third read corrects that total for the invoices still open at
+    // the start: each complete one dated before the start counts for what
+    // it stood for on the eve of the start (its final total, its
+    // interest) instead of its stored total. Invoices of the start day
+    // itself are the first day's row, so no day is counted twice.
+    {
+      db::Recordset open_invoices = Open(
+          "SELECT Invoices.ID, Invoices.[Date], Invoices.InvoiceTotal, Invoices.[Complete?], "
+          "Invoices.InvoiceFinalTotal, Patient.Interest FROM Invoices INNER JOIN Patient ON "
+          "Invoices.PatientID = Patient.ID WHERE Invoices.[Date] <= '" + start +
+          "' AND (FinalDate > '" + start + "' OR FinalDate IS NULL)" + inv +
+          " ORDER BY Invoices.[Date]");
+      const Variant eve(DateTime(fromdate.DatePart().serial() - 1));
+      for (; !open_invoices.Eof(); open_invoices.MoveNext()) {
+        if (cf.ReturnVal(open_invoices["Complete?"].Value()) == 0) continue;
+        if (CDate(open_invoices["Date"].Value()).DatePart() >= fromdate.DatePart()) continue;
+        const int32_t id = static_cast<int32_t>(cf.ReturnVal(open_invoices["ID"].Value()));
+        opening += accounts.ReturnInvoiceAmount(id, eve) -
+                   cf.ReturnCur(open_invoices["InvoiceTotal"].Value());
+      }
+    }
+
+    // ---- One row per day ----
+    std::string rows;
+    Currency totals[6];
+    Currency ar = opening;
+    const double days = todate.DatePart().serial() - fromdate.DatePart().serial() + 1;
+    long n = 0;
+    for (DateTime day = fromdate.DatePart(); day <= todate.DatePart();
+         day = DateTime(day.serial() + 1), ++n) {
+      const std::string d = day.ToIsoDate();
+      const Currency lab = sum(
+          "SELECT SUM(InvoiceDetails.Cost) AS theTotal FROM InvoiceDetails INNER JOIN Invoices ON "
+          "InvoiceDetails.InvoiceID = Invoices.ID WHERE (Invoices.[Complete?] <> 0) AND "
+          "(InvoiceDetails.Code like '99%')" + inv + " AND Invoices.[Date] = '" + d + "'");
+      const Currency fee = sum("SELECT SUM([InvoiceTotal]) as theTotal FROM Invoices WHERE "
+                               "[Complete?] <> 0" + inv + " AND [Date] = '" + d + "'");
+      const std::string applied =
+          "SELECT SUM(InvoicePaymentDetails.Amount) AS theTotal FROM InvoicePayments INNER JOIN "
+          "InvoicePaymentDetails ON InvoicePayments.ID = InvoicePaymentDetails.InvoicePaymentID "
+          "INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = PaymentTypes.ID INNER JOIN "
+          "Invoices ON InvoicePaymentDetails.InvoiceID = Invoices.ID WHERE "
+          "(InvoicePaymentDetails.[Date] = '" + d + "') and ";
+      const Currency inv_adj =
+          sum(applied + "ISNULL([Adjustment?], 0) <> 0 AND ISNULL([ToTotalPaid?], 0) = 0" + pay);
+      const Currency payments = sum(applied + "ISNULL([Adjustment?], 0) = 0" + pay);
+      const Currency pay_adj =
+          sum(applied + "ISNULL([Adjustment?], 0) <> 0 AND ISNULL([ToTotalPaid?], 0) <> 0" + pay);
+      const Currency dental = fee - lab;
+      ar = ar + fee - inv_adj - payments - pay_adj;
+      const Currency cells[6] = {dental, lab, inv_adj, fee, payments, pay_adj};
+      bool idle = true;
+      for (int c = 0; c < 6; ++c) {
+        totals[c] += cells[c];
+        if (cells[c] != Currency()) idle = false;
+      }
+      rows += Format(Variant(day), "mmm/dd/yyyy");
+      // A day without activity prints dashes; its A/R carries on to the
+      // next day unchanged.
+      if (idle) {
+        rows += "|-|-|-|-|-|-|-;";
+      } else {
+        for (const Currency& c : cells) rows += "|" + cf.MyFormat(c, "Currency");
+        rows += "|" + cf.MyFormat(ar, "Currency") + ";";
+      }
+      RaiseProgress(static_cast<uint8_t>(100.0 * (n + 1) / days));
+      Host().DoEvents();
+    }
+    std::string total_row = "Total";
+    for (const Currency& c : totals) total_row += "|" + cf.MyFormat(c, "Currency");
+    total_row += "|" + cf.MyFormat(ar, "Currency");
+    vsp.FontSize(8);
+    vsp.Text("");
+    vsp.Text("Opening A/R: " + cf.MyFormat(opening, "Currency"));
+    vsp.AddTable(".85in|>.9in|>.9in|>.9in|>.9in|>.9in|>.9in|>1in",
+                 "Date|Dental Fee|Lab Fee|Inv. Adj.|Total Fee|Applied Pmts|Pmt Adj.|New A/R",
+                 rows + total_row, kHeaderColor);
+
+    // ---- The adjustment types of the older screens ----
+    // Only types stored with -1 are read, as that table always has; the
+    // newer types stored with 1 show in the day rows above.
+    db::Recordset types = Open("Select * from PaymentTypes where [Adjustment?] = -1 order by Name");
+    std::string body;
+    for (; !types.Eof(); types.MoveNext()) {
+      const Currency amount = sum(
+          "SELECT SUM(InvoicePaymentDetails.Amount) as theTotal FROM InvoicePayments INNER JOIN "
+          "InvoicePaymentDetails ON InvoicePayments.ID = InvoicePaymentDetails.InvoicePaymentID "
+          "INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = PaymentTypes.ID WHERE "
+          "CheckDate >= '" + start + "' AND CheckDate <= '" + end + "' AND PaymentTypeID = " +
+          cf.returnStr(types["ID"].Value()));
+      body += frame::EscapeCell(cf.returnStr(types["Name"].Value())) + "|" +
+              frame::EscapeCell(cf.returnStr(types["Description"].Value())) + "|" +
+              cf.MyFormat(amount, "Currency") + ";";
+    }
+    vsp.Text("");
+    vsp.AddTable("1.2in|2.55in|>1.2in",
+                 "Adjustment Type|Adjustment Description|Adjustment Amount", body, kHeaderColor);
+
+    // Interest collected: the money applied in the period to interest
+    // invoices (those that point at the invoice they charge interest on).
+    const Currency interest =
+        sum("SELECT SUM(InvoicePaymentDetails.Amount) AS theTotal FROM InvoicePayments INNER JOIN "
+            "InvoicePaymentDetails ON InvoicePayments.ID = InvoicePaymentDetails.InvoicePaymentID "
+            "INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = PaymentTypes.ID INNER JOIN "
+            "Invoices ON InvoicePaymentDetails.InvoiceID = Invoices.ID WHERE "
+            "InvoicePaymentDetails.[Date] >= '" + start + "' AND InvoicePaymentDetails.[Date] <= '" +
+            end + "' AND ISNULL([Adjustment?], 0) = 0 AND Invoices.InterestInvoiceID IS NOT NULL" +
+            pay);
+    vsp.FontSize(10);
+    vsp.FontBold(true);
+    vsp.Text("");
+    vsp.Text("Interest Collected on Behalf of the Practice: " + cf.MyFormat(interest, "Currency"));
+    vsp.Text("");
+    vsp.Text("Notes: ");
+    vsp.FontBold(false);
+    vsp.FontSize(8);
+    vsp.Text("This report only includes APPLIED payments. Credits will be applied on the day that "
+             "they were applied.");
+    vsp.Text("This report does not include incomplete invoices. However, it does include payments "
+             "on incomplete invoices.");
+    vsp.Text("Payment Adjustment are indicated by the check box on the adjustment type under "
+             "Adjustment Types in Office Categories.");
+    vsp.Text("Note that A/R on this report refers to Provider A/R, not Practice A/R. It does not "
+             "include interest.");
+    vsp.Text("A/R Change = Invoices Total - Invoice Adjustments - (Applied Payments + Applied "
+             "Payment Adjustments)");
+    vsp.Text("This report is a summary version of of the Month End Analysis - Detailed Report.");
+    vsp.FontSize(10);
+    PrintPageFooters(kPrintedBy);
+    vsp.EndDoc();
+    Form().Show();
+  });
+}
+
+}  // namespace orv
