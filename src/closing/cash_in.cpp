@@ -51,11 +51,7 @@ void clsReports::rptCashInDetailed(DateTime& dtStart, DateTime& dtEnd, std::stri
     frame::PrintSurface& vsp = VSP();
     // Portrait on half-inch margins; a package that draws the section
     // into its own document keeps its own paper.
-    vsp.Orientation(0);
-    vsp.MarginLeft(720);
-    vsp.MarginRight(720);
-    vsp.MarginTop(720);
-    vsp.MarginBottom(720);
+    closing::HalfInchPortrait(vsp);
     vsp.DocName("Detailed Cash-In Report");
     vsp.StartDoc();
     srptCashInDetailed(dtStart, dtEnd, txtfilter, UserName);
@@ -468,11 +464,7 @@ void clsReports::rptCashInSummary(DateTime dtStart, DateTime dtEnd, std::string 
   const db::Snapshot snapshot(conn_);
   Trap("An Error has occurred in Sub rptCashInSummary in Class clsReports", [&] {
     frame::PrintSurface& vsp = VSP();
-    vsp.Orientation(0);
-    vsp.MarginLeft(720);
-    vsp.MarginRight(720);
-    vsp.MarginTop(720);
-    vsp.MarginBottom(720);
+    closing::HalfInchPortrait(vsp);
     vsp.DocName("Cash-In Summary Report");
     vsp.StartDoc();
     srptCashInSummary(dtStart, dtEnd, AccountID, UserName);

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <string>
 
+#include "closing/closing_common.h"
 #include "common/common_functions.h"
 #include "common/currency.h"
 #include "common/flags.h"
@@ -21,11 +22,7 @@ void clsReports::rptBankDepositSlip(DateTime StartDate, DateTime Enddate, std::s
   const db::Snapshot snapshot(conn_);
   Trap("An Error has occurred in Sub rptBankDepositSlip in Class clsReports", [&] {
     frame::PrintSurface& vsp = VSP();
-    vsp.Orientation(0);
-    vsp.MarginLeft(720);
-    vsp.MarginRight(720);
-    vsp.MarginTop(720);
-    vsp.MarginBottom(720);
+    closing::HalfInchPortrait(vsp);
     vsp.DocName("Bank Deposit Slip");
     vsp.StartDoc();
     PrintReportHeading("Bank Deposit Slip", UserName,
