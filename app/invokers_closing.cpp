@@ -92,5 +92,10 @@ InvokerRegistrar month_end_analysis("rptMonthEndAnalysis", [](clsReports& r,
   return Variant();
 });
 
+InvokerRegistrar non_aged_ar("rptNonAgedAR", [](clsReports& r, const MethodArgs& a) {
+  r.rptNonAgedAR(a.Date(0), a.Date(1), a.Str(2), a.Str(3), a.Str(4), a.Str(5));
+  return Variant();
+});
+
 }  // namespace
 }  // namespace orv::app

@@ -290,6 +290,11 @@ class clsReports {
   // conditions, "" or "0" for the whole practice.
   void rptMonthEndAnalysis(DateTime fromdate, DateTime todate, std::string txtInvFilter,
                            std::string txtPayFilter, std::string ProviderNames);
+  // The same range in detail: the complete invoices by day (regular and
+  // lab billing), the invoice adjustments, applied payments and applied
+  // payment adjustments, and the change of the provider A/R.
+  void rptNonAgedAR(DateTime dtStart, DateTime dtEnd, std::string txtPayFilter,
+                    std::string txtInvFilter, std::string UserName, std::string ProviderNames);
   // ---- Production ----
   // Production figures of a period as one document, a section per flag in
   // the fixed order by provider, by overseer, summary, by category, summary

@@ -1,11 +1,15 @@
-// Month-end figures of provider receivables: the day-by-day analysis of
+// Month-end figures of provider receivables: the detailed list of
+// invoices and applied money of a range, and the day-by-day analysis of
 // fees, invoice adjustments and applied money with the running A/R.
+#include <map>
 #include <string>
+#include <vector>
 
 #include "accounts/account_model.h"
 #include "common/common_functions.h"
 #include "common/currency.h"
 #include "common/format.h"
+#include "common/vbstrings.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
@@ -193,6 +197,212 @@ void clsReports::rptMonthEndAnalysis(DateTime fromdate, DateTime todate, std::st
     vsp.Text("A/R Change = Invoices Total - Invoice Adjustments - (Applied Payments + Applied "
              "Payment Adjustments)");
     vsp.Text("This report is a summary version of of the Month End Analysis - Detailed Report.");
+    vsp.FontSize(10);
+    PrintPageFooters(kPrintedBy);
+    vsp.EndDoc();
+    Form().Show();
+  });
+}
+
+
+void clsReports::rptNonAgedAR(DateTime dtStart, DateTime dtEnd, std::string txtPayFilter,
+                              std::string txtInvFilter, std::string UserName,
+                              std::string ProviderNames) {
+  const db::Snapshot snapshot(conn_);
+  Trap("An Error has occurred in Sub rptNonAgedAR in Class clsReports", [&] {
+    frame::PrintSurface& vsp = VSP();
+    clsCommonFunctions& cf = Common();
+    // The invoices take txtInvFilter, over the invoice's provider (a bare
+    // "ProviderID" is read as the invoice's); the three sections of
+    // applied money take txtPayFilter, over the invoice it was applied to.
+    const std::string inv =
+        AndTerm(vb::Replace(vb::Replace(txtInvFilter, "Invoices.ProviderID", "ProviderID"),
+                            "ProviderID", "Invoices.ProviderID"));
+    const std::string pay = AndTerm(txtPayFilter);
+    const std::string start = dtStart.ToIsoDate();
+    const std::string end = dtEnd.ToIsoDate();
+    const std::string range = Format(Variant(dtStart), "mmm/dd/yyyy") + " to " +
+                              Format(Variant(dtEnd), "mmm/dd/yyyy");
+    const auto money = [&](Currency c) { return cf.MyFormat(c, "Currency"); };
+
+    vsp.Orientation(0);
+    vsp.DocName("Month End Analysis Detailed Report");
+    vsp.StartDoc();
+    PrintReportHeading("Month End Analysis Detailed Report", UserName,
+                       "Range Selected: " + range);
+    vsp.TextAlign(7);
+    vsp.FontBold(true);
+    vsp.Text("For: " + ProviderNames);
+    vsp.FontBold(false);
+    vsp.TextAlign(0);
+
+    // ---- Section one: the complete invoices of the range by day ----
+    // The lines are read for the invoices of the range only.
+    db::Recordset invoices = Open(
+        "SHAPE {SELECT Invoices.[Invoice#], Invoices.ID, Invoices.[Date], Invoices.ProviderID, "
+        "Invoices.InvoiceTotal, Patient.ID AS PatID, Patient.Title, Patient.FirstName, "
+        "Patient.LastName, Invoices.PatientID, Employees.ID AS EmpID, Employees.LastName AS "
+        "DoctorName FROM Invoices INNER JOIN Patient ON Invoices.PatientID = Patient.ID INNER JOIN "
+        "Employees ON Invoices.ProviderID = Employees.ID WHERE [Date] >= '" + start +
+        "' AND [Date] <= '" + end + "'" + inv +
+        " and [Complete?] <> 0 ORDER BY Employees.LastName, Invoices.[Invoice#]}  AS ARInvoices "
+        "APPEND ({SELECT InvoiceID, Code, Cost FROM InvoiceDetails WHERE InvoiceID IN (SELECT ID "
+        "FROM Invoices WHERE [Date] >= '" + start + "' AND [Date] <= '" + end +
+        "')}  AS ARInvoiceDetails RELATE 'ID' TO 'InvoiceID') AS ARInvoiceDetails");
+    struct Row {
+      std::string cells;
+      Currency regular, lab;
+    };
+    std::map<double, std::vector<Row>> by_day;
+    for (; !invoices.Eof(); invoices.MoveNext()) {
+      Row row;
+      db::Recordset lines = invoices["ARInvoiceDetails"].Chapter();
+      for (; !lines.Eof(); lines.MoveNext()) {
+        // A lab fee and a lab credit both count as lab here.
+        const std::string code = cf.returnStr(lines["Code"].Value(), true);
+        const Currency cost = cf.ReturnCur(lines["Cost"].Value());
+        if (code.rfind("99", 0) == 0 || code.rfind("-99", 0) == 0) {
+          row.lab += cost;
+        } else {
+          row.regular += cost;
+        }
+      }
+      // An invoice entered without lines stands for its total, as on the
+      // summary report, so that the two reports' totals agree.
+      if (lines.RecordCount() == 0) row.regular = cf.ReturnCur(invoices["InvoiceTotal"].Value());
+      row.cells = frame::EscapeCell(cf.returnStr(invoices["Invoice#"].Value())) + "|" +
+                  frame::EscapeCell(cf.returnStr(invoices["DoctorName"].Value())) + "|" +
+                  frame::EscapeCell(cf.returnStr(invoices["FirstName"].Value()) + " " +
+                                    cf.returnStr(invoices["LastName"].Value())) +
+                  "|" + money(row.regular) + "|" + money(row.lab) + "|" +
+                  money(row.regular + row.lab) + ";";
+      by_day[CDate(invoices["Date"].Value()).DatePart().serial()].push_back(row);
+    }
+    vsp.FontBold(true);
+    vsp.AddTable("<6.5in", "", "Invoices", kHeaderColor);
+    vsp.KeepWithNext();
+    vsp.FontBold(false);
+    Currency regular_total, lab_total;
+    // Days without invoices print nothing: the summary report shows every
+    // day, this list the invoices.
+    for (const auto& [serial, rows] : by_day) {
+      const DateTime day(serial);
+      vsp.FontSize(10);
+      vsp.FontBold(true);
+      vsp.AddTable("<6.25in", "", Format(Variant(day), "MMM/d/yyyy"), 0);
+      vsp.KeepWithNext();
+      vsp.FontBold(false);
+      vsp.FontSize(8);
+      std::string body;
+      Currency regular, lab;
+      for (const Row& row : rows) {
+        body += row.cells;
+        regular += row.regular;
+        lab += row.lab;
+      }
+      vsp.AddTable(">.75in|<1in|<1.65in|>.95in|>.95in|>.95in",
+                   "Invoice#|Provider|Patient's Name|Regular Billing|Labs Billed|Total", body,
+                   kHeaderColor);
+      vsp.AddTable(">3.4in|>.95in|>.95in|>.95in", "",
+                   "Total for " + Format(Variant(day), "MMM/d/yyyy") + "|" + money(regular) + "|" +
+                       money(lab) + "|" + money(regular + lab),
+                   0);
+      regular_total += regular;
+      lab_total += lab;
+    }
+    const Currency invoices_total = regular_total + lab_total;
+    vsp.FontBold(true);
+    vsp.AddTable(">3.65in|>.95in|>.95in|>.95in", "",
+                 "Grand Total for " + range + "|" + money(regular_total) + "|" + money(lab_total) +
+                     "|" + money(invoices_total),
+                 0);
+    vsp.FontBold(false);
+
+    // ---- Sections two to four: the money applied in the range ----
+    const std::string select =
+        "SELECT InvoicePaymentDetails.Amount, InvoicePayments.PaymentName, InvoicePayments.[Check#], "
+        "InvoicePayments.CheckDate, PaymentTypes.Name AS PaymentType, Invoices.[Invoice#] FROM "
+        "InvoicePayments INNER JOIN InvoicePaymentDetails ON InvoicePayments.ID = "
+        "InvoicePaymentDetails.InvoicePaymentID INNER JOIN Invoices ON "
+        "InvoicePaymentDetails.InvoiceID = Invoices.ID INNER JOIN PaymentTypes ON "
+        "InvoicePayments.PaymentTypeID = PaymentTypes.ID WHERE ";
+    // A detail without a date of its own falls in the range by its cheque.
+    const std::string applied_in_range =
+        "((InvoicePaymentDetails.Date IS NULL AND CheckDate >= '" + start + "' and CheckDate <= '" +
+        end + "') OR (InvoicePaymentDetails.Date >= '" + start +
+        "' and InvoicePaymentDetails.Date <= '" + end + "'))";
+    const auto section = [&](const std::string& title, const std::string& sql,
+                             const char* format, const char* foot_format,
+                             const std::string& foot) {
+      db::Recordset rs = Open(sql + " ORDER BY InvoicePayments.CheckDate, Invoices.[Invoice#]",
+                              db::adOpenForwardOnly);
+      std::string body;
+      Currency sum;
+      for (; !rs.Eof(); rs.MoveNext()) {
+        const Currency amount = cf.ReturnCur(rs["Amount"].Value());
+        body += frame::EscapeCell(cf.returnStr(rs["Invoice#"].Value())) + "|" +
+                frame::EscapeCell(cf.returnStr(rs["Check#"].Value())) + "|" +
+                cf.ReturnFormatedDate(rs["CheckDate"].Value(), "mmm/dd/yyyy") + "|" +
+                frame::EscapeCell(cf.returnStr(rs["PaymentType"].Value())) + "|" +
+                frame::EscapeCell(
+                    cf.PursePaymentName(cf.returnStr(rs["PaymentName"].Value()), "Insurance")) +
+                "|" + money(amount) + ";";
+        sum += amount;
+      }
+      vsp.FontSize(10);
+      vsp.Text("");
+      vsp.FontBold(true);
+      vsp.AddTable("<6.5in", "", title, kHeaderColor);
+      vsp.KeepWithNext();
+      vsp.FontBold(false);
+      vsp.FontSize(8);
+      vsp.AddTable(format, "Invoice#|Check#|Check Date|Payment Type|Payee Name|Amount", body,
+                   kHeaderColor);
+      vsp.FontBold(true);
+      vsp.AddTable(foot_format, "", foot + "|" + money(sum), 0);
+      vsp.FontBold(false);
+      return sum;
+    };
+    const Currency invoice_adjustments = section(
+        "Invoice Adjustments",
+        select + "InvoicePaymentDetails.Date >= '" + start + "' and InvoicePaymentDetails.Date <= '" +
+            end + "'" + pay +
+            " AND ISNULL(PaymentTypes.[Adjustment?], 0) <> 0 AND ISNULL(PaymentTypes.[ToTotalPaid?], "
+            "0) = 0",
+        "^.9in|>.8in|<1in|<1.1in|<1.8in|>.9in", ">5.6in|>.9in", "Invoice Adjustment Total: ");
+    vsp.FontSize(10);
+    vsp.FontBold(true);
+    vsp.Text("Net Billing: " + money(invoices_total - invoice_adjustments));
+    const Currency payments =
+        section("Applied Payments",
+                select + applied_in_range + pay + " AND ISNULL(PaymentTypes.[Adjustment?], 0) = 0",
+                "^.8in|>.8in|<1in|<1.3in|<1.8in|>.8in", ">5.5in|>1in", "Applied Payments Total: ");
+    const Currency payment_adjustments = section(
+        "Applied Payment Adjustments",
+        select + applied_in_range + pay +
+            " AND ISNULL(PaymentTypes.[Adjustment?], 0) <> 0 and ISNULL(PaymentTypes.[ToTotalPaid?], "
+            "0) <> 0",
+        "^.8in|>.8in|<1in|<1.3in|<1.8in|>.8in", ">5.5in|>1in",
+        "Applied Payment Adjustments Total: ");
+    vsp.FontSize(10);
+    vsp.FontBold(true);
+    vsp.Text("Net Payments: " + money(payments + payment_adjustments));
+    vsp.Text("");
+    vsp.Text("Accounts receivable change over range selected: " +
+             money(invoices_total - invoice_adjustments - (payments + payment_adjustments)));
+    vsp.Text("");
+    vsp.Text("Notes: ");
+    vsp.FontBold(false);
+    vsp.FontSize(8);
+    vsp.Text("This report only includes APPLIED payments. Credits will be applied on the day that "
+             "they were applied.");
+    vsp.Text("This report does not include incomplete invoices.");
+    vsp.Text("Note that A/R on this report refers to Provider A/R, not Practice A/R.");
+    vsp.Text("A/R Change = Invoices Total - Invoice Adjustments - (Applied Payments + Applied "
+             "Payment Adjustments)");
+    vsp.Text("This report is a detailed version of the Month End Analysis Report and as such the "
+             "numbers presented here will directly equate to the numbers on the Month End "
+             "Analysis Report.");
     vsp.FontSize(10);
     PrintPageFooters(kPrintedBy);
     vsp.EndDoc();

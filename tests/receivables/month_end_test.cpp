@@ -14,13 +14,14 @@ class MonthEnd : public CashInTest {
  protected:
   std::string Rows() const override {
     // Lines 99111 (lab) and -99111 (a lab credit, which this report does
-    // not read as lab); 20 of the write-off applied to the invoice.
+    // not read as lab); 20 of the write-off applied to the invoice, and 50
+    // of cheque 103 (of the 10th) applied without a date of its own.
     return std::string(kCashInRows) + kSectionRows + R"sql(
 INSERT INTO InvoiceDetails (ID, InvoiceID, Code, Cost, Status, [Date], EntryDate, ProviderID)
  VALUES (3322, 332, '99111', 30, 'Complete', '2026-03-11 00:00:00', '2026-03-11 00:00:00', 21),
         (3323, 332, '-99111', -10, 'Complete', '2026-03-11 00:00:00', '2026-03-11 00:00:00', 21);
 INSERT INTO InvoicePaymentDetails (ID, InvoicePaymentID, InvoiceID, Amount, [Date]) VALUES
- (3301, 119, 332, 20, '2026-03-11 00:00:00');
+ (3301, 119, 332, 20, '2026-03-11 00:00:00'), (3302, 103, 332, 50, NULL);
 )sql";
   }
 };
@@ -53,6 +54,33 @@ TEST_F(MonthEnd, IdleDaysPrintDashesAndCarryTheReceivable) {
   }
   // Nothing of the provider before March: the opening is 0.
   EXPECT_EQ(LineWith("Opening A/R: "), "Opening A/R: 0.00");
+}
+
+// The detailed list reads the lines: the -99 credit is lab here, and the
+// undated detail of cheque 103 falls in the range by its cheque's date.
+TEST_F(MonthEnd, DetailedListOfTheRange) {
+  reports.rptNonAgedAR(Mar(10), Mar(12), "", "", "Ana", "Ana Ng");
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  struct Case {
+    const char* name;
+    const char* part;
+    const char* line;
+  } const cases[] = {
+      {"invoice row", "1320 Ng", "1320 Ng Claire Tremblay 80.00 20.00 100.00"},
+      {"day total", "Total for Mar/11", "Total for Mar/11/2026 80.00 20.00 100.00"},
+      {"grand total", "Grand Total for", "Grand Total for Mar/10/2026 to Mar/12/2026 80.00 20.00 100.00"},
+      {"invoice adjustments", "Invoice Adjustment Total", "Invoice Adjustment Total: 20.00"},
+      {"net billing", "Net Billing", "Net Billing: 80.00"},
+      {"undated detail by its cheque", "Applied Payments Total", "Applied Payments Total: 50.00"},
+      {"net payments", "Net Payments", "Net Payments: 50.00"},
+      {"change", "Accounts receivable change", "Accounts receivable change over range selected: 30.00"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(LineWith(c.part), c.line);
+  }
+  // The incomplete invoice 1310 is not listed.
+  EXPECT_EQ(LineWith("1310"), "");
 }
 
 }  // namespace
