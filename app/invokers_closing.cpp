@@ -97,5 +97,11 @@ InvokerRegistrar non_aged_ar("rptNonAgedAR", [](clsReports& r, const MethodArgs&
   return Variant();
 });
 
+InvokerRegistrar month_end_summary("rptMonthEndSummary", [](clsReports& r, const MethodArgs& a) {
+  std::vector<int32_t> ids = a.LongArray(5);
+  r.rptMonthEndSummary(a.Date(0), a.Date(1), a.Str(2), a.Str(3), a.Str(4), ids);
+  return Variant();
+});
+
 }  // namespace
 }  // namespace orv::app

@@ -295,6 +295,13 @@ class clsReports {
   // payment adjustments, and the change of the provider A/R.
   void rptNonAgedAR(DateTime dtStart, DateTime dtEnd, std::string txtPayFilter,
                     std::string txtInvFilter, std::string UserName, std::string ProviderNames);
+  // Month by month from `StartDate`: production, collection, new-patient
+  // examinations, the running A/R and the expenses of each bank account
+  // against production. `ProviderID` lists the providers (empty: by
+  // txtInvFilter, "" for the whole practice).
+  void rptMonthEndSummary(DateTime StartDate, DateTime Enddate, std::string txtInvFilter,
+                          std::string txtPayFilter, std::string ProviderNames,
+                          std::vector<int32_t>& ProviderID);
   // ---- Production ----
   // Production figures of a period as one document, a section per flag in
   // the fixed order by provider, by overseer, summary, by category, summary

@@ -410,4 +410,173 @@ void clsReports::rptNonAgedAR(DateTime dtStart, DateTime dtEnd, std::string txtP
   });
 }
 
+
+namespace {
+// The new-patient examination codes counted in the NPE column.
+constexpr const char* kNewPatientExamCodes[] = {"01101", "01102", "01103"};
+}  // namespace
+
+void clsReports::rptMonthEndSummary(DateTime StartDate, DateTime Enddate, std::string txtInvFilter,
+                                    std::string txtPayFilter, std::string ProviderNames,
+                                    std::vector<int32_t>& ProviderID) {
+  const db::Snapshot snapshot(conn_);
+  Trap("An Error has occurred in Sub rptMonthEndSummary in Class clsReports", [&] {
+    frame::PrintSurface& vsp = VSP();
+    clsCommonFunctions& cf = Common();
+    AccountModel model(conn(), InterestRate);
+    const std::string start = StartDate.ToIsoDate();
+    const std::string end = Enddate.ToIsoDate();
+    const auto money = [&](Currency c) { return cf.MyFormat(c, "Currency"); };
+    // The invoices of the providers in `ProviderID`, or of txtInvFilter
+    // when the list is empty; the applied money by txtPayFilter (over the
+    // invoice it was applied to). "" or "0" is the whole practice.
+    const auto invoice_term = [&](const std::string& a, const std::string& b) {
+      const std::string dates = "Invoices.[Date] >= '" + a + "' AND Invoices.[Date] <= '" + b + "'";
+      if (ProviderID.empty()) return "(" + dates + ")" + AndTerm(txtInvFilter);
+      std::string clause;
+      for (int32_t id : ProviderID) {
+        clause += std::string(clause.empty() ? "" : " OR ") + "(Invoices.ProviderID = " +
+                  std::to_string(id) + " AND (" + dates + "))";
+      }
+      return "(" + clause + ")";
+    };
+    const std::string pay_where = AndTerm(txtPayFilter);
+
+    // The accounts with expenses in the range each get two columns.
+    db::Recordset accounts = Open(
+        "SELECT DISTINCT Accounts.ID, Accounts.Name FROM Accounts INNER JOIN AccountsPayable ON "
+        "AccountsPayable.AccountID = Accounts.ID WHERE AccountsPayable.[Date] >= '" + start +
+        "' AND AccountsPayable.[Date] <= '" + end + "' ORDER BY Accounts.ID");
+    std::vector<std::pair<std::string, std::string>> account_list;  // id, name
+    for (; !accounts.Eof(); accounts.MoveNext()) {
+      account_list.emplace_back(cf.returnStr(accounts["ID"].Value()),
+                                cf.returnStr(accounts["Name"].Value()));
+    }
+    std::string format = "<1in|>1.3in|>1.3in|>1in|>1.3in";
+    std::string header = "Month|Production|Collection|NPE|AR";
+    for (const auto& account : account_list) {
+      format += "|>1in|>1in";
+      header += "|" + frame::EscapeCell(account.second) + "|% Prod";
+    }
+    format += "|>1in|>1in|>1in";
+    header += "|Total Expenses|% of Prod|% of Receipts";
+
+    // The opening A/R: what the complete invoices before the start stood
+    // for then, less the payments before the start that reached them.
+    Currency ar;
+    {
+      const std::string eve = DateTime(StartDate.DatePart().serial() - 1).ToIsoDate();
+      db::Recordset before = Open(
+          "SELECT Invoices.ID, Invoices.[Date], Invoices.InvoiceTotal, Invoices.[Complete?], "
+          "Invoices.InvoiceFinalTotal FROM Invoices WHERE " + invoice_term("1900-01-01", eve) +
+          " and [Complete?] <> 0");
+      const Variant eve_date(DateTime(StartDate.DatePart().serial() - 1));
+      for (; !before.Eof(); before.MoveNext()) {
+        ar += model.ReturnInvoiceAmount(static_cast<int32_t>(cf.ReturnVal(before["ID"].Value())),
+                                        eve_date, &before);
+      }
+      db::Recordset paid = Open(
+          "SELECT SUM(InvoicePayments.[Value]) AS theTotal FROM InvoicePayments WHERE CheckDate < '" +
+          start + "' AND EXISTS (SELECT 1 FROM InvoicePaymentDetails INNER JOIN Invoices ON "
+          "InvoicePaymentDetails.InvoiceID = Invoices.ID WHERE "
+          "InvoicePaymentDetails.InvoicePaymentID = InvoicePayments.ID" + pay_where + ")");
+      if (!paid.Eof()) ar -= cf.ReturnCur(paid["theTotal"].Value());
+    }
+
+    vsp.Orientation(1);
+    vsp.DocName("Month End Summary");
+    vsp.StartDoc();
+    PrintReportHeading("Month End Summary", "",
+                       "For :" + ProviderNames + "   " + Format(Variant(StartDate), "mmm/dd/yyyy") +
+                           " to " + Format(Variant(Enddate), "mmm/dd/yyyy"));
+
+    // A month runs from its first day to the day before the same day of
+    // the next month; the last is cut at the end date. No day falls in
+    // two months.
+    std::string body;
+    Currency production_total, collection_total, expenses_total;
+    std::vector<Currency> account_totals(account_list.size());
+    long npe_total = 0;
+    for (DateTime a = StartDate.DatePart(); a <= Enddate.DatePart(); a = DateAdd("m", 1, a)) {
+      DateTime b = DateTime(DateAdd("m", 1, a).serial() - 1);
+      if (b > Enddate.DatePart()) b = Enddate.DatePart();
+      const std::string from = a.ToIsoDate();
+      const std::string to = b.ToIsoDate();
+      db::Recordset invoices = Open(
+          "SHAPE {SELECT ID, [Invoice#], ProviderID, [Date], InvoiceTotal FROM Invoices WHERE " +
+          invoice_term(from, to) + " and [Complete?] <> 0}  AS Invoices APPEND ({SELECT InvoiceID, "
+          "Code, Cost, [Date] FROM InvoiceDetails WHERE InvoiceID IN (SELECT ID FROM Invoices "
+          "WHERE " + invoice_term(from, to) + ")}  AS InvoiceDetails RELATE 'ID' TO 'InvoiceID') "
+          "AS InvoiceDetails");
+      Currency production;
+      long npe = 0;
+      for (; !invoices.Eof(); invoices.MoveNext()) {
+        production += cf.ReturnCur(invoices["InvoiceTotal"].Value());
+        db::Recordset lines = invoices["InvoiceDetails"].Chapter();
+        for (; !lines.Eof(); lines.MoveNext()) {
+          const std::string code = cf.returnStr(lines["Code"].Value(), true);
+          for (const char* npe_code : kNewPatientExamCodes) {
+            if (code == npe_code) ++npe;
+          }
+        }
+      }
+      // Collection: the money of the month's cheques that reached the
+      // filter's invoices, adjustments included.
+      db::Recordset collected = Open(
+          "SELECT SUM(InvoicePayments.[Value]) AS theTotal FROM InvoicePayments WHERE "
+          "InvoicePayments.CheckDate >= '" + from + "' AND InvoicePayments.CheckDate <= '" + to +
+          "' AND EXISTS (SELECT 1 FROM InvoicePaymentDetails INNER JOIN Invoices ON "
+          "InvoicePaymentDetails.InvoiceID = Invoices.ID WHERE "
+          "InvoicePaymentDetails.InvoicePaymentID = InvoicePayments.ID" + pay_where + ")");
+      const Currency collection = collected.Eof() ? Currency() : cf.ReturnCur(collected["theTotal"].Value());
+      ar = ar + production - collection;
+      std::string row = Format(Variant(a), "mmmm yyyy") + "|" + money(production) + "|" +
+                        money(collection) + "|" + std::to_string(npe) + "|" + money(ar);
+      Currency expenses;
+      for (size_t i = 0; i < account_list.size(); ++i) {
+        db::Recordset ap = Open("SELECT SUM(Amount) AS theTotal FROM AccountsPayable WHERE "
+                                "AccountID = " + account_list[i].first + " AND [Date] >= '" + from +
+                                "' AND [Date] <= '" + to + "'");
+        const Currency spent = ap.Eof() ? Currency() : cf.ReturnCur(ap["theTotal"].Value());
+        row += "|" + money(spent) + "|" + ReturnPercent(Variant(spent), Variant(production));
+        expenses += spent;
+        account_totals[i] += spent;
+      }
+      row += "|" + money(expenses) + "|" + ReturnPercent(Variant(expenses), Variant(production)) +
+             "|" + ReturnPercent(Variant(expenses), Variant(collection)) + ";";
+      body += row;
+      production_total += production;
+      collection_total += collection;
+      expenses_total += expenses;
+      npe_total += npe;
+      Host().DoEvents();
+    }
+    body += "Totals|" + money(production_total) + "|" + money(collection_total) + "|" +
+            std::to_string(npe_total) + "|" + money(ar);
+    for (size_t i = 0; i < account_list.size(); ++i) {
+      body += "|" + money(account_totals[i]) + "|" +
+              ReturnPercent(Variant(account_totals[i]), Variant(production_total));
+    }
+    body += "|" + money(expenses_total) + "|" +
+            ReturnPercent(Variant(expenses_total), Variant(production_total)) + "|" +
+            ReturnPercent(Variant(expenses_total), Variant(collection_total));
+    vsp.FontSize(8);
+    vsp.AddTable(format, header, body, kHeaderColor);
+    vsp.FontSize(10);
+    vsp.Text("");
+    vsp.FontBold(true);
+    vsp.Text("Notes: ");
+    vsp.FontBold(false);
+    vsp.FontSize(8);
+    vsp.Text("To have the collection total for a given month balance with the detailed figures for "
+             "that month on the month end analysis report please take the adjustment total and the "
+             "receipt total on that report and total them together.  The collection figure on this "
+             "report includes adjustments.");
+    vsp.FontSize(10);
+    PrintPageFooters(kPrintedBy);
+    vsp.EndDoc();
+    Form().Show();
+  });
+}
+
 }  // namespace orv

@@ -83,5 +83,19 @@ TEST_F(MonthEnd, DetailedListOfTheRange) {
   EXPECT_EQ(LineWith("1310"), "");
 }
 
+// Months step from the start day: Feb 11 to Mar 10, then Mar 11 to Apr
+// 10. Cheque 103 of Mar 10 is February's collection, invoice 1320 and the
+// write-off of Mar 11 are March's; the provider had nothing before.
+TEST_F(MonthEnd, SummaryMonthsEndTheDayBeforeTheNextBegins) {
+  std::vector<int32_t> providers{21};
+  reports.rptMonthEndSummary(Day(2026, 2, 11), Day(2026, 4, 10), "", "Invoices.ProviderID = 21",
+                             "Ana Ng", providers);
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(LineWith("February 2026"), "February 2026 0.00 200.00 0 -200.00 0.00 0.00% 0.00%");
+  EXPECT_EQ(LineWith("March 2026"), "March 2026 80.00 -50.00 0 -70.00 0.00 0.00% 0.00%");
+  EXPECT_EQ(LineWith("April 2026"), "");
+  EXPECT_EQ(LineWith("Totals"), "Totals 80.00 150.00 0 -70.00 0.00 0.00% 0.00%");
+}
+
 }  // namespace
 }  // namespace orv::testing
