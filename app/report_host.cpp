@@ -231,7 +231,7 @@ Variant RunInOwnDocument(clsReports& reports, PreviewForm& form, const MethodSig
   vsp.Orientation(0);
   vsp.DocName(title);
   vsp.StartDoc();
-  reports.PrintReportHeading(title, user, "");
+  if (!sig.heads_itself) reports.PrintReportHeading(title, user, "");
   Variant result = invoker(reports, margs);
   reports.PrintPageFooters(kPrintedBy);
   vsp.EndDoc();
@@ -424,12 +424,22 @@ int RunReportHost(const std::vector<std::string>& args) {
     if (form.ShowCount() == 0 && form.PrintCount() == 0 && form.VSP.PageCount() > 0) form.Show();
     form.CommitWrites();
     const auto& files = form.WrittenFiles();
+    // A report that ends without a word and without a document (the
+    // predetermination forms do so on an error) still failed for the script.
+    if (result.IsEmpty() && files.empty() && form.VSP.PageCount() == 0) {
+      Say("orvenda-reports: " + std::string(sig->name) + " produced no document");
+      return 1;
+    }
     int pages = form.VSP.PageCount();
     std::string count = std::to_string(pages) + " page" + (pages == 1 ? "" : "s");
     if (files.size() == 1)
       Say("wrote " + files.front() + " (" + count + ")");
     else if (files.size() > 1)
       Say("wrote " + count + ": " + files.front() + " ... " + files.back());
+    // Some methods draw nothing by design (entries kept for older hosts, a
+    // slip without its appointment): say so rather than stay silent.
+    else if (result.IsEmpty())
+      Say(std::string(sig->name) + " drew nothing; no file was written");
   } catch (const ReportError& e) {
     form.DiscardWrites();
     Say("\norvenda-reports: " + std::string(sig->name) + " failed: " + e.description());

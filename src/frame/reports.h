@@ -97,6 +97,42 @@ class clsReports {
   // Whether FamilyAppointmentsSummary would draw anything for `ID`.
   bool FamilyHasComingAppointments(int32_t ID);
 
+  // ---- The appointment report set ----
+  // Chains the sections whose flags are set, always in the order: day book,
+  // reschedules, incomplete, planned, treatment plans, operatory, booking;
+  // each after a new page but the first. `ProviderNames` is a provider
+  // filter ("ProviderID = 3 OR ProviderID = 5"; "" or "0": all).
+  // `Category` a ProcedureCategories.ID, 0 for all.
+  void rptAppointmentReports(bool blnApp, bool blnAppIncomplete, bool blnAppPlanned,
+                             bool blnAppReschedules, bool blnTreatmentPlans, bool blnOperatory,
+                             bool blnBooking, DateTime dtStart, DateTime dtEnd, std::string UserName,
+                             std::string ProviderNames, int32_t Category);
+  // The sections, drawn into the running document. `Complete` true lists
+  // only appointments not yet complete.
+  void srptAppointments(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                        int32_t Category = 0, bool Complete = false);
+  void srptOperatoryList(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd,
+                         int32_t Category);
+  void srptPlannedAppointmentsList(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd,
+                                   int32_t Category = 0);
+  void srptTreatmentPlansOutstanding(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd);
+  void srptAppointmentReschedules(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd);
+  // Units available and booked per provider and per team member, this
+  // period and the same period a year before.
+  void srptBookingDiagnostics(DateTime dtStart, DateTime dtEnd);
+  // Every patient's appointments; `txtfilter` a condition on Patient.
+  void rptAppointmentsByPatient(std::string txtfilter, std::string UserName);
+  // Entries kept for hosts that call them: they draw nothing.
+  void rptRescheduleAnalysis(int16_t theType, std::string Header);
+  void OverDueTreatmentPlans(DateTime StartDate, DateTime Enddate, std::string Header);
+  // One page for one day: a column per provider, a row per booking unit.
+  // Goes to the printer; the form's IsDaySheet is true during the run.
+  void rptDaySheet(DateTime theDate, std::vector<int32_t>& Providers, std::string UserName,
+                   std::string OfficeName);
+  // The slip that travels with the patient on the day of the appointment;
+  // `txtfilter` the condition after " where " of the appointment query.
+  void rptRoutingSlip(std::string txtfilter, std::string UserName);
+
   // ---- Invoices, receipts and bulk statements ----
   // One invoice on the office letterhead, addressed to the patient or, for a
   // minor with a primary holder, to the holder; previewed. An unknown
@@ -177,6 +213,35 @@ class clsReports {
   // `OfficeAddress` and `OfficeName` are accepted and not printed.
   void rptBillingByClient(std::string UserName, std::string txtfilter, std::string OfficeAddress,
                           std::string OfficeName);
+
+  // ---- Compensation ----
+  // Pay for the period for each employee of `strEmployees` ("ID = 12 OR
+  // ID = 14", with the blank after each "="): the hourly form from the time
+  // clock for staff with no code split and no commission, otherwise the
+  // collections form (payments, overseen work, adjustments, lab deductions
+  // and the dentist's share). An ID the practice does not know stops the
+  // run with an error naming it. The document is ended, not shown.
+  void rptPayroll(std::string strEmployees, DateTime dtStart, DateTime dtEnd, std::string UserName);
+  // One employee's day-by-day monitor over the range, landscape, a page per
+  // month with its summary, then the range's summary. `UnitValue` is the
+  // money of one scheduled unit. Without hygiene company codes for the
+  // component's office it shows a message and makes no document.
+  void rptYearlyEmployeeSummary(int32_t ID, DateTime StartDate, DateTime Enddate, int16_t UnitValue);
+  // Production, cost and lab per month for each specialist of `SpecFilter`
+  // (a condition over Employees), three specialists a page, with each
+  // one's profit at the foot. `SpecNames` is printed under the title.
+  void rptSpecialistYearlySummary(std::string SpecFilter, std::string SpecNames, DateTime StartDate,
+                                  DateTime Enddate);
+  // The AccountID values of `Sql` with `ID` appended, joined by ","; on a
+  // failure, what was gathered so far.
+  std::string ReturnAccountList(const std::string& Sql, int32_t ID);
+  // The cells `FirstColumn` (from 1) to FirstColumn + ColumnCount - 1 of
+  // every row of a "|" and ";" table body, as a body of their own.
+  static std::string TableRowsOf(const std::string& Body, int32_t FirstColumn, int32_t ColumnCount);
+  // The white-on-grey bar over a payroll section, and the note spanning a
+  // section's `columns` where it has no rows.
+  void PayrollBar(const std::string& caption);
+  void PayrollNote(const std::string& format, const std::string& note, int columns);
 
   // ---- Period closing: detailed and summary analysis, applied payments ----
   // The views (`Byoption`) are 0 by provider, 1 by overseer, 2 by preferred
@@ -352,6 +417,39 @@ class clsReports {
   void rptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd, std::string txtfilter,
                                std::string UserName);
   void srptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd, std::string txtfilter);
+
+  // ---- Claim forms and insurance billing ----
+  // The dental claim form of one invoice (Invoices.ID), English or French,
+  // with the address of office `CurrentOfficeID`; printed at once.
+  // `InsuranceCompany` 0, 1, 2 reads the primary, secondary or tertiary
+  // assignment of the invoice; 3 prints the subscriber labels without values
+  // and pays the subscriber. An invoice, employer or mode the form cannot
+  // print shows the claim failure message and prints nothing.
+  void rptClaimForm(int32_t ID, int32_t CurrentOfficeID, int16_t InsuranceCompany = 0);
+  void rptClaimFormF(int32_t ID, int32_t CurrentOfficeID, int16_t InsuranceCompany = 0);
+  // The same form asking in advance for a proposed treatment
+  // (PatientPredTreatments.ID); `strFilter` ("" or "0": none) selects its
+  // lines. A treatment the form cannot print ends silently, printing nothing.
+  void rptPredClaimForm(int32_t ID, int32_t CurrentOfficeID, std::string strFilter);
+  void rptPredClaimFormF(int32_t ID, int32_t CurrentOfficeID, std::string strFilter);
+  // Per insurance company, what electronic claims billed and what their
+  // explanations of benefits returned; previewed.
+  void rptInsuranceBilling(std::string UserName);
+  // The insurer of an employer (Employers.InsuranceID); 0 for Null, blank,
+  // a value not above 0 or an employer not on file.
+  int32_t InsuranceOfEmployer(const Variant& EmployerID);
+
+  // ---- Treatment plans ----
+  // One proposed treatment (PatientPredTreatments.ID) as a letter in plain
+  // words on the patient's office letterhead, section by section with fees
+  // and, for a patient who assigned benefits, the insurance share; printed
+  // at once. `strFilter` ("" or "0": none) selects the lines; OfficeName
+  // and OfficeAddress are accepted and not used. Sets OfficeID to the
+  // patient's office.
+  void rptLaypersonTreatmentPlan(std::string OfficeName, std::string OfficeAddress, int32_t ID,
+                                 std::string strFilter);
+  void rptLaypersonTreatmentPlanF(std::string OfficeName, std::string OfficeAddress, int32_t ID,
+                                  std::string strFilter);
 
   // ---- For report code: private services of the component ----
   // (Public in C++ so that the report families in other folders, which are
