@@ -294,6 +294,79 @@ class clsReports {
   // overseer instead of provider.
   void rptIncomeByProvider(DateTime dtStartDate, DateTime dtEndDate, std::string strProviderFilter,
                            bool Overseeing, std::string UserName);
+  // ---- Period closing: cash in and the bank deposit ----
+  // Every payment of the period by type (bank deposit, then direct), with
+  // same-day reversals, the bulk cheques, reversals and refunds entered as
+  // adjustments, the cash and bank summaries and the bulk cheques split by
+  // patient. The period is by the money's date (CheckDate), bulk cheques by
+  // entry date. `txtfilter` / `AccountID` is "" (every account) or the term
+  // "AccountID = n".
+  void rptCashInDetailed(DateTime& dtStart, DateTime& dtEnd, std::string txtfilter,
+                         std::string UserName);
+  void srptCashInDetailed(DateTime dtStart, DateTime dtEnd, std::string AccountID,
+                          std::string UserName);
+  // One row per day with money (deposits direct and bank, NSF, reversals,
+  // refunds, net), the period's figures and the payment types' shares.
+  // `AccountID` is "" (every account) or a bare account number.
+  void rptCashInSummary(DateTime dtStart, DateTime dtEnd, std::string AccountID,
+                        std::string UserName);
+  void srptCashInSummary(DateTime dtStart, DateTime dtEnd, std::string AccountID,
+                         std::string UserName);
+  // The slip for the bank: the bank-deposit payments of the period by type,
+  // the bank bulk cheques, the grand total and a cash-count grid.
+  // `AccountID` below 1 is every account.
+  void rptBankDepositSlip(DateTime StartDate, DateTime Enddate, std::string UserName,
+                          int32_t AccountID);
+  void srptBankDepositSlip(DateTime StartDate, DateTime Enddate, std::string UserName,
+                           int32_t AccountID);
+  // Kept for hosts that call it: draws nothing, writes no file.
+  void rptAdjustmentReport(DateTime StartDate, DateTime Enddate, std::string UserName);
+  // "Account: " name, number and transit of the account `AccountID` (a
+  // bare number), or nothing when it is not on file.
+  void PrintAccountLine(const std::string& AccountID);
+  // ---- Period closing: small sections ----
+  // Every invoice not yet complete (the dates do not limit it) with its
+  // people and totals, and its lines' complete and in-progress sums.
+  // `txtfilter` is a condition over "ProviderID" ("" or "0": everyone).
+  void rptIncompleteInvoices(DateTime StartDate, DateTime Enddate, std::string OfficeName,
+                             std::string UserName, std::string txtfilter);
+  void srptIncompleteInvoices(std::string txtfilter);
+  // Invoices cancelled in the period, adjustments by type (not toward
+  // paid, then toward paid) and, per provider of `ProviderFilter` (a
+  // condition over "ID"), the money moved between providers.
+  void srptAdjustmentReport(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                            int16_t Byoption);
+  // The money moved away from and onto one provider, as the detailed
+  // analysis lists it, drawn under the adjustment report.
+  void srptAdjustmentReallocation(int32_t ProviderID, DateTime dtStart, DateTime dtEnd,
+                                  int16_t Byoption);
+  // EDI sends posted between the dates (whole days) with their responses,
+  // and counts of EOBs, acknowledgements and rejections.
+  void rptEDITransactions(DateTime DateFrom, DateTime DateTo, std::string UserName);
+  void srptEDITransactions(DateTime DateFrom, DateTime DateTo, std::string UserName);
+  // Patients who signed up between the dates, by preferred dentist.
+  void srptNewPatientReport(DateTime fromdate, DateTime todate);
+  // ---- Month-end figures ----
+  // Day by day from `fromdate` to `todate`: dental and lab fees, invoice
+  // adjustments, applied payments and payment adjustments, and the
+  // provider A/R running on from the opening; then the adjustment types
+  // and the interest collected. `txtInvFilter` (over the invoice) and
+  // `txtPayFilter` (over the invoice money was applied to) are SQL
+  // conditions, "" or "0" for the whole practice.
+  void rptMonthEndAnalysis(DateTime fromdate, DateTime todate, std::string txtInvFilter,
+                           std::string txtPayFilter, std::string ProviderNames);
+  // The same range in detail: the complete invoices by day (regular and
+  // lab billing), the invoice adjustments, applied payments and applied
+  // payment adjustments, and the change of the provider A/R.
+  void rptNonAgedAR(DateTime dtStart, DateTime dtEnd, std::string txtPayFilter,
+                    std::string txtInvFilter, std::string UserName, std::string ProviderNames);
+  // Month by month from `StartDate`: production, collection, new-patient
+  // examinations, the running A/R and the expenses of each bank account
+  // against production. `ProviderID` lists the providers (empty: by
+  // txtInvFilter, "" for the whole practice).
+  void rptMonthEndSummary(DateTime StartDate, DateTime Enddate, std::string txtInvFilter,
+                          std::string txtPayFilter, std::string ProviderNames,
+                          std::vector<int32_t>& ProviderID);
   // ---- Production ----
   // Production figures of a period as one document, a section per flag in
   // the fixed order by provider, by overseer, summary, by category, summary
