@@ -83,6 +83,34 @@ class clsReports {
                             bool ByEmployer = false, int32_t EmployerID = 0);
   void rptFeeGuide(int32_t ID, std::string UserName);
 
+  // ---- Labels and envelopes ----
+  // Sheets of 3 x 10 labels (2.55 x 0.89 in), 30 to a page, in last-name
+  // order; filters are conditions over the table ("" or "0": none).
+  void rptMailingLabels(std::string txtfilter);
+  // `Position` "top", "middle" or "bottom" aligns the name on its label;
+  // another word keeps the alignment in force.
+  void rptFolderLabels(std::string Position, std::string txtfilter);
+  // Printed with the printer dialog.
+  void rptReferringDentistMailingLabels(std::string txtfilter);
+  // One label per page after the page set-up dialog; a refusal prints
+  // nothing.
+  void rptMailingLabelsSinglePage(std::string txtfilter);
+  // One folder label per page: the name at the top, middle or bottom, or
+  // (`rptTwo`, landscape) twice on a folded tab, once upside down.
+  void rptFolderLabelsSingleSheet(std::string txtfilter, iPosition Position);
+  // One company 30 times on a sheet; an unknown company fails.
+  void rptInsuranceCompanyLabels(int32_t ID);
+  // No. 10 envelopes (9.5 x 4.125 in), one a page, after the printer
+  // dialog. A patient without an address stops the run with a message and
+  // nothing printed.
+  void rptPatientEnvelope(std::string txtfilter, bool ReturnAddress);
+  void rptInsuranceCompanyEnvelopes(std::string txtfilter);
+  // Printed with the printer dialog.
+  void rptReferringDentistMailingEnvelopes(std::string txtfilter);
+  // A small landscape label for one appointment, printed without the
+  // dialog once the printer dialog was confirmed.
+  void rptAppointmentCardLabel(int32_t AppointmentID);
+
   // ---- Appointment cards and family schedules ----
   void rptAppointmentCard(int32_t ID, std::string Header, std::string Footer, std::string OfficeName,
                           std::string OfficePhone, int16_t UnitMinutes, bool Assignment);

@@ -1,0 +1,50 @@
+// Invokers of the labels and envelopes.
+#include "frame/reports.h"
+#include "invokers.h"
+
+namespace orv::app {
+namespace {
+
+InvokerRegistrar mailing_labels("rptMailingLabels", [](clsReports& r, const MethodArgs& a) {
+  r.rptMailingLabels(a.Str(0));
+  return Variant();
+});
+InvokerRegistrar folder_labels("rptFolderLabels", [](clsReports& r, const MethodArgs& a) {
+  r.rptFolderLabels(a.Str(0), a.Str(1));
+  return Variant();
+});
+InvokerRegistrar dentist_labels("rptReferringDentistMailingLabels", [](clsReports& r, const MethodArgs& a) {
+  r.rptReferringDentistMailingLabels(a.Str(0));
+  return Variant();
+});
+InvokerRegistrar single_labels("rptMailingLabelsSinglePage", [](clsReports& r, const MethodArgs& a) {
+  r.rptMailingLabelsSinglePage(a.Str(0));
+  return Variant();
+});
+InvokerRegistrar folder_single("rptFolderLabelsSingleSheet", [](clsReports& r, const MethodArgs& a) {
+  r.rptFolderLabelsSingleSheet(a.Str(0), static_cast<iPosition>(a.Long(1)));
+  return Variant();
+});
+InvokerRegistrar company_labels("rptInsuranceCompanyLabels", [](clsReports& r, const MethodArgs& a) {
+  r.rptInsuranceCompanyLabels(a.Long(0));
+  return Variant();
+});
+InvokerRegistrar patient_envelope("rptPatientEnvelope", [](clsReports& r, const MethodArgs& a) {
+  r.rptPatientEnvelope(a.Str(0), a.Bool(1));
+  return Variant();
+});
+InvokerRegistrar company_envelopes("rptInsuranceCompanyEnvelopes", [](clsReports& r, const MethodArgs& a) {
+  r.rptInsuranceCompanyEnvelopes(a.Str(0));
+  return Variant();
+});
+InvokerRegistrar dentist_envelopes("rptReferringDentistMailingEnvelopes", [](clsReports& r, const MethodArgs& a) {
+  r.rptReferringDentistMailingEnvelopes(a.Str(0));
+  return Variant();
+});
+InvokerRegistrar card_label("rptAppointmentCardLabel", [](clsReports& r, const MethodArgs& a) {
+  r.rptAppointmentCardLabel(a.Long(0));
+  return Variant();
+});
+
+}  // namespace
+}  // namespace orv::app
