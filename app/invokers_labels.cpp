@@ -1,4 +1,4 @@
-// Invokers of the labels and envelopes.
+// Invokers of the labels, envelopes and letters.
 #include "frame/reports.h"
 #include "invokers.h"
 
@@ -43,6 +43,33 @@ InvokerRegistrar dentist_envelopes("rptReferringDentistMailingEnvelopes", [](cls
 });
 InvokerRegistrar card_label("rptAppointmentCardLabel", [](clsReports& r, const MethodArgs& a) {
   r.rptAppointmentCardLabel(a.Long(0));
+  return Variant();
+});
+
+}  // namespace
+}  // namespace orv::app
+
+namespace orv::app {
+namespace {
+
+InvokerRegistrar reactivation("rptReActivationLetter", [](clsReports& r, const MethodArgs& a) {
+  r.rptReActivationLetter(a.Str(0), a.Str(1), a.Str(2));
+  return Variant();
+});
+InvokerRegistrar no_show("rptNoShowLetter", [](clsReports& r, const MethodArgs& a) {
+  r.rptNoShowLetter(a.Long(0), a.Str(1), a.Var(2), a.Str(3), a.Str(4));
+  return Variant();
+});
+InvokerRegistrar referral("rptRefferalLetter", [](clsReports& r, const MethodArgs& a) {
+  r.rptRefferalLetter(a.Long(0), a.Given(1) ? std::optional<bool>(a.Bool(1)) : std::nullopt);
+  return Variant();
+});
+InvokerRegistrar new_patient("NewPatientLetter", [](clsReports& r, const MethodArgs& a) {
+  r.NewPatientLetter(a.Long(0), a.Str(1), a.Str(2));
+  return Variant();
+});
+InvokerRegistrar policy("OfficePolicyAcknowledgement", [](clsReports& r, const MethodArgs& a) {
+  r.OfficePolicyAcknowledgement(a.Long(0), a.Long(1));
   return Variant();
 });
 

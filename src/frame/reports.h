@@ -111,6 +111,23 @@ class clsReports {
   // dialog once the printer dialog was confirmed.
   void rptAppointmentCardLabel(int32_t AppointmentID);
 
+  // ---- Letters (printed; each sets its patient on `Patient()` and takes
+  // the patient's office as `OfficeID`, which stays set after the run) ----
+  // A letter to each patient of the filter not seen this calendar month,
+  // with a return slip; each letter ends with a new page.
+  void rptReActivationLetter(std::string txtfilter, std::string OfficeName, std::string Header);
+  // After a missed appointment (PatientAppointments.ID); a patient under 18
+  // with a primary holder gets the guardian's letter.
+  void rptNoShowLetter(int32_t ID, std::string SignedBy, Variant Body, std::string OfficeName,
+                       std::string Header);
+  // Thanks to whoever referred the patient; `IsDentist` true takes the
+  // office's letter to dentists, anything else the one to patients.
+  void rptRefferalLetter(int32_t ID, std::optional<bool> IsDentist = std::nullopt);
+  // A welcome letter, printed whatever the page set-up box answers.
+  void NewPatientLetter(int32_t ID, std::string LetterBody, std::string OfficeName);
+  // The patient's details and the office's policies, to sign.
+  void OfficePolicyAcknowledgement(int32_t PatientID, int32_t OfficeID);
+
   // ---- Appointment cards and family schedules ----
   void rptAppointmentCard(int32_t ID, std::string Header, std::string Footer, std::string OfficeName,
                           std::string OfficePhone, int16_t UnitMinutes, bool Assignment);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "common/common_functions.h"
+#include "common/datetime.h"
 #include "platform/db/recordset.h"
 
 namespace orv::lists {
@@ -35,5 +36,9 @@ inline std::string AddressBlock(clsCommonFunctions& cf, const db::Recordset& rs,
           cf.returnStr(rs[postal].Value());
   return text;
 }
+
+// How long since the last visit, as the reactivation letter says it:
+// "2 years", "1 year", "11 months", "1 month", "0 month".
+std::string ReactivationGap(DateTime last_visit, DateTime today);
 
 }  // namespace orv::lists
