@@ -1,4 +1,4 @@
-// Invokers of the labels, envelopes and letters.
+// Invokers of the labels, envelopes, letters, notes and memos.
 #include "frame/reports.h"
 #include "invokers.h"
 
@@ -71,6 +71,28 @@ InvokerRegistrar new_patient("NewPatientLetter", [](clsReports& r, const MethodA
 InvokerRegistrar policy("OfficePolicyAcknowledgement", [](clsReports& r, const MethodArgs& a) {
   r.OfficePolicyAcknowledgement(a.Long(0), a.Long(1));
   return Variant();
+});
+
+}  // namespace
+}  // namespace orv::app
+
+namespace orv::app {
+namespace {
+
+InvokerRegistrar notes_list("rptProgressNotesList", [](clsReports& r, const MethodArgs&) {
+  r.rptProgressNotesList();
+  return Variant();
+});
+InvokerRegistrar memos("rptMemos", [](clsReports& r, const MethodArgs& a) {
+  r.rptMemos(a.Str(0), a.Date(1), a.Str(2));
+  return Variant();
+});
+InvokerRegistrar prescriptions("rptPrescriptions", [](clsReports& r, const MethodArgs& a) {
+  r.rptPrescriptions(a.Long(0), a.Str(1), a.Str(2));
+  return Variant();
+});
+InvokerRegistrar todo("ToDoEmail", [](clsReports& r, const MethodArgs& a) {
+  return Variant(r.ToDoEmail(a.Long(0)));
 });
 
 }  // namespace

@@ -128,6 +128,18 @@ class clsReports {
   // The patient's details and the office's policies, to sign.
   void OfficePolicyAcknowledgement(int32_t PatientID, int32_t OfficeID);
 
+  // ---- Notes and memos ----
+  // Progress notes not complete whose reminder date has come (Type above
+  // 1), by doctor; previewed.
+  void rptProgressNotesList();
+  // One page per memo of the filter ("" or "0": all), printed.
+  void rptMemos(std::string txtfilter, DateTime printDate, std::string UserName);
+  // One prescription with its lines, printed; sets the patient's office.
+  void rptPrescriptions(int32_t ID, std::string Header, std::string OfficeName);
+  // -1 when memos are due for the user or for everyone (drawing them on
+  // the surface, unshown), else 0 with nothing drawn.
+  int16_t ToDoEmail(int32_t UserID);
+
   // ---- Appointment cards and family schedules ----
   void rptAppointmentCard(int32_t ID, std::string Header, std::string Footer, std::string OfficeName,
                           std::string OfficePhone, int16_t UnitMinutes, bool Assignment);

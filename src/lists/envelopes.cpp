@@ -105,9 +105,9 @@ void clsReports::rptInsuranceCompanyEnvelopes(std::string txtfilter) {
   EnvelopePage(vsp, "Insurance Company Envelope", true);
   if (vsp.PrintDialog(0) == 0) return;
   txtfilter = NoZeroFilter(txtfilter);
-  db::Recordset rs = Open(txtfilter.empty() ? "Select * from InsuranceCompany ORDER BY CompanyName"
+  db::Recordset rs = Open(txtfilter.empty() ? "Select * from InsuranceCompany ORDER BY CompanyName, ID"
                                             : "Select * from InsuranceCompany WHERE " + txtfilter +
-                                                  " ORDER BY CompanyName");
+                                                  " ORDER BY CompanyName, ID");
   const std::string from = ReturnAddressText(*this);
   vsp.FontSize(10);
   vsp.StartDoc();
@@ -129,9 +129,9 @@ void clsReports::rptReferringDentistMailingEnvelopes(std::string txtfilter) {
   clsCommonFunctions& cf = Common();
   EnvelopePage(vsp, "Referring Dentist Envelope", false);
   txtfilter = NoZeroFilter(txtfilter);
-  db::Recordset rs = Open(txtfilter.empty() ? "Select * from ReferringDentists ORDER BY LastName"
+  db::Recordset rs = Open(txtfilter.empty() ? "Select * from ReferringDentists ORDER BY LastName, Name, ID"
                                             : "Select * from ReferringDentists WHERE " + txtfilter +
-                                                  " ORDER BY LastName");
+                                                  " ORDER BY LastName, Name, ID");
   const std::string from = ReturnAddressText(*this);
   vsp.FontSize(10);
   vsp.StartDoc();

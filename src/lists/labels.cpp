@@ -47,10 +47,12 @@ class LabelSheet {
 };
 
 // The patient label statement of the sheet and of the one-per-page runs.
+// Patients sharing a last name follow by first name and ID, so that every
+// run, on either engine, fills the sheet in the same order.
 std::string PatientLabelSql(const std::string& txtfilter) {
-  return txtfilter.empty() ? "Select Title, FirstName, LastName, Address FROM Patient ORDER BY LastName"
+  return txtfilter.empty() ? "Select Title, FirstName, LastName, Address FROM Patient ORDER BY LastName, FirstName, ID"
                            : "Select Title, FirstName, LastName, Address FROM Patient WHERE " +
-                                 txtfilter + " ORDER BY LastName";
+                                 txtfilter + " ORDER BY LastName, FirstName, ID";
 }
 
 std::string PatientLabelText(clsCommonFunctions& cf, const db::Recordset& rs) {
@@ -87,9 +89,9 @@ void clsReports::rptFolderLabels(std::string Position, std::string txtfilter) {
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);
-  db::Recordset rs = Open(txtfilter.empty() ? "Select FullName, LastName FROM Patient ORDER BY LastName"
+  db::Recordset rs = Open(txtfilter.empty() ? "Select FullName, LastName FROM Patient ORDER BY LastName, FirstName, ID"
                                             : "Select FullName, LastName FROM Patient where " +
-                                                  txtfilter + " ORDER BY LastName");
+                                                  txtfilter + " ORDER BY LastName, FirstName, ID");
   vsp.Orientation(0);
   vsp.StartDoc();
   // The three words as the desk's menu passes them; any other word leaves
@@ -112,9 +114,9 @@ void clsReports::rptReferringDentistMailingLabels(std::string txtfilter) {
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);
-  db::Recordset rs = Open(txtfilter.empty() ? "Select * from ReferringDentists ORDER BY LastName"
+  db::Recordset rs = Open(txtfilter.empty() ? "Select * from ReferringDentists ORDER BY LastName, Name, ID"
                                             : "Select * from ReferringDentists WHERE " + txtfilter +
-                                                  " ORDER BY LastName");
+                                                  " ORDER BY LastName, Name, ID");
   vsp.DocName("Referring Dentist Mailing Labels");
   vsp.Orientation(0);
   vsp.StartDoc();
