@@ -9,6 +9,10 @@
 #include <filesystem>
 #include <string>
 
+#include "frame/preview_form.h"
+#include "frame/reports.h"
+#include "platform/db/connection.h"
+#include "platform/host/host_services.h"
 #include "platform/practice/demo_practice.h"
 
 namespace orv::bench {
@@ -31,5 +35,23 @@ inline std::string WriteBenchPractice(const std::string& name, int patients) {
               std::chrono::duration<double>(std::chrono::steady_clock::now() - made).count());
   return path;
 }
+
+// The component as a host wires it for a benchmark: a connection to the
+// practice at `path`, a preview form that writes nothing, a host that
+// records its messages. Members are declared in the order they must outlive
+// one another.
+struct BenchComponent {
+  explicit BenchComponent(const std::string& path) {
+    conn.Open(path);
+    form.SetNotifier([](const std::string&) {});
+    reports.Connection(conn);
+    reports.SetPrintPreview(&form);
+    reports.SetHostServices(&host);
+  }
+  db::Connection conn;
+  PreviewForm form;
+  host::RecordingHost host;
+  clsReports reports;
+};
 
 }  // namespace orv::bench

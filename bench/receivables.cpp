@@ -22,6 +22,7 @@
 #include "platform/db/connection.h"
 #include "platform/host/host_services.h"
 #include "platform/practice/demo_practice.h"
+#include "bench_practice.h"
 #include "sql_time.h"
 
 int main(int argc, char** argv) {
@@ -37,15 +38,11 @@ int main(int argc, char** argv) {
   const practice::DemoSummary summary = practice::WriteDemoPracticeFile(path, options);
   Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
 
-  db::Connection conn;
-  conn.Open(path);
-  PreviewForm form;
-  form.SetNotifier([](const std::string&) {});
-  host::RecordingHost host;
-  clsReports reports;
-  reports.Connection(conn);
-  reports.SetPrintPreview(&form);
-  reports.SetHostServices(&host);
+  bench::BenchComponent run(path);
+  db::Connection& conn = run.conn;
+  PreviewForm& form = run.form;
+  host::RecordingHost& host = run.host;
+  clsReports& reports = run.reports;
 
   std::printf("practice: %lld patients, %lld invoices, %lld payments\n",
               static_cast<long long>(summary.patients), static_cast<long long>(summary.invoices),

@@ -271,6 +271,10 @@ void RenderNumber(const Section& sec, Decimal v, bool minus, const LocaleInfo& l
   // Integer digits, padded to the placeholders from the first '0'.
   std::string digits;
   for (int k = 0; k < v.point; ++k) digits += v.Digit(k);
+  // A zero scaled by '%' keeps its point two places on ("00"): leading
+  // zeros come only from the placeholders.
+  digits.erase(0, digits.find_first_not_of('0') == std::string::npos ? digits.size()
+                                                                      : digits.find_first_not_of('0'));
   if (static_cast<int>(digits.size()) < sec.min_int_digits)
     digits.insert(0, static_cast<size_t>(sec.min_int_digits) - digits.size(), '0');
   const int len = static_cast<int>(digits.size());

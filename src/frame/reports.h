@@ -235,6 +235,35 @@ class clsReports {
   void rptBillingByClient(std::string UserName, std::string txtfilter, std::string OfficeAddress,
                           std::string OfficeName);
 
+  // ---- Compensation ----
+  // Pay for the period for each employee of `strEmployees` ("ID = 12 OR
+  // ID = 14", with the blank after each "="): the hourly form from the time
+  // clock for staff with no code split and no commission, otherwise the
+  // collections form (payments, overseen work, adjustments, lab deductions
+  // and the dentist's share). An ID the practice does not know stops the
+  // run with an error naming it. The document is ended, not shown.
+  void rptPayroll(std::string strEmployees, DateTime dtStart, DateTime dtEnd, std::string UserName);
+  // One employee's day-by-day monitor over the range, landscape, a page per
+  // month with its summary, then the range's summary. `UnitValue` is the
+  // money of one scheduled unit. Without hygiene company codes for the
+  // component's office it shows a message and makes no document.
+  void rptYearlyEmployeeSummary(int32_t ID, DateTime StartDate, DateTime Enddate, int16_t UnitValue);
+  // Production, cost and lab per month for each specialist of `SpecFilter`
+  // (a condition over Employees), three specialists a page, with each
+  // one's profit at the foot. `SpecNames` is printed under the title.
+  void rptSpecialistYearlySummary(std::string SpecFilter, std::string SpecNames, DateTime StartDate,
+                                  DateTime Enddate);
+  // The AccountID values of `Sql` with `ID` appended, joined by ","; on a
+  // failure, what was gathered so far.
+  std::string ReturnAccountList(const std::string& Sql, int32_t ID);
+  // The cells `FirstColumn` (from 1) to FirstColumn + ColumnCount - 1 of
+  // every row of a "|" and ";" table body, as a body of their own.
+  static std::string TableRowsOf(const std::string& Body, int32_t FirstColumn, int32_t ColumnCount);
+  // The white-on-grey bar over a payroll section, and the note spanning a
+  // section's `columns` where it has no rows.
+  void PayrollBar(const std::string& caption);
+  void PayrollNote(const std::string& format, const std::string& note, int columns);
+
   // ---- Period closing: detailed and summary analysis, applied payments ----
   // The views (`Byoption`) are 0 by provider, 1 by overseer, 2 by preferred
   // doctor, 3 by date; any other value is refused with a ReportError before

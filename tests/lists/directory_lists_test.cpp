@@ -50,7 +50,10 @@ TEST_F(DirectoryLists, FeeGuideRunsFromCallToPreview) {
   // Every detail row of the guide is printed, with its amount as currency.
   int rows = Count(conn, "SELECT COUNT(*) FROM FeeGuideDetails WHERE FeeGuideID = 1");
   ASSERT_GT(rows, 5);
-  EXPECT_EQ(static_cast<int>(std::count(text.begin(), text.end(), '$')) - 1, rows) << text;
+  // Every page that the table reaches repeats its header with its "($)".
+  int headers = 0;
+  for (size_t at = text.find("Amount($)"); at != std::string::npos; at = text.find("Amount($)", at + 1)) ++headers;
+  EXPECT_EQ(static_cast<int>(std::count(text.begin(), text.end(), '$')) - headers, rows) << text;
 
   // Progress after every row, rising to 100.
   ASSERT_EQ(progress.size(), static_cast<size_t>(rows));

@@ -4,11 +4,13 @@
 #include <optional>
 #include <unordered_map>
 
+#include "common/errors.h"
 #include "platform/db/connection_url.h"
 #include "platform/db/db_error.h"
 #include "platform/db/lookup_batch.h"
 #include "platform/db/shape.h"
 #include "platform/db/statement_cache.h"
+#include "platform/db/value_compare.h"
 
 namespace orv::db {
 
@@ -202,10 +204,54 @@ void Connection::RefreshSchema() {
 
 namespace {
 
+bool MentionsTable(const std::string& statement, const std::string& table) {
+  return Lower(statement).find(Lower(table)) != std::string::npos;
+}
+
+// A money value past the range of Currency stops the report. So that the
+// practice can mend the row, the message names where such a value is
+// stored: the money columns of the tables the statement names (of every
+// table when it names none that holds one) are searched for values out of
+// range, and the first few are given by table, column and key. A total
+// that overflows with every stored value in range is said as such.
+[[noreturn]] void FailMoneyOverflow(Engine& engine, const std::string& field, const std::string& statement) {
+  constexpr const char* kRange = "922337203685477.5807";
+  std::vector<TableDef> tables = engine.ListTables();
+  bool any_named = false;
+  for (const TableDef& t : tables)
+    for (const auto& c : t.columns)
+      if (c.kind == sql::ValueKind::Money && MentionsTable(statement, t.name)) any_named = true;
+  std::string found;
+  int count = 0;
+  for (const TableDef& t : tables) {
+    if (any_named && !MentionsTable(statement, t.name)) continue;
+    std::string key = t.primary_key.empty() ? "rowid" : t.primary_key[0];
+    for (const auto& c : t.columns) {
+      if (c.kind != sql::ValueKind::Money || count >= 3) continue;
+      std::string col = QuoteIdent(c.name);
+      auto stmt = engine.Prepare("SELECT " + QuoteIdent(key) + ", " + col + " FROM " + QuoteIdent(t.name) + " WHERE " +
+                                     col + " > " + kRange + " OR " + col + " < -" + kRange,
+                                 "looking for money out of range in " + t.name);
+      while (count < 3 && stmt->Step()) {
+        found += std::string(found.empty() ? "" : "; ") + "table " + t.name + ", column " + c.name + ", " + key +
+                 " " + CStr(stmt->Column(0)) + " holds " + CStr(stmt->Column(1));
+        ++count;
+      }
+    }
+  }
+  std::string where = found.empty()
+                          ? "the column " + field + " adds up to more than money holds"
+                          : "a stored money value is beyond what money holds (" + found + ")";
+  throw ReportError(kErrOverflow, "Overflow: " + where + "; money runs from -" + std::string(kRange) + " to " +
+                                      kRange + ", in statement: " + statement);
+}
+
 // The rows of a running statement (a cache lease or an engine statement),
-// typed by its translation's result columns.
+// typed by its translation's result columns. `engine` and `statement` serve
+// the message of a money value out of range.
 template <typename Running>
-std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr) {
+std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr, Engine& engine,
+                                    const std::string& statement) {
   auto rows = std::make_shared<RowSet>();
   int n = lease.ColumnCount();
   bool typed = static_cast<int>(tr.columns.size()) == n;
@@ -220,7 +266,13 @@ std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr) 
   while (lease.Step()) {
     std::vector<Variant> row;
     row.reserve(n);
-    for (int i = 0; i < n; ++i) row.push_back(ValueOfKind(lease.Column(i), rows->fields[i].kind));
+    for (int i = 0; i < n; ++i) {
+      try {
+        row.push_back(ValueOfKind(lease.Column(i), rows->fields[i].kind));
+      } catch (const OverflowError&) {
+        FailMoneyOverflow(engine, rows->fields[i].name, statement);
+      }
+    }
     rows->rows.push_back(std::move(row));
   }
   return rows;
@@ -232,7 +284,7 @@ std::shared_ptr<RowSet> ReadRows(StatementCache& cache, const std::string& state
   const sql::Translation& tr = lease.translation();
   if (!tr.is_query)
     throw DatabaseError("the statement returns no rows; run it with Execute: " + statement);
-  auto rows = CollectRows(lease, tr);
+  auto rows = CollectRows(lease, tr, cache.engine(), statement);
   lease.Done();
   return rows;
 }
@@ -349,7 +401,7 @@ std::shared_ptr<RowSet> Connection::Impl::ReadBatch(const sql::Translation& tr, 
   RunPlain("SAVEPOINT orv_lookup_batch");
   try {
     auto stmt = engine_->Prepare(tr.sql, original);
-    auto rows = CollectRows(*stmt, tr);
+    auto rows = CollectRows(*stmt, tr, *engine_, original);
     stmt->Reset();
     RunPlain("RELEASE SAVEPOINT orv_lookup_batch");
     return rows;

@@ -49,7 +49,7 @@ Variant Portable(Variant stored, sql::ValueKind kind) {
 }  // namespace
 
 CopySummary CopyDatabase(const std::string& from_url, const std::string& to_url, const CopyOptions& options) {
-  if (from_url == to_url) throw DatabaseError("copy-db: the source and the target are the same database");
+  if (from_url == to_url) throw DatabaseError("the source and the target are the same database");
   std::unique_ptr<Engine> from = OpenEngine(from_url);
   std::vector<TableDef> tables = from->ListTables();
 
@@ -69,9 +69,18 @@ CopySummary CopyDatabase(const std::string& from_url, const std::string& to_url,
     throw;
   }
 
+  // The same database under two spellings of its URL (a symlink, another
+  // host name, a parameter more) would drop the tables being read, or wait
+  // on its own locks: ask each engine what it is connected to.
+  std::string identity = to->Identity();
+  if (!identity.empty() && identity == from->Identity()) {
+    to.reset();
+    throw DatabaseError("the source and the target are the same database (" + from->Describe() + ")");
+  }
+
   std::vector<TableDef> existing = to->ListTables();
   if (!existing.empty() && !options.replace) {
-    throw DatabaseError("copy-db: the target " + to->Describe() + " already holds " +
+    throw DatabaseError("the target " + to->Describe() + " already holds " +
                         std::to_string(existing.size()) + " tables (" + existing.front().name +
                         ", ...); give --replace to overwrite them");
   }

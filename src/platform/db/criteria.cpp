@@ -54,8 +54,12 @@ class CriteriaParser {
   int ParseFactor() {
     Skip();
     if (p_ < t_.size() && t_[p_] == '(') {
+      if (depth_ == Criteria::kMaxNesting)
+        Fail("parentheses nest more than " + std::to_string(Criteria::kMaxNesting) + " levels deep");
       ++p_;
+      ++depth_;
       int inner = ParseOr();
+      --depth_;
       Skip();
       if (p_ >= t_.size() || t_[p_] != ')') Fail("a ')' is missing");
       ++p_;
@@ -147,6 +151,7 @@ class CriteriaParser {
   Criteria& c_;
   std::string_view t_;
   size_t p_ = 0;
+  int depth_ = 0;  // parentheses open
 };
 
 Criteria Criteria::Parse(std::string_view text) {
@@ -178,8 +183,17 @@ bool Criteria::Matches(const std::function<const Variant&(int)>& value) const {
 
 bool Criteria::Eval(int i, const std::function<const Variant&(int)>& value) const {
   const Node& n = nodes_[i];
-  if (n.op == Op::And) return Eval(n.left, value) && Eval(n.right, value);
-  if (n.op == Op::Or) return Eval(n.left, value) || Eval(n.right, value);
+  if (n.op == Op::And || n.op == Op::Or) {
+    // A chain of one operator leans left ((a AND b) AND c): its right
+    // operands are taken in a loop down the spine, so a list of thousands
+    // of conditions needs no stack. The comparisons have no side effects,
+    // so their order does not matter.
+    bool is_and = n.op == Op::And;
+    int k = i;
+    for (; nodes_[k].op == n.op; k = nodes_[k].left)
+      if (Eval(nodes_[k].right, value) != is_and) return !is_and;
+    return Eval(k, value);
+  }
   const Variant& v = value(n.index);
   bool is_null = v.IsNull() || v.IsEmpty();
   if (n.value.IsNull()) return n.op == Op::Eq ? is_null : !is_null;

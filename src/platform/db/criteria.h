@@ -25,8 +25,12 @@ namespace orv::db {
 
 class Criteria {
  public:
+  // Parentheses may nest this deep; AND and OR chains of any length are
+  // evaluated without recursion.
+  static constexpr int kMaxNesting = 100;
+
   // Parses `text`. Throws DatabaseError naming the text and the position of
-  // the fault.
+  // the fault, and for parentheses nested past kMaxNesting.
   static Criteria Parse(std::string_view text);
 
   // Resolves every field name to an index with `find_field` (returning -1 for

@@ -57,6 +57,10 @@ class Engine {
   // Names the database for messages: the file, or host, port and database
   // of a server. Never holds a password.
   virtual std::string Describe() const = 0;
+  // What the engine itself says the database is, the same however the URL
+  // spelled it (a server's instance and database, a file's device and
+  // inode); "" when it cannot tell (an in-memory database).
+  virtual std::string Identity() = 0;
 
   // Holds one consistent view of the database for the statements that
   // follow, until EndSnapshot. An engine whose readers already see one

@@ -2,6 +2,7 @@
 
 #include <libpq-fe.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdint>
@@ -28,6 +29,78 @@ constexpr Oid kBool = 16, kBytea = 17, kInt8 = 20, kInt2 = 21, kInt4 = 23, kOid 
 // Seconds a connection attempt may take when neither the URL nor
 // PGCONNECT_TIMEOUT says: a server that is down must not hang the desk.
 constexpr const char* kDefaultConnectTimeout = "10";
+
+// How long a statement waits for a lock another session holds (a copy or a
+// change of the tables under way) and how long it may run, before it fails
+// with the statement in its message instead of hanging the desk. The URL
+// may set either, as a query parameter ("?lock_timeout=30s") or a word of
+// the key=value form ("lock_timeout=30s"); 0 waits without end. The
+// defaults go to the server as libpq's "options", so a URL that gives its
+// own options ("-c statement_timeout=...") is taken at its word. The
+// statement timeout is generous: the longest report on a large practice
+// runs for seconds.
+constexpr const char* kDefaultLimits = "-c lock_timeout=10s -c statement_timeout=5min";
+
+// The limits the URL sets itself; "" leaves the session's.
+struct SessionLimits {
+  std::string lock_timeout, statement_timeout;
+};
+
+// A duration as the server reads it: whole number, optional unit.
+bool IsDuration(const std::string& v) {
+  size_t i = 0;
+  while (i < v.size() && std::isdigit(static_cast<unsigned char>(v[i]))) ++i;
+  if (i == 0 || i > 9) return false;
+  std::string unit = v.substr(i);
+  return unit.empty() || unit == "ms" || unit == "s" || unit == "min" || unit == "h" || unit == "d";
+}
+
+// Takes lock_timeout and statement_timeout out of `url` (libpq refuses
+// parameters it does not know) into the limits the session sets.
+SessionLimits TakeSessionLimits(std::string& url) {
+  SessionLimits limits;
+  auto take = [&](const std::string& key, const std::string& value) {
+    std::string* slot = key == "lock_timeout"        ? &limits.lock_timeout
+                        : key == "statement_timeout" ? &limits.statement_timeout
+                                                     : nullptr;
+    if (!slot) return false;
+    if (!IsDuration(value))
+      throw DatabaseError("the connection's " + key + " must be a duration such as 30s, 2min or 0 (no limit), not '" +
+                          value + "'");
+    *slot = value;
+    return true;
+  };
+  bool uri = url.rfind("postgresql://", 0) == 0 || url.rfind("postgres://", 0) == 0;
+  std::string kept;
+  if (uri) {
+    size_t q = url.find('?');
+    if (q == std::string::npos) return limits;
+    for (size_t i = q + 1; i <= url.size();) {
+      size_t amp = std::min(url.find('&', i), url.size());
+      std::string item = url.substr(i, amp - i);
+      size_t eq = item.find('=');
+      if (!item.empty() && (eq == std::string::npos || !take(item.substr(0, eq), item.substr(eq + 1))))
+        kept += (kept.empty() ? "" : "&") + item;
+      i = amp + 1;
+    }
+    url = url.substr(0, q) + (kept.empty() ? "" : "?" + kept);
+    return limits;
+  }
+  // key=value form: the two settings written as single words.
+  size_t i = 0;
+  while (i < url.size()) {
+    size_t start = url.find_first_not_of(' ', i);
+    if (start == std::string::npos) break;
+    size_t end = std::min(url.find(' ', start), url.size());
+    std::string word = url.substr(start, end - start);
+    size_t eq = word.find('=');
+    if (eq == std::string::npos || !take(word.substr(0, eq), word.substr(eq + 1)))
+      kept += (kept.empty() ? "" : " ") + word;
+    i = end;
+  }
+  url = kept;
+  return limits;
+}
 
 // The key of the advisory lock that serialises installing the report
 // functions when several workstations connect to a new database at once.
@@ -226,6 +299,15 @@ class PostgresEngine : public Engine {
   sql::Dialect dialect() const override { return sql::Dialect::PostgreSQL; }
   std::string ParameterMarker(int n) const override { return "$" + std::to_string(n); }
   std::string Describe() const override { return where_; }
+  // The server instance (its start time and port) and the database's own
+  // number, which no spelling of the URL changes.
+  std::string Identity() override {
+    PgResult r(PQexec(conn_,
+                      "SELECT CAST(pg_postmaster_start_time() AS text) || ' port ' || current_setting('port') || "
+                      "' database ' || CAST(oid AS text) FROM pg_database WHERE datname = current_database()"));
+    if (!r.ok() || PQntuples(r.get()) != 1) return "";
+    return std::string("postgresql ") + PQgetvalue(r.get(), 0, 0);
+  }
 
   void BeginSnapshot() override {
     // Every statement of the report reads the same committed state, however
@@ -275,18 +357,21 @@ class PostgresEngine : public Engine {
 
   PGconn* conn_ = nullptr;
   std::string where_;
+  SessionLimits limits_;
   int64_t changes_ = 0;
   int statement_number_ = 0;
   std::string clock_sent_;
   std::map<std::string, std::vector<std::string>> primary_keys_;  // by lower-case table name
 };
 
-void PostgresEngine::Connect(const std::string& url) {
+void PostgresEngine::Connect(const std::string& given_url) {
+  std::string url = given_url;
+  limits_ = TakeSessionLimits(url);
   // Keywords given before "dbname" are defaults that the URL's own
   // parameters override (libpq expands dbname in place).
-  const char* keys[] = {"connect_timeout", "application_name", "dbname", nullptr};
+  const char* keys[] = {"connect_timeout", "application_name", "options", "dbname", nullptr};
   const char* timeout = std::getenv("PGCONNECT_TIMEOUT");
-  const char* vals[] = {timeout && *timeout ? timeout : kDefaultConnectTimeout, "orvenda-reports",
+  const char* vals[] = {timeout && *timeout ? timeout : kDefaultConnectTimeout, "orvenda-reports", kDefaultLimits,
                         url.c_str(), nullptr};
   conn_ = PQconnectdbParams(keys, vals, 1);
   if (!conn_) throw DatabaseError("cannot connect to PostgreSQL: out of memory");
@@ -316,8 +401,16 @@ void PostgresEngine::Connect(const std::string& url) {
   // family cost more than running it (bulk statements 1.40 s against 0.82 s
   // for 1,241 families).
   Run("SET client_encoding = 'UTF8'; SET DateStyle = 'ISO, MDY'; "
-      "SET search_path = public, orvenda; SET jit = off; SET plan_cache_mode = force_generic_plan",
+      "SET search_path = public, orvenda; SET jit = off; SET plan_cache_mode = force_generic_plan" +
+          (limits_.lock_timeout.empty() ? "" : "; SET lock_timeout = '" + limits_.lock_timeout + "'") +
+          (limits_.statement_timeout.empty() ? "" : "; SET statement_timeout = '" + limits_.statement_timeout + "'"),
       "setting up the session");
+  // The limits in force, for the message of a statement they stop.
+  PgResult limits(PQexec(conn_, "SELECT current_setting('lock_timeout'), current_setting('statement_timeout')"));
+  if (limits.ok() && PQntuples(limits.get()) == 1) {
+    limits_.lock_timeout = PQgetvalue(limits.get(), 0, 0);
+    limits_.statement_timeout = PQgetvalue(limits.get(), 0, 1);
+  }
   InstallSupport();
 }
 
@@ -365,8 +458,18 @@ void PostgresEngine::Fail(PGresult* result, const std::string& original, const s
   if (result) {
     const char* primary = PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
     const char* position = PQresultErrorField(result, PG_DIAG_STATEMENT_POSITION);
+    const char* state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
     msg = primary ? primary : PQresultErrorMessage(result);
     if (position) offset = std::atoi(position) - 1;
+    // A wait cut short by the session's limits says which limit and how to
+    // change it.
+    if (state && std::strcmp(state, "55P03") == 0) {
+      msg += " (waited " + limits_.lock_timeout + ", the lock timeout; another session holds the table; "
+             "lock_timeout= in the URL sets the wait)";
+    } else if (state && std::strcmp(state, "57014") == 0 && msg.find("statement timeout") != std::string::npos) {
+      msg += " (ran " + limits_.statement_timeout + ", the statement timeout; statement_timeout= in the URL "
+             "sets the limit)";
+    }
   }
   if (msg.empty()) msg = PQerrorMessage(conn_);
   while (!msg.empty() && (msg.back() == '\n' || msg.back() == ' ')) msg.pop_back();
@@ -669,7 +772,9 @@ std::unique_ptr<Engine> OpenPostgresEngine(const std::string& url) {
   return std::make_unique<PostgresEngine>(url);
 }
 
-void CreatePostgresDatabaseIfMissing(const std::string& url) {
+void CreatePostgresDatabaseIfMissing(const std::string& given_url) {
+  std::string url = given_url;
+  TakeSessionLimits(url);
   PQconninfoOption* opts = PQconninfoParse(url.c_str(), nullptr);
   if (!opts) throw DatabaseError("not a PostgreSQL connection: " + RedactPassword(url));
   std::vector<std::string> keys, values;

@@ -91,6 +91,9 @@ class ShapeParser {
   }
   ShapeNode Shape() {
     if (!Keyword("SHAPE")) Fail("SHAPE is expected");
+    if (depth_ == kMaxShapeNesting)
+      Fail("SHAPEs nest more than " + std::to_string(kMaxShapeNesting) + " levels deep");
+    ++depth_;  // the parser is dropped on a failure, so only success restores it
     ShapeNode n;
     n.command = Command();
     if (Keyword("AS")) n.alias = Name();
@@ -100,6 +103,7 @@ class ShapeParser {
         n.children.push_back(Child(static_cast<int>(n.children.size()) + 1));
       } while (Peek(',') && (++p_, true));
     }
+    --depth_;
     return n;
   }
   ShapeChild Child(int number) {
@@ -136,6 +140,7 @@ class ShapeParser {
 
   std::string_view t_;
   size_t p_ = 0;
+  int depth_ = 0;  // SHAPEs being parsed
 };
 
 }  // namespace

@@ -6,7 +6,8 @@
 //            (( SHAPE {...} APPEND (...) ) [AS alias] RELATE 'ID' TO 'PatientID') [AS chapter]
 //
 // Column names in RELATE may be quoted ('ID'), bracketed or bare. A child is
-// a command in braces or a nested SHAPE in parentheses, to any depth.
+// a command in braces or a nested SHAPE in parentheses, up to
+// kMaxShapeNesting levels.
 // Commands are T-SQL, handed to the translator one by one.
 #pragma once
 
@@ -34,12 +35,18 @@ struct ShapeChild {
   std::string name;
 };
 
+// How deep SHAPEs may nest in one statement. Parsing, running and relating
+// a SHAPE recurse once a level; a deeper statement is refused before the
+// parser descends past this. The reports nest two or three.
+inline constexpr int kMaxShapeNesting = 100;
+
 // True when the statement begins with the word SHAPE.
 bool IsShapeStatement(std::string_view statement);
 
 // Parses a SHAPE statement. Throws DatabaseError naming the statement and
 // the position of the fault, and for the SHAPE forms the layer does not run
-// (COMPUTE, CALC, parameterised relations).
+// (COMPUTE, CALC, parameterised relations), and for SHAPEs nested past
+// kMaxShapeNesting.
 ShapeNode ParseShape(std::string_view statement);
 
 }  // namespace orv::db

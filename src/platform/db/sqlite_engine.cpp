@@ -1,5 +1,7 @@
 #include "platform/db/sqlite_engine.h"
 
+#include <sys/stat.h>
+
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -145,6 +147,15 @@ SqliteEngine::SqliteEngine(const std::string& path, bool create) : path_(path) {
 }
 
 SqliteEngine::~SqliteEngine() { sqlite3_close_v2(db_); }
+
+// The file SQLite opened, by device and inode: a symlink, "./" or a URI
+// names the same file the same way.
+std::string SqliteEngine::Identity() {
+  const char* file = sqlite3_db_filename(db_, "main");
+  struct stat st {};
+  if (file == nullptr || *file == '\0' || ::stat(file, &st) != 0) return "";
+  return "sqlite file " + std::to_string(st.st_dev) + ":" + std::to_string(st.st_ino);
+}
 
 std::unique_ptr<EngineStatement> SqliteEngine::Prepare(const std::string& sql,
                                                        const std::string& original) {

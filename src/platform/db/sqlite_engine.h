@@ -34,6 +34,7 @@ class SqliteEngine : public Engine {
   }
 
   std::string Describe() const override { return "SQLite database " + path_; }
+  std::string Identity() override;
   std::vector<TableDef> ListTables() override;
   void CreateTable(const TableDef& table) override;
   void DropTable(const std::string& table) override;

@@ -65,6 +65,7 @@ class StatementCache {
   Lease Get(const std::string& statement, StatementForm form);
 
   size_t size() const { return by_form_.size() + by_text_.size(); }
+  Engine& engine() const { return engine_; }
 
  private:
   std::unique_ptr<Entry> Build(const std::string& statement);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "common/collation.h"
 #include "platform/db/field_type.h"
 
 namespace orv::db {
@@ -51,17 +52,8 @@ std::string_view TrimRight(std::string_view s) {
   return s;
 }
 
-int CompareText(std::string_view a, std::string_view b) {
-  a = TrimRight(a);
-  b = TrimRight(b);
-  size_t n = std::min(a.size(), b.size());
-  for (size_t i = 0; i < n; ++i) {
-    int x = std::tolower(static_cast<unsigned char>(a[i]));
-    int y = std::tolower(static_cast<unsigned char>(b[i]));
-    if (x != y) return x < y ? -1 : 1;
-  }
-  return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
-}
+// Sort and Filter order text as the server does (common/collation.h).
+int CompareText(std::string_view a, std::string_view b) { return collation::Compare(a, b); }
 
 template <typename T>
 int Sign(T a, T b) {

@@ -11,8 +11,9 @@ namespace orv::db {
 
 // Three-way comparison of two field values: <0, 0, >0. Null and Empty sort
 // before every value. Numbers (integers, floats, money, flags) compare by
-// value; dates by their serial; text case-insensitively, ignoring trailing
-// blanks as the server's collation does. Text against a date or a number is
+// value; dates by their serial; text in the server's dictionary order
+// (common/collation.h): case-insensitive, accents after the plain letter,
+// trailing blanks ignored. Text against a date or a number is
 // read as a date or number when it is one, and otherwise compared as text.
 int CompareValues(const Variant& a, const Variant& b);
 

@@ -1,4 +1,5 @@
 #include "platform/practice/demo_practice.h"
+#include "platform/practice/employee_types.h"
 
 #include <sqlite3.h>
 
@@ -225,6 +226,7 @@ class Generator {
     Patients();
     ClosingMonths();
     Bulk();
+    Compensation();
     DemoSummary s;
     s.patients = w_["Patient"]->rows();
     s.invoices = w_["Invoices"]->rows();
@@ -307,6 +309,9 @@ class Generator {
         }
       }
       r.Insert();
+      // The second office bills no hygiene company: its monitor asks for
+      // the codes to be set up.
+      if (i == 2) continue;
       auto& h = W("OfficeHygieneCompanyCodes");
       h.Int("OfficeID", i).Text("Startcode", "11000").Text("EndCode", "11999").Insert();
       h.Int("OfficeID", i).Text("Startcode", "13000").Text("EndCode", "13999").Insert();
@@ -511,13 +516,14 @@ class Generator {
       bool hourly;
       int commission;
     };
-    // 3 dentist, 8 associate dentist, 5 hygienist, 12+ visiting specialists,
-    // 4 office manager (signs the letters), 6 assistant, 7 front desk.
-    const Role roles[] = {{3, "Dr.", false, 0},  {8, "Dr.", false, 40}, {3, "Dr.", false, 0},
-                          {5, "RDH", true, 0},   {5, "RDH", true, 0},   {5, "RDH", true, 0},
-                          {12, "Dr.", false, 45}, {14, "Dr.", true, 0}, {4, "", false, 0},
-                          {6, "CDA", true, 0},   {6, "CDA", true, 0},   {7, "", true, 0},
-                          {7, "", true, 0},      {13, "Dr.", false, 35}};
+    // The types of employee_types.h; specialists are 12 and above.
+    const Role roles[] = {{kTypeDentist, "Dr.", false, 0},        {kTypeAssociate, "Dr.", false, 40},
+                          {kTypeDentist, "Dr.", false, 0},        {kTypeHygienist, "RDH", true, 0},
+                          {kTypeHygienist, "RDH", true, 0},       {kTypeHygienist, "RDH", true, 0},
+                          {kTypeSpecialist, "Dr.", false, 45},    {kTypeSpecialist + 2, "Dr.", true, 0},
+                          {kTypeOfficeManager, "", false, 0},     {kTypeAssistant, "CDA", true, 0},
+                          {kTypeAssistant, "CDA", true, 0},       {kTypeFrontDesk, "", true, 0},
+                          {kTypeFrontDesk, "", true, 0},          {kTypeSpecialist + 1, "Dr.", false, 35}};
     const int count = static_cast<int>(rng_.Range(8, 14));
     for (int i = 0; i < count; ++i) {
       const Role& role = roles[i];
@@ -526,7 +532,8 @@ class Generator {
                  rng_.Pick(kLastNames), 480 + 30 * static_cast<int>(rng_.Range(0, 2)), 0,
                  role.hourly};
       e.end = e.start + 480 + 30 * static_cast<int>(rng_.Range(0, 2));
-      const bool producer = role.type == 3 || role.type == 5 || role.type == 8 || role.type >= 12;
+      const bool producer = role.type == kTypeDentist || role.type == kTypeHygienist ||
+                            role.type == kTypeAssociate || role.type >= kTypeSpecialist;
       auto& r = W("Employees");
       r.Int("ID", e.id)
           .Text("LastName", e.last)
@@ -542,19 +549,19 @@ class Generator {
       if (producer) {
         r.Text("ChairID", "Op" + std::to_string(1 + i % 6))
             .Text("Reg#", "R-" + Digits(4))
-            .Cents("BillRate", role.type == 5 ? 9500 : 22000);
+            .Cents("BillRate", role.type == kTypeHygienist ? 9500 : 22000);
         if (role.type != 5) r.Text("CDA#", Digits(6));
       }
       // Active: NULL, 1 and -1 all mean active; one specialist has left.
-      if (i == count - 1 && role.type >= 12) r.Int("Active", 0);
+      if (i == count - 1 && role.type >= kTypeSpecialist) r.Int("Active", 0);
       else if (i % 4 == 1) r.Int("Active", -1);
       else if (i % 4 != 3) r.Int("Active", 1);
-      if (role.hourly) r.Cents("PayRate", role.type == 5 ? 4250 : 2400 + 100 * i);
-      if (role.type == 4) r.Cents("Salary", 6200000);
+      if (role.hourly) r.Cents("PayRate", role.type == kTypeHygienist ? 4250 : 2400 + 100 * i);
+      if (role.type == kTypeOfficeManager) r.Cents("Salary", 6200000);
       // The first dentist also takes the weekend mornings of the first office.
       const int first_day = i == 0 ? 0 : 1, last_day = i == 0 ? 6 : 5;
       for (int d = first_day; d <= last_day; ++d) {
-        if (role.type >= 12 && d % 2 == 0) continue;  // specialists visit three days
+        if (role.type >= kTypeSpecialist && d % 2 == 0) continue;  // specialists visit three days
         r.Text(std::string(kWeekdayNames[d]) + "From", TextTime(e.start));
         r.Text(std::string(kWeekdayNames[d]) + "to", TextTime(e.end));
         r.Text(std::string("LunchFrom") + kWeekdayNames[d], TextTime(720));
@@ -573,7 +580,7 @@ class Generator {
             .Real("AlertWhen", 25)
             .Insert();
       }
-      if (role.commission > 0 || (role.type == 3 && i == 0)) {
+      if (role.commission > 0 || (role.type == kTypeDentist && i == 0)) {
         auto& s = W("EmployeeCodeSplit");
         s.Int("EmployeeID", e.id).Text("StartCode", "20000").Text("EndCode", "39999").Text("Amount", "40%").Insert();
         s.Int("EmployeeID", e.id).Text("StartCode", "99000").Text("EndCode", "99999").Text("Amount", "$50").Insert();
@@ -581,10 +588,10 @@ class Generator {
       Days(e);
     }
     for (const auto& e : staff_) {
-      if (e.type == 3 || e.type == 8) dentists_.push_back(e.id);
-      if (e.type == 5) hygienists_.push_back(e.id);
-      if (e.type >= 12) specialists_.push_back(e.id);
-      if (e.type == 6 || e.type == 7 || e.type == 4) desk_.push_back(e.id);
+      if (e.type == kTypeDentist || e.type == kTypeAssociate) dentists_.push_back(e.id);
+      if (e.type == kTypeHygienist) hygienists_.push_back(e.id);
+      if (e.type >= kTypeSpecialist) specialists_.push_back(e.id);
+      if (e.type == kTypeAssistant || e.type == kTypeFrontDesk || e.type == kTypeOfficeManager) desk_.push_back(e.id);
     }
     if (hygienists_.empty()) hygienists_ = dentists_;
     if (desk_.empty()) desk_.push_back(2);
@@ -1678,6 +1685,163 @@ class Generator {
       sqlite3_reset(st);
     }
     sqlite3_finalize(st);
+  }
+
+  // ---- Pay and monitors ----------------------------------------------------
+
+  // What payroll, the employee monitor and the specialist analysis read
+  // beyond the practice's history: every monitored code in the fee guide, a
+  // hygienist's year of those codes with booked units, monthly work of the
+  // specialists, a share with no "$" or "%", and time-clock rows with a
+  // missed punch-out on a weekend and a shift over midnight.
+  void Compensation() {
+    static const struct {
+      const char* id;
+      const char* description;
+      int64_t fee_cents;
+    } kMonitorCodes[] = {
+        {"13212", "Oral hygiene instruction, 2 units", 3600}, {"13213", "Oral hygiene instruction, 3 units", 5400},
+        {"13214", "Oral hygiene instruction, 4 units", 7200}, {"11112", "Scaling, 2 units", 10800},
+        {"11113", "Scaling, 3 units", 16200},                 {"11114", "Scaling, 4 units", 21600},
+        {"11115", "Scaling, 5 units", 27000},                 {"11116", "Scaling, 6 units", 32400},
+        {"11117", "Scaling, half unit", 2700},                {"11119", "Scaling, each additional unit", 5400},
+        {"43422", "Root planing, 2 units", 11400},            {"43423", "Root planing, 3 units", 17100},
+        {"43424", "Root planing, 4 units", 22800},            {"43425", "Root planing, 5 units", 28500},
+        {"43426", "Root planing, 6 units", 34200},            {"43427", "Root planing, half unit", 2850},
+        {"43429", "Root planing, each additional unit", 5700}, {"49211", "Desensitization, 1 unit", 4200},
+        {"49219", "Desensitization, each additional unit", 4200},
+    };
+    for (const auto& c : kMonitorCodes) {
+      W("FeeCodes").Text("ID", c.id).Text("Description", c.description).Int("Type", 1).Insert();
+      W("FeeGuideDetails").Int("FeeGuideID", 1).Text("FeeCodeID", c.id).Cents("Amount", c.fee_cents).Insert();
+    }
+    // The monitored codes with their fees, the fee guide's first.
+    static const struct {
+      const char* code;
+      int64_t cents;
+    } kHygiene[] = {{"13211", 1800}, {"13212", 3600}, {"13213", 5400}, {"13214", 7200}, {"01400", 4500},
+                    {"01101", 9000}, {"01102", 6500}, {"01103", 4000}, {"01205", 5500}, {"97123", 35000},
+                    {"43612", 48000}, {"43421", 5700}, {"43422", 11400}, {"43423", 17100}, {"43424", 22800},
+                    {"43425", 28500}, {"43426", 34200}, {"43427", 2850}, {"43429", 5700}, {"49211", 4200},
+                    {"49219", 4200}, {"11111", 5400}, {"11112", 10800}, {"11113", 16200}, {"11114", 21600},
+                    {"11115", 27000}, {"11116", 32400}, {"11117", 2700}, {"11119", 5400}, {"01202", 4000}};
+    const int64_t patients = w_["Patient"]->rows();
+    if (patients == 0 || staff_.empty()) return;
+    size_t next_code = 0;
+    if (!hygienists_.empty()) {
+      const int64_t hygienist = hygienists_.front();
+      for (int64_t day = today_ - 365; day < today_; ++day) {
+        const int wd = WeekdayOf(day);
+        if (wd == 0 || wd == 6 || rng_.Percent(60)) continue;
+        std::vector<std::pair<const char*, int64_t>> lines;
+        for (int n = 0; n < 3; ++n) {
+          lines.push_back({kHygiene[next_code].code, kHygiene[next_code].cents});
+          next_code = (next_code + 1) % (sizeof kHygiene / sizeof kHygiene[0]);
+        }
+        const int64_t patient = rng_.Range(1, patients);
+        PaidVisit(patient, hygienist, dentists_.empty() ? hygienist : dentists_.front(), day, lines, 3);
+      }
+    }
+    // Each specialist sees patients every month; a crown brings a lab line.
+    for (const int64_t specialist : specialists_) {
+      for (int64_t day = today_ - 365; day < today_; day += 14) {
+        std::vector<std::pair<const char*, int64_t>> lines = {{"01202", 12000}, {"27201", 95000}};
+        if (rng_.Percent(50)) lines.push_back({"99111", 21000});
+        PaidVisit(rng_.Range(1, patients), specialist, specialist, day + rng_.Range(0, 4), lines, 4);
+      }
+    }
+    // A share typed without "$" or "%" for the dentist on commission: it
+    // pays nothing until the office puts its marker in.
+    for (const auto& e : staff_) {
+      if (e.type == kTypeAssociate) {
+        W("EmployeeCodeSplit").Int("EmployeeID", e.id).Text("StartCode", "01000").Text("EndCode", "01999")
+            .Text("Amount", "15").Insert();
+        break;
+      }
+    }
+    // The time clock of the first hourly employee: a Saturday and a Sunday
+    // without a punch-out (no closing time of her own: the office's, where
+    // it has one), and a Friday night shift that ends after midnight.
+    for (const auto& e : staff_) {
+      if (!e.hourly) continue;
+      int64_t saturday = today_ - 40;
+      while (WeekdayOf(saturday) != 6) ++saturday;
+      auto& p = W("Punch");
+      p.Int("UserID", e.id).Text("Date", Iso(saturday)).Text("TimeIn", Iso(saturday, 540)).Insert();
+      p.Int("UserID", e.id).Text("Date", Iso(saturday + 1)).Text("TimeIn", Iso(saturday + 1, 600)).Insert();
+      p.Int("UserID", e.id).Text("Date", Iso(saturday - 1)).Text("TimeIn", Iso(saturday - 1, 1320))
+          .Text("Timeout", Iso(saturday, 60)).Insert();
+      break;
+    }
+  }
+
+  // One completed invoice paid in full in cash on the day: the invoice, its
+  // lines (whole-day dates), a booking of `units`, the payment, its detail
+  // and its allocations, and the invoice settled.
+  void PaidVisit(int64_t patient, int64_t provider, int64_t overseer, int64_t day,
+                 const std::vector<std::pair<const char*, int64_t>>& lines, int units) {
+    int64_t total = 0;
+    for (const auto& l : lines) total += l.second;
+    const int64_t appointment = W("PatientAppointments")
+                                    .Int("PatientID", patient)
+                                    .Int("ProviderID", provider)
+                                    .Int("OverSeerID", overseer)
+                                    .Text("Date", Iso(day))
+                                    .Int("Time", 540)
+                                    .Int("Units", units)
+                                    .Int("Complete", 1)
+                                    .Insert();
+    ++invoice_number_;
+    const int64_t invoice = W("Invoices")
+                                .Int("Invoice#", 10000 + invoice_number_)
+                                .Int("PatientID", patient)
+                                .Int("ProviderID", provider)
+                                .Int("OverseerID", overseer)
+                                .Int("DoctorID", overseer)
+                                .Int("AppointmentID", appointment)
+                                .Text("Date", Iso(day))
+                                .Int("Time", 540)
+                                .Text("EntryDate", Iso(day, 600))
+                                .Int("Complete?", 1)
+                                .Cents("InvoiceTotal", total)
+                                .Int("IsAssignment", 0)
+                                .Int("Units", units)
+                                .Text("FinalDate", Iso(day))
+                                .Cents("InvoiceFinalTotal", total)
+                                .Insert();
+    const int64_t payment = W("InvoicePayments")
+                                .Int("PatientID", patient)
+                                .Int("PaymentTypeID", 1)
+                                .Int("AccountID", 1)
+                                .Int("EmployeeID", desk_.front())
+                                .Int("InitialProviderID", provider)
+                                .Cents("Value", total)
+                                .Cents("TotalAllocated", total)
+                                .Cents("TotalToCredit", 0)
+                                .Text("Date", Iso(day))
+                                .Text("CheckDate", Iso(day))
+                                .Text("Check#", "0")
+                                .Int("IsInsurance", 0)
+                                .Insert();
+    W("InvoicePaymentDetails").Int("InvoicePaymentID", payment).Int("InvoiceID", invoice).Cents("Amount", total)
+        .Text("Date", Iso(day)).Insert();
+    for (const auto& l : lines) {
+      const int64_t detail = W("InvoiceDetails")
+                                 .Int("InvoiceID", invoice)
+                                 .Text("Code", l.first)
+                                 .Cents("Cost", l.second)
+                                 .Cents("PatientCost", l.second)
+                                 .Cents("PrimaryInsCost", 0)
+                                 .Cents("SecondaryInsCost", 0)
+                                 .Cents("TertiaryInsCost", 0)
+                                 .Text("Status", "Complete")
+                                 .Text("Date", Iso(day))
+                                 .Text("EntryDate", Iso(day))
+                                 .Int("ProviderID", provider)
+                                 .Insert();
+      W("InvoicePaymentAllocations").Int("InvoicePaymentID", payment).Int("InvoiceDetailsID", detail)
+          .Int("PatientID", patient).Cents("Amount", l.second).Text("AppliedDate", Iso(day)).Insert();
+    }
   }
 
   sqlite3* db_;

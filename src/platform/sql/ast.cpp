@@ -2,6 +2,16 @@
 
 namespace orv::sql {
 
+std::string NestingLevel::Message(int limit) {
+  return "The statement nests more than " + std::to_string(limit) +
+         " levels deep (expressions within expressions, subqueries, joins)";
+}
+
+NestingLevel::NestingLevel(int& depth, int limit, Pos at, std::string_view statement) : depth_(depth) {
+  if (depth_ >= limit) throw SqlError(Message(limit), at.line, at.column, std::string(statement));
+  ++depth_;
+}
+
 // True when `e` aggregates over the rows of its own SELECT (a subquery's
 // aggregates are the subquery's).
 bool HasAggregate(const Expr& e) {

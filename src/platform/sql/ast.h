@@ -11,6 +11,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/sql/lexer.h"
@@ -180,6 +181,7 @@ struct Assignment {
 struct Statement {
   enum class Kind { Select, Update, Insert, Delete } kind = Kind::Select;
   Pos pos;
+  std::string text;                  // as written, for the messages of later passes
   QueryPtr query;                    // Select; Insert ... SELECT
   std::string table;                 // Update, Insert, Delete
   Pos table_pos;
@@ -190,6 +192,31 @@ struct Statement {
   // Filled by the binder.
   std::string table_name;            // as declared in the schema
   std::vector<std::string> insert_column_names;
+};
+
+// How deep a statement may nest: an expression inside another (an operand,
+// a function's argument, a parenthesis), a query inside another, a join of
+// a FROM item upon the ones before it. The parser, the binder and the
+// printers count their depth as they descend and refuse a statement past
+// the limit before they recurse further, so none of them can run out of
+// stack. The binder and the printers allow twice as much, for the
+// conversions and rewrites the binder adds. Real statements stay far below.
+inline constexpr int kMaxNesting = 400;
+
+// One level of a recursive pass, counted in `depth` for as long as it
+// lives. Throws SqlError at `at` in `statement`, naming the limit, when the
+// level would pass `limit`.
+class NestingLevel {
+ public:
+  NestingLevel(int& depth, int limit, Pos at, std::string_view statement);
+  ~NestingLevel() { --depth_; }
+  // The message of a statement nested past `limit` levels.
+  static std::string Message(int limit);
+  NestingLevel(const NestingLevel&) = delete;
+  NestingLevel& operator=(const NestingLevel&) = delete;
+
+ private:
+  int& depth_;
 };
 
 // True when `e` aggregates over the rows of its own SELECT (a subquery's

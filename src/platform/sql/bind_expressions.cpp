@@ -10,6 +10,7 @@ namespace orv::sql::bind {
 
 void Binder::BindExpr(ExprPtr& slot, Scope* scope, bool allow_aggregate) {
   Expr& e = *slot;
+  NestingLevel level(depth_, 2 * kMaxNesting, e.pos, text_);
   switch (e.kind) {
     case ExprKind::Null:
       e.type = {ValueKind::Unknown, 0, true};
@@ -475,7 +476,8 @@ void Binder::BindFunction(Expr& e, Scope* scope, bool allow_aggregate) {
     TextArgs(e, 0, 1);
   } else if (n == "LEN" || n == "DATALENGTH") {
     CheckArgs(e, 1, 1);
-    TextArgs(e, 0, 1);
+    // DATALENGTH of a picture counts its bytes, not those of a text form.
+    if (n == "LEN" || e.args[0]->type.kind != ValueKind::Blob) TextArgs(e, 0, 1);
     e.type.kind = ValueKind::Integer;
   } else if (n == "LEFT" || n == "RIGHT") {
     CheckArgs(e, 2, 2);

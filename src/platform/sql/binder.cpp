@@ -46,6 +46,7 @@ void Binder::Fail(const std::string& reason, Pos at) const {
 // ---- queries ----
 
 void Binder::BindQuery(Query& q, Scope* outer) {
+  NestingLevel level(depth_, 2 * kMaxNesting, q.pos, text_);
   std::vector<Scope*> scopes;
   for (auto& s : q.selects) scopes.push_back(BindSelect(*s, outer));
   const Select& first = *q.selects[0];
@@ -231,6 +232,7 @@ Scope* Binder::BindSelect(Select& s, Scope* outer) {
 }
 
 void Binder::AddSources(TableSource& src, Scope* scope, Scope* outer) {
+  NestingLevel level(depth_, 2 * kMaxNesting, src.pos, text_);
   switch (src.kind) {
     case TableSource::Kind::Join:
       AddSources(*src.left, scope, outer);
@@ -273,6 +275,7 @@ void Binder::AddSources(TableSource& src, Scope* scope, Scope* outer) {
 
 void Binder::BindJoinConditions(TableSource& src, Scope* scope) {
   if (src.kind != TableSource::Kind::Join) return;
+  NestingLevel level(depth_, 2 * kMaxNesting, src.pos, text_);
   BindJoinConditions(*src.left, scope);
   BindJoinConditions(*src.right, scope);
   if (src.on) {

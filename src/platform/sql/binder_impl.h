@@ -124,6 +124,7 @@ class Binder {
 
   const Schema& schema_;
   std::string_view text_;
+  int depth_ = 0;  // levels of BindExpr and BindQuery under way
   std::vector<std::unique_ptr<Scope>> scopes_;
   std::unique_ptr<TableSource> target_;
   int alias_count_ = 0;

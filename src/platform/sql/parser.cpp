@@ -2,16 +2,17 @@
 
 #include <algorithm>
 #include <cctype>
+#include <deque>
 #include <set>
 
 namespace orv::sql {
 
 namespace {
 
-// Trees deeper than this are refused rather than risk the stack in the
-// recursive passes that follow. Real statements stay far below it; long
-// AND/OR chains and IN lists are flat and do not count.
-constexpr int kMaxDepth = 400;
+// Trees deeper than this are refused rather than risk the stack here and in
+// the recursive passes that follow. Long AND/OR chains and IN lists are flat
+// and do not count.
+constexpr int kMaxDepth = kMaxNesting;
 
 std::string Upper(std::string_view s) {
   std::string out(s);
@@ -70,6 +71,7 @@ class Parser {
   Statement Run() {
     Statement st;
     st.pos = Cur().pos;
+    st.text = std::string(text_);
     if (Cur().Is("SELECT") || Cur().IsSymbol("(")) {
       st.kind = Statement::Kind::Select;
       st.query = ParseQuery();
@@ -156,14 +158,17 @@ class Parser {
     int d = 0;
     for (const auto& a : e->args) d = std::max(d, a->depth);
     e->depth = d + 1;
-    if (e->depth > kMaxDepth) FailAt("The statement is nested too deeply", e->pos);
+    if (e->depth > kMaxDepth) FailAt(NestingLevel::Message(kMaxDepth), e->pos);
     return e;
   }
+
+  // One more level of recursion, refused past kMaxDepth before it is taken.
+  NestingLevel Deeper() { return NestingLevel(nesting_, kMaxDepth, Cur().pos, text_); }
 
   // ---- queries ----
 
   QueryPtr ParseQuery() {
-    if (++nesting_ > kMaxDepth) Fail("The statement is nested too deeply");
+    NestingLevel level = Deeper();
     auto q = std::make_unique<Query>();
     q->pos = Cur().pos;
     q->selects.push_back(ParseQueryTerm());
@@ -198,7 +203,6 @@ class Parser {
     if (Cur().Is("COMPUTE") || Cur().Is("FOR") || Cur().Is("OPTION")) {
       Fail("Unsupported clause " + Upper(Cur().text));
     }
-    --nesting_;
     return q;
   }
 
@@ -307,7 +311,11 @@ class Parser {
   }
 
   TableSourcePtr ParseTableSource() {
+    NestingLevel level = Deeper();
     TableSourcePtr left = ParseTablePrimary();
+    // Each join nests the sources before it one level deeper in the tree,
+    // which the later passes walk recursively.
+    std::deque<NestingLevel> joins;
     for (;;) {
       JoinType type;
       Pos p = Cur().pos;
@@ -328,6 +336,7 @@ class Parser {
         return left;
       }
       Expect("JOIN");
+      joins.emplace_back(nesting_, kMaxDepth, p, text_);
       auto join = std::make_unique<TableSource>();
       join->kind = TableSource::Kind::Join;
       join->pos = p;
@@ -357,9 +366,7 @@ class Parser {
         return ts;
       }
       Next();
-      if (++nesting_ > kMaxDepth) Fail("The statement is nested too deeply");
       TableSourcePtr inner = ParseTableSource();
-      --nesting_;
       ExpectSymbol(")");
       inner->parenthesised = true;
       return inner;
@@ -386,7 +393,13 @@ class Parser {
 
   // ---- expressions ----
 
-  ExprPtr ParseExpr() { return ParseOr(); }
+  // Every expression inside another comes through here (operands of NOT
+  // and the unary operators through Guarded), so the depth is counted
+  // before each descent.
+  ExprPtr ParseExpr() {
+    NestingLevel level = Deeper();
+    return ParseOr();
+  }
 
   ExprPtr ParseLogical(const char* word, ExprPtr (Parser::*operand)()) {
     ExprPtr first = (this->*operand)();
@@ -411,10 +424,8 @@ class Parser {
   }
 
   ExprPtr Guarded(ExprPtr (Parser::*f)()) {
-    if (++nesting_ > kMaxDepth) Fail("The statement is nested too deeply");
-    ExprPtr e = (this->*f)();
-    --nesting_;
-    return e;
+    NestingLevel level = Deeper();
+    return (this->*f)();
   }
 
   ExprPtr ParsePredicate() {
@@ -567,7 +578,7 @@ class Parser {
             ExpectSymbol(")");
             return e;
           }
-          ExprPtr inner = Guarded(&Parser::ParseExpr);
+          ExprPtr inner = ParseExpr();
           ExpectSymbol(")");
           return inner;
         }

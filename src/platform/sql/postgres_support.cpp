@@ -1,5 +1,9 @@
 #include "platform/sql/postgres_support.h"
 
+#include <string_view>
+
+#include "common/collation.h"
+
 namespace orv::sql {
 
 namespace {
@@ -10,6 +14,60 @@ constexpr const char* kFold =
     R"SQL(CREATE OR REPLACE FUNCTION orvenda.orv_fold(s text) RETURNS text LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $$
   SELECT translate(s, 'ABCDEFGHIJKLMNOPQRSTUVWXYZÀÁÂÃÄÅÆÇÈÉÊËÌÍÎÏÐÑÒÓÔÕÖØÙÚÛÜÝÞ',
                       'abcdefghijklmnopqrstuvwxyzàáâãäåæçèéêëìíîïðñòóôõöøùúûüýþ') $$)SQL";
+
+std::string Utf8(std::u32string_view cps) {
+  std::string out;
+  for (char32_t c : cps) collation::AppendUtf8(c, out);
+  return out;
+}
+
+// The sort key of common/collation.h, written in SQL from the same table of
+// letters, so that ORDER BY, MIN, MAX, < and > on the server order text as
+// the SQLite collation and the recordsets do (a test holds the two keys
+// equal over names of every kind). Each level is one mapping of the folded
+// text by translate (two-letter bases spelled out first by replace), with
+// no regular expression, so a sort of many rows stays cheap.
+std::string SortKeyFunction() {
+  std::string capitals = "ABCDEFGHIJKLMNOPQRSTUVWXYZ", smalls = "abcdefghijklmnopqrstuvwxyz";
+  std::string single_from, single_to, accented, accents;
+  std::string level1 = "f", level2 = "f";
+  for (const collation::Letter& l : collation::Letters()) {
+    std::string small = Utf8(std::u32string(1, l.small));
+    if (l.capital) {
+      capitals += Utf8(std::u32string(1, l.capital));
+      smalls += small;
+    }
+    accented += small;
+    accents += Utf8(std::u32string(1, l.accent));
+    if (l.base[1] == '\0') {
+      single_from += small;
+      single_to += l.base;
+    } else {
+      level1 = "replace(" + level1 + ", '" + small + "', '" + l.base + "')";
+      level2 = "replace(" + level2 + ", '" + small + "', '" + small + small + "')";
+    }
+  }
+  // The ignorables as a SQL literal's text (an apostrophe doubled); listed
+  // last in a translate's "from", with nothing to map to, they are deleted.
+  std::string ignorable;
+  for (char c : Utf8(collation::kIgnorable)) ignorable += c == '\'' ? std::string("''") : std::string(1, c);
+  // Under "C": the argument may come under orv_ci, whose nondeterminism
+  // the server refuses in replace.
+  std::string fold = "translate(rtrim(s COLLATE \"C\", ' '), '" + capitals + "', '" + smalls + "')";
+  auto folded = [&](std::string expr) { return expr.replace(expr.find("(f,"), 3, "(" + fold + ","); };
+  std::string separator = " || chr(" + std::to_string(collation::kLevelSeparator) + ")\n      || ";
+  // ASCII text without an ignorable, most names, is its own key at every
+  // level once in small letters: translate over the long lists costs about
+  // 10 us a call, three times over, where lower() costs next to nothing.
+  std::string plain = "lower(rtrim(s COLLATE \"C\", ' '))";
+  return "CREATE OR REPLACE FUNCTION orvenda.orv_key(s text) RETURNS text LANGUAGE sql IMMUTABLE PARALLEL SAFE "
+         "AS $$\n  SELECT CASE WHEN octet_length(s) = length(s) AND strpos(s COLLATE \"C\", '''') = 0 "
+         "AND strpos(s COLLATE \"C\", '-') = 0\n    THEN " + plain + separator + plain + separator + plain +
+         "\n    ELSE translate(" + folded(level1) + ", '" + single_from + ignorable + "', '" + single_to + "')" +
+         separator + "translate(" + folded(level2) + ", '" + accented + ignorable + "', '" + accents + "')" +
+         separator + "translate(" + fold + ", '" + ignorable + "', '" + Utf8(collation::kIgnorableMarks) +
+         "') END $$";
+}
 
 }  // namespace
 
@@ -32,10 +90,9 @@ LANGUAGE plpgsql IMMUTABLE AS $$ BEGIN RAISE EXCEPTION '%', message USING ERRCOD
   SELECT textin(bpcharout(s)) $$)SQL",
 
       kFold,
-      // The sort key of text: folded, trailing blanks dropped, compared
-      // bytewise (code points) under COLLATE "C" by the caller.
-      R"SQL(CREATE OR REPLACE FUNCTION orvenda.orv_key(s text) RETURNS text LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $$
-  SELECT rtrim(orvenda.orv_fold(s), ' ') $$)SQL",
+      // The sort key of text, compared bytewise under COLLATE "C" by the
+      // caller.
+      SortKeyFunction(),
       // MIN and MAX of text by that key.
       R"SQL(CREATE OR REPLACE FUNCTION orvenda.orv_min_step(a text, b text) RETURNS text LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $$
   SELECT CASE WHEN b IS NULL THEN a WHEN a IS NULL THEN b

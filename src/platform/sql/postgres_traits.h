@@ -15,8 +15,8 @@ struct PostgresTraits {
   static constexpr const char* kCollated = " AS bpchar) COLLATE orvenda.orv_ci";
   // A bpchar value as text with its trailing blanks.
   static constexpr const char* kText = "orvenda.orv_text";
-  // ORDER BY key of text: the order of the SQLite path (folded code
-  // points, trailing blanks ignored), which ICU's order is not.
+  // Sort key of text (ORDER BY, MIN, MAX, <, >, BETWEEN): the dictionary
+  // order of common/collation.h, compared bytewise.
   static constexpr const char* kSortKey = "orvenda.orv_key";
   static constexpr const char* kSortCollation = " COLLATE \"C\"";
   static constexpr const char* kMin = "orvenda.orv_min";
@@ -49,7 +49,7 @@ struct PostgresTraits {
         {"SIGN", "sign"},                 {"ABS", "abs"},
         {"UPPER", "upper"},               {"LOWER", "lower"},
         {"LTRIM", "ltrim"},               {"RTRIM", "rtrim"},
-        {"TRIM", "btrim"},                {"DATALENGTH", "octet_length"},
+        {"TRIM", "btrim"},
         {"COUNT_BIG", "COUNT"}};
     for (const auto& [from, to] : kMap) {
       if (tsql == from) return to;

@@ -108,6 +108,21 @@ class PostgresPrinter : public print::Printer {
     out_ += T::kCollated;
   }
 
+  // ICU's order under orv_ci is not the dictionary order the other engine
+  // and the recordsets use (punctuation, accents): <, > and BETWEEN compare
+  // sort keys instead, which equality does not need.
+  // In parentheses: the server's grammar takes no COLLATE between BETWEEN
+  // and its AND.
+  void OrderedText(const Expr& e, bool) override {
+    out_ += "(";
+    out_ += T::kSortKey;
+    out_ += "(";
+    Expression(e);
+    out_ += ")";
+    out_ += T::kSortCollation;
+    out_ += ")";
+  }
+
   // Against a collated left operand, bpchar suffices; a literal takes the
   // left operand's type by itself.
   void CompareRight(const Expr& e) override {
@@ -237,6 +252,17 @@ class PostgresPrinter : public print::Printer {
       }
       out_ += ", ";
       IntArg(*a.back());
+      out_ += ")";
+    } else if (n == "DATALENGTH") {
+      // Bytes of a blob; of text, one byte a character as in the server's
+      // single-byte Latin code page, trailing blanks counted.
+      if (a[0]->type.kind == ValueKind::Blob) {
+        out_ += "octet_length(";
+        Expression(*a[0]);
+      } else {
+        out_ += "length(";
+        TextValue(*a[0]);
+      }
       out_ += ")";
     } else if (n == "LEN") {
       // LEN leaves out trailing blanks.

@@ -131,6 +131,14 @@ class SqlitePrinter : public print::Printer {
       out_ += ")";
       return true;
     }
+    if (n == "DATALENGTH") {
+      // Bytes of a blob; of text, one byte a character as in the server's
+      // single-byte Latin code page, trailing blanks counted.
+      out_ += "LENGTH(";
+      Expression(*e.args[0]);
+      out_ += ")";
+      return true;
+    }
     if (n == "LEN") {
       // LEN leaves out trailing blanks.
       out_ += "LENGTH(RTRIM(";

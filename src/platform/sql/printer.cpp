@@ -32,6 +32,8 @@ const char* EngineOperator(const std::string& op) {
   return nullptr;
 }
 
+bool IsOrdering(const std::string& op) { return op != "=" && op != "<>" && op != "!="; }
+
 }  // namespace
 
 bool Printer::IsTerm(const Expr& e) {
@@ -98,6 +100,7 @@ std::vector<int> Printer::TieBreakPositions(const orv::sql::Query& q) {
 }
 
 std::string Printer::Run(const Statement& st) {
+  statement_ = st.text;
   switch (st.kind) {
     case Statement::Kind::Select:
       Query(*st.query);
@@ -152,6 +155,7 @@ void Printer::Query(const orv::sql::Query& q) {
 }
 
 void Printer::QueryBody(const orv::sql::Query& q) {
+  NestingLevel level(depth_, 2 * kMaxNesting, q.pos, statement_);
   ++query_depth_;
   bool compound = q.selects.size() > 1;
   bool nested = query_depth_ > 1;
@@ -318,6 +322,7 @@ void Printer::Source(const TableSource& src, bool right_operand) {
     case TableSource::Kind::Join:
       break;
   }
+  NestingLevel level(depth_, 2 * kMaxNesting, src.pos, statement_);
   if (right_operand) out_ += "(";
   bool swap = src.join == JoinType::Right && SwapRightJoin();
   const TableSource& first = swap ? *src.right : *src.left;
@@ -374,6 +379,7 @@ void Printer::ArithmeticOperand(const Expr& parent, const Expr& child, bool righ
 }
 
 void Printer::Expression(const Expr& e) {
+  NestingLevel level(depth_, 2 * kMaxNesting, e.pos, statement_);
   // Inside a select list or HAVING, a grouping expression outside an
   // aggregate may read as something else (NULL in a rolled-up level).
   if (replaced_ && !replaced_->empty() && aggregate_depth_ == 0 && e.kind != ExprKind::Null &&
@@ -447,15 +453,15 @@ void Printer::Expression(const Expr& e) {
       return;
     case ExprKind::Between:
       if (e.op == BoundOp::CompareText) {
-        CompareLeft(*e.args[0]);
+        OrderedText(*e.args[0], true);
       } else {
         Operand(*e.args[0]);
       }
       out_ += e.negated ? " NOT BETWEEN " : " BETWEEN ";
       if (e.op == BoundOp::CompareText) {
-        CompareRight(*e.args[1]);
+        OrderedText(*e.args[1], false);
         out_ += " AND ";
-        CompareRight(*e.args[2]);
+        OrderedText(*e.args[2], false);
       } else {
         Operand(*e.args[1]);
         out_ += " AND ";
@@ -547,7 +553,10 @@ void Printer::Binary(const Expr& e) {
     case BoundOp::CompareText:
     case BoundOp::CompareOther: {
       const char* mapped = EngineOperator(e.text);
-      if (e.op == BoundOp::CompareText) {
+      bool ordering = e.op == BoundOp::CompareText && IsOrdering(e.text);
+      if (ordering) {
+        OrderedText(l, true);
+      } else if (e.op == BoundOp::CompareText) {
         CompareLeft(l);
       } else {
         Operand(l);
@@ -555,7 +564,9 @@ void Printer::Binary(const Expr& e) {
       out_ += " ";
       out_ += mapped ? mapped : e.text.c_str();
       out_ += " ";
-      if (e.op == BoundOp::CompareText) {
+      if (ordering) {
+        OrderedText(r, false);
+      } else if (e.op == BoundOp::CompareText) {
         CompareRight(r);
       } else {
         Operand(r);

@@ -40,6 +40,10 @@ class Printer {
   // BETWEEN bounds and CASE x WHEN values.
   virtual void CompareLeft(const Expr& e) = 0;
   virtual void CompareRight(const Expr& e) = 0;
+  // An operand of <, >, <=, >= or BETWEEN on text, which order by the
+  // dictionary order; by default the collated operand of CompareLeft or
+  // CompareRight.
+  virtual void OrderedText(const Expr& e, bool left) { left ? CompareLeft(e) : CompareRight(e); }
   // A select-list value. `collate` is set where the server's text semantics
   // must hold for the result column itself: under DISTINCT, in a compound
   // member, or in a query nested in another.
@@ -164,6 +168,10 @@ class Printer {
   const std::map<std::string, std::string>* replaced_ = nullptr;
   int aggregate_depth_ = 0;
   int query_depth_ = 0;
+  // Levels of Expression, QueryBody and Source under way, and the
+  // statement their message quotes.
+  int depth_ = 0;
+  std::string_view statement_;
 };
 
 }  // namespace orv::sql::print

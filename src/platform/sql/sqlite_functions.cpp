@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "common/collation.h"
 #include "common/datetime.h"
 #include "platform/sql/date_text.h"
 
@@ -48,24 +49,6 @@ std::vector<char32_t> Decode(const unsigned char* s, size_t n) {
   return out;
 }
 
-void Encode(char32_t cp, std::string& out) {
-  if (cp < 0x80) {
-    out += static_cast<char>(cp);
-  } else if (cp < 0x800) {
-    out += static_cast<char>(0xC0 | (cp >> 6));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else if (cp < 0x10000) {
-    out += static_cast<char>(0xE0 | (cp >> 12));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (cp >> 18));
-    out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  }
-}
-
 // Case folding of the Latin letters the practice's data holds (ASCII and
 // Latin-1: 'É' equals 'é'); accents stay significant, as in the server's
 // accent-sensitive collation.
@@ -75,35 +58,12 @@ char32_t Fold(char32_t c) {
   return c;
 }
 
-int CompareCi(const void* a, int na, const void* b, int nb) {
-  auto* pa = static_cast<const unsigned char*>(a);
-  auto* pb = static_cast<const unsigned char*>(b);
-  // Trailing blanks do not count (the server pads the shorter text).
-  while (na > 0 && pa[na - 1] == ' ') --na;
-  while (nb > 0 && pb[nb - 1] == ' ') --nb;
-  // Most text is ASCII: compare it in place.
-  int i = 0;
-  for (; i < na && i < nb && pa[i] < 0x80 && pb[i] < 0x80; ++i) {
-    int x = std::tolower(pa[i]), y = std::tolower(pb[i]);
-    if (x != y) return x < y ? -1 : 1;
-  }
-  if ((i == na || pa[i] < 0x80) && (i == nb || pb[i] < 0x80)) {
-    if (na == nb) return 0;
-    return i == na ? -1 : 1;
-  }
-  pa += i, pb += i, na -= i, nb -= i;
-  std::vector<char32_t> ca = Decode(pa, static_cast<size_t>(na));
-  std::vector<char32_t> cb = Decode(pb, static_cast<size_t>(nb));
-  size_t n = std::min(ca.size(), cb.size());
-  for (size_t k = 0; k < n; ++k) {
-    char32_t x = Fold(ca[k]), y = Fold(cb[k]);
-    if (x != y) return x < y ? -1 : 1;
-  }
-  if (ca.size() == cb.size()) return 0;
-  return ca.size() < cb.size() ? -1 : 1;
+// Comparison and ORDER BY of text: the practice's dictionary order (equal
+// exactly when equal ignoring case and trailing blanks).
+int CollateCi(void*, int na, const void* a, int nb, const void* b) {
+  return collation::Compare(std::string_view(static_cast<const char*>(a), static_cast<size_t>(na)),
+                            std::string_view(static_cast<const char*>(b), static_cast<size_t>(nb)));
 }
-
-int CollateCi(void*, int na, const void* a, int nb, const void* b) { return CompareCi(a, na, b, nb); }
 
 std::string TextArg(sqlite3_value* v) {
   const unsigned char* t = sqlite3_value_text(v);
@@ -117,7 +77,8 @@ std::vector<char32_t> CodePoints(sqlite3_value* v) {
 
 std::string Utf8(const std::vector<char32_t>& cps, size_t from = 0, size_t count = std::string::npos) {
   std::string out;
-  for (size_t i = from; i < cps.size() && (count == std::string::npos || i < from + count); ++i) Encode(cps[i], out);
+  for (size_t i = from; i < cps.size() && (count == std::string::npos || i < from + count); ++i)
+    collation::AppendUtf8(cps[i], out);
   return out;
 }
 

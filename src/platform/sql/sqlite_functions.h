@@ -9,8 +9,8 @@
 namespace orv::sql {
 
 // Installs on `db`:
-//   collation orv_ci           SQL Server's default text comparison: case-
-//                              insensitive, trailing blanks ignored
+//   collation orv_ci           SQL Server's default text comparison: the
+//                              dictionary order of common/collation.h
 //   orv_getdate()              orv::Clock::Now() as 'YYYY-MM-DD HH:MM:SS', read
 //                              each time the statement runs
 //   orv_date(x)                date text in any form SQL Server reads, or a

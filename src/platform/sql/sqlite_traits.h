@@ -46,7 +46,7 @@ struct SqliteTraits {
         {"ASCII", "UNICODE"},          {"UNICODE", "UNICODE"},        {"FLOOR", "orv_floor"},
         {"CEILING", "orv_ceiling"},    {"ROUND", "orv_round"},        {"POWER", "orv_power"},
         {"SQRT", "orv_sqrt"},          {"ISNUMERIC", "orv_isnumeric"}, {"ISDATE", "orv_isdate"},
-        {"COUNT_BIG", "COUNT"},        {"DATALENGTH", "LENGTH"},      {"SIGN", "orv_sign"}};
+        {"COUNT_BIG", "COUNT"},        {"SIGN", "orv_sign"}};
     for (const auto& [from, to] : kMap) {
       if (tsql == from) return to;
     }

@@ -96,6 +96,32 @@ TEST(Criteria, MalformedTextNamesTheTextAndPlace) {
   }
 }
 
+std::string Repeat(const std::string& s, int n) {
+  std::string out;
+  for (int i = 0; i < n; ++i) out += s;
+  return out;
+}
+
+// Long lists of conditions, as a host builds them for a picked set of rows,
+// and parentheses past the limit.
+TEST(Criteria, LongChainsEvaluateAndDeepNestingIsRefused) {
+  const int n = 30000;
+  EXPECT_TRUE(Eval(Repeat("ID = 1 OR ", n) + "ID = 12"));
+  EXPECT_FALSE(Eval(Repeat("ID = 1 OR ", n) + "ID = 13"));
+  EXPECT_TRUE(Eval(Repeat("ID <> 1 AND ", n) + "ID = 12"));
+  EXPECT_FALSE(Eval("ID = 13 AND " + Repeat("ID <> 1 AND ", n) + "ID = 12"));
+  EXPECT_TRUE(Eval(Repeat("(", Criteria::kMaxNesting) + "ID = 12" + Repeat(")", Criteria::kMaxNesting)));
+  std::string deep = Repeat("(", 2 * Criteria::kMaxNesting) + "ID = 12" + Repeat(")", 2 * Criteria::kMaxNesting);
+  try {
+    Criteria::Parse(deep);
+    ADD_FAILURE() << "parsed";
+  } catch (const DatabaseError& e) {
+    EXPECT_NE(e.description().find("more than " + std::to_string(Criteria::kMaxNesting) + " levels"),
+              std::string::npos)
+        << e.description().substr(0, 200);
+  }
+}
+
 TEST(Criteria, UnknownFieldIsNamed) {
   Criteria c = Criteria::Parse("Nope = 1 OR ID = 2");
   try {

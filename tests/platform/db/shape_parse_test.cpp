@@ -96,5 +96,32 @@ TEST(ShapeParse, MalformedStatementsNameThePlace) {
   }
 }
 
+// `levels` SHAPEs, each the child of the one around it.
+std::string NestedShape(int levels) {
+  std::string s;
+  for (int i = 1; i < levels; ++i) s += "SHAPE {SELECT ID FROM Patient} APPEND ((";
+  s += "SHAPE {SELECT ID FROM Patient} APPEND ({SELECT ID FROM Patient} RELATE ID TO ID)";
+  for (int i = 1; i < levels; ++i) s += ") RELATE ID TO ID)";
+  return s;
+}
+
+int Depth(const ShapeNode& n) { return n.children.empty() ? 1 : 1 + Depth(n.children[0].node); }
+
+TEST(ShapeParse, NestingIsBoundedBeforeItRecurses) {
+  EXPECT_EQ(Depth(ParseShape(NestedShape(kMaxShapeNesting))), kMaxShapeNesting + 1);
+  // Twice the limit, and the depth that once ran the process out of stack.
+  for (int levels : {2 * kMaxShapeNesting, 15000}) {
+    SCOPED_TRACE(levels);
+    try {
+      ParseShape(NestedShape(levels));
+      ADD_FAILURE() << "parsed";
+    } catch (const DatabaseError& e) {
+      EXPECT_NE(e.description().find("more than " + std::to_string(kMaxShapeNesting) + " levels"),
+                std::string::npos)
+          << e.description().substr(0, 200);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace orv::db

@@ -10,15 +10,19 @@
 #include <stdexcept>
 #include <string>
 
+#include "platform/db/copy_database.h"
+#include "support/postgres.h"
+
 namespace orv::db::testing {
 
 class TempDb {
  public:
   explicit TempDb(const std::string& sql) {
     static std::atomic<int> counter{0};
-    path_ = (std::filesystem::temp_directory_path() /
-             ("orvenda_db_test_" + std::to_string(::getpid()) + "_" + std::to_string(counter++) + ".db"))
-                .string();
+    path_ =
+        (std::filesystem::temp_directory_path() / ("orvenda_db_test_" + std::to_string(::getpid()) +
+                                                   "_" + std::to_string(counter++) + ".db"))
+            .string();
     std::filesystem::remove(path_);
     sqlite3* db = nullptr;
     sqlite3_open(path_.c_str(), &db);
@@ -91,7 +95,8 @@ INSERT INTO "Splits" VALUES (3, 'HYG', 0.4), (3, 'DDS', 0.6);
 // A path in the temporary folder, unique to this process, for a file a test
 // makes (the test removes it).
 inline std::string TempFilePath(const std::string& name) {
-  return (std::filesystem::temp_directory_path() / ("orvenda_db_test_" + std::to_string(::getpid()) + "_" + name))
+  return (std::filesystem::temp_directory_path() /
+          ("orvenda_db_test_" + std::to_string(::getpid()) + "_" + name))
       .string();
 }
 
@@ -101,16 +106,34 @@ inline int RowDifferences(const std::string& a, const std::string& b, const std:
   sqlite3* db = nullptr;
   sqlite3_open(a.c_str(), &db);
   sqlite3_exec(db, ("ATTACH '" + b + "' AS other").c_str(), nullptr, nullptr, nullptr);
-  std::string q = "SELECT (SELECT COUNT(*) FROM (SELECT * FROM main.\"" + table + "\" EXCEPT SELECT * FROM other.\"" +
-                  table + "\")) + (SELECT COUNT(*) FROM (SELECT * FROM other.\"" + table +
+  std::string q = "SELECT (SELECT COUNT(*) FROM (SELECT * FROM main.\"" + table +
+                  "\" EXCEPT SELECT * FROM other.\"" + table +
+                  "\")) + (SELECT COUNT(*) FROM (SELECT * FROM other.\"" + table +
                   "\" EXCEPT SELECT * FROM main.\"" + table + "\"))";
   sqlite3_stmt* st = nullptr;
   int n = -1;
-  if (sqlite3_prepare_v2(db, q.c_str(), -1, &st, nullptr) == SQLITE_OK && sqlite3_step(st) == SQLITE_ROW)
+  if (sqlite3_prepare_v2(db, q.c_str(), -1, &st, nullptr) == SQLITE_OK &&
+      sqlite3_step(st) == SQLITE_ROW)
     n = sqlite3_column_int(st, 0);
   sqlite3_finalize(st);
   sqlite3_close(db);
   return n;
 }
+
+// A practice written from SQL text to a file and copied to a new database
+// on the test server (ORVENDA_TEST_PG), for the tests that run the same
+// rows on both engines.
+class PracticeOnServer {
+ public:
+  explicit PracticeOnServer(const std::string& sql) : file_(sql) {
+    CopyDatabase(file_.url(), server_.url());
+  }
+  const TempDb& file() const { return file_; }
+  const std::string& url() const { return server_.url(); }
+
+ private:
+  TempDb file_;
+  orv::testing::FreshPgDatabase server_;
+};
 
 }  // namespace orv::db::testing

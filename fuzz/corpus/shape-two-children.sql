@@ -1,0 +1,1 @@
+SHAPE {SELECT ID, LastName FROM Patient WHERE [Active?] <> 0} AS p APPEND ({SELECT * FROM Invoices WHERE InvoiceTotal > 0} AS i RELATE ID TO PatientID) AS Invoices, ({SELECT PatientID, SUM(InvoiceTotal) AS t FROM Invoices GROUP BY PatientID} RELATE 'ID' TO [PatientID])

@@ -1,0 +1,136 @@
+// Names in dictionary order wherever text is ordered: SQLite's collation,
+// the PostgreSQL sort key and the recordset's Sort and Filter give the
+// order a French-Canadian front desk works out by hand.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "common/collation.h"
+#include "platform/db/connection.h"
+#include "platform/db/copy_database.h"
+#include "platform/db/engine.h"
+#include "platform/db/recordset.h"
+#include "support/postgres.h"
+#include "temp_db.h"
+
+namespace orv::db {
+namespace {
+
+using testing::TempDb;
+
+// The order worked by hand: base letters first, case ignored, a hyphen or an
+// apostrophe left out until the letters tie; then the plain letter before
+// the accented one; trailing blanks never count. The two spellings of Côté
+// are equal and keep their ID order.
+const std::vector<std::string> kHandOrder = {
+    "Abbott",       "Aubé",         "Aubert",   "Belanger", "Bélanger",   "Bell   ",
+    "Caron",        "Çelik",        "Cote",     "coté",     "Côté",       "CÔTÉ  ",
+    "Dagenais",     "Dallaire",     "D'Amour",  "Dupont",   "Dupontel",   "Dupont-Roy",
+    "Elise",        "Élise",        "Emma",     "Étienne",  "Laetitia",   "Lætitia",
+    "Lafleur",      "Levesque",     "Lévesque", "Lindgren", "Mac Donald", "MacDonald",
+    "McDonald",     "Obrien",       "O'Brien",  "O'Neil",   "Ouellet",    "Saint Pierre",
+    "Sainte-Marie", "Saint-Pierre", "Yves",     "Zoe",      "Zoé",
+};
+
+// The names stored in a shuffled order, each with its place in kHandOrder
+// as its ID, so that ties fall back on the hand order.
+std::string NamesTable() {
+  std::vector<size_t> order(kHandOrder.size());
+  for (size_t i = 0; i < order.size(); ++i) order[i] = i;
+  std::shuffle(order.begin(), order.end(), std::mt19937(7));
+  std::string sql = "CREATE TABLE Names (ID INTEGER PRIMARY KEY, Name VARCHAR(40));";
+  for (size_t i : order) {
+    std::string quoted;
+    for (char c : kHandOrder[i]) quoted += c == '\'' ? std::string("''") : std::string(1, c);
+    sql += "INSERT INTO Names VALUES (" + std::to_string(i + 1) + ", '" + quoted + "');";
+  }
+  return sql;
+}
+
+std::vector<std::string> Column(const std::shared_ptr<RowSet>& rows, size_t column) {
+  std::vector<std::string> out;
+  for (const auto& row : rows->rows) out.push_back(CStr(row.at(column)));
+  return out;
+}
+
+// What one engine's statements give, and what a recordset over its rows
+// gives, for every way text is ordered or compared by order.
+struct Orders {
+  std::vector<std::string> order_by, order_by_desc, recordset_sort, between, recordset_between;
+  std::string min, max;
+  long below_emile = 0, recordset_below_emile = 0;
+};
+
+Orders Read(const std::string& url) {
+  Connection conn(url);
+  Orders o;
+  o.order_by = Column(conn.Query("SELECT Name FROM Names ORDER BY Name, ID"), 0);
+  o.order_by_desc = Column(conn.Query("SELECT Name FROM Names ORDER BY Name DESC, ID DESC"), 0);
+  auto extremes = conn.Query("SELECT MIN(Name), MAX(Name) FROM Names");
+  o.min = CStr(extremes->rows.at(0).at(0));
+  o.max = CStr(extremes->rows.at(0).at(1));
+  o.between = Column(
+      conn.Query("SELECT Name FROM Names WHERE Name BETWEEN 'Elise' AND 'Étienne' ORDER BY ID"), 0);
+  o.below_emile =
+      CLng(conn.Query("SELECT COUNT(*) FROM Names WHERE Name < 'Émile'")->rows.at(0).at(0));
+
+  Recordset rs;
+  rs.Open("SELECT ID, Name FROM Names", conn, adOpenStatic, adLockReadOnly, adCmdText);
+  rs.Sort("Name, ID");
+  for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext())
+    o.recordset_sort.push_back(CStr(rs["Name"].Value()));
+  rs.Sort("ID");
+  rs.Filter("Name >= 'Elise' AND Name <= 'Étienne'");
+  for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext())
+    o.recordset_between.push_back(CStr(rs["Name"].Value()));
+  rs.Filter("Name < 'Émile'");
+  o.recordset_below_emile = rs.RecordCount();
+  return o;
+}
+
+void ExpectHandOrder(const Orders& o) {
+  const std::vector<std::string> reversed(kHandOrder.rbegin(), kHandOrder.rend());
+  // Statements return the text as stored; trailing blanks are data.
+  EXPECT_EQ(o.order_by, kHandOrder);
+  EXPECT_EQ(o.order_by_desc, reversed);
+  EXPECT_EQ(o.recordset_sort, kHandOrder);
+  EXPECT_EQ(o.min, "Abbott");
+  EXPECT_EQ(o.max, "Zoé");
+  const std::vector<std::string> elise_to_etienne = {"Elise", "Élise", "Emma", "Étienne"};
+  EXPECT_EQ(o.between, elise_to_etienne);
+  EXPECT_EQ(o.recordset_between, elise_to_etienne);
+  // Everything up to "Elise", "Élise", then "Emma" > "Émile"; "Émile" is not
+  // stored.
+  const long below = std::find(kHandOrder.begin(), kHandOrder.end(), "Emma") - kHandOrder.begin();
+  EXPECT_EQ(o.below_emile, below);
+  EXPECT_EQ(o.recordset_below_emile, below);
+}
+
+TEST(DictionaryOrder, SqliteAndItsRecordsets) {
+  TempDb db(NamesTable());
+  ExpectHandOrder(Read(db.url()));
+}
+
+TEST(DictionaryOrder, PostgresAndItsRecordsetsGiveTheSameOrder) {
+  ORV_REQUIRE_POSTGRES();
+  testing::PracticeOnServer server(NamesTable());
+  ExpectHandOrder(Read(server.url()));
+
+  // The server's key is the layer's key, byte for byte, for every name.
+  auto engine = OpenEngine(server.url());
+  auto stmt = engine->Prepare("SELECT \"Name\", orvenda.orv_key(\"Name\") FROM \"Names\"", "keys");
+  int rows = 0;
+  while (stmt->Step()) {
+    std::string name = CStr(stmt->Column(0));
+    SCOPED_TRACE(name);
+    EXPECT_EQ(CStr(stmt->Column(1)), collation::SortKey(name));
+    ++rows;
+  }
+  EXPECT_EQ(rows, static_cast<int>(kHandOrder.size()));
+}
+
+}  // namespace
+}  // namespace orv::db
