@@ -60,6 +60,18 @@ std::string PatientLabelText(clsCommonFunctions& cf, const db::Recordset& rs) {
          cf.returnStr(rs["Address"].Value());
 }
 
+// The one-label-per-page frame: margins of 200 twips all round, the page
+// the way given, the document started and the text centred.
+void StartSingleLabels(frame::PrintSurface& vsp, int orientation) {
+  vsp.MarginLeft(200);
+  vsp.MarginRight(200);
+  vsp.MarginTop(200);
+  vsp.MarginBottom(200);
+  vsp.Orientation(orientation);
+  vsp.StartDoc();
+  vsp.TextAlign(7);
+}
+
 const char* kNoAppointment =
     "You have not selected a valid appointment.  As a result, nothing can be printed. Please "
     "select a vaild appointment from the list first, and try again.";
@@ -138,13 +150,7 @@ void clsReports::rptMailingLabelsSinglePage(std::string txtfilter) {
   // Asked before anything is read or drawn: a refusal leaves no document.
   if (vsp.PrintDialog(2) == 0) return;
   db::Recordset rs = Open(PatientLabelSql(NoZeroFilter(txtfilter)));
-  vsp.MarginLeft(200);
-  vsp.MarginRight(200);
-  vsp.MarginTop(200);
-  vsp.MarginBottom(200);
-  vsp.Orientation(1);
-  vsp.StartDoc();
-  vsp.TextAlign(7);
+  StartSingleLabels(vsp, 1);
   while (!rs.Eof()) {
     vsp.Text(PatientLabelText(cf, rs));
     RaiseProgress(rs);
@@ -164,13 +170,7 @@ void clsReports::rptFolderLabelsSingleSheet(std::string txtfilter, iPosition Pos
     // first, the patients' statement, margins of 200 twips.
     if (vsp.PrintDialog(2) == 0) return;
     db::Recordset rs = Open(PatientLabelSql(NoZeroFilter(txtfilter)));
-    vsp.MarginLeft(200);
-    vsp.MarginRight(200);
-    vsp.MarginTop(200);
-    vsp.MarginBottom(200);
-    vsp.Orientation(Position == rptTwo ? 1 : 0);
-    vsp.StartDoc();
-    vsp.TextAlign(7);
+    StartSingleLabels(vsp, Position == rptTwo ? 1 : 0);
     if (Position == rptTwo) vsp.FontSize(14);
     while (!rs.Eof()) {
       const std::string name = JoinedName(cf, rs, {"Title", "FirstName", "LastName"});

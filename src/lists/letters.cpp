@@ -48,12 +48,24 @@ std::string TitledName(const std::string& title, const std::string& last) {
 
 }  // namespace
 
-// Sets the patient on the component's record and the component's office
-// from it: the letter is the patient's office's, and the office stays set
-// after the run, as the desk's next report expects.
-static void SetLetterPatient(clsReports& r, int32_t id) {
-  r.Patient().PatientID(id);
+// Starts a letter's document in portrait and sets the patient on the
+// component's record and the component's office from it: the letter is the
+// patient's office's, and the office stays set after the run, as the desk's
+// next report expects.
+static void StartLetter(clsReports& r, const std::string& title, int32_t patient) {
+  frame::PrintSurface& vsp = r.VSP();
+  vsp.Orientation(0);
+  vsp.DocName(title);
+  vsp.StartDoc();
+  r.Patient().PatientID(patient);
   r.OfficeID = r.Patient().OfficeID();
+}
+
+// The message for a letter whose row is not on file; the run prints nothing.
+static void NotOnFile(clsReports& r, const std::string& title, const std::string& what, int32_t id,
+                      const std::string& statement) {
+  r.Host().ShowFailure(title + ": " + what + " " + std::to_string(id) + " is not on file (" + statement +
+                       "); nothing was printed.");
 }
 
 std::string lists::ReactivationGap(DateTime last_visit, DateTime today) {
@@ -82,7 +94,8 @@ void clsReports::rptReActivationLetter(std::string txtfilter, std::string Office
   vsp.StartDoc();
   const std::string today = Format(Variant(Clock::Today()), "yyyy-mm-dd");
   while (!rs.Eof()) {
-    SetLetterPatient(*this, CLng(rs["ID"].Value()));
+    Patient().PatientID(CLng(rs["ID"].Value()));
+    OfficeID = Patient().OfficeID();
     db::Recordset visits = Open("Select ID, Date from PatientAppointments where PatientID = " +
                                 CStr(rs["ID"].Value()) + " and [Date] <= '" + today +
                                 "'  order by [Date] DESC");
@@ -149,15 +162,8 @@ void clsReports::rptNoShowLetter(int32_t ID, std::string SignedBy, Variant Body,
       "Patient.PrimaryHolderID, PatientAppointments.Time FROM PatientAppointments INNER JOIN "
       "Patient ON PatientAppointments.PatientID = Patient.ID where PatientAppointments.ID = " +
       std::to_string(ID));
-  if (rs.Eof()) {
-    Host().ShowFailure("No Show Letter: appointment " + std::to_string(ID) +
-                       " is not on file (PatientAppointments joined with Patient); nothing was printed.");
-    return;
-  }
-  vsp.Orientation(0);
-  vsp.DocName("No Show Letter");
-  vsp.StartDoc();
-  SetLetterPatient(*this, CLng(rs["PatientID"].Value()));
+  if (rs.Eof()) return NotOnFile(*this, "No Show Letter", "appointment", ID, "PatientAppointments joined with Patient");
+  StartLetter(*this, "No Show Letter", CLng(rs["PatientID"].Value()));
   // Under 18 by calendar years, whatever the birthday, and only with a
   // holder to write to; a patient without a birth date is an adult.
   const Variant birth = rs["BirthDate"].Value();
@@ -206,15 +212,8 @@ void clsReports::rptRefferalLetter(int32_t ID, std::optional<bool> IsDentist) {
   db::Recordset rs = Open(
       "SELECT RefferedBy, LastName, ReferringDentistID, FirstName, ID FROM Patient where ID = " +
       std::to_string(ID));
-  if (rs.Eof()) {
-    Host().ShowFailure("Refferal Letter: patient " + std::to_string(ID) +
-                       " is not on file (Patient); nothing was printed.");
-    return;
-  }
-  vsp.Orientation(0);
-  vsp.DocName("Refferal Letter");
-  vsp.StartDoc();
-  SetLetterPatient(*this, ID);
+  if (rs.Eof()) return NotOnFile(*this, "Refferal Letter", "patient", ID, "Patient");
+  StartLetter(*this, "Refferal Letter", ID);
   vsp.TextAlign(0);
   DateLine(vsp, "mmm/dd/yyyy");
   const Variant dentist = rs["ReferringDentistID"].Value();
@@ -257,16 +256,9 @@ void clsReports::NewPatientLetter(int32_t ID, std::string LetterBody, std::strin
   // answer: the welcome letter has always gone out regardless.
   (void)vsp.PrintDialog(2);
   db::Recordset rs = Open("SELECT * from Patient where ID = " + std::to_string(ID));
-  if (rs.Eof()) {
-    Host().ShowFailure("Refferal Letter: patient " + std::to_string(ID) +
-                       " is not on file (Patient); nothing was printed.");
-    return;
-  }
-  vsp.Orientation(0);
   // The welcome letter has always carried the referral letter's title.
-  vsp.DocName("Refferal Letter");
-  vsp.StartDoc();
-  SetLetterPatient(*this, ID);
+  if (rs.Eof()) return NotOnFile(*this, "Refferal Letter", "patient", ID, "Patient");
+  StartLetter(*this, "Refferal Letter", ID);
   OfficeLine(vsp, OfficeName);
   vsp.Text(" ");
   vsp.TextAlign(9);
@@ -288,16 +280,9 @@ void clsReports::OfficePolicyAcknowledgement(int32_t PatientID, int32_t OfficeID
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   db::Recordset rs = Open("SELECT * from Patient where ID = " + std::to_string(PatientID));
-  if (rs.Eof()) {
-    Host().ShowFailure("Practice Policy Statement: patient " + std::to_string(PatientID) +
-                       " is not on file (Patient); nothing was printed.");
-    return;
-  }
+  if (rs.Eof()) return NotOnFile(*this, "Practice Policy Statement", "patient", PatientID, "Patient");
   db::Recordset office = Open("Select * from OfficeInformation where ID = " + std::to_string(OfficeID_));
-  vsp.Orientation(0);
-  vsp.DocName("Practice Policy Statement");
-  vsp.StartDoc();
-  SetLetterPatient(*this, PatientID);
+  StartLetter(*this, "Practice Policy Statement", PatientID);
   // The office's name goes where the heading names the office.
   const std::string office_name = office.Eof() ? "" : cf.returnStr(office["Name"].Value());
   PrintReportHeading("Practice Policy Statement", "", "", office_name);
