@@ -154,6 +154,42 @@ class clsReports {
   // Whether FamilyAppointmentsSummary would draw anything for `ID`.
   bool FamilyHasComingAppointments(int32_t ID);
 
+  // ---- The appointment report set ----
+  // Chains the sections whose flags are set, always in the order: day book,
+  // reschedules, incomplete, planned, treatment plans, operatory, booking;
+  // each after a new page but the first. `ProviderNames` is a provider
+  // filter ("ProviderID = 3 OR ProviderID = 5"; "" or "0": all).
+  // `Category` a ProcedureCategories.ID, 0 for all.
+  void rptAppointmentReports(bool blnApp, bool blnAppIncomplete, bool blnAppPlanned,
+                             bool blnAppReschedules, bool blnTreatmentPlans, bool blnOperatory,
+                             bool blnBooking, DateTime dtStart, DateTime dtEnd, std::string UserName,
+                             std::string ProviderNames, int32_t Category);
+  // The sections, drawn into the running document. `Complete` true lists
+  // only appointments not yet complete.
+  void srptAppointments(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                        int32_t Category = 0, bool Complete = false);
+  void srptOperatoryList(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd,
+                         int32_t Category);
+  void srptPlannedAppointmentsList(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd,
+                                   int32_t Category = 0);
+  void srptTreatmentPlansOutstanding(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd);
+  void srptAppointmentReschedules(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd);
+  // Units available and booked per provider and per team member, this
+  // period and the same period a year before.
+  void srptBookingDiagnostics(DateTime dtStart, DateTime dtEnd);
+  // Every patient's appointments; `txtfilter` a condition on Patient.
+  void rptAppointmentsByPatient(std::string txtfilter, std::string UserName);
+  // Entries kept for hosts that call them: they draw nothing.
+  void rptRescheduleAnalysis(int16_t theType, std::string Header);
+  void OverDueTreatmentPlans(DateTime StartDate, DateTime Enddate, std::string Header);
+  // One page for one day: a column per provider, a row per booking unit.
+  // Goes to the printer; the form's IsDaySheet is true during the run.
+  void rptDaySheet(DateTime theDate, std::vector<int32_t>& Providers, std::string UserName,
+                   std::string OfficeName);
+  // The slip that travels with the patient on the day of the appointment;
+  // `txtfilter` the condition after " where " of the appointment query.
+  void rptRoutingSlip(std::string txtfilter, std::string UserName);
+
   // ---- Invoices, receipts and bulk statements ----
   // One invoice on the office letterhead, addressed to the patient or, for a
   // minor with a primary holder, to the holder; previewed. An unknown
@@ -365,6 +401,86 @@ class clsReports {
   void rptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd, std::string txtfilter,
                                std::string UserName);
   void srptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd, std::string txtfilter);
+
+  // ---- Claim forms and insurance billing ----
+  // The dental claim form of one invoice (Invoices.ID), English or French,
+  // with the address of office `CurrentOfficeID`; printed at once.
+  // `InsuranceCompany` 0, 1, 2 reads the primary, secondary or tertiary
+  // assignment of the invoice; 3 prints the subscriber labels without values
+  // and pays the subscriber. An invoice, employer or mode the form cannot
+  // print shows the claim failure message and prints nothing.
+  void rptClaimForm(int32_t ID, int32_t CurrentOfficeID, int16_t InsuranceCompany = 0);
+  void rptClaimFormF(int32_t ID, int32_t CurrentOfficeID, int16_t InsuranceCompany = 0);
+  // The same form asking in advance for a proposed treatment
+  // (PatientPredTreatments.ID); `strFilter` ("" or "0": none) selects its
+  // lines. A treatment the form cannot print ends silently, printing nothing.
+  void rptPredClaimForm(int32_t ID, int32_t CurrentOfficeID, std::string strFilter);
+  void rptPredClaimFormF(int32_t ID, int32_t CurrentOfficeID, std::string strFilter);
+  // Per insurance company, what electronic claims billed and what their
+  // explanations of benefits returned; previewed.
+  void rptInsuranceBilling(std::string UserName);
+  // The insurer of an employer (Employers.InsuranceID); 0 for Null, blank,
+  // a value not above 0 or an employer not on file.
+  int32_t InsuranceOfEmployer(const Variant& EmployerID);
+
+  // ---- Treatment plans ----
+  // One proposed treatment (PatientPredTreatments.ID) as a letter in plain
+  // words on the patient's office letterhead, section by section with fees
+  // and, for a patient who assigned benefits, the insurance share; printed
+  // at once. `strFilter` ("" or "0": none) selects the lines; OfficeName
+  // and OfficeAddress are accepted and not used. Sets OfficeID to the
+  // patient's office.
+  void rptLaypersonTreatmentPlan(std::string OfficeName, std::string OfficeAddress, int32_t ID,
+                                 std::string strFilter);
+  void rptLaypersonTreatmentPlanF(std::string OfficeName, std::string OfficeAddress, int32_t ID,
+                                  std::string strFilter);
+
+  // ---- Referrals ----
+  // The referral package: the procedure types of referred patients, the
+  // referrals in detail, the referral production summary and the alerts of
+  // `arrProviderIDs`, each when its flag is set. `blnRefDentistList`,
+  // `blnRefPatient` and `Category` are accepted and change nothing.
+  // `OrderFlag` 0 by preferred doctor, 1 by referring dentist, 3 by number
+  // of referred patients. Errors show the package's message box.
+  void rptReferralReports(bool blnRefDentistList, bool blnRefDentistType, bool blnRefDetailed,
+                          bool blnRefPatient, bool blnRefSummary, bool blnRefAlert,
+                          DateTime dtStart, DateTime dtEnd, std::string UserName,
+                          std::string ProviderNames, int32_t Category,
+                          std::vector<int32_t> arrProviderIDs = {}, int32_t OrderFlag = 0);
+  // Sections drawn into the running document.
+  void srptReferringDentistList();
+  void srptReferringDentistType(DateTime dtStart, DateTime dtEnd);
+  void srptReferringDentistSummary(DateTime Stardate, DateTime Enddate, int32_t SortBy = 0);
+  void srptReferringDentistDetailed(DateTime StartDate, DateTime Enddate,
+                                    std::vector<int32_t> arrProviderIDs = {}, int32_t SortBy = 0);
+  void srptRefferedByPatient(DateTime dtStart, DateTime dtEnd);
+  // One provider's referral alert page; `ReferralAlertWarned` keeps the
+  // warning about providers without criteria to one per run.
+  void srptReferralAlerts(std::string EmployeeID);
+  bool ReferralAlertWarned = false;
+  // Production and income of the period credited to each patient's
+  // referring dentist, after the referral links are checked (and, if the
+  // user agrees, repaired). Draws into a running document or makes its own.
+  void ReferralProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std::string UserName);
+  // True when every `lngFkField` of `strForeignKeyTable` names a row of
+  // `strLookupTable` by `lngField`; otherwise asks whether to repair, and
+  // repairs on Yes. False while a broken link remains.
+  bool CheckRelationships(std::string strLookupTable, std::string lngField,
+                          std::string strForeignKeyTable, std::string lngFkField);
+  // The repair behind CheckRelationships, in one transaction.
+  void RepairRelationships(const std::string& strLookupTable, const std::string& lngField,
+                           const std::string& strForeignKeyTable, const std::string& lngFkField);
+  // Each dentist's payments of the period, by row of `Rows` (see
+  // ReferralProductSumReport).
+  struct ReferralRow {
+    int32_t id = 0;
+    std::string label;
+    Currency dental, lab, interest, total, writeoff, net;
+    Currency pay_dental, pay_labs, pay_adjusts, pay_net;
+    bool used = false;
+  };
+  void srptReferralPayments(DateTime dtStartDate, DateTime dtEndDate,
+                            std::vector<ReferralRow>& Rows);
 
   // ---- For report code: private services of the component ----
   // (Public in C++ so that the report families in other folders, which are
