@@ -33,6 +33,9 @@ struct MethodSignature {
   // the practice-wide aged list): the host's document then goes without
   // one of its own, so the title does not stand twice.
   bool heads_itself = false;
+  // True for a method kept for hosts that call it and that draws nothing by
+  // design: a run without a document is then no failure.
+  bool draws_nothing = false;
 };
 
 const std::vector<MethodSignature>& MethodCatalog();

@@ -440,7 +440,7 @@ int RunReportHost(const std::vector<std::string>& args) {
     const auto& files = form.WrittenFiles();
     // A report that ends without a word and without a document (the
     // predetermination forms do so on an error) still failed for the script.
-    if (result.IsEmpty() && files.empty() && form.VSP.PageCount() == 0) {
+    if (result.IsEmpty() && files.empty() && form.VSP.PageCount() == 0 && !sig->draws_nothing) {
       Say("orvenda-reports: " + std::string(sig->name) + " produced no document");
       return 1;
     }
