@@ -6,9 +6,12 @@
 #include <ostream>
 
 #include "common/datetime.h"
+#include "named_cases.h"
 
 namespace orv {
 namespace {
+
+using orv::testing::CaseName;
 
 struct ParseCase {
   const char* name;
@@ -18,10 +21,6 @@ struct ParseCase {
 
 void PrintTo(const ParseCase& c, std::ostream* os) {
   *os << c.name << " [" << c.text << "]";
-}
-
-std::string CaseName(const ::testing::TestParamInfo<ParseCase>& info) {
-  return info.param.name;
 }
 
 class ParseDate : public ::testing::TestWithParam<ParseCase> {

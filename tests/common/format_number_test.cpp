@@ -7,9 +7,13 @@
 
 #include "common/errors.h"
 #include "common/format.h"
+#include "named_cases.h"
 
 namespace orv {
 namespace {
+
+using orv::testing::Cur;
+using orv::testing::CaseName;
 
 struct FormatCase {
   const char* name;
@@ -20,14 +24,6 @@ struct FormatCase {
 
 void PrintTo(const FormatCase& c, std::ostream* os) {
   *os << c.name << " [" << c.fmt << "]";
-}
-
-std::string CaseName(const ::testing::TestParamInfo<FormatCase>& info) {
-  return info.param.name;
-}
-
-Currency Cur(const char* text) {
-  return Currency::FromDecimalText(text);
 }
 
 class FormatNumber : public ::testing::TestWithParam<FormatCase> {};
