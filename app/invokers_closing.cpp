@@ -19,5 +19,89 @@ InvokerRegistrar income_by_provider("rptIncomeByProvider", [](clsReports& r, con
   return Variant();
 });
 
+InvokerRegistrar cash_in_detailed("rptCashInDetailed", [](clsReports& r, const MethodArgs& a) {
+  DateTime start = a.Date(0);
+  DateTime end = a.Date(1);
+  r.rptCashInDetailed(start, end, a.Str(2), a.Str(3));
+  return Variant();
+});
+InvokerRegistrar cash_in_detailed_section("srptCashInDetailed", [](clsReports& r,
+                                                                   const MethodArgs& a) {
+  r.srptCashInDetailed(a.Date(0), a.Date(1), a.Str(2), a.Str(3));
+  return Variant();
+});
+InvokerRegistrar cash_in_summary("rptCashInSummary", [](clsReports& r, const MethodArgs& a) {
+  r.rptCashInSummary(a.Date(0), a.Date(1), a.Str(2), a.Str(3));
+  return Variant();
+});
+InvokerRegistrar cash_in_summary_section("srptCashInSummary", [](clsReports& r,
+                                                                 const MethodArgs& a) {
+  r.srptCashInSummary(a.Date(0), a.Date(1), a.Str(2), a.Str(3));
+  return Variant();
+});
+InvokerRegistrar deposit_slip("rptBankDepositSlip", [](clsReports& r, const MethodArgs& a) {
+  r.rptBankDepositSlip(a.Date(0), a.Date(1), a.Str(2), a.Long(3));
+  return Variant();
+});
+InvokerRegistrar deposit_slip_section("srptBankDepositSlip", [](clsReports& r,
+                                                                const MethodArgs& a) {
+  r.srptBankDepositSlip(a.Date(0), a.Date(1), a.Str(2), a.Long(3));
+  return Variant();
+});
+InvokerRegistrar adjustment_report("rptAdjustmentReport", [](clsReports& r, const MethodArgs& a) {
+  r.rptAdjustmentReport(a.Date(0), a.Date(1), a.Str(2));
+  return Variant();
+});
+
+InvokerRegistrar incomplete_invoices("rptIncompleteInvoices", [](clsReports& r,
+                                                                  const MethodArgs& a) {
+  r.rptIncompleteInvoices(a.Date(0), a.Date(1), a.Str(2), a.Str(3), a.Str(4));
+  return Variant();
+});
+InvokerRegistrar incomplete_invoices_section("srptIncompleteInvoices", [](clsReports& r,
+                                                                          const MethodArgs& a) {
+  r.srptIncompleteInvoices(a.Str(0));
+  return Variant();
+});
+InvokerRegistrar adjustment_section("srptAdjustmentReport", [](clsReports& r,
+                                                               const MethodArgs& a) {
+  r.srptAdjustmentReport(a.Date(0), a.Date(1), a.Str(2), a.Int(3));
+  return Variant();
+});
+InvokerRegistrar adjustment_reallocation("srptAdjustmentReallocation", [](clsReports& r,
+                                                                          const MethodArgs& a) {
+  r.srptAdjustmentReallocation(a.Long(0), a.Date(1), a.Date(2), a.Int(3));
+  return Variant();
+});
+InvokerRegistrar edi("rptEDITransactions", [](clsReports& r, const MethodArgs& a) {
+  r.rptEDITransactions(a.Date(0), a.Date(1), a.Str(2));
+  return Variant();
+});
+InvokerRegistrar edi_section("srptEDITransactions", [](clsReports& r, const MethodArgs& a) {
+  r.srptEDITransactions(a.Date(0), a.Date(1), a.Str(2));
+  return Variant();
+});
+InvokerRegistrar new_patients("srptNewPatientReport", [](clsReports& r, const MethodArgs& a) {
+  r.srptNewPatientReport(a.Date(0), a.Date(1));
+  return Variant();
+});
+
+InvokerRegistrar month_end_analysis("rptMonthEndAnalysis", [](clsReports& r,
+                                                               const MethodArgs& a) {
+  r.rptMonthEndAnalysis(a.Date(0), a.Date(1), a.Str(2), a.Str(3), a.Str(4));
+  return Variant();
+});
+
+InvokerRegistrar non_aged_ar("rptNonAgedAR", [](clsReports& r, const MethodArgs& a) {
+  r.rptNonAgedAR(a.Date(0), a.Date(1), a.Str(2), a.Str(3), a.Str(4), a.Str(5));
+  return Variant();
+});
+
+InvokerRegistrar month_end_summary("rptMonthEndSummary", [](clsReports& r, const MethodArgs& a) {
+  std::vector<int32_t> ids = a.LongArray(5);
+  r.rptMonthEndSummary(a.Date(0), a.Date(1), a.Str(2), a.Str(3), a.Str(4), ids);
+  return Variant();
+});
+
 }  // namespace
 }  // namespace orv::app

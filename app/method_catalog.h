@@ -29,6 +29,10 @@ struct MethodSignature {
   // True for a method that draws into a document a run has started (besides
   // every `srpt...`): the host starts, heads, stamps and ends one for it.
   bool section = false;
+  // True for a section that prints its own heading (the detailed analysis,
+  // the practice-wide aged list): the host's document then goes without
+  // one of its own, so the title does not stand twice.
+  bool heads_itself = false;
 };
 
 const std::vector<MethodSignature>& MethodCatalog();

@@ -48,6 +48,8 @@ const char* kUsage =
     "                         CurrentOffice unless --setting CurrentOffice=... says otherwise)\n"
     "  --user NAME            the signed-in user (fills every UserName argument not given)\n"
     "  --today yyyy-mm-dd     fixes the clock every report reads\n"
+    "  --answer yes|no        the answer to a report's Yes/No question (default no: a run\n"
+    "                         never writes unasked); the question goes to stderr\n"
     "  --setting [Section.]Key=Value   a workstation setting (Section defaults to Settings)\n"
     "  --interest-rate R      the account interest rate (a number, e.g. 1.5)\n"
     "  --interest-delay DAYS  its grace period in days (-32768 to 32767)\n"
@@ -84,6 +86,9 @@ struct Invocation {
   std::string method;
   std::vector<std::string> positional;
   bool help = false;
+  // The answer to a Yes/No question of the report: no unless asked, so a
+  // run never writes to the practice unasked.
+  int answer = host::vbNo;
 };
 
 // Options may stand anywhere; the first word that is no option is the
@@ -115,6 +120,14 @@ Invocation ParseCommandLine(const std::vector<std::string>& args) {
       inv.out = value(a);
     } else if (a == "--user") {
       inv.user = value(a);
+    } else if (a == "--answer") {
+      std::string v = value(a);
+      if (v == "yes")
+        inv.answer = host::vbYes;
+      else if (v == "no")
+        inv.answer = host::vbNo;
+      else
+        throw std::invalid_argument("--answer wants yes or no, e.g. --answer yes; not '" + v + "'");
     } else if (a == "--printer") {
       inv.printer = value(a);
     } else if (a == "--office") {
@@ -231,7 +244,7 @@ Variant RunInOwnDocument(clsReports& reports, PreviewForm& form, const MethodSig
   vsp.Orientation(0);
   vsp.DocName(title);
   vsp.StartDoc();
-  reports.PrintReportHeading(title, user, "");
+  if (!sig.heads_itself) reports.PrintReportHeading(title, user, "");
   Variant result = invoker(reports, margs);
   reports.PrintPageFooters(kPrintedBy);
   vsp.EndDoc();
@@ -242,6 +255,7 @@ Variant RunInOwnDocument(clsReports& reports, PreviewForm& form, const MethodSig
 // The host's message box: the messages of a run go to stderr, without
 // passwords.
 struct CliHost : host::BatchHost {
+  explicit CliHost(int yes_no_answer) : BatchHost(yes_no_answer) {}
   int MsgBox(const std::string& prompt, int buttons, const std::string& title) override {
     return BatchHost::MsgBox(db::MaskSecrets(prompt), buttons, db::MaskSecrets(title));
   }
@@ -390,7 +404,7 @@ int RunReportHost(const std::vector<std::string>& args) {
     }
     form.SetOutput(inv.out);
     if (!inv.printer.empty()) form.SetPrinter(inv.printer);
-    CliHost cli_host;
+    CliHost cli_host(inv.answer);
     clsReports reports;
     reports.SetHostServices(&cli_host);
     reports.Connection(conn);
@@ -424,12 +438,22 @@ int RunReportHost(const std::vector<std::string>& args) {
     if (form.ShowCount() == 0 && form.PrintCount() == 0 && form.VSP.PageCount() > 0) form.Show();
     form.CommitWrites();
     const auto& files = form.WrittenFiles();
+    // A report that ends without a word and without a document (the
+    // predetermination forms do so on an error) still failed for the script.
+    if (result.IsEmpty() && files.empty() && form.VSP.PageCount() == 0) {
+      Say("orvenda-reports: " + std::string(sig->name) + " produced no document");
+      return 1;
+    }
     int pages = form.VSP.PageCount();
     std::string count = std::to_string(pages) + " page" + (pages == 1 ? "" : "s");
     if (files.size() == 1)
       Say("wrote " + files.front() + " (" + count + ")");
     else if (files.size() > 1)
       Say("wrote " + count + ": " + files.front() + " ... " + files.back());
+    // Some methods draw nothing by design (entries kept for older hosts, a
+    // slip without its appointment): say so rather than stay silent.
+    else if (result.IsEmpty())
+      Say(std::string(sig->name) + " drew nothing; no file was written");
   } catch (const ReportError& e) {
     form.DiscardWrites();
     Say("\norvenda-reports: " + std::string(sig->name) + " failed: " + e.description());

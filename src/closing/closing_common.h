@@ -7,6 +7,7 @@
 
 #include "common/currency.h"
 #include "common/variant.h"
+#include "frame/surface/surface.h"
 
 namespace orv::closing {
 
@@ -31,6 +32,16 @@ inline std::string BadViewMessage(const char* section, int16_t view) {
 // " AND (" filter ")", or nothing for no filter.
 inline std::string AndFilter(const std::string& filter) {
   return filter.empty() ? std::string() : " AND (" + filter + ")";
+}
+
+// The paper of the cash reports: portrait, half an inch all round, which
+// their 7.5-inch tables fill.
+inline void HalfInchPortrait(frame::PrintSurface& vsp) {
+  vsp.Orientation(0);
+  vsp.MarginLeft(720);
+  vsp.MarginRight(720);
+  vsp.MarginTop(720);
+  vsp.MarginBottom(720);
 }
 
 }  // namespace orv::closing

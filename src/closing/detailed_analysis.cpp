@@ -144,11 +144,16 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
                                     : Byoption == 2 ? "Sorted by Preferred Doctor"
                                     : Byoption == 3 ? "Sorted by Date"
                                                     : "Sorted by Provider";
+    // The lines of one invoice tie on the view's order; their code and
+    // amount settle it, so that every engine lists them alike.
     const char* treatment_order =
-        Byoption == 1   ? " ORDER BY OverSeerName, IDate DESC, [Time] DESC, [Invoice#] ASC"
-        : Byoption == 2 ? " ORDER BY DoctorName, IDate DESC, [Time] DESC, [Invoice#] ASC"
-        : Byoption == 3 ? " ORDER BY IDate ASC, [Time] DESC, [Invoice#] ASC"
-                        : " ORDER BY ProviderName, IDate DESC, [Time] DESC, [Invoice#] ASC";
+        Byoption == 1 ? " ORDER BY OverSeerName, IDate DESC, [Time] DESC, [Invoice#] ASC, "
+                        "IDescription, ICost"
+        : Byoption == 2 ? " ORDER BY DoctorName, IDate DESC, [Time] DESC, [Invoice#] ASC, "
+                          "IDescription, ICost"
+        : Byoption == 3 ? " ORDER BY IDate ASC, [Time] DESC, [Invoice#] ASC, IDescription, ICost"
+                        : " ORDER BY ProviderName, IDate DESC, [Time] DESC, [Invoice#] ASC, "
+                          "IDescription, ICost";
 
     // ---- Chapter 1: treatment ----
     PrintReportHeading(vsp.DocName().empty() ? "Detailed Analysis" : vsp.DocName(), UserName,

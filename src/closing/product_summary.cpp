@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "closing/closing_common.h"
+#include "closing/hygiene_production.h"
 #include "common/common_functions.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
@@ -237,48 +238,10 @@ void clsReports::ProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std:
   vsp.EndTable();
 
   // The hygienists: their production beside each other's.
-  vsp.FontBold(true);
-  vsp.FontSize(11);
-  vsp.TextAlign(0);
-  vsp.Text("Hygiene Production Report");
-  vsp.FontSize(9);
-  vsp.FontBold(false);
-  std::string hyg_body;
-  {
-    db::Recordset hyg =
-        Open("Select ID, LastName, FirstName from Employees where TypeID = 5 ORDER BY LastName");
-    Currency all;
-    struct Row {
-      std::string name;
-      Currency production, lab;
-    };
-    std::vector<Row> rows;
-    while (!hyg.Eof()) {
-      RepEmpData* p =
-          Find(providers, index, static_cast<int32_t>(cf.ReturnVal(hyg["ID"].Value())));
-      if (p != nullptr && p->isUsed) {
-        rows.push_back({cf.returnStr(hyg["LastName"].Value()) + ", " +
-                            cf.returnStr(hyg["FirstName"].Value()),
-                        p->DocFee + p->IntFee, p->LabFee});
-        all += p->DocFee + p->IntFee + p->LabFee;
-      }
-      hyg.MoveNext();
-    }
-    Currency t_prod, t_lab;
-    for (const Row& r : rows) {
-      const Currency total = r.production + r.lab;
-      const std::string share =
-          all.IsZero() ? "0.00" : Format(Variant(total / all * 100), "##0.00");
-      hyg_body += frame::EscapeCell(r.name) + "|" + Figure(r.production) + "|" + Figure(r.lab) +
-                  "|" + Figure(total) + "|" + share + ";";
-      t_prod += r.production;
-      t_lab += r.lab;
-    }
-    hyg_body += "Hygenists Totals|" + Figure(t_prod) + "|" + Figure(t_lab) + "|" +
-                Figure(t_prod + t_lab) + "|" + (all.IsZero() ? "0.00" : "100.00") + ";";
-  }
-  vsp.AddTable("<2in|>1.02in|>.8in|>.95in|>.7in", "Hygienist|Production($)|Lab($)|Total($)|Total(%)",
-               hyg_body, kHeaderColor);
+  std::map<int32_t, closing::HygieneFigures> hygiene;
+  for (const RepEmpData& p : providers)
+    if (p.isUsed) hygiene[p.EmployeeID] = {p.DocFee + p.IntFee, p.LabFee};
+  closing::PrintHygieneProduction(*this, hygiene);
 
   // New receivable per provider, before the period and at its end, read
   // as the summary analysis reads it, by allocated payments: money counts

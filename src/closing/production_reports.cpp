@@ -116,6 +116,8 @@ void ProductionByPerson(clsReports& r, bool byOverseer, DateTime dtStart, DateTi
       byOverseer ? " INNER JOIN Employees ON Employees.ID = InvoiceDetails.ProviderID" : "";
   const std::string date_column =
       byDate == 1 ? "InvoiceDetails.[Date]" : "InvoiceDetails.EntryDate";
+  // A patient's lines of one day tie on date and name; code and line
+  // settle the order, the same on every engine.
   const std::string child =
       "SELECT InvoiceDetails.ProviderID, " + relate_column + provider_name +
       "InvoiceDetails.Cost, InvoiceDetails.[Date], InvoiceDetails.EntryDate, "
@@ -126,7 +128,7 @@ void ProductionByPerson(clsReports& r, bool byOverseer, DateTime dtStart, DateTi
       provider_join + " WHERE STATUS <> 'In Progress'" +
       ProductionDateTerm(byDate, dtStart, dtEnd) + " AND " +
       closing::CodeRangeCondition("Code", range) + " AND Code <> '-00100' ORDER BY " +
-      date_column + ", Patient.LastName, Patient.FirstName";
+      date_column + ", Patient.LastName, Patient.FirstName, InvoiceDetails.Code, InvoiceDetails.ID";
   db::Recordset people = r.Open(
       "SHAPE {SELECT ID, FirstName, LastName, [Professional Title] as Title FROM Employees" +
       people_where + " ORDER BY LastName, FirstName}  AS rptProceduresByProvider APPEND ({" +

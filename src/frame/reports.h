@@ -97,6 +97,42 @@ class clsReports {
   // Whether FamilyAppointmentsSummary would draw anything for `ID`.
   bool FamilyHasComingAppointments(int32_t ID);
 
+  // ---- The appointment report set ----
+  // Chains the sections whose flags are set, always in the order: day book,
+  // reschedules, incomplete, planned, treatment plans, operatory, booking;
+  // each after a new page but the first. `ProviderNames` is a provider
+  // filter ("ProviderID = 3 OR ProviderID = 5"; "" or "0": all).
+  // `Category` a ProcedureCategories.ID, 0 for all.
+  void rptAppointmentReports(bool blnApp, bool blnAppIncomplete, bool blnAppPlanned,
+                             bool blnAppReschedules, bool blnTreatmentPlans, bool blnOperatory,
+                             bool blnBooking, DateTime dtStart, DateTime dtEnd, std::string UserName,
+                             std::string ProviderNames, int32_t Category);
+  // The sections, drawn into the running document. `Complete` true lists
+  // only appointments not yet complete.
+  void srptAppointments(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                        int32_t Category = 0, bool Complete = false);
+  void srptOperatoryList(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd,
+                         int32_t Category);
+  void srptPlannedAppointmentsList(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd,
+                                   int32_t Category = 0);
+  void srptTreatmentPlansOutstanding(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd);
+  void srptAppointmentReschedules(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd);
+  // Units available and booked per provider and per team member, this
+  // period and the same period a year before.
+  void srptBookingDiagnostics(DateTime dtStart, DateTime dtEnd);
+  // Every patient's appointments; `txtfilter` a condition on Patient.
+  void rptAppointmentsByPatient(std::string txtfilter, std::string UserName);
+  // Entries kept for hosts that call them: they draw nothing.
+  void rptRescheduleAnalysis(int16_t theType, std::string Header);
+  void OverDueTreatmentPlans(DateTime StartDate, DateTime Enddate, std::string Header);
+  // One page for one day: a column per provider, a row per booking unit.
+  // Goes to the printer; the form's IsDaySheet is true during the run.
+  void rptDaySheet(DateTime theDate, std::vector<int32_t>& Providers, std::string UserName,
+                   std::string OfficeName);
+  // The slip that travels with the patient on the day of the appointment;
+  // `txtfilter` the condition after " where " of the appointment query.
+  void rptRoutingSlip(std::string txtfilter, std::string UserName);
+
   // ---- Invoices, receipts and bulk statements ----
   // One invoice on the office letterhead, addressed to the patient or, for a
   // minor with a primary holder, to the holder; previewed. An unknown
@@ -258,6 +294,79 @@ class clsReports {
   // overseer instead of provider.
   void rptIncomeByProvider(DateTime dtStartDate, DateTime dtEndDate, std::string strProviderFilter,
                            bool Overseeing, std::string UserName);
+  // ---- Period closing: cash in and the bank deposit ----
+  // Every payment of the period by type (bank deposit, then direct), with
+  // same-day reversals, the bulk cheques, reversals and refunds entered as
+  // adjustments, the cash and bank summaries and the bulk cheques split by
+  // patient. The period is by the money's date (CheckDate), bulk cheques by
+  // entry date. `txtfilter` / `AccountID` is "" (every account) or the term
+  // "AccountID = n".
+  void rptCashInDetailed(DateTime& dtStart, DateTime& dtEnd, std::string txtfilter,
+                         std::string UserName);
+  void srptCashInDetailed(DateTime dtStart, DateTime dtEnd, std::string AccountID,
+                          std::string UserName);
+  // One row per day with money (deposits direct and bank, NSF, reversals,
+  // refunds, net), the period's figures and the payment types' shares.
+  // `AccountID` is "" (every account) or a bare account number.
+  void rptCashInSummary(DateTime dtStart, DateTime dtEnd, std::string AccountID,
+                        std::string UserName);
+  void srptCashInSummary(DateTime dtStart, DateTime dtEnd, std::string AccountID,
+                         std::string UserName);
+  // The slip for the bank: the bank-deposit payments of the period by type,
+  // the bank bulk cheques, the grand total and a cash-count grid.
+  // `AccountID` below 1 is every account.
+  void rptBankDepositSlip(DateTime StartDate, DateTime Enddate, std::string UserName,
+                          int32_t AccountID);
+  void srptBankDepositSlip(DateTime StartDate, DateTime Enddate, std::string UserName,
+                           int32_t AccountID);
+  // Kept for hosts that call it: draws nothing, writes no file.
+  void rptAdjustmentReport(DateTime StartDate, DateTime Enddate, std::string UserName);
+  // "Account: " name, number and transit of the account `AccountID` (a
+  // bare number), or nothing when it is not on file.
+  void PrintAccountLine(const std::string& AccountID);
+  // ---- Period closing: small sections ----
+  // Every invoice not yet complete (the dates do not limit it) with its
+  // people and totals, and its lines' complete and in-progress sums.
+  // `txtfilter` is a condition over "ProviderID" ("" or "0": everyone).
+  void rptIncompleteInvoices(DateTime StartDate, DateTime Enddate, std::string OfficeName,
+                             std::string UserName, std::string txtfilter);
+  void srptIncompleteInvoices(std::string txtfilter);
+  // Invoices cancelled in the period, adjustments by type (not toward
+  // paid, then toward paid) and, per provider of `ProviderFilter` (a
+  // condition over "ID"), the money moved between providers.
+  void srptAdjustmentReport(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                            int16_t Byoption);
+  // The money moved away from and onto one provider, as the detailed
+  // analysis lists it, drawn under the adjustment report.
+  void srptAdjustmentReallocation(int32_t ProviderID, DateTime dtStart, DateTime dtEnd,
+                                  int16_t Byoption);
+  // EDI sends posted between the dates (whole days) with their responses,
+  // and counts of EOBs, acknowledgements and rejections.
+  void rptEDITransactions(DateTime DateFrom, DateTime DateTo, std::string UserName);
+  void srptEDITransactions(DateTime DateFrom, DateTime DateTo, std::string UserName);
+  // Patients who signed up between the dates, by preferred dentist.
+  void srptNewPatientReport(DateTime fromdate, DateTime todate);
+  // ---- Month-end figures ----
+  // Day by day from `fromdate` to `todate`: dental and lab fees, invoice
+  // adjustments, applied payments and payment adjustments, and the
+  // provider A/R running on from the opening; then the adjustment types
+  // and the interest collected. `txtInvFilter` (over the invoice) and
+  // `txtPayFilter` (over the invoice money was applied to) are SQL
+  // conditions, "" or "0" for the whole practice.
+  void rptMonthEndAnalysis(DateTime fromdate, DateTime todate, std::string txtInvFilter,
+                           std::string txtPayFilter, std::string ProviderNames);
+  // The same range in detail: the complete invoices by day (regular and
+  // lab billing), the invoice adjustments, applied payments and applied
+  // payment adjustments, and the change of the provider A/R.
+  void rptNonAgedAR(DateTime dtStart, DateTime dtEnd, std::string txtPayFilter,
+                    std::string txtInvFilter, std::string UserName, std::string ProviderNames);
+  // Month by month from `StartDate`: production, collection, new-patient
+  // examinations, the running A/R and the expenses of each bank account
+  // against production. `ProviderID` lists the providers (empty: by
+  // txtInvFilter, "" for the whole practice).
+  void rptMonthEndSummary(DateTime StartDate, DateTime Enddate, std::string txtInvFilter,
+                          std::string txtPayFilter, std::string ProviderNames,
+                          std::vector<int32_t>& ProviderID);
   // ---- Production ----
   // Production figures of a period as one document, a section per flag in
   // the fixed order by provider, by overseer, summary, by category, summary
@@ -308,6 +417,86 @@ class clsReports {
   void rptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd, std::string txtfilter,
                                std::string UserName);
   void srptHygieneCompanyReport(DateTime dtStart, DateTime dtEnd, std::string txtfilter);
+
+  // ---- Claim forms and insurance billing ----
+  // The dental claim form of one invoice (Invoices.ID), English or French,
+  // with the address of office `CurrentOfficeID`; printed at once.
+  // `InsuranceCompany` 0, 1, 2 reads the primary, secondary or tertiary
+  // assignment of the invoice; 3 prints the subscriber labels without values
+  // and pays the subscriber. An invoice, employer or mode the form cannot
+  // print shows the claim failure message and prints nothing.
+  void rptClaimForm(int32_t ID, int32_t CurrentOfficeID, int16_t InsuranceCompany = 0);
+  void rptClaimFormF(int32_t ID, int32_t CurrentOfficeID, int16_t InsuranceCompany = 0);
+  // The same form asking in advance for a proposed treatment
+  // (PatientPredTreatments.ID); `strFilter` ("" or "0": none) selects its
+  // lines. A treatment the form cannot print ends silently, printing nothing.
+  void rptPredClaimForm(int32_t ID, int32_t CurrentOfficeID, std::string strFilter);
+  void rptPredClaimFormF(int32_t ID, int32_t CurrentOfficeID, std::string strFilter);
+  // Per insurance company, what electronic claims billed and what their
+  // explanations of benefits returned; previewed.
+  void rptInsuranceBilling(std::string UserName);
+  // The insurer of an employer (Employers.InsuranceID); 0 for Null, blank,
+  // a value not above 0 or an employer not on file.
+  int32_t InsuranceOfEmployer(const Variant& EmployerID);
+
+  // ---- Treatment plans ----
+  // One proposed treatment (PatientPredTreatments.ID) as a letter in plain
+  // words on the patient's office letterhead, section by section with fees
+  // and, for a patient who assigned benefits, the insurance share; printed
+  // at once. `strFilter` ("" or "0": none) selects the lines; OfficeName
+  // and OfficeAddress are accepted and not used. Sets OfficeID to the
+  // patient's office.
+  void rptLaypersonTreatmentPlan(std::string OfficeName, std::string OfficeAddress, int32_t ID,
+                                 std::string strFilter);
+  void rptLaypersonTreatmentPlanF(std::string OfficeName, std::string OfficeAddress, int32_t ID,
+                                  std::string strFilter);
+
+  // ---- Referrals ----
+  // The referral package: the procedure types of referred patients, the
+  // referrals in detail, the referral production summary and the alerts of
+  // `arrProviderIDs`, each when its flag is set. `blnRefDentistList`,
+  // `blnRefPatient` and `Category` are accepted and change nothing.
+  // `OrderFlag` 0 by preferred doctor, 1 by referring dentist, 3 by number
+  // of referred patients. Errors show the package's message box.
+  void rptReferralReports(bool blnRefDentistList, bool blnRefDentistType, bool blnRefDetailed,
+                          bool blnRefPatient, bool blnRefSummary, bool blnRefAlert,
+                          DateTime dtStart, DateTime dtEnd, std::string UserName,
+                          std::string ProviderNames, int32_t Category,
+                          std::vector<int32_t> arrProviderIDs = {}, int32_t OrderFlag = 0);
+  // Sections drawn into the running document.
+  void srptReferringDentistList();
+  void srptReferringDentistType(DateTime dtStart, DateTime dtEnd);
+  void srptReferringDentistSummary(DateTime Stardate, DateTime Enddate, int32_t SortBy = 0);
+  void srptReferringDentistDetailed(DateTime StartDate, DateTime Enddate,
+                                    std::vector<int32_t> arrProviderIDs = {}, int32_t SortBy = 0);
+  void srptRefferedByPatient(DateTime dtStart, DateTime dtEnd);
+  // One provider's referral alert page; `ReferralAlertWarned` keeps the
+  // warning about providers without criteria to one per run.
+  void srptReferralAlerts(std::string EmployeeID);
+  bool ReferralAlertWarned = false;
+  // Production and income of the period credited to each patient's
+  // referring dentist, after the referral links are checked (and, if the
+  // user agrees, repaired). Draws into a running document or makes its own.
+  void ReferralProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std::string UserName);
+  // True when every `lngFkField` of `strForeignKeyTable` names a row of
+  // `strLookupTable` by `lngField`; otherwise asks whether to repair, and
+  // repairs on Yes. False while a broken link remains.
+  bool CheckRelationships(std::string strLookupTable, std::string lngField,
+                          std::string strForeignKeyTable, std::string lngFkField);
+  // The repair behind CheckRelationships, in one transaction.
+  void RepairRelationships(const std::string& strLookupTable, const std::string& lngField,
+                           const std::string& strForeignKeyTable, const std::string& lngFkField);
+  // Each dentist's payments of the period, by row of `Rows` (see
+  // ReferralProductSumReport).
+  struct ReferralRow {
+    int32_t id = 0;
+    std::string label;
+    Currency dental, lab, interest, total, writeoff, net;
+    Currency pay_dental, pay_labs, pay_adjusts, pay_net;
+    bool used = false;
+  };
+  void srptReferralPayments(DateTime dtStartDate, DateTime dtEndDate,
+                            std::vector<ReferralRow>& Rows);
 
   // ---- For report code: private services of the component ----
   // (Public in C++ so that the report families in other folders, which are

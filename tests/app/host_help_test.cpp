@@ -132,6 +132,19 @@ TEST_F(HostHelp, EveryBuiltMethodRunsFromItsExample) {
     EXPECT_TRUE(fs::exists(out) || (r.out.find("wrote") == std::string::npos && !r.out.empty()))
         << example << "\n"
         << r.out;
+    // A section runs in the host's document: headed once, by the host or by
+    // the section itself, never by both.
+    if (Shell(app() + " help " + name).out.find("(section)") != std::string::npos) {
+      const std::string text = dir + "/" + name + ".txt";
+      Shell(app() + example.substr(17) + " --db " + dir + "/demo.db --out " + text);
+      std::string first_page = orv::testing::ReadFile(text);
+      first_page = first_page.substr(0, first_page.find('\f'));
+      size_t headings = 0;
+      for (size_t at = first_page.find("Printed On:"); at != std::string::npos;
+           at = first_page.find("Printed On:", at + 1))
+        ++headings;
+      EXPECT_LE(headings, 1u) << first_page;
+    }
   }
 }
 

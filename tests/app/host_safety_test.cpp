@@ -22,15 +22,10 @@ Result Shell(const std::string& cmd) {
   return orv::testing::HostShell(cmd);
 }
 
-std::string Slurp(const std::string& path) {
-  std::ifstream f(path, std::ios::binary);
-  std::stringstream ss;
-  ss << f.rdbuf();
-  return ss.str();
-}
+using orv::testing::ReadFile;
 
 bool IsSqliteFile(const std::string& path) {
-  return Slurp(path).rfind(std::string("SQLite format 3\0", 16), 0) == 0;
+  return ReadFile(path).rfind(std::string("SQLite format 3\0", 16), 0) == 0;
 }
 
 // A demo practice per suite, and a scratch folder per test.
@@ -110,7 +105,7 @@ TEST_F(HostSafety, DemoDbRefusesAnExistingPath) {
     EXPECT_NE(r.out.find(c.path), std::string::npos) << r.out;
   }
   EXPECT_TRUE(PracticeIntact());
-  EXPECT_EQ(Slurp(dir + "/notes.txt"), "keep me");
+  EXPECT_EQ(ReadFile(dir + "/notes.txt"), "keep me");
   EXPECT_TRUE(fs::is_directory(dir + "/folder"));
   // --replace writes over a file, never a folder.
   EXPECT_EQ(
@@ -134,7 +129,7 @@ TEST_F(HostSafety, AFailedRunExitsOneAndKeepsTheEarlierFile) {
             SQLITE_OK);
   sqlite3_close(db);
   ASSERT_EQ(Run("--out good.pdf rptFeeGuide 1 desk").status, 0);
-  const std::string good = Slurp(dir + "/good.pdf");
+  const std::string good = ReadFile(dir + "/good.pdf");
   ASSERT_FALSE(good.empty());
   struct Case {
     const char* name;
@@ -151,7 +146,7 @@ TEST_F(HostSafety, AFailedRunExitsOneAndKeepsTheEarlierFile) {
     SCOPED_TRACE(c.name);
     Result r = Run(std::string("--out good.pdf ") + c.args);
     EXPECT_EQ(r.status, 1) << r.out;
-    EXPECT_EQ(Slurp(dir + "/good.pdf"), good);
+    EXPECT_EQ(ReadFile(dir + "/good.pdf"), good);
     EXPECT_EQ(r.out.find("wrote "), std::string::npos) << r.out;
   }
   EXPECT_TRUE(NoLeftovers());
@@ -214,7 +209,7 @@ TEST_F(HostSafety, ArgumentsByPositionByNameAndEnumeration) {
 
   Result r = Run("--out list.txt rptPatientListSimple \"EmployerID=3\" desk T");
   ASSERT_EQ(r.status, 0) << r.out;
-  std::string text = Slurp(dir + "/list.txt");
+  std::string text = ReadFile(dir + "/list.txt");
   EXPECT_NE(text.find(one_of_3), std::string::npos) << text;
   EXPECT_EQ(text.find(not_of_3), std::string::npos) << text;
 

@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 
 #include "support/shell.h"
@@ -35,6 +37,14 @@ inline std::string MakeDemoFolder(const std::string& tag, int patients, int seed
                             " --today 2026-11-20");
   EXPECT_EQ(r.status, 0) << r.out;
   return dir;
+}
+
+// The whole of a file, as bytes.
+inline std::string ReadFile(const std::string& path) {
+  std::ifstream f(path, std::ios::binary);
+  std::stringstream ss;
+  ss << f.rdbuf();
+  return ss.str();
 }
 
 }  // namespace orv::testing

@@ -95,8 +95,12 @@ INSERT INTO InvoicePaymentDetails (ID, InvoicePaymentID, InvoiceID, Amount, [Dat
 
 class ProductionTest : public AccountFixture {
  protected:
-  void SetUp() override {
-    AccountFixture::SetUpPractice(kProductionRows);
+  void SetUp() override { SetUpWith(""); }
+
+  // The November above with `more_rows` added (SQLite text), for fixtures
+  // built on it.
+  void SetUpWith(const std::string& more_rows) {
+    AccountFixture::SetUpPractice(std::string(kProductionRows) + more_rows);
     if (IsSkipped() || HasFatalFailure()) return;
     settings_file_ = (std::filesystem::temp_directory_path() /
                       ("orv-production-settings-" + std::to_string(::getpid()) + ".ini"))

@@ -2,7 +2,10 @@
 
 #include <filesystem>
 #include <memory>
+#include <utility>
 #include <vector>
+
+#include "common/variant.h"
 
 #include "platform/db/connection_url.h"
 #include "platform/db/db_error.h"
@@ -85,6 +88,16 @@ CopySummary CopyDatabase(const std::string& from_url, const std::string& to_url,
                         ", ...); give --replace to overwrite them");
   }
 
+  // The practice's views (a SQLite practice keeps them in its catalogue,
+  // written with quoted names so that the server takes the same text). The
+  // tables are copied first, the views made over them after.
+  std::vector<std::pair<std::string, std::string>> views;
+  if (EngineOfUrl(from_url) == EngineKind::SQLite) {
+    auto list = from->Prepare("SELECT name, sql FROM sqlite_master WHERE type = 'view' ORDER BY name",
+                              "reading the views");
+    while (list->Step()) views.emplace_back(CStr(list->Column(0)), CStr(list->Column(1)));
+  }
+
   int64_t total = 0;
   std::vector<int64_t> counts;
   for (const TableDef& t : tables) {
@@ -95,6 +108,9 @@ CopySummary CopyDatabase(const std::string& from_url, const std::string& to_url,
   CopySummary summary;
   try {
     Run(*to, "BEGIN", "copy-db");
+    // A view of the target goes before the tables: the server lists it
+    // among them, and would not drop it as a table.
+    for (const auto& v : views) Run(*to, "DROP VIEW IF EXISTS " + QuoteIdent(v.first), "copy-db");
     for (const TableDef& t : existing) to->DropTable(t.name);
     int64_t done = 0;
     for (size_t k = 0; k < tables.size(); ++k) {
@@ -126,6 +142,7 @@ CopySummary CopyDatabase(const std::string& from_url, const std::string& to_url,
       to->FinishTable(t);
       ++summary.tables;
     }
+    for (const auto& v : views) Run(*to, v.second, "copy-db: making the view " + v.first);
     Run(*to, "COMMIT", "copy-db");
     to->FinishCopy();
     if (options.progress) options.progress(100, "");

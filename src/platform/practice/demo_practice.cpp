@@ -227,6 +227,9 @@ class Generator {
     ClosingMonths();
     Bulk();
     Compensation();
+    ClaimsAndPlans();
+    ReferralHistory();
+    AppointmentBook();
     DemoSummary s;
     s.patients = w_["Patient"]->rows();
     s.invoices = w_["Invoices"]->rows();
@@ -238,6 +241,7 @@ class Generator {
 
  private:
   RowWriter& W(const char* table) { return *w_.at(table); }
+  int producers_with_criteria_ = 0;
 
   void Open() {
     for (const auto& t : Tables()) w_[t.name] = std::make_unique<RowWriter>(db_, t.name);
@@ -572,13 +576,7 @@ class Generator {
       if (producer) {
         for (const auto& ins : insurers_)
           W("EmployeeBPN").Int("EmployeeID", e.id).Int("InsuranceID", ins.id).Text("BPN", Digits(9)).Insert();
-        W("ReferralAlerts")
-            .Int("EmployeeID", e.id)
-            .Int("AtLeast", rng_.Range(1, 3))
-            .Real("InLast", 30)
-            .Real("AverageOver", 180)
-            .Real("AlertWhen", 25)
-            .Insert();
+        ReferralCriteria(e.id, rng_.Range(1, 3));
       }
       if (role.commission > 0 || (role.type == kTypeDentist && i == 0)) {
         auto& s = W("EmployeeCodeSplit");
@@ -905,6 +903,85 @@ class Generator {
     return id;
   }
 
+  // The week around today as the front desk books it, for the day sheet,
+  // the appointment set and the routing slip: every provider busy from
+  // three days back to four ahead, every category's colour, NULL estimates,
+  // unconfirmed and incomplete visits, reschedules marked 1, -1, 0 and
+  // NULL, and the providers' days off, partly free days and an extra
+  // Saturday. Written last and without the random stream, so that nothing
+  // generated before it changes.
+  void AppointmentBook() {
+    const int64_t patients = w_["Patient"]->rows();
+    if (patients == 0) return;
+    std::vector<int64_t> providers = dentists_;
+    providers.insert(providers.end(), hygienists_.begin(), hygienists_.end());
+    static const int kTimes[] = {540, 600, 650, 800, 870, 930};
+    static const char* const kReasons[] = {"Check the filling on 36", "Recall cleaning\r\nCheck gums", "",
+                                           "Crown prep", "Broken tooth, pain since Sunday", ""};
+    int64_t n = 0;
+    for (int64_t day = today_ - 3; day <= today_ + 4; ++day) {
+      if (WeekdayOf(day) == 0) continue;  // no bookings on Sundays
+      for (size_t k = 0; k < providers.size(); ++k) {
+        for (int slot = 0; slot < 6; ++slot, ++n) {
+          if ((n + k) % 4 == 3) continue;  // some gaps in the book
+          const bool past = day < today_;
+          auto& a = W("PatientAppointments");
+          a.Int("PatientID", 1 + (n * 7) % patients)
+              .Int("ProviderID", providers[k])
+              .Int("OverSeerID", dentists_[0])
+              .Int("ProcedureCat", 1 + n % 6)
+              .Text("Date", Iso(day))
+              .Int("Time", kTimes[slot])
+              .Int("Units", 1 + n % 5)
+              .Int("Message", n % 5 == 0 ? 1 : 0)
+              .Text("Template", n % 2 ? "Standard" : "Long visit")
+              .Int("EmployeeID", desk_[n % desk_.size()]);
+          if (kReasons[n % 6][0] != '\0') a.Text("Reason", kReasons[n % 6]);
+          if (n % 7 != 3) a.Cents("Estimate", 4500 + 2500 * (n % 9));
+          if (n % 3 != 1) a.Int("Confirmed", n % 3 == 0 ? 1 : -1);
+          if (past && n % 5 != 2) a.Int("Complete", 1);
+          else if (n % 2 == 0) a.Int("Complete", 0);
+          const int64_t id = a.Insert();
+          if (n % 6 == 1) {
+            static const int kMarks[] = {1, -1, 0, 2};  // 2: no mark at all
+            auto& d = W("PatientAppointmentDetails");
+            d.Int("AppointmentID", id)
+                .Text("Date", Iso(day - 2 - n % 5))
+                .Int("Time", kTimes[(slot + 2) % 6])
+                .Text("Specific", n % 4 == 0 ? "No show" : "Short notice")
+                .Text("Note", "Moved by phone")
+                .Int("EmployeeID", desk_[0]);
+            const int mark = kMarks[(n / 6) % 4];
+            if (mark != 2) d.Int("Reschedule?", mark);
+            d.Insert();
+          }
+        }
+      }
+    }
+    // Days off near today: a whole day, an afternoon, and a Saturday worked.
+    W("EmployeeHolidays")
+        .Int("EmployeeID", providers.back())
+        .Text("FromDate", Iso(today_ + 3))
+        .Text("ToDate", Iso(today_ + 3))
+        .Insert();
+    W("EmployeeHolidays")
+        .Int("EmployeeID", dentists_[0])
+        .Text("FromDate", Iso(today_ + 1))
+        .Text("ToDate", Iso(today_ + 1))
+        .Int("FromTime", 780)
+        .Int("ToTime", 900)
+        .Insert();
+    int64_t saturday = today_;
+    while (WeekdayOf(saturday) != 6) ++saturday;
+    W("EmployeeSpecialDays")
+        .Int("EmployeeID", dentists_.back())
+        .Text("StartDate", Iso(saturday))
+        .Text("EndDate", Iso(saturday))
+        .Int("StartTime", 540)
+        .Int("EndTime", 720)
+        .Insert();
+  }
+
   void Plan(const FamilyState& fam, const Person& p) {
     const int64_t day = today_ - rng_.Range(5, 400);
     struct L {
@@ -957,6 +1034,110 @@ class Generator {
     if (fam.insured) {
       const int64_t send = Send(p, 0, 1, day, fam.insurer);
       Response(send, 11, 1, 0);
+    }
+  }
+
+  // ---- What the claim forms and the treatment letters meet -----------------
+  // An insurer whose name holds ";", an employer insured by it and one with
+  // no insurer at all, a few patients moved onto them; provider numbers per
+  // insurer; sends of every type; a second, complete plan for one patient of
+  // each office with a line in every section (NULL Type included); codes
+  // with blank-only plain wording; one office's own introduction. Patients
+  // and plans already on file are reused, so the other lists keep their
+  // people.
+  void ClaimsAndPlans() {
+    auto sql = [this](const std::string& text) {
+      char* err = nullptr;
+      if (sqlite3_exec(db_, text.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
+        std::string m = err ? err : "unknown error";
+        sqlite3_free(err);
+        throw SchemaError(text + ": " + m);
+      }
+    };
+    const Town& t = kOntarioTowns[1];
+    W("InsuranceCompany")
+        .Int("ID", 7)
+        .Text("CompanyName", "Laurier Mutual; Group Claims")
+        .Text("Street", "400 Wellington St; Suite 9")
+        .Text("City", t.city)
+        .Text("Prov", t.prov)
+        .Text("PostalCode", Postal(t.postal_prefix))
+        .Text("Phone", "800555" + Digits(4))
+        .Text("CDA#", "000017")
+        .Text("Notes", "Paper claims only")
+        .Insert();
+    W("Employers").Int("ID", 9).Text("Name", "Harbourfront Marina").Text("Policy#", "H" + Digits(6))
+        .Int("InsuranceID", 7).Insert();
+    W("Employers").Int("ID", 10).Text("Name", "Juniper Crafts").Insert();
+    // The first insured patient with two plans moves to the marina (the
+    // second plan kept as it was); the last insured one to the employer
+    // without an insurer, whose claim the desk cannot print.
+    sql("UPDATE Patient SET EmployerID = 9 WHERE ID = (SELECT MIN(ID) FROM Patient WHERE EmployerID "
+        "IS NOT NULL AND SecondaryEmployerID IS NOT NULL)");
+    sql("UPDATE Patient SET EmployerID = 10, SecondaryEmployerID = NULL WHERE ID = (SELECT MAX(ID) "
+        "FROM Patient WHERE EmployerID IS NOT NULL AND EmployerID < 9 AND SecondaryEmployerID IS "
+        "NULL)");
+    for (int64_t dentist : dentists_) {
+      W("EmployeeBPN").Int("EmployeeID", dentist).Int("InsuranceID", 7).Text("BPN", Digits(4)).Insert();
+    }
+    sql("UPDATE FeeCodes SET LayPersonDescription = '   ' WHERE ID IN (SELECT ID FROM FeeCodes "
+        "WHERE LayPersonDescription IS NOT NULL AND ID NOT LIKE '-%' ORDER BY ID DESC LIMIT 2)");
+    sql("UPDATE OfficeInformation SET LaypersonHeader = '  Here is the treatment your dentist "
+        "proposes, step by step, with what your plan is expected to pay.  ' WHERE ID = 2");
+    // Eligibility checks (2) and reversals (3) never count as billed.
+    for (int type = 2; type <= 3; ++type) {
+      for (int i = 0; i < 3; ++i) {
+        auto& s = W("PatientEDISends");
+        s.Int("PatientID", 1 + i).Int("SequenceNumber", ++sequence_).Int("Type", type)
+            .Text("DatePosted", Iso(today_ - 10 - i, 600)).Int("Sent?", 1).Text("CarrierNumber", "000010")
+            .Insert();
+      }
+    }
+    static const char* const kTypes[] = {nullptr,   "Required", "Suggested", "Optional", "Phase 1",
+                                         "Phase 2", "Phase 3",  "Phase 4",   "Phase 5",  "Phase 6",
+                                         "Option 1", "Option 2", "Option 3", "Option 4", "Option 5",
+                                         "Option 6"};
+    static const char* const kCodes[] = {"21211", "27201", "32221", "43612", "11111", "02102"};
+    for (int office = 1; office <= 3; ++office) {
+      sqlite3_stmt* st = nullptr;
+      sqlite3_prepare_v2(db_,
+                         "SELECT p.ID, t.ProviderID FROM Patient p JOIN PatientPredTreatments t ON "
+                         "t.PatientID = p.ID WHERE p.DefaultOfficeID = ? ORDER BY p.ID LIMIT 1",
+                         -1, &st, nullptr);
+      sqlite3_bind_int(st, 1, office);
+      int64_t patient = 0, provider = 0;
+      if (sqlite3_step(st) == SQLITE_ROW) {
+        patient = sqlite3_column_int64(st, 0);
+        provider = sqlite3_column_int64(st, 1);
+      }
+      sqlite3_finalize(st);
+      if (patient == 0) continue;
+      auto& pt = W("PatientPredTreatments");
+      pt.Int("PatientID", patient).Int("ProviderID", provider).Text("DatePosted", Iso(today_ - 3, 600))
+          .Int("Complete", 1).Text("Notes", "Full mouth plan in phases")
+          .Text("CarrierNotes", "Phases may be sent separately; x-rays on request");
+      if (office == 3) pt.Text("PatientNotes", "Please call Dr. Lemieux's desk to book phase 1.");
+      const int64_t plan = pt.Insert();
+      int64_t total = 0;
+      int line = 1;
+      for (const char* type : kTypes) {
+        const char* code = kCodes[line % 6];
+        const int64_t cost = line % 7 == 0 ? 0 : 4000 + 1500 * line;
+        total += cost;
+        auto& d = W("PatientPredTreatmentDetails");
+        d.Int("PatientPredTreatmentsID", plan).Int("LineNumber", line).Text("Code", code)
+            .Cents("Cost", cost).Cents("BenefitAmountProcedure", cost * 60 / 100);
+        // A second plan pays a tenth of every third line; the Phase 2 line
+        // has no figure at all, so its section's sums come out Null.
+        if (line != 6) d.Cents("SecondBenefitAmount", line % 3 == 0 ? cost * 10 / 100 : 0);
+        if (type) d.Text("Type", type);
+        if (line % 2 == 0) d.Text("Tooth#", std::to_string(11 + line)).Int("ReasonID", 1 + line % 5);
+        d.Insert();
+        ++line;
+      }
+      sql("UPDATE PatientPredTreatments SET TotalAmount = " + std::to_string(total / 100) + "." +
+          std::to_string(total % 100 / 10) + std::to_string(total % 10) + " WHERE ID = " +
+          std::to_string(plan));
     }
   }
 
@@ -1658,6 +1839,68 @@ class Generator {
 
   // Insurer deposits of one day become bulk payments; the invoices paid off
   // get their final figures.
+  // Referral alert criteria of a producer: most compare 30 days with 180
+  // (a whole ratio, 6), the second producer 30 with 45 (1.5), and the third
+  // has none, so that the alerts warn about a provider without criteria.
+  void ReferralCriteria(int64_t employee, int64_t at_least) {
+    ++producers_with_criteria_;
+    if (producers_with_criteria_ == 3) return;
+    const bool fractional = producers_with_criteria_ == 2;
+    W("ReferralAlerts")
+        .Int("EmployeeID", employee)
+        .Int("AtLeast", fractional ? 1 : at_least)
+        .Real("InLast", 30)
+        .Real("AverageOver", fractional ? 45 : 180)
+        .Real("AlertWhen", 25)
+        .Insert();
+  }
+
+  // Who sent the practice's newest patients over the last half year, for
+  // the referral alerts: Halloran sent 18 until a month ago and none since
+  // (stopped); Roybal 23 before the last month and 1 in it (slackened, a
+  // drop of 75 %); Quaresma 13 and 2 (a smaller drop); Osei-Lindqvist 10
+  // and 2, as steady as ever. A sixth referrer, Dr. Noor Castellanos, has
+  // sent nobody yet. The practice keeps its number of patients: the last
+  // patients on file are the ones who signed up lately, days counted back
+  // from today. A practice too small to spare them keeps its history as it
+  // was.
+  void ReferralHistory() {
+    struct Batch {
+      int dentist, older, recent;
+    };
+    static const Batch kBatches[] = {{2, 18, 0}, {3, 23, 1}, {4, 13, 2}, {1, 10, 2}};
+    int64_t total = 0;
+    for (const Batch& b : kBatches) total += b.older + b.recent;
+    if (o_.patients < 4 * total) return;
+    W("ReferringDentists").Int("ID", 7).Text("Title", "Dr.").Text("Name", "Noor")
+        .Text("LastName", "Castellanos").Text("Phone", "6135550177").Text("City", "Kingston")
+        .Text("Prov", "ON").Insert();
+    sqlite3_stmt* st = nullptr;
+    sqlite3_prepare_v2(db_,
+                       "UPDATE Patient SET SignupDate = ?, ReferringDentistID = ?, RefferedBy = '0', "
+                       "ReferalReason = ?, ReferredByAddID = 'Dentist', [Active?] = -1, "
+                       "AccountholderOnly = 0 WHERE ID = ?",
+                       -1, &st, nullptr);
+    int64_t id = o_.patients - total + 1;
+    for (const Batch& b : kBatches) {
+      for (int i = 0; i < b.older + b.recent; ++i, ++id) {
+        // The older ones spread over 35 to 170 days ago, the recent ones
+        // within the last 25 days.
+        const int64_t ago = i < b.older ? 35 + (135 * i) / std::max(1, b.older - 1)
+                                        : 3 + 10 * (i - b.older);
+        const std::string signup = Iso(today_ - ago, 600);
+        const char* reason = id % 3 ? "Second opinion" : "Orthodontic assessment";
+        sqlite3_bind_text(st, 1, signup.c_str(), -1, SQLITE_TRANSIENT);
+        sqlite3_bind_int64(st, 2, b.dentist);
+        sqlite3_bind_text(st, 3, reason, -1, SQLITE_STATIC);
+        sqlite3_bind_int64(st, 4, id);
+        sqlite3_step(st);
+        sqlite3_reset(st);
+      }
+    }
+    sqlite3_finalize(st);
+  }
+
   void Bulk() {
     for (const auto& [key, payments] : bulk_) {
       int64_t sum = 0;

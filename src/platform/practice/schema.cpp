@@ -452,6 +452,9 @@ std::string SqliteDdl() {
       out += "CREATE INDEX " + name + " ON " + QuoteName(t.name) + " (" + cols + ");\n";
     }
   }
+  // The insurers under the plural name the routing slip looks its second
+  // insurer up in: one table, two names.
+  out += "CREATE VIEW \"InsuranceCompanies\" AS SELECT * FROM \"InsuranceCompany\";\n";
   return out;
 }
 

@@ -1,0 +1,570 @@
+// The appointment report set: one run that chains the day book, the
+// reschedules, the incomplete and planned appointments, the treatment plans,
+// the operatory list and the booking diagnostics, and the sections that the
+// host may also call alone; the appointments by patient.
+#include "appointments/appointment_text.h"
+#include "common/common_functions.h"
+#include "common/format.h"
+#include "common/vbstrings.h"
+#include "frame/preview_form.h"
+#include "frame/reports.h"
+#include "frame/surface/color.h"
+#include "frame/surface/surface.h"
+#include "frame/surface/table_model.h"
+
+namespace orv {
+
+namespace appointments {
+
+std::string ProviderCondition(const std::string& filter, const std::string& column) {
+  const std::string f = NoZeroFilter(filter);
+  if (f.empty()) return "";
+  return " AND (" + vb::Replace(f, "ProviderID", column) + ")";
+}
+
+std::string PrintedTime(clsCommonFunctions& cf, const Variant& minutes) {
+  // A time outside a day (negative, or past the last minute) prints as the
+  // time of day it stands for, the count taken modulo one day: the grid
+  // never holds such values, and a report should not fail on one.
+  long m = static_cast<long>(cf.ReturnVal(minutes));
+  m %= 1440;
+  if (m < 0) m += 1440;
+  return Format(Variant(cf.IntToTime(static_cast<int16_t>(m))), "h:nn AMPM");
+}
+
+int32_t Minutes(clsCommonFunctions& cf, const Variant& value) {
+  if (value.IsNumeric()) return static_cast<int32_t>(cf.ReturnVal(value));
+  return cf.TimeToInt(value);
+}
+
+}  // namespace appointments
+
+namespace {
+
+using appointments::PrintedTime;
+using appointments::ProviderCondition;
+
+// The grey of the date and provider bars (the host language's colour 8).
+constexpr uint32_t kBarGrey = frame::RGB(128, 128, 128);
+
+std::string Day(const DateTime& d) { return Format(Variant(d), "yyyy-mm-dd"); }
+
+std::string Esc(clsCommonFunctions& cf, const Variant& v) { return frame::EscapeCell(cf.returnStr(v)); }
+
+// The work phone with its extension in brackets, each where it is filled.
+std::string WorkPhone(clsCommonFunctions& cf, const db::Recordset& rs) {
+  std::string phone = cf.returnStr(rs["WorkPhone"].Value());
+  const std::string ext = cf.returnStr(rs["WorkExt"].Value());
+  if (!ext.empty()) phone += "[" + ext + "]";
+  return phone;
+}
+
+// The joins, the period, the providers and the category that the day book
+// and the operatory list read alike.
+std::string DayBookFrom(const DateTime& dtStart, const DateTime& dtEnd, const std::string& ProviderFilter,
+                        int32_t Category) {
+  std::string sql =
+      " FROM PatientAppointments INNER JOIN Patient ON PatientAppointments.PatientID = Patient.ID "
+      "INNER JOIN Employees ON PatientAppointments.ProviderID = Employees.ID INNER JOIN "
+      "ProcedureCategories ON PatientAppointments.ProcedureCat = ProcedureCategories.ID WHERE "
+      "([Date] >= '" +
+      Day(dtStart) + "' AND [Date] <= '" + Day(dtEnd) + "')" +
+      ProviderCondition(ProviderFilter, "PatientAppointments.ProviderID");
+  if (Category != 0) sql += " AND ProcedureCat = " + std::to_string(Category);
+  return sql;
+}
+
+std::string EstimateText(const Variant& v) { return v.IsNull() ? "N/E" : Format(v, "Currency"); }
+
+// The day book and the operatory list walk their rows alike: a date bar
+// when the day changes, a provider bar when the provider does, and one
+// table per provider block. The walker holds the block's cell rows.
+class DayWalk {
+ public:
+  DayWalk(clsReports& r, std::function<void(bool last)> flush) : r_(r), flush_(std::move(flush)) {}
+
+  // Opens the bars the row needs; flushes what the previous block held.
+  void Row(const DateTime& date, const std::string& provider) {
+    frame::PrintSurface& vsp = r_.VSP();
+    if (!have_date_ || date != date_) {
+      if (!body.empty()) flush_(false);
+      have_date_ = true;
+      date_ = date;
+      vsp.IndentLeft(0);
+      vsp.FontName("Tahoma");
+      vsp.FontSize(14);
+      vsp.FontBold(true);
+      vsp.AddTable("<!~+6.5in", frame::EscapeCell(Format(Variant(date), "Long Date")), "", kBarGrey);
+      vsp.Text(" ");
+      // The bar introduces the day: it never stands alone at a page's foot.
+      vsp.KeepWithNext();
+      // A new day always opens a new provider block.
+      have_provider_ = false;
+    }
+    if (!have_provider_ || provider != provider_) {
+      if (!body.empty()) flush_(false);
+      have_provider_ = true;
+      provider_ = provider;
+      sum = Currency();
+      vsp.FontName("Tahoma");
+      vsp.FontSize(10);
+      vsp.FontBold(true);
+      vsp.TextColor(frame::RGB(255, 255, 255));
+      vsp.AddTable("<!~+2in", frame::EscapeCell(provider), "", kBarGrey);
+      vsp.KeepWithNext();
+      vsp.TextColor(0);
+      vsp.FontSize(10);
+      vsp.FontBold(false);
+    }
+  }
+  void Finish() {
+    if (!body.empty()) flush_(true);
+  }
+
+  std::string body;
+  Currency sum;
+
+ private:
+  clsReports& r_;
+  std::function<void(bool)> flush_;
+  bool have_date_ = false, have_provider_ = false;
+  DateTime date_;
+  std::string provider_;
+};
+
+}  // namespace
+
+void clsReports::rptAppointmentReports(bool blnApp, bool blnAppIncomplete, bool blnAppPlanned,
+                                       bool blnAppReschedules, bool blnTreatmentPlans,
+                                       bool blnOperatory, bool blnBooking, DateTime dtStart,
+                                       DateTime dtEnd, std::string UserName,
+                                       std::string ProviderNames, int32_t Category) {
+  const db::Snapshot snapshot(conn_);
+  // The run keeps its own trap around the chained sections, so that a
+  // failure in one section names the run and the document is not left
+  // half-made in the preview.
+  Trap("An Error has occurred in Sub rptAppointmentReport in Class clsReports", [&] {
+    frame::PrintSurface& vsp = VSP();
+    // "" and "0" both ask for every provider: the names stay empty.
+    const std::string filter = NoZeroFilter(ProviderNames);
+    // The names are read for what they check: a filter naming a column
+    // that is not there fails here, under the run's message, before any
+    // section draws.
+    ReturnProviderNames(filter);
+    vsp.StartDoc();
+    vsp.DocName("Appointment Report");
+    const std::string subtitle = "From: " + Format(Variant(dtStart), "mmm/dd/yyyy") + " to " +
+                                 Format(Variant(dtEnd), "mmm/dd/yyyy");
+    bool printed = false;
+    // The sections print in this order whatever the order of the flags.
+    auto section = [&](bool flag, const char* title, const std::function<void()>& body) {
+      if (!flag) return;
+      if (printed) vsp.NewPage();
+      printed = true;
+      PrintReportHeading(title, UserName, subtitle);
+      body();
+    };
+    section(blnApp, "Appointment Report",
+            [&] { srptAppointments(dtStart, dtEnd, filter, Category, false); });
+    section(blnAppReschedules, "Appointment Reschedule Report",
+            [&] { srptAppointmentReschedules(filter, dtStart, dtEnd); });
+    section(blnAppIncomplete, "Incomplete Appointment Report",
+            [&] { srptAppointments(dtStart, dtEnd, filter, Category, true); });
+    section(blnAppPlanned, "Outstanding Planned Appointments Report",
+            [&] { srptPlannedAppointmentsList(filter, dtStart, dtEnd, Category); });
+    section(blnTreatmentPlans, "Treatment Plan Report",
+            [&] { srptTreatmentPlansOutstanding(filter, dtStart, dtEnd); });
+    section(blnOperatory, "Operatory Report",
+            [&] { srptOperatoryList(filter, dtStart, dtEnd, Category); });
+    // The run's heading names the whole report; the booking section's own
+    // heading, when called alone, is the shorter "Appointment Booking
+    // Diagnostics".
+    section(blnBooking, "Appointment Booking Diagnostics Report",
+            [&] { srptBookingDiagnostics(dtStart, dtEnd); });
+    vsp.DocName("Appointment Report");
+    PrintPageFooters(kPrintedBy);
+    vsp.EndDoc();
+    Form().Show();
+  });
+}
+
+void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
+                                  int32_t Category, bool Complete) {
+  const db::Snapshot snapshot(conn_);
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  std::string sql =
+      "SELECT Patient.FirstName AS PatientFirstName, Patient.HomePhone as HomePhone, "
+      "Patient.OtherPhone as WorkPhone, Patient.OtherExt as WorkExt, Employees.LastName AS Provider, "
+      "Patient.LastName AS PatientLastName, PatientAppointments.*, ProcedureCategories.Name AS "
+      "CategoryName, ProcedureCategories.ID as ProcedureCategoryID" +
+      DayBookFrom(dtStart, dtEnd, ProviderFilter, Category);
+  if (Complete) sql += " AND (Complete = 0 OR Complete IS NULL)";
+  sql += " ORDER BY [Date], Provider, [Time]";
+  db::Recordset rs = Open(sql);
+  vsp.TextAlign(0);
+
+  DayWalk* walk_ptr = nullptr;
+  DayWalk walk(*this, [&](bool last) {
+    DayWalk& w = *walk_ptr;
+    vsp.IndentLeft(0);
+    vsp.StartTable();
+    std::string body = w.body + " | | | |Total($)|" + Format(Variant(w.sum), "Currency");
+    if (!last) body += ";";
+    vsp.AddTable("<!~+.8in|<!~+1.68in|^!~+.8in|<!~+1.5in|^!~+.7in|>!~+.8in",
+                 "Time|Patient Name\r\nCategory|Units|Home Phone #\r\nWork Phone #|Confirmed|Estimate",
+                 body, frame::kSystemButtonFace, std::nullopt, true);
+    if (last) vsp.TableCell(frame::tcIndent) = 300;
+    const int rows = static_cast<int>(vsp.TableCell(frame::tcRows).Number());
+    vsp.TableCell(frame::tcRowBorderAbove, rows, 1, rows, 6) = 1;
+    vsp.TableCell(frame::tcFontBold, rows, 1, rows, 6) = true;
+    vsp.TableBorder(7);
+    vsp.EndTable();
+    vsp.Text(" ");
+    w.body.clear();
+  });
+  walk_ptr = &walk;
+  while (!rs.Eof()) {
+    walk.Row(cf.ReturnDate(rs["Date"].Value()), cf.returnStr(rs["Provider"].Value()));
+    const Variant estimate = rs["Estimate"].Value();
+    walk.body += PrintedTime(cf, rs["Time"].Value()) + "|" +
+                 frame::EscapeCell(cf.returnStr(rs["PatientFirstName"].Value()) + " " +
+                                   cf.returnStr(rs["PatientLastName"].Value())) +
+                 "\r\n" + Esc(cf, rs["CategoryName"].Value()) + "|" + Esc(cf, rs["Units"].Value()) +
+                 "|" + Esc(cf, rs["HomePhone"].Value()) + "\r\n" +
+                 frame::EscapeCell(WorkPhone(cf, rs)) + "|" +
+                 Format(rs["Confirmed"].Value(), "Yes/No") + "|" + EstimateText(estimate) + ";";
+    // A NULL estimate adds nothing: ReturnCur reads it as zero.
+    walk.sum = walk.sum + cf.ReturnCur(estimate);
+    RaiseProgress(rs);
+    rs.MoveNext();
+  }
+  walk.Finish();
+}
+
+void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart, DateTime dtEnd,
+                                   int32_t Category) {
+  const db::Snapshot snapshot(conn_);
+  // The operatory list keeps its own trap: a fault in one patient's alerts
+  // names this list rather than the run around it.
+  Trap("An Error has occurred in Sub rptOperatoryList in Class Module clsReports", [&] {
+    frame::PrintSurface& vsp = VSP();
+    clsCommonFunctions& cf = Common();
+    std::string sql =
+        "SELECT Patient.ManualChartNumber, Patient.ID AS ClientID, Patient.Title as PatientTitle, "
+        "ISNULL(Patient.PreferredName, Patient.FirstName) AS PatientFirstName, Patient.HomePhone as "
+        "HomePhone, Patient.OtherPhone as WorkPhone, Patient.OtherExt as WorkExt, Employees.LastName "
+        "AS Provider, Patient.LastName AS PatientLastName, PatientAppointments.*, "
+        "ProcedureCategories.Name AS CategoryName, ProcedureCategories.ID as ProcedureCategoryID" +
+        DayBookFrom(dtStart, dtEnd, ProviderFilter, Category);
+    sql += " ORDER BY [Date], Provider, [Time]";
+    db::Recordset rs = Open(sql);
+    vsp.TextAlign(0);
+
+    // The header's name cell shows the chart-number mark only where the
+    // block's rows carry a manual chart number.
+    bool has_mcn = false;
+    DayWalk* walk_ptr = nullptr;
+    DayWalk walk(*this, [&](bool last) {
+      DayWalk& w = *walk_ptr;
+      vsp.IndentLeft(0);
+      vsp.StartTable();
+      std::string body = w.body;
+      if (last && !body.empty() && body.back() == ';') body.pop_back();
+      vsp.AddTable("<!~+.8in|<!~+1.68in|^!~+.4in|<!~+1.2in|^!~+.4in|<!+2.1in",
+                   std::string(has_mcn ? "Time|Patient Name(MCN)" : "Time|Patient Name") +
+                       "\r\nCategory|Units|Home Phone #\r\nWork Phone #|Conf.|Alerts and Notes",
+                   body, frame::kSystemButtonFace, std::nullopt, true);
+      if (last) vsp.TableCell(frame::tcIndent) = 300;
+      vsp.TableBorder(7);
+      vsp.EndTable();
+      vsp.Text(" ");
+      w.body.clear();
+      has_mcn = false;
+    });
+    walk_ptr = &walk;
+    while (!rs.Eof()) {
+      walk.Row(cf.ReturnDate(rs["Date"].Value()), cf.returnStr(rs["Provider"].Value()));
+      db::Recordset alerts =
+          Open("SELECT *, ListAlerts.Name as AlertName FROM PatientAlerts INNER JOIN ListAlerts ON "
+               "PatientAlerts.AlertID = ListAlerts.ID WHERE PatientID = '" +
+               cf.returnStr(rs["ClientID"].Value()) + "'");
+      std::string notes;
+      while (!alerts.Eof()) {
+        if (!notes.empty()) notes += "\r\n";
+        notes += cf.returnStr(alerts["AlertName"].Value());
+        alerts.MoveNext();
+      }
+      const std::string reason = cf.returnStr(rs["Reason"].Value());
+      if (notes.empty()) {
+        notes = reason.empty() ? "N/A" : reason;
+      } else if (!reason.empty()) {
+        notes += "\r\n" + reason;
+      }
+      const std::string mcn = cf.returnStr(rs["ManualChartNumber"].Value());
+      if (!mcn.empty()) has_mcn = true;
+      std::string name = vb::Trim(cf.returnStr(rs["PatientTitle"].Value()) + " " +
+                                  cf.returnStr(rs["PatientFirstName"].Value()) + " " +
+                                  cf.returnStr(rs["PatientLastName"].Value()));
+      std::string cell = frame::EscapeCell(name);
+      if (!mcn.empty()) cell += "\r\n" + frame::EscapeCell("Chart Number: " + mcn);
+      cell += "\r\n" + Esc(cf, rs["CategoryName"].Value());
+      walk.body += PrintedTime(cf, rs["Time"].Value()) + "|" + cell + "|" +
+                   Esc(cf, rs["Units"].Value()) + "|" + Esc(cf, rs["HomePhone"].Value()) + "\r\n" +
+                   frame::EscapeCell(WorkPhone(cf, rs)) + "|" +
+                   Format(rs["Confirmed"].Value(), "Yes/No") + "|" + frame::EscapeCell(notes) + ";";
+      RaiseProgress(rs);
+      rs.MoveNext();
+    }
+    walk.Finish();
+  });
+}
+
+void clsReports::srptPlannedAppointmentsList(std::string ProviderFilter, DateTime dtStart,
+                                             DateTime dtEnd, int32_t Category) {
+  const db::Snapshot snapshot(conn_);
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  std::string sql =
+      "SELECT Patient.FirstName AS PatientFirstName, Patient.HomePhone AS HomePhone, "
+      "Patient.OtherPhone AS WorkPhone, Patient.OtherExt AS WorkExt, Patient.LastName AS "
+      "PatientLastName, ProcedureCategories.Name AS CategoryName, ProcedureCategories.ID AS "
+      "ProcedureCategoryID, PatientFuture.*, (Employees.FirstName + ' ' + Employees.LastName) AS "
+      "ProviderName FROM Patient INNER JOIN PatientFuture ON Patient.ID = PatientFuture.PatientID "
+      "INNER JOIN ProcedureCategories ON PatientFuture.ProcedureCategoryID = ProcedureCategories.ID "
+      "LEFT OUTER JOIN Employees On Employees.ID = PatientFuture.ProviderID WHERE (EstScheduleDate "
+      ">= '" +
+      Day(dtStart) + "' AND EstScheduleDate <= '" + Day(dtEnd) + "')" +
+      ProviderCondition(ProviderFilter, "PatientFuture.ProviderID");
+  if (Category != 0) sql += " AND ProcedureCategoryID = " + std::to_string(Category);
+  sql +=
+      " and not EstScheduleDate is null and (Approved is null or Approved <> 0) ORDER BY "
+      "PatientFuture.EstScheduleDate";
+  db::Recordset rs = Open(sql);
+  std::string body;
+  while (!rs.Eof()) {
+    body += frame::EscapeCell(Format(rs["EstScheduleDate"].Value(), "dddd mmmm d, yyyy")) + "\r\n" +
+            Esc(cf, rs["ProviderName"].Value()) + "|" +
+            frame::EscapeCell(cf.returnStr(rs["PatientFirstName"].Value()) + " " +
+                              cf.returnStr(rs["PatientLastName"].Value())) +
+            "\r\n" + Esc(cf, rs["CategoryName"].Value()) + "|" + Esc(cf, rs["Units"].Value()) + "|" +
+            Esc(cf, rs["HomePhone"].Value()) + "\r\n" + frame::EscapeCell(WorkPhone(cf, rs)) + "|" +
+            EstimateText(rs["Estimate"].Value()) + ";";
+    RaiseProgress(rs);
+    rs.MoveNext();
+  }
+  vsp.StartTable();
+  vsp.AddTable("<!~+1.9in|<!~+1.68in|^!~+.8in|<!~+1.5in|>!~+.8in",
+               "Schedule Date\r\nProvider|Patient Name\r\nCategory|Units|Home Phone #\r\nWork Phone "
+               "#|Estimate",
+               body, frame::kSystemButtonFace);
+  vsp.TableBorder(7);
+  vsp.EndTable();
+  vsp.Text(" ");
+}
+
+void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateTime dtStart,
+                                               DateTime dtEnd) {
+  const db::Snapshot snapshot(conn_);
+  Trap("An Error has occurred in Sub rptTreatmentPlansOutstanding in Class Module clsReports", [&] {
+    frame::PrintSurface& vsp = VSP();
+    clsCommonFunctions& cf = Common();
+    // All providers: the condition is left out, never "AND ()".
+    std::string where = NoZeroFilter(ProviderFilter);
+    where = where.empty() ? "" : "(" + vb::Replace(where, "ProviderID", "PatientPredTreatments.ProviderID") + ") AND ";
+    db::Recordset rs = Open(
+        "SELECT PatientPredTreatments.Complete as Complete, Patient.LastName AS PatientLastName, "
+        "Patient.FirstName AS PatientFirstName, PatientPredTreatments.*, (SELECT Employees.LastName "
+        "FROM Employees WHERE Employees.ID = PatientPredTreatments.ProviderID) AS Provider, "
+        "PatientPredTreatments.Notes, (SELECT Employees.LastName + ', ' + Employees.FirstName FROM "
+        "Employees WHERE Employees.ID = PatientPredTreatments.CreatedbyID) AS UserName FROM "
+        "PatientPredTreatments INNER JOIN Patient ON PatientPredTreatments.PatientID = Patient.ID "
+        "WHERE " +
+        where + "DatePosted >= '" + Day(dtStart) + "' AND DatePosted <= '" + Day(dtEnd) +
+        "' ORDER BY PatientPredTreatments.ProviderID,PatientPredTreatments.DatePosted");
+    std::string body;
+    long done = 0, open = 0;
+    Currency done_sum, open_sum;
+    while (!rs.Eof()) {
+      const bool complete = cf.ReturnBool(rs["Complete"].Value());
+      const Currency amount = cf.ReturnCur(rs["TotalAmount"].Value());
+      if (complete) {
+        ++done;
+        done_sum = done_sum + amount;
+      } else {
+        ++open;
+        open_sum = open_sum + amount;
+      }
+      body += frame::EscapeCell(Format(rs["DatePosted"].Value(), "mmm, d, yyyy")) + "|" +
+              frame::EscapeCell(cf.returnStr(rs["PatientFirstName"].Value()) + " " +
+                                cf.returnStr(rs["PatientLastName"].Value())) +
+              "|" + Esc(cf, rs["Provider"].Value()) + "|" +
+              Format(rs["TotalAmount"].Value(), "Currency") + "|" + (complete ? "C" : "I") + "|" +
+              Esc(cf, rs["UserName"].Value()) + "|" + Esc(cf, rs["Notes"].Value()) + ";";
+      RaiseProgress(rs);
+      rs.MoveNext();
+    }
+    vsp.StartTable();
+    vsp.AddTable("<!~+.8in|<!~+1.4in|^!~+1in|>!~+.8in|<!~+0.2in|<!~+.8in|<!1.7in",
+                 "Date|Patient Name|Provider|Total ($)|S|Entered by:|Notes", body,
+                 frame::kSystemButtonFace);
+    vsp.EndTable();
+    vsp.Text(" ");
+    vsp.FontBold(true);
+    vsp.TextAlign(2);
+    vsp.TableBorder(0);
+    auto money = [](Currency c) { return Format(Variant(c), "Currency"); };
+    vsp.AddTable("<2.3in|>1in", "",
+                 "Completed Treatments|" + std::to_string(done) + ";Total Completed Treatments|" +
+                     money(done_sum) + ";|;Incompleted Treatments|" + std::to_string(open) +
+                     ";Total Incompleted Treatments|" + money(open_sum) + ";|;Treatments|" +
+                     std::to_string(done + open) + ";Total Treatments|" + money(done_sum + open_sum) +
+                     ";");
+    vsp.FontBold(false);
+    vsp.TextAlign(0);
+  });
+}
+
+void clsReports::srptAppointmentReschedules(std::string ProviderFilter, DateTime dtStart,
+                                            DateTime dtEnd) {
+  const db::Snapshot snapshot(conn_);
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  // The appointments and, apart, every detail row with a reschedule mark;
+  // the two are related by the appointment's key as a shaped recordset would.
+  // Any non-NULL mark counts, 0 too: the test is written with "or".
+  db::Recordset appts = Open(
+      "SELECT ID, PatientID, Date, Time, Estimate, ProcedureCat, Units FROM PatientAppointments "
+      "WHERE ([Date] >= '" +
+      Day(dtStart) + "' AND [Date] <= '" + Day(dtEnd) + "')" +
+      ProviderCondition(ProviderFilter, "PatientAppointments.ProviderID") + " ORDER BY [Date], [Time], ID");
+  db::Recordset details = Open(
+      "SELECT AppointmentID, ID, Date, Time, Specific, Note, EmployeeID FROM "
+      "PatientAppointmentDetails where [Reschedule?]<> 0 or [Reschedule?] is not null ORDER BY ID");
+  while (!appts.Eof()) {
+    const std::string id = cf.returnStr(appts["ID"].Value());
+    details.Filter(Variant("AppointmentID = " + id));
+    if (!details.Eof()) {
+      const Variant patient = appts["PatientID"].Value();
+      const Variant employee = details["EmployeeID"].Value();
+      if (patient.IsNull() || employee.IsNull()) {
+        Host().MsgBox(
+            "There is a NULL PatientID in the Appointments Table or a NULL EmployeeID in the "
+            "AppointmentsDetails Table\r\nPlease contact Technical Support to resolve this issue.",
+            host::vbOKOnly, "");
+      } else {
+        db::Recordset p = Open("Select ID, HomePhone, FirstName, LastName, OtherPhone from Patient where ID = " +
+                               cf.returnStr(patient));
+        auto pv = [&](const char* f) { return p.Eof() ? std::string() : cf.returnStr(p[f].Value()); };
+        vsp.TableBorder(0);
+        vsp.StartTable();
+        vsp.TableCell(frame::tcCols) = 4;
+        vsp.TableCell(frame::tcRows) = 2;
+        for (int c = 1; c <= 4; ++c) vsp.TableCell(frame::tcColWidth, 0, c) = "1.75in";
+        vsp.TableCell(frame::tcText, 1, 1) = "Date: " + Format(appts["Date"].Value(), "mmm/dd/yyyy");
+        vsp.TableCell(frame::tcText, 1, 2) = "Time: " + PrintedTime(cf, appts["Time"].Value());
+        vsp.TableCell(frame::tcText, 1, 3) = "Estimate: " + Format(Variant(cf.ReturnCur(appts["Estimate"].Value())), "Currency");
+        vsp.TableCell(frame::tcText, 1, 4) = "Units: " + cf.returnStr(appts["Units"].Value());
+        vsp.TableCell(frame::tcText, 2, 1) = "Patient: " + pv("FirstName") + " " + pv("LastName");
+        vsp.TableCell(frame::tcColSpan, 2, 1) = 2;
+        std::string phone = "Phone: " + pv("HomePhone");
+        if (!pv("OtherPhone").empty()) phone += "  Other: " + pv("OtherPhone");
+        vsp.TableCell(frame::tcText, 2, 3) = phone;
+        vsp.TableCell(frame::tcColSpan, 2, 3) = 2;
+        vsp.EndTable();
+        // The appointment's block stays with its reschedules.
+        vsp.KeepWithNext();
+        std::string body;
+        while (!details.Eof()) {
+          db::Recordset e = Open("Select ID, FirstName, LastName from Employees where ID = " +
+                                 cf.returnStr(details["EmployeeID"].Value()));
+          const std::string who = e.Eof() ? "" : cf.returnStr(e["FirstName"].Value()) + " " +
+                                                     cf.returnStr(e["LastName"].Value());
+          body += frame::EscapeCell(Format(details["Date"].Value(), "mmm/dd/yyyy")) + "|" +
+                  PrintedTime(cf, details["Time"].Value()) + "|" + Esc(cf, details["Specific"].Value()) +
+                  "|" + Esc(cf, details["Note"].Value()) + "|" + frame::EscapeCell(who) + ";";
+          details.MoveNext();
+        }
+        vsp.AddTable("<1.25in|<1in|<2in|<2in|<1in", "Reschedule Date|Reschedule Time|Reason|Note|Employee",
+                     body, kHeaderColor);
+        vsp.Text(" ");
+      }
+    }
+    RaiseProgress(appts);
+    appts.MoveNext();
+  }
+}
+
+void clsReports::rptAppointmentsByPatient(std::string txtfilter, std::string UserName) {
+  const db::Snapshot snapshot(conn_);
+  frame::PrintSurface& vsp = VSP();
+  clsCommonFunctions& cf = Common();
+  const std::string filter = NoZeroFilter(txtfilter);
+  db::Recordset patients = Open("SELECT ID, FullName, BirthDate FROM Patient" +
+                                (filter.empty() ? std::string() : " WHERE (" + filter + ")") +
+                                " ORDER BY FullName");
+  // The child rows of every patient at once, related by PatientID as the
+  // shaped recordset relates them; the order within a patient is the
+  // appointments' own.
+  db::Recordset appts = Open(
+      "SELECT PatientAppointments.*, ProcedureCategories.Name AS Category, Employees.LastName AS "
+      "Provider, Employees1.LastName AS BookedBy FROM PatientAppointments INNER JOIN "
+      "ProcedureCategories ON PatientAppointments.ProcedureCat = ProcedureCategories.ID INNER JOIN "
+      "Employees ON PatientAppointments.ProviderID = Employees.ID INNER JOIN Employees Employees1 ON "
+      "PatientAppointments.EmployeeID = Employees1.ID ORDER BY PatientAppointments.PatientID, [Date], "
+      "[Time]");
+  vsp.DocName("Appointments By Patient");
+  vsp.StartDoc();
+  PrintReportHeading("Appointments By Patient", UserName, "");
+  bool any = false;
+  while (!patients.Eof()) {
+    appts.Filter(Variant("PatientID = " + cf.returnStr(patients["ID"].Value())));
+    std::string body;
+    while (!appts.Eof()) {
+      body += Esc(cf, appts["Provider"].Value()) + "|" + Format(appts["Date"].Value(), "MMM/d/yyyy") +
+              "|" + PrintedTime(cf, appts["Time"].Value()) + "|" + Esc(cf, appts["Units"].Value()) +
+              "|" + Esc(cf, appts["Category"].Value()) + "|" + Esc(cf, appts["Reason"].Value()) + ";";
+      appts.MoveNext();
+    }
+    if (!body.empty()) {
+      any = true;
+      vsp.AddTable("<2in|^1in", "",
+                   Esc(cf, patients["FullName"].Value()) + "|" +
+                       Format(patients["BirthDate"].Value(), "MMM/d/yyyy") + ";",
+                   std::nullopt, kHeaderColor);
+      vsp.KeepWithNext();
+      vsp.StartTable();
+      // The time column is a tenth of an inch wider than the category gives
+      // up, so that "12:50 PM" stands on one line at the list's size.
+      vsp.AddTable("<1in|^1in|^.7in|^.5in|<1.4in|<1.7in", "Provider|Date|Time|Units|Category|Note", body,
+                   kHeaderColor);
+      vsp.TableCell(frame::tcIndent) = ".2in";
+      // A time reads as one: "11:10 AM" never breaks after its minutes.
+      const int rows = static_cast<int>(vsp.TableCell(frame::tcRows).Number());
+      vsp.TableCell(frame::tcNoWrap, 1, 3, rows, 3) = true;
+      vsp.EndTable();
+      vsp.Text(" ");
+    }
+    RaiseProgress(patients);
+    patients.MoveNext();
+  }
+  if (!any) vsp.Text("No Results to display");
+  PrintPageFooters(kPrintedBy);
+  vsp.EndDoc();
+  Form().Show();
+}
+
+// Kept as entries of the interface: the host may call them, they draw
+// nothing and return at once.
+void clsReports::rptRescheduleAnalysis(int16_t theType, std::string Header) {
+  (void)theType;
+  (void)Header;
+}
+
+void clsReports::OverDueTreatmentPlans(DateTime StartDate, DateTime Enddate, std::string Header) {
+  (void)StartDate;
+  (void)Enddate;
+  (void)Header;
+}
+
+}  // namespace orv

@@ -1,0 +1,363 @@
+// The dental claim form in English and French: where its boxes stand, what
+// the insurer reads in them, and the forms that must not print.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "claims/claims_fixture.h"
+#include "frame/surface/color.h"
+
+namespace orv::testing {
+namespace {
+
+constexpr long kLeft = 720;             // every margin
+constexpr long kRight = 720 + 7.5 * 1440;  // the 7.5 in the page holds between them
+
+const char* const kFailure =
+    "There has been an error printing. One or more pieces of information has not been correctly "
+    "entered for the patient.\nThis could include any insurance information, especially the "
+    "primary account holder, and or insurance company.\n";
+
+using ClaimForm = ClaimTest;
+
+// The header bands of the form's tables: filled with its grey.
+std::vector<render::FilledRect> GreyBands(const render::Page& page) {
+  std::vector<render::FilledRect> out;
+  const render::Rgb grey = frame::ToRgb(frame::kSystemButtonFace);
+  for (const auto& item : page.items)
+    if (auto f = std::get_if<render::FilledRect>(&item); f && f->color == grey) out.push_back(*f);
+  return out;
+}
+
+TEST_F(ClaimForm, EveryTableSpansTheWholeBodyAndTheFootSitsAboveTheBottomMargin) {
+  reports.rptClaimForm(95101, 1, 0);
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(form.PrintCount(), 1) << "the form goes to the printer";
+  EXPECT_EQ(form.ShowCount(), 0) << "and is never previewed";
+  EXPECT_TRUE(progress.empty());
+  EXPECT_EQ(form.VSP.DocName(), "Claim Form For Invoice# 595101");
+  ASSERT_EQ(form.VSP.PageCount(), 1) << "up to eight lines the form is one page";
+  const render::Page& page = form.VSP.Document().pages[0];
+  EXPECT_EQ(page.width.value(), 12240) << "portrait letter";
+
+  // Tables 1, 3, 5, 6, 7 and 8 carry a grey header band (one fill per
+  // header cell); each band is 7.5 in wide from the left margin.
+  std::map<long, std::pair<long, long>> bands;  // top -> left, right
+  for (const auto& b : GreyBands(page)) {
+    auto [it, fresh] = bands.try_emplace(b.box.y.value(), b.box.x.value(),
+                                         b.box.x.value() + b.box.width.value());
+    it->second.first = std::min(it->second.first, long(b.box.x.value()));
+    it->second.second = std::max(it->second.second, long(b.box.x.value() + b.box.width.value()));
+  }
+  ASSERT_EQ(bands.size(), 6u);
+  for (const auto& [top, band] : bands) {
+    EXPECT_EQ(band.first, kLeft) << "band at " << top;
+    EXPECT_EQ(band.second, kRight) << "band at " << top;
+  }
+  // No line of any table reaches past the margins; tables 2 and 4, without a
+  // header, draw full-width rules too.
+  int full_width = 0;
+  for (const auto& item : page.items) {
+    if (auto l = std::get_if<render::Line>(&item)) {
+      EXPECT_GE(std::min(l->x1, l->x2).value(), kLeft - 10);
+      EXPECT_LE(std::max(l->x1, l->x2).value(), kRight + 10);
+      if (l->y1 == l->y2 && std::min(l->x1, l->x2).value() == kLeft &&
+          std::max(l->x1, l->x2).value() == kRight)
+        ++full_width;
+    }
+  }
+  EXPECT_GT(full_width, 12);
+
+  // The foot line: left margin, two heights of "X" (8 pt) above the bottom
+  // margin.
+  form.VSP.FontName("Tahoma");
+  form.VSP.FontSize(8);
+  const double x_height = form.VSP.TextHeight("X").value();
+  bool found = false;
+  for (const auto& item : page.items) {
+    auto t = std::get_if<render::TextRun>(&item);
+    if (t && t->text.rfind("ALL INFORMATION", 0) == 0) {
+      found = true;
+      EXPECT_EQ(t->x.value(), kLeft);
+      EXPECT_NEAR(t->top.value(), 15840 - 720 - 2 * x_height, 1);
+      EXPECT_FLOAT_EQ(t->size_pt, 8);
+    }
+  }
+  EXPECT_TRUE(found) << Text();
+}
+
+TEST_F(ClaimForm, ProcedureTableHoldsEightRowsAndLongerInvoicesRunOn) {
+  // Three lines of 0.00: none printed, eight empty rows; the table is as
+  // tall as for an invoice of one line.
+  auto rows_height = [&](int32_t invoice) {
+    reports.rptClaimForm(invoice, 1, 0);
+    const render::Page& page = form.VSP.Document().pages[0];
+    long header = 0, total = 0;
+    for (const auto& item : page.items) {
+      auto t = std::get_if<render::TextRun>(&item);
+      if (t && t->text == "Procedure") header = t->top.value();
+      if (t && t->text.rfind("This is an accurate statement", 0) == 0) total = t->top.value();
+    }
+    return total - header;
+  };
+  const long zero_lines = rows_height(95102);
+  EXPECT_FALSE(Has("01202")) << "a line without a fee is not claimed";
+  EXPECT_TRUE(Has("Total Fee Submitted: $0.00"));
+  EXPECT_EQ(rows_height(95104), zero_lines) << "one line and none both make eight rows";
+  EXPECT_GT(zero_lines, 8 * 150);
+
+  // Nine lines: all nine claimed, no ninth-line limit, the table one row
+  // taller than the padded eight.
+  const long nine = rows_height(95103);
+  int printed = 0;
+  for (size_t at = Text().find("01202 Nov/0"); at != std::string::npos;
+       at = Text().find("01202 Nov/0", at + 1))
+    ++printed;
+  EXPECT_EQ(printed, 9) << Text();
+  EXPECT_GT(nine, zero_lines);
+
+  // A long invoice runs on: the surface carries the table to page 2, and
+  // the foot line stands on the last page.
+  std::string more;
+  for (int i = 0; i < 70; ++i)
+    more += std::string(i ? "," : "") + "(" + std::to_string(95400 + i) +
+            ", 95103, '02102', NULL, NULL, 5.00, '2026-11-10 00:00:00')";
+  RawExec("INSERT INTO InvoiceDetails (ID, InvoiceID, Code, [Tooth#], Surface, Cost, [Date]) VALUES " + more);
+  reports.rptClaimForm(95103, 1, 0);
+  ASSERT_GE(form.VSP.PageCount(), 2) << Text();
+  EXPECT_NE(PageText(2).find("02102"), std::string::npos) << PageText(2);
+  EXPECT_EQ(PageText(1).find("ALL INFORMATION"), std::string::npos);
+  EXPECT_NE(PageText(form.VSP.PageCount()).find("ALL INFORMATION RECORDED ON THIS FORM IS CONFIDENTIAL"),
+            std::string::npos);
+}
+
+TEST_F(ClaimForm, ClaimRules) {
+  reports.rptClaimForm(95101, 1, 0);
+  std::string text = Text();
+  // The dentist's number around the per-insurer number: 12 77 56.
+  EXPECT_TRUE(Has("Unique#: 123456")) << text;
+  EXPECT_TRUE(Has("BPN#: 127756")) << text;
+  EXPECT_TRUE(Has("Dr. Ada Moreau")) << text;
+  // Lines: the priced ones; not the 0.00 line, not the reversal.
+  EXPECT_TRUE(Has("01202 16 MOD Nov/02/2026 $100.00")) << text;
+  EXPECT_TRUE(Has("11101 Nov/02/2026 $25.00")) << text;
+  EXPECT_FALSE(Has("02102"));
+  EXPECT_FALSE(Has("-0120"));
+  // The stored total, not the 125.00 of the printed lines.
+  EXPECT_TRUE(Has("Total Fee Submitted: $999.99")) << text;
+  EXPECT_TRUE(Has("Predetermination Number: PD-9")) << text;
+  EXPECT_TRUE(Has("Root canal done in two visits")) << text;
+  EXPECT_TRUE(Has("PAYABLE TO DENTIST")) << text;
+  // Subscribers: the holders, the primary policy with no division, the
+  // secondary's missing policy as eight blanks.
+  EXPECT_TRUE(Shows("Name: Lea Moreau")) << text;
+  EXPECT_TRUE(Shows("Name: Marc Moreau")) << text;
+  EXPECT_TRUE(Shows("Policy#: P-1 Division#: (N/A)")) << text;
+  EXPECT_TRUE(Shows("Division#: D7"));
+  EXPECT_TRUE(Shows("Certificate #: S-11")) << text;
+  EXPECT_TRUE(Shows("Certificate#: S-22")) << text;
+  EXPECT_TRUE(Shows("If Child Indicate: Student: Yes"));
+  EXPECT_TRUE(Shows("If Student Indicate School: Lycee Nord"));
+  EXPECT_TRUE(Shows("W.C.B. or Gov't Plan? Yes")) << "the second employer has an insurer";
+  // Table 8: the ";" of the insurer's name printed as ":", on one row with
+  // the second insurer.
+  EXPECT_TRUE(Has("North: Shore Life Second Life")) << text;
+  EXPECT_TRUE(Has("2 Rue Peel, Bureau 4")) << text;
+  EXPECT_TRUE(Has("Toronto, ON, M5J 2N8, Canada")) << text;
+  EXPECT_FALSE(Has("North;"));
+
+  // Without the provider number for this insurer, the bare CDA#.
+  RawExec("DELETE FROM EmployeeBPN WHERE EmployeeID = 95001");
+  reports.rptClaimForm(95101, 1, 0);
+  EXPECT_TRUE(Has("BPN#: 123456")) << Text();
+
+  // A supervised invoice goes under the overseer; OverseerID 0 under the
+  // provider.
+  reports.rptClaimForm(95102, 1, 0);
+  EXPECT_TRUE(Has("Dr. Paul Girard")) << Text();
+  EXPECT_TRUE(Has("Unique#: 654321"));
+  reports.rptClaimForm(95103, 1, 0);
+  EXPECT_TRUE(Has("Dr. Ada Moreau"));
+  EXPECT_TRUE(host.messages.empty());
+}
+
+TEST_F(ClaimForm, ModesChooseTheAssignmentColumnAndModeThreeBlanksTheSubscribers) {
+  struct Case {
+    const char* name;
+    int16_t mode;
+    const char* payee;
+  };
+  // 95101: IsAssignment -1, IsSecondaryAssignment NULL, IsTertiaryAssignment NULL.
+  const Case cases[] = {{"primary assigned", 0, "PAYABLE TO DENTIST"},
+                        {"secondary null", 1, "PAYABLE TO SUBSCRIBER"},
+                        {"tertiary null", 2, "PAYABLE TO SUBSCRIBER"},
+                        {"mode 3 with a true IsAssignment", 3, "PAYABLE TO SUBSCRIBER"}};
+  for (const Case& c : cases) {
+    reports.rptClaimForm(95101, 1, c.mode);
+    EXPECT_TRUE(Has(c.payee)) << c.name;
+    EXPECT_EQ(Has("I hereby assign benefits"), std::string(c.payee) == "PAYABLE TO DENTIST") << c.name;
+    // The insurer blocks stay those of the primary employer in every mode.
+    EXPECT_TRUE(Has("North: Shore Life")) << c.name;
+  }
+  // Mode 3: labels only; the policy row with six blanks and the division
+  // label with one; the patient's own box still filled.
+  EXPECT_FALSE(Shows("Name: Lea Moreau")) << Text();
+  EXPECT_FALSE(Shows("Certificate #: S-11"));
+  EXPECT_FALSE(Has("Acme"));
+  EXPECT_TRUE(Shows("Relationship: DependantCode:"));
+  EXPECT_TRUE(Shows("D.O.B. Apr/05/2010"));
+  EXPECT_TRUE(host.messages.empty());
+}
+
+TEST_F(ClaimForm, PatientWithoutEmployerHasNoInsurerTable) {
+  reports.rptClaimForm(95104, 1, 0);
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_FALSE(Has("Instructions for Claim Submission"));
+  EXPECT_TRUE(Shows("Name: Tom Blanc")) << Text();
+  EXPECT_TRUE(Shows("Birth Date: Birth Date:")) << "both birth cells blank without employers";
+  EXPECT_TRUE(Shows("Employer: Employer:"));
+  EXPECT_TRUE(Shows("W.C.B. or Gov't Plan? No"));
+  EXPECT_FALSE(Has("North: Shore Life"));
+}
+
+TEST_F(ClaimForm, FormsThatCannotPrintShowTheMessageAndPrintNothing) {
+  struct Case {
+    const char* name;
+    int32_t invoice;
+    int16_t mode;
+  };
+  const Case cases[] = {{"unknown invoice", 987654, 0},
+                        {"employer without insurer", 95105, 0},
+                        {"unknown mode", 95101, 4}};
+  for (bool french : {false, true}) {
+    for (const Case& c : cases) {
+      host.messages.clear();
+      if (french) reports.rptClaimFormF(c.invoice, 1, c.mode);
+      else reports.rptClaimForm(c.invoice, 1, c.mode);
+      ASSERT_EQ(host.messages.size(), 1u) << c.name;
+      // The same English message on both forms, then the error itself.
+      EXPECT_EQ(host.messages[0].prompt.rfind(kFailure, 0), 0u) << c.name << host.messages[0].prompt;
+      EXPECT_GT(host.messages[0].prompt.size(), std::string(kFailure).size()) << c.name;
+      EXPECT_EQ(form.PrintCount(), 0) << c.name;
+      EXPECT_EQ(form.VSP.PageCount(), 0) << c.name << ": nothing half-drawn is kept";
+    }
+  }
+}
+
+TEST_F(ClaimForm, InsuranceOfEmployer) {
+  struct Case {
+    const char* name;
+    Variant value;
+    int32_t insurer;
+  };
+  const Case cases[] = {{"null", Variant::Null(), 0},       {"empty text", Variant(""), 0},
+                        {"zero", Variant(0), 0},            {"negative", Variant(-3), 0},
+                        {"no such employer", Variant(99999), 0},
+                        {"employer without insurer", Variant(95003), 0},
+                        {"insured employer", Variant(95001), 95001},
+                        {"as text", Variant("95002"), 95002}};
+  for (const Case& c : cases) EXPECT_EQ(reports.InsuranceOfEmployer(c.value), c.insurer) << c.name;
+}
+
+// ---- French ----
+
+TEST_F(ClaimForm, FrenchFormPrintsTheFormsOwnWords) {
+  reports.rptClaimFormF(95101, 1, 0);
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(form.PrintCount(), 1);
+  // Every French text of the paper form, as printed on it, spelling slips
+  // and missing accents included.
+  const char* const texts[] = {
+      "PAYABLE AU DENTISTE",
+      "Je cède au dentiste nommé dans la présente les incimmites payables en vertu de cette demande "
+      "de règlement et le consents a ce qu'elles lui soient versés directemant",
+      "Signature de 'employé participant au regime",
+      "Information du patient", "Information du Dentiste", "Allocation",
+      "Il se peut que les frais indiqués sur cette demande ne soient pas couverts par le régime "
+      "auquel je participe ou qu'il ne soient couverts qu'en partie. Il m'incombe donc de voir a "
+      "ce que mon dentiste soit rénuméré pour tous les soins rendus,Je consens à ce quetous les "
+      "renseignements contenus dans la presente demande soient divulgues à l'assureur ou à "
+      "l'administrateur du régime. J'autorise aussi la communication d'information apparentée au "
+      "reportage de services d'écrit dans cette forme au dentiste nommé",
+      "Signature du patient",
+      "Réservé au dentiste pour renseignements complémentaires sur la diagnostic, ou les actes, ou "
+      "autres considérations particulières.",
+      "Duplicata? ______",
+      "La présente est une déclaration exacte des soins rendus et des Honorarires demandés sauf "
+      "erreurs ou omissions",
+      "Total des honoraires Demands: $999.99",
+      "Premiere employé(e) participante au régime", "Deuxieme employé(e) participante au régime",
+      "Nom: Lea Moreau", "Date de naissance: ",
+      "No. du regime d'assurance collective: P-1",
+      "No. de la section ou de la division: (N/A)",
+      "No. de certificate d'assurance social ou d'identité: S-11",
+      "No. de certificate d'assurance social ou d'identité: S-22",
+      "Employeur: Acme", "Employeur: Beta",
+      "Lien de parenté avec l'employé participante au régime: Self",
+      "Renseignements sur l'employé(e) / participant(e) au régime",
+      "Date de naissance: Apr/05/2010", "Rapport: Self", "Code dépendant: 01",
+      "S'il s'agit d'un enfant, est-il:  Étudient: Yes  Handicape: ____",
+      "S'il est étudient, nom de L'estalissement scolaire: Lycee Nord",
+      "Ces soins dentaires sont-ils couverts par une autre assurance collective ou dentaire, la "
+      "C.A.T. ou un regime d'assurance d'etat?  Oui",
+      "Ces soins sont-ils requis à la suite d'un accident? (Si oui, indiquez la date et donnez des "
+      "precisions sur une feuille distincte.)  ______",
+      "Si le traitment comprend une prothèse, une courone ou un pont, est-ce la première mise en "
+      "bouche? (Si non, indiquez la date de la mise en bouche précédente et les raisons du "
+      "remplacement.)  _____",
+      "Je consens a ce que tout renseignement ou dossier exige au sujet de la presente demande "
+      "soit divulgue a lassureur ou a l'administrateur du regime et je declare que les "
+      "renseignements donnes sont a ma connaissance, verdfiques, exacts et complets",
+      "Signature de l'employé(e) participant(e) au régime",
+      "1. Date d'entrée en vigeur de l'assurance: __________________",
+      "2. Date d'entrée en vigeur de l'assurance de la personne à charge: __________________",
+      "3. Date de résiliation de l'assurance: __________________",
+      "4. Titulaire du régime (Date): __________________",
+      "Signature autorisée", "Poste ou Titre",
+      "A remplir par titulaire du regime / employeurs s'il ya lieu (voir ci-dessus.)",
+      "Directive pour sousmission de demande d'indemnisation",
+      "Tous les renseignements inscrits sur ce formulaire sont confidentiels",
+      // Texts that stay English on the French form.
+      "Office Verification", "Sex: Female", "Dependant Code: 01", "Date", "Dental Claim Form"};
+  for (const char* t : texts) EXPECT_TRUE(Shows(t)) << t;
+  // The procedure titles, each in its own column (from the paper's edge:
+  // 0.5 in margin, then 2.5, 1, 1, 1 and 2 in).
+  struct Column {
+    const char* title;
+    double from, to;
+  };
+  for (const Column& c : {Column{"Code de l'acte", 0.5, 3}, Column{"Code des dents", 3, 4},
+                          Column{"Surfaces des dents", 4, 5}, Column{"Date du traitement", 5, 6},
+                          Column{"Honoraire du dentiste", 6, 8}})
+    EXPECT_TRUE(ShowsWithin(c.title, c.from, c.to)) << c.title;
+  for (const char* english :
+       {"PAYABLE TO", "Signature of", "Procedure", "Primary Subscriber", "Employer: ", "D.O.B.",
+        "If Child", "Authorized Signature", "Instructions for Claim", "ALL INFORMATION"})
+    EXPECT_FALSE(Shows(english)) << english;
+
+  // The secondary holder twice: beside the primary, under English labels,
+  // and in a row of its own.
+  EXPECT_TRUE(Shows("Nom: Lea Moreau Name: Marc Moreau")) << Text();
+  EXPECT_TRUE(Shows("Birth Date: Jan/02/1975 Sex: Male")) << Text();
+  EXPECT_TRUE(Shows("Nom: Marc Moreau"));
+
+  // Not assigned: "PAYABLE L'ABONNE".
+  reports.rptClaimFormF(95101, 1, 1);
+  EXPECT_TRUE(Shows("PAYABLE L'ABONNE"));
+  EXPECT_FALSE(Shows("Je cède au dentiste"));
+}
+
+TEST_F(ClaimForm, FrenchFormAnswersOtherCoverageNonAndKeepsTheEmployerRowOpen) {
+  // Tom has no employer: the second employer cell has no row end, so the
+  // relationship text runs into the employer row's surplus cells.
+  reports.rptClaimFormF(95104, 1, 0);
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_TRUE(Shows("d'etat?  Non")) << Text();
+  EXPECT_TRUE(Shows("Étudient: No"));
+  EXPECT_TRUE(Shows("Employeur: Employeur:")) << Text();
+}
+
+}  // namespace
+}  // namespace orv::testing

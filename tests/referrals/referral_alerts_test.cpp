@@ -1,0 +1,112 @@
+// The referral alert pages on the sign-ups of referral_fixture.h, worked
+// by hand there.
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "referral_fixture.h"
+
+namespace orv::testing {
+namespace {
+
+using ReferralAlerts = ReferralTest;
+
+// The table row of a dentist as the text of the document reads it: the
+// name, the figures beside the cell's middle, then the phone.
+bool HasRow(const std::string& text, const std::string& row) {
+  return text.find(row) != std::string::npos;
+}
+
+TEST_F(ReferralAlerts, WholeRatioStoppedAndSlackenedDentists) {
+  struct Case {
+    const char* name;
+    int at_least;
+    std::vector<std::string> present;
+    std::vector<std::string> absent;
+  };
+  const Case cases[] = {
+      // Moss: 12 in 120 days is 3 expected, none came: stopped. Lind: 4
+      // expected, 1 came, under the bar of 3: a drop of 75. Kerr: 4
+      // expected, 3 came: 3 is not under the bar, so he stands nowhere
+      // though his drop is 25 %. Park: 10 / 4 is 2 in whole numbers, under
+      // the bar.
+      {"bar 3",
+       3,
+       {"Cy Moss\n12.00 3. 0 100 %", "Ada Lind\n16.00 4. 1 75. %"},
+       {"Bo Kerr", "Di Park"}},
+      // With a bar of 2 Park stands among the stopped dentists with 2, not
+      // 2.5: the count is divided by a whole R in the database. Lind still
+      // counts (1 under 2); Kerr's 3 does not.
+      {"bar 2",
+       2,
+       {"Di Park\n8.00 2. 0 100 %", "Cy Moss\n12.00 3. 0 100 %", "Ada Lind\n16.00 4. 1 75. %"},
+       {"Bo Kerr", "10.00", "2.5"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    Exec("UPDATE ReferralAlerts SET AtLeast = " + std::to_string(c.at_least) +
+         " WHERE EmployeeID = 1;");
+    PreviewForm page;
+    page.SetNotifier([](const std::string&) {});
+    reports.SetPrintPreview(&page);
+    page.VSP.StartDoc();
+    reports.srptReferralAlerts("1");
+    page.VSP.EndDoc();
+    const std::string text = DocumentText(page.VSP.Document());
+    EXPECT_NE(text.find("Referral Alert Report"), std::string::npos);
+    EXPECT_NE(text.find("Printed On: Nov/20/2026 For: Anne Moreau"), std::string::npos) << text;
+    EXPECT_NE(text.find("At least " + std::to_string(c.at_least) +
+                        " in last 30 days, averaged over 120 days."),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("Alert when referrals drop by 25%."), std::string::npos);
+    for (const auto& row : c.present) EXPECT_TRUE(HasRow(text, row)) << row << "\n" << text;
+    for (const auto& row : c.absent) EXPECT_FALSE(HasRow(text, row)) << row << "\n" << text;
+    // The stopped come first, then the slackened.
+    EXPECT_LT(text.find("Cy Moss"), text.find("Ada Lind"));
+    EXPECT_TRUE(host.messages.empty());
+  }
+}
+
+TEST_F(ReferralAlerts, FractionalRatioKeepsTheFraction) {
+  // Chen: 30 of 45 days, R 1.5. Park's 2 sign-ups 40 days ago make 1.33
+  // expected, none came; Lind's single recent sign-up is 0.67, under the
+  // bar of 1; Kerr's 3 recent ones are no drop under 1.
+  InDocument([&] { reports.srptReferralAlerts("2"); });
+  EXPECT_TRUE(Has("Di Park\n2.00 1.33 0 100 %")) << Text();
+  EXPECT_FALSE(Has("Ada Lind"));
+  EXPECT_FALSE(Has("Bo Kerr"));
+  EXPECT_TRUE(Has("Printed On: Nov/20/2026 For: Paul Chen"));
+}
+
+TEST_F(ReferralAlerts, ProvidersWithoutCriteriaWarnOncePerRunAndGetNoPage) {
+  // Okafor has no criteria; Chen's are made 0 on one field.
+  Exec("UPDATE ReferralAlerts SET AlertWhen = 0 WHERE EmployeeID = 2;");
+  reports.rptReferralReports(false, false, false, false, false, true, Nov(1), Nov(30), "dana", "",
+                             0, {3, 1, 2, 3}, 0);
+  EXPECT_EQ(Asked("Referral Alerts"), 1);
+  EXPECT_NE(host.messages.at(0).prompt.find("do not have Referral Alerts setup"),
+            std::string::npos);
+  // Moreau's page alone, the first page untouched before it.
+  EXPECT_EQ(form.VSP.PageCount(), 1) << Text();
+  EXPECT_TRUE(Has("For: Anne Moreau"));
+  EXPECT_FALSE(Has("For: Paul Chen"));
+  EXPECT_EQ(form.ShowCount(), 1);
+  // A second run warns again.
+  host.messages.clear();
+  reports.rptReferralReports(false, false, false, false, false, true, Nov(1), Nov(30), "dana", "",
+                             0, {3}, 0);
+  EXPECT_EQ(Asked("Referral Alerts"), 1);
+}
+
+TEST_F(ReferralAlerts, EmptyBlocksStillDrawTheHeader) {
+  // Nobody was referred at all: the table is its header alone.
+  Exec("UPDATE Patient SET ReferringDentistID = NULL;");
+  InDocument([&] { reports.srptReferralAlerts("1"); });
+  EXPECT_TRUE(Has("Referring Dentist")) << Text();
+  EXPECT_TRUE(Has("Percent")) << Text();
+  EXPECT_FALSE(Has("100 %"));
+}
+
+}  // namespace
+}  // namespace orv::testing

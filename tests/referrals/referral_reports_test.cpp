@@ -1,0 +1,126 @@
+// The referral package and its public sections on referral_fixture.h.
+// In October and November Lind's patients signed up 1, Kerr's 3, Park's 2,
+// Moss's none; none of them has a preferred doctor.
+#include <gtest/gtest.h>
+
+#include "referral_fixture.h"
+
+namespace orv::testing {
+namespace {
+
+using ReferralPackage = ReferralTest;
+
+DateTime Oct1() {
+  return DateTime::FromParts(2026, 10, 1);
+}
+
+TEST_F(ReferralPackage, DetailsInEachOrder) {
+  struct Case {
+    const char* name;
+    int32_t order;
+    const char* order_line;  // null: none
+    std::vector<std::string> in_order;
+    const char* grand;  // null: no details at all
+  };
+  const Case cases[] = {
+      {"by referring dentist, by name",
+       1,
+       "By Referring Dentist",
+       {"Total: 3 for Dr. Bo Kerr", "Total: 1 for Dr. Ada Lind", "Total: 2 for Dr. Di Park"},
+       "Grand Total: 6 Referring Dentists"},
+      {"by number, most first",
+       3,
+       "By Number of Referred Patients",
+       {"Total: 3 for Dr. Bo Kerr", "Total: 2 for Dr. Di Park", "Total: 1 for Dr. Ada Lind"},
+       "Grand Total: 6 Referring Dentists"},
+      {"by preferred doctor: none is known",
+       0,
+       "By Preferred Doctor",
+       {"Total: 6 for Doctor Name Unspecified"},
+       "Grand Total: 6 Preferred Dentists"},
+      {"an order the package does not know", 2, nullptr, {}, nullptr},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    PreviewForm doc;
+    doc.SetNotifier([](const std::string&) {});
+    reports.SetPrintPreview(&doc);
+    reports.rptReferralReports(true, false, true, true, false, false, Oct1(), Nov(30), "dana", "",
+                               7, {}, c.order);
+    const std::string text = DocumentText(doc.VSP.Document());
+    EXPECT_NE(text.find("Referral Details Report"), std::string::npos) << text;
+    for (const char* line :
+         {"By Referring Dentist", "By Number of Referred Patients", "By Preferred Doctor"}) {
+      const bool expected = c.order_line && std::string(c.order_line) == line;
+      EXPECT_EQ(text.find(line) != std::string::npos, expected) << line << "\n" << text;
+    }
+    size_t at = 0;
+    for (const auto& total : c.in_order) {
+      const size_t found = text.find(total, at);
+      EXPECT_NE(found, std::string::npos) << total << "\n" << text;
+      at = found == std::string::npos ? at : found;
+    }
+    EXPECT_EQ(text.find("Cy Moss"), std::string::npos) << "an empty group prints nothing";
+    if (c.grand)
+      EXPECT_NE(text.find(c.grand), std::string::npos) << text;
+    else
+      EXPECT_EQ(text.find("Grand Total"), std::string::npos) << text;
+    // The list and the patients-by-patients flags draw nothing here.
+    EXPECT_EQ(text.find("Date Last Patient Referred"), std::string::npos);
+    EXPECT_TRUE(host.messages.empty());
+  }
+}
+
+TEST_F(ReferralPackage, SectionsInTheirOrderEachOnItsPage) {
+  host.answer = host::vbNo;
+  reports.rptReferralReports(false, true, true, false, true, true, Nov(1), Nov(30), "dana",
+                             "All providers", 0, {1}, 1);
+  const std::string text = Text();
+  const size_t type = text.find("Referral Dentist Procedure Type Report");
+  const size_t details = text.find("Referral Details Report");
+  const size_t summary = text.find("Referral Summary Report");
+  const size_t alerts = text.find("Referral Alert Report");
+  ASSERT_NE(type, std::string::npos) << text;
+  EXPECT_LT(type, details);
+  EXPECT_LT(details, summary);
+  EXPECT_LT(summary, alerts);
+  EXPECT_NE(text.find("From: Nov/01/2026 to Nov/30/2026"), std::string::npos) << text;
+  // Lind's patient 1 had 01202 and 11101 and 99111 billed in November.
+  EXPECT_NE(text.find("11101 Scaling 1"), std::string::npos) << text;
+  EXPECT_GE(form.VSP.PageCount(), 4);
+  EXPECT_EQ(form.ShowCount(), 1);
+  // The summary is the production summary, after the question on links.
+  EXPECT_EQ(Asked("Invalid Relationship"), 1);
+  EXPECT_NE(text.find("Fees($) Payments($)"), std::string::npos);
+  EXPECT_EQ(text.find("# Patients"), std::string::npos);
+}
+
+TEST_F(ReferralPackage, PublicSections) {
+  Exec(
+      "UPDATE Patient SET RefferedBy = 'Claire Tremblay', ReferalReason = 'Friend', "
+      "ReferredByAddID = 'Patient' WHERE ID = 1052;"
+      "UPDATE Patient SET RefferedBy = '0' WHERE ID = 1053;");
+  InDocument([&] {
+    reports.srptReferringDentistList();
+    reports.srptRefferedByPatient(Oct1(), Nov(30));
+    reports.srptReferringDentistSummary(Oct1(), Nov(30), 0);
+  });
+  // Moss's last sign-up was August; Lind's newest is 11-10.
+  EXPECT_TRUE(Has("Dr. Cy Moss Aug/12/2026")) << Text();
+  EXPECT_TRUE(Has("Dr. Ada Lind Nov/10/2026"));
+  // Referred by a patient: only the one with a name there.
+  EXPECT_TRUE(Has("Ref52 Patient Claire Tremblay Friend Patient")) << Text();
+  EXPECT_FALSE(Has("Ref53 Patient"));
+  // Sign-ups of the period, invoices none: counts and zero sums.
+  EXPECT_TRUE(Has("Dr. Bo Kerr 3 $0.00 $0.00")) << Text();
+  EXPECT_TRUE(Has("Dr. Cy Moss 0 $0.00 $0.00"));
+}
+
+TEST_F(ReferralPackage, ADentistWithoutPatientsIsNotApplicable) {
+  Exec("UPDATE Patient SET ReferringDentistID = NULL WHERE ReferringDentistID = 3;");
+  InDocument([&] { reports.srptReferringDentistList(); });
+  EXPECT_TRUE(Has("Dr. Cy Moss  N/A ")) << Text();
+}
+
+}  // namespace
+}  // namespace orv::testing
