@@ -13,9 +13,6 @@
 namespace orv {
 namespace {
 
-using orv::testing::Cur;
-using orv::testing::CaseName;
-
 DateTime Serial(double s) {
   return DateTime(s);
 }

@@ -11,9 +11,6 @@
 namespace orv {
 namespace {
 
-using orv::testing::CaseName;
-using orv::testing::Cur;
-
 TEST(Currency, DecimalTextIsExact) {
   EXPECT_EQ(Cur("0.1").raw(), 1000);
   EXPECT_EQ(Cur("1090").raw(), 10900000);

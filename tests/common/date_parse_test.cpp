@@ -11,8 +11,6 @@
 namespace orv {
 namespace {
 
-using orv::testing::CaseName;
-
 struct ParseCase {
   const char* name;
   const char* text;

@@ -12,8 +12,6 @@
 namespace orv {
 namespace {
 
-using orv::testing::CaseName;
-
 struct FormatCase {
   const char* name;
   Variant value;

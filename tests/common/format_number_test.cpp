@@ -12,9 +12,6 @@
 namespace orv {
 namespace {
 
-using orv::testing::Cur;
-using orv::testing::CaseName;
-
 struct FormatCase {
   const char* name;
   Variant value;

@@ -7,7 +7,8 @@
 
 #include "common/currency.h"
 
-namespace orv::testing {
+// In the namespace of the tests that include it, so the tables use them bare.
+namespace orv {
 
 // A money figure written as the reports print it, "123.45".
 inline Currency Cur(const char* text) {
@@ -23,4 +24,4 @@ struct CaseNameOf {
 };
 inline constexpr CaseNameOf CaseName{};
 
-}  // namespace orv::testing
+}  // namespace orv

@@ -9,9 +9,6 @@
 namespace orv {
 namespace {
 
-using orv::testing::CaseName;
-using orv::testing::Cur;
-
 TEST(ReturnPercent, ZeroOrNullGivesTheLiteral) {
   EXPECT_EQ(ReturnPercent(Variant::Null(), 5), "0.00%");
   EXPECT_EQ(ReturnPercent(5, Variant::Null()), "0.00%");

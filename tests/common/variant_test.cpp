@@ -12,9 +12,6 @@
 namespace orv {
 namespace {
 
-using orv::testing::CaseName;
-using orv::testing::Cur;
-
 struct NumberTextCase {
   const char* name;
   const char* text;

@@ -16,9 +16,9 @@
 namespace orv::db {
 namespace {
 
+using orv::testing::ErrorOf;
 using testing::TempDb;
 
-using orv::testing::ErrorOf;
 TEST(DatabaseErrors, BadStatementsNameTheStatementAndPlace) {
   TempDb db(testing::kPracticeSql);
   Connection conn(db.url());

@@ -213,6 +213,7 @@ TEST(PostgresEngine, LongIndexNamesAreShortenedOnTheServerAndComeBackWhole) {
 }
 
 using orv::testing::ErrorOf;
+
 TEST(PostgresEngine, FaultsGiveClearErrorsWithoutThePassword) {
   ORV_REQUIRE_POSTGRES();
   const std::string server = TestServerUrl();
