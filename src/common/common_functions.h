@@ -114,6 +114,35 @@ class clsCommonFunctions {
   // "-". With "Patient": the text after the "-", or "". Any other `which`
   // gives "". Nothing is trimmed.
   std::string PursePaymentName(std::string_view name, std::string_view which) const;
+
+  // ---- Text routines the host shares ----
+  // Line breaks become blanks, then the text is broken with CR LF at the
+  // last blank that keeps a line within `width` characters. A line with no
+  // such blank ends the wrapping: the rest stays whole on it. Null or blank
+  // gives "".
+  std::string WrapText(const Variant& text, int width) const;
+  // Line `n` (from 1) of text broken by CR LF; past the last line, "".
+  std::string ReturnLine(std::string_view text, int n) const;
+  // The digits of the text; with `words`, spoken numbers first become
+  // digits, inside words too ("tomorrow" gives "2").
+  std::string ReturnNumberOnly(std::string_view text, bool words) const;
+  // Digits and "." only; Null or blank gives "".
+  std::string KeepNumbers(const Variant& text) const;
+  // Letters, digits, blank and "()," (only digits with `digitsOnly`),
+  // trimmed; text that starts with three blanks gives "".
+  std::string StripNonAlphaNum(std::string_view text, bool digitsOnly) const;
+  // True when every character of the trimmed text is in `allowed`.
+  bool ValidateText(std::string_view text, std::string_view allowed) const;
+  // A fixed-width field: Null stays Null; CR and LF are dropped; with
+  // `isMoney` the amount in cents' digits. Longer than `length` it is cut,
+  // `side` 1 keeping the right end; shorter it is filled with `fill` (""
+  // is a blank) on the left for `side` 1, on the right otherwise.
+  Variant PadString(const Variant& value, int side, int length, std::string fill, bool isMoney) const;
+  struct RGBColor {
+    uint8_t red, green, blue;
+  };
+  // A colour as the host stores it (red in the low byte) split in three.
+  RGBColor returnRGBColor(uint32_t color) const;
 };
 
 }  // namespace orv

@@ -83,6 +83,63 @@ class clsReports {
                             bool ByEmployer = false, int32_t EmployerID = 0);
   void rptFeeGuide(int32_t ID, std::string UserName);
 
+  // ---- Labels and envelopes ----
+  // Sheets of 3 x 10 labels (2.55 x 0.89 in), 30 to a page, in last-name
+  // order; filters are conditions over the table ("" or "0": none).
+  void rptMailingLabels(std::string txtfilter);
+  // `Position` "top", "middle" or "bottom" aligns the name on its label;
+  // another word keeps the alignment in force.
+  void rptFolderLabels(std::string Position, std::string txtfilter);
+  // Printed with the printer dialog.
+  void rptReferringDentistMailingLabels(std::string txtfilter);
+  // One label per page after the page set-up dialog; a refusal prints
+  // nothing.
+  void rptMailingLabelsSinglePage(std::string txtfilter);
+  // One folder label per page: the name at the top, middle or bottom, or
+  // (`rptTwo`, landscape) twice on a folded tab, once upside down.
+  void rptFolderLabelsSingleSheet(std::string txtfilter, iPosition Position);
+  // One company 30 times on a sheet; an unknown company fails.
+  void rptInsuranceCompanyLabels(int32_t ID);
+  // No. 10 envelopes (9.5 x 4.125 in), one a page, after the printer
+  // dialog. A patient without an address stops the run with a message and
+  // nothing printed.
+  void rptPatientEnvelope(std::string txtfilter, bool ReturnAddress);
+  void rptInsuranceCompanyEnvelopes(std::string txtfilter);
+  // Printed with the printer dialog.
+  void rptReferringDentistMailingEnvelopes(std::string txtfilter);
+  // A small landscape label for one appointment, printed without the
+  // dialog once the printer dialog was confirmed.
+  void rptAppointmentCardLabel(int32_t AppointmentID);
+
+  // ---- Letters (printed; each sets its patient on `Patient()` and takes
+  // the patient's office as `OfficeID`, which stays set after the run) ----
+  // A letter to each patient of the filter not seen this calendar month,
+  // with a return slip; each letter ends with a new page.
+  void rptReActivationLetter(std::string txtfilter, std::string OfficeName, std::string Header);
+  // After a missed appointment (PatientAppointments.ID); a patient under 18
+  // with a primary holder gets the guardian's letter.
+  void rptNoShowLetter(int32_t ID, std::string SignedBy, Variant Body, std::string OfficeName,
+                       std::string Header);
+  // Thanks to whoever referred the patient; `IsDentist` true takes the
+  // office's letter to dentists, anything else the one to patients.
+  void rptRefferalLetter(int32_t ID, std::optional<bool> IsDentist = std::nullopt);
+  // A welcome letter, printed whatever the page set-up box answers.
+  void NewPatientLetter(int32_t ID, std::string LetterBody, std::string OfficeName);
+  // The patient's details and the office's policies, to sign.
+  void OfficePolicyAcknowledgement(int32_t PatientID, int32_t OfficeID);
+
+  // ---- Notes and memos ----
+  // Progress notes not complete whose reminder date has come (Type above
+  // 1), by doctor; previewed.
+  void rptProgressNotesList();
+  // One page per memo of the filter ("" or "0": all), printed.
+  void rptMemos(std::string txtfilter, DateTime printDate, std::string UserName);
+  // One prescription with its lines, printed; sets the patient's office.
+  void rptPrescriptions(int32_t ID, std::string Header, std::string OfficeName);
+  // -1 when memos are due for the user or for everyone (drawing them on
+  // the surface, unshown), else 0 with nothing drawn.
+  int16_t ToDoEmail(int32_t UserID);
+
   // ---- Appointment cards and family schedules ----
   void rptAppointmentCard(int32_t ID, std::string Header, std::string Footer, std::string OfficeName,
                           std::string OfficePhone, int16_t UnitMinutes, bool Assignment);

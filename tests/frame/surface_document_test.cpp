@@ -117,8 +117,8 @@ TEST(SurfaceDocument, Geometry) {
   } cases[] = {
       {1, 0, 12240, 15840},
       {1, 1, 15840, 12240},
-      {20, 0, 5940, 13680},
-      {20, 1, 13680, 5940},
+      {20, 0, 13680, 5940},
+      {20, 1, 5940, 13680},
   };
   for (const auto& c : cases) {
     PrintSurface s;
@@ -129,6 +129,17 @@ TEST(SurfaceDocument, Geometry) {
     s.StartDoc();
     EXPECT_EQ(s.Document().pages[0].width.value(), c.width);
     EXPECT_EQ(s.Orientation(), c.orientation);
+  }
+  {
+    // A driver that reports the envelope narrow side first in portrait.
+    PrintSurface narrow;
+    narrow.EnvelopeNarrowFirst(true);
+    narrow.PaperSize(20);
+    EXPECT_EQ(narrow.PageWidth().value(), 5940);
+    narrow.Orientation(1);
+    EXPECT_EQ(narrow.PageWidth().value(), 13680);
+    narrow.PaperSize(1);
+    EXPECT_EQ(narrow.PageWidth().value(), 15840) << "letter paper is not affected";
   }
   PrintSurface s;
   s.MarginLeft("1in");

@@ -1,5 +1,9 @@
 #include "frame/surface/surface.h"
 
+#include <cmath>
+#include <numbers>
+#include <variant>
+
 #include <algorithm>
 #include <limits>
 
@@ -224,16 +228,18 @@ void PrintSurface::PaperSize(int code) {
 }
 
 Twips PrintSurface::PageWidth() const {
-  // Letter is 8.5 by 11 inches, the No. 10 envelope 4.125 by 9.5.
+  const bool wide = paper_ == kPaperEnvelope10 ? !envelope_narrow_first_ : false;
+  // Letter is 8.5 by 11 inches, the No. 10 envelope 9.5 by 4.125.
   const Twips w = paper_ == kPaperEnvelope10 ? Twips(5940) : Twips(12240);
   const Twips h = paper_ == kPaperEnvelope10 ? Twips(13680) : Twips(15840);
-  return orientation_ == 1 ? h : w;
+  return (orientation_ == 1) != wide ? h : w;
 }
 
 Twips PrintSurface::PageHeight() const {
+  const bool wide = paper_ == kPaperEnvelope10 ? !envelope_narrow_first_ : false;
   const Twips w = paper_ == kPaperEnvelope10 ? Twips(5940) : Twips(12240);
   const Twips h = paper_ == kPaperEnvelope10 ? Twips(13680) : Twips(15840);
-  return orientation_ == 1 ? w : h;
+  return (orientation_ == 1) != wide ? w : h;
 }
 
 void PrintSurface::Columns(int n) {
@@ -472,6 +478,7 @@ void PrintSurface::TextBox(std::string_view raw, Length x, Length y, Length widt
   const std::optional<render::Box> clip = overruns ? std::optional(box) : std::nullopt;
   const render::Rgb color = ToRgb(style_.color);
   const int h = ((align_ % 4) + 4) % 4;
+  const size_t first_item = CurrentPageRef().items.size();
   for (size_t i = 0; i < lines.size(); ++i) {
     const Twips line_top = top + lh * double(i);
     // Lines wholly outside the box are cut off here; the clip does the rest.
@@ -482,6 +489,29 @@ void PrintSurface::TextBox(std::string_view raw, Length x, Length y, Length widt
     } else {
       EmitLine(lines[i], box.x + AlignOffset(h, box.width, lines[i].width), line_top, f, size,
                color, clip, style_.size);
+    }
+  }
+  // Turned text turns the whole box about its corner at (x, y), as a label
+  // printed upside down above the fold: each run's reference point moves
+  // with the box, and the run itself turns about it as it is painted.
+  if (angle_ % 3600 != 0) {
+    const double a = angle_ * std::numbers::pi / 1800.0;
+    const double c = std::cos(a), sn = std::sin(a);
+    auto& items = CurrentPageRef().items;
+    for (size_t k = first_item; k < items.size(); ++k) {
+      auto* run = std::get_if<render::TextRun>(&items[k]);
+      if (run == nullptr) continue;
+      const double dx = (run->x - box.x).value(), dy = (run->top - box.y).value();
+      const Twips ascent = run->baseline - run->top;
+      // Counter-clockwise on the page, whose y runs down.
+      run->x = box.x + Twips(dx * c + dy * sn);
+      run->top = box.y + Twips(-dx * sn + dy * c);
+      run->baseline = run->top + ascent;
+      // Half a turn keeps the clip a box; other angles paint unclipped.
+      if (run->clip && angle_ % 3600 == 1800)
+        run->clip = render::Box{box.x - box.width, box.y - box.height, box.width, box.height};
+      else
+        run->clip.reset();
     }
   }
 }

@@ -89,6 +89,14 @@ class PrintSurface {
   void Orientation(int value);
   int PaperSize() const { return paper_; }
   void PaperSize(int code);
+  // Which way round the envelope is reported. Envelopes feed long edge
+  // first, so in portrait (`Orientation` 0) the No. 10 envelope is 9.5 in
+  // wide and 4.125 in high, and a report that sets it and writes across it
+  // fits whether or not it checks the width. Some drivers report it the
+  // narrow way round in portrait; `EnvelopeNarrowFirst(true)` behaves as
+  // they do, so reports can be tried against both.
+  bool EnvelopeNarrowFirst() const { return envelope_narrow_first_; }
+  void EnvelopeNarrowFirst(bool narrow) { envelope_narrow_first_ = narrow; }
   Twips PageWidth() const;
   Twips PageHeight() const;
   Twips MarginLeft() const { return margin_left_; }
@@ -269,6 +277,7 @@ class PrintSurface {
 
   int orientation_ = 0;
   int paper_ = kPaperLetter;
+  bool envelope_narrow_first_ = false;
   Twips margin_left_ = Twips(1440), margin_top_ = Twips(1440), margin_right_ = Twips(1440),
         margin_bottom_ = Twips(1440), margin_header_ = Twips(720);
   int columns_ = 1;
