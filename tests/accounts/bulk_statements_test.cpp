@@ -96,11 +96,8 @@ UPDATE OfficeInformation SET Logo = NULL WHERE ID = 1;
     return lowest;
   }
   bool LastStatementSet(int id) {
-    db::Recordset rs;
-    rs.Open("SELECT LastStatement FROM Patient WHERE ID = " + std::to_string(id), conn);
-    return !rs["LastStatement"].Value().IsNull();
+    return !ValueOf("SELECT LastStatement FROM Patient WHERE ID = " + std::to_string(id)).IsNull();
   }
-  bool Has(const std::string& what) const { return Text().find(what) != std::string::npos; }
 };
 
 TEST_F(BulkStatements, InvoiceRowsAgeSumsAndTotalDue) {

@@ -69,8 +69,6 @@ UPDATE OfficeInformation SET Message = 'Closed Dec 24 to Jan 2', InvoiceFooter =
     reports.OfficeID = 1;
     reports.InterestRate = 0.02f;
   }
-
-  bool Has(const std::string& what) const { return Text().find(what) != std::string::npos; }
 };
 
 // ---- rptInvoice ----
@@ -204,21 +202,16 @@ TEST_F(InvoiceReports, StatementListsPaymentsAndWhatRemains) {
 }
 
 TEST_F(InvoiceReports, StatementWithoutPaymentsAndTheLastStatementStamp) {
-  db::Recordset before;
-  before.Open("SELECT LastStatement FROM Patient WHERE ID = 90001", conn);
-  ASSERT_TRUE(before["LastStatement"].Value().IsNull());
+  const std::string stamp = "SELECT LastStatement FROM Patient WHERE ID = ";
+  ASSERT_TRUE(ValueOf(stamp + "90001").IsNull());
 
   reports.rptInvoiceStatement(90104, "", "");
   EXPECT_TRUE(Has("No payments on file.")) << Text();
   EXPECT_FALSE(Has("Payments Made Towards Invoice"));
   EXPECT_TRUE(Has("Current Remaining: $99.99"));
 
-  db::Recordset after;
-  after.Open("SELECT LastStatement FROM Patient WHERE ID = 90001", conn);
-  EXPECT_FALSE(after["LastStatement"].Value().IsNull()) << "the statement stamps the patient";
-  db::Recordset other;
-  other.Open("SELECT LastStatement FROM Patient WHERE ID = 90002", conn);
-  EXPECT_TRUE(other["LastStatement"].Value().IsNull()) << "and no one else";
+  EXPECT_FALSE(ValueOf(stamp + "90001").IsNull()) << "the statement stamps the patient";
+  EXPECT_TRUE(ValueOf(stamp + "90002").IsNull()) << "and no one else";
 }
 
 // ---- rptReceipt ----

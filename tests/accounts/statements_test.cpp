@@ -98,11 +98,8 @@ UPDATE OfficeInformation SET Logo = NULL WHERE ID = 1;
     reports.rptStatements(DateTime::FromParts(2026, 10, 1), DateTime::FromParts(2026, 10, 31), ids,
                           family, "", false, true, true, details, ytd, stamp, outstanding);
   }
-  bool Has(const std::string& what) const { return Text().find(what) != std::string::npos; }
   std::string LastStatement(int id) {
-    db::Recordset rs;
-    rs.Open("SELECT LastStatement FROM Patient WHERE ID = " + std::to_string(id), conn);
-    Variant v = rs["LastStatement"].Value();
+    Variant v = ValueOf("SELECT LastStatement FROM Patient WHERE ID = " + std::to_string(id));
     return v.IsNull() ? std::string("NULL") : Format(v, "yyyy-mm-dd");
   }
 };

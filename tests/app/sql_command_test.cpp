@@ -10,6 +10,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include "support/shell.h"
 #include "test_paths.h"
 
 namespace {
@@ -20,21 +21,8 @@ struct CommandResult {
   std::string err;
 };
 
-std::string Quote(const std::string& s) {
-  std::string q = "'";
-  for (char c : s) {
-    if (c == '\'') q += "'\\''";
-    else q += c;
-  }
-  return q + "'";
-}
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream f(path);
-  std::stringstream ss;
-  ss << f.rdbuf();
-  return ss.str();
-}
+using orv::testing::FileBytes;
+using orv::testing::ShellQuote;
 
 class SqlCommand : public ::testing::Test {
  protected:
@@ -64,14 +52,14 @@ class SqlCommand : public ::testing::Test {
   CommandResult Sql(const std::string& options, const std::string& statement, const std::string& stdin_text = "") {
     std::string out = (dir_ / "out").string(), err = (dir_ / "err").string();
     std::string cmd = std::string(ORVENDA_APP) + " sql --db sqlite:" + db_ + " --today 2026-11-20 " + options +
-                      " " + Quote(statement) + " >" + out + " 2>" + err;
+                      " " + ShellQuote(statement) + " >" + out + " 2>" + err;
     if (!stdin_text.empty()) {
       std::string in = (dir_ / "in").string();
       std::ofstream(in) << stdin_text;
       cmd += " <" + in;
     }
     int status = std::system(cmd.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out), ReadFile(err)};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, FileBytes(out), FileBytes(err)};
   }
 
   std::filesystem::path dir_;

@@ -8,13 +8,11 @@
 #include <ostream>
 
 #include "common/errors.h"
+#include "named_cases.h"
 
 namespace orv {
 namespace {
 
-Currency Cur(const char* text) {
-  return Currency::FromDecimalText(text);
-}
 DateTime Serial(double s) {
   return DateTime(s);
 }
@@ -29,11 +27,6 @@ struct Case {
 template <class T>
 void PrintTo(const Case<T>& c, std::ostream* os) {
   *os << c.name;
-}
-
-template <class T>
-std::string CaseName(const ::testing::TestParamInfo<Case<T>>& info) {
-  return info.param.name;
 }
 
 class CommonFunctions {
@@ -61,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case<Currency>{"Whole", 42, Cur("42")}, Case<Currency>{"TrueIsMinusOne", true, Cur("-1")},
         Case<Currency>{"Money", Cur("-0.0001"), Cur("-0.0001")},
         Case<Currency>{"TooBig", 1e300, Cur("0")}),
-    CaseName<Currency>);
+    CaseName);
 
 // ---- ReturnNumber ----------------------------------------------------------
 
@@ -94,9 +87,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, ReturnNumber,
                                            NumberCase{"TooBig", "99999999999", 0, "99999999999"},
                                            NumberCase{"NumberUntouched", 7, 7, 7},
                                            NumberCase{"FloatUntouched", -7.5, -8, -7.5}),
-                         [](const ::testing::TestParamInfo<NumberCase>& i) {
-                           return std::string(i.param.name);
-                         });
+                         CaseName);
 
 // ---- ReturnVal, Return01 ---------------------------------------------------
 
@@ -117,7 +108,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, ReturnVal,
                                            Case<double>{"DateTextIsItsYear", Serial(36951), 2001},
                                            Case<double>{"OverflowGivesZero", "1e400", 0},
                                            Case<double>{"TrueTextIsNoNumber", true, 0}),
-                         CaseName<double>);
+                         CaseName);
 
 class Return01 : public CommonFunctions, public ::testing::TestWithParam<Case<int>> {};
 TEST_P(Return01, OneForNonzero) {
@@ -129,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
                       Case<int>{"LeadingNumber", "5x", 1}, Case<int>{"Zero", "0", 0},
                       Case<int>{"Fraction", "0.5", 1}, Case<int>{"MinusOne", -1, 1},
                       Case<int>{"TrueTextReadsAsZero", true, 0}),
-    CaseName<int>);
+    CaseName);
 
 // ---- ReturnDate, ReturnBool, ReturnYN --------------------------------------
 
@@ -166,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(
                       Case<bool>{"NoBoolean", "abc", false}, Case<bool>{"Zero", 0, false},
                       Case<bool>{"MinusOne", -1, true}, Case<bool>{"OneText", "1", true},
                       Case<bool>{"ZeroText", "0", false}),
-    CaseName<bool>);
+    CaseName);
 
 class ReturnYN : public CommonFunctions, public ::testing::TestWithParam<Case<std::string>> {};
 TEST_P(ReturnYN, Converts) {
@@ -179,7 +170,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, ReturnYN,
                                            Case<std::string>{"TrueText", "true", "Y"},
                                            Case<std::string>{"NoBoolean", "abc", ""},
                                            Case<std::string>{"EmptyText", "", ""}),
-                         CaseName<std::string>);
+                         CaseName);
 
 TEST(BoolToInt, OneForAnyNonzero) {
   clsCommonFunctions cf;
@@ -246,7 +237,7 @@ INSTANTIATE_TEST_SUITE_P(
                       DateTextCase{"Date", Serial(36951), "yyyymmdd", "20010301"},
                       DateTextCase{"DateText", "2001-03-01", "mmddyyyy", "03012001"},
                       DateTextCase{"NoDate", "abc", "yyyymmdd", ""}),
-    [](const ::testing::TestParamInfo<DateTextCase>& i) { return std::string(i.param.name); });
+    CaseName);
 
 // ---- ConvertToNormalDate, ConvertoNormalCurrency --------------------------
 
@@ -277,7 +268,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, ConvertoNormalCurrency,
                                            Case<Currency>{"Number", 12345, Cur("123.45")},
                                            Case<Currency>{"Null", Variant::Null(), Cur("0")},
                                            Case<Currency>{"NoNumber", "abcd", Cur("0")}),
-                         CaseName<Currency>);
+                         CaseName);
 
 // ---- TimeToInt, IntToTime --------------------------------------------------
 
@@ -295,7 +286,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case<int32_t>{"TwentyFourHourText", "13:05", 785}, Case<int32_t>{"Morning", "09:05", 545},
         Case<int32_t>{"DateWithTime", Serial(36951 + 785 / 1440.0), 785},
         Case<int32_t>{"NoonSerial", 0.5, 720}, Case<int32_t>{"LastMinute", "11:59 PM", 1439}),
-    CaseName<int32_t>);
+    CaseName);
 
 TEST(TimeToIntFails, OnTextThatIsNoTime) {
   clsCommonFunctions cf;
@@ -362,7 +353,7 @@ INSTANTIATE_TEST_SUITE_P(
         PurseCase{"AccentsCountAsOne", "Desjardins Sécurité-Côté", "Insurance", "Desjardins Sécu"},
         PurseCase{"OtherWhich", "x-y", "Other", ""},
         PurseCase{"WhichIsExact", "x-y", "insurance", ""}),
-    [](const ::testing::TestParamInfo<PurseCase>& i) { return std::string(i.param.name); });
+    CaseName);
 
 }  // namespace
 }  // namespace orv

@@ -6,13 +6,10 @@
 #include "common/currency.h"
 #include "common/errors.h"
 #include "common/vbstrings.h"
+#include "named_cases.h"
 
 namespace orv {
 namespace {
-
-Currency Cur(const char* text) {
-  return Currency::FromDecimalText(text);
-}
 
 TEST(Currency, DecimalTextIsExact) {
   EXPECT_EQ(Cur("0.1").raw(), 1000);
@@ -87,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ValCase{"Hex32BitWraps", "&HFFFFFFFF", -1}, ValCase{"Octal", "&O17", 15},
                       ValCase{"SignOnly", "-", 0}, ValCase{"DateText", "2001-03-01", 2001},
                       ValCase{"Tab", "\t4", 4}),
-    [](const ::testing::TestParamInfo<ValCase>& i) { return std::string(i.param.name); });
+    CaseName);
 
 TEST(ValErrors, OverflowPastTheFloatRange) {
   EXPECT_THROW(vb::Val("1e400"), OverflowError);

@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "common/datetime.h"
+#include "named_cases.h"
 
 namespace orv {
 namespace {
@@ -18,10 +19,6 @@ struct ParseCase {
 
 void PrintTo(const ParseCase& c, std::ostream* os) {
   *os << c.name << " [" << c.text << "]";
-}
-
-std::string CaseName(const ::testing::TestParamInfo<ParseCase>& info) {
-  return info.param.name;
 }
 
 class ParseDate : public ::testing::TestWithParam<ParseCase> {

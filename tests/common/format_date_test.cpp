@@ -7,6 +7,7 @@
 
 #include "common/errors.h"
 #include "common/format.h"
+#include "named_cases.h"
 
 namespace orv {
 namespace {
@@ -20,10 +21,6 @@ struct FormatCase {
 
 void PrintTo(const FormatCase& c, std::ostream* os) {
   *os << c.name << " [" << c.fmt << "]";
-}
-
-std::string CaseName(const ::testing::TestParamInfo<FormatCase>& info) {
-  return info.param.name;
 }
 
 // 2001-03-01 09:05:07, 2001-03-01 13:05:09, 2004-02-29 00:00:00, by serial.

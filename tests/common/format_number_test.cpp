@@ -7,6 +7,7 @@
 
 #include "common/errors.h"
 #include "common/format.h"
+#include "named_cases.h"
 
 namespace orv {
 namespace {
@@ -20,14 +21,6 @@ struct FormatCase {
 
 void PrintTo(const FormatCase& c, std::ostream* os) {
   *os << c.name << " [" << c.fmt << "]";
-}
-
-std::string CaseName(const ::testing::TestParamInfo<FormatCase>& info) {
-  return info.param.name;
-}
-
-Currency Cur(const char* text) {
-  return Currency::FromDecimalText(text);
 }
 
 class FormatNumber : public ::testing::TestWithParam<FormatCase> {};

@@ -4,13 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "common/errors.h"
+#include "named_cases.h"
 
 namespace orv {
 namespace {
-
-Currency Cur(const char* text) {
-  return Currency::FromDecimalText(text);
-}
 
 TEST(ReturnPercent, ZeroOrNullGivesTheLiteral) {
   EXPECT_EQ(ReturnPercent(Variant::Null(), 5), "0.00%");
@@ -72,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(
         ProgressCase{"LastRecord", 8, 8, 100}, ProgressCase{"Start", 0, 5, 0},
         ProgressCase{"OneThird", 1, 3, 33}, ProgressCase{"TwoThirds", 2, 3, 67},
         ProgressCase{"ByteLimit", 255, 100, 255}, ProgressCase{"OneOfMany", 1, 1000, 0}),
-    [](const ::testing::TestParamInfo<ProgressCase>& i) { return std::string(i.param.name); });
+    CaseName);
 
 TEST(ProgressPercent, FailsLikeTheByteConversion) {
   EXPECT_THROW(ProgressPercent(-1, 10), OverflowError);  // position unknown

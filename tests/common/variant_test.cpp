@@ -7,13 +7,10 @@
 #include <ostream>
 
 #include "common/errors.h"
+#include "named_cases.h"
 
 namespace orv {
 namespace {
-
-Currency Cur(const char* text) {
-  return Currency::FromDecimalText(text);
-}
 
 struct NumberTextCase {
   const char* name;
@@ -60,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(
                       NumberTextCase{"SignAndParentheses", "(-5)", false, 0},
                       NumberTextCase{"TwoSigns", "--5", false, 0},
                       NumberTextCase{"Word", "abc", false, 0}),
-    [](const ::testing::TestParamInfo<NumberTextCase>& i) { return std::string(i.param.name); });
+    CaseName);
 
 TEST(CStr, TextOfEachKind) {
   EXPECT_EQ(CStr(Variant()), "");

@@ -8,6 +8,7 @@ namespace orv::frame {
 namespace {
 
 using testing::Open;
+using testing::OpenSurface;
 using testing::RunOf;
 using testing::Runs;
 using testing::Texts;
@@ -83,8 +84,7 @@ TEST(SurfaceDocument, DrawingNeedsAnOpenDocument) {
 }
 
 TEST(SurfaceDocument, PageNumbersStampedByAnOverlayPass) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.Text("body 1");
   s.NewPage();
   s.Text("body 2");
@@ -93,20 +93,7 @@ TEST(SurfaceDocument, PageNumbersStampedByAnOverlayPass) {
   s.Action(6);
   const int n = s.PageCount();
   ASSERT_EQ(n, 3);
-  for (int p = 1; p <= n; ++p) {
-    s.StartOverlay(p, false);
-    EXPECT_EQ(s.CurrentPage(), p);
-    s.CurrentY(s.PageHeight() - s.MarginBottom());
-    s.FontSize(8);
-    s.CurrentX(s.MarginLeft());
-    s.TextAlign(0);
-    s.InlineText("Nov/23/2026");
-    s.TextAlign(1);
-    s.InlineText("Printed by the office");
-    s.TextAlign(2);
-    s.InlineText("Page " + std::to_string(p) + " of " + std::to_string(s.PageCount()));
-    s.EndOverlay();
-  }
+  testing::StampFooters(s, "Printed by the office");
   s.EndDoc();
   EXPECT_EQ(s.PageCount(), 3) << "overlays add no pages";
   for (int p = 1; p <= n; ++p) {
@@ -204,8 +191,7 @@ TEST(SurfaceDocument, NewspaperColumns) {
 }
 
 TEST(SurfaceDocument, LinesAndPictures) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.PenWidth(".02in");
   EXPECT_NEAR(s.PenWidth().value(), 28.8, 1e-9);
   s.PenStyle(2);

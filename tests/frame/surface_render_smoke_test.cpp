@@ -9,6 +9,7 @@
 
 #include "frame/surface/surface.h"
 #include "platform/render/renderer.h"
+#include "surface_test_util.h"
 
 #include <cairo.h>
 
@@ -61,19 +62,7 @@ void WriteReport(PrintSurface& s) {
   s.DrawLine(s.MarginLeft(), s.CurrentY() + Twips(400), s.PageWidth() - s.MarginRight(),
              s.CurrentY() + Twips(400));
   s.Action(6);
-  for (int p = 1; p <= s.PageCount(); ++p) {
-    s.StartOverlay(p, false);
-    s.CurrentY(s.PageHeight() - s.MarginBottom());
-    s.FontSize(8);
-    s.CurrentX(s.MarginLeft());
-    s.TextAlign(0);
-    s.InlineText("Nov/23/2026");
-    s.TextAlign(1);
-    s.InlineText("Printed by Orvenda");
-    s.TextAlign(2);
-    s.InlineText("Page " + std::to_string(p) + " of " + std::to_string(s.PageCount()));
-    s.EndOverlay();
-  }
+  testing::StampFooters(s, "Printed by Orvenda");
   s.EndDoc();
 }
 

@@ -12,7 +12,7 @@ namespace {
 
 using testing::Fills;
 using testing::Lines;
-using testing::Open;
+using testing::OpenSurface;
 using testing::RunOf;
 using testing::Runs;
 using testing::Texts;
@@ -166,8 +166,7 @@ TEST(TableLayout, PlaceRows) {
 }
 
 TEST(SurfaceTable, EdgeCasesOfAddTable) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   const Twips y0 = s.CurrentY();
   s.AddTable("1in|1in", "", "");
   EXPECT_TRUE(s.Document().pages[0].items.empty()) << "empty header and body draw nothing";
@@ -184,8 +183,7 @@ TEST(SurfaceTable, EdgeCasesOfAddTable) {
 }
 
 TEST(SurfaceTable, RowsGrowToTheirTallestCellAndThePenGoesBelow) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   const Twips lh = s.TextHeight("X");
   const Twips row = lh + PrintSurface::kCellPadY * 2;
   const Twips y0 = s.CurrentY();
@@ -226,8 +224,7 @@ TEST(SurfaceTable, PlacementByTextAlign) {
                {2, 0, 10800 - 4320},
                {0, 300, 1740}};
   for (const auto& c : cases) {
-    PrintSurface s;
-    Open(s);
+    OpenSurface s;
     s.TextAlign(c.align);
     s.TableBorder(4);
     s.StartTable();
@@ -242,8 +239,7 @@ TEST(SurfaceTable, PlacementByTextAlign) {
 }
 
 TEST(SurfaceTable, ColoursOfHeaderAndBody) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   // The one-row table that looks like a header: no header, body in the colour.
   s.AddTable("<2in|<2in", "", "Name|Phone;", std::nullopt, 12169126);
   auto fills = Fills(s.Document().pages[0]);
@@ -256,8 +252,7 @@ TEST(SurfaceTable, ColoursOfHeaderAndBody) {
 }
 
 TEST(SurfaceTable, TotalRowThroughTableCell) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.TableBorder(0);
   s.StartTable();
   s.AddTable("<2in|>1in", "Item|Amount", "a|1.00;b|2.00;", 12169126, std::nullopt, true);
@@ -282,8 +277,7 @@ TEST(SurfaceTable, TotalRowThroughTableCell) {
 }
 
 TEST(SurfaceTable, BuiltCellByCellWithSpans) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.StartTable();
   s.TableCell(tcCols) = 4;
   s.TableCell(tcRows) = 2;
@@ -333,8 +327,7 @@ TEST(SurfaceTable, TableCellSelectorsRoundTrip) {
       {tcColSpan, 2, 2},
   };
   for (const auto& c : cases) {
-    PrintSurface s;
-    Open(s);
+    OpenSurface s;
     s.StartTable();
     s.AddTable("1in|1in|1in", "A|B|C", "a|b|c;d|e|f;");
     s.TableCell(c.selector, 1, 1) = c.value;
@@ -352,8 +345,7 @@ TEST(SurfaceTable, CellsOutOfRangeRaise) {
       {tcFontBold, 1, 1, 5, 3}, {tcColWidth, -1, 4, -1, -1}, {tcRowBorderAbove, -2, 1, -1, -1},
   };
   for (const auto& c : cases) {
-    PrintSurface s;
-    Open(s);
+    OpenSurface s;
     s.StartTable();
     s.AddTable("1in|1in|1in", "A|B|C", "a|b|c;d|e|f;");
     try {
@@ -364,8 +356,7 @@ TEST(SurfaceTable, CellsOutOfRangeRaise) {
     }
     EXPECT_EQ(s.TableCell(tcText, 2, 3).String(), "f") << "the table is unchanged";
   }
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.StartTable();
   s.AddTable("1in", "", "a");
   EXPECT_THROW(s.TableCell(tcFontSize, 1, 1) = "big", ReportError);
@@ -388,16 +379,14 @@ TEST(SurfaceTable, BorderStyles) {
       {9, 4 + 2},              // the box and the lines between rows
   };
   for (const auto& c : cases) {
-    PrintSurface s;
-    Open(s);
+    OpenSurface s;
     s.TableBorder(c.border);
     s.AddTable("1in|1in|1in", "A|B|C", "a|b|c;d|e|f;");
     const size_t want = c.lines;
     EXPECT_EQ(Lines(s.Document().pages[0]).size(), want) << c.border;
   }
   // tcColBorder 0 takes the lines of a column away in a grid.
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.TableBorder(7);
   s.StartTable();
   s.AddTable("1in|1in|1in", "", "a|b|c;d|e|f;");
@@ -410,8 +399,7 @@ TEST(SurfaceTable, BorderStyles) {
 }
 
 TEST(SurfaceTable, LongTableBreaksAndRepeatsItsHeader) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.TableBorder(7);
   std::string body;
   for (int i = 1; i <= 150; ++i) body += "row " + std::to_string(i) + "|" + std::to_string(i) + ";";
@@ -440,8 +428,7 @@ TEST(SurfaceTable, LongTableBreaksAndRepeatsItsHeader) {
 }
 
 TEST(SurfaceTable, RowSpansAndInsertedColumns) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.FontName("Arial Narrow");
   s.FontSize(9);
   s.StartTable();
@@ -469,8 +456,7 @@ TEST(SurfaceTable, RowSpansAndInsertedColumns) {
 }
 
 TEST(SurfaceTable, MeasureTableMatchesTheDrawnHeight) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.MeasureTable(
       "^!~+1.3in|^!~+1.3in|^!~+1.3in|^!~+1.3in|^!~+1.3in;Current|> 30 Days|> 60 Days|> 90 "
       "Days|Total Due($);$1.00|$2.00|$3.00|$4.00|$10.00");
@@ -492,8 +478,7 @@ namespace orv::frame {
 namespace {
 
 TEST(SurfaceTable, HeaderRowsRowHeightsAndKeepTogether) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.TableHeaderRows(2);  // the header and the first body row repeat
   s.StartTable();
   std::string body = "8:00|;";
@@ -512,8 +497,7 @@ TEST(SurfaceTable, HeaderRowsRowHeightsAndKeepTogether) {
   EXPECT_EQ(RunOf(first, "slot 1").top - RunOf(first, "slot 0").top, Twips(360));
 
   // A table kept together starts on a fresh page when it does not fit.
-  PrintSurface k;
-  Open(k);
+  OpenSurface k;
   k.CurrentY(k.PageHeight() - k.MarginBottom() - Twips(500));
   k.StartTable();
   k.AddTable("1in", "Head", "a;b;c;d;");

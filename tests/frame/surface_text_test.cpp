@@ -8,7 +8,7 @@
 namespace orv::frame {
 namespace {
 
-using testing::Open;
+using testing::OpenSurface;
 using testing::RunOf;
 using testing::Runs;
 using testing::Texts;
@@ -151,8 +151,7 @@ TEST(SurfaceText, MetricsComeFromTheFontFiles) {
 }
 
 TEST(SurfaceText, TextWritesAParagraphAndEndsTheLine) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   const Twips lh = s.TextHeight("X");
   const Twips y0 = s.CurrentY();
   s.CurrentX(3000);
@@ -189,8 +188,7 @@ TEST(SurfaceText, AlignmentOfTextAndInlineText) {
   } cases[] = {{0, "left"}, {1, "centre"}, {2, "right"}, {7, "left"}, {5, "centre"}, {6, "right"}};
   for (const auto& c : cases) {
     for (bool inline_text : {false, true}) {
-      PrintSurface s;
-      Open(s);
+      OpenSurface s;
       s.TextAlign(c.align);
       const Twips w = s.TextWidth("Word");
       if (inline_text)
@@ -208,8 +206,7 @@ TEST(SurfaceText, AlignmentOfTextAndInlineText) {
 }
 
 TEST(SurfaceText, InlinePiecesShareALine) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   const Twips y = s.CurrentY();
   s.InlineText("Balance: ");
   const Twips after_caption = s.CurrentX();
@@ -227,8 +224,7 @@ TEST(SurfaceText, InlinePiecesShareALine) {
 }
 
 TEST(SurfaceText, LongTextWrapsAndOverflowsToANewPage) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   std::string para;
   for (int i = 0; i < 40; ++i) para += "lorem ipsum dolor sit amet ";
   s.Text(para);
@@ -249,8 +245,7 @@ TEST(SurfaceText, LongTextWrapsAndOverflowsToANewPage) {
 }
 
 TEST(SurfaceText, TabsInTextAdvanceToHalfInchStops) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.Text("a\tb\tc");
   const auto& page = s.Document().pages[0];
   EXPECT_EQ(RunOf(page, "b").x, s.MarginLeft() + Twips(720));
@@ -263,8 +258,7 @@ TEST(SurfaceText, TextBoxWrapsPlacesAndClips) {
     double top_offset;  // of the first line, in lines, in a box four lines tall
   } cases[] = {{0, 0}, {1, 0}, {4, 1}, {7, 1}, {9, 2}};
   for (const auto& c : cases) {
-    PrintSurface s;
-    Open(s);
+    OpenSurface s;
     const Twips lh = s.TextHeight("X");
     s.TextAlign(c.align);
     const Twips pen_x = s.CurrentX(), pen_y = s.CurrentY();
@@ -277,8 +271,7 @@ TEST(SurfaceText, TextBoxWrapsPlacesAndClips) {
     EXPECT_EQ(s.CurrentX(), pen_x);
     EXPECT_EQ(s.CurrentY(), pen_y);
   }
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   const Twips lh = s.TextHeight("X");
   s.TextBox("one\r\ntwo\r\nthree\r\nfour", 2000, 5000, 3000, lh * 2.5);
   const auto texts = Texts(s.Document().pages[0]);
@@ -289,8 +282,7 @@ TEST(SurfaceText, TextBoxWrapsPlacesAndClips) {
 }
 
 TEST(SurfaceText, ColourAngleAndAccentsReachTheRuns) {
-  PrintSurface s;
-  Open(s);
+  OpenSurface s;
   s.TextColor(255);
   s.TextAngle(1800);
   s.Text(

@@ -13,6 +13,7 @@
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "platform/db/connection.h"
+#include "platform/db/recordset.h"
 #include "platform/host/host_services.h"
 #include "platform/host/settings.h"
 #include "platform/practice/demo_practice.h"
@@ -106,6 +107,13 @@ class ReportTest : public ::testing::Test {
   }
 
   std::string Text() const { return DocumentText(form.VSP.Document()); }
+  bool Has(const std::string& what) const { return Text().find(what) != std::string::npos; }
+  // The first value of the first row `sql` reads from the test's database.
+  Variant ValueOf(const std::string& sql) {
+    db::Recordset rs;
+    rs.Open(sql, conn);
+    return rs[0L].Value();
+  }
   std::string PageText(int page) const {
     std::string all = Text();
     size_t start = 0;

@@ -1,11 +1,13 @@
 // Runs a shell command from a test and collects what it prints on standard
-// output, with its exit status. Tests that check a built program or an
+// output, with its exit status, and reads back the files it wrote. Tests that check a built program or an
 // outside tool (qpdf, pdftotext) go through it.
 #pragma once
 
 #include <sys/wait.h>
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace orv::testing {
@@ -29,5 +31,18 @@ inline ShellResult RunShell(const std::string& cmd) {
 
 // The standard output alone.
 inline std::string Shell(const std::string& cmd) { return RunShell(cmd).out; }
+
+// `text` quoted for the shell as one word.
+inline std::string ShellQuote(const std::string& text) {
+  std::string q = "'";
+  for (char c : text) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+// The bytes of a file as they are on disk; "" when it cannot be read.
+inline std::string FileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
 
 }  // namespace orv::testing

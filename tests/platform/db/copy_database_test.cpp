@@ -9,6 +9,7 @@
 #include "platform/db/copy_database.h"
 #include "platform/db/db_error.h"
 #include "temp_db.h"
+#include "support/throws_saying.h"
 
 namespace orv::db {
 namespace {
@@ -56,12 +57,8 @@ TEST(CopyDatabase, FileToFileKeepsTypesKeysIndexesAndValues) {
   // A target that holds tables is refused and left alone; --replace
   // overwrites it.
   TempDb other("CREATE TABLE \"Keep\" (\"ID\" INTEGER); INSERT INTO \"Keep\" VALUES (1);");
-  try {
-    CopyDatabase(source.url(), other.url());
-    FAIL() << "a non-empty target was overwritten";
-  } catch (const DatabaseError& e) {
-    EXPECT_NE(e.description().find("already holds 1 tables (Keep"), std::string::npos) << e.description();
-  }
+  ASSERT_TRUE(orv::testing::ThrowsSaying<DatabaseError>([&] { CopyDatabase(source.url(), other.url()); },
+                                                        {"already holds 1 tables (Keep"}));
   EXPECT_NE(SchemaText(other.path()).find("Keep"), std::string::npos);
   options.replace = true;
   CopyDatabase(source.url(), other.url(), options);

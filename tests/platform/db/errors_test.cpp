@@ -11,20 +11,13 @@
 #include "platform/db/db_error.h"
 #include "platform/db/recordset.h"
 #include "temp_db.h"
+#include "support/throws_saying.h"
 
 namespace orv::db {
 namespace {
 
+using orv::testing::ErrorOf;
 using testing::TempDb;
-
-std::string ErrorOf(const std::function<void()>& run) {
-  try {
-    run();
-  } catch (const ReportError& e) {
-    return e.description();
-  }
-  return "(no error)";
-}
 
 TEST(DatabaseErrors, BadStatementsNameTheStatementAndPlace) {
   TempDb db(testing::kPracticeSql);

@@ -17,6 +17,7 @@
 #include "platform/db/engine.h"
 #include "support/postgres.h"
 #include "temp_db.h"
+#include "support/throws_saying.h"
 
 namespace orv::db {
 namespace {
@@ -128,13 +129,8 @@ TEST(SessionLimits, TakenFromTheUrlWithDefaults) {
     EXPECT_EQ(show("lock_timeout"), c.lock);
     EXPECT_EQ(show("statement_timeout"), c.statement);
   }
-  try {
-    OpenEngine(WithParameters(server.url(), "lock_timeout=soon"));
-    ADD_FAILURE() << "a duration that is none was taken";
-  } catch (const DatabaseError& e) {
-    EXPECT_NE(e.description().find("lock_timeout must be a duration"), std::string::npos)
-        << e.description();
-  }
+  EXPECT_TRUE(orv::testing::ThrowsSaying<DatabaseError>(
+      [&] { OpenEngine(WithParameters(server.url(), "lock_timeout=soon")); }, {"lock_timeout must be a duration"}));
 }
 
 TEST(SessionLimits, ALockedTableStopsTheReportWithTheStatement) {
@@ -147,26 +143,14 @@ TEST(SessionLimits, ALockedTableStopsTheReportWithTheStatement) {
 
   Connection conn(WithParameters(server.url(), "lock_timeout=300ms"));
   auto started = std::chrono::steady_clock::now();
-  try {
-    conn.Query("SELECT COUNT(*) AS n FROM Invoices");
-    ADD_FAILURE() << "read a locked table";
-  } catch (const DatabaseError& e) {
-    EXPECT_NE(e.description().find("lock timeout"), std::string::npos) << e.description();
-    EXPECT_NE(e.description().find("SELECT COUNT(*) AS n FROM Invoices"), std::string::npos)
-        << e.description();
-  }
+  EXPECT_TRUE(orv::testing::ThrowsSaying<DatabaseError>([&] { conn.Query("SELECT COUNT(*) AS n FROM Invoices"); },
+                                                   {"lock timeout", "SELECT COUNT(*) AS n FROM Invoices"}));
   EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(5));
   other.Exec("ROLLBACK");
 
   auto engine = OpenEngine(WithParameters(server.url(), "statement_timeout=200ms"));
-  try {
-    auto stmt = engine->Prepare("SELECT pg_sleep(3)", "SELECT pg_sleep(3)");
-    stmt->Step();
-    ADD_FAILURE() << "ran past the statement timeout";
-  } catch (const DatabaseError& e) {
-    EXPECT_NE(e.description().find("statement timeout"), std::string::npos) << e.description();
-    EXPECT_NE(e.description().find("pg_sleep(3)"), std::string::npos) << e.description();
-  }
+  EXPECT_TRUE(orv::testing::ThrowsSaying<DatabaseError>(
+      [&] { engine->Prepare("SELECT pg_sleep(3)", "SELECT pg_sleep(3)")->Step(); }, {"statement timeout", "pg_sleep(3)"}));
 }
 
 TEST(CopyOntoItself, RefusedUnderAnotherSpellingOfTheFile) {
@@ -179,12 +163,8 @@ TEST(CopyOntoItself, RefusedUnderAnotherSpellingOfTheFile) {
                        std::filesystem::path(db.path()).filename().string();
   for (const std::string& target : {"sqlite:" + link.string(), dotted}) {
     SCOPED_TRACE(target);
-    try {
-      CopyDatabase(db.url(), target, Replacing());
-      ADD_FAILURE() << "copied onto itself";
-    } catch (const DatabaseError& e) {
-      EXPECT_NE(e.description().find("the same database"), std::string::npos) << e.description();
-    }
+    EXPECT_TRUE(orv::testing::ThrowsSaying<DatabaseError>([&] { CopyDatabase(db.url(), target, Replacing()); },
+                                                     {"the same database"}));
   }
   std::filesystem::remove(link);
   Connection conn(db.url());
@@ -195,12 +175,8 @@ TEST(CopyOntoItself, RefusedUnderAnotherSpellingOfTheServerUrl) {
   ORV_REQUIRE_POSTGRES();
   testing::PracticeOnServer server(kInvoiceDetails);
   std::string other = WithParameters(server.url(), "application_name=elsewhere");
-  try {
-    CopyDatabase(server.url(), other, Replacing());
-    ADD_FAILURE() << "copied onto itself";
-  } catch (const DatabaseError& e) {
-    EXPECT_NE(e.description().find("the same database"), std::string::npos) << e.description();
-  }
+  EXPECT_TRUE(orv::testing::ThrowsSaying<DatabaseError>([&] { CopyDatabase(server.url(), other, Replacing()); },
+                                                   {"the same database"}));
   Connection conn(server.url());
   EXPECT_EQ(conn.Query("SELECT ID FROM InvoiceDetails")->rows.size(), 3u);
   // Another database on the same server is no copy onto itself.

@@ -17,6 +17,7 @@
 #include "platform/db/engine.h"
 #include "support/postgres.h"
 #include "temp_db.h"
+#include "support/throws_saying.h"
 
 namespace orv::db {
 namespace {
@@ -211,14 +212,7 @@ TEST(PostgresEngine, LongIndexNamesAreShortenedOnTheServerAndComeBackWhole) {
   std::filesystem::remove(back);
 }
 
-std::string ErrorOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const ReportError& e) {
-    return e.description();
-  }
-  return "(no error)";
-}
+using orv::testing::ErrorOf;
 
 TEST(PostgresEngine, FaultsGiveClearErrorsWithoutThePassword) {
   ORV_REQUIRE_POSTGRES();

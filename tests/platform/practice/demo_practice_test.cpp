@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/practice/demo_practice.h"
+#include "support/shell.h"
 
 namespace orv::practice {
 namespace {
@@ -251,10 +252,7 @@ TEST_F(DemoPractice, AddressesHaveTheLinesThatReturnAddressPartTakesApart) {
   EXPECT_GT(Count("SELECT COUNT(*) FROM Patient WHERE Language = 'F'"), 0);
 }
 
-std::string FileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
+using orv::testing::FileBytes;
 
 TEST(DemoPracticeFile, SameSeedGivesTheSameFileAndAnotherSeedAnother) {
   const std::string dir = ::testing::TempDir();

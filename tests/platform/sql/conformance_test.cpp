@@ -59,7 +59,7 @@ Case ReadCase(const std::filesystem::path& path) {
   Case c;
   c.name = path.stem().string();
   enum { Header, Statement, Expected } part = Header;
-  for (const std::string& line : SplitLines(ReadFile(path.string()))) {
+  for (const std::string& line : SplitLines(FileBytes(path.string()))) {
     if (line == "--- statement") {
       part = Statement;
     } else if (line == "--- expected") {

@@ -243,7 +243,7 @@ TEST_F(PostgresLive, ConformanceCasesGiveTheSqliteRows) {
   PgFixture pg(sqlite);
   std::filesystem::path dir = std::filesystem::path(SampleCasesDir()) / "cases";
   for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    std::string text = ReadFile(entry.path().string());
+    std::string text = FileBytes(entry.path().string());
     size_t at = text.find("--- statement\n"), end = text.find("\n--- expected");
     std::string statement = text.substr(at + 14, end - at - 14);
     if (statement.rfind("SHAPE", 0) == 0) continue;

@@ -16,13 +16,6 @@
 
 namespace orv::sql::testing {
 
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
 std::string ProjectFixture() { return std::string(ORVENDA_SOURCE_DIR) + "/tests/platform/sql/fixture.sql"; }
 
 std::string SampleCasesDir() {
@@ -35,7 +28,7 @@ FixtureDb::FixtureDb(const std::string& fixture_sql) {
   Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
   sqlite3_open(":memory:", &db_);
   RegisterSqliteFunctions(db_);
-  std::string ddl = ReadFile(fixture_sql);
+  std::string ddl = FileBytes(fixture_sql);
   char* err = nullptr;
   if (ddl.empty() || sqlite3_exec(db_, ddl.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
     ADD_FAILURE() << "cannot build the fixture " << fixture_sql << ": " << (err ? err : "not found");

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/sql/translate.h"
+#include "support/shell.h"
 
 namespace orv::sql::testing {
 
@@ -72,7 +73,6 @@ struct RowCase {
 // Runs `c` on `db` and compares its rows (in order, or as a multiset).
 void ExpectRows(const FixtureDb& db, const RowCase& c);
 
-// Reads a whole file; empty when it cannot be read.
-std::string ReadFile(const std::string& path);
+using orv::testing::FileBytes;
 
 }  // namespace orv::sql::testing

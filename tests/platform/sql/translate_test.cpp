@@ -215,7 +215,7 @@ TEST(SqlShapeCommands, EveryInnerCommandTranslatesAndRuns) {
   std::filesystem::path dir = std::filesystem::path(SampleCasesDir()) / "cases";
   int commands = 0;
   for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    std::string text = ReadFile(entry.path().string());
+    std::string text = FileBytes(entry.path().string());
     if (text.find("SHAPE {") == std::string::npos) continue;
     std::regex braces(R"(\{([^{}]*)\})");
     for (std::sregex_iterator it(text.begin(), text.end(), braces), end; it != end; ++it) {
