@@ -77,8 +77,9 @@ TEST_F(HostHelp, ListGroupsEveryMethodByFamilyWithALine) {
     EXPECT_EQ(families.count(expected), 1u) << expected << "\n" << list.out;
   // Every method line carries a description after its name.
   for (const auto& line : Lines(list.out)) {
-    if (line.rfind("  ", 0) == 0)
+    if (line.rfind("  ", 0) == 0) {
       EXPECT_TRUE(std::regex_match(line, std::regex(R"(  \w+ +\S.*)"))) << line;
+    }
   }
 }
 

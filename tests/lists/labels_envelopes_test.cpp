@@ -60,7 +60,9 @@ TEST_F(Labels, SheetPlacesThirtyLabelsAPageAndTheThirtyFirstOpensTheNext) {
       boxes.insert({col, row});
     }
     EXPECT_EQ(int(boxes.size()), c.labels_on_last);
-    if (c.labels_on_last == 1) EXPECT_EQ(*boxes.begin(), std::make_pair(0, 0));
+    if (c.labels_on_last == 1) {
+      EXPECT_EQ(*boxes.begin(), std::make_pair(0, 0));
+    }
     if (c.labels_on_last == 30) {
       EXPECT_TRUE(boxes.count({2, 9})) << "the third column's last row";
       EXPECT_FALSE(boxes.count({3, 0}));
