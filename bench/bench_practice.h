@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "frame/preview_form.h"
@@ -14,19 +15,21 @@
 #include "platform/db/connection.h"
 #include "platform/host/host_services.h"
 #include "platform/practice/demo_practice.h"
+#include "sql_time.h"
 
 namespace orv::bench {
 
 // Writes a demo practice of `patients` to a temporary file named after
 // `name` and returns its path; the caller removes it.
-inline std::string WriteBenchPractice(const std::string& name, int patients) {
+inline std::string WriteBenchPractice(const std::string& name, int patients,
+                                      uint64_t seed = 20261120) {
   const std::string path = (std::filesystem::temp_directory_path() /
                             ("orvenda_bench_" + name + "_" + std::to_string(::getpid()) + ".db"))
                                .string();
   std::filesystem::remove(path);
   practice::DemoOptions options;
   options.patients = patients;
-  options.seed = 20261120;
+  options.seed = seed;
   const auto made = std::chrono::steady_clock::now();
   const practice::DemoSummary demo = practice::WriteDemoPracticeFile(path, options);
   std::printf("demo practice: %lld patients, %lld invoices, %lld payments (%.1f s)\n",
@@ -47,6 +50,17 @@ struct BenchComponent {
     reports.Connection(conn);
     reports.SetPrintPreview(&form);
     reports.SetHostServices(&host);
+  }
+  // Runs one report and prints its wall time, the share of it spent in
+  // SQL, the pages of the document and the messages shown.
+  void Time(const char* name, const std::function<void()>& run) {
+    const auto sql0 = g_sql_time;
+    const auto t0 = std::chrono::steady_clock::now();
+    run();
+    const double s = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+    const double sql = std::chrono::duration<double>(g_sql_time - sql0).count();
+    std::printf("%-28s %8.3f s  %3.0f%% in SQL  %3d pages  %zu messages\n", name, s,
+                s > 0 ? 100 * sql / s : 0.0, form.VSP.PageCount(), host.messages.size());
   }
   db::Connection conn;
   PreviewForm form;

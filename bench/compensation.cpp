@@ -31,15 +31,11 @@ int main(int argc, char** argv) {
   std::fflush(stdout);
   Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
 
-  db::Connection conn;
-  conn.Open(path);
-  PreviewForm form;
-  form.SetNotifier([](const std::string&) {});
-  host::RecordingHost host;
-  clsReports reports;
-  reports.Connection(conn);
-  reports.SetPrintPreview(&form);
-  reports.SetHostServices(&host);
+  bench::BenchComponent run(path);
+  db::Connection& conn = run.conn;
+  PreviewForm& form = run.form;
+  host::RecordingHost& host = run.host;
+  clsReports& reports = run.reports;
   reports.OfficeID = 1;
 
   // Every employee for payroll; the first hygienist for the monitor; every
