@@ -1813,7 +1813,7 @@ class Generator {
         .Text("PaymentName", PatientName(h.patient))
         .Cents("Value", cents)
         .Cents("TotalAllocated", 0)
-        .Cents("TotalToCredit", cancelled >= 0 ? 0 : cents)
+        .Cents("TotalToCredit", cents)
         .Text("Date", Iso(entered))
         .Text("CheckDate", Iso(dated))
         .Text("Check#", cheque)
