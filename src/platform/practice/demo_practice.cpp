@@ -1616,8 +1616,11 @@ class Generator {
     int64_t treated;  // the treatment date; the entry date is the invoice's
   };
 
-  void ClosingMonths() {
-    if (households_.empty()) return;
+  // The months a closing run looks at: the last six, oldest first, each
+  // from its first day to its last (today for the current one), with the
+  // first day of the month after; months before the history are left out.
+  template <typename Body>
+  void ForEachClosingMonth(Body body) {
     int y, m, d;
     CivilFromDays(today_, y, m, d);
     for (int back = 5; back >= 0; --back) {
@@ -1626,8 +1629,13 @@ class Generator {
       const int64_t first = DaysFromCivil(my, mm, 1);
       const int64_t next = mm == 12 ? DaysFromCivil(my + 1, 1, 1) : DaysFromCivil(my, mm + 1, 1);
       if (first < start_) continue;
-      ClosingMonth(first, std::min(today_, next - 1), next);
+      body(first, std::min(today_, next - 1), next);
     }
+  }
+
+  void ClosingMonths() {
+    if (households_.empty()) return;
+    ForEachClosingMonth([&](int64_t first, int64_t last, int64_t next) { ClosingMonth(first, last, next); });
   }
 
   // A weekday between `from` and `to` (`from` when there is none).
@@ -1780,15 +1788,7 @@ class Generator {
         .Int("RecAfterDep", 0)
         .Int("NSF", 0)
         .Insert();
-    int y, m, d;
-    CivilFromDays(today_, y, m, d);
-    for (int back = 5; back >= 0; --back) {
-      int my = y, mm = m - back;
-      while (mm < 1) mm += 12, --my;
-      const int64_t first = DaysFromCivil(my, mm, 1);
-      const int64_t next = mm == 12 ? DaysFromCivil(my + 1, 1, 1) : DaysFromCivil(my, mm + 1, 1);
-      if (first < start_) continue;
-      const int64_t last = std::min(today_, next - 1);
+    ForEachClosingMonth([&](int64_t first, int64_t last, int64_t) {
       VarietyPayments(first, last, money_order, bank_bulk);
       for (int a = 1; a <= 2; ++a)
         W("AccountsPayable")
@@ -1798,7 +1798,7 @@ class Generator {
             .Insert();
       VarietyClaims(first, last);
       ExaminedSignUps(first, last);
-    }
+    });
   }
 
   // A payment on account (nothing applied), all dates at midnight.
