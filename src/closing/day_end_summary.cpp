@@ -408,7 +408,8 @@ struct Run {
 
   // ---- 8. Team Booking Diagnostics ----
   // Who booked: the appointments of the period by the member of staff who
-  // made them, against the office's bookings.
+  // made them, against the office's bookings. The period ends at its last
+  // day here too, as the booked units above do.
   struct Booked {
     long count = 0, units = 0;
     Currency estimate;
