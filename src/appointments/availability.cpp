@@ -25,7 +25,9 @@ int32_t AddUnits(int32_t sum, double span, int unit_minutes) {
 
 namespace {
 
-std::string Day(const DateTime& d) { return Format(Variant(d), "yyyy-mm-dd"); }
+std::string Day(const DateTime& d) {
+  return Format(Variant(d), "yyyy-mm-dd");
+}
 
 }  // namespace
 
@@ -35,7 +37,8 @@ Availability::Availability(clsReports& reports, int32_t office_id)
       r_.Open("Select UnitMinutes from OfficeInformation where ID = " + std::to_string(office_id));
   // Without the office there is no unit to count in: say which office,
   // rather than fail later on a division.
-  if (office.Eof()) throw ReportError(0, "The office " + std::to_string(office_id) + " is not on file");
+  if (office.Eof())
+    throw ReportError(0, "The office " + std::to_string(office_id) + " is not on file");
   unit_minutes_ = static_cast<int>(cf_.ReturnVal(office["UnitMinutes"].Value()));
 }
 
@@ -44,23 +47,26 @@ int32_t Availability::Add(int32_t units, double span) const {
   // a practice with no working hours on file still prints its tables.
   if (unit_minutes_ == 0) {
     throw ReportError(kErrDivisionByZero,
-                      "Division by zero: the appointment unit of office " + std::to_string(office_id_) +
+                      "Division by zero: the appointment unit of office " +
+                          std::to_string(office_id_) +
                           " (UnitMinutes) is 0 minutes, so free units cannot be counted. Set the "
                           "unit length in the office's information.");
   }
   return AddUnits(units, span, unit_minutes_);
 }
 
-int32_t Availability::AddDay(const db::Recordset& emp, const std::string& provider, const DateTime& day,
-                             DayStatements statements, int32_t units) {
+int32_t Availability::AddDay(const db::Recordset& emp, const std::string& provider,
+                             const DateTime& day, DayStatements statements, int32_t units) {
   const bool last_year = statements == DayStatements::LastYear;
   const std::string d = Day(day);
   // A whole day off counts nothing, whatever the working hours.
   db::Recordset off = r_.Open(
       last_year ? "Select * from EmployeeHolidays where FromTime is null and ToTime is null and "
-                  "FromDate <= '" + d + "' AND ToDate >= '" + d + "' AND EmployeeID = " + provider
-                : "SELECT * FROM EmployeeHolidays WHERE (FromDate <= '" + d + "') AND (ToDate >= '" + d +
-                      "') AND (EmployeeID = " + provider + ") AND (FromTime IS NULL) AND (ToTime IS NULL)",
+                  "FromDate <= '" +
+                      d + "' AND ToDate >= '" + d + "' AND EmployeeID = " + provider
+                : "SELECT * FROM EmployeeHolidays WHERE (FromDate <= '" + d +
+                      "') AND (ToDate >= '" + d + "') AND (EmployeeID = " + provider +
+                      ") AND (FromTime IS NULL) AND (ToTime IS NULL)",
       db::adOpenForwardOnly);
   if (!off.Eof()) return units;
   const std::string wd = Format(Variant(day), "dddd");
@@ -68,30 +74,34 @@ int32_t Availability::AddDay(const db::Recordset& emp, const std::string& provid
   // Lunch is read from the columns the schedule keeps, LunchFrom<Weekday>
   // and Lunchto<Weekday>, the ones the day sheet shades: an office keeps
   // one lunch, and every report must count the same one.
-  units = Add(units, -(Minutes(cf_, emp["Lunchto" + wd].Value()) - Minutes(cf_, emp["LunchFrom" + wd].Value())));
+  units = Add(units, -(Minutes(cf_, emp["Lunchto" + wd].Value()) -
+                       Minutes(cf_, emp["LunchFrom" + wd].Value())));
   // Partly free days subtract their own span. The whole days off were
   // counted above, so only rows with both times take part here (a row
   // without times has no span), for this year and last alike.
-  db::Recordset part = r_.Open("Select * from EmployeeHolidays where FromDate <= '" + d + "' and ToDate >='" +
-                                   d + "' and  EmployeeID = " + provider,
+  db::Recordset part = r_.Open("Select * from EmployeeHolidays where FromDate <= '" + d +
+                                   "' and ToDate >='" + d + "' and  EmployeeID = " + provider,
                                db::adOpenForwardOnly);
   for (; !part.Eof(); part.MoveNext()) {
     if (!part["FromTime"].Value().IsNull() && !part["ToTime"].Value().IsNull())
-      units = Add(units, -(Minutes(cf_, part["ToTime"].Value()) - Minutes(cf_, part["FromTime"].Value())));
+      units = Add(units,
+                  -(Minutes(cf_, part["ToTime"].Value()) - Minutes(cf_, part["FromTime"].Value())));
   }
-  db::Recordset extra = r_.Open(
-      last_year ? "Select * from EmployeeSpecialDays where EmployeeID = " + provider + " and StartDate <= '" + d +
-                      "' and EndDate >='" + d + "'"
-                : "Select * from EmployeeSpecialDays where StartDate <= '" + d + "' and EndDate >='" + d +
-                      "' and EmployeeID = " + provider,
-      db::adOpenForwardOnly);
+  db::Recordset extra =
+      r_.Open(last_year ? "Select * from EmployeeSpecialDays where EmployeeID = " + provider +
+                              " and StartDate <= '" + d + "' and EndDate >='" + d + "'"
+                        : "Select * from EmployeeSpecialDays where StartDate <= '" + d +
+                              "' and EndDate >='" + d + "' and EmployeeID = " + provider,
+              db::adOpenForwardOnly);
   for (; !extra.Eof(); extra.MoveNext())
-    units = Add(units, Minutes(cf_, extra["EndTime"].Value()) - Minutes(cf_, extra["StartTime"].Value()));
+    units = Add(units,
+                Minutes(cf_, extra["EndTime"].Value()) - Minutes(cf_, extra["StartTime"].Value()));
   return units;
 }
 
-void Availability::AddPeriod(const db::Recordset& emp, const std::string& provider, const DateTime& first,
-                             const DateTime& last, DayStatements last_year_statements, int32_t& this_year,
+void Availability::AddPeriod(const db::Recordset& emp, const std::string& provider,
+                             const DateTime& first, const DateTime& last,
+                             DayStatements last_year_statements, int32_t& this_year,
                              int32_t& last_year) {
   // Last year is each day moved back by calendar subtraction: Feb 29 is
   // counted as Feb 28, so a period over Feb 29 counts last year's Feb 28

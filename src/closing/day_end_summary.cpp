@@ -92,10 +92,15 @@ struct Run {
   }
 
   std::string Money(Currency c) { return Format(Variant(c), "Currency"); }
-  static std::string Count(long n) { return Format(Variant(static_cast<int32_t>(n)), "General Number"); }
-  std::string Share(Currency part, Currency whole) { return r.ReturnPercent(Variant(part), Variant(whole)); }
+  static std::string Count(long n) {
+    return Format(Variant(static_cast<int32_t>(n)), "General Number");
+  }
+  std::string Share(Currency part, Currency whole) {
+    return r.ReturnPercent(Variant(part), Variant(whole));
+  }
   std::string Share(long part, long whole) {
-    return r.ReturnPercent(Variant(static_cast<int32_t>(part)), Variant(static_cast<int32_t>(whole)));
+    return r.ReturnPercent(Variant(static_cast<int32_t>(part)),
+                           Variant(static_cast<int32_t>(whole)));
   }
 
   Variant Scalar(const std::string& sql) {
@@ -112,7 +117,8 @@ struct Run {
         "SELECT SUM([Cost]) as Cost, SUM(CASE WHEN Code LIKE '-%' THEN 0 ELSE 1 END) as theNumber "
         "FROM Invoices INNER JOIN InvoiceDetails ON Invoices.ID = InvoiceDetails.InvoiceID where " +
         where);
-    return {static_cast<long>(cf.ReturnVal(rs["theNumber"].Value())), cf.ReturnCur(rs["Cost"].Value())};
+    return {static_cast<long>(cf.ReturnVal(rs["theNumber"].Value())),
+            cf.ReturnCur(rs["Cost"].Value())};
   }
 
   // One category's lines, walked: each cost rounded to the cent joins the
@@ -170,7 +176,8 @@ struct Run {
     // One procedure last year is too few to compare with.
     if (last.count > 1) {
       Line("Procedures Difference This Year Compared to Last Year: " +
-           Format(Variant(static_cast<double>(now.count) / static_cast<double>(last.count)), "Percent"));
+           Format(Variant(static_cast<double>(now.count) / static_cast<double>(last.count)),
+                  "Percent"));
     }
     if (last.amount > Currency()) {
       Line("Production Difference This Year Compared to Last Year: " +
@@ -186,21 +193,25 @@ struct Run {
     const Tally office = Production(InvoiceTerm(start, end));
     const Tally office_ly = Production(InvoiceTerm(ly_start, ly_end));
     db::Recordset providers = r.Open(
-        std::string("SELECT ID, FullName, LastName, UserName, CDA#, TypeID, FirstName, 'DisplayName' = "
-                    "CASE WHEN ChairID IS NULL THEN LastName ELSE LastName + ' ' + ChairID END ") +
+        std::string(
+            "SELECT ID, FullName, LastName, UserName, CDA#, TypeID, FirstName, 'DisplayName' = "
+            "CASE WHEN ChairID IS NULL THEN LastName ELSE LastName + ' ' + ChairID END ") +
         kProducingStaffWhere);
     if (providers.Eof()) Line("None on File");
     for (; !providers.Eof(); providers.MoveNext()) {
       const std::string id = cf.returnStr(providers["ID"].Value());
       const std::string by = " AND Invoices.ProviderID = " + id;
-      const Tally now = Production("Invoices.ProviderID = " + id + " AND (" + InvoiceTerm(start, end) + ")");
-      const Tally last =
-          Production("Invoices.ProviderID = " + id + " AND (" + InvoiceTerm(ly_start, ly_end) + ")");
+      const Tally now =
+          Production("Invoices.ProviderID = " + id + " AND (" + InvoiceTerm(start, end) + ")");
+      const Tally last = Production("Invoices.ProviderID = " + id + " AND (" +
+                                    InvoiceTerm(ly_start, ly_end) + ")");
       // The name never stands alone at a page's foot: with less than four
       // lines left it starts the next page, with its table.
       vsp.FontBold(true);
-      if (vsp.CurrentY() > vsp.PageHeight() - vsp.MarginBottom() - 4 * vsp.TextHeight("X")) vsp.NewPage();
-      vsp.AddTable("<3in", "", frame::EscapeCell(cf.returnStr(providers["DisplayName"].Value())), 0);
+      if (vsp.CurrentY() > vsp.PageHeight() - vsp.MarginBottom() - 4 * vsp.TextHeight("X"))
+        vsp.NewPage();
+      vsp.AddTable("<3in", "", frame::EscapeCell(cf.returnStr(providers["DisplayName"].Value())),
+                   0);
       vsp.KeepWithNext();
       vsp.FontBold(false);
       vsp.AddTable("<2in|^.6in|>.9in|>.8in|^.9in|>.9in|>.9in",
@@ -212,12 +223,12 @@ struct Run {
       // practice's production, each year.
       vsp.AddTable("<2.25in|^.6in|>.9in|>.8in|^.9in|>.9in|>.9in", "",
                    "Provider Total|" + Count(now.count) + "|" + Money(now.amount) + "|" +
-                       Share(now.amount, office.amount) + "|" + Count(last.count) + "|" + Money(last.amount) +
-                       "|" + Share(last.amount, office_ly.amount) + ";",
+                       Share(now.amount, office.amount) + "|" + Count(last.count) + "|" +
+                       Money(last.amount) + "|" + Share(last.amount, office_ly.amount) + ";",
                    0);
       Gap();
       r.RaiseProgress(static_cast<uint8_t>(10 + 20 * providers.AbsolutePosition() /
-                                                     std::max(1L, providers.RecordCount())));
+                                                    std::max(1L, providers.RecordCount())));
     }
     Gap();
   }
@@ -245,9 +256,9 @@ struct Run {
 
   Tally Payments(const DateTime& a, const DateTime& b) {
     const std::string when = "([Date] >= '" + Day(a) + "' AND [Date] <= '" + Day(b) + "')";
-    const std::string where = " FROM InvoicePayments WHERE EXISTS (SELECT * FROM InvoicePaymentDetails WHERE " +
-                              when + " AND InvoicePaymentDetails.InvoicePaymentID = InvoicePayments.ID) OR " +
-                              when;
+    const std::string where =
+        " FROM InvoicePayments WHERE EXISTS (SELECT * FROM InvoicePaymentDetails WHERE " + when +
+        " AND InvoicePaymentDetails.InvoicePaymentID = InvoicePayments.ID) OR " + when;
     return {static_cast<long>(cf.ReturnVal(Scalar("SELECT COUNT(*)" + where))),
             cf.ReturnCur(Scalar("SELECT SUM([Value])" + where))};
   }
@@ -257,20 +268,25 @@ struct Run {
   // exists, so they need not add up to the total.
   Tally BucketTally(const Bucket& b, const DateTime& a, const DateTime& z) {
     db::Recordset rs = r.Open(
-        std::string("SELECT SUM([Value]) as Amount, COUNT(*) as theNumber FROM InvoicePayments WHERE "
-                    "EXISTS (SELECT * FROM InvoicePaymentDetails INNER JOIN Invoices ON "
-                    "InvoicePaymentDetails.InvoiceID = Invoices.ID AND ") +
-        b.test + " WHERE InvoicePaymentDetails.[Date] >= '" + Day(a) + "' AND InvoicePaymentDetails.[Date] <= '" +
-        Day(z) + "' AND InvoicePaymentDetails.InvoicePaymentID = InvoicePayments.ID)");
-    return {static_cast<long>(cf.ReturnVal(rs["theNumber"].Value())), cf.ReturnCur(rs["Amount"].Value())};
+        std::string(
+            "SELECT SUM([Value]) as Amount, COUNT(*) as theNumber FROM InvoicePayments WHERE "
+            "EXISTS (SELECT * FROM InvoicePaymentDetails INNER JOIN Invoices ON "
+            "InvoicePaymentDetails.InvoiceID = Invoices.ID AND ") +
+        b.test + " WHERE InvoicePaymentDetails.[Date] >= '" + Day(a) +
+        "' AND InvoicePaymentDetails.[Date] <= '" + Day(z) +
+        "' AND InvoicePaymentDetails.InvoicePaymentID = InvoicePayments.ID)");
+    return {static_cast<long>(cf.ReturnVal(rs["theNumber"].Value())),
+            cf.ReturnCur(rs["Amount"].Value())};
   }
 
   Tally Unpaid(const DateTime& a, const DateTime& b) {
     db::Recordset rs = r.Open(
         "SELECT SUM([InvoiceTotal]) as Amount, COUNT(*) as theNumber FROM Invoices WHERE (NOT EXISTS "
         "(SELECT * FROM InvoicePaymentDetails WHERE InvoicePaymentDetails.InvoiceID = Invoices.ID)) AND "
-        "[Date] >= '" + Day(a) + "' AND [Date] <= '" + Day(b) + "'");
-    return {static_cast<long>(cf.ReturnVal(rs["theNumber"].Value())), cf.ReturnCur(rs["Amount"].Value())};
+        "[Date] >= '" +
+        Day(a) + "' AND [Date] <= '" + Day(b) + "'");
+    return {static_cast<long>(cf.ReturnVal(rs["theNumber"].Value())),
+            cf.ReturnCur(rs["Amount"].Value())};
   }
 
   void CashInDiagnostics() {
@@ -285,23 +301,25 @@ struct Run {
       const Tally now = BucketTally(b, start, end);
       const Tally last = BucketTally(b, ly_start, ly_end);
       body += std::string(b.row) + Count(now.count) + "|" + Money(now.amount) + "|" +
-              Share(now.amount, all.amount) + "|" + Count(last.count) + "|" + Money(last.amount) + "|" +
-              Share(last.amount, all_ly.amount) + ";";
+              Share(now.amount, all.amount) + "|" + Count(last.count) + "|" + Money(last.amount) +
+              "|" + Share(last.amount, all_ly.amount) + ";";
     }
     const Tally unpaid = Unpaid(start, end);
     const Tally unpaid_ly = Unpaid(ly_start, ly_end);
     const Tally billed = Production(InvoiceTerm(start, end));
     const Tally billed_ly = Production(InvoiceTerm(ly_start, ly_end));
     body += "No Payments Made|" + Count(unpaid.count) + "|" + Money(unpaid.amount) + "|" +
-            Share(unpaid.amount, billed.amount) + "|" + Count(unpaid_ly.count) + "|" + Money(unpaid_ly.amount) +
-            "|" + Share(unpaid_ly.amount, billed_ly.amount) + ";";
+            Share(unpaid.amount, billed.amount) + "|" + Count(unpaid_ly.count) + "|" +
+            Money(unpaid_ly.amount) + "|" + Share(unpaid_ly.amount, billed_ly.amount) + ";";
     body += "Total Payments|" + Count(all.count) + "|" + Money(all.amount) + "|" +
-            Share(all.amount, all.amount) + "|" + Count(all_ly.count) + "|" + Money(all_ly.amount) + "|" +
-            Share(all_ly.amount, all_ly.amount) + ";";
+            Share(all.amount, all.amount) + "|" + Count(all_ly.count) + "|" + Money(all_ly.amount) +
+            "|" + Share(all_ly.amount, all_ly.amount) + ";";
     vsp.AddTable("<2.1in|^.8in|>1in|>.9in|^.8in|>1in|>.9in",
-                 "Type|Number|Amount|Percent|Last Year #|Last Year $|Last Year %", body, kHeaderColor);
-    Line("Note: These numbers will only show accurately for 2002 and later. Any previous year's data "
-         "does not have the data to be able to generate these numbers correctly.");
+                 "Type|Number|Amount|Percent|Last Year #|Last Year $|Last Year %", body,
+                 kHeaderColor);
+    Line(
+        "Note: These numbers will only show accurately for 2002 and later. Any previous year's data "
+        "does not have the data to be able to generate these numbers correctly.");
     Gap();
   }
 
@@ -326,8 +344,8 @@ struct Run {
       Currency sum;
       long n = 0;
       for (; !rows.Eof(); rows.MoveNext(), ++n) sum += cf.ReturnCur(rows["Value"].Value());
-      body += frame::EscapeCell(cf.returnStr(rs["Name"].Value())) + "|" + Money(sum) + "|" + Count(n) + "|" +
-              Money(Currency::FromDouble(sum.ToDouble() / n)) + ";";
+      body += frame::EscapeCell(cf.returnStr(rs["Name"].Value())) + "|" + Money(sum) + "|" +
+              Count(n) + "|" + Money(Currency::FromDouble(sum.ToDouble() / n)) + ";";
     }
     // A kind with no payment in the period says so rather than print an
     // empty table.
@@ -340,9 +358,12 @@ struct Run {
   }
 
   void PaymentTypeDiagnostics() {
-    TypeTable("Payment Type Diagnostics", "([Adjustment?] = 0) OR ([Adjustment?] IS NULL)", ChequeDays());
+    TypeTable("Payment Type Diagnostics", "([Adjustment?] = 0) OR ([Adjustment?] IS NULL)",
+              ChequeDays());
   }
-  void AdjustmentDiagnostics() { TypeTable("Adjustment Diagnostics", "([Adjustment?] <> 0)", ChequeDays()); }
+  void AdjustmentDiagnostics() {
+    TypeTable("Adjustment Diagnostics", "([Adjustment?] <> 0)", ChequeDays());
+  }
   // A post-dated payment: entered in the period, its cheque dated later.
   void PostDatedPaymentDiagnostics() {
     TypeTable("Post-Dated Payment Diagnostics", "([Adjustment?] = 0) OR ([Adjustment?] IS NULL)",
@@ -361,7 +382,8 @@ struct Run {
   }
   long BookedUnits(const std::string& where) {
     db::Recordset rs = r.Open(
-        "Select SUM([Units]) as theCount, SUM([Estimate]) as Estimate from PatientAppointments where " + where);
+        "Select SUM([Units]) as theCount, SUM([Estimate]) as Estimate from PatientAppointments where " +
+        where);
     Variant units = rs["theCount"].Value();
     return cf.ReturnNumber(units);
   }
@@ -372,8 +394,9 @@ struct Run {
     const long office_ly = BookedUnits(AppointmentDays(ly_start, ly_end));
     appointments::Availability availability(r, r.OfficeID);
     db::Recordset providers = r.Open(
-        std::string("SELECT Employees.*, 'DisplayName' = CASE WHEN ChairID IS NULL THEN LastName ELSE "
-                    "LastName + ' ' + ChairID END ") +
+        std::string(
+            "SELECT Employees.*, 'DisplayName' = CASE WHEN ChairID IS NULL THEN LastName ELSE "
+            "LastName + ' ' + ChairID END ") +
         kProducingStaffWhere);
     long avail_sum = 0, avail_sum_ly = 0;
     std::string body;
@@ -381,28 +404,31 @@ struct Run {
       const std::string id = cf.returnStr(providers["ID"].Value());
       int32_t avail = 0, avail_ly = 0;
       // Last year's days are read by the same statements as this year's.
-      availability.AddPeriod(providers, id, start, end, appointments::DayStatements::ThisYear, avail, avail_ly);
+      availability.AddPeriod(providers, id, start, end, appointments::DayStatements::ThisYear,
+                             avail, avail_ly);
       const long booked = BookedUnits("ProviderID = " + id + " AND " + AppointmentDays(start, end));
-      const long booked_ly = BookedUnits("ProviderID = " + id + " AND " + AppointmentDays(ly_start, ly_end));
+      const long booked_ly =
+          BookedUnits("ProviderID = " + id + " AND " + AppointmentDays(ly_start, ly_end));
       avail_sum += avail;
       avail_sum_ly += avail_ly;
-      body += frame::EscapeCell(cf.returnStr(providers["DisplayName"].Value())) + "|" + Count(avail) + "|" +
-              Count(booked) + "|" + Share(booked, avail) + "|" + Share(booked, office) + "|" + Count(avail_ly) +
-              "|" + Count(booked_ly) + "|" + Share(booked_ly, avail_ly) + "|" + Share(booked_ly, office_ly) +
-              ";";
+      body += frame::EscapeCell(cf.returnStr(providers["DisplayName"].Value())) + "|" +
+              Count(avail) + "|" + Count(booked) + "|" + Share(booked, avail) + "|" +
+              Share(booked, office) + "|" + Count(avail_ly) + "|" + Count(booked_ly) + "|" +
+              Share(booked_ly, avail_ly) + "|" + Share(booked_ly, office_ly) + ";";
       r.RaiseProgress(static_cast<uint8_t>(50 + 30 * providers.AbsolutePosition() /
-                                                     std::max(1L, providers.RecordCount())));
+                                                    std::max(1L, providers.RecordCount())));
     }
     // The office books for providers who are no longer listed too: its row
     // holds all of its bookings against the listed providers' time.
-    body += "Office Totals|" + Count(avail_sum) + "|" + Count(office) + "|" + Share(office, avail_sum) +
-            "|N/A|" + Count(avail_sum_ly) + "|" + Count(office_ly) + "|" + Share(office_ly, avail_sum_ly) +
-            "|N/A;";
+    body += "Office Totals|" + Count(avail_sum) + "|" + Count(office) + "|" +
+            Share(office, avail_sum) + "|N/A|" + Count(avail_sum_ly) + "|" + Count(office_ly) +
+            "|" + Share(office_ly, avail_sum_ly) + "|N/A;";
     vsp.AddTable("<1.2in|^.7in|^.8in|>.7in|^.8in|^.8in|>.9in|>.8in|>.8in",
-                 "Provider|Avail|Booked|Percent|% of Office|L/Y Avail|L/Y Booked|L/Y Percent|L/Y %", body,
-                 kHeaderColor);
-    Line("Note: The percentages etc. for overall may not add up due to providers from the past being "
-         "inactivated and not showing up on this report.");
+                 "Provider|Avail|Booked|Percent|% of Office|L/Y Avail|L/Y Booked|L/Y Percent|L/Y %",
+                 body, kHeaderColor);
+    Line(
+        "Note: The percentages etc. for overall may not add up due to providers from the past being "
+        "inactivated and not showing up on this report.");
     Gap();
   }
 
@@ -416,12 +442,15 @@ struct Run {
   };
   Booked Bookings(const std::string& who, const DateTime& a, const DateTime& b) {
     const std::string where = "[Date] >= '" + Day(a) + "' AND [Date] <= '" + Day(b) + "'" + who;
-    return {static_cast<long>(cf.ReturnVal(Scalar("Select Count(*) from PatientAppointments where " + where))),
-            static_cast<long>(cf.ReturnVal(Scalar("Select SUM([Units]) from PatientAppointments where " + where))),
+    return {static_cast<long>(
+                cf.ReturnVal(Scalar("Select Count(*) from PatientAppointments where " + where))),
+            static_cast<long>(cf.ReturnVal(
+                Scalar("Select SUM([Units]) from PatientAppointments where " + where))),
             cf.ReturnCur(Scalar("Select SUM([Estimate]) from PatientAppointments where " + where))};
   }
   std::string TeamCells(const Booked& b, const Booked& office) {
-    return Count(b.count) + "|" + Share(b.count, office.count) + "|" + Count(b.units) + "|" + Money(b.estimate);
+    return Count(b.count) + "|" + Share(b.count, office.count) + "|" + Count(b.units) + "|" +
+           Money(b.estimate);
   }
 
   void TeamBookingDiagnostics() {
@@ -430,8 +459,8 @@ struct Run {
     // booker belong to no member and would make the shares fall short.
     const Booked office = Bookings(" AND EmployeeID is not NULL", start, end);
     const Booked office_ly = Bookings(" AND EmployeeID is not NULL", ly_start, ly_end);
-    db::Recordset members =
-        r.Open("SELECT * FROM Employees WHERE (Active is null or Active <> 0) AND ID > 1 ORDER BY LastName");
+    db::Recordset members = r.Open(
+        "SELECT * FROM Employees WHERE (Active is null or Active <> 0) AND ID > 1 ORDER BY LastName");
     std::string body;
     for (; !members.Eof(); members.MoveNext()) {
       const std::string who = " AND EmployeeID = " + cf.returnStr(members["ID"].Value());
@@ -441,10 +470,11 @@ struct Run {
               TeamCells(Bookings(who, ly_start, ly_end), office_ly) + ";";
     }
     body += "Totals|" + TeamCells(office, office) + "|" + TeamCells(office_ly, office_ly) + ";";
-    vsp.AddTable("<2.1in|^.5in|>.7in|^.6in|>.9in|^.5in|>.7in|^.6in|>.9in",
-                 "Team Member|# App.|% of Total|# Units|Est. Income|L/Y # App.|L/Y % of Total|L/Y # Units|L/Y "
-                 "Est. $",
-                 body, kHeaderColor);
+    vsp.AddTable(
+        "<2.1in|^.5in|>.7in|^.6in|>.9in|^.5in|>.7in|^.6in|>.9in",
+        "Team Member|# App.|% of Total|# Units|Est. Income|L/Y # App.|L/Y % of Total|L/Y # Units|L/Y "
+        "Est. $",
+        body, kHeaderColor);
     Gap();
   }
 
@@ -456,7 +486,8 @@ struct Run {
                              "' AND PatientAppointments.[Date] <= '" + Day(end) + "'";
     const std::string joined =
         "SELECT COUNT(*) FROM Invoices INNER JOIN PatientAppointments ON Invoices.AppointmentID = "
-        "PatientAppointments.ID WHERE " + days + " AND ";
+        "PatientAppointments.ID WHERE " +
+        days + " AND ";
     struct Row {
       const char* row;
       std::string sql;
@@ -474,10 +505,12 @@ struct Run {
              " AND (NOT EXISTS (SELECT Units FROM Invoices WHERE Invoices.AppointmentID = PatientAppointments.ID))"},
     };
     std::string body;
-    for (const Row& row : rows) body += std::string(row.row) + Count(static_cast<long>(cf.ReturnVal(Scalar(row.sql)))) + ";";
+    for (const Row& row : rows)
+      body += std::string(row.row) + Count(static_cast<long>(cf.ReturnVal(Scalar(row.sql)))) + ";";
     vsp.AddTable("<6in|^1in", "", body, 0);
-    Line("These numbers will only be relevant if staff are setting the units used on the Invoice AS WELL "
-         "as on the appointment.");
+    Line(
+        "These numbers will only be relevant if staff are setting the units used on the Invoice AS WELL "
+        "as on the appointment.");
     Gap();
   }
 
@@ -486,7 +519,8 @@ struct Run {
     Heading("Referral Diagnostics");
     db::Recordset rs = r.Open(
         "SELECT COUNT(*) AS theCount, ReferredByAddID FROM Patient WHERE (NOT (ReferredByAddID IS NULL) AND "
-        "ReferredByAddID <> '') AND SignupDate >= '" + Day(start) + "' AND SignupDate <= '" + Day(end) +
+        "ReferredByAddID <> '') AND SignupDate >= '" +
+        Day(start) + "' AND SignupDate <= '" + Day(end) +
         "' GROUP BY ReferredByAddID WITH ROLLUP ORDER BY ReferredByAddID");
     if (rs.Eof()) {
       Line("None on File");
@@ -499,7 +533,8 @@ struct Run {
     std::string body;
     for (rs.MoveNext(); !rs.Eof(); rs.MoveNext()) {
       const long n = static_cast<long>(cf.ReturnVal(rs["theCount"].Value()));
-      body += frame::EscapeCell(cf.returnStr(rs["ReferredByAddID"].Value())) + "|" + Count(n) + "|" +
+      body += frame::EscapeCell(cf.returnStr(rs["ReferredByAddID"].Value())) + "|" + Count(n) +
+              "|" +
               Format(Variant(static_cast<double>(n) / static_cast<double>(total)), "Percent") + ";";
     }
     body += "Office Totals:|" + Count(total) + "|100.00%;";
@@ -513,14 +548,15 @@ struct Run {
   void OfficeGrowth() {
     Heading("Office Growth");
     const long joined = static_cast<long>(cf.ReturnVal(Scalar(
-        "Select count(*) FROM Patient where SignUpDate >= '" + Day(start) + "' AND SignUpDate <= '" + Day(end) +
+        "Select count(*) FROM Patient where SignUpDate >= '" + Day(start) +
+        "' AND SignUpDate <= '" + Day(end) +
         "' AND [Active?] <> 0 AND Exists(SELECT PatientAppointments.ID FROM PatientAppointments INNER JOIN "
         "PatientAppointmentCodes ON PatientAppointments.ID = PatientAppointmentCodes.PatientAppointmentID WHERE "
         "PatientAppointments.PatientID = Patient.ID AND PatientAppointments.[Date] <= Patient.SignUpDate + 360 "
         "AND PatientAppointments.[Date] >= Patient.SignUpDate AND Code >= 1101 and Code <= 1103)")));
-    const long left = static_cast<long>(cf.ReturnVal(Scalar("Select count(*) FROM Patient where InactivationDate >= '" +
-                                                            Day(start) + "' AND InactivationDate <= '" + Day(end) +
-                                                            "'")));
+    const long left = static_cast<long>(
+        cf.ReturnVal(Scalar("Select count(*) FROM Patient where InactivationDate >= '" +
+                            Day(start) + "' AND InactivationDate <= '" + Day(end) + "'")));
     Line("New Patients: " + Count(joined));
     Line("Patients Inactivated: " + Count(left));
     Line("Office Growth: " + Count(joined - left));
@@ -545,8 +581,8 @@ void clsReports::rptDayEndSummary(DateTime dtStartDate, DateTime dtEndDate, std:
     vsp.DocName("Practice Analysis Report");
     vsp.StartDoc();
     PrintReportHeading("Practice Analysis Report", UserName,
-                       "From: " + Format(Variant(dtStartDate), "MMM/d/yyyy") + " To: " +
-                           Format(Variant(dtEndDate), "MMM/d/yyyy"));
+                       "From: " + Format(Variant(dtStartDate), "MMM/d/yyyy") +
+                           " To: " + Format(Variant(dtEndDate), "MMM/d/yyyy"));
     vsp.FontSize(8);
     run.ProductionDiagnostics();
     RaiseProgress(10);

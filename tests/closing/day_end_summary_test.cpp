@@ -170,7 +170,8 @@ TEST_F(DayEndSummary, FebruaryAgainstTheYearBefore) {
   EXPECT_EQ(Between("Referral Diagnostics", "Office Growth"),
             "Referral Diagnostics\nType Number Percent\nDentist 2 66.67%\nInternet 1 33.33%\n"
             "Office Totals: 3 100.00%\n");
-  EXPECT_EQ(LineWith("Procedures Difference"), "") << "one procedure last year is too few to compare";
+  EXPECT_EQ(LineWith("Procedures Difference"), "")
+      << "one procedure last year is too few to compare";
   EXPECT_EQ(LinesWith("Preventitive Services"),
             (std::vector<std::string>{"Preventitive Services 2 $150.00 62.50% 0 $0.00 0.00%",
                                       "Preventitive Services 2 $150.00 62.50% 0 $0.00 0.00%",
@@ -178,13 +179,20 @@ TEST_F(DayEndSummary, FebruaryAgainstTheYearBefore) {
   EXPECT_EQ(LinesWith("Endodontic Services 0 $0.00 0.00% 0 $0.00 0.00%").size(), 3u);
   // The type with a bar in its name keeps its columns; the post-dated
   // cheque is in its own table only.
-  EXPECT_EQ(LinesWith("Till|Cash"), (std::vector<std::string>{"Till|Cash $170.00 2 $85.00", "Till|Cash $80.00 1 $80.00"}));
+  EXPECT_EQ(LinesWith("Till|Cash"),
+            (std::vector<std::string>{"Till|Cash $170.00 2 $85.00", "Till|Cash $80.00 1 $80.00"}));
   // The sections in print order.
-  const char* order[] = {"Production Diagnostics", "Provider Diagnostics", "Cash In Diagnostics",
-                         "Payment Type Diagnostics", "Adjustment Diagnostics",
-                         "Post-Dated Payment Diagnostics", "Appointment Booking Diagnostics",
-                         "Team Booking Diagnostics", "Appointment Planning Diagnostics",
-                         "Referral Diagnostics", "Office Growth"};
+  const char* order[] = {"Production Diagnostics",
+                         "Provider Diagnostics",
+                         "Cash In Diagnostics",
+                         "Payment Type Diagnostics",
+                         "Adjustment Diagnostics",
+                         "Post-Dated Payment Diagnostics",
+                         "Appointment Booking Diagnostics",
+                         "Team Booking Diagnostics",
+                         "Appointment Planning Diagnostics",
+                         "Referral Diagnostics",
+                         "Office Growth"};
   size_t at = 0;
   for (const char* s : order) {
     const size_t found = Text().find(s, at);
@@ -210,7 +218,8 @@ TEST_F(DayEndSummary, LastYearLines) {
         "Procedures Difference This Year Compared to Last Year: 150.00%",
         "Production Difference This Year Compared to Last Year: 80.00%"},
        {}},
-      {"an idle last year", "DELETE FROM InvoiceDetails WHERE InvoiceID = 9204;",
+      {"an idle last year",
+       "DELETE FROM InvoiceDetails WHERE InvoiceID = 9204;",
        {"Restorative Services 0 $0.00 0.00% 0 $0.00 0.00%", "Total Production: $240.00"},
        {"Last Year Total", "Difference This Year"}},
   };
@@ -231,14 +240,16 @@ TEST_F(DayEndSummary, LastYearLines) {
 TEST_F(DayEndSummary, NoReferralsAndNoUnitLength) {
   reports.rptDayEndSummary(Day(2032, 4, 1), Day(2032, 4, 30), "desk");
   ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  EXPECT_EQ(Between("Referral Diagnostics", "Office Growth"), "Referral Diagnostics\nNone on File\n");
+  EXPECT_EQ(Between("Referral Diagnostics", "Office Growth"),
+            "Referral Diagnostics\nNone on File\n");
 
   Exec("UPDATE OfficeInformation SET UnitMinutes = 0 WHERE ID = 1;");
   form.VSP.KillDoc();
   RunFebruary();
   ASSERT_EQ(host.messages.size(), 1u);
   const std::string& message = host.messages[0].prompt;
-  EXPECT_EQ(message.rfind("An Error has occurred in Sub rptDayEndSummary in Class clsReports\n", 0), 0u)
+  EXPECT_EQ(message.rfind("An Error has occurred in Sub rptDayEndSummary in Class clsReports\n", 0),
+            0u)
       << message;
   EXPECT_NE(message.find("UnitMinutes"), std::string::npos) << message;
   EXPECT_NE(Text().find("Post-Dated Payment Diagnostics"), std::string::npos);
