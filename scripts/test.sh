@@ -25,6 +25,11 @@ export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 app="$root/$build/app/orvenda-reports"
 
+# The servers the tests start are stopped on the way out, whatever happens.
+on_exit=()
+cleanup() { for c in "${on_exit[@]}"; do eval "$c"; done; }
+trap cleanup EXIT
+
 # A PostgreSQL cluster of our own (own data folder, loopback, free port),
 # stopped on the way out. Under CI the server tests must run; elsewhere a
 # machine without the server skips them and says so.
@@ -33,13 +38,29 @@ if [ -z "${ORVENDA_TEST_PG:-}" ]; then
   pg_dir=$(mktemp -d /tmp/orvenda-pg.XXXXXX)
   if ORVENDA_TEST_PG=$(bash scripts/pg.sh start "$pg_dir"); then
     export ORVENDA_TEST_PG
-    trap 'bash "$root/scripts/pg.sh" stop "$pg_dir"; rm -rf "$pg_dir"' EXIT
+    on_exit+=('bash "$root/scripts/pg.sh" stop "$pg_dir"; rm -rf "$pg_dir"')
     echo "== PostgreSQL test server at $ORVENDA_TEST_PG"
   else
     rm -rf "$pg_dir"
     unset ORVENDA_TEST_PG
     if [ -n "${CI:-}" ]; then echo "PostgreSQL did not start; under CI its tests must run" >&2; exit 1; fi
     echo "== PostgreSQL is not available here: its tests are skipped"
+  fi
+fi
+
+# A CUPS scheduler of our own with a queue that prints to a file, for the
+# printing tests (scripts/cups.sh); without one they report themselves
+# skipped, and under CI they must run.
+if [ -z "${CUPS_SERVER:-}" ]; then
+  cups_dir=$(mktemp -d /tmp/orvenda-cups.XXXXXX)
+  if CUPS_SERVER=$(bash scripts/cups.sh start "$cups_dir"); then
+    export CUPS_SERVER
+    on_exit+=('bash "$root/scripts/cups.sh" stop "$cups_dir"; rm -rf "$cups_dir"')
+    echo "== CUPS test scheduler at $CUPS_SERVER, queue orvenda-test"
+  else
+    rm -rf "$cups_dir"
+    if [ -n "${CI:-}" ]; then echo "CUPS did not start; under CI its tests must run" >&2; exit 1; fi
+    echo "== CUPS is not available here: the printing tests are skipped"
   fi
 fi
 
