@@ -191,9 +191,11 @@ std::string CsvText(const Document& doc) {
     // A document of free text: its lines as the text output has them,
     // pages one after the other.
     std::string text = DocumentText(doc);
+    // Every line ends in a newline; the form feed between pages goes.
+    text.erase(std::remove(text.begin(), text.end(), '\f'), text.end());
     size_t start = 0;
     while (start < text.size()) {
-      size_t end = text.find_first_of("\n\f", start);
+      size_t end = text.find('\n', start);
       if (end == std::string::npos) end = text.size();
       AddRecord(out, {text.substr(start, end - start)});
       start = end + 1;

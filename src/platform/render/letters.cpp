@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <set>
 
@@ -41,7 +42,8 @@ std::string PlainLetters(char32_t c) {
   for (const auto& letter : collation::Letters()) {
     if (letter.small != c && letter.capital != c) continue;
     std::string base = letter.base;
-    if (letter.capital == c && !base.empty()) base[0] = char(std::toupper(base[0]));
+    if (letter.capital == c)
+      for (char& b : base) b = char(std::toupper(static_cast<unsigned char>(b)));
     return base;
   }
   return "";
