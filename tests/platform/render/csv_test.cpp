@@ -92,10 +92,17 @@ TEST(Csv, OneBlockPerTableInPageOrder) {
   doc.tables.push_back({2, true, {{"Name", "Total"}, {"Smith, Jr.", "$1,005.10"}}});
   doc.tables.push_back({1, false, {{"Nov/20/2026", "($5.00)"}}});
   doc.tables.push_back({1, true, {{"Patient\r\nPortion", "Say \"hi\""}}});
+  // Rows drawn as tables of their own, without a header, continue the
+  // block before them when their columns match.
+  doc.tables.push_back({1, false, {{"Employer\r\n", "$3"}}});
+  doc.tables.push_back({1, false, {{"one column"}}});
   EXPECT_EQ(CsvText(doc),
             "2026-11-20,-5.00\r\n"
             "\r\n"
             "Patient Portion,\"Say \"\"hi\"\"\"\r\n"
+            "Employer,3.00\r\n"
+            "\r\n"
+            "one column\r\n"
             "\r\n"
             "Name,Total\r\n"
             "\"Smith, Jr.\",1005.10\r\n");
