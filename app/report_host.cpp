@@ -296,7 +296,11 @@ render::DocumentIdentity RunIdentity(const std::string& method,
   render::DocumentIdentity id;
   id.method = method;
   id.arguments = std::move(arguments);
-  id.database = db::MaskSecrets(database);
+  // A practice file by its absolute path, so that the run can be traced
+  // from any folder; a server's URL as given, less its password.
+  const std::string file = DatabaseFile(database);
+  std::error_code ec;
+  id.database = file.empty() ? db::MaskSecrets(database) : fs::absolute(file, ec).string();
   // The day the run takes as today: --today's, or the clock's.
   id.today = Clock::Today().ToIsoDate();
   id.user = user;
