@@ -17,9 +17,15 @@ namespace orv::render {
 
 namespace {
 
+bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+// Without the blanks and line breaks at its ends ("Glenora Logistics\r\n",
+// a cell whose second line is empty).
 std::string_view Trim(std::string_view s) {
-  while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
-  while (!s.empty() && (s.back() == ' ' || s.back() == '\t')) s.remove_suffix(1);
+  while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
+  while (!s.empty() && IsBlank(s.back())) s.remove_suffix(1);
   return s;
 }
 
@@ -168,13 +174,19 @@ std::string CsvField(std::string_view value) {
 
 std::string CsvValue(std::string_view cell) {
   std::string_view s = Trim(cell);
-  // A cell of several lines is text, whatever its lines hold; its line
-  // breaks become the single LF that spreadsheets write inside a cell.
+  // A cell of several lines (patient, insurance and total figures stacked
+  // in one cell) is text to a spreadsheet; each line is written as a line
+  // alone would be, and the breaks become the single LF that spreadsheets
+  // write inside a cell.
   if (s.find_first_of("\r\n") != std::string_view::npos) {
     std::string out;
-    for (size_t i = 0; i < s.size(); ++i) {
-      if (s[i] == '\r' && i + 1 < s.size() && s[i + 1] == '\n') continue;
-      out += s[i] == '\r' ? '\n' : s[i];
+    size_t start = 0;
+    while (true) {
+      size_t end = s.find_first_of("\r\n", start);
+      out += CsvValue(s.substr(start, end == std::string_view::npos ? end : end - start));
+      if (end == std::string_view::npos) break;
+      out += '\n';
+      start = end + (s[end] == '\r' && end + 1 < s.size() && s[end + 1] == '\n' ? 2 : 1);
     }
     return out;
   }
@@ -209,9 +221,16 @@ std::string CsvText(const Document& doc) {
   std::stable_sort(tables.begin(), tables.end(),
                    [](const TableCells* a, const TableCells* b) { return a->page < b->page; });
   for (size_t i = 0; i < tables.size(); ++i) {
-    if (i) out += "\r\n";
-    for (size_t r = 0; r < tables[i]->rows.size(); ++r)
-      AddRecord(out, tables[i]->rows[r], r == 0 && tables[i]->has_header);
+    const TableCells& t = *tables[i];
+    // A list drawn one row at a time (a table per patient, under a first
+    // row of column heads) reads as the one table it looks like: a table
+    // without a header row of its own and with as many columns as the one
+    // before continues its block.
+    const bool continues = i > 0 && !t.has_header && !t.rows.empty() &&
+                           !tables[i - 1]->rows.empty() &&
+                           t.rows[0].size() == tables[i - 1]->rows[0].size();
+    if (i > 0 && !continues) out += "\r\n";
+    for (size_t r = 0; r < t.rows.size(); ++r) AddRecord(out, t.rows[r], r == 0 && t.has_header);
   }
   return out;
 }

@@ -70,8 +70,11 @@ INSTANTIATE_TEST_SUITE_P(
         ValueCase{"not_a_month", "Room/20/2026", "Room/20/2026"},
         ValueCase{"date_in_text", "Paid on Nov/20/2026", "Paid on Nov/20/2026"},
         ValueCase{"range", "Jan/1/2026 - Nov/20/2026", "Jan/1/2026 - Nov/20/2026"},
-        // A cell of lines stays text with LF breaks, whatever its lines hold.
+        // A cell of lines: each line as it would be alone, LF between them.
         ValueCase{"lines", "Sub Total $1.00\r\nInterest $0.10", "Sub Total $1.00\nInterest $0.10"},
+        ValueCase{"stacked_figures", "$1,000.00\r\n($5.00)\r\n\r\n--------\n$995.00 ",
+                  "1000.00\n-5.00\n\n--------\n995.00"},
+        ValueCase{"dates_in_lines", "Feb/21/1953\rAug/05/2026", "1953-02-21\n2026-08-05"},
         ValueCase{"text", "Dental Treatment", "Dental Treatment"}),
     CaseName);
 
