@@ -447,7 +447,9 @@ int RunReportHost(const std::vector<std::string>& args) {
   // method with a result only prints it.
   std::error_code ec;
   fs::path outp(inv.out);
-  if (!*sig->result && outp.has_parent_path()) fs::create_directories(outp.parent_path(), ec);
+  // Split statements make their folder once they are written.
+  if (!*sig->result && !inv.split && outp.has_parent_path())
+    fs::create_directories(outp.parent_path(), ec);
 
   PreviewForm form;
   // Nothing reaches the output until the report has succeeded.
