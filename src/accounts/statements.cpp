@@ -855,8 +855,8 @@ void StatementRun::SummaryOverlay() {
   std::vector<frame::DocumentPart> parts;
   for (const Statement& s : statements_)
     if (s.printed)
-      parts.push_back({s.first_page, s.french ? statements::kFrench.title : kPrintedBy,
-                       s.addressee, s.addressee_name});
+      parts.push_back({s.first_page, s.french ? statements::kFrench.title : kPrintedBy, s.addressee,
+                       s.addressee_name});
   if (parts.empty()) parts.push_back({1, kPrintedBy, 0, {}});
   r_.PrintPageFooters(parts);
   vsp_.EndDoc();

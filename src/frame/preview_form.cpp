@@ -76,8 +76,8 @@ bool PreviewForm::IsKnownOutput(const std::string& path) {
 
 void PreviewForm::SetOutput(std::string path) {
   if (!path.empty() && !IsKnownOutput(path)) {
-    throw ReportError(5, "The output " + path +
-                             " has no known kind: name it .pdf, .png, .txt or .csv");
+    throw ReportError(
+        5, "The output " + path + " has no known kind: name it .pdf, .png, .txt or .csv");
   }
   output_ = std::move(path);
 }

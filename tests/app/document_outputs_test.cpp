@@ -244,8 +244,8 @@ TEST_F(DocumentOutputs, StatementsSplitIntoOnePdfPerAccount) {
 
 TEST_F(DocumentOutputs, BulkStatementsSplitAndOtherMethodsRefuse) {
   const std::string folder = dir + "/bulk/";
-  ShellResult r = Report("--split --out " + folder,
-                         "rptBulkStatements \"ID < 30\" \"\" False Statement");
+  ShellResult r =
+      Report("--split --out " + folder, "rptBulkStatements \"ID < 30\" \"\" False Statement");
   ASSERT_EQ(r.status, 0) << r.out;
   const std::vector<std::string> files = FilesIn(folder);
   ASSERT_GT(files.size(), 2u);
@@ -288,13 +288,12 @@ TEST_F(DocumentOutputs, EveryPdfNamesWhatMadeIt) {
   const std::string info = RunShell("pdfinfo " + dir + "/fees.pdf").out;
   EXPECT_NE(info.find("Subject:         rptFeeGuide(ID=1, UserName=desk)"), std::string::npos)
       << info;
-  EXPECT_TRUE(std::regex_search(
-      info, std::regex("Keywords: +today=2026-11-20; database=" + dir +
-                       "/demo.db; user=desk; office=1; version=\\d+\\.\\d+")))
+  EXPECT_TRUE(
+      std::regex_search(info, std::regex("Keywords: +today=2026-11-20; database=" + dir +
+                                         "/demo.db; user=desk; office=1; version=\\d+\\.\\d+")))
       << info;
   EXPECT_NE(info.find("Author:          desk"), std::string::npos) << info;
-  EXPECT_TRUE(std::regex_search(info, std::regex(R"(Creator: +orvenda-reports \d+\.\d+)")))
-      << info;
+  EXPECT_TRUE(std::regex_search(info, std::regex(R"(Creator: +orvenda-reports \d+\.\d+)"))) << info;
 }
 
 // The PostgreSQL practice is reached with a password: the PDF names the
@@ -310,8 +309,9 @@ TEST_F(DocumentOutputs, TheDatabaseInAPdfHasNoPassword) {
   ShellResult copy =
       HostShell(HostProgram() + " copy-db " + dir + "/demo.db " + ShellQuote(url) + " --replace");
   ASSERT_EQ(copy.status, 0) << copy.out;
-  ShellResult r = HostShell(HostProgram() + " --db " + ShellQuote(url) +
-                            " --today 2026-11-20 --user desk --out " + dir + "/pg.pdf rptFeeGuide 1");
+  ShellResult r =
+      HostShell(HostProgram() + " --db " + ShellQuote(url) +
+                " --today 2026-11-20 --user desk --out " + dir + "/pg.pdf rptFeeGuide 1");
   ASSERT_EQ(r.status, 0) << r.out;
   const std::string info = RunShell("pdfinfo " + dir + "/pg.pdf").out;
   EXPECT_EQ(info.find("right-password"), std::string::npos) << info;
@@ -356,7 +356,8 @@ TEST_F(Printing, AStatementPrintsAndAStoppedQueueRefuses) {
   fs::remove(printed);
   ShellResult r = Report("--printer orvenda-test", args);
   ASSERT_EQ(r.status, 0) << r.out;
-  EXPECT_TRUE(std::regex_search(r.out, std::regex(R"(printed on orvenda-test as job orvenda-test-\d+)")))
+  EXPECT_TRUE(
+      std::regex_search(r.out, std::regex(R"(printed on orvenda-test as job orvenda-test-\d+)")))
       << r.out;
   ASSERT_TRUE(QueueDone()) << RunShell("lpstat -o orvenda-test").out;
   ASSERT_TRUE(fs::exists(printed)) << "the queue wrote no file";

@@ -93,8 +93,7 @@ Ran RunClient(const std::vector<std::string>& argv, int seconds = 30) {
     return ran;
   }
   ran.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  while (!ran.out.empty() && (ran.out.back() == '\n' || ran.out.back() == ' '))
-    ran.out.pop_back();
+  while (!ran.out.empty() && (ran.out.back() == '\n' || ran.out.back() == ' ')) ran.out.pop_back();
   return ran;
 }
 

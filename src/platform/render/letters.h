@@ -16,7 +16,7 @@
 namespace orv::render {
 
 struct LetterFile {
-  std::string name;  // the file name, "1234-Jane_Doe.pdf"
+  std::string name;    // the file name, "1234-Jane_Doe.pdf"
   int first_page = 1;  // the letter's pages in the whole document, from 1
   int last_page = 1;
   int32_t account = 0;

@@ -1,7 +1,5 @@
 #include "platform/render/renderer.h"
 
-#include "platform/render/pdf_metadata.h"
-
 #include <cairo-ft.h>
 #include <cairo-pdf.h>
 #include <cairo.h>
@@ -14,6 +12,8 @@
 #include <mutex>
 #include <numbers>
 #include <tuple>
+
+#include "platform/render/pdf_metadata.h"
 
 namespace orv::render {
 namespace {

@@ -1,13 +1,12 @@
 #include "platform/render/csv.h"
 
-#include "platform/render/renderer.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <filesystem>
 
 #include "common/named_cases.h"
+#include "platform/render/renderer.h"
 #include "support/shell.h"
 
 namespace orv::render {
@@ -36,18 +35,14 @@ INSTANTIATE_TEST_SUITE_P(
         ValueCase{"parenthesised", "($5.00)", "-5.00"},
         ValueCase{"minus_before_sign", "-$5.00", "-5.00"},
         ValueCase{"minus_after_sign", "$-1,005.10", "-1005.10"},
-        ValueCase{"blanks_around", "  $7.25 ", "7.25"},
-        ValueCase{"whole_dollars", "$12", "12.00"},
-        ValueCase{"cents_only", "$.50", "0.50"},
-        ValueCase{"negative_zero", "-$0.00", "0.00"},
+        ValueCase{"blanks_around", "  $7.25 ", "7.25"}, ValueCase{"whole_dollars", "$12", "12.00"},
+        ValueCase{"cents_only", "$.50", "0.50"}, ValueCase{"negative_zero", "-$0.00", "0.00"},
         ValueCase{"more_decimals_kept", "$1.2345", "1.2345"},
         ValueCase{"grouped_without_sign", "1,234.50", "1234.50"},
         // Left alone: plain numbers, counts, lists of IDs, broken groups.
-        ValueCase{"plain_number", "12.50", "12.50"},
-        ValueCase{"grouped_count", "1,234", "1,234"},
+        ValueCase{"plain_number", "12.50", "12.50"}, ValueCase{"grouped_count", "1,234", "1,234"},
         ValueCase{"id_list", "100,200,300", "100,200,300"},
-        ValueCase{"bad_grouping", "$1,23.00", "$1,23.00"},
-        ValueCase{"percent", "12.5%", "12.5%"},
+        ValueCase{"bad_grouping", "$1,23.00", "$1,23.00"}, ValueCase{"percent", "12.5%", "12.5%"},
         ValueCase{"sign_alone", "$", "$"},
         // Dates in the shapes the reports print them.
         ValueCase{"mmm_dd_yyyy", "Nov/20/2026", "2026-11-20"},
@@ -79,12 +74,15 @@ INSTANTIATE_TEST_SUITE_P(
     CaseName);
 
 TEST(Csv, FieldsAreQuotedOnlyWhenTheyMustBe) {
-  EXPECT_EQ(CsvField("Smith"), "Smith");
-  EXPECT_EQ(CsvField(""), "");
-  EXPECT_EQ(CsvField("Smith, Jr."), "\"Smith, Jr.\"");
-  EXPECT_EQ(CsvField("Bob \"Bobby\" Lee"), "\"Bob \"\"Bobby\"\" Lee\"");
-  EXPECT_EQ(CsvField("two\nlines"), "\"two\nlines\"");
-  EXPECT_EQ(CsvField("semi;colon|bar"), "semi;colon|bar");
+  const std::pair<const char*, const char*> cases[] = {
+      {"Smith", "Smith"},
+      {"", ""},
+      {"Smith, Jr.", "\"Smith, Jr.\""},
+      {"Bob \"Bobby\" Lee", "\"Bob \"\"Bobby\"\" Lee\""},
+      {"two\nlines", "\"two\nlines\""},
+      {"semi;colon|bar", "semi;colon|bar"},
+  };
+  for (const auto& [value, field] : cases) EXPECT_EQ(CsvField(value), field) << value;
 }
 
 TEST(Csv, OneBlockPerTableInPageOrder) {

@@ -33,8 +33,9 @@ TEST(Letters, FileNamesAreSafeEverywhere) {
   for (const auto& c : cases) {
     const std::string stem = LetterFileStem(c.account, c.name);
     EXPECT_EQ(stem, c.stem) << c.name;
-    EXPECT_EQ(stem.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-"),
-              std::string::npos)
+    EXPECT_EQ(
+        stem.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-"),
+        std::string::npos)
         << c.name;
   }
   EXPECT_EQ(LetterFileStem(16, std::string(80, 'x')), "16-" + std::string(60, 'x'));
@@ -53,10 +54,10 @@ TEST(Letters, EachLetterRunsToTheNextAndNamesNeverClash) {
   // One account addressed twice (two patients with one responsible
   // member), and two names equal but for case.
   const Document doc = LetterRun(7, {{1, 12, "Callum Nakagawa"},
-                               {3, 20, "Greta Northcott"},
-                               {4, 12, "Callum Nakagawa"},
-                               {5, 31, "ann lee"},
-                               {6, 31, "Ann Lee"}});
+                                     {3, 20, "Greta Northcott"},
+                                     {4, 12, "Callum Nakagawa"},
+                                     {5, 31, "ann lee"},
+                                     {6, 31, "Ann Lee"}});
   const auto files = LetterFiles(doc);
   ASSERT_EQ(files.size(), 5u);
   struct Expected {
@@ -130,9 +131,8 @@ TEST(PdfMetadata, TheIdentityReadsBackFromTheFile) {
 
   // What pdfinfo shows of the rendered file.
   doc.identity.user = "desk";
-  const std::string path = (fs::temp_directory_path() /
-                            ("orv_meta_" + std::to_string(::getpid()) + ".pdf"))
-                               .string();
+  const std::string path =
+      (fs::temp_directory_path() / ("orv_meta_" + std::to_string(::getpid()) + ".pdf")).string();
   RenderPdf(doc, path);
   const std::string info = testing::Shell("pdfinfo " + path);
   EXPECT_NE(info.find("Title:           Aged Receivables"), std::string::npos) << info;
