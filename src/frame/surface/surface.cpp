@@ -47,6 +47,8 @@ void PrintSurface::StartDoc() {
   answered_.reset();
   doc_.pages.clear();
   doc_.fonts.clear();
+  doc_.tables.clear();
+  doc_.letters.clear();
   fonts_.clear();
   building_table_ = false;
   table_.reset();
@@ -72,6 +74,8 @@ void PrintSurface::KillDoc() {
   answered_.reset();
   doc_.pages.clear();
   doc_.fonts.clear();
+  doc_.tables.clear();
+  doc_.letters.clear();
   fonts_.clear();
   building_table_ = false;
   table_.reset();

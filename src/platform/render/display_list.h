@@ -15,6 +15,7 @@
 #include <variant>
 #include <vector>
 
+#include "platform/render/document_record.h"
 #include "platform/render/twips.h"
 
 namespace orv::render {
@@ -156,6 +157,9 @@ class PageStore {
   // The document made of these pages, none packed (tests build documents
   // by hand).
   PageStore& operator=(std::vector<Page> pages);
+  void assign(size_t n, const Page& page) { *this = std::vector<Page>(n, page); }
+  // Drops the pages from `n` on, or adds empty ones up to `n`.
+  void resize(size_t n);
 
   // Page `i` for writing, unpacked where it stands if it was packed. The
   // surface writes only the page it is on and a page an overlay reopens,
@@ -238,6 +242,12 @@ struct Document {
   std::string name;
   std::vector<FontFace> fonts;
   PageStore pages;
+  // Beside the pages (document_record.h): the tables' cells in the order
+  // they were laid out, the letters of a run of statements, and the
+  // document's identity.
+  std::vector<TableCells> tables;
+  std::vector<Letter> letters;
+  DocumentIdentity identity;
 };
 
 }  // namespace orv::render

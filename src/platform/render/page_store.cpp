@@ -438,6 +438,14 @@ PageStore& PageStore::operator=(std::vector<Page> pages) {
   return *this;
 }
 
+void PageStore::resize(size_t n) {
+  while (slots_.size() > n) {
+    packed_bytes_ -= slots_.back().packed.size();
+    slots_.pop_back();
+  }
+  while (slots_.size() < n) push_back(Page{});
+}
+
 Page& PageStore::operator[](size_t i) {
   Slot& slot = slots_.at(i);
   if (slot.sealed) {
