@@ -417,8 +417,9 @@ TEST_F(ClaimForm, FrenchFormAnswersOtherCoverageNonAndKeepsTheEmployerRowOpen) {
     auto t = std::get_if<render::TextRun>(&item);
     if (!t) continue;
     if (t->text.find("Lien de parent") != std::string::npos) ++relationship_labels;
-    if (t->text.find("Lien de parent") != std::string::npos || t->text.find("Dependant Code") == 0)
+    if (t->text.find("Lien de parent") != std::string::npos || t->text.find("Dependant Code") == 0) {
       EXPECT_FLOAT_EQ(t->size_pt, 8) << t->text;
+    }
   }
   EXPECT_EQ(relationship_labels, 1);
 }
