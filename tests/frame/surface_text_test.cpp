@@ -101,6 +101,12 @@ TEST(TextLayout, TabsAdvanceToTheNextHalfInchStop) {
     EXPECT_EQ(lines[0].width, Twips(800)) << text;
     EXPECT_EQ(lines[1].segments[0].x, Twips(0)) << text;
   }
+  // With nothing behind them on their line such tabs vanish: no empty line.
+  for (auto [text, count] : {std::pair{"abcdefgh\t", 1u}, std::pair{"abcdefgh\t\t\r\nij", 2u}}) {
+    auto lines = BreakLines(text, Fixed, Twips(1000), Twips(1000));
+    ASSERT_EQ(lines.size(), count) << text;
+    EXPECT_EQ(lines[0].width, Twips(800)) << text;
+  }
   for (const auto& c : cases) {
     auto lines = BreakLines(c.text, Fixed, Twips(10000), Twips(10000));
     ASSERT_EQ(lines.size(), 1u);
