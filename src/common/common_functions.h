@@ -10,7 +10,13 @@
 // number and TimeToInt of a value that does not format as a time raise
 // ReportError to the caller.
 //
-// ReturnValue and ReturnList need the database and live with it.
+// The routines of the class that need the database live with it
+// (platform/db/lookup.h): ReturnValue, both ReturnList, ResetRecordset and
+// ReturnName. CheckVersion asks its question through the host's services
+// and lives with them (platform/host/version_check.h). The window routines
+// have no windows to work on here, and the character table of
+// ConvertToAscii belongs to the host's data exchange: neither is part of
+// this component.
 #pragma once
 
 #include <cstdint>
