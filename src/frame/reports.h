@@ -132,6 +132,10 @@ class clsReports {
   // Progress notes not complete whose reminder date has come (Type above
   // 1), by doctor; previewed.
   void rptProgressNotesList();
+  // The progress notes of the filter ("" or "0": every note) in full, each
+  // with its treatment details; previewed. An error shows the notes'
+  // message and ends the run.
+  void rptProgressNotes(std::string txtfilter, std::string UserName);
   // One page per memo of the filter ("" or "0": all), printed.
   void rptMemos(std::string txtfilter, DateTime printDate, std::string UserName);
   // One prescription with its lines, printed; sets the patient's office.
