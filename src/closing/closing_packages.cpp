@@ -166,6 +166,21 @@ void HygieneSection(clsReports& r, Package& package, DateTime dtStart, DateTime 
   r.srptHygieneCompanyReport(dtStart, dtEnd, "(" + hygienists + ")");
 }
 
+// Paper and table borders of a package. Most sections draw their tables
+// in whatever border the surface holds, so the package starts from the
+// office's choice (setting TableBorder, none by default) rather than from
+// what the last report on this form left behind: the same package then
+// lays out alike on every run.
+void PackagePaper(frame::PrintSurface& vsp) {
+  closing::HalfInchPortrait(vsp);
+  vsp.TableBorder(static_cast<int>(vb::Val(host::AppSettings().Get("Settings", "TableBorder", "0"))));
+  vsp.TableHeaderRows(1);
+  vsp.FontName("Tahoma");
+  vsp.FontBold(false);
+  vsp.FontSize(10);
+  vsp.TextAlign(0);
+}
+
 // The workstation's choice of the reconciliation at the end of the
 // month-end package; off unless set.
 bool ReconciliationWanted(clsReports& r) {
@@ -207,7 +222,7 @@ void clsReports::rptDayEndReport(bool DetailedAnalysis, bool AppliedPayments,
     const std::string id_filter = vb::Replace(ProviderNames, "ProviderID", "ID");
 
     // 2. One document for every section.
-    closing::HalfInchPortrait(vsp);
+    PackagePaper(vsp);
     vsp.StartDoc();
     vsp.DocName("Day End Report");
     Package package(*this, UserName);
@@ -301,7 +316,7 @@ void clsReports::rptMonthEndReport(bool DetailedAnalysis, bool SummaryAnalysis, 
 
     // 2. One document; the month-end package keeps the name of the last
     // section until its end.
-    closing::HalfInchPortrait(vsp);
+    PackagePaper(vsp);
     vsp.StartDoc();
     Package package(*this, UserName);
 
