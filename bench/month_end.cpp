@@ -36,7 +36,8 @@ int main(int argc, char** argv) {
   reports.OfficeID = 1;
   std::string providers;
   for (int id = 2; id <= 15; ++id) {
-    providers += (providers.empty() ? "" : " OR ") + std::string("ProviderID = ") + std::to_string(id);
+    providers +=
+        (providers.empty() ? "" : " OR ") + std::string("ProviderID = ") + std::to_string(id);
   }
   const DateTime start = DateTime::FromParts(2026, 10, 1);
   const DateTime end = DateTime::FromParts(2026, 10, 31);

@@ -123,8 +123,8 @@ void SummaryPerProvider(clsReports& r, DateTime dtStart, DateTime dtEnd,
   const std::vector<std::string> parts = OrTerms(id_filter);
   for (const std::string& part : parts) {
     const size_t eq = part.find('=');
-    const int32_t id =
-        static_cast<int32_t>(cf.ReturnVal(Variant(eq == std::string::npos ? part : part.substr(eq + 1))));
+    const int32_t id = static_cast<int32_t>(
+        cf.ReturnVal(Variant(eq == std::string::npos ? part : part.substr(eq + 1))));
     const Variant key(id);
     const std::string last = cf.returnStr(r.ReturnLookupValue("Employees", "ID", key, "LastName"));
     const std::string first =
@@ -135,8 +135,7 @@ void SummaryPerProvider(clsReports& r, DateTime dtStart, DateTime dtEnd,
   // A single provider's table already is the practice's total for the
   // selection: no second table with the same figures.
   if (parts.size() > 1) {
-    r.srptSummaryAnalysis(dtStart, dtEnd, id_filter, Byoption, kPracticeTotals,
-                          byAllocatedPayment);
+    r.srptSummaryAnalysis(dtStart, dtEnd, id_filter, Byoption, kPracticeTotals, byAllocatedPayment);
   }
 }
 
@@ -173,7 +172,8 @@ void HygieneSection(clsReports& r, Package& package, DateTime dtStart, DateTime 
 // lays out alike on every run.
 void PackagePaper(frame::PrintSurface& vsp) {
   closing::HalfInchPortrait(vsp);
-  vsp.TableBorder(static_cast<int>(vb::Val(host::AppSettings().Get("Settings", "TableBorder", "0"))));
+  vsp.TableBorder(
+      static_cast<int>(vb::Val(host::AppSettings().Get("Settings", "TableBorder", "0"))));
   vsp.TableHeaderRows(1);
   vsp.FontName("Tahoma");
   vsp.FontBold(false);
@@ -204,11 +204,11 @@ void clsReports::SectionProviderHeader(const std::string& IDFilter) {
 void clsReports::rptDayEndReport(bool DetailedAnalysis, bool AppliedPayments,
                                  bool ProductionSummary, bool BankDeposit, bool CashIn,
                                  bool CashInAdjustment, bool IncompleteInvoices,
-                                 bool UnAppliedPayments, bool NewPatient,
-                                 bool ProductionByProvider, bool EDI, DateTime dtStart,
-                                 DateTime dtEnd, int16_t Byoption, std::string UserName,
-                                 std::string ProviderNames, bool byAllocatedPayment,
-                                 std::string AccountID, bool SummaryAnalysis) {
+                                 bool UnAppliedPayments, bool NewPatient, bool ProductionByProvider,
+                                 bool EDI, DateTime dtStart, DateTime dtEnd, int16_t Byoption,
+                                 std::string UserName, std::string ProviderNames,
+                                 bool byAllocatedPayment, std::string AccountID,
+                                 bool SummaryAnalysis) {
   const db::Snapshot snapshot(conn_);
   Trap(kPackageTrap, [&] {
     frame::PrintSurface& vsp = VSP();
@@ -244,8 +244,7 @@ void clsReports::rptDayEndReport(bool DetailedAnalysis, bool AppliedPayments,
       package.Section("Summary Analysis", "", "Summary Analysis");
       PrintSummaryReading(vsp, byAllocatedPayment, Byoption);
       SectionProviderHeader(id_filter);
-      srptSummaryAnalysis(dtStart, dtEnd, id_filter, Byoption, kPracticeTotals,
-                          byAllocatedPayment);
+      srptSummaryAnalysis(dtStart, dtEnd, id_filter, Byoption, kPracticeTotals, byAllocatedPayment);
     }
     if (BankDeposit) {
       package.Section("Bank Deposit Slip", "", "Bank Deposit Report");
@@ -298,9 +297,8 @@ void clsReports::rptMonthEndReport(bool DetailedAnalysis, bool SummaryAnalysis, 
                                    bool HygieneCompany, DateTime dtStart, DateTime dtEnd,
                                    int16_t Byoption, std::string UserName,
                                    std::string ProviderNames, bool byAllocatedPayment,
-                                   bool Unapplied, bool Applied, bool Production,
-                                   bool NewPatients, std::string AccountID,
-                                   bool blnProviderSummary) {
+                                   bool Unapplied, bool Applied, bool Production, bool NewPatients,
+                                   std::string AccountID, bool blnProviderSummary) {
   const db::Snapshot snapshot(conn_);
   Trap(kPackageTrap, [&] {
     frame::PrintSurface& vsp = VSP();
@@ -338,9 +336,9 @@ void clsReports::rptMonthEndReport(bool DetailedAnalysis, bool SummaryAnalysis, 
       srptNewPatientReport(dtStart, dtEnd);
     }
     if (AR) {
-      // The aged list heads itself. It is handed the by-provider view
-      // whatever the package's view: it has no date view of its own, and
-      // ages by provider under the date view as the balance lists do.
+      // The aged list heads itself. The package asks it for the date view
+      // (3), which the list does not have: it reads that as the provider
+      // view (0), as the balance lists read their view 3, so 0 is passed.
       package.SelfHeadedSection("Accounts Receivable");
       srptAccountReceivable(dtEnd, 0, ProviderNames, UserName);
     }

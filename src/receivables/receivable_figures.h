@@ -83,7 +83,6 @@ struct UnappliedFigures {
   Currency total;  // "Total Unapplied Payments: "
 };
 
-UnappliedFigures UnappliedPaymentFigures(clsReports& r, DateTime dtEndDate,
-                                         std::string strFilter);
+UnappliedFigures UnappliedPaymentFigures(clsReports& r, DateTime dtEndDate, std::string strFilter);
 
 }  // namespace orv::receivables

@@ -20,12 +20,18 @@ namespace orv::receivables {
 
 namespace {
 
-Currency Magnitude(Currency c) { return c < Currency() ? -c : c; }
+Currency Magnitude(Currency c) {
+  return c < Currency() ? -c : c;
+}
 
 // Zero to the cent: what a printed figure would show as 0.00.
-bool ZeroToTheCent(Currency c) { return Round(c, 2).IsZero(); }
+bool ZeroToTheCent(Currency c) {
+  return Round(c, 2).IsZero();
+}
 
-std::string Money(Currency c) { return Format(Variant(c), "Currency"); }
+std::string Money(Currency c) {
+  return Format(Variant(c), "Currency");
+}
 
 // One record behind a known cause, and its amount.
 struct CauseItem {
@@ -76,19 +82,22 @@ std::vector<std::string> KnownCauses(clsReports& r, DateTime dtEnd,
     if (told && !items.empty()) causes.push_back(CauseLine(text, items));
   };
 
-  db::Recordset invoices = r.Open(
+  // Each date test of the three readings: by the end of the day.
+  const std::string by_end = " <= '" + D + "'";
+  const std::string invoice_sql =
       "SELECT Invoices.ID, Invoices.[Invoice#], Invoices.InvoiceTotal, Invoices.[Complete?], "
-      "Invoices.Cancelled, Invoices.InvoiceFinalTotal, Invoices.FinalDate, Patient.LastName + ', ' "
-      "+ Patient.FirstName AS PatientName,"
-      " ISNULL((SELECT SUM(Cost) FROM InvoiceDetails WHERE InvoiceDetails.InvoiceID = Invoices.ID "
-      "AND InvoiceDetails.Status = 'Complete' AND InvoiceDetails.EntryDate <= '" + D + "'), 0) AS Lines,"
-      " ISNULL((SELECT SUM(Amount) FROM InvoicePaymentDetails WHERE "
-      "InvoicePaymentDetails.InvoiceID = Invoices.ID AND InvoicePaymentDetails.[Date] <= '" + D +
-      "'), 0) AS Paid"
-      " FROM Invoices INNER JOIN Patient ON Patient.ID = Invoices.PatientID"
-      " WHERE Invoices.[Date] <= '" + D + "' AND NOT Invoices.InvoiceTotal IS NULL"
-      " ORDER BY Invoices.ID",
-      db::adOpenForwardOnly);
+      "Invoices.Cancelled, Invoices.InvoiceFinalTotal, Invoices.FinalDate, "
+      "Patient.LastName + ', ' + Patient.FirstName AS PatientName, "
+      "ISNULL((SELECT SUM(Cost) FROM InvoiceDetails "
+      "WHERE InvoiceDetails.InvoiceID = Invoices.ID AND InvoiceDetails.Status = 'Complete' "
+      "AND InvoiceDetails.EntryDate" + by_end + "), 0) AS Lines, "
+      "ISNULL((SELECT SUM(Amount) FROM InvoicePaymentDetails "
+      "WHERE InvoicePaymentDetails.InvoiceID = Invoices.ID "
+      "AND InvoicePaymentDetails.[Date]" + by_end + "), 0) AS Paid "
+      "FROM Invoices INNER JOIN Patient ON Patient.ID = Invoices.PatientID "
+      "WHERE Invoices.[Date]" + by_end + " AND NOT Invoices.InvoiceTotal IS NULL "
+      "ORDER BY Invoices.ID";
+  db::Recordset invoices = r.Open(invoice_sql, db::adOpenForwardOnly);
   std::vector<CauseItem> cancelled, unlike_lines, incomplete, settled;
   while (!invoices.Eof()) {
     const Currency total = cf.ReturnCur(invoices["InvoiceTotal"].Value());
@@ -109,15 +118,15 @@ std::vector<std::string> KnownCauses(clsReports& r, DateTime dtEnd,
             {who + ", " + Money(total) + " (complete lines " + Money(lines) + ")", total - lines});
       }
     } else if (complete && !ZeroToTheCent(total - lines)) {
-      unlike_lines.push_back({who + ", " + Money(total) + " against lines of " + Money(lines),
-                              total - lines});
+      unlike_lines.push_back(
+          {who + ", " + Money(total) + " against lines of " + Money(lines), total - lines});
     }
     if (!complete && !settled_by_end && !total.IsZero()) {
       incomplete.push_back({who + ", " + Money(total), total});
     }
     if (complete && settled_by_end && !ZeroToTheCent(total - paid)) {
-      settled.push_back({who + ", " + Money(total) + " with shares of " + Money(paid),
-                         total - paid});
+      settled.push_back(
+          {who + ", " + Money(total) + " with shares of " + Money(paid), total - paid});
     }
     invoices.MoveNext();
   }
@@ -128,27 +137,27 @@ std::vector<std::string> KnownCauses(clsReports& r, DateTime dtEnd,
   add("Complete invoices whose total is not the sum of their complete lines entered by the day "
       "(the aged list reads the lines, the other figures the invoice)",
       unlike_lines, {kBalancesNet, kListsOwed});
-  add("Invoices not complete, which only the balance lists count", incomplete,
-      {kListsOwed});
+  add("Invoices not complete, which only the balance lists count", incomplete, {kListsOwed});
   add("Invoices settled by the day without being paid to their total, which the balance lists "
       "leave out and the patient balances still count",
       settled, {kBalancesNet, kListsOwed});
 
-  db::Recordset payments = r.Open(
+  const std::string payment_sql =
       "SELECT InvoicePayments.ID, InvoicePayments.[Value], InvoicePayments.TotalToCredit, "
-      "InvoicePayments.CancellationDate, InvoicePayments.RefundAmount, InvoicePayments.RefundDate, "
-      "PaymentTypes.[Adjustment?], PaymentTypes.OfficePayment,"
-      " (SELECT LastName + ', ' + FirstName FROM Patient WHERE Patient.ID = "
-      "InvoicePayments.PatientID) AS PatientName,"
-      " ISNULL((SELECT SUM(Amount) FROM InvoicePaymentDetails WHERE "
-      "InvoicePaymentDetails.InvoicePaymentID = InvoicePayments.ID AND InvoicePaymentDetails.[Date] "
-      "<= '" + D + "'), 0) AS Shares,"
-      " ISNULL((SELECT SUM(Amount) FROM InvoicePaymentAllocations WHERE "
-      "InvoicePaymentAllocations.InvoicePaymentID = InvoicePayments.ID AND "
-      "InvoicePaymentAllocations.AppliedDate <= '" + D + "'), 0) AS Allocated"
-      " FROM InvoicePayments INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = "
-      "PaymentTypes.ID WHERE InvoicePayments.CheckDate <= '" + D + "' ORDER BY InvoicePayments.ID",
-      db::adOpenForwardOnly);
+      "InvoicePayments.CancellationDate, InvoicePayments.RefundAmount, "
+      "InvoicePayments.RefundDate, PaymentTypes.[Adjustment?], PaymentTypes.OfficePayment, "
+      "(SELECT LastName + ', ' + FirstName FROM Patient "
+      "WHERE Patient.ID = InvoicePayments.PatientID) AS PatientName, "
+      "ISNULL((SELECT SUM(Amount) FROM InvoicePaymentDetails "
+      "WHERE InvoicePaymentDetails.InvoicePaymentID = InvoicePayments.ID "
+      "AND InvoicePaymentDetails.[Date]" + by_end + "), 0) AS Shares, "
+      "ISNULL((SELECT SUM(Amount) FROM InvoicePaymentAllocations "
+      "WHERE InvoicePaymentAllocations.InvoicePaymentID = InvoicePayments.ID "
+      "AND InvoicePaymentAllocations.AppliedDate" + by_end + "), 0) AS Allocated "
+      "FROM InvoicePayments "
+      "INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = PaymentTypes.ID "
+      "WHERE InvoicePayments.CheckDate" + by_end + " ORDER BY InvoicePayments.ID";
+  db::Recordset payments = r.Open(payment_sql, db::adOpenForwardOnly);
   std::vector<CauseItem> cancelled_money, adjustments, refunds, over_applied, shares_apart,
       recorded_credit;
   while (!payments.Eof()) {
@@ -182,14 +191,14 @@ std::vector<std::string> KnownCauses(clsReports& r, DateTime dtEnd,
       if (!refund.IsZero()) refunds.push_back({who + ", " + Money(refund), refund});
     }
     if (!ZeroToTheCent(shares - allocated)) {
-      shares_apart.push_back({who + ", shares " + Money(shares) + ", allocations " +
-                                  Money(allocated),
-                              shares - allocated});
+      shares_apart.push_back(
+          {who + ", shares " + Money(shares) + ", allocations " + Money(allocated),
+           shares - allocated});
     }
     const Currency recorded = cf.ReturnCur(payments["TotalToCredit"].Value());
     if (!ZeroToTheCent(recorded - left)) {
-      recorded_credit.push_back({who + ", recorded " + Money(recorded) + ", left " + Money(left),
-                                 recorded - left});
+      recorded_credit.push_back(
+          {who + ", recorded " + Money(recorded) + ", left " + Money(left), recorded - left});
     }
     payments.MoveNext();
   }
@@ -221,7 +230,9 @@ Currency PatientDifference::Largest() const {
   return Magnitude(b) > Magnitude(a) ? b : a;
 }
 
-bool ReconciliationCheck::Agrees() const { return ZeroToTheCent(difference); }
+bool ReconciliationCheck::Agrees() const {
+  return ZeroToTheCent(difference);
+}
 
 std::vector<ReconciliationCheck> ReconciliationChecks(const ReconciliationFigures& f) {
   const Currency aged_net = f.aged.Balance();
@@ -230,8 +241,7 @@ std::vector<ReconciliationCheck> ReconciliationChecks(const ReconciliationFigure
       {"Patient Balances: Net against Aged Receivables", f.patient_balances - aged_net},
       {"Balance Lists: Owed against Aged Receivables", f.office_totals - f.aged.debit},
       {"Balance Lists: Credit against Aged Receivables", f.unapplied - f.aged.credit},
-      {"Balance Lists: Net against Aged Receivables",
-       (f.office_totals - f.unapplied) - aged_net},
+      {"Balance Lists: Net against Aged Receivables", (f.office_totals - f.unapplied) - aged_net},
       {"Age classes (0-30, 31-60, 61-90, > 90) against Owed", classes - f.aged.debit},
   };
 }
@@ -286,7 +296,8 @@ ReconciliationFigures ReconcileReceivables(clsReports& r, DateTime dtEnd) {
 
   // 3. Where anything parts, the records that explain it.
   std::vector<bool> differs;
-  for (const ReconciliationCheck& check : ReconciliationChecks(f)) differs.push_back(!check.Agrees());
+  for (const ReconciliationCheck& check : ReconciliationChecks(f))
+    differs.push_back(!check.Agrees());
   const bool all_agree =
       f.differences.empty() && std::find(differs.begin(), differs.end(), true) == differs.end();
   if (!all_agree) f.causes = KnownCauses(r, dtEnd, differs);
@@ -307,12 +318,12 @@ void PrintReconciliation(clsReports& r, const ReconciliationFigures& f,
   // reading gives them. The patient balances have no owed and credit of
   // their own.
   const Currency aged_net = f.aged.Balance();
-  vsp.AddTable("<1.6in|>1.9in|>1.9in|>1.9in", "Figure|Aged Receivables|Patient Balances|Balance Lists",
-               "Owed|" + Money(f.aged.debit) + "|-|" + Money(f.office_totals) + ";Credit|" +
-                   Money(f.aged.credit) + "|-|" + Money(f.unapplied) + ";Net|" + Money(aged_net) +
-                   "|" + Money(f.patient_balances) + "|" + Money(f.office_totals - f.unapplied) +
-                   ";",
-               kHeaderColor);
+  vsp.AddTable(
+      "<1.6in|>1.9in|>1.9in|>1.9in", "Figure|Aged Receivables|Patient Balances|Balance Lists",
+      "Owed|" + Money(f.aged.debit) + "|-|" + Money(f.office_totals) + ";Credit|" +
+          Money(f.aged.credit) + "|-|" + Money(f.unapplied) + ";Net|" + Money(aged_net) + "|" +
+          Money(f.patient_balances) + "|" + Money(f.office_totals - f.unapplied) + ";",
+      kHeaderColor);
   vsp.Text("");
 
   const std::vector<ReconciliationCheck> checks = ReconciliationChecks(f);

@@ -49,12 +49,10 @@ class ClosingPackages : public ClosingTest {
          adjustment = false, incomplete = false, unapplied = false, new_patient = false,
          by_provider = false, edi = false, summary = false;
   };
-  void DayEnd(const DayEndFlags& f, const std::string& providers = kAllThree,
-              int16_t view = 0) {
-    reports.rptDayEndReport(f.detailed, f.applied, f.production, f.deposit, f.cash_in,
-                            f.adjustment, f.incomplete, f.unapplied, f.new_patient, f.by_provider,
-                            f.edi, Feb(20), Feb(20), view, "dana", providers, false, "",
-                            f.summary);
+  void DayEnd(const DayEndFlags& f, const std::string& providers = kAllThree, int16_t view = 0) {
+    reports.rptDayEndReport(f.detailed, f.applied, f.production, f.deposit, f.cash_in, f.adjustment,
+                            f.incomplete, f.unapplied, f.new_patient, f.by_provider, f.edi, Feb(20),
+                            Feb(20), view, "dana", providers, false, "", f.summary);
   }
   struct MonthEndFlags {
     bool detailed = false, summary = false, ar = false, cash_in = false, adjustment = false,
@@ -76,15 +74,23 @@ class ClosingPackages : public ClosingTest {
 // "Summary Analysis Report" second to the hygiene section in the month-end.
 TEST_F(ClosingPackages, SectionsComeInTheirFixedOrder) {
   reports.OfficeID = 1;
-  Exec("INSERT INTO OfficeHygieneCompanyCodes (OfficeID, Startcode, EndCode) VALUES "
-       "(1, '11101', '11101');");
+  Exec(
+      "INSERT INTO OfficeHygieneCompanyCodes (OfficeID, Startcode, EndCode) VALUES "
+      "(1, '11101', '11101');");
   DayEnd({true, true, true, true, true, true, true, true, true, true, true, true});
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  const std::vector<std::string> day_end = {
-      "Day End Report - Detailed Analysis", "Applied Payments Report", "Production Report",
-      "Summary Analysis", "Bank Deposit Slip", "Cash In Detailed Report", "Adjustment Report",
-      "Incomplete Invoices Report", "Unapplied Payments Report", "New Patient Report",
-      "Production by Provider", "EDI Transaction Report"};
+  const std::vector<std::string> day_end = {"Day End Report - Detailed Analysis",
+                                            "Applied Payments Report",
+                                            "Production Report",
+                                            "Summary Analysis",
+                                            "Bank Deposit Slip",
+                                            "Cash In Detailed Report",
+                                            "Adjustment Report",
+                                            "Incomplete Invoices Report",
+                                            "Unapplied Payments Report",
+                                            "New Patient Report",
+                                            "Production by Provider",
+                                            "EDI Transaction Report"};
   EXPECT_EQ(TitleTexts(), day_end);
   // Each section begins a page of its own, in order (a section may run on).
   int last_page = 0;
@@ -98,10 +104,12 @@ TEST_F(ClosingPackages, SectionsComeInTheirFixedOrder) {
   MonthEnd({true, true, true, true, true, true, true, true, true, true, true, true});
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   const std::vector<std::string> month_end = {
-      "Detailed Analysis Report", "Summary Analysis Report", "New Patient Report",
-      "Accounts Receivable for the Practice", "Cash In Summary Report", "Adjustment Report",
-      "Incomplete Invoices Report", "Unapplied Payments Report", "Applied Payments Report",
-      "Production Summary Report", "Hygiene Company Report", "Provider Summary Report"};
+      "Detailed Analysis Report",   "Summary Analysis Report",
+      "New Patient Report",         "Accounts Receivable for the Practice",
+      "Cash In Summary Report",     "Adjustment Report",
+      "Incomplete Invoices Report", "Unapplied Payments Report",
+      "Applied Payments Report",    "Production Summary Report",
+      "Hygiene Company Report",     "Provider Summary Report"};
   EXPECT_EQ(TitleTexts(), month_end);
   last_page = 0;
   for (const Title& t : Titles()) {
@@ -149,16 +157,36 @@ TEST_F(ClosingPackages, NewPageOnlyAfterSomethingWasDrawn) {
     std::vector<int> pages;
   } const cases[] = {
       {"the first section on the first page",
-       [] { MonthEndFlags f; f.new_patients = true; return f; }(), kAllThree,
-       {"New Patient Report"}, {1}},
+       [] {
+         MonthEndFlags f;
+         f.new_patients = true;
+         return f;
+       }(),
+       kAllThree,
+       {"New Patient Report"},
+       {1}},
       {"each drawn section on a page of its own",
-       [] { MonthEndFlags f; f.new_patients = true; f.incomplete = true; return f; }(),
-       kAllThree, {"New Patient Report", "Incomplete Invoices Report"}, {1, 2}},
+       [] {
+         MonthEndFlags f;
+         f.new_patients = true;
+         f.incomplete = true;
+         return f;
+       }(),
+       kAllThree,
+       {"New Patient Report", "Incomplete Invoices Report"},
+       {1, 2}},
       // Bell is no hygienist: the hygiene section is skipped and draws
       // nothing, so the provider summary still opens page 1.
       {"after a section that drew nothing",
-       [] { MonthEndFlags f; f.hygiene = true; f.provider_summary = true; return f; }(),
-       "ProviderID = 11", {"Provider Summary Report"}, {1}},
+       [] {
+         MonthEndFlags f;
+         f.hygiene = true;
+         f.provider_summary = true;
+         return f;
+       }(),
+       "ProviderID = 11",
+       {"Provider Summary Report"},
+       {1}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);

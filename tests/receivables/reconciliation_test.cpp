@@ -13,6 +13,8 @@
 // Balance 45. Patient balances: Claire 150 - 60 = 90, Priya 80 - 80 - 20 =
 // -20, Seamus -25: 45. Balance lists: Claire owes 90 on 701; the unapplied
 // list holds 802's 20 and 803's 25: 45.
+#include "receivables/reconciliation.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -20,7 +22,6 @@
 
 #include "common/currency.h"
 #include "platform/host/settings.h"
-#include "receivables/reconciliation.h"
 #include "receivables_fixture.h"
 
 namespace orv::testing {
@@ -164,9 +165,10 @@ TEST_F(Reconciliation, CancelledCompleteInvoiceIsFlaggedByItsAmount) {
   EXPECT_TRUE(Has("1 patient differs:"));
   EXPECT_TRUE(Has("Singh, Arjun $0.00 $55.00 $55.00 $55.00")) << Text();
   EXPECT_FALSE(Has("Tremblay, Claire $"));
-  EXPECT_TRUE(Has("Cancelled invoices, which the patient balances and the balance lists still "
-                  "count at their total and the aged list by their complete lines: 1, $55.00. "
-                  "invoice #1703, Singh, Arjun, $55.00 (complete lines $0.00)."))
+  EXPECT_TRUE(
+      Has("Cancelled invoices, which the patient balances and the balance lists still "
+          "count at their total and the aged list by their complete lines: 1, $55.00. "
+          "invoice #1703, Singh, Arjun, $55.00 (complete lines $0.00)."))
       << Text();
   // The other causes do not apply to these books.
   EXPECT_FALSE(Has("Refunds")) << Text();
@@ -181,12 +183,13 @@ TEST_F(Reconciliation, LargestDifferencesFirst) {
     // An invoice without lines: the patient balances and the balance
     // lists count it, the aged list does not.
     rows += "INSERT INTO Patient (ID, FirstName, LastName, FullName) VALUES (" +
-            std::to_string(id) + ", 'P', 'N" + std::to_string(id) + "', 'N" +
-            std::to_string(id) + ", P');";
-    rows += "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Complete?], InvoiceTotal, "
-            "IsAssignment) VALUES (" +
-            std::to_string(id) + ", " + std::to_string(id) + ", " + std::to_string(id) +
-            ", '2026-11-03 00:00:00', 1, " + std::to_string(10 + i) + ", 0);";
+            std::to_string(id) + ", 'P', 'N" + std::to_string(id) + "', 'N" + std::to_string(id) +
+            ", P');";
+    rows +=
+        "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Complete?], InvoiceTotal, "
+        "IsAssignment) VALUES (" +
+        std::to_string(id) + ", " + std::to_string(id) + ", " + std::to_string(id) +
+        ", '2026-11-03 00:00:00', 1, " + std::to_string(10 + i) + ", 0);";
   }
   Exec(rows);
   const receivables::ReconciliationFigures f =
