@@ -273,5 +273,19 @@ TEST_F(ClosingPackages, TrapLeavesTheDocumentAsFarAsItGot) {
   EXPECT_EQ(form.ShowCount(), 0);
 }
 
+// The aged list of the package covers the chosen providers: with all
+// three chosen it is the whole practice's list, row for row.
+TEST_F(ClosingPackages, AgedListCoversTheChosenProviders) {
+  reports.srptAccountReceivable(Feb(28), 0, "", "dana");
+  const std::vector<std::string> whole = LinesWith(", ");
+  const std::string balances = LineWith("Balances ");
+  ASSERT_NE(balances, "");
+  MonthEndFlags flags;
+  flags.ar = true;
+  MonthEnd(flags, kAllThree);
+  EXPECT_EQ(LineWith("Balances "), balances);
+  EXPECT_EQ(LinesWith(", "), whole);
+}
+
 }  // namespace
 }  // namespace orv::testing
