@@ -113,7 +113,7 @@ TEST(PostgresEngine, SnapshotHoldsWhileOthersWriteAndWritesGoThrough) {
   Connection conn(server.url());
   auto count = [&] {
     auto rows = conn.Query("SELECT COUNT(*) AS n FROM Invoices");
-    return CLng(rows->rows.at(0).at(0));
+    return CLng(rows->Get(0, 0));
   };
   {
     Snapshot snapshot(conn);
@@ -134,7 +134,7 @@ TEST(PostgresEngine, SnapshotHoldsWhileOthersWriteAndWritesGoThrough) {
   }
   EXPECT_EQ(count(), 5);  // the snapshot is over
   auto rows = conn.Query("SELECT Notes FROM Invoices WHERE ID = 2");
-  EXPECT_NE(CStr(rows->rows.at(0).at(0)), "half");
+  EXPECT_NE(CStr(rows->Get(0, 0)), "half");
 }
 
 // An UPDATE moves the row it changes to the end of the server's heap, where
@@ -155,15 +155,15 @@ TEST(PostgresEngine, UnorderedQueriesKeepKeyOrderAfterAnUpdate) {
   Connection conn(server.url());
   auto invoices = conn.Query("SELECT ID, Notes FROM Invoices WHERE ID <> 5");
   std::vector<long> ids;
-  for (const auto& row : invoices->rows) ids.push_back(CLng(row.at(0)));
+  for (size_t r = 0; r < invoices->RowCount(); ++r) ids.push_back(CLng(invoices->Get(r, 0)));
   EXPECT_EQ(ids, (std::vector<long>{1, 2, 6}));
   auto grouped = conn.Query("SELECT PatientID, COUNT(*) AS n FROM Invoices GROUP BY PatientID");
-  const auto& groups = grouped->rows;
-  ASSERT_EQ(groups.size(), 3u);
-  EXPECT_TRUE(groups[0].at(0).IsNull());
-  EXPECT_EQ(CLng(groups[1].at(0)), 7);
-  EXPECT_EQ(CLng(groups[1].at(1)), 2);
-  EXPECT_EQ(CLng(groups[2].at(0)), 8);
+  const auto& groups = *grouped;
+  ASSERT_EQ(groups.RowCount(), 3u);
+  EXPECT_TRUE(groups.Get(0, 0).IsNull());
+  EXPECT_EQ(CLng(groups.Get(1, 0)), 7);
+  EXPECT_EQ(CLng(groups.Get(1, 1)), 2);
+  EXPECT_EQ(CLng(groups.Get(2, 0)), 8);
 }
 
 // The server keeps 63 bytes of a name: two index names alike in their
