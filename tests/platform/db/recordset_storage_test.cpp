@@ -73,6 +73,14 @@ std::string Shown(const Variant& v) {
   }
 }
 
+// One field of the row at a 1-based position, as Shown gives it.
+struct FieldCase {
+  const char* name;
+  long position;
+  const char* field;
+  const char* shown;
+};
+
 // The current row onwards, one field, as texts; leaves the recordset at EOF.
 std::string Walk(Recordset& rs, const char* field) {
   std::string out;
@@ -81,12 +89,7 @@ std::string Walk(Recordset& rs, const char* field) {
 }
 
 TEST(RecordsetStorage, ValuesReadBackAsStored) {
-  struct Case {
-    const char* name;
-    int id;
-    const char* field;
-    const char* shown;
-  } cases[] = {
+  const FieldCase cases[] = {
       {"Null text", 1, "Note", "Null"},
       {"empty text is no Null", 2, "Note", "text[]"},
       {"trailing blanks kept", 3, "Note", "text[Côté  ]"},
@@ -106,7 +109,7 @@ TEST(RecordsetStorage, ValuesReadBackAsStored) {
     rs.Open("SELECT ID, Note, Amount, Seen, Logo FROM Notes ORDER BY ID", conn, adOpenStatic, adLockReadOnly);
     for (const auto& c : cases) {
       SCOPED_TRACE(c.name);
-      rs.AbsolutePosition(c.id);
+      rs.AbsolutePosition(c.position);
       EXPECT_EQ(Shown(rs[c.field].Value()), c.shown);
     }
     // The field sizes follow the stored bytes, not a padded width.
@@ -258,12 +261,7 @@ TEST(RecordsetStorage, FabricatedRowsAddedChangedAndCancelled) {
   rs.CancelUpdate();
   EXPECT_EQ(rs.RecordCount(), 3);
 
-  struct Case {
-    const char* name;
-    int row;
-    const char* field;
-    const char* shown;
-  } cases[] = {
+  const FieldCase cases[] = {
       {"text as given", 1, "Name", "text[Hélène]"},
       {"empty text stays text", 2, "Name", "text[]"},
       {"Null stays Null", 3, "Name", "Null"},
@@ -275,7 +273,7 @@ TEST(RecordsetStorage, FabricatedRowsAddedChangedAndCancelled) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    rs.AbsolutePosition(c.row);
+    rs.AbsolutePosition(c.position);
     EXPECT_EQ(Shown(rs[c.field].Value()), c.shown);
   }
 
