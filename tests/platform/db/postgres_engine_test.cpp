@@ -137,6 +137,47 @@ TEST(PostgresEngine, SnapshotHoldsWhileOthersWriteAndWritesGoThrough) {
   EXPECT_NE(CStr(rows->Get(0, 0)), "half");
 }
 
+// Rows come off the session one at a time. A statement run while another's
+// rows are still coming (a lookup per row of a listing) must leave the
+// listing whole; one dropped half-way, or failing half-way, must leave the
+// session free for the next.
+TEST(PostgresEngine, StatementsInterleaveOnOneSession) {
+  ORV_REQUIRE_POSTGRES();
+  TempDb source(kCopyPractice);
+  FreshPgDatabase server;
+  CopyDatabase(source.url(), server.url());
+  auto engine = OpenEngine(server.url());
+  auto count = [&](const std::string& sql) { return std::get<int64_t>(ReadOne(*engine, sql).storage()); };
+
+  auto listing = engine->Prepare("SELECT \"ID\" FROM \"Invoices\" ORDER BY \"ID\"", "listing");
+  auto lookup = engine->Prepare("SELECT COUNT(*) FROM \"Invoices\" WHERE \"ID\" <= $1", "lookup");
+  std::vector<int64_t> ids, below;
+  while (listing->Step()) {
+    ids.push_back(std::get<int64_t>(listing->Column(0).storage()));
+    lookup->Reset();
+    lookup->Bind(1, listing->Column(0));
+    ASSERT_TRUE(lookup->Step());
+    below.push_back(std::get<int64_t>(lookup->Column(0).storage()));
+  }
+  EXPECT_EQ(ids, (std::vector<int64_t>{1, 2, 5, 6}));
+  EXPECT_EQ(below, (std::vector<int64_t>{1, 2, 3, 4}));
+
+  auto dropped = engine->Prepare("SELECT \"ID\" FROM \"Invoices\"", "dropped");
+  ASSERT_TRUE(dropped->Step());
+  dropped->Reset();
+  EXPECT_EQ(count("SELECT COUNT(*) FROM \"Invoices\""), 4);
+
+  // Division by zero at the row of ID 5, after others may have come.
+  auto failing = engine->Prepare("SELECT 10 / (\"ID\" - 5) FROM \"Invoices\"", "failing");
+  EXPECT_THROW(
+      {
+        while (failing->Step()) {
+        }
+      },
+      DatabaseError);
+  EXPECT_EQ(count("SELECT COUNT(*) FROM \"Invoices\" WHERE \"ID\" > 1"), 3);
+}
+
 // An UPDATE moves the row it changes to the end of the server's heap, where
 // a plain scan finds it last. A report's query without ORDER BY still lists
 // the rows in key order, as on SQLite; its groups come in key order too.
