@@ -307,6 +307,22 @@ TEST_F(AppointmentReports, DaySheetOnePageAndOneMessage) {
   EXPECT_EQ(form.VSP.PageCount(), 1);
 }
 
+// A sheet that cannot be printed stops the run after the grid is drawn; the
+// host then still sees the day sheet's flag, and the next run that prints
+// clears it again.
+TEST_F(AppointmentReports, DaySheetFlagStaysSetWhenTheRunFails) {
+  std::vector<int32_t> providers = {501, 502};
+  form.SetPrintFile(db_file + ".missing-folder/sheet.pdf");
+  EXPECT_THROW(reports.rptDaySheet(D(2028, 2, 28), providers, "Tess", "Birch Street"), ReportError);
+  EXPECT_TRUE(form.IsDaySheet);
+  EXPECT_EQ(form.VSP.PageCount(), 1) << "the sheet was drawn before the print failed";
+  EXPECT_TRUE(host.messages.empty()) << "a failed print is not a cell the sheet resumes past";
+
+  form.SetPrintFile(db_file + ".printed.pdf");
+  reports.rptDaySheet(D(2028, 2, 28), providers, "Tess", "Birch Street");
+  EXPECT_FALSE(form.IsDaySheet);
+}
+
 // The slip: the first row only, the age by calendar years, the family's
 // other coming appointments without this one; no row gives the message.
 TEST_F(AppointmentReports, RoutingSlip) {
