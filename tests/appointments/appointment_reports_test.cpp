@@ -268,6 +268,15 @@ TEST_F(AppointmentReports, BookingDiagnosticsWorkedByHand) {
   EXPECT_THROW(reports.srptBookingDiagnostics(D(2028, 2, 28), D(2028, 3, 2)), ReportError);
 }
 
+// The diagnostics ask the same few statements for every provider and day;
+// a longer period adds days, not statements to translate and prepare.
+TEST_F(AppointmentReports, BookingDiagnosticsPrepareEachStatementOnce) {
+  InDocument([&] { reports.srptBookingDiagnostics(D(2028, 2, 28), D(2028, 3, 2)); });
+  const size_t four_days = conn.CachedStatementCount();
+  InDocument([&] { reports.srptBookingDiagnostics(D(2027, 12, 1), D(2028, 3, 31)); });
+  EXPECT_EQ(conn.CachedStatementCount(), four_days);
+}
+
 // The day sheet: one page, shaded time out, appointments in their rows with
 // their flags; an appointment past the grid is left out; a broken day gives
 // one message, not one per cell.

@@ -44,7 +44,11 @@ void LookupBatcher::Clear() {
 
 std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const StatementForm& f) {
   if (f.values.empty()) return nullptr;
-  Form& form = forms_[f.form];
+  // Runs on different days are different lookups: the form's dates belong
+  // to its name here, as they did before they were lifted out.
+  std::string name = f.form;
+  for (const DateTime& d : f.dates) name += "\n" + d.ToIso();
+  Form& form = forms_[name];
   if (form.refused) return nullptr;
 
   // The key is the literal that changes from run to run while the others

@@ -1,14 +1,17 @@
 // The per-connection cache of translated and prepared statements.
 //
 // Reports build statements by concatenation, so a lookup by key produces a
-// new text for every key ("... where ID = 17", "... where ID = 18"). Like the
-// server's simple parameterisation, the cache replaces each whole-number
-// literal that follows "=" by a parameter, so that all those texts share one
-// translation and one prepared statement, and binds the numbers on each run.
-// The translator sees the statement with a sentinel number in each such
-// place; if a sentinel does not come back exactly once in the engine's text
-// (the translator folded or moved it), that statement form is cached by its
-// full text instead.
+// new text for every key ("... where ID = 17", "... where ID = 18") and a
+// count per day a new text for every day ("... FromDate <= '2026-11-20'").
+// Like the server's simple parameterisation, the cache lifts such literals
+// out as parameters, so that all those texts share one translation and one
+// prepared statement, and binds the values on each run. Two kinds are
+// lifted: a whole-number literal that follows "=", and a quoted date that
+// follows a comparison ("=", "<", ">", "<=", ">=", "<>").
+// The translator sees the statement with a sentinel in each such place; if
+// a sentinel does not come back exactly once in the engine's text (the
+// translator folded or moved it, or read a quoted date as text rather than
+// as a date), that statement form is cached by its full text instead.
 #pragma once
 
 #include <memory>
@@ -16,6 +19,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "common/datetime.h"
 #include "platform/db/engine.h"
 #include "platform/sql/translate.h"
 
@@ -30,7 +34,7 @@ class StatementCache {
   struct Entry {
     sql::Translation translation;
     std::unique_ptr<EngineStatement> stmt;
-    int parameters = 0;  // bound from the statement's literals, in order
+    int parameters = 0;  // bound from the statement's literals: numbers, then dates
     bool in_use = false;
   };
 
@@ -55,7 +59,7 @@ class StatementCache {
     friend class StatementCache;
     Entry* entry_;
     std::unique_ptr<Entry> own_;  // a one-off entry when the cached one is busy
-    std::string bound_;           // "?1 = 17, ?2 = 3" for messages
+    std::string bound_;           // "?1 = 17, ?2 = '2026-11-20 00:00:00'" for messages
   };
 
   // Translates (once) and prepares (once) `statement`, binds its literals and
@@ -69,8 +73,7 @@ class StatementCache {
 
  private:
   std::unique_ptr<Entry> Build(const std::string& statement);
-  std::unique_ptr<Entry> BuildForm(const std::string& form, const std::vector<std::string>& sentinels,
-                                   const std::string& statement);
+  std::unique_ptr<Entry> BuildForm(const StatementForm& f, const std::string& statement);
 
   Engine& engine_;
   const sql::Schema& schema_;
@@ -80,14 +83,21 @@ class StatementCache {
   std::unordered_map<std::string, std::unique_ptr<Entry>> by_text_;
 };
 
-// Splits a statement into its form and the whole-number literals that follow
-// "=" (outside quotes, brackets and comments). In the form each literal is
+// Splits a statement into its form and the literals lifted out of it (outside
+// quotes, brackets and comments): the whole-number literals that follow "=",
+// and the quoted dates that follow a comparison. In the form each literal is
 // replaced by the sentinel of its position. Exposed for tests.
 struct StatementForm {
   std::string form;
   std::vector<int64_t> values;
   std::vector<std::string> sentinels;
-  std::vector<size_t> offsets;  // where each literal starts in the statement
+  std::vector<size_t> offsets;  // where each number starts in the statement
+  // The quoted dates, read as the server reads date text, and the sentinel
+  // date text that stands for each in the form (between its quotes).
+  std::vector<DateTime> dates;
+  std::vector<std::string> date_sentinels;
+
+  bool Parameterised() const { return !values.empty() || !dates.empty(); }
 };
 StatementForm ParameteriseLiterals(const std::string& statement);
 
