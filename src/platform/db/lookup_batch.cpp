@@ -44,10 +44,11 @@ void LookupBatcher::Clear() {
 
 std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const StatementForm& f) {
   if (f.values.empty()) return nullptr;
-  // Runs on different days are different lookups: the form's dates belong
-  // to its name here, as they did before they were lifted out.
+  // Runs on different days are different lookups: the form's quoted
+  // literals belong to its name here, as they did before they were lifted
+  // out; the key is one of the numbers.
   std::string name = f.form;
-  for (const DateTime& d : f.dates) name += "\n" + d.ToIso();
+  for (const Variant& q : f.quoted) name += "\n" + (q.IsDate() ? CDate(q).ToIso() : CStr(q));
   Form& form = forms_[name];
   if (form.refused) return nullptr;
 

@@ -63,27 +63,32 @@ const std::string& Sentinel(size_t k) {
   return texts[k];
 }
 
-// Date sentinels are days of a year no practice holds, one per position,
-// written as a date alone so that the translator, when it reads one as a
-// date, prints it in its normalised form with a time ("1787-01-02 00:00:00"):
-// that form, not the text as written, shows the place was taken as a date.
+// The sentinels of quoted literals, one of each kind per position. A date
+// sentinel is a day of a year no practice holds, written as a date alone,
+// so that the translator, when it reads one as a date, prints it in its
+// normalised form with a time ("1787-01-02 00:00:00"): that form, not the
+// text as written, shows the place was taken as a date. A number written
+// as text has a text sentinel of digits, found again in its quotes.
 constexpr const char* kDateSentinelYear = "1787-";
+constexpr int64_t kFirstTextSentinel = 1987660001;
 
-struct DateSentinel {
-  std::string written;     // as it stands in the form, between quotes
-  std::string normalised;  // as the translator prints a date, quotes included
+struct QuotedSentinel {
+  std::string written;  // as it stands in the form, between quotes
+  std::string printed;  // as the translator prints it, quotes included
 };
 
-const DateSentinel& DateSentinelAt(size_t k) {
-  static const std::vector<DateSentinel> texts = [] {
-    std::vector<DateSentinel> t;
+const QuotedSentinel& QuotedSentinelAt(size_t k, bool date) {
+  static const auto texts = [] {
+    std::vector<QuotedSentinel> dates, numbers;
     for (size_t i = 0; i < kMaxParameters; ++i) {
       const DateTime d = DateAdd("d", static_cast<double>(i), DateTime::FromParts(1787, 1, 1));
-      t.push_back({d.ToIsoDate(), "'" + d.ToIso() + "'"});
+      dates.push_back({d.ToIsoDate(), "'" + d.ToIso() + "'"});
+      const std::string n = std::to_string(kFirstTextSentinel + static_cast<int64_t>(i));
+      numbers.push_back({n, "'" + n + "'"});
     }
-    return t;
+    return std::make_pair(dates, numbers);
   }();
-  return texts[k];
+  return date ? texts.first[k] : texts.second[k];
 }
 
 // True when the last thing before `at`, blanks aside, ends a comparison
@@ -106,7 +111,8 @@ StatementForm ParameteriseLiterals(const std::string& s) {
   StatementForm f;
   // A statement that already holds a sentinel keeps that kind of literal.
   const bool numbers_ok = !HoldsNumberSentinel(s);
-  const bool dates_ok = s.find(kDateSentinelYear) == std::string::npos;
+  const bool quoted_ok = s.find(kDateSentinelYear) == std::string::npos &&
+                         s.find(std::to_string(kFirstTextSentinel).substr(0, 6)) == std::string::npos;
   // The form is copied in spans between replaced literals: this runs for
   // every statement a report opens, so it avoids per-character appends.
   size_t copied = 0;
@@ -123,17 +129,23 @@ StatementForm ParameteriseLiterals(const std::string& s) {
     if (c == '\'') {
       size_t end = s.find('\'', i + 1);
       if (end == std::string::npos) break;
-      // A date compared with a value: '2026-11-20', '11/20/2026 5:00 PM'.
-      // Text holding a doubled quote, empty text and text that is no date
-      // stay in the statement.
+      // A key written as text ('17') or a date ('2026-11-20', '11/20/2026
+      // 5:00 PM') compared with a value. Text holding a doubled quote,
+      // empty text and other text stay in the statement.
       const bool doubled = end + 1 < n && s[end + 1] == '\'';
-      if (dates_ok && !doubled && end > i + 1 && end - i <= 40 && AfterComparison(s, i) &&
-          f.dates.size() < kMaxParameters) {
-        if (std::optional<DateTime> d = sql::ReadServerDate(std::string_view(s).substr(i + 1, end - i - 1))) {
-          const DateSentinel& sentinel = DateSentinelAt(f.dates.size());
+      if (quoted_ok && !doubled && end > i + 1 && end - i <= 40 && AfterComparison(s, i) &&
+          f.quoted.size() < kMaxParameters) {
+        const std::string_view text = std::string_view(s).substr(i + 1, end - i - 1);
+        const bool digits = text.size() <= 18 && std::all_of(text.begin(), text.end(), [](char d) {
+                              return d >= '0' && d <= '9';
+                            });
+        std::optional<DateTime> date;
+        if (!digits) date = sql::ReadServerDate(text);
+        if (digits || date) {
+          const QuotedSentinel& sentinel = QuotedSentinelAt(f.quoted.size(), !digits);
           lift(i + 1, end, sentinel.written);
-          f.dates.push_back(*d);
-          f.date_sentinels.push_back(sentinel.written);
+          f.quoted.push_back(digits ? Variant(std::string(text)) : Variant(*date));
+          f.quoted_sentinels.push_back(sentinel.written);
         }
       }
       i = end + 1;
@@ -210,7 +222,7 @@ std::unique_ptr<StatementCache::Entry> StatementCache::BuildForm(const Statement
   std::string sql = tr.sql;
   // Where each sentinel stands in the engine's text, how long it is there,
   // and the parameter that takes its place: the numbers first, then the
-  // dates.
+  // quoted literals.
   struct Place {
     size_t pos, length;
     int parameter;
@@ -221,14 +233,16 @@ std::unique_ptr<StatementCache::Entry> StatementCache::BuildForm(const Statement
     if (at.size() != 1) return nullptr;
     places.push_back({at[0], f.sentinels[k].size(), static_cast<int>(k) + 1});
   }
-  for (size_t k = 0; k < f.dates.size(); ++k) {
-    const std::string& text = DateSentinelAt(k).normalised;
+  for (size_t k = 0; k < f.quoted.size(); ++k) {
+    const bool date = f.quoted[k].IsDate();
+    const std::string& text = QuotedSentinelAt(k, date).printed;
     const size_t at = sql.find(text);
     if (at == std::string::npos || sql.find(text, at + 1) != std::string::npos) return nullptr;
     // A date literal may carry its type before it (PostgreSQL's TIMESTAMP
     // '...'); the parameter is bound as a date and needs none.
     static const std::string kTyped = "TIMESTAMP ";
-    const bool typed = at >= kTyped.size() && sql.compare(at - kTyped.size(), kTyped.size(), kTyped) == 0;
+    const bool typed =
+        date && at >= kTyped.size() && sql.compare(at - kTyped.size(), kTyped.size(), kTyped) == 0;
     const size_t from = typed ? at - kTyped.size() : at;
     places.push_back({from, at + text.size() - from, static_cast<int>(f.sentinels.size() + k) + 1});
   }
@@ -283,7 +297,7 @@ StatementCache::Lease StatementCache::Get(const std::string& statement, Statemen
   }
   if (entry->parameters == 0) {
     f.values.clear();
-    f.dates.clear();
+    f.quoted.clear();
   }
   entry->in_use = true;
   Lease lease(entry, std::move(own));
@@ -298,7 +312,7 @@ StatementCache::Lease StatementCache::Get(const std::string& statement, Statemen
     lease.bound_ += shown;
   };
   for (int64_t v : f.values) bind(Variant::Int64(v), std::to_string(v));
-  for (const DateTime& d : f.dates) bind(Variant(d), "'" + d.ToIso() + "'");
+  for (const Variant& q : f.quoted) bind(q, "'" + (q.IsDate() ? CDate(q).ToIso() : CStr(q)) + "'");
   return lease;
 }
 

@@ -5,9 +5,11 @@
 // count per day a new text for every day ("... FromDate <= '2026-11-20'").
 // Like the server's simple parameterisation, the cache lifts such literals
 // out as parameters, so that all those texts share one translation and one
-// prepared statement, and binds the values on each run. Two kinds are
-// lifted: a whole-number literal that follows "=", and a quoted date that
-// follows a comparison ("=", "<", ">", "<=", ">=", "<>").
+// prepared statement, and binds the values on each run. Three kinds are
+// lifted: a whole-number literal that follows "=", and, quoted after a
+// comparison ("=", "<", ">", "<=", ">=", "<>"), a whole number written as
+// text ("PatientID = '17'", bound as that text) and a date (bound as the
+// date the server reads in it).
 // The translator sees the statement with a sentinel in each such place; if
 // a sentinel does not come back exactly once in the engine's text (the
 // translator folded or moved it, or read a quoted date as text rather than
@@ -19,7 +21,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "common/datetime.h"
+#include "common/variant.h"
 #include "platform/db/engine.h"
 #include "platform/sql/translate.h"
 
@@ -34,7 +36,7 @@ class StatementCache {
   struct Entry {
     sql::Translation translation;
     std::unique_ptr<EngineStatement> stmt;
-    int parameters = 0;  // bound from the statement's literals: numbers, then dates
+    int parameters = 0;  // bound from the statement's literals: numbers, then quoted ones
     bool in_use = false;
   };
 
@@ -85,19 +87,21 @@ class StatementCache {
 
 // Splits a statement into its form and the literals lifted out of it (outside
 // quotes, brackets and comments): the whole-number literals that follow "=",
-// and the quoted dates that follow a comparison. In the form each literal is
-// replaced by the sentinel of its position. Exposed for tests.
+// and the quoted whole numbers and dates that follow a comparison. In the
+// form each literal is replaced by the sentinel of its position. Exposed for
+// tests.
 struct StatementForm {
   std::string form;
   std::vector<int64_t> values;
   std::vector<std::string> sentinels;
   std::vector<size_t> offsets;  // where each number starts in the statement
-  // The quoted dates, read as the server reads date text, and the sentinel
-  // date text that stands for each in the form (between its quotes).
-  std::vector<DateTime> dates;
-  std::vector<std::string> date_sentinels;
+  // The quoted literals: a whole number as its text, a date as the server
+  // reads it (a DateTime); and the sentinel that stands for each in the
+  // form, between its quotes.
+  std::vector<Variant> quoted;
+  std::vector<std::string> quoted_sentinels;
 
-  bool Parameterised() const { return !values.empty() || !dates.empty(); }
+  bool Parameterised() const { return !values.empty() || !quoted.empty(); }
 };
 StatementForm ParameteriseLiterals(const std::string& statement);
 

@@ -1,4 +1,4 @@
-// Statements that differ only in their key numbers and compared dates share
+// Statements that differ only in their keys and compared dates share
 // one translation and one prepared statement, and each still reads exactly
 // what its own text asks, on SQLite and (with ORVENDA_TEST_PG) PostgreSQL.
 #include <gtest/gtest.h>
@@ -19,8 +19,8 @@ using orv::testing::FreshPgDatabase;
 using orv::testing::TestServerUrl;
 using testing::TempDb;
 
-// Days off of two providers in November 2026. The note of the first holds
-// date-like text, a time part starts the last one at 1 PM.
+// Days off of providers in November 2026. The note of the first holds
+// date-like text, of the last digits; a time part starts the fourth at 1 PM.
 const char* kHolidays = R"sql(
 CREATE TABLE EmployeeHolidays (ID INTEGER PRIMARY KEY, EmployeeID INTEGER, FromDate DATETIME,
   ToDate DATETIME, FromTime INTEGER, ToTime INTEGER, Note VARCHAR(20));
@@ -28,7 +28,8 @@ INSERT INTO EmployeeHolidays VALUES
  (1, 1, '2026-11-02 00:00:00', '2026-11-04 00:00:00', NULL, NULL, '2026-11-03'),
  (2, 1, '2026-11-10 00:00:00', '2026-11-10 00:00:00', 600, 720, 'half day'),
  (3, 2, '2026-11-03 00:00:00', '2026-11-12 00:00:00', NULL, NULL, NULL),
- (4, 1, '2026-11-20 13:00:00', '2026-11-20 13:00:00', NULL, NULL, NULL);
+ (4, 1, '2026-11-20 13:00:00', '2026-11-20 13:00:00', NULL, NULL, NULL),
+ (5, 3, '2026-12-01 00:00:00', '2026-12-01 00:00:00', NULL, NULL, '600');
 )sql";
 
 // The practice on each engine at hand: the file, and a copy on the server.
@@ -91,6 +92,12 @@ TEST(StatementCache, DaysAndKeysShareOnePreparedStatementAndReadTheirOwnRows) {
         // Date-like text compared with text is text: never read as a date.
         {"text column", "SELECT ID FROM EmployeeHolidays WHERE Note = '2026-11-03'", "1 "},
         {"text column, other day", "SELECT ID FROM EmployeeHolidays WHERE Note = '2026-11-04'", ""},
+        // A key written as text is converted as the server converts it;
+        // compared with text it stays text, leading zeros and all.
+        {"key as text", "SELECT ID FROM EmployeeHolidays WHERE EmployeeID = '2'", "3 "},
+        {"key as text, zeros", "SELECT ID FROM EmployeeHolidays WHERE EmployeeID = '0001' ORDER BY ID", "1 2 4 "},
+        {"digits in a text column", "SELECT ID FROM EmployeeHolidays WHERE Note = '0001'", ""},
+        {"digits in a text column, found", "SELECT ID FROM EmployeeHolidays WHERE Note = '600'", "5 "},
     };
     for (const auto& c : cases) EXPECT_EQ(Ids(conn, c.statement), c.ids) << c.name;
   }
