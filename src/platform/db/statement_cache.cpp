@@ -107,7 +107,7 @@ bool HoldsNumberSentinel(const std::string& s) {
   return false;
 }
 
-StatementForm ParameteriseLiterals(const std::string& s) {
+StatementForm ParameteriseLiterals(const std::string& s, bool dates) {
   StatementForm f;
   // A statement that already holds a sentinel keeps that kind of literal.
   const bool numbers_ok = !HoldsNumberSentinel(s);
@@ -140,7 +140,7 @@ StatementForm ParameteriseLiterals(const std::string& s) {
                               return d >= '0' && d <= '9';
                             });
         std::optional<DateTime> date;
-        if (!digits) date = sql::ReadServerDate(text);
+        if (!digits && dates) date = sql::ReadServerDate(text);
         if (digits || date) {
           const QuotedSentinel& sentinel = QuotedSentinelAt(f.quoted.size(), !digits);
           lift(i + 1, end, sentinel.written);
@@ -263,7 +263,7 @@ std::unique_ptr<StatementCache::Entry> StatementCache::BuildForm(const Statement
 }
 
 StatementCache::Lease StatementCache::Get(const std::string& statement) {
-  return Get(statement, ParameteriseLiterals(statement));
+  return Get(statement, ParameteriseLiterals(statement, LiftsDates(engine_.dialect())));
 }
 
 StatementCache::Lease StatementCache::Get(const std::string& statement, StatementForm f) {

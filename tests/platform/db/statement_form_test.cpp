@@ -94,6 +94,11 @@ TEST(StatementForm, LiftsQuotedKeysAndDatesAfterAComparison) {
     for (const Variant& q : f.quoted) quoted.push_back(q.IsDate() ? CDate(q).ToIso() : CStr(q));
     EXPECT_EQ(quoted, std::vector<std::string>(c.quoted.begin(), c.quoted.end())) << c.name;
   }
+  // Without dates, as on the server, a day stays in the text and a key does not.
+  StatementForm keys = ParameteriseLiterals("SELECT 1 FROM t WHERE d >= '2026-11-20' AND k = '17'", false);
+  ASSERT_EQ(keys.quoted.size(), 1u);
+  EXPECT_EQ(CStr(keys.quoted[0]), "17");
+  EXPECT_NE(keys.form.find("d >= '2026-11-20'"), std::string::npos) << keys.form;
 }
 
 TEST(StatementForm, StatementHoldingASentinelIsLeftWhole) {
