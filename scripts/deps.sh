@@ -6,6 +6,7 @@ pkgs=(build-essential cmake pkg-config libgtest-dev libsqlite3-dev sqlite3 libpq
       libcairo2-dev libpango1.0-dev libfmt-dev libfreetype-dev libfontconfig-dev libjpeg-dev fonts-dejavu-core fonts-wine fonts-liberation
       poppler-utils qpdf python3
       postgresql postgresql-client
+      cups cups-client cups-filters
       clang libclang-rt-14-dev)
 missing=()
 for p in "${pkgs[@]}"; do
