@@ -359,7 +359,7 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement) const {
   // The statement is taken apart once, for the batcher and the cache.
   std::optional<StatementForm> form;
   if (cacheable && im.batch_lookups_) {
-    form = ParameteriseLiterals(statement);
+    form = ParameteriseLiterals(statement, LiftsDates(im.engine_->dialect()));
     if (auto rows = im.batcher().Find(statement, *form)) return rows;
   }
   auto rows = ReadRows(im.cache(false), statement, form ? &*form : nullptr);

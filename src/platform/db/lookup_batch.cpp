@@ -44,7 +44,12 @@ void LookupBatcher::Clear() {
 
 std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const StatementForm& f) {
   if (f.values.empty()) return nullptr;
-  Form& form = forms_[f.form];
+  // Runs on different days are different lookups: the form's quoted
+  // literals belong to its name here, as they did before they were lifted
+  // out; the key is one of the numbers.
+  std::string name = f.form;
+  for (const Variant& q : f.quoted) name += "\n" + (q.IsDate() ? CDate(q).ToIso() : CStr(q));
+  Form& form = forms_[name];
   if (form.refused) return nullptr;
 
   // The key is the literal that changes from run to run while the others
