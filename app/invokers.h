@@ -59,6 +59,16 @@ struct InvokerRegistrar {
 // its type and an example on bad text.
 Variant ParseArgument(const Param& p, const std::string& text);
 
+// Reads the arguments of one call of `sig` as both hosts take them: the
+// texts of `positional` fill the parameters in signature order, then each
+// Name=value pair of `named` fills its parameter (any case), then a missing
+// UserName takes `user`. Throws std::invalid_argument naming the parameter
+// for a bad value, an unknown or repeated name, too many arguments or a
+// required one missing.
+MethodArgs BindArguments(const MethodSignature& sig, const std::vector<std::string>& positional,
+                         const std::vector<std::pair<std::string, std::string>>& named,
+                         const std::string& user);
+
 // A date as the command line takes it (see ParseArgument); nullopt for
 // anything else.
 std::optional<DateTime> ParseDateArgument(const std::string& text);
