@@ -399,3 +399,53 @@ TEST_F(Serve, TwoRunsAtOnceOnPostgres) {
 }
 
 }  // namespace
+
+namespace {
+
+// The file a queue of this machine writes its jobs to, or "" for a queue
+// that prints on paper. lpstat names a file device "file:///tmp/q.prn" or,
+// in some versions, "///tmp/q.prn".
+std::string QueueFile(const std::string& queue) {
+  std::string line = orv::testing::RunShell("lpstat -v " + ShellQuote(queue) + " 2>/dev/null").out;
+  size_t colon = line.find(": ");
+  if (colon == std::string::npos) return "";
+  std::string device = line.substr(colon + 2);
+  while (!device.empty() && (device.back() == '\n' || device.back() == ' ')) device.pop_back();
+  if (device.rfind("file://", 0) == 0) device = device.substr(7);
+  if (device.rfind("///", 0) == 0) device = device.substr(2);
+  return device.rfind("/", 0) == 0 ? device : "";
+}
+
+TEST_F(Serve, PrintsToAQueueOfThisMachine) {
+  LiveServer live(Options(Db()));
+  auto c = live.Client();
+  json started = StartRun(c, {{"method", "rptStatements"}, {"args", {"2026-01-01", "2026-11-20", "12", "True"}}});
+  std::string run = "/api/runs/" + std::to_string(started["id"].get<int>());
+  ASSERT_EQ(WaitEnded(c, started["id"])["state"], "done");
+  // A queue the machine does not have is refused by name, before lp.
+  auto unknown = c.Post(run + "/print", R"({"printer":"no-such-queue"})", "application/json");
+  EXPECT_EQ(unknown->status, 502);
+  EXPECT_NE(unknown->body.find("no printer no-such-queue"), std::string::npos) << unknown->body;
+  EXPECT_EQ(c.Post(run + "/print", "{}", "application/json")->status, 400);
+
+  // With a queue that writes its jobs to a file (the test command starts
+  // one), the printed job reads back as the statement.
+  json printers = Json(c.Get("/api/printers"))["printers"];
+  std::string queue, file;
+  for (const auto& p : printers)
+    if (file.empty() && !(file = QueueFile(p)).empty()) queue = p;
+  if (queue.empty()) GTEST_SKIP() << "no CUPS queue that prints to a file on this machine";
+  fs::remove(file);
+  auto printed = c.Post(run + "/print", json{{"printer", queue}}.dump(), "application/json");
+  ASSERT_EQ(printed->status, 200) << printed->body;
+  std::string expected = c.Get(run + "/document.txt")->body;
+  std::string first_line = expected.substr(0, expected.find('\n'));
+  std::string got;
+  for (int i = 0; i < 300 && got.find(first_line) == std::string::npos; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    if (fs::exists(file)) got = orv::testing::RunShell("pdftotext -layout " + ShellQuote(file) + " - 2>/dev/null").out;
+  }
+  EXPECT_NE(got.find(first_line), std::string::npos) << "the printed job does not read as the statement";
+}
+
+}  // namespace
