@@ -20,7 +20,8 @@ const char* PageHtml() {
   #side header { padding: 12px 14px 8px; border-bottom: 1px solid var(--line); }
   #side h1 { font-size: 17px; margin: 0 0 8px; }
   #search { width: 100%; padding: 6px 8px; border: 1px solid var(--line); border-radius: 4px; font: inherit; }
-  #catalog { overflow-y: auto; flex: 1; padding: 4px 0 16px; }
+  #catalog { overflow-y: auto; overflow-x: hidden; flex: 1; padding: 4px 0 16px; }
+  .method b { overflow-wrap: anywhere; }
   .family { font-weight: bold; color: var(--soft); font-size: 12px; text-transform: uppercase; letter-spacing: .04em; padding: 12px 14px 4px; }
   .method { display: block; width: 100%; text-align: left; border: 0; background: none; padding: 5px 14px; cursor: pointer; font: inherit; color: inherit; }
   .method:hover, .method.chosen { background: #e8f0f8; }
@@ -37,6 +38,9 @@ const char* PageHtml() {
   .field .hint { grid-column: 2; color: var(--soft); font-size: 12px; }
   .field .error { grid-column: 2; color: var(--bad); font-size: 13px; }
   .field input[type=text], .field input[type=date], .field select { font: inherit; padding: 4px 6px; border: 1px solid var(--line); border-radius: 4px; width: 100%; max-width: 420px; }
+  .field input[type=checkbox] { justify-self: start; margin: 7px 0 0; width: 16px; height: 16px; }
+  details.more { margin-top: 6px; border-top: 1px solid var(--line); padding-top: 6px; }
+  details.more summary { cursor: pointer; color: var(--accent); }
   .field.bad input, .field.bad select { border-color: var(--bad); }
   .picker { position: relative; max-width: 420px; }
   .choices { position: absolute; z-index: 3; left: 0; right: 0; background: #fff; border: 1px solid var(--line); border-radius: 4px; box-shadow: 0 4px 12px rgba(0,0,0,.12); max-height: 240px; overflow-y: auto; }
@@ -245,6 +249,8 @@ function patientPicker(id, many) {
       if (r.ok) show(r.body);
     }, 150);
   });
+  // The list closes when the field is left (after a click on it has landed).
+  text.addEventListener("blur", () => setTimeout(() => { list.hidden = true; }, 200));
   box.append(text, list, chosen);
   // A name typed but not picked is no patient: the field says so.
   const read = () => {
@@ -281,12 +287,18 @@ function choose(name) {
   $("summary").textContent = m.summary + (m.built ? "" : "  This report is not built yet.");
   const box = $("fields");
   box.textContent = "";
+  // What a report needs stands first; its options fold away below.
+  const more = el("details", { class: "more" }, el("summary", {}, "More options"));
   for (const p of m.params) {
     const f = fieldFor(p);
-    if (f) { f.param = p; box.append(f); }
+    if (f) { f.param = p; f.classList.add("param"); (p.optional ? more : box).append(f); }
   }
+  if (more.children.length > 1) box.append(more);
   $("run").disabled = !m.built;
   $("form-error").textContent = "";
+  // The pages of another report's run go with it.
+  state.run = null;
+  $("run-area").hidden = true;
   history.replaceState(null, "", "#" + m.name);
 }
 
@@ -301,6 +313,8 @@ function showFieldError(name, text) {
   if (!e) { $("form-error").textContent = text; return; }
   e.textContent = text;
   $("field-" + name).classList.add("bad");
+  const fold = $("field-" + name).closest("details");
+  if (fold) fold.open = true;
 }
 
 async function submit(ev) {
@@ -308,7 +322,7 @@ async function submit(ev) {
   clearErrors();
   const args = {};
   let bad = false;
-  for (const f of $("fields").children) {
+  for (const f of $("fields").querySelectorAll(".param")) {
     const p = f.param;
     try {
       const v = f.read();
@@ -345,6 +359,7 @@ function startWatching(id) {
   $("failure").hidden = true;
   $("question").hidden = true;
   $("messages").textContent = "";
+  $("print-state").textContent = "";
   $("bar").style.width = "0";
   $("state").textContent = "Waiting for its turn\u2026";
   $("run").disabled = true;
@@ -401,6 +416,7 @@ function finished(s) {
   }
   $("result").hidden = false;
   show(1);
+  $("run-area").scrollIntoView({ block: "start" });
 }
 
 function show(n) {

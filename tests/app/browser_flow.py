@@ -16,6 +16,7 @@ Exit status: 0 passed, 1 failed, 77 skipped (no chromium here).
 """
 import argparse
 import base64
+import fcntl
 import json
 import os
 import re
@@ -37,8 +38,12 @@ class Browser:
         self.from_r, from_w = os.pipe()
 
         def wire():
-            os.dup2(to_r, 3)
-            os.dup2(from_w, 4)
+            # Out of the way first: either pipe may itself sit on 3 or 4,
+            # and a dup2 onto the same number would keep it close-on-exec.
+            a = fcntl.fcntl(to_r, fcntl.F_DUPFD, 10)
+            b = fcntl.fcntl(from_w, fcntl.F_DUPFD, 10)
+            os.dup2(a, 3)
+            os.dup2(b, 4)
 
         flags = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
                  "--disable-background-networking", "--disable-component-update", "--disable-sync",
