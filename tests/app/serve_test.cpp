@@ -449,3 +449,71 @@ TEST_F(Serve, PrintsToAQueueOfThisMachine) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(ServeOptions, ReadsTheCommandsOptions) {
+  using orv::app::serve::ParseServeOptions;
+  struct Case {
+    const char* name;
+    std::vector<std::string> args;
+    const char* host;
+    int port;
+  } good[] = {
+      {"default", {}, "127.0.0.1", 8640},
+      {"address", {"--listen", "192.168.1.20:9000", "--token", "t"}, "192.168.1.20", 9000},
+      {"IPv6", {"--listen", "[::1]:8641"}, "::1", 8641},
+      {"any port", {"--listen", "127.0.0.1:0"}, "127.0.0.1", 0},
+  };
+  for (const auto& k : good) {
+    SCOPED_TRACE(k.name);
+    auto o = ParseServeOptions(k.args);
+    EXPECT_EQ(o.host, k.host);
+    EXPECT_EQ(o.port, k.port);
+  }
+  struct Bad {
+    const char* name;
+    std::vector<std::string> args;
+    const char* says;
+  } bad[] = {
+      {"no port", {"--listen", "127.0.0.1"}, "HOST:PORT"},
+      {"port too big", {"--listen", "127.0.0.1:70000"}, "HOST:PORT"},
+      {"no date", {"--today", "2026-02-30"}, "--today"},
+      {"office", {"--office", "one"}, "--office"},
+      {"workers", {"--workers", "0"}, "--workers"},
+      {"unknown", {"--port", "1"}, "unknown option --port"},
+      {"no value", {"--db"}, "--db wants a value"},
+  };
+  for (const auto& k : bad) {
+    SCOPED_TRACE(k.name);
+    try {
+      ParseServeOptions(k.args);
+      ADD_FAILURE() << "accepted";
+    } catch (const std::invalid_argument& e) {
+      EXPECT_NE(std::string(e.what()).find(k.says), std::string::npos) << e.what();
+    }
+  }
+  // "new" stands for a fresh random token, different each time.
+  auto a = ParseServeOptions({"--token", "new"}), b = ParseServeOptions({"--token", "new"});
+  EXPECT_EQ(a.token.size(), 32u);
+  EXPECT_NE(a.token, b.token);
+  EXPECT_EQ(a.token.find_first_not_of("0123456789abcdef"), std::string::npos);
+}
+
+TEST(ServeOptions, TellsLoopbackAndPickedFilters) {
+  using orv::app::serve::IsLoopback;
+  using orv::app::serve::IsPickedFilter;
+  for (const char* h : {"127.0.0.1", "127.1.2.3", "::1", "[::1]", "localhost", "LocalHost"})
+    EXPECT_TRUE(IsLoopback(h)) << h;
+  for (const char* h : {"0.0.0.0", "192.168.1.2", "::", "127.0.0.1.example.com", "localhost.example.com", ""})
+    EXPECT_FALSE(IsLoopback(h)) << h;
+  // What the pickers write passes; anything more is SQL a person typed.
+  for (const char* f : {"", "0", "ProviderID = 3", "ProviderID = 3 OR ProviderID = 5", " ID=12 or ID = 14 "})
+    EXPECT_TRUE(IsPickedFilter(f)) << f;
+  for (const char* f : {"1=1", "ProviderID = 3 OR 1=1", "ProviderID = 3; DELETE FROM Patient",
+                        "ProviderID IN (SELECT ID FROM Employees)", "ProviderID = 3 AND ID = 4",
+                        "ProviderID = -1", "LastName = 'x'", "ProviderID = 3 --"})
+    EXPECT_FALSE(IsPickedFilter(f)) << f;
+}
+
+}  // namespace
