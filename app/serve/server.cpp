@@ -445,6 +445,11 @@ void ReportServer::Route() {
 #endif
   });
 
+  // One PDF per statement, zipped, for statements sent by e-mail.
+  s.Get(R"(/api/runs/(\d+)/statements\.zip)", [](const httplib::Request&, httplib::Response& res) {
+    Refuse(res, 501, "One PDF per statement is not yet available in this build.");
+  });
+
   s.Post(R"(/api/runs/(\d+)/print)", [serve](const httplib::Request& req, httplib::Response& res) {
     serve(req, res, [&](Run& run, httplib::Response& r) {
       std::string printer;
