@@ -342,6 +342,11 @@ void RunRegistry::Execute(Run& run, const RunRequest& request) {
     }
     {
       std::lock_guard lock(run.mu_);
+      // A report that prints at once (a receipt, a card) has no printer
+      // here: its pages wait in the page for the person to print them.
+      if (form.PrintedWithoutPrinter())
+        run.status_.messages.push_back(
+            {"This report prints: choose a printer below its pages and press Print.", "", false});
       run.doc_ = std::make_unique<render::Document>(form.VSP.Document());
       run.status_.pages = pages;
       if (!result.IsEmpty()) run.status_.result = result.IsNull() ? "Null" : CStr(result);
