@@ -369,7 +369,8 @@ void ReportServer::Route() {
   });
 
   auto find = [this](const httplib::Request& req, httplib::Response& res) -> std::shared_ptr<Run> {
-    auto run = runs_.Find(std::stoi(req.matches[1]));
+    auto number = ParseWholeNumber(req.matches[1], 0, INT32_MAX);
+    auto run = number ? runs_.Find(static_cast<int>(*number)) : nullptr;
     if (!run) Refuse(res, 404, "There is no run " + req.matches[1].str() + " (or it was dropped as old).");
     return run;
   };
@@ -413,7 +414,8 @@ void ReportServer::Route() {
       int dpi = 96;
       if (req.has_param("dpi")) dpi = std::clamp(std::atoi(req.get_param_value("dpi").c_str()), 12, 300);
       r.set_header("Cache-Control", "private, max-age=3600");
-      r.set_content(run.PagePng(std::stoi(req.matches[2]), dpi), "image/png");
+      auto page = ParseWholeNumber(req.matches[2], 0, INT32_MAX);
+      r.set_content(run.PagePng(page ? static_cast<int>(*page) : 0, dpi), "image/png");
     });
   });
 

@@ -275,6 +275,8 @@ TEST_F(Serve, BadInputIsRefusedBesideItsField) {
   EXPECT_FALSE(s["error"].get<std::string>().empty());
   EXPECT_EQ(c.Get("/api/runs/" + std::to_string(started["id"].get<int>()) + "/document.pdf")->status, 409);
   EXPECT_EQ(c.Get("/api/runs/424242")->status, 404);
+  EXPECT_EQ(c.Get("/api/runs/99999999999999999999")->status, 404);
+  EXPECT_EQ(c.Get("/api/runs/1/pages/99999999999999999999.png")->status, 404);
 }
 
 TEST_F(Serve, AQuestionWaitsForItsAnswer) {
@@ -384,6 +386,27 @@ void TwoRunsAtOnce(const std::string& db, const std::string& dir) {
             CommandLineText(db, dir, "two-a", "rptAccountsReceivable '' '' '' desk"));
   EXPECT_EQ(PdfTextOfBytes(c.Get("/api/runs/" + std::to_string(b["id"].get<int>()) + "/document.pdf")->body, dir, "two-b"),
             CommandLineText(db, dir, "two-b", "rptStatements 2026-01-01 2026-11-20 12,20,31,40 True"));
+}
+
+TEST_F(Serve, ARunWaitsItsTurnForAFreeComponent) {
+  // One worker: the second run waits, queued, until the first has ended.
+  LiveServer live(Options(Db(), 1));
+  auto c = live.Client();
+  json a = StartRun(c, {{"method", "rptAccountsReceivable"}, {"args", {"", "", "", "desk"}}});
+  json b = StartRun(c, {{"method", "rptFeeGuide"}, {"args", {"1"}}});
+  bool waited = false, overlapped = false;
+  for (int i = 0; i < 2400; ++i) {
+    json sa = Json(c.Get("/api/runs/" + std::to_string(a["id"].get<int>())));
+    json sb = Json(c.Get("/api/runs/" + std::to_string(b["id"].get<int>())));
+    waited = waited || (sa["state"] == "running" && sb["state"] == "queued");
+    overlapped = overlapped || (sa["state"] == "running" && sb["state"] == "running");
+    if (sb["state"] == "done" || sb["state"] == "failed") break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_TRUE(waited);
+  EXPECT_FALSE(overlapped);
+  EXPECT_EQ(WaitEnded(c, a["id"])["state"], "done");
+  EXPECT_EQ(WaitEnded(c, b["id"])["state"], "done");
 }
 
 TEST_F(Serve, TwoRunsAtOnceOnSqlite) {
