@@ -457,6 +457,11 @@ async function start() {
   document.body.dataset.ready = "1";
 }
 
+// A link to "#rptFeeGuide" opens that report's form.
+window.addEventListener("hashchange", () => {
+  const wanted = decodeURIComponent(location.hash.slice(1));
+  if (state.methods.some((m) => m.name === wanted) && (!state.method || state.method.name !== wanted)) choose(wanted);
+});
 $("search").addEventListener("input", drawCatalog);
 $("form").addEventListener("submit", submit);
 $("yes").addEventListener("click", () => answer(true));
