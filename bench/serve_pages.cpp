@@ -13,8 +13,8 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
-#include "command.h"
 #include "bench_practice.h"
+#include "command.h"
 #include "serve/server.h"
 
 namespace {
@@ -43,7 +43,8 @@ int main(int argc, char** argv) {
   c.set_read_timeout(600, 0);
 
   auto t0 = Clock::now();
-  auto started = c.Post("/api/runs", R"({"method":"rptPatientListDetailed","args":["0"]})", "application/json");
+  auto started = c.Post("/api/runs", R"({"method":"rptPatientListDetailed","args":["0"]})",
+                        "application/json");
   int id = nlohmann::json::parse(started->body)["id"];
   std::string status = "/api/runs/" + std::to_string(id);
   nlohmann::json s;

@@ -28,11 +28,16 @@ namespace fs = std::filesystem;
 
 const char* RunStateName(RunState s) {
   switch (s) {
-    case RunState::kQueued: return "queued";
-    case RunState::kRunning: return "running";
-    case RunState::kQuestion: return "question";
-    case RunState::kDone: return "done";
-    case RunState::kFailed: return "failed";
+    case RunState::kQueued:
+      return "queued";
+    case RunState::kRunning:
+      return "running";
+    case RunState::kQuestion:
+      return "question";
+    case RunState::kDone:
+      return "done";
+    case RunState::kFailed:
+      return "failed";
   }
   return "?";
 }
@@ -126,9 +131,8 @@ std::string Run::PagePng(int page, int dpi) {
   std::lock_guard lock(render_mu_);
   auto key = std::pair{page, dpi};
   if (auto it = png_.find(key); it != png_.end()) return it->second;
-  std::string bytes = RenderedBytes(scratch_ + "-page.png", [&](const std::string& f) {
-    render::RenderPng(doc, page, dpi, f);
-  });
+  std::string bytes = RenderedBytes(
+      scratch_ + "-page.png", [&](const std::string& f) { render::RenderPng(doc, page, dpi, f); });
   png_.emplace(key, bytes);
   return bytes;
 }
@@ -196,7 +200,8 @@ RunRegistry::RunRegistry(RunSettings settings) : settings_(std::move(settings)) 
   // server's. Set once here, before any worker reads them.
   host::SettingsStore& store = host::AppSettings();
   store.Override("Settings", "ServerName", settings_.db);
-  if (settings_.office) store.Override("Settings", "CurrentOffice", std::to_string(settings_.office));
+  if (settings_.office)
+    store.Override("Settings", "CurrentOffice", std::to_string(settings_.office));
   int n = std::max(1, settings_.workers);
   for (int i = 0; i < n; ++i) workers_.emplace_back([this] { Work(); });
 }
@@ -217,8 +222,7 @@ RunRegistry::~RunRegistry() {
 
 std::shared_ptr<Run> RunRegistry::Start(const RunRequest& request) {
   const MethodSignature* sig = FindMethod(request.method);
-  if (sig == nullptr)
-    throw RequestError("There is no report " + request.method + ".", {});
+  if (sig == nullptr) throw RequestError("There is no report " + request.method + ".", {});
   if (Invokers().count(sig->name) == 0)
     throw RequestError(std::string(sig->name) + " is not built yet.", {});
 

@@ -24,9 +24,9 @@ namespace orv::app::serve {
 
 // What every run of one server shares.
 struct RunSettings {
-  std::string db;           // the practice database (file or URL)
-  int32_t office = 0;       // OfficeID and the workstation's CurrentOffice
-  std::string user;         // fills every UserName argument not given
+  std::string db;      // the practice database (file or URL)
+  int32_t office = 0;  // OfficeID and the workstation's CurrentOffice
+  std::string user;    // fills every UserName argument not given
   float interest_rate = 0;
   int16_t interest_delay = 0;
   // True lets a person type a raw SQL condition into a filter argument;
@@ -43,7 +43,7 @@ struct RunSettings {
 
 // One argument that was refused, for the page to show beside its field.
 struct FieldError {
-  std::string field;    // the parameter's name; "" for the call as a whole
+  std::string field;  // the parameter's name; "" for the call as a whole
   std::string message;
 };
 
@@ -85,7 +85,7 @@ class Run {
     std::string error;     // why a failed run failed
     std::string result;    // what a method with a result returned
     int pages = 0;
-    double seconds = 0;    // from start to end of the run
+    double seconds = 0;  // from start to end of the run
   };
 
   Run(int id, std::string method) : id_(id), method_(std::move(method)) {

@@ -28,7 +28,8 @@ int RunServe(const std::vector<std::string>& args) {
   try {
     ReportServer server(options);
     int port = server.Bind();
-    std::string host = options.host.find(':') != std::string::npos ? "[" + options.host + "]" : options.host;
+    std::string host =
+        options.host.find(':') != std::string::npos ? "[" + options.host + "]" : options.host;
     std::string url = "http://" + host + ":" + std::to_string(port) + "/";
     if (!options.token.empty()) url += "?token=" + options.token;
     std::fprintf(stderr, "orvenda-reports serve: the reports of %s at\n  %s\n(Ctrl-C stops)\n",

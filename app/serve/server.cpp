@@ -7,14 +7,14 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 
+#include "command.h"
 #include "common/datetime.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
-#include "command.h"
 #include "invokers.h"
-#include "platform/host/host_services.h"
 #include "platform/db/connection_url.h"
 #include "platform/db/recordset.h"
+#include "platform/host/host_services.h"
 #include "serve/catalog_json.h"
 #include "serve/page.h"
 #include "serve/printers.h"
@@ -67,8 +67,8 @@ ServeOptions ParseServeOptions(const std::vector<std::string>& args) {
       auto port = colon == std::string::npos ? std::nullopt
                                              : ParseWholeNumber(v.substr(colon + 1), 0, 65535);
       if (!port || colon == 0)
-        throw std::invalid_argument("--listen wants HOST:PORT, e.g. --listen 127.0.0.1:8640; not '" +
-                                    v + "'");
+        throw std::invalid_argument(
+            "--listen wants HOST:PORT, e.g. --listen 127.0.0.1:8640; not '" + v + "'");
       o.host = v.substr(0, colon);
       // "[::1]:8640": the brackets only set the address apart from the port.
       if (o.host.size() > 2 && o.host.front() == '[' && o.host.back() == ']')
@@ -83,7 +83,8 @@ ServeOptions ParseServeOptions(const std::vector<std::string>& args) {
     } else if (a == "--office") {
       std::string v = value();
       auto n = ParseWholeNumber(v, 0, INT32_MAX);
-      if (!n) throw std::invalid_argument("--office wants an office number, e.g. 1; not '" + v + "'");
+      if (!n)
+        throw std::invalid_argument("--office wants an office number, e.g. 1; not '" + v + "'");
       o.run.office = static_cast<int32_t>(*n);
     } else if (a == "--user") {
       o.run.user = value();
@@ -124,8 +125,12 @@ json StatusJson(const Run::Status& s) {
   json messages = json::array();
   for (const auto& m : s.messages)
     messages.push_back({{"text", m.text}, {"title", m.title}, {"failure", m.failure}});
-  json out = {{"id", s.id},          {"method", s.method},  {"state", RunStateName(s.state)},
-              {"progress", s.progress}, {"messages", messages}, {"pages", s.pages},
+  json out = {{"id", s.id},
+              {"method", s.method},
+              {"state", RunStateName(s.state)},
+              {"progress", s.progress},
+              {"messages", messages},
+              {"pages", s.pages},
               {"seconds", s.seconds}};
   if (!s.question.empty()) out["question"] = s.question;
   if (!s.error.empty()) out["error"] = s.error;
@@ -189,7 +194,9 @@ bool SameSecret(const std::string& a, const std::string& b) {
 }  // namespace
 
 ReportServer::ReportServer(ServeOptions options)
-    : options_(std::move(options)), runs_(options_.run), http_(std::make_unique<httplib::Server>()) {
+    : options_(std::move(options)),
+      runs_(options_.run),
+      http_(std::make_unique<httplib::Server>()) {
   if (!IsLoopback(options_.host) && options_.token.empty())
     throw std::invalid_argument("listening on " + options_.host +
                                 " reaches other machines: give --token T (or --token new for a "
@@ -202,10 +209,9 @@ ReportServer::~ReportServer() {
 }
 
 int ReportServer::Bind() {
-  int port = options_.port == 0 ? http_->bind_to_any_port(options_.host)
-                                : (http_->bind_to_port(options_.host, options_.port)
-                                       ? options_.port
-                                       : -1);
+  int port = options_.port == 0
+                 ? http_->bind_to_any_port(options_.host)
+                 : (http_->bind_to_port(options_.host, options_.port) ? options_.port : -1);
   if (port <= 0)
     throw std::runtime_error("cannot listen on " + options_.host + ":" +
                              std::to_string(options_.port) + " (taken, or not this machine's)");
@@ -241,18 +247,19 @@ std::string ReportServer::PatientsJson(const std::string& query) {
   std::string where;
   for (const auto& w : words) {
     bool number = std::all_of(w.begin(), w.end(), [](char c) { return c >= '0' && c <= '9'; });
-    std::string term = number && w.size() < 10
-                           ? "ID = " + w
-                           : "(UPPER(LastName) LIKE '" + w + "%' OR UPPER(FirstName) LIKE '" + w +
-                                 "%')";
+    std::string term = number && w.size() < 10 ? "ID = " + w
+                                               : "(UPPER(LastName) LIKE '" + w +
+                                                     "%' OR UPPER(FirstName) LIKE '" + w + "%')";
     where += (where.empty() ? "" : " AND ") + term;
   }
   std::lock_guard lock(lookup_mu_);
   if (!lookup_) lookup_ = std::make_unique<db::Connection>(options_.run.db);
   db::Recordset rs;
-  rs.Open("SELECT TOP 25 ID, LastName, FirstName, BirthDate, ResponsibleFamilyMemberID "
-          "FROM Patient WHERE " + where + " ORDER BY LastName, FirstName, ID",
-          *lookup_, db::adOpenStatic);
+  rs.Open(
+      "SELECT TOP 25 ID, LastName, FirstName, BirthDate, ResponsibleFamilyMemberID "
+      "FROM Patient WHERE " +
+          where + " ORDER BY LastName, FirstName, ID",
+      *lookup_, db::adOpenStatic);
   while (!rs.Eof()) {
     Variant birth = rs["BirthDate"];
     Variant family = rs["ResponsibleFamilyMemberID"];
@@ -270,9 +277,10 @@ std::string ReportServer::ProvidersJson() {
   if (!lookup_) lookup_ = std::make_unique<db::Connection>(options_.run.db);
   db::Recordset rs;
   // TypeID 0 is the "(None)" placeholder of the setup screens.
-  rs.Open("SELECT ID, FullName, TypeID, Active FROM Employees WHERE TypeID <> 0 "
-          "ORDER BY LastName, FirstName, ID",
-          *lookup_, db::adOpenStatic);
+  rs.Open(
+      "SELECT ID, FullName, TypeID, Active FROM Employees WHERE TypeID <> 0 "
+      "ORDER BY LastName, FirstName, ID",
+      *lookup_, db::adOpenStatic);
   json out = json::array();
   while (!rs.Eof()) {
     int type = CLng(rs["TypeID"].Value());
@@ -319,8 +327,8 @@ void ReportServer::Route() {
     // Opened with its token, the page keeps it as a cookie that its own
     // requests (images and downloads too) then carry.
     if (!options_.token.empty() && req.has_param("token"))
-      res.set_header("Set-Cookie", "orvenda_token=" + options_.token +
-                                       "; Path=/; HttpOnly; SameSite=Strict");
+      res.set_header("Set-Cookie",
+                     "orvenda_token=" + options_.token + "; Path=/; HttpOnly; SameSite=Strict");
     res.set_header("Cache-Control", "no-store");
     res.set_content(PageHtml(), "text/html; charset=utf-8");
   });
@@ -350,14 +358,16 @@ void ReportServer::Route() {
         if (args.is_array()) {
           for (const auto& v : args) request.positional.push_back(ArgumentText(v));
         } else if (args.is_object()) {
-          for (const auto& [name, v] : args.items()) request.named.emplace_back(name, ArgumentText(v));
+          for (const auto& [name, v] : args.items())
+            request.named.emplace_back(name, ArgumentText(v));
         } else {
           throw std::invalid_argument("args is a list (in order) or an object (by name)");
         }
       }
     } catch (const std::exception& e) {
-      Refuse(res, 400, std::string("The request is no run: ") + e.what() +
-                           R"( (send {"method": "rptFeeGuide", "args": ["1", "desk"]}))");
+      Refuse(res, 400,
+             std::string("The request is no run: ") + e.what() +
+                 R"( (send {"method": "rptFeeGuide", "args": ["1", "desk"]}))");
       return;
     }
     try {
@@ -371,7 +381,8 @@ void ReportServer::Route() {
   auto find = [this](const httplib::Request& req, httplib::Response& res) -> std::shared_ptr<Run> {
     auto number = ParseWholeNumber(req.matches[1], 0, INT32_MAX);
     auto run = number ? runs_.Find(static_cast<int>(*number)) : nullptr;
-    if (!run) Refuse(res, 404, "There is no run " + req.matches[1].str() + " (or it was dropped as old).");
+    if (!run)
+      Refuse(res, 404, "There is no run " + req.matches[1].str() + " (or it was dropped as old).");
     return run;
   };
   // A document's outputs wait for its run; before then they say so.
@@ -402,36 +413,44 @@ void ReportServer::Route() {
       answer = vb::LCase(json::parse(req.body).value("answer", ""));
     } catch (const std::exception&) {
     }
-    if (answer != "yes" && answer != "no") return Refuse(res, 400, R"(Send {"answer": "yes"} or {"answer": "no"}.)");
+    if (answer != "yes" && answer != "no")
+      return Refuse(res, 400, R"(Send {"answer": "yes"} or {"answer": "no"}.)");
     if (!run->Answer(answer == "yes" ? host::vbYes : host::vbNo))
       return Refuse(res, 409, "The run asks no question now.");
     Reply(res, 200, StatusJson(run->Snapshot()));
   });
 
-  s.Get(R"(/api/runs/(\d+)/pages/(\d+)\.png)", [serve](const httplib::Request& req, httplib::Response& res) {
-    serve(req, res, [&](Run& run, httplib::Response& r) {
-      // 96 dots per inch by default; thumbnails ask for less, zoom for more.
-      int dpi = 96;
-      if (req.has_param("dpi")) dpi = std::clamp(std::atoi(req.get_param_value("dpi").c_str()), 12, 300);
-      r.set_header("Cache-Control", "private, max-age=3600");
-      auto page = ParseWholeNumber(req.matches[2], 0, INT32_MAX);
-      r.set_content(run.PagePng(page ? static_cast<int>(*page) : 0, dpi), "image/png");
-    });
-  });
+  s.Get(R"(/api/runs/(\d+)/pages/(\d+)\.png)",
+        [serve](const httplib::Request& req, httplib::Response& res) {
+          serve(req, res, [&](Run& run, httplib::Response& r) {
+            // 96 dots per inch by default; thumbnails ask for less, zoom for more.
+            int dpi = 96;
+            if (req.has_param("dpi"))
+              dpi = std::clamp(std::atoi(req.get_param_value("dpi").c_str()), 12, 300);
+            r.set_header("Cache-Control", "private, max-age=3600");
+            auto page = ParseWholeNumber(req.matches[2], 0, INT32_MAX);
+            r.set_content(run.PagePng(page ? static_cast<int>(*page) : 0, dpi), "image/png");
+          });
+        });
 
   auto file_name = [](Run& run, const char* ext) {
     return "attachment; filename=\"" + run.method() + "-" + std::to_string(run.id()) + ext + "\"";
   };
-  s.Get(R"(/api/runs/(\d+)/document\.pdf)", [serve, file_name](const httplib::Request& req, httplib::Response& res) {
-    serve(req, res, [&](Run& run, httplib::Response& r) {
-      r.set_header("Content-Disposition", file_name(run, ".pdf"));
-      r.set_content(run.Pdf(), "application/pdf");
-    });
-  });
-  s.Get(R"(/api/runs/(\d+)/document\.txt)", [serve](const httplib::Request& req, httplib::Response& res) {
-    serve(req, res, [&](Run& run, httplib::Response& r) { r.set_content(run.Text(), "text/plain; charset=utf-8"); });
-  });
-  s.Get(R"(/api/runs/(\d+)/document\.csv)", [serve, file_name](const httplib::Request& req, httplib::Response& res) {
+  s.Get(R"(/api/runs/(\d+)/document\.pdf)",
+        [serve, file_name](const httplib::Request& req, httplib::Response& res) {
+          serve(req, res, [&](Run& run, httplib::Response& r) {
+            r.set_header("Content-Disposition", file_name(run, ".pdf"));
+            r.set_content(run.Pdf(), "application/pdf");
+          });
+        });
+  s.Get(R"(/api/runs/(\d+)/document\.txt)",
+        [serve](const httplib::Request& req, httplib::Response& res) {
+          serve(req, res, [&](Run& run, httplib::Response& r) {
+            r.set_content(run.Text(), "text/plain; charset=utf-8");
+          });
+        });
+  s.Get(R"(/api/runs/(\d+)/document\.csv)", [serve, file_name](const httplib::Request& req,
+                                                               httplib::Response& res) {
 #ifdef ORVENDA_SERVE_CSV
     serve(req, res, [&](Run& run, httplib::Response& r) {
       std::string path = std::string("/tmp/orvenda-csv-") + NewToken() + ".csv";
@@ -459,7 +478,8 @@ void ReportServer::Route() {
         printer = json::parse(req.body).value("printer", "");
       } catch (const std::exception&) {
       }
-      if (printer.empty()) return Refuse(r, 400, R"(Send {"printer": "NAME"}; GET /api/printers lists them.)");
+      if (printer.empty())
+        return Refuse(r, 400, R"(Send {"printer": "NAME"}; GET /api/printers lists them.)");
       std::string failure = PrintDocument(run.Document(), printer);
       if (!failure.empty()) return Refuse(r, 502, failure);
       Reply(r, 200, {{"printed", printer}});
@@ -508,8 +528,9 @@ void ReportServer::Route() {
     // Bounded: a report that has not ended in an hour is left to its worker.
     if (!run->WaitFinished(std::chrono::hours(1))) {
       res.status = 504;
-      res.set_content("The report is still running: see /api/runs/" + std::to_string(run->id()) + "\n",
-                      "text/plain; charset=utf-8");
+      res.set_content(
+          "The report is still running: see /api/runs/" + std::to_string(run->id()) + "\n",
+          "text/plain; charset=utf-8");
       return;
     }
     auto st = run->Snapshot();

@@ -85,7 +85,8 @@ json WaitEnded(httplib::Client& c, int id, const std::function<void(const json&)
   return s;
 }
 
-std::string PdfTextOfBytes(const std::string& bytes, const std::string& dir, const std::string& name) {
+std::string PdfTextOfBytes(const std::string& bytes, const std::string& dir,
+                           const std::string& name) {
   std::string file = dir + "/" + name + ".pdf";
   std::ofstream(file, std::ios::binary) << bytes;
   return orv::testing::RunShell("pdftotext -layout " + file + " -").out;
@@ -176,17 +177,23 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
     json body;
     const char* cli;
   } cases[] = {
-      {"aged", {{"method", "rptAccountsReceivable"}, {"args", {"", "", "", "desk"}}},
+      {"aged",
+       {{"method", "rptAccountsReceivable"}, {"args", {"", "", "", "desk"}}},
        "rptAccountsReceivable '' '' '' desk"},
       {"statement",
        {{"method", "rptStatements"},
-        {"args", {{"dtStart", "2026-01-01"}, {"dtEnd", "2026-11-20"}, {"PatientIDs", "12"}, {"Family", true}}}},
+        {"args",
+         {{"dtStart", "2026-01-01"},
+          {"dtEnd", "2026-11-20"},
+          {"PatientIDs", "12"},
+          {"Family", true}}}},
        "rptStatements 2026-01-01 2026-11-20 12 True"},
       {"providers",
        {{"method", "rptAccountsReceivable"},
         {"args", {{"Comments", ""}, {"txtProvFilter", "ID = 3 OR ID = 4"}, {"txtInvFilter", ""}}}},
        "rptAccountsReceivable '' 'ID = 3 OR ID = 4' '' desk"},
-      {"section", {{"method", "srptAppointments"}, {"args", {"2026-11-01", "2026-11-30", ""}}},
+      {"section",
+       {{"method", "srptAppointments"}, {"args", {"2026-11-01", "2026-11-30", ""}}},
        "srptAppointments 2026-11-01 2026-11-30 ''"},
   };
   for (const auto& k : cases) {
@@ -244,18 +251,30 @@ TEST_F(Serve, BadInputIsRefusedBesideItsField) {
     const char* field;  // "" for the request as a whole
     const char* says;
   } cases[] = {
-      {"no date", {{"method", "rptUnAppliedPayments"}, {"args", {{"dtEndDate", "2026-02-30"}}}},
-       "dtEndDate", "wants a date"},
-      {"missing", {{"method", "rptUnAppliedPayments"}, {"args", json::object()}}, "dtEndDate",
+      {"no date",
+       {{"method", "rptUnAppliedPayments"}, {"args", {{"dtEndDate", "2026-02-30"}}}},
+       "dtEndDate",
+       "wants a date"},
+      {"missing",
+       {{"method", "rptUnAppliedPayments"}, {"args", json::object()}},
+       "dtEndDate",
        "missing argument dtEndDate"},
-      {"typed SQL", {{"method", "rptAccountsReceivable"}, {"args", {"", "1=1; DROP TABLE Patient", "", ""}}},
-       "txtProvFilter", "--allow-filters"},
+      {"typed SQL",
+       {{"method", "rptAccountsReceivable"}, {"args", {"", "1=1; DROP TABLE Patient", "", ""}}},
+       "txtProvFilter",
+       "--allow-filters"},
       {"SQL after a pick",
        {{"method", "rptAccountsReceivable"}, {"args", {"", "ID = 3 OR 1=1", "", ""}}},
-       "txtProvFilter", "--allow-filters"},
-      {"unknown parameter", {{"method", "rptFeeGuide"}, {"args", {{"Guide", "1"}}}}, "",
+       "txtProvFilter",
+       "--allow-filters"},
+      {"unknown parameter",
+       {{"method", "rptFeeGuide"}, {"args", {{"Guide", "1"}}}},
+       "",
        "has no parameter Guide"},
-      {"unknown method", {{"method", "rptNothing"}, {"args", json::array()}}, "", "no report rptNothing"},
+      {"unknown method",
+       {{"method", "rptNothing"}, {"args", json::array()}},
+       "",
+       "no report rptNothing"},
       {"not built", {{"method", "SetPrintPreview"}, {"args", json::array()}}, "", "not built"},
   };
   for (const auto& k : cases) {
@@ -274,7 +293,9 @@ TEST_F(Serve, BadInputIsRefusedBesideItsField) {
   json s = WaitEnded(c, started["id"]);
   EXPECT_EQ(s["state"], "failed");
   EXPECT_FALSE(s["error"].get<std::string>().empty());
-  EXPECT_EQ(c.Get("/api/runs/" + std::to_string(started["id"].get<int>()) + "/document.pdf")->status, 409);
+  EXPECT_EQ(
+      c.Get("/api/runs/" + std::to_string(started["id"].get<int>()) + "/document.pdf")->status,
+      409);
   EXPECT_EQ(c.Get("/api/runs/424242")->status, 404);
   EXPECT_EQ(c.Get("/api/runs/99999999999999999999")->status, 404);
 }
@@ -288,30 +309,39 @@ TEST_F(Serve, AQuestionWaitsForItsAnswer) {
   ASSERT_EQ(w.status, 0) << w.out;
   LiveServer live(Options(db));
   auto c = live.Client();
-  json started = StartRun(c, {{"method", "CheckRelationships"},
-                              {"args", {"ReferringDentists", "ID", "Patient", "ReferringDentistID"}}});
+  json started =
+      StartRun(c, {{"method", "CheckRelationships"},
+                   {"args", {"ReferringDentists", "ID", "Patient", "ReferringDentistID"}}});
   int id = started["id"];
   json asked;
   for (int i = 0; i < 600 && asked.is_null(); ++i) {
     json s = Json(c.Get("/api/runs/" + std::to_string(id)));
-    if (s["state"] == "question") asked = s;
-    else std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    if (s["state"] == "question")
+      asked = s;
+    else
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
   ASSERT_FALSE(asked.is_null()) << "no question came";
   EXPECT_NE(asked["question"].get<std::string>().find("repair"), std::string::npos);
-  auto bad = c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"maybe"})", "application/json");
+  auto bad = c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"maybe"})",
+                    "application/json");
   EXPECT_EQ(bad->status, 400);
-  auto no = c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"no"})", "application/json");
+  auto no = c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"no"})",
+                   "application/json");
   EXPECT_EQ(no->status, 200);
   json s = WaitEnded(c, id);
   ASSERT_EQ(s["state"], "done");
   // Not repaired: the link stays broken and the check says False.
   EXPECT_EQ(s["result"], "False");
   EXPECT_EQ(HostShell(HostProgram() + " sql --db " + db +
-                      " \"SELECT ReferringDentistID FROM Patient WHERE ID = 5\"").out,
+                      " \"SELECT ReferringDentistID FROM Patient WHERE ID = 5\"")
+                .out,
             "ReferringDentistID\n99999\n");
   // Nothing waits any more.
-  EXPECT_EQ(c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"yes"})", "application/json")->status, 409);
+  EXPECT_EQ(c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"yes"})",
+                   "application/json")
+                ->status,
+            409);
 }
 
 TEST_F(Serve, TokenGuardsEveryRequest) {
@@ -343,7 +373,8 @@ TEST_F(Serve, TokenGuardsEveryRequest) {
   // requests.
   auto page = c.Get("/?token=s3cret-token");
   EXPECT_EQ(page->status, 200);
-  EXPECT_NE(page->get_header_value("Set-Cookie").find("orvenda_token=s3cret-token"), std::string::npos);
+  EXPECT_NE(page->get_header_value("Set-Cookie").find("orvenda_token=s3cret-token"),
+            std::string::npos);
   EXPECT_NE(page->body.find("<title>Orvenda reports</title>"), std::string::npos);
 }
 
@@ -376,16 +407,23 @@ void TwoRunsAtOnce(const std::string& db, const std::string& dir) {
     json sa = Json(c.Get("/api/runs/" + std::to_string(a["id"].get<int>())));
     json sb = Json(c.Get("/api/runs/" + std::to_string(b["id"].get<int>())));
     together = together || (sa["state"] == "running" && sb["state"] == "running");
-    if ((sa["state"] == "done" || sa["state"] == "failed") && (sb["state"] == "done" || sb["state"] == "failed")) break;
+    if ((sa["state"] == "done" || sa["state"] == "failed") &&
+        (sb["state"] == "done" || sb["state"] == "failed"))
+      break;
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   EXPECT_TRUE(together) << "the two runs never ran at the same time";
   ASSERT_EQ(WaitEnded(c, a["id"])["state"], "done");
   ASSERT_EQ(WaitEnded(c, b["id"])["state"], "done");
-  EXPECT_EQ(PdfTextOfBytes(c.Get("/api/runs/" + std::to_string(a["id"].get<int>()) + "/document.pdf")->body, dir, "two-a"),
+  EXPECT_EQ(PdfTextOfBytes(
+                c.Get("/api/runs/" + std::to_string(a["id"].get<int>()) + "/document.pdf")->body,
+                dir, "two-a"),
             CommandLineText(db, dir, "two-a", "rptAccountsReceivable '' '' '' desk"));
-  EXPECT_EQ(PdfTextOfBytes(c.Get("/api/runs/" + std::to_string(b["id"].get<int>()) + "/document.pdf")->body, dir, "two-b"),
-            CommandLineText(db, dir, "two-b", "rptStatements 2026-01-01 2026-11-20 12,20,31,40 True"));
+  EXPECT_EQ(
+      PdfTextOfBytes(
+          c.Get("/api/runs/" + std::to_string(b["id"].get<int>()) + "/document.pdf")->body, dir,
+          "two-b"),
+      CommandLineText(db, dir, "two-b", "rptStatements 2026-01-01 2026-11-20 12,20,31,40 True"));
 }
 
 TEST_F(Serve, ARunWaitsItsTurnForAFreeComponent) {
@@ -416,7 +454,8 @@ TEST_F(Serve, TwoRunsAtOnceOnSqlite) {
 TEST_F(Serve, TwoRunsAtOnceOnPostgres) {
   ORV_REQUIRE_POSTGRES();
   orv::testing::FreshPgDatabase pg;
-  auto copy = HostShell(HostProgram() + " copy-db " + Db() + " " + ShellQuote(pg.url()) + " --replace");
+  auto copy =
+      HostShell(HostProgram() + " copy-db " + Db() + " " + ShellQuote(pg.url()) + " --replace");
   ASSERT_EQ(copy.status, 0) << copy.out;
   TwoRunsAtOnce(pg.url(), dir);
 }
@@ -442,7 +481,8 @@ std::string QueueFile(const std::string& queue) {
 TEST_F(Serve, PrintsToAQueueOfThisMachine) {
   LiveServer live(Options(Db()));
   auto c = live.Client();
-  json started = StartRun(c, {{"method", "rptStatements"}, {"args", {"2026-01-01", "2026-11-20", "12", "True"}}});
+  json started = StartRun(
+      c, {{"method", "rptStatements"}, {"args", {"2026-01-01", "2026-11-20", "12", "True"}}});
   std::string run = "/api/runs/" + std::to_string(started["id"].get<int>());
   ASSERT_EQ(WaitEnded(c, started["id"])["state"], "done");
   // A queue the machine does not have is refused by name, before lp.
@@ -466,9 +506,11 @@ TEST_F(Serve, PrintsToAQueueOfThisMachine) {
   std::string got;
   for (int i = 0; i < 300 && got.find(first_line) == std::string::npos; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    if (fs::exists(file)) got = orv::testing::RunShell("pdftotext -layout " + ShellQuote(file) + " - 2>/dev/null").out;
+    if (fs::exists(file))
+      got = orv::testing::RunShell("pdftotext -layout " + ShellQuote(file) + " - 2>/dev/null").out;
   }
-  EXPECT_NE(got.find(first_line), std::string::npos) << "the printed job does not read as the statement";
+  EXPECT_NE(got.find(first_line), std::string::npos)
+      << "the printed job does not read as the statement";
 }
 
 }  // namespace
@@ -528,10 +570,12 @@ TEST(ServeOptions, TellsLoopbackAndPickedFilters) {
   using orv::app::serve::IsPickedFilter;
   for (const char* h : {"127.0.0.1", "127.1.2.3", "::1", "[::1]", "localhost", "LocalHost"})
     EXPECT_TRUE(IsLoopback(h)) << h;
-  for (const char* h : {"0.0.0.0", "192.168.1.2", "::", "127.0.0.1.example.com", "localhost.example.com", ""})
+  for (const char* h :
+       {"0.0.0.0", "192.168.1.2", "::", "127.0.0.1.example.com", "localhost.example.com", ""})
     EXPECT_FALSE(IsLoopback(h)) << h;
   // What the pickers write passes; anything more is SQL a person typed.
-  for (const char* f : {"", "0", "ProviderID = 3", "ProviderID = 3 OR ProviderID = 5", " ID=12 or ID = 14 "})
+  for (const char* f :
+       {"", "0", "ProviderID = 3", "ProviderID = 3 OR ProviderID = 5", " ID=12 or ID = 14 "})
     EXPECT_TRUE(IsPickedFilter(f)) << f;
   for (const char* f : {"1=1", "ProviderID = 3 OR 1=1", "ProviderID = 3; DELETE FROM Patient",
                         "ProviderID IN (SELECT ID FROM Employees)", "ProviderID = 3 AND ID = 4",
