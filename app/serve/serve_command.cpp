@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "command.h"
+#include "platform/db/connection.h"
 #include "platform/db/connection_url.h"
 #include "report_host.h"
 #include "serve/server.h"
@@ -26,6 +27,10 @@ int RunServe(const std::vector<std::string>& args) {
   }
   if (options.run.db.empty()) options.run.db = DefaultDatabase();
   try {
+    // The database answers now, or the server does not start: a missing
+    // file or an unreachable server is said once here rather than on every
+    // report.
+    db::Connection(options.run.db).Close();
     ReportServer server(options);
     int port = server.Bind();
     std::string host =

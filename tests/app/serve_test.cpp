@@ -394,6 +394,13 @@ TEST_F(Serve, OtherMachinesNeedAToken) {
   EXPECT_NE(r.out.find("--token"), std::string::npos) << r.out;
 }
 
+TEST_F(Serve, RefusesToStartWithoutItsDatabase) {
+  auto r = HostShell(HostProgram() + " serve --db " + dir + "/missing.db --listen 127.0.0.1:0");
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.out.find("cannot open the database"), std::string::npos) << r.out;
+  EXPECT_FALSE(fs::exists(dir + "/missing.db"));
+}
+
 // Two long runs started together on a server with two workers: both are
 // running at one moment, each ends with the document it would have alone.
 void TwoRunsAtOnce(const std::string& db, const std::string& dir) {
