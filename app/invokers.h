@@ -23,8 +23,12 @@ namespace orv::app {
 // was not given is Empty; `given` says which were.
 class MethodArgs {
  public:
-  MethodArgs(std::vector<Param> params, std::vector<Variant> values, std::vector<bool> given)
-      : params_(std::move(params)), values_(std::move(values)), given_(std::move(given)) {}
+  MethodArgs(std::vector<Param> params, std::vector<Variant> values, std::vector<bool> given,
+             std::vector<std::string> texts = {})
+      : params_(std::move(params)),
+        values_(std::move(values)),
+        given_(std::move(given)),
+        texts_(std::move(texts)) {}
   bool Given(size_t i) const { return i < given_.size() && given_[i]; }
   std::string Str(size_t i) const;
   int32_t Long(size_t i) const;
@@ -34,11 +38,15 @@ class MethodArgs {
   Currency Cur(size_t i) const;
   const Variant& Var(size_t i) const { return values_.at(i); }
   std::vector<int32_t> LongArray(size_t i) const;
+  // The arguments given, by parameter name, as their texts were written
+  // (what a document's identity records).
+  std::vector<std::pair<std::string, std::string>> GivenTexts() const;
 
  private:
   std::vector<Param> params_;
   std::vector<Variant> values_;
   std::vector<bool> given_;
+  std::vector<std::string> texts_;
 };
 
 // Calls the method; a method with a result returns it, others Empty.

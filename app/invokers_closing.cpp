@@ -53,6 +53,11 @@ InvokerRegistrar adjustment_report("rptAdjustmentReport", [](clsReports& r, cons
   return Variant();
 });
 
+InvokerRegistrar day_end_summary("rptDayEndSummary", [](clsReports& r, const MethodArgs& a) {
+  r.rptDayEndSummary(a.Date(0), a.Date(1), a.Str(2));
+  return Variant();
+});
+
 InvokerRegistrar incomplete_invoices("rptIncompleteInvoices", [](clsReports& r,
                                                                   const MethodArgs& a) {
   r.rptIncompleteInvoices(a.Date(0), a.Date(1), a.Str(2), a.Str(3), a.Str(4));

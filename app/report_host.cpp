@@ -14,6 +14,7 @@
 
 #include "app_paths.h"
 #include "command.h"
+#include "common/datetime.h"
 #include "common/errors.h"
 #include "common/vbstrings.h"
 #include "frame/preview_form.h"
@@ -25,6 +26,7 @@
 #include "platform/db/connection_url.h"
 #include "platform/host/host_services.h"
 #include "platform/host/settings.h"
+#include "platform/render/letters.h"
 
 namespace orv::app {
 
@@ -40,10 +42,16 @@ const char* kUsage =
     "options (before or after the method):\n"
     "  --db FILE|URL          the practice database (default: $ORVENDA_DB, else the demo "
     "practice)\n"
-    "  --out FILE             where the document goes: .pdf, .png (one file per page) or .txt;\n"
-    "                         default out/METHOD.pdf. Reports that print go here too when no\n"
-    "                         --printer is given.\n"
-    "  --printer NAME         the CUPS printer for reports that print\n"
+    "  --out FILE             where the document goes: .pdf, .png (one file per page), .txt\n"
+    "                         (its text) or .csv (its tables: one block per table, header\n"
+    "                         row first, money as 1234.50, dates as yyyy-mm-dd; a report\n"
+    "                         without tables gives its text lines); default out/METHOD.pdf.\n"
+    "                         Reports that print go here too when no --printer is given.\n"
+    "  --split                with --out FOLDER/: one PDF per statement, FOLDER/ACCOUNT-NAME.pdf\n"
+    "                         (rptStatements, rptBulkStatements), each numbered on its own\n"
+    "  --printer NAME         the CUPS printer: reports that print go there, and a report\n"
+    "                         that shows its pages is printed there once it has run (the\n"
+    "                         file is then written only when --out is given)\n"
     "  --office N             the office the report is for (OfficeID, and the workstation's\n"
     "                         CurrentOffice unless --setting CurrentOffice=... says otherwise)\n"
     "  --user NAME            the signed-in user (fills every UserName argument not given)\n"
@@ -58,7 +66,12 @@ const char* kUsage =
     "\n"
     "Arguments: in the order of the method's parameters (see help METHOD). A bare word is\n"
     "always taken as the next argument, so a filter such as \"EmployerID=3\" stays a filter;\n"
-    "only --arg names an argument.\n";
+    "only --arg names an argument.\n"
+    "\n"
+    "Every PDF names what made it in its document properties (pdfinfo FILE): Author the\n"
+    "user; Subject the method and its arguments, e.g. rptFeeGuide(ID=1, UserName=desk);\n"
+    "Keywords today=..., database=... (never its password), user=..., office=...,\n"
+    "version=...; Creator the program and its version.\n";
 
 // A progress bar on stderr, when stderr is a terminal.
 void ShowProgress(uint8_t pct) {
@@ -78,6 +91,7 @@ struct Invocation {
   std::string db = DefaultDatabase();
   bool db_given = false;
   std::string out, user, printer;
+  bool split = false;  // one PDF per statement into the folder --out names
   std::optional<int32_t> office;
   float interest_rate = 0;
   int16_t interest_delay = 0;
@@ -118,6 +132,8 @@ Invocation ParseCommandLine(const std::vector<std::string>& args) {
       inv.db_given = true;
     } else if (a == "--out") {
       inv.out = value(a);
+    } else if (a == "--split") {
+      inv.split = true;
     } else if (a == "--user") {
       inv.user = value(a);
     } else if (a == "--answer") {
@@ -275,6 +291,32 @@ const char* ReportUsage() {
   return kUsage;
 }
 
+bool MakesLetters(const MethodSignature& sig) {
+  const std::string name = sig.name;
+  return name == "rptStatements" || name == "rptBulkStatements";
+}
+
+render::DocumentIdentity RunIdentity(const std::string& method,
+                                     std::vector<std::pair<std::string, std::string>> arguments,
+                                     const std::string& database, const std::string& user,
+                                     std::optional<int32_t> office) {
+  render::DocumentIdentity id;
+  id.method = method;
+  id.arguments = std::move(arguments);
+  // A practice file by its absolute path, so that the run can be traced
+  // from any folder; a server's URL as given, less its password.
+  const std::string file = DatabaseFile(database);
+  std::error_code ec;
+  id.database = file.empty() ? db::MaskSecrets(database) : fs::absolute(file, ec).string();
+  // The day the run takes as today: --today's, or the clock's.
+  id.today = Clock::Today().ToIsoDate();
+  id.user = user;
+  if (office) id.office = std::to_string(*office);
+  id.version = ORVENDA_VERSION;
+  id.program = "orvenda-reports";
+  return id;
+}
+
 std::string DefaultDatabase() {
   const char* env = std::getenv("ORVENDA_DB");
   return env && *env ? env : ORVENDA_DEMO_DB;
@@ -323,6 +365,25 @@ int RunReportHost(const std::vector<std::string>& args) {
     return 2;
   }
 
+  // One PDF per statement: only runs of statements are letters to split,
+  // and they go into a folder. Refused before the run, so nothing is
+  // written and no statement date is stamped.
+  if (inv.split) {
+    if (!MakesLetters(*sig)) {
+      Say("orvenda-reports: --split writes one PDF per statement, and " + std::string(sig->name) +
+          " prints no statements (rptStatements and rptBulkStatements do); nothing was written");
+      return 1;
+    }
+    std::error_code ec;
+    if (inv.out.empty() || !(inv.out.back() == '/' || fs::is_directory(inv.out, ec))) {
+      Say("orvenda-reports: --split wants the folder the statements go to: --out FOLDER/");
+      return 2;
+    }
+  }
+  // A report that shows its pages and is sent to a printer writes a file
+  // only when asked to.
+  const bool out_given = !inv.out.empty();
+
   // The output: never a database the run reads, and of a known kind.
   if (inv.out.empty()) inv.out = "out/" + std::string(sig->name) + ".pdf";
   std::vector<std::string> databases{DatabaseFile(inv.db)};
@@ -338,8 +399,9 @@ int RunReportHost(const std::vector<std::string>& args) {
       return 2;
     }
   }
-  if (!PreviewForm::IsKnownOutput(inv.out)) {
-    Say("orvenda-reports: --out " + inv.out + " has no known kind: name it .pdf, .png or .txt");
+  if (!inv.split && !PreviewForm::IsKnownOutput(inv.out)) {
+    Say("orvenda-reports: --out " + inv.out +
+        " has no known kind: name it .pdf, .png, .txt or .csv (or a folder with --split)");
     return 2;
   }
   if (std::string file = DatabaseFile(inv.db);
@@ -358,7 +420,9 @@ int RunReportHost(const std::vector<std::string>& args) {
   // method with a result only prints it.
   std::error_code ec;
   fs::path outp(inv.out);
-  if (!*sig->result && outp.has_parent_path()) fs::create_directories(outp.parent_path(), ec);
+  // Split statements make their folder once they are written.
+  if (!*sig->result && !inv.split && outp.has_parent_path())
+    fs::create_directories(outp.parent_path(), ec);
 
   PreviewForm form;
   // Nothing reaches the output until the report has succeeded.
@@ -379,8 +443,11 @@ int RunReportHost(const std::vector<std::string>& args) {
       else
         store.Override(key.substr(0, dot), key.substr(dot + 1), val);
     }
-    form.SetOutput(inv.out);
+    // Split statements are written from the finished document below.
+    form.SetOutput(inv.split || (!inv.printer.empty() && !out_given) ? "" : inv.out);
+    if (!inv.split && !inv.printer.empty() && !out_given) form.SetPrintFile(inv.out);
     if (!inv.printer.empty()) form.SetPrinter(inv.printer);
+    form.VSP.Identity(RunIdentity(sig->name, margs->GivenTexts(), inv.db, inv.user, inv.office));
     CliHost cli_host(inv.answer);
     clsReports reports;
     reports.SetHostServices(&cli_host);
@@ -410,7 +477,33 @@ int RunReportHost(const std::vector<std::string>& args) {
     // A report that leaves showing the form to the host still has its
     // pages written.
     if (form.ShowCount() == 0 && form.PrintCount() == 0 && form.VSP.PageCount() > 0) form.Show();
+    // A report that showed its pages goes to the printer as the person
+    // would send it from the preview.
+    if (!inv.printer.empty() && form.PrintCount() == 0 && form.VSP.PageCount() > 0) {
+      form.Print(form.VSP.Document(), false);
+      if (form.PrintRefused()) {
+        form.DiscardWrites();
+        Say("orvenda-reports: " + std::string(sig->name) + " was not printed; nothing was written");
+        return 1;
+      }
+    }
+    if (inv.split) {
+      if (form.VSP.Document().letters.empty()) {
+        form.DiscardWrites();
+        Say("orvenda-reports: " + std::string(sig->name) +
+            " printed no statement, so there is nothing to split; nothing was written");
+        return 1;
+      }
+      std::vector<std::string> letters = render::WriteLetterPdfs(form.VSP.Document(), inv.out);
+      form.CommitWrites();
+      Say("wrote " + std::to_string(letters.size()) + " statement" +
+          (letters.size() == 1 ? "" : "s") + " to " + inv.out + ": " +
+          fs::path(letters.front()).filename().string() +
+          (letters.size() > 1 ? " ... " + fs::path(letters.back()).filename().string() : ""));
+      return 0;
+    }
     form.CommitWrites();
+    for (const auto& job : form.PrintJobs()) Say("printed on " + inv.printer + " as job " + job);
     const auto& files = form.WrittenFiles();
     // A report that ends without a word and without a document (the
     // predetermination forms do so on an error) still failed for the script.
@@ -426,7 +519,7 @@ int RunReportHost(const std::vector<std::string>& args) {
       Say("wrote " + count + ": " + files.front() + " ... " + files.back());
     // Some methods draw nothing by design (entries kept for older hosts, a
     // slip without its appointment): say so rather than stay silent.
-    else if (result.IsEmpty())
+    else if (result.IsEmpty() && form.PrintJobs().empty())
       Say(std::string(sig->name) + " drew nothing; no file was written");
   } catch (const ReportError& e) {
     form.DiscardWrites();
@@ -548,6 +641,10 @@ int RunHelp(const std::vector<std::string>& args) {
         "  It draws into a running document: here it runs in one of its own, headed and\n"
         "  footed like a report.\n");
   if (*m->result) std::printf("  It prints its result on standard output.\n");
+  if (MakesLetters(*m))
+    std::printf(
+        "  With --split --out FOLDER/ each statement is a PDF of its own,\n"
+        "  FOLDER/ACCOUNT-NAME.pdf, numbered and worded as it prints in the run.\n");
   std::vector<Param> params = ParseParams(m->params);
   std::vector<std::string> example = ExampleWords(m->example);
   std::printf(

@@ -3,10 +3,15 @@
 // InterestRate, InterestDelay, then the method), and writes the document.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/variant.h"
+#include "method_catalog.h"
+#include "platform/render/document_record.h"
 
 namespace orv {
 class clsReports;
@@ -38,5 +43,19 @@ std::string DefaultDatabase();
 
 // The usage of report runs, for --help.
 const char* ReportUsage();
+
+// True for the methods whose document is a run of letters (statements)
+// that can be written one file per letter (render::WriteLetterPdfs).
+bool MakesLetters(const MethodSignature& sig);
+
+// The identity a host gives the document of one run (its PDF's metadata):
+// the method and its arguments as given (name, text), the database with
+// any password masked, the clock's today, the user, the office, and this
+// program and its version. Set it with PrintSurface::Identity before the
+// run.
+render::DocumentIdentity RunIdentity(const std::string& method,
+                                     std::vector<std::pair<std::string, std::string>> arguments,
+                                     const std::string& database, const std::string& user,
+                                     std::optional<int32_t> office);
 
 }  // namespace orv::app

@@ -1,6 +1,7 @@
 // The time of the period-closing sections on a demo practice: the detailed
 // analysis of a month in both payment readings, the summary analysis of
-// the month for the practice, and the income by provider. Prints seconds
+// the month for the practice, the income by provider and the practice
+// analysis of the month beside the year before. Prints seconds
 // per run, the share spent inside SQLite, the pages, and the slowest
 // statements of the detailed analysis.
 //
@@ -87,6 +88,10 @@ int main(int argc, char** argv) {
        }),
        true);
   time("rptIncomeByProvider", [&] { reports.rptIncomeByProvider(start, end, providers, false, "bench"); });
+  // Free units are counted per provider and day in both years: the office
+  // of the workstation must be set for its unit length.
+  reports.OfficeID = 1;
+  time("rptDayEndSummary", [&] { reports.rptDayEndSummary(start, end, "bench"); }, true);
 
   conn.Close();
   std::filesystem::remove(path);

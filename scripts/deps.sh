@@ -7,6 +7,7 @@ pkgs=(build-essential cmake pkg-config libgtest-dev libsqlite3-dev sqlite3 libpq
       libcpp-httplib-dev nlohmann-json3-dev
       poppler-utils qpdf python3 chromium
       postgresql postgresql-client
+      cups cups-client cups-filters
       clang libclang-rt-14-dev)
 missing=()
 for p in "${pkgs[@]}"; do

@@ -25,23 +25,36 @@ export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 app="$root/$build/app/orvenda-reports"
 
-# A PostgreSQL cluster of our own (own data folder, loopback, free port),
-# stopped on the way out. Under CI the server tests must run; elsewhere a
-# machine without the server skips them and says so.
-pg_dir=""
-if [ -z "${ORVENDA_TEST_PG:-}" ]; then
-  pg_dir=$(mktemp -d /tmp/orvenda-pg.XXXXXX)
-  if ORVENDA_TEST_PG=$(bash scripts/pg.sh start "$pg_dir"); then
-    export ORVENDA_TEST_PG
-    trap 'bash "$root/scripts/pg.sh" stop "$pg_dir"; rm -rf "$pg_dir"' EXIT
-    echo "== PostgreSQL test server at $ORVENDA_TEST_PG"
+# The servers the tests start are stopped on the way out, whatever happens.
+on_exit=()
+cleanup() { for c in "${on_exit[@]}"; do eval "$c"; done; }
+trap cleanup EXIT
+
+# Starts a throwaway server with scripts/SCRIPT.sh in a folder of its own,
+# exports what it prints (how to reach it) as VAR and stops it on the way
+# out. Under CI the tests that need it must run; elsewhere a machine without
+# it skips them and says so. A VAR already set names a server to use.
+#   start_server SCRIPT VAR "WHAT"
+start_server() {
+  local script=$1 var=$2 what=$3 dir value
+  [ -z "${!var:-}" ] || return 0
+  dir=$(mktemp -d "/tmp/orvenda-$script.XXXXXX")
+  if value=$(bash "scripts/$script.sh" start "$dir"); then
+    export "$var=$value"
+    on_exit+=("bash \"\$root/scripts/$script.sh\" stop '$dir'; rm -rf '$dir'")
+    echo "== $what at $value"
   else
-    rm -rf "$pg_dir"
-    unset ORVENDA_TEST_PG
-    if [ -n "${CI:-}" ]; then echo "PostgreSQL did not start; under CI its tests must run" >&2; exit 1; fi
-    echo "== PostgreSQL is not available here: its tests are skipped"
+    rm -rf "$dir"
+    unset "$var"
+    if [ -n "${CI:-}" ]; then echo "$what did not start; under CI its tests must run" >&2; exit 1; fi
+    echo "== $what is not available here: its tests are skipped"
   fi
-fi
+}
+# A PostgreSQL cluster of our own (own data folder, loopback, free port).
+start_server pg ORVENDA_TEST_PG "PostgreSQL test server"
+# A CUPS scheduler of our own whose queue orvenda-test prints to a file,
+# for the printing tests.
+start_server cups CUPS_SERVER "CUPS test scheduler"
 
 ctest --test-dir "$build" --output-on-failure -j"$jobs"
 

@@ -95,6 +95,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
   while (!rs.Eof()) {
     int32_t account = CLng(rs["ID"].Value());
     std::string name, address, condition;
+    std::string printed_name;  // as it prints, unescaped, for the letter's file
     if (IsFamilyStatement) {
       int32_t holder = CLng(rs["PrimaryHolderID"].Value());
       if (!holders_done.insert(holder).second) {
@@ -103,8 +104,9 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
         continue;
       }
       account = holder;
-      name = frame::EscapeCell(vb::Trim(cf.returnStr(rs["PolicyFirstName"].Value()) + " " +
-                                        cf.returnStr(rs["PolicyLastName"].Value())));
+      printed_name = vb::Trim(cf.returnStr(rs["PolicyFirstName"].Value()) + " " +
+                              cf.returnStr(rs["PolicyLastName"].Value()));
+      name = frame::EscapeCell(printed_name);
       address = frame::EscapeCell(cf.returnStr(rs["PolicyAddress"].Value()));
       // Both terms take the holder's ID, the row's patient's too: the page
       // is the holder's account, so it holds the holder's own invoices and
@@ -123,8 +125,9 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
       condition = "WHERE (Invoices.[Complete?] = - 1 or Invoices.[Complete?] = 1) and (" +
                   condition + ") AND Cancelled IS NULL";
     } else {
-      name = frame::EscapeCell(vb::Trim(cf.returnStr(rs["FirstName"].Value()) + " " +
-                                        cf.returnStr(rs["LastName"].Value())));
+      printed_name = vb::Trim(cf.returnStr(rs["FirstName"].Value()) + " " +
+                              cf.returnStr(rs["LastName"].Value()));
+      name = frame::EscapeCell(printed_name);
       address = frame::EscapeCell(cf.returnStr(rs["Address"].Value()));
       condition =
           "WHERE (Invoices.[Complete?] = - 1 or [Complete?] = 1) and Cancelled IS NULL AND "
@@ -192,7 +195,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     // 2. The page: letterhead, title, the account's name and number.
     if (pages_made > 0) vsp.NewPage();
     ++pages_made;
-    accounts.push_back({vsp.CurrentPage(), Header});
+    accounts.push_back({vsp.CurrentPage(), Header, account, printed_name});
     vsp.DocName(IsFamilyStatement ? "Family Statement" : "Patient Statement");
     PrintLetterHead();
     vsp.FontName("Tahoma");
@@ -256,6 +259,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
   // statement note on the line below the age table, and under the margin
   // the date, the run's header and the page number. A failure here is
   // dropped so that what was printed is still shown.
+  vsp.Letters(frame::LettersOf(accounts));
   try {
     vsp.Action(6);
     std::string note = cf.returnStr(

@@ -83,6 +83,8 @@ struct Statement {
   bool family = false;      // a family statement was asked for
   bool printed = false;
   int first_page = 0;
+  int32_t addressee = 0;  // whose letter it is: the responsible member or the patient
+  std::string addressee_name;
   bool french = false;
   Currency patient_balance, insurance_balance;
 };
@@ -558,8 +560,11 @@ void StatementRun::PageSetUp(Statement& s, const Working& w) {
   vsp_.TextAlign(0);
   vsp_.IndentLeft(kWindowLeft - vsp_.MarginLeft());
   const std::string address = cf_.returnStr(db::ReturnValue(conn, "Patient", "ID", key, "Address"));
-  vsp_.Text(vb::Trim(cf_.returnStr(db::ReturnValue(conn, "Patient", "ID", key, "FirstName")) + " " +
-                     cf_.returnStr(db::ReturnValue(conn, "Patient", "ID", key, "LastName"))));
+  s.addressee = addressee;
+  s.addressee_name =
+      vb::Trim(cf_.returnStr(db::ReturnValue(conn, "Patient", "ID", key, "FirstName")) + " " +
+               cf_.returnStr(db::ReturnValue(conn, "Patient", "ID", key, "LastName")));
+  vsp_.Text(s.addressee_name);
   const std::string street = r_.ReturnAddressPart(address, 0);
   const std::string street2 = r_.ReturnAddressPart(address, 1);
   const std::string city = r_.ReturnAddressPart(address, 2);
@@ -850,8 +855,9 @@ void StatementRun::SummaryOverlay() {
   std::vector<frame::DocumentPart> parts;
   for (const Statement& s : statements_)
     if (s.printed)
-      parts.push_back({s.first_page, s.french ? statements::kFrench.title : kPrintedBy});
-  if (parts.empty()) parts.push_back({1, kPrintedBy});
+      parts.push_back({s.first_page, s.french ? statements::kFrench.title : kPrintedBy, s.addressee,
+                       s.addressee_name});
+  if (parts.empty()) parts.push_back({1, kPrintedBy, 0, {}});
   r_.PrintPageFooters(parts);
   vsp_.EndDoc();
   for (const Statement& s : statements_) {

@@ -1,10 +1,7 @@
 // Booking diagnostics: how many appointment units each provider had free in
 // a period against how many were booked, this year and the same period a
 // year before, then the same counts per team member who booked them.
-#include <cmath>
-#include <limits>
-
-#include "appointments/appointment_text.h"
+#include "appointments/availability.h"
 #include "common/common_functions.h"
 #include "common/datetime.h"
 #include "common/errors.h"
@@ -15,88 +12,9 @@
 
 namespace orv {
 
-namespace appointments {
-
-int32_t AddUnits(int32_t sum, double span, int unit_minutes) {
-  // An office without a unit length cannot count units: that is a fault,
-  // not a day with none.
-  if (unit_minutes == 0) throw DivisionByZeroError();
-  // The sum is a 32-bit integer: each step's result is rounded to the
-  // nearest whole unit, ties to even, as it is stored (4.5 + 4.5 makes 4 + 4).
-  const double v = std::nearbyint(static_cast<double>(sum) + span / unit_minutes);
-  if (v > std::numeric_limits<int32_t>::max() || v < std::numeric_limits<int32_t>::min())
-    throw OverflowError();
-  return static_cast<int32_t>(v);
-}
-
-}  // namespace appointments
-
 namespace {
 
-using appointments::AddUnits;
-using appointments::Minutes;
-
 std::string Day(const DateTime& d) { return Format(Variant(d), "yyyy-mm-dd"); }
-
-std::string WeekdayName(const DateTime& d) { return Format(Variant(d), "dddd"); }
-
-// The statements of one provider's day, each written once per text and run
-// per provider and day.
-struct DayCounter {
-  clsReports& r;
-  clsCommonFunctions& cf;
-  int unit_minutes;
-
-  // The running sum of units available to `provider` (its Employees row
-  // in `emp`) with `day` added to `units`.
-  int32_t Available(const db::Recordset& emp, const std::string& provider, const DateTime& day,
-                    bool last_year, int32_t units) {
-    const std::string d = Day(day);
-    // A whole day off counts nothing, whatever the working hours. Last
-    // year's days read the same rows by the statement written for them.
-    db::Recordset off = r.Open(
-        last_year ? "Select * from EmployeeHolidays where FromTime is null and ToTime is null and "
-                    "FromDate <= '" + d + "' AND ToDate >= '" + d + "' AND EmployeeID = " + provider
-                  : "SELECT * FROM EmployeeHolidays WHERE (FromDate <= '" + d + "') AND (ToDate >= '" +
-                        d + "') AND (EmployeeID = " + provider +
-                        ") AND (FromTime IS NULL) AND (ToTime IS NULL)",
-        db::adOpenForwardOnly);
-    if (!off.Eof()) return units;
-    const std::string wd = WeekdayName(day);
-    units = AddUnits(units, Minutes(cf, emp[wd + "to"].Value()) - Minutes(cf, emp[wd + "From"].Value()),
-                     unit_minutes);
-    // Lunch is read from the columns the schedule keeps, LunchFrom<Weekday>
-    // and Lunchto<Weekday>, the ones the day sheet shades: an office keeps
-    // one lunch, and both reports must count the same one.
-    units = AddUnits(units,
-                     -(Minutes(cf, emp["Lunchto" + wd].Value()) - Minutes(cf, emp["LunchFrom" + wd].Value())),
-                     unit_minutes);
-    // Partly free days subtract their own span. The whole days off were
-    // counted above, so only rows with both times take part here (a row
-    // without times has no span), for this year and last alike.
-    db::Recordset part = r.Open("Select * from EmployeeHolidays where FromDate <= '" + d +
-                                    "' and ToDate >='" + d + "' and  EmployeeID = " + provider,
-                                db::adOpenForwardOnly);
-    while (!part.Eof()) {
-      if (!part["FromTime"].Value().IsNull() && !part["ToTime"].Value().IsNull())
-        units = AddUnits(units, -(Minutes(cf, part["ToTime"].Value()) - Minutes(cf, part["FromTime"].Value())),
-                         unit_minutes);
-      part.MoveNext();
-    }
-    db::Recordset extra = r.Open(
-        last_year ? "Select * from EmployeeSpecialDays where EmployeeID = " + provider +
-                        " and StartDate <= '" + d + "' and EndDate >='" + d + "'"
-                  : "Select * from EmployeeSpecialDays where StartDate <= '" + d + "' and EndDate >='" +
-                        d + "' and EmployeeID = " + provider,
-        db::adOpenForwardOnly);
-    while (!extra.Eof()) {
-      units = AddUnits(units, Minutes(cf, extra["EndTime"].Value()) - Minutes(cf, extra["StartTime"].Value()),
-                       unit_minutes);
-      extra.MoveNext();
-    }
-    return units;
-  }
-};
 
 }  // namespace
 
@@ -122,12 +40,7 @@ void clsReports::srptBookingDiagnostics(DateTime dtStart, DateTime dtEnd) {
   const int32_t office_booked = cf.ReturnNumber(office_units);
   const int32_t office_booked_ly = cf.ReturnNumber(office_units_ly);
 
-  db::Recordset office = Open("Select UnitMinutes from OfficeInformation where ID = " + std::to_string(OfficeID));
-  // Without the office there is no unit to count in: say which office,
-  // rather than fail later on a division.
-  if (office.Eof()) throw ReportError(0, "The office " + std::to_string(OfficeID) + " is not on file");
-  const int unit_minutes = static_cast<int>(cf.ReturnVal(office["UnitMinutes"].Value()));
-  DayCounter counter{*this, cf, unit_minutes};
+  appointments::Availability availability(*this, OfficeID);
 
   // DisplayName joins ChairID with "+": the chair is text in the schedule,
   // so the concatenation stays a text one on every engine.
@@ -144,10 +57,8 @@ void clsReports::srptBookingDiagnostics(DateTime dtStart, DateTime dtEnd) {
   while (!providers.Eof()) {
     const std::string key = cf.returnStr(providers["ID"].Value());
     int32_t avail = 0, avail_ly = 0;
-    for (DateTime d = dtStart; d <= dtEnd; d = DateAdd("d", 1, d)) {
-      avail = counter.Available(providers, key, d, false, avail);
-      avail_ly = counter.Available(providers, key, DateAdd("yyyy", -1, d), true, avail_ly);
-    }
+    availability.AddPeriod(providers, key, dtStart, dtEnd, appointments::DayStatements::LastYear, avail,
+                           avail_ly);
     Variant units, est, units_ly, est_ly;
     sums("ProviderID = " + key + " AND " + period(dtStart, dtEnd), units, est);
     sums("ProviderID = " + key + " AND " + period(ly_start, ly_end), units_ly, est_ly);

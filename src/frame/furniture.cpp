@@ -57,7 +57,7 @@ void clsReports::PrintReportHeading(const std::string& Title, const std::string&
 }
 
 void clsReports::PrintPageFooters(const std::string& FooterText) {
-  PrintPageFooters(std::vector<frame::DocumentPart>{{1, FooterText}});
+  PrintPageFooters(std::vector<frame::DocumentPart>{{1, FooterText, 0, {}}});
 }
 
 void clsReports::PrintPageFooters(const std::vector<frame::DocumentPart>& Parts) {
@@ -66,6 +66,8 @@ void clsReports::PrintPageFooters(const std::vector<frame::DocumentPart>& Parts)
   try {
     frame::PrintSurface& vsp = VSP();
     vsp.Action(6);
+    // Parts that are letters (statements) are kept for one file per letter.
+    if (auto letters = frame::LettersOf(Parts); !letters.empty()) vsp.Letters(std::move(letters));
     int n = vsp.PageCount();
     std::string today = Format(Variant(Clock::Today()), "mmm/dd/yyyy");
     for (int p = 1; p <= n; ++p) {

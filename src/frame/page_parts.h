@@ -3,8 +3,11 @@
 // and each letter's footer has its own text, in its own language.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
+
+#include "platform/render/document_record.h"
 
 namespace orv::frame {
 
@@ -14,7 +17,19 @@ namespace orv::frame {
 struct DocumentPart {
   int first_page = 1;
   std::string footer;
+  // Whose letter it is, for writing each letter to a file of its own: the
+  // addressee's patient ID (0: the part is no one's letter) and name.
+  int32_t account = 0;
+  std::string name;
 };
+
+// The parts that are someone's letter, as the document records them.
+inline std::vector<render::Letter> LettersOf(const std::vector<DocumentPart>& parts) {
+  std::vector<render::Letter> letters;
+  for (const DocumentPart& p : parts)
+    if (p.account != 0) letters.push_back({p.first_page, p.account, p.name});
+  return letters;
+}
 
 // Where one page stands within its letter.
 struct PagePlace {

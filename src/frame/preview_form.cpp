@@ -10,7 +10,9 @@
 #include <map>
 
 #include "common/errors.h"
+#include "platform/host/cups.h"
 #include "platform/host/files.h"
+#include "platform/render/csv.h"
 #include "platform/render/renderer.h"
 
 namespace orv {
@@ -31,17 +33,6 @@ std::string WithSuffix(const std::string& path, const std::string& suffix, const
   if (dot == std::string::npos || (slash != std::string::npos && dot < slash))
     return path + suffix + ext;
   return path.substr(0, dot) + suffix + ext;
-}
-
-std::string Quote(const std::string& s) {
-  std::string q = "'";
-  for (char c : s) {
-    if (c == '\'')
-      q += "'\\''";
-    else
-      q += c;
-  }
-  return q + "'";
 }
 
 // True for an existing file that begins as every SQLite database does.
@@ -79,12 +70,14 @@ void PreviewForm::Visible(bool visible) {
 }
 
 bool PreviewForm::IsKnownOutput(const std::string& path) {
-  return EndsWith(path, ".pdf") || EndsWith(path, ".png") || EndsWith(path, ".txt");
+  return EndsWith(path, ".pdf") || EndsWith(path, ".png") || EndsWith(path, ".txt") ||
+         EndsWith(path, ".csv");
 }
 
 void PreviewForm::SetOutput(std::string path) {
   if (!path.empty() && !IsKnownOutput(path)) {
-    throw ReportError(5, "The output " + path + " has no known kind: name it .pdf, .png or .txt");
+    throw ReportError(
+        5, "The output " + path + " has no known kind: name it .pdf, .png, .txt or .csv");
   }
   output_ = std::move(path);
 }
@@ -160,6 +153,8 @@ void PreviewForm::WriteDocument(const std::string& path) {
       out.flush();
       if (!out) throw ReportError(75, "Path/File access error: " + path);
     });
+  } else if (EndsWith(path, ".csv")) {
+    write(path, [&](const std::string& f) { render::WriteCsv(doc, f); });
   } else {
     write(path, [&](const std::string& f) { render::RenderPdf(doc, f); });
   }
@@ -183,51 +178,30 @@ void PreviewForm::Print(const render::Document& doc, bool ask) {
   std::string tmp = host::GetNewTempFile("orv");
   if (tmp.empty()) throw ReportError(75, "Cannot create a temporary file to print");
   std::string pdf = tmp + ".pdf";
-  render::RenderPdf(doc, pdf);
-  bool ok =
-      host::SyncShell("lp -d " + Quote(printer) + " " + Quote(pdf) + " >/dev/null 2>&1", 60000);
+  host::PrintOutcome outcome;
+  try {
+    render::RenderPdf(doc, pdf);
+    outcome = host::PrintPdfWithCups(printer, pdf, doc.name);
+  } catch (...) {
+    std::remove(pdf.c_str());
+    std::remove(tmp.c_str());
+    throw;
+  }
   std::remove(pdf.c_str());
   std::remove(tmp.c_str());
-  if (!ok) {
-    // The job is lost to the printer; the host has to know the run failed.
-    print_refused_ = true;
-    WriteDocument(file);
-    notify_("The printer " + printer + " did not take the document; it was written to " + file);
+  if (outcome.printed) {
+    print_jobs_.push_back(outcome.job);
+    return;
   }
+  // The job is lost to the printer; the host has to know the run failed.
+  // A host that holds its writes discards this file with the run.
+  print_refused_ = true;
+  WriteDocument(file);
+  notify_(outcome.message + (hold_ ? "" : "; the document was written to " + file));
 }
 
 int PreviewForm::ShowDialog(int kind) {
   return dialog_answer_;
-}
-
-std::string DocumentText(const render::Document& doc) {
-  std::string out;
-  for (size_t p = 0; p < doc.pages.size(); ++p) {
-    if (p) out += '\f';
-    // Group runs by baseline (rounded to a twip), then order each line by x.
-    std::map<long, std::vector<const render::TextRun*>> lines;
-    for (const auto& item : doc.pages[p].items) {
-      if (const auto* run = std::get_if<render::TextRun>(&item)) {
-        lines[std::lround(run->baseline.value())].push_back(run);
-      }
-    }
-    for (auto& [y, runs] : lines) {
-      std::stable_sort(runs.begin(), runs.end(),
-                       [](auto* a, auto* b) { return a->x.value() < b->x.value(); });
-      std::string line;
-      double end = -1;
-      for (const auto* r : runs) {
-        // Separate runs that do not touch by at least one blank.
-        if (end >= 0 && r->x.value() > end + 20 && (line.empty() || line.back() != ' '))
-          line += ' ';
-        line += r->text;
-        end = r->x.value() + r->width.value();
-      }
-      out += line;
-      out += '\n';
-    }
-  }
-  return out;
 }
 
 }  // namespace orv

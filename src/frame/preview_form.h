@@ -14,6 +14,7 @@
 
 #include "frame/surface/print_host.h"
 #include "frame/surface/surface.h"
+#include "platform/render/document_text.h"
 
 namespace orv {
 
@@ -38,7 +39,8 @@ class PreviewForm : public frame::PrintHost {
 
   // --- What the host configures ---
   // Where Show writes: "x.pdf" (all pages), "x.png" (one PNG per page:
-  // x.png, x-2.png, ...), "x.txt" (the text of every page). Empty: nowhere.
+  // x.png, x-2.png, ...), "x.txt" (the text of every page), "x.csv" (the
+  // tables, platform/render/csv.h). Empty: nowhere.
   // Any other extension is refused here (ReportError 5), before a report
   // runs, so a typo never ends in a file of the wrong kind.
   void SetOutput(std::string path);
@@ -72,6 +74,8 @@ class PreviewForm : public frame::PrintHost {
   // True when a job went to a file because no printer was named.
   bool PrintedWithoutPrinter() const { return printed_to_file_; }
   const std::vector<std::string>& WrittenFiles() const { return written_; }
+  // The CUPS jobs the printer took ("orvenda-test-12"), in order.
+  const std::vector<std::string>& PrintJobs() const { return print_jobs_; }
 
   // PrintHost
   void Print(const render::Document& doc, bool ask) override;
@@ -94,12 +98,11 @@ class PreviewForm : public frame::PrintHost {
   int dialog_answer_ = 1;
   std::string output_, printer_, print_file_, selected_printer_;
   std::vector<std::string> written_;
+  std::vector<std::string> print_jobs_;
   std::function<void(const std::string&)> notify_;
 };
 
-// The text of a document, page by page: each line of text runs that share a
-// baseline, left to right, pages separated by a form feed. What the ".txt"
-// output holds and what tests read.
-std::string DocumentText(const render::Document& doc);
+// The text of a document, page by page (platform/render/document_text.h).
+using render::DocumentText;
 
 }  // namespace orv

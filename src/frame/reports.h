@@ -381,6 +381,15 @@ class clsReports {
   // "Account: " name, number and transit of the account `AccountID` (a
   // bare number), or nothing when it is not on file.
   void PrintAccountLine(const std::string& AccountID);
+  // ---- Practice analysis ----
+  // The practice's vital signs from `dtStartDate` to `dtEndDate` (whole
+  // days) beside the same days one calendar year before: production by
+  // category and provider, how soon invoices were paid, payment types,
+  // adjustments and post-dated payments, booked against available units,
+  // who booked, appointment planning, referrals and office growth. Reads
+  // only. Errors show the report's message box; the document stays as far
+  // as it got.
+  void rptDayEndSummary(DateTime dtStartDate, DateTime dtEndDate, std::string UserName);
   // ---- Period closing: small sections ----
   // Every invoice not yet complete (the dates do not limit it) with its
   // people and totals, and its lines' complete and in-progress sums.

@@ -176,7 +176,7 @@ TEST_F(HostSafety, BadArgumentsAreRefusedByName) {
        "--office (Long) wants an office number, e.g. --office 1"},
       {"enumeration out of its members", "ReturnAddressPart x Town",
        "Part (AddressParts) wants one of Street1=0"},
-      {"unknown output kind", "--out report.docx rptFeeGuide 1", "name it .pdf, .png or .txt"},
+      {"unknown output kind", "--out report.docx rptFeeGuide 1", "name it .pdf, .png, .txt or .csv"},
       {"mistyped option", "--ofice 1 rptFeeGuide 1", "unknown option --ofice"},
   };
   for (const auto& c : cases) {

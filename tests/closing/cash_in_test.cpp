@@ -220,17 +220,38 @@ TEST_F(CashIn, DepositSlip) {
   EXPECT_EQ(LineWith("Account:"), "Account: Payroll No.: 67890 Trans.: 00022");
 }
 
-// A type's heading that would land in the last four lines of a page goes
-// to the next page with its rows.
-TEST_F(CashIn, DepositSlipHeadingNeverAloneAtThePageFoot) {
-  NewDocument();
-  frame::PrintSurface& vsp = reports.VSP();
-  vsp.CurrentY(vsp.PageHeight() - vsp.MarginBottom() - Twips(300));
-  reports.srptBankDepositSlip(Mar(10), Mar(12), "Ana", 0);
-  const std::string text = Text();
-  const size_t page_break = text.find('\f');
-  ASSERT_NE(page_break, std::string::npos);
-  EXPECT_LT(page_break, text.find("Cash\n"));
+// A type's name keeps four lines of room below it: with less, name and
+// table start the next page together, even where the name, the table's
+// header and a first row would still squeeze in; with more, nothing moves.
+TEST_F(CashIn, DepositSlipNameAndTableKeptOnOnePage) {
+  struct Case {
+    const char* name;
+    double lines_left;  // in heights of "X" at the name's 10-point bold
+    bool moved;
+  } const cases[] = {
+      {"three and a half lines left", 3.5, true},
+      {"five lines left", 5, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    NewDocument();
+    frame::PrintSurface& vsp = reports.VSP();
+    vsp.FontSize(10);
+    vsp.FontBold(true);
+    const Twips x = vsp.TextHeight("X");
+    vsp.FontBold(false);
+    vsp.CurrentY(vsp.PageHeight() - vsp.MarginBottom() - c.lines_left * x);
+    reports.srptBankDepositSlip(Mar(10), Mar(12), "Ana", 0);
+    const std::string text = Text();
+    const size_t page_break = text.find('\f');
+    const size_t name = text.find("Cash\n");
+    const size_t first_row = text.find("Mar/10/2026 (N/A) 101 Claire 100.00");
+    ASSERT_NE(name, std::string::npos);
+    ASSERT_NE(first_row, std::string::npos);
+    // Name and first row always share a page.
+    EXPECT_EQ(page_break < name, page_break < first_row);
+    EXPECT_EQ(page_break != std::string::npos && page_break < name, c.moved);
+  }
 }
 
 TEST_F(CashIn, AdjustmentReportDrawsNothing) {

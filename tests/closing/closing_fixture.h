@@ -129,8 +129,10 @@ inline std::string SummaryTotalRow(const std::string& text) {
 
 class ClosingTest : public AccountFixture {
  protected:
+  // The rows the test's practice adds to the account fixture's.
+  virtual std::string Rows() const { return kClosingRows; }
   void SetUp() override {
-    AccountFixture::SetUpPractice(kClosingRows);
+    AccountFixture::SetUpPractice(Rows());
     if (IsSkipped() || HasFatalFailure()) return;
     form.SetNotifier([](const std::string&) {});
     reports.Connection(conn_);

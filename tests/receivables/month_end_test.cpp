@@ -56,6 +56,50 @@ TEST_F(MonthEnd, IdleDaysPrintDashesAndCarryTheReceivable) {
   EXPECT_EQ(LineWith("Opening A/R: "), "Opening A/R: 0.00");
 }
 
+// The opening's third read puts each complete invoice still open before
+// the start at what it stood for on the eve: with interest charged, whole
+// cents (111 is 100.0050, less 100 paid on it); the settled total only when
+// the eve is today (181 is 120.00, settled at 100.0050). An invoice of the
+// start day is the first day's row and no part of the opening.
+TEST_F(MonthEnd, OpeningCountsOpenInvoicesAsOnTheEve) {
+  struct Case {
+    const char* name;
+    double rate;
+    const char* invoice;
+    DateTime from;
+    const char* opening;
+  } const cases[] = {
+      {"interest charged: whole cents", 1.5, "111", Day(2026, 11, 1), "Opening A/R: 0.00"},
+      {"no interest: the stored total", 0, "111", Day(2026, 11, 1), "Opening A/R: 0.01"},
+      {"an invoice of the first day", 1.5, "111", Day(2026, 10, 12), "Opening A/R: 0.00"},
+      {"settled total, the eve being today", 0, "181", Day(2026, 11, 21), "Opening A/R: 100.00"},
+      {"settled total not known on another eve", 0, "181", Day(2026, 11, 22), "Opening A/R: 120.00"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    form.VSP.KillDoc();
+    reports.InterestRate = c.rate;
+    const std::string filter = std::string("Invoices.ID = ") + c.invoice;
+    reports.rptMonthEndAnalysis(c.from, c.from, filter, filter, "");
+    ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+    EXPECT_EQ(LineWith("Opening A/R: "), c.opening);
+  }
+}
+
+// Interest collected is the money (not adjustments) applied within the
+// range to interest invoices: 5.00 of cash on 332 on the 11th; not the
+// write-off on it, its undated cheque share, the cash of the 13th, nor cash
+// applied the same day to an ordinary invoice.
+TEST_F(MonthEnd, InterestCollectedIsMoneyAppliedToInterestInvoices) {
+  Exec("UPDATE Invoices SET InterestInvoiceID = 331 WHERE ID = 332;"
+       "INSERT INTO InvoicePaymentDetails (ID, InvoicePaymentID, InvoiceID, Amount, [Date]) VALUES "
+       "(3303, 101, 332, 5, '2026-03-11 00:00:00'), (3304, 101, 332, 7, '2026-03-13 00:00:00'),"
+       "(3305, 104, 331, 9, '2026-03-11 00:00:00');");
+  reports.rptMonthEndAnalysis(Mar(10), Mar(12), "", "", "");
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(LineWith("Interest Collected"), "Interest Collected on Behalf of the Practice: 5.00");
+}
+
 // The detailed list reads the lines: the -99 credit is lab here, and the
 // undated detail of cheque 103 falls in the range by its cheque's date.
 TEST_F(MonthEnd, DetailedListOfTheRange) {

@@ -44,6 +44,8 @@ void PrintSurface::StartDoc() {
   answered_.reset();
   doc_.pages.clear();
   doc_.fonts.clear();
+  doc_.tables.clear();
+  doc_.letters.clear();
   fonts_.clear();
   building_table_ = false;
   table_.reset();
@@ -68,6 +70,8 @@ void PrintSurface::KillDoc() {
   answered_.reset();
   doc_.pages.clear();
   doc_.fonts.clear();
+  doc_.tables.clear();
+  doc_.letters.clear();
   fonts_.clear();
   building_table_ = false;
   table_.reset();

@@ -83,6 +83,12 @@ class PrintSurface {
   int PrintRequests() const { return print_requests_; }
   // The pages so far; the renderers take this.
   const render::Document& Document() const { return doc_; }
+  // The letters of a document printed as several (a run of statements),
+  // for writing one file per letter; StartDoc clears them.
+  void Letters(std::vector<render::Letter> letters) { doc_.letters = std::move(letters); }
+  // Who made the document and how (written into its PDF's metadata). The
+  // host sets it before the run; StartDoc keeps it.
+  void Identity(render::DocumentIdentity identity) { doc_.identity = std::move(identity); }
 
   // --- Page geometry ---
   int Orientation() const { return orientation_; }
@@ -232,6 +238,8 @@ class PrintSurface {
                 render::Rgb color, const std::optional<render::Box>& clip,
                 double line_size = 0);
   void LayOutTable(Table& table, bool draw);
+  // Keeps the cells of a table being drawn in the document (Document::tables).
+  void RecordCells(const Table& table);
 
   // Where a paragraph, a table row or a chain of them starts: its page, the
   // index of its first display item there, and its top. For a table row,

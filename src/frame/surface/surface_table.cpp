@@ -22,6 +22,21 @@ void PrintSurface::AddTable(std::string_view format, std::string_view header, st
   LayOutTable(t, true);
 }
 
+void PrintSurface::RecordCells(const Table& table) {
+  // The cells as the report gave them, for the CSV of the document: the
+  // text is already unescaped and composed, and is not yet broken into
+  // lines or fitted to its column.
+  render::TableCells cells;
+  cells.page = page_ + 1;
+  cells.has_header = table.has_header;
+  for (size_t r = table.has_header ? 0 : 1; r < table.rows.size(); ++r) {
+    std::vector<std::string> row;
+    for (const Cell& cell : table.rows[r].cells) row.push_back(cell.text);
+    cells.rows.push_back(std::move(row));
+  }
+  doc_.tables.push_back(std::move(cells));
+}
+
 void PrintSurface::StartTable() {
   RequireDrawable("StartTable");
   building_table_ = true;
@@ -235,6 +250,7 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     measured_height_ = total;
     return;
   }
+  RecordCells(table);
 
   const BorderStyle border = BorderFor(table_border_);
 

@@ -230,6 +230,7 @@ class Generator {
     ClaimsAndPlans();
     ReferralHistory();
     AppointmentBook();
+    MonthlyVariety();
     DemoSummary s;
     s.patients = w_["Patient"]->rows();
     s.invoices = w_["Invoices"]->rows();
@@ -1615,8 +1616,11 @@ class Generator {
     int64_t treated;  // the treatment date; the entry date is the invoice's
   };
 
-  void ClosingMonths() {
-    if (households_.empty()) return;
+  // The months a closing run looks at: the last six, oldest first, each
+  // from its first day to its last (today for the current one), with the
+  // first day of the month after; months before the history are left out.
+  template <typename Body>
+  void ForEachClosingMonth(Body body) {
     int y, m, d;
     CivilFromDays(today_, y, m, d);
     for (int back = 5; back >= 0; --back) {
@@ -1625,8 +1629,13 @@ class Generator {
       const int64_t first = DaysFromCivil(my, mm, 1);
       const int64_t next = mm == 12 ? DaysFromCivil(my + 1, 1, 1) : DaysFromCivil(my, mm + 1, 1);
       if (first < start_) continue;
-      ClosingMonth(first, std::min(today_, next - 1), next);
+      body(first, std::min(today_, next - 1), next);
     }
+  }
+
+  void ClosingMonths() {
+    if (households_.empty()) return;
+    ForEachClosingMonth([&](int64_t first, int64_t last, int64_t next) { ClosingMonth(first, last, next); });
   }
 
   // A weekday between `from` and `to` (`from` when there is none).
@@ -1739,6 +1748,198 @@ class Generator {
       sqlite3_bind_int64(st, 2, inv);
       sqlite3_step(st);
       sqlite3_finalize(st);
+    }
+  }
+
+  // ---- What every month of a closing run meets ----------------------------
+
+  // Added last, so that nothing written before it changes: in each of the
+  // last six months a payment cancelled the day it came in and one
+  // cancelled days later, a money order (a type whose [Adjustment?] was
+  // never set), a cheque dated before it was entered and a post-dated one,
+  // an insurer's bulk cheque for the bank, the expenses of both accounts,
+  // claim messages of every type answered with every response code and
+  // status, and new patients examined (01101-01103) after signing up.
+  void MonthlyVariety() {
+    if (households_.empty()) return;
+    const int64_t money_order = kPaymentTypeCount + 1, bank_bulk = kPaymentTypeCount + 2;
+    W("PaymentTypes")
+        .Int("ID", money_order)
+        .Text("Name", "Money Order")
+        .Text("Description", "Postal money order")
+        .Int("ToTotalPaid?", 0)
+        .Int("BankDeposit", 1)
+        .Int("Refund", 0)
+        .Int("OfficePayment", 0)
+        .Int("BulkPayment", 0)
+        .Int("RecAfterDep", 0)
+        .Int("NSF", 0)
+        .Insert();
+    W("PaymentTypes")
+        .Int("ID", bank_bulk)
+        .Text("Name", "Insurance Bulk Cheque")
+        .Text("Description", "Insurer cheque over several patients")
+        .Int("Adjustment?", 0)
+        .Int("ToTotalPaid?", 0)
+        .Int("BankDeposit", 1)
+        .Int("Refund", 0)
+        .Int("OfficePayment", 0)
+        .Int("BulkPayment", 1)
+        .Int("RecAfterDep", 0)
+        .Int("NSF", 0)
+        .Insert();
+    ForEachClosingMonth([&](int64_t first, int64_t last, int64_t) {
+      VarietyPayments(first, last, money_order, bank_bulk);
+      for (int a = 1; a <= 2; ++a)
+        W("AccountsPayable")
+            .Int("AccountID", a)
+            .Text("Date", Iso(WorkDay(first, last)))
+            .Cents("Amount", rng_.Range(50000, 400000))
+            .Insert();
+      VarietyClaims(first, last);
+      ExaminedSignUps(first, last);
+    });
+  }
+
+  // A payment on account (nothing applied), all dates at midnight.
+  int64_t OnAccount(const Household& h, int kind, int64_t entered, int64_t dated, int64_t cents,
+                    const std::string& cheque, int64_t cancelled = -1) {
+    auto& pay = W("InvoicePayments");
+    pay.Int("PatientID", h.patient)
+        .Int("PaymentTypeID", kind)
+        .Int("AccountID", 1)
+        .Int("EmployeeID", PickStaff(desk_))
+        .Int("InitialProviderID", h.doctor)
+        .Text("PaymentName", PatientName(h.patient))
+        .Cents("Value", cents)
+        .Cents("TotalAllocated", 0)
+        .Cents("TotalToCredit", cents)
+        .Text("Date", Iso(entered))
+        .Text("CheckDate", Iso(dated))
+        .Text("Check#", cheque)
+        .Int("IsInsurance", 0);
+    if (cancelled >= 0) pay.Int("Cancelled", 1).Text("CancellationDate", Iso(cancelled)).Text("Notes", "Entered in error");
+    return pay.Insert();
+  }
+
+  void VarietyPayments(int64_t first, int64_t last, int64_t money_order, int64_t bank_bulk) {
+    const int64_t early_end = std::max(first, last - 3);
+    const std::string number = std::to_string(rng_.Range(100, 9999));
+    // Cancelled the day it came in, and three days later.
+    {
+      const int64_t day = WorkDay(first, early_end);
+      OnAccount(AnyHousehold(), kCash, day, day, rng_.Range(20, 90) * 500, "0", day);
+      OnAccount(AnyHousehold(), kCheque, day, day, rng_.Range(20, 90) * 500, number, std::min(today_, day + 3));
+    }
+    {
+      const int64_t day = WorkDay(first, last);
+      OnAccount(AnyHousehold(), static_cast<int>(money_order), day, day, rng_.Range(20, 90) * 500, "MO" + number);
+    }
+    // Dated two days before it was entered, and dated three weeks ahead.
+    {
+      const int64_t day = WorkDay(std::min(last, first + 2), last);
+      OnAccount(AnyHousehold(), kCheque, day, day - 2, rng_.Range(20, 90) * 500, number + "1");
+      OnAccount(AnyHousehold(), kCheque, day, day + 21, rng_.Range(20, 90) * 500, number + "2");
+    }
+    // An insurer's cheque for two patients, deposited at the bank.
+    {
+      const int64_t day = WorkDay(first, last);
+      const int insurer = static_cast<int>(rng_.Range(1, insurers_.size()));
+      int64_t sum = 0;
+      std::vector<int64_t> ids;
+      for (int i = 0; i < 2; ++i) {
+        const Household& h = AnyHousehold();
+        const int64_t cents = rng_.Range(40, 200) * 500;
+        sum += cents;
+        ids.push_back(W("InvoicePayments")
+                          .Int("PatientID", h.patient)
+                          .Int("PaymentTypeID", bank_bulk)
+                          .Int("AccountID", 1)
+                          .Int("EmployeeID", PickStaff(desk_))
+                          .Int("InitialProviderID", h.doctor)
+                          .Int("InsuranceID", insurer)
+                          .Text("PaymentName", insurers_[insurer - 1].name + "-" + PatientName(h.patient))
+                          .Cents("Value", cents)
+                          .Cents("TotalAllocated", 0)
+                          .Cents("TotalToCredit", cents)
+                          .Text("Date", Iso(day))
+                          .Text("CheckDate", Iso(day))
+                          .Text("Check#", "0")
+                          .Int("IsInsurance", 1)
+                          .Insert());
+      }
+      const int64_t bulk = W("BulkPayments")
+                               .Int("PaymentTypeID", bank_bulk)
+                               .Int("AccountID", 1)
+                               .Int("EmployeeID", desk_.front())
+                               .Cents("Amount", sum)
+                               .Text("EntryDate", Iso(day))
+                               .Text("CheckNo", "BC" + std::to_string(day % 100000))
+                               .Text("PaymentName", insurers_[insurer - 1].name)
+                               .Insert();
+      for (const int64_t id : ids) W("BulkPaymentDetails").Int("BulkPaymentID", bulk).Int("InvoicePaymentID", id).Insert();
+    }
+  }
+
+  // A claim, a predetermination, an eligibility request and a reversal,
+  // each answered by an acknowledgement (11) and an explanation of benefits
+  // (21), each held (0), accepted (1) and rejected (2).
+  void VarietyClaims(int64_t first, int64_t last) {
+    for (int type = 0; type <= 3; ++type)
+      for (const int trs : {11, 21})
+        for (int status = 0; status <= 2; ++status) {
+          const int insurer = static_cast<int>(rng_.Range(1, insurers_.size()));
+          const int64_t send = W("PatientEDISends")
+                                   .Int("PatientID", AnyHousehold().patient)
+                                   .Int("SequenceNumber", ++sequence_)
+                                   .Int("Type", type)
+                                   .Text("DatePosted", Iso(WorkDay(first, last), 660))
+                                   .Int("Sent?", 1)
+                                   .Text("CarrierNumber", insurers_[insurer - 1].cda)
+                                   .Insert();
+          Response(send, trs, status, trs == 21 && status == 1 ? rng_.Range(20, 200) * 100 : 0);
+        }
+  }
+
+  // Two of the month's active sign-ups come in for their examination a few
+  // days after signing up (sign-ups carry a time of day; the visit is on a
+  // later day).
+  void ExaminedSignUps(int64_t first, int64_t last) {
+    static const char* const kExams[] = {"01101", "01102", "01103"};
+    sqlite3_stmt* st = nullptr;
+    sqlite3_prepare_v2(db_,
+                       "SELECT ID, SignupDate FROM Patient WHERE SignupDate >= ? AND SignupDate < ? AND "
+                       "[Active?] <> 0 ORDER BY ID LIMIT 2",
+                       -1, &st, nullptr);
+    const std::string from = Iso(first), to = Iso(last + 1);
+    sqlite3_bind_text(st, 1, from.c_str(), -1, SQLITE_TRANSIENT);
+    sqlite3_bind_text(st, 2, to.c_str(), -1, SQLITE_TRANSIENT);
+    std::vector<std::pair<int64_t, std::string>> joined;
+    while (sqlite3_step(st) == SQLITE_ROW)
+      joined.emplace_back(sqlite3_column_int64(st, 0), reinterpret_cast<const char*>(sqlite3_column_text(st, 1)));
+    sqlite3_finalize(st);
+    for (const auto& [patient, signed_up] : joined) {
+      int sy, sm, sd;
+      std::sscanf(signed_up.c_str(), "%d-%d-%d", &sy, &sm, &sd);
+      const int64_t day = DaysFromCivil(sy, sm, sd) + rng_.Range(1, 14);
+      const char* code = kExams[patient % 3];
+      const int64_t fee = CodeById(code).fee_cents;
+      const int64_t doctor = dentists_[patient % dentists_.size()];
+      const int64_t id = W("PatientAppointments")
+                             .Int("PatientID", patient)
+                             .Int("ProviderID", doctor)
+                             .Int("OverSeerID", doctor)
+                             .Int("ProcedureCat", 1)
+                             .Text("Date", Iso(day))
+                             .Int("Time", 540 + 30 * static_cast<int>(patient % 12))
+                             .Int("Units", 3)
+                             .Cents("Estimate", fee)
+                             .Int("EmployeeID", PickStaff(desk_))
+                             .Int("Confirmed", 1)
+                             .Text("Template", "New patient")
+                             .Text("Reason", "New patient examination")
+                             .Insert();
+      W("PatientAppointmentCodes").Int("PatientAppointmentID", id).Text("Code", code).Cents("Fee", fee).Insert();
     }
   }
 

@@ -13,6 +13,7 @@
 #include <variant>
 #include <vector>
 
+#include "platform/render/document_record.h"
 #include "platform/render/twips.h"
 
 namespace orv::render {
@@ -136,6 +137,12 @@ struct Document {
   std::string name;
   std::vector<FontFace> fonts;
   std::vector<Page> pages;
+  // Beside the pages (document_record.h): the tables' cells in the order
+  // they were laid out, the letters of a run of statements, and the
+  // document's identity.
+  std::vector<TableCells> tables;
+  std::vector<Letter> letters;
+  DocumentIdentity identity;
 };
 
 }  // namespace orv::render

@@ -13,6 +13,8 @@
 #include <numbers>
 #include <tuple>
 
+#include "platform/render/pdf_metadata.h"
+
 namespace orv::render {
 namespace {
 
@@ -253,8 +255,16 @@ void RenderPdf(const Document& doc, const std::string& path, int first, int last
   const Page& p0 = doc.pages[first - 1];
   cairo_surface_t* surface = cairo_pdf_surface_create(path.c_str(), Pt(p0.width), Pt(p0.height));
   Check(cairo_surface_status(surface), path);
-  if (!doc.name.empty())
-    cairo_pdf_surface_set_metadata(surface, CAIRO_PDF_METADATA_TITLE, doc.name.c_str());
+  // The document's name and identity (pdf_metadata.h); cairo leaves out
+  // what is not set.
+  const PdfMetadata meta = MetadataOf(doc);
+  const std::pair<cairo_pdf_metadata_t, const std::string*> entries[] = {
+      {CAIRO_PDF_METADATA_TITLE, &meta.title},       {CAIRO_PDF_METADATA_AUTHOR, &meta.author},
+      {CAIRO_PDF_METADATA_SUBJECT, &meta.subject},   {CAIRO_PDF_METADATA_KEYWORDS, &meta.keywords},
+      {CAIRO_PDF_METADATA_CREATOR, &meta.creator},
+  };
+  for (const auto& [key, value] : entries)
+    if (!value->empty()) cairo_pdf_surface_set_metadata(surface, key, value->c_str());
   cairo_t* cr = cairo_create(surface);
   try {
     Painter painter(cr, doc);
