@@ -107,6 +107,7 @@ const char* PageHtml() {
         <button id="zoom-in" type="button" title="Larger">+</button>
         <a id="download-pdf" class="button" download>Download PDF</a>
         <a id="download-csv" class="button quiet" download>Download CSV</a>
+        <a id="download-zip" class="button quiet" download hidden>One PDF per statement (zip)</a>
         <select id="printer"></select>
         <button id="print" type="button">Print</button>
         <span id="print-state"></span>
@@ -405,7 +406,8 @@ function finished(s) {
   const base = "/api/runs/" + s.id;
   $("download-pdf").href = base + "/document.pdf";
   $("download-csv").href = base + "/document.csv";
-  $("download-csv").hidden = !state.info.csv;
+  $("download-zip").href = base + "/statements.zip";
+  $("download-zip").hidden = !["rptStatements", "rptBulkStatements"].includes(s.method);
   const thumbs = $("thumbs");
   thumbs.textContent = "";
   for (let n = 1; n <= s.pages; n++) {

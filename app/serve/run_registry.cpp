@@ -319,6 +319,10 @@ void RunRegistry::Execute(Run& run, const RunRequest& request) {
     // them from the page to a printer of their choice.
     form.SetPrintFile(stray_print);
     form.SetNotifier([](const std::string&) {});
+    // The PDF says where it came from, as the command line's does.
+    form.VSP.Identity(
+        RunIdentity(sig.name, args.GivenTexts(), settings_.db, settings_.user,
+                    settings_.office ? std::optional<int32_t>(settings_.office) : std::nullopt));
     WebHost web(run, request.interactive, settings_.question_timeout);
     clsReports reports;
     reports.SetHostServices(&web);

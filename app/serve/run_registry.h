@@ -149,6 +149,8 @@ class RunRegistry {
   std::shared_ptr<Run> Find(int id) const;
 
   const RunSettings& settings() const { return settings_; }
+  // A private temporary folder for files made on the way to an answer.
+  const std::string& ScratchFolder() const { return folder_; }
 
  private:
   void Work();

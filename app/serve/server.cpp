@@ -3,6 +3,7 @@
 #include <httplib.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -15,20 +16,18 @@
 #include "platform/db/connection_url.h"
 #include "platform/db/recordset.h"
 #include "platform/host/host_services.h"
+#include "platform/render/csv.h"
+#include "platform/render/letters.h"
+#include "report_host.h"
 #include "serve/catalog_json.h"
 #include "serve/page.h"
 #include "serve/printers.h"
-
-// The CSV of a document comes from the renderers' CSV writer where this
-// build has it.
-#if __has_include("platform/render/csv.h")
-#include "platform/render/csv.h"
-#define ORVENDA_SERVE_CSV 1
-#endif
+#include "serve/zip.h"
 
 namespace orv::app::serve {
 
 using json = nlohmann::json;
+namespace fs = std::filesystem;
 
 bool IsLoopback(const std::string& host) {
   std::string h = vb::LCase(host);
@@ -340,11 +339,6 @@ void ReportServer::Route() {
     body["office"] = options_.run.office;
     body["database"] = db::MaskSecrets(options_.run.db);
     body["today"] = Format(Variant(Clock::Today()), "yyyy-mm-dd");
-#ifdef ORVENDA_SERVE_CSV
-    body["csv"] = true;
-#else
-    body["csv"] = false;
-#endif
     Reply(res, 200, body);
   });
 
@@ -449,11 +443,10 @@ void ReportServer::Route() {
             r.set_content(run.Text(), "text/plain; charset=utf-8");
           });
         });
-  s.Get(R"(/api/runs/(\d+)/document\.csv)", [serve, file_name](const httplib::Request& req,
-                                                               httplib::Response& res) {
-#ifdef ORVENDA_SERVE_CSV
+  s.Get(R"(/api/runs/(\d+)/document\.csv)", [this, serve, file_name](const httplib::Request& req,
+                                                                     httplib::Response& res) {
     serve(req, res, [&](Run& run, httplib::Response& r) {
-      std::string path = std::string("/tmp/orvenda-csv-") + NewToken() + ".csv";
+      std::string path = runs_.ScratchFolder() + "/document-" + NewToken() + ".csv";
       render::WriteCsv(run.Document(), path);
       std::ifstream in(path, std::ios::binary);
       std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
@@ -461,14 +454,31 @@ void ReportServer::Route() {
       r.set_header("Content-Disposition", file_name(run, ".csv"));
       r.set_content(bytes, "text/csv; charset=utf-8");
     });
-#else
-    Refuse(res, 501, "CSV is not yet available in this build.");
-#endif
   });
 
-  // One PDF per statement, zipped, for statements sent by e-mail.
-  s.Get(R"(/api/runs/(\d+)/statements\.zip)", [](const httplib::Request&, httplib::Response& res) {
-    Refuse(res, 501, "One PDF per statement is not yet available in this build.");
+  // One PDF per statement, zipped, for statements sent by e-mail: the
+  // command line's --split, written to a folder of the run's own and
+  // packed.
+  s.Get(R"(/api/runs/(\d+)/statements\.zip)", [this, serve](const httplib::Request& req,
+                                                            httplib::Response& res) {
+    serve(req, res, [&](Run& run, httplib::Response& r) {
+      const MethodSignature* sig = FindMethod(run.method());
+      if (sig == nullptr || !MakesLetters(*sig))
+        return Refuse(r, 400, run.method() + " prints no statements to split.");
+      std::string folder = runs_.ScratchFolder() + "/split-" + NewToken();
+      std::vector<std::pair<std::string, std::string>> files;
+      for (const auto& path : render::WriteLetterPdfs(run.Document(), folder)) {
+        std::ifstream in(path, std::ios::binary);
+        files.emplace_back(
+            fs::path(path).filename().string(),
+            std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
+      }
+      std::error_code ec;
+      fs::remove_all(folder, ec);
+      r.set_header("Content-Disposition",
+                   "attachment; filename=\"statements-" + std::to_string(run.id()) + ".zip\"");
+      r.set_content(StoredZip(files), "application/zip");
+    });
   });
 
   s.Post(R"(/api/runs/(\d+)/print)", [serve](const httplib::Request& req, httplib::Response& res) {

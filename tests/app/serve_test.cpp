@@ -196,10 +196,12 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
        {{"method", "srptAppointments"}, {"args", {"2026-11-01", "2026-11-30", ""}}},
        "srptAppointments 2026-11-01 2026-11-30 ''"},
   };
+  int id_of_first_run = 0;
   for (const auto& k : cases) {
     SCOPED_TRACE(k.name);
     json started = StartRun(c, k.body);
     int id = started["id"];
+    if (id_of_first_run == 0) id_of_first_run = id;
     int last_progress = 0;
     bool rose = true;
     json s = WaitEnded(c, id, [&](const json& st) {
@@ -230,10 +232,41 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
     EXPECT_LT(c.Get(page + "1.png?dpi=20")->body.size(), png->body.size());
     EXPECT_EQ(c.Get(page + std::to_string(s["pages"].get<int>() + 1) + ".png")->status, 404);
     EXPECT_EQ(c.Get(page + "99999999999999999999.png")->status, 404);
+    // The CSV is the command line's --out FILE.csv.
+    std::string csv_file = dir + "/" + k.name + "-cli.csv";
+    auto cli_csv =
+        HostShell(HostProgram() + " --db " + Db() +
+                  " --today 2026-11-20 --office 1 --user desk --out " + csv_file + " " + k.cli);
+    ASSERT_EQ(cli_csv.status, 0) << cli_csv.out;
+    auto csv = c.Get("/api/runs/" + std::to_string(id) + "/document.csv");
+    ASSERT_EQ(csv->status, 200);
+    EXPECT_EQ(csv->body, orv::testing::ReadFile(csv_file));
     auto txt = c.Get("/api/runs/" + std::to_string(id) + "/document.txt");
     EXPECT_NE(txt->body.find(k.name == std::string("statement") ? "Statement" : "Printed On"),
               std::string::npos);
   }
+  // A run of statements as one PDF per statement, zipped: the files the
+  // command line's --split writes, by the same names, each intact.
+  json family = StartRun(
+      c, {{"method", "rptStatements"}, {"args", {"2026-01-01", "2026-11-20", "12,20,31", "True"}}});
+  ASSERT_EQ(WaitEnded(c, family["id"])["state"], "done");
+  auto zip = c.Get("/api/runs/" + std::to_string(family["id"].get<int>()) + "/statements.zip");
+  ASSERT_EQ(zip->status, 200) << zip->body;
+  std::ofstream(dir + "/statements.zip", std::ios::binary) << zip->body;
+  std::string listed = orv::testing::RunShell(
+                           "python3 -c \"import zipfile,sys; z=zipfile.ZipFile(sys.argv[1]); "
+                           "assert z.testzip() is None; "
+                           "print('\\n'.join(sorted(z.namelist())))\" " +
+                           dir + "/statements.zip")
+                           .out;
+  auto split = HostShell(HostProgram() + " --db " + Db() +
+                         " --today 2026-11-20 --office 1 --user desk --split --out " + dir +
+                         "/split/ rptStatements 2026-01-01 2026-11-20 12,20,31 True");
+  ASSERT_EQ(split.status, 0) << split.out;
+  EXPECT_EQ(listed, orv::testing::RunShell("ls " + dir + "/split | sort").out);
+  EXPECT_NE(listed.find(".pdf"), std::string::npos);
+  EXPECT_EQ(c.Get("/api/runs/" + std::to_string(id_of_first_run) + "/statements.zip")->status, 400);
+
   // The synchronous link: the same PDF for arguments by name.
   auto linked = c.Get("/run/rptAccountsReceivable?Comments=&txtProvFilter=&txtInvFilter=");
   ASSERT_TRUE(linked);
