@@ -236,6 +236,9 @@ void clsReports::ProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std:
   vsp.TableCell(frame::tcAlign, 1, 1, 1, 10) = 4;
   vsp.TableHeaderRows(2);
   vsp.EndTable();
+  // The two header rows are this table's alone: the tables after it, here
+  // or in a package that goes on drawing, have one.
+  vsp.TableHeaderRows(1);
 
   // The hygienists: their production beside each other's.
   std::map<int32_t, closing::HygieneFigures> hygiene;
