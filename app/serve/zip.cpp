@@ -1,27 +1,13 @@
 #include "serve/zip.h"
 
-#include <array>
 #include <cstdint>
 #include <stdexcept>
+
+#include "platform/practice/png.h"
 
 namespace orv::app::serve {
 
 namespace {
-
-uint32_t Crc32(const std::string& bytes) {
-  static const std::array<uint32_t, 256> table = [] {
-    std::array<uint32_t, 256> t{};
-    for (uint32_t n = 0; n < 256; ++n) {
-      uint32_t c = n;
-      for (int k = 0; k < 8; ++k) c = (c & 1) ? 0xEDB88320u ^ (c >> 1) : c >> 1;
-      t[n] = c;
-    }
-    return t;
-  }();
-  uint32_t c = 0xFFFFFFFFu;
-  for (unsigned char b : bytes) c = table[(c ^ b) & 0xFF] ^ (c >> 8);
-  return c ^ 0xFFFFFFFFu;
-}
 
 void Put16(std::string& out, uint32_t v) {
   out += static_cast<char>(v & 0xFF);
@@ -42,7 +28,8 @@ std::string StoredZip(const std::vector<std::pair<std::string, std::string>>& fi
   for (const auto& [name, bytes] : files) {
     if (bytes.size() >= 0xFFFFFFFFu || out.size() >= 0xFFFFFFFFu || files.size() >= 0xFFFF)
       throw std::length_error("the statements are too large for one zip; split them further");
-    uint32_t crc = Crc32(bytes), size = static_cast<uint32_t>(bytes.size());
+    uint32_t crc = practice::Crc32(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()),
+             size = static_cast<uint32_t>(bytes.size());
     uint32_t offset = static_cast<uint32_t>(out.size());
     Put32(out, 0x04034b50);
     Put16(out, 20);      // version needed
