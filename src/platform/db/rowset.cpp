@@ -1,11 +1,15 @@
 #include "platform/db/rowset.h"
 
+#include <atomic>
+
 #include "platform/db/value_compare.h"
 
 namespace orv::db {
 
 uint64_t NextRowSetId() {
-  static uint64_t next = 0;
+  // Atomic: a host may run reports on several connections at once (the
+  // browser host runs two), and the ids must stay unique across them.
+  static std::atomic<uint64_t> next{0};
   return ++next;
 }
 
