@@ -1,5 +1,3 @@
-// The command registry and the --today option, shared by the program and the
-// benchmark that runs every report through the same host.
 #include "command.h"
 
 #include <cstdio>
@@ -17,10 +15,11 @@ std::vector<Command>& Commands() {
 bool ApplyToday(const std::string& text) {
   auto d = ParseDateArgument(text);
   if (!d) {
-    std::fprintf(stderr,
-                 "orvenda-reports: --today (Date) wants a date yyyy-mm-dd from 1753-01-01, e.g. 2026-11-20; "
-                 "not '%s'\n",
-                 text.c_str());
+    std::fprintf(
+        stderr,
+        "orvenda-reports: --today (Date) wants a date yyyy-mm-dd from 1753-01-01, e.g. 2026-11-20; "
+        "not '%s'\n",
+        text.c_str());
     return false;
   }
   // Midnight of that day, so reports that compare with "now" see the whole

@@ -57,6 +57,13 @@ Currency MethodArgs::Cur(size_t i) const {
   return values_.at(i).IsEmpty() ? Currency() : CCur(values_.at(i));
 }
 
+std::vector<std::pair<std::string, std::string>> MethodArgs::GivenTexts() const {
+  std::vector<std::pair<std::string, std::string>> out;
+  for (size_t k = 0; k < params_.size(); ++k)
+    if (Given(k)) out.emplace_back(params_[k].name, k < texts_.size() ? texts_[k] : std::string());
+  return out;
+}
+
 std::vector<int32_t> MethodArgs::LongArray(size_t i) const {
   std::vector<int32_t> out;
   std::string s = Str(i);
@@ -167,6 +174,48 @@ Variant ParseArgument(const Param& p, const std::string& text) {
   }
   if (t == "object") throw bad("an object, which the command line cannot pass");
   return Variant(text);
+}
+
+MethodArgs BindArguments(const MethodSignature& sig, const std::vector<std::string>& positional,
+                         const std::vector<std::pair<std::string, std::string>>& named,
+                         const std::string& user) {
+  std::vector<Param> params = ParseParams(sig.params);
+  std::vector<Variant> values(params.size());
+  std::vector<bool> given(params.size(), false);
+  std::vector<std::string> texts(params.size());
+  std::string signature = std::string(sig.name) + "(" + sig.params + ")";
+  if (positional.size() > params.size())
+    throw std::invalid_argument("too many arguments for " + signature);
+  for (size_t k = 0; k < positional.size(); ++k) {
+    values[k] = ParseArgument(params[k], positional[k]);
+    texts[k] = positional[k];
+    given[k] = true;
+  }
+  for (const auto& [name, text] : named) {
+    size_t slot = params.size();
+    for (size_t k = 0; k < params.size(); ++k)
+      if (vb::LCase(params[k].name) == vb::LCase(name)) slot = k;
+    if (slot == params.size())
+      throw std::invalid_argument(sig.name + std::string(" has no parameter ") + name);
+    if (given[slot]) throw std::invalid_argument("argument " + name + " is given twice");
+    values[slot] = ParseArgument(params[slot], text);
+    texts[slot] = text;
+    given[slot] = true;
+  }
+  for (size_t k = 0; k < params.size(); ++k) {
+    if (given[k] || params[k].optional) continue;
+    // The signed-in user's name comes from the host when not passed.
+    if (params[k].name == "UserName") {
+      values[k] = Variant(user);
+      texts[k] = user;
+      given[k] = true;
+      continue;
+    }
+    throw std::invalid_argument("missing argument " + params[k].name + " (" + params[k].type +
+                                ") of " + signature + "; see 'orvenda-reports help " + sig.name +
+                                "'");
+  }
+  return MethodArgs(std::move(params), std::move(values), std::move(given), std::move(texts));
 }
 
 }  // namespace orv::app

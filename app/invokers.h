@@ -23,8 +23,12 @@ namespace orv::app {
 // was not given is Empty; `given` says which were.
 class MethodArgs {
  public:
-  MethodArgs(std::vector<Param> params, std::vector<Variant> values, std::vector<bool> given)
-      : params_(std::move(params)), values_(std::move(values)), given_(std::move(given)) {}
+  MethodArgs(std::vector<Param> params, std::vector<Variant> values, std::vector<bool> given,
+             std::vector<std::string> texts = {})
+      : params_(std::move(params)),
+        values_(std::move(values)),
+        given_(std::move(given)),
+        texts_(std::move(texts)) {}
   bool Given(size_t i) const { return i < given_.size() && given_[i]; }
   std::string Str(size_t i) const;
   int32_t Long(size_t i) const;
@@ -34,11 +38,15 @@ class MethodArgs {
   Currency Cur(size_t i) const;
   const Variant& Var(size_t i) const { return values_.at(i); }
   std::vector<int32_t> LongArray(size_t i) const;
+  // The arguments given, by parameter name, as their texts were written
+  // (what a document's identity records).
+  std::vector<std::pair<std::string, std::string>> GivenTexts() const;
 
  private:
   std::vector<Param> params_;
   std::vector<Variant> values_;
   std::vector<bool> given_;
+  std::vector<std::string> texts_;
 };
 
 // Calls the method; a method with a result returns it, others Empty.
@@ -58,6 +66,16 @@ struct InvokerRegistrar {
 // filters as they are. Throws std::invalid_argument naming the parameter,
 // its type and an example on bad text.
 Variant ParseArgument(const Param& p, const std::string& text);
+
+// Reads the arguments of one call of `sig` as both hosts take them: the
+// texts of `positional` fill the parameters in signature order, then each
+// Name=value pair of `named` fills its parameter (any case), then a missing
+// UserName takes `user`. Throws std::invalid_argument naming the parameter
+// for a bad value, an unknown or repeated name, too many arguments or a
+// required one missing.
+MethodArgs BindArguments(const MethodSignature& sig, const std::vector<std::string>& positional,
+                         const std::vector<std::pair<std::string, std::string>>& named,
+                         const std::string& user);
 
 // A date as the command line takes it (see ParseArgument); nullopt for
 // anything else.

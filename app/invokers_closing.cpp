@@ -108,5 +108,18 @@ InvokerRegistrar month_end_summary("rptMonthEndSummary", [](clsReports& r, const
   return Variant();
 });
 
+InvokerRegistrar day_end("rptDayEndReport", [](clsReports& r, const MethodArgs& a) {
+  r.rptDayEndReport(a.Bool(0), a.Bool(1), a.Bool(2), a.Bool(3), a.Bool(4), a.Bool(5), a.Bool(6),
+                    a.Bool(7), a.Bool(8), a.Bool(9), a.Bool(10), a.Date(11), a.Date(12), a.Int(13),
+                    a.Str(14), a.Str(15), a.Bool(16), a.Str(17), a.Bool(18));
+  return Variant();
+});
+InvokerRegistrar month_end("rptMonthEndReport", [](clsReports& r, const MethodArgs& a) {
+  r.rptMonthEndReport(a.Bool(0), a.Bool(1), a.Bool(2), a.Bool(3), a.Bool(4), a.Bool(5), a.Bool(6),
+                      a.Date(7), a.Date(8), a.Int(9), a.Str(10), a.Str(11), a.Bool(12), a.Bool(13),
+                      a.Bool(14), a.Bool(15), a.Bool(16), a.Str(17), a.Given(18) && a.Bool(18));
+  return Variant();
+});
+
 }  // namespace
 }  // namespace orv::app

@@ -83,6 +83,10 @@ InvokerRegistrar notes_list("rptProgressNotesList", [](clsReports& r, const Meth
   r.rptProgressNotesList();
   return Variant();
 });
+InvokerRegistrar notes("rptProgressNotes", [](clsReports& r, const MethodArgs& a) {
+  r.rptProgressNotes(a.Str(0), a.Str(1));
+  return Variant();
+});
 InvokerRegistrar memos("rptMemos", [](clsReports& r, const MethodArgs& a) {
   r.rptMemos(a.Str(0), a.Date(1), a.Str(2));
   return Variant();

@@ -280,6 +280,13 @@ struct CliHost : host::BatchHost {
 
 }  // namespace
 
+Variant CallMethod(clsReports& reports, PreviewForm& form, const MethodSignature& sig,
+                   const MethodArgs& args, const std::string& user) {
+  const Invoker& invoker = Invokers().at(sig.name);
+  return DrawsIntoRunningDocument(sig) ? RunInOwnDocument(reports, form, sig, user, invoker, args)
+                                       : invoker(reports, args);
+}
+
 const char* ReportUsage() {
   return kUsage;
 }
@@ -350,43 +357,9 @@ int RunReportHost(const std::vector<std::string>& args, int* pages_made) {
   }
 
   // Arguments: the bare words in signature order, then --arg Name=Value.
-  std::vector<Param> params = ParseParams(sig->params);
-  std::vector<Variant> values(params.size());
-  std::vector<bool> given(params.size(), false);
-  std::vector<std::string> texts(params.size());  // as typed, for the PDF's identity
-  std::string signature = std::string(sig->name) + "(" + sig->params + ")";
+  std::optional<MethodArgs> margs;
   try {
-    if (inv.positional.size() > params.size())
-      throw std::invalid_argument("too many arguments for " + signature);
-    for (size_t k = 0; k < inv.positional.size(); ++k) {
-      values[k] = ParseArgument(params[k], inv.positional[k]);
-      texts[k] = inv.positional[k];
-      given[k] = true;
-    }
-    for (const auto& [name, text] : inv.named) {
-      size_t slot = params.size();
-      for (size_t k = 0; k < params.size(); ++k)
-        if (vb::LCase(params[k].name) == vb::LCase(name)) slot = k;
-      if (slot == params.size())
-        throw std::invalid_argument(sig->name + std::string(" has no parameter ") + name);
-      if (given[slot]) throw std::invalid_argument("argument " + name + " is given twice");
-      values[slot] = ParseArgument(params[slot], text);
-      texts[slot] = text;
-      given[slot] = true;
-    }
-    for (size_t k = 0; k < params.size(); ++k) {
-      if (given[k] || params[k].optional) continue;
-      // The signed-in user's name comes from --user when not passed.
-      if (params[k].name == "UserName") {
-        values[k] = Variant(inv.user);
-        texts[k] = inv.user;
-        given[k] = true;
-        continue;
-      }
-      throw std::invalid_argument("missing argument " + params[k].name + " (" + params[k].type +
-                                  ") of " + signature + "; see 'orvenda-reports help " + sig->name +
-                                  "'");
-    }
+    margs = BindArguments(*sig, inv.positional, inv.named, inv.user);
   } catch (const std::exception& e) {
     Say("orvenda-reports: " + std::string(e.what()));
     return 2;
@@ -474,10 +447,7 @@ int RunReportHost(const std::vector<std::string>& args, int* pages_made) {
     form.SetOutput(inv.split || (!inv.printer.empty() && !out_given) ? "" : inv.out);
     if (!inv.split && !inv.printer.empty() && !out_given) form.SetPrintFile(inv.out);
     if (!inv.printer.empty()) form.SetPrinter(inv.printer);
-    std::vector<std::pair<std::string, std::string>> arguments;
-    for (size_t k = 0; k < params.size(); ++k)
-      if (given[k]) arguments.emplace_back(params[k].name, texts[k]);
-    form.VSP.Identity(RunIdentity(sig->name, arguments, inv.db, inv.user, inv.office));
+    form.VSP.Identity(RunIdentity(sig->name, margs->GivenTexts(), inv.db, inv.user, inv.office));
     CliHost cli_host(inv.answer);
     clsReports reports;
     reports.SetHostServices(&cli_host);
@@ -489,13 +459,10 @@ int RunReportHost(const std::vector<std::string>& args, int* pages_made) {
     bool tty = ::isatty(2);
     if (tty) reports.Progress = [](uint8_t& p) { ShowProgress(p); };
 
-    MethodArgs margs(params, values, given);
     cli_host.ClearFailure();
     // Each report reads one moment of the database itself (clsReports holds
     // a snapshot for every report call).
-    Variant result = DrawsIntoRunningDocument(*sig)
-                         ? RunInOwnDocument(reports, form, *sig, inv.user, invoker->second, margs)
-                         : invoker->second(reports, margs);
+    Variant result = CallMethod(reports, form, *sig, *margs, inv.user);
     if (tty) std::fprintf(stderr, "\n");
     // A report that showed a failure (its trap, an input it refused) or a
     // printer that refused the job: the run failed, and the output keeps

@@ -9,10 +9,28 @@
 #include <utility>
 #include <vector>
 
+#include "common/variant.h"
 #include "method_catalog.h"
 #include "platform/render/document_record.h"
 
+namespace orv {
+class clsReports;
+class PreviewForm;
+}  // namespace orv
+
 namespace orv::app {
+
+struct MethodSignature;
+class MethodArgs;
+
+// Calls a built method on a component that is connected and holds its
+// form, as every host of the component does: a section (srpt...) runs in a
+// document of its own, headed with the method's summary and footed with
+// the pages' footer; any other method is called as it stands. Returns the
+// method's result (Empty for a report). What the report raises passes
+// through.
+Variant CallMethod(clsReports& reports, PreviewForm& form, const MethodSignature& sig,
+                   const MethodArgs& args, const std::string& user);
 
 // `args` are the command line after the program name: options (before or
 // after the method), the method name, then its arguments. Returns 0 done,

@@ -58,15 +58,7 @@ int main(int argc, char** argv) {
     g_by_statement = nullptr;
     std::printf("%-34s %8.3f s  SQL %7.3f s (%3.0f%%)  %4d pages  %zu messages\n", name, s, sql,
                 s > 0 ? 100 * sql / s : 0.0, form.VSP.PageCount(), host.messages.size());
-    if (by_statement) {
-      std::vector<std::pair<SqlClock::duration, std::string>> slow;
-      for (const auto& [text, spent] : statements) slow.emplace_back(spent, text);
-      std::sort(slow.rbegin(), slow.rend());
-      for (size_t i = 0; i < slow.size() && i < 3; ++i) {
-        std::printf("    %7.3f s  %.110s...\n", std::chrono::duration<double>(slow[i].first).count(),
-                    slow[i].second.c_str());
-      }
-    }
+    if (by_statement) PrintSlowestStatements(statements);
   };
   auto section = [&](const std::function<void()>& run) {
     return [&, run] {

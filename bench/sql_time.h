@@ -11,8 +11,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <algorithm>
 #include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -24,6 +27,17 @@ SqlClock::duration g_sql_time{};
 std::map<std::string, SqlClock::duration>* g_by_statement = nullptr;
 long g_steps = 0;
 long g_prepares = 0;
+
+// Prints the `count` statements of `by_statement` that spent longest in
+// sqlite3_step, slowest first, each cut to its first 110 characters.
+inline void PrintSlowestStatements(const std::map<std::string, SqlClock::duration>& by_statement, size_t count = 3) {
+  std::vector<std::pair<SqlClock::duration, std::string>> slow;
+  for (const auto& [text, spent] : by_statement) slow.emplace_back(spent, text);
+  std::sort(slow.rbegin(), slow.rend());
+  for (size_t i = 0; i < slow.size() && i < count; ++i)
+    std::printf("    %7.3f s  %.110s...\n", std::chrono::duration<double>(slow[i].first).count(),
+                slow[i].second.c_str());
+}
 
 template <typename F>
 F Real(const char* name) {

@@ -4,7 +4,8 @@
 set -euo pipefail
 pkgs=(build-essential cmake pkg-config libgtest-dev libsqlite3-dev sqlite3 libpq-dev
       libcairo2-dev libpango1.0-dev libfmt-dev libfreetype-dev libfontconfig-dev libjpeg-dev fonts-dejavu-core fonts-wine fonts-liberation
-      poppler-utils qpdf python3
+      libcpp-httplib-dev nlohmann-json3-dev
+      poppler-utils qpdf python3 chromium
       postgresql postgresql-client
       cups cups-client cups-filters
       clang libclang-rt-14-dev)

@@ -311,6 +311,21 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   vsp.Text(" ");
   vsp.FontBold(false);
 
+  // The foot line stands two heights of "X" above the bottom margin of the
+  // last page, drawn by position after the tables. The tables flow above
+  // it: their page ends where the foot line begins, so a long claim carries
+  // its last boxes over with the foot line instead of running them under
+  // it. The margin the form was given comes back for the foot line itself,
+  // and on the failure path too.
+  const Twips margin_bottom = vsp.MarginBottom();
+  const Twips foot_band = vsp.TextHeight("X") * 2.0;
+  struct RestoreMargin {
+    frame::PrintSurface& vsp;
+    Twips margin;
+    ~RestoreMargin() { vsp.MarginBottom(margin); }
+  } restore{vsp, margin_bottom};
+  vsp.MarginBottom(margin_bottom + foot_band);
+
   // ---- Table 1: patient, dentist, assignment ----
   auto office = [&](const char* field) {
     return cf.returnStr(r.ReturnLookupValue("OfficeInformation", "ID", Variant(src.office_id), field));
@@ -476,7 +491,11 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
           Cell(cf, r.ReturnLookupValue("Employers", "ID", second_employer_id, "Name")) + ";";
   } else if (t.french && !pred) {
     // The French blank case has no row end: the relationship row goes on
-    // in the same table row.
+    // in the same table row. The patient's relationship and dependant code
+    // then stand in the second column behind the blank employer, and the
+    // second subscriber's relationship label, a third cell in a table of
+    // two columns, is not printed. Nothing of the patient's is lost that
+    // way: with no second employer that label would head an empty box.
     t5 += "|Employeur: ";
   } else {
     t5 += std::string("|") + t.employer_label + ";";
@@ -551,6 +570,7 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
 
   // ---- Foot of the form ----
   // Two heights of "X" above the bottom margin of the last page.
+  vsp.MarginBottom(margin_bottom);
   vsp.FontSize(8);
   vsp.TextAlign(0);
   vsp.CurrentX(vsp.MarginLeft());

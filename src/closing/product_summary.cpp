@@ -8,6 +8,7 @@
 
 #include "closing/closing_common.h"
 #include "closing/hygiene_production.h"
+#include "closing/summary_rows.h"
 #include "common/common_functions.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
@@ -19,13 +20,7 @@ namespace orv {
 
 namespace {
 
-std::string Figure(Currency c) { return Format(Variant(c), "###,###,##0.00;(###,###,##0.00)"); }
-
-bool InPeriod(const Variant& v, DateTime start, DateTime end) {
-  if (v.IsNull() || v.IsEmpty()) return false;
-  const DateTime d = CDate(v).DatePart();
-  return d >= start.DatePart() && d <= end.DatePart();
-}
+using closing::InPeriod;
 
 // The record of a provider id, or null for a line of nobody on the list.
 RepEmpData* Find(std::vector<RepEmpData>& providers, const std::map<int32_t, size_t>& index,
@@ -199,33 +194,17 @@ void clsReports::ProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std:
   // dental + lab + interest less the write-offs, payments dental + labs
   // plus the adjustments, write-offs and adjustments by absolute value
   // (they are stored negative).
-  std::string body = "Provider|Dental|Lab|Int.|W/O|Net|Dental|Labs|Adjusts|Net;";
-  RepEmpData sum;
+  closing::SummaryRows table("Provider|Dental|Lab|Int.|W/O|Net|Dental|Labs|Adjusts|Net;", 9);
   for (RepEmpData& p : providers) {
     p.TotalFees = p.DocFee + p.LabFee + p.IntFee - closing::Abs(p.Adjustments);
     p.CurFee = p.RegPayment + p.LabPayment + closing::Abs(p.PayAdjustments);
     if (!p.isUsed) continue;
-    body += frame::EscapeCell(p.EmpName) + "|" + Figure(p.DocFee) + "|" + Figure(p.LabFee) + "|" +
-            Figure(p.IntFee) + "|" + Figure(p.Adjustments) + "|" + Figure(p.TotalFees) + "|" +
-            Figure(p.RegPayment) + "|" + Figure(p.LabPayment) + "|" + Figure(p.PayAdjustments) +
-            "|" + Figure(p.CurFee) + ";";
-    sum.DocFee += p.DocFee;
-    sum.LabFee += p.LabFee;
-    sum.IntFee += p.IntFee;
-    sum.Adjustments += p.Adjustments;
-    sum.TotalFees += p.TotalFees;
-    sum.RegPayment += p.RegPayment;
-    sum.LabPayment += p.LabPayment;
-    sum.PayAdjustments += p.PayAdjustments;
-    sum.CurFee += p.CurFee;
+    table.Add(p.EmpName, {p.DocFee, p.LabFee, p.IntFee, p.Adjustments, p.TotalFees, p.RegPayment, p.LabPayment,
+                          p.PayAdjustments, p.CurFee});
   }
-  body += "Total|" + Figure(sum.DocFee) + "|" + Figure(sum.LabFee) + "|" + Figure(sum.IntFee) +
-          "|" + Figure(sum.Adjustments) + "|" + Figure(sum.TotalFees) + "|" +
-          Figure(sum.RegPayment) + "|" + Figure(sum.LabPayment) + "|" +
-          Figure(sum.PayAdjustments) + "|" + Figure(sum.CurFee) + ";";
   vsp.StartTable();
   vsp.AddTable("<1.1in|>.75in|>.67in|>.55in|>.65in|>.74in|>.75in|>.67in|>.6in|>.74in",
-               "|Fees($)|||||Payments($)|||", body, kHeaderColor);
+               "|Fees($)|||||Payments($)|||", table.Body(), kHeaderColor);
   // The group names span their columns; the column names are the first
   // body row, dressed as a header and repeated with it on a new page.
   vsp.TableCell(frame::tcColSpan, 0, 2) = 5;
@@ -236,6 +215,9 @@ void clsReports::ProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std:
   vsp.TableCell(frame::tcAlign, 1, 1, 1, 10) = 4;
   vsp.TableHeaderRows(2);
   vsp.EndTable();
+  // The two header rows are this table's alone: the tables after it, here
+  // or in a package that goes on drawing, have one.
+  vsp.TableHeaderRows(1);
 
   // The hygienists: their production beside each other's.
   std::map<int32_t, closing::HygieneFigures> hygiene;
@@ -260,14 +242,14 @@ void clsReports::ProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std:
     srptOpeningReceivable(dtStartDate, dtEndDate,
                           {"InvoiceDetails.ProviderID =" + id, "InitialProviderID=" + id}, true,
                           o, c);
-    ar_body += frame::EscapeCell(p.EmpName) + "|" + Figure(o) + "|" + Figure(c) + ";";
+    ar_body += frame::EscapeCell(p.EmpName) + "|" + closing::SummaryFigure(o) + "|" + closing::SummaryFigure(c) + ";";
     t_open += o;
     t_close += c;
   }
   vsp.AddTable("^1.65in|^1.91in|^1.91in", "Provider|Opening New A/R($)|Closing New A/R($)", "",
                kHeaderColor);
   vsp.AddTable("<1.65in|>1.91in|>1.91in", "", ar_body);
-  vsp.AddTable("^1.65in|>1.91in|>1.91in", "", "Total|" + Figure(t_open) + "|" + Figure(t_close) + ";");
+  vsp.AddTable("^1.65in|>1.91in|>1.91in", "", "Total|" + closing::SummaryFigure(t_open) + "|" + closing::SummaryFigure(t_close) + ";");
 
   if (own_document) {
     PrintPageFooters(kPrintedBy);

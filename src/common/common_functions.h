@@ -10,18 +10,34 @@
 // number and TimeToInt of a value that does not format as a time raise
 // ReportError to the caller.
 //
-// ReturnValue and ReturnList need the database and live with it.
+// The routines of the class that need the database live with it
+// (platform/db/lookup.h): ReturnValue, both ReturnList, ResetRecordset and
+// ReturnName. CheckVersion asks its question through the host's services
+// and lives with them (platform/host/version_check.h). The window routines
+// have no windows to work on here, and the character table of
+// ConvertToAscii belongs to the host's data exchange: neither is part of
+// this component.
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "common/currency.h"
 #include "common/datetime.h"
 #include "common/variant.h"
 
 namespace orv {
+
+// Named lists of keys and the ID each stands for, as the host's screens keep
+// them for their drop-downs: each list is found by its name in upper case,
+// and within it each key's entry is a ready search, "ID = " and the ID.
+struct IDLists {
+  std::vector<std::pair<std::string, std::map<std::string, std::string>>> lists;
+};
 
 class clsCommonFunctions {
  public:
@@ -143,6 +159,16 @@ class clsCommonFunctions {
   };
   // A colour as the host stores it (red in the low byte) split in three.
   RGBColor returnRGBColor(uint32_t color) const;
+
+  // ---- ID lists the host shares ----
+  // Stores "ID = " and `value` for `key` in the list named `name` (any case),
+  // which a new name adds. A key set again takes the new ID: a screen that
+  // reloads its list expects the ID it loaded last. Keys are compared as
+  // text, exactly; Null reads as "".
+  void setID(IDLists& list, std::string_view name, const Variant& key, const Variant& value) const;
+  // The entry of `key` in the list named `name` ("ID = 12"), or Empty when
+  // there is no such list or key.
+  Variant GetID(const IDLists& list, std::string_view name, const Variant& key) const;
 };
 
 }  // namespace orv

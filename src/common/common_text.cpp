@@ -122,4 +122,26 @@ clsCommonFunctions::RGBColor clsCommonFunctions::returnRGBColor(uint32_t color) 
   return {uint8_t(color & 0xFF), uint8_t((color >> 8) & 0xFF), uint8_t((color >> 16) & 0xFF)};
 }
 
+void clsCommonFunctions::setID(IDLists& list, std::string_view name, const Variant& key,
+                               const Variant& value) const {
+  const std::string upper = vb::UCase(name);
+  auto it = std::find_if(list.lists.begin(), list.lists.end(),
+                         [&](const auto& l) { return l.first == upper; });
+  if (it == list.lists.end()) {
+    list.lists.emplace_back(upper, std::map<std::string, std::string>());
+    it = std::prev(list.lists.end());
+  }
+  it->second[returnStr(key)] = "ID = " + returnStr(value);
+}
+
+Variant clsCommonFunctions::GetID(const IDLists& list, std::string_view name, const Variant& key) const {
+  const std::string upper = vb::UCase(name);
+  for (const auto& [list_name, entries] : list.lists) {
+    if (list_name != upper) continue;
+    auto found = entries.find(returnStr(key));
+    return found == entries.end() ? Variant() : Variant(found->second);
+  }
+  return Variant();
+}
+
 }  // namespace orv

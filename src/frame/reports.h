@@ -132,6 +132,10 @@ class clsReports {
   // Progress notes not complete whose reminder date has come (Type above
   // 1), by doctor; previewed.
   void rptProgressNotesList();
+  // The progress notes of the filter ("" or "0": every note) in full, each
+  // with its treatment details; previewed. An error shows the notes'
+  // message and ends the run.
+  void rptProgressNotes(std::string txtfilter, std::string UserName);
   // One page per memo of the filter ("" or "0": all), printed.
   void rptMemos(std::string txtfilter, DateTime printDate, std::string UserName);
   // One prescription with its lines, printed; sets the patient's office.
@@ -412,6 +416,37 @@ class clsReports {
   void srptEDITransactions(DateTime DateFrom, DateTime DateTo, std::string UserName);
   // Patients who signed up between the dates, by preferred dentist.
   void srptNewPatientReport(DateTime fromdate, DateTime todate);
+  // ---- The day-end and month-end packages ----
+  // One document with a section per flag that is set, always in the same
+  // order whatever the flags' order: each section starts a page unless
+  // nothing is drawn yet, and all flags false gives one empty page with its
+  // footer. `ProviderNames` is a filter of "ProviderID = n" terms joined by
+  // " OR " ("" for everyone); `AccountID` a bare account number or "" for
+  // every account; `Byoption` the view of the analysis sections (0
+  // provider, 1 overseer, 2 preferred doctor, 3 date). Errors show the
+  // packages' message box and leave the document as far as it got.
+  void rptDayEndReport(bool DetailedAnalysis, bool AppliedPayments, bool ProductionSummary,
+                       bool BankDeposit, bool CashIn, bool CashInAdjustment,
+                       bool IncompleteInvoices, bool UnAppliedPayments, bool NewPatient,
+                       bool ProductionByProvider, bool EDI, DateTime dtStart, DateTime dtEnd,
+                       int16_t Byoption, std::string UserName, std::string ProviderNames,
+                       bool byAllocatedPayment, std::string AccountID, bool SummaryAnalysis);
+  // With the workstation setting MonthEndReconciliation true (section
+  // Settings, default False) the package ends with the receivables
+  // reconciliation as of `dtEnd` (receivables/reconciliation.h).
+  void rptMonthEndReport(bool DetailedAnalysis, bool SummaryAnalysis, bool AR, bool CashIn,
+                         bool CashInAdjustment, bool IncompleteInvoices, bool HygieneCompany,
+                         DateTime dtStart, DateTime dtEnd, int16_t Byoption, std::string UserName,
+                         std::string ProviderNames, bool byAllocatedPayment, bool Unapplied,
+                         bool Applied, bool Production, bool NewPatients, std::string AccountID,
+                         bool blnProviderSummary = false);
+  // The names of the providers of a "ProviderID = n OR ..." filter,
+  // "LastName,FirstName" joined by ","; "" for an empty filter.
+  std::string ProviderHeaderFilter(const std::string& ProviderNames);
+  // "Providers included:" and the providers of an "ID = n OR ..." filter,
+  // three to a row (everyone for an empty filter).
+  void SectionProviderHeader(const std::string& IDFilter);
+
   // ---- Month-end figures ----
   // Day by day from `fromdate` to `todate`: dental and lab fees, invoice
   // adjustments, applied payments and payment adjustments, and the

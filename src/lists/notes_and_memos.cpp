@@ -54,6 +54,96 @@ void clsReports::rptProgressNotesList() {
   Form().Show();
 }
 
+void clsReports::rptProgressNotes(std::string txtfilter, std::string UserName) {
+  // The notes trap their errors with the desk's own message (the name of
+  // the routine misspelt as it always was): whoever prints a chart's notes
+  // learns that they did not print, instead of a bare failure of the call.
+  Trap("An error has occurred in rptProgresNotes in object clsReports", [&] {
+    const db::Snapshot snapshot(conn_);
+    frame::PrintSurface& vsp = VSP();
+    clsCommonFunctions& cf = Common();
+    // "0", "" or blanks select every note: the statement then goes without
+    // its " where ", never with the word alone.
+    txtfilter = NoZeroFilter(txtfilter);
+    const bool all = cf.returnStr(Variant(txtfilter), true).empty();
+
+    // 1. The notes. The appointment joins its provider and then meets the
+    //    notes from the right, so a note without an appointment (or whose
+    //    appointment is gone) still prints, its appointment columns Null.
+    //    The signer joins from the left for the same reason. Notes come in
+    //    the order they were written.
+    db::Recordset rs = Open(
+        "SELECT Employees1.FirstName AS DentistFirstName, Employees1.LastName AS DentistLastName, "
+        "PatientProgressNotes.*, Employees.LastName AS SignedByLastName, Employees.FirstName AS "
+        "SignedByFirstName, PatientAppointments.Date AS AppointmentDate, (SELECT Patient.FirstName "
+        "+ ' ' + Patient. LastName FROM Patient WHERE Patient.ID = PatientProgressNotes.PatientID) "
+        "AS PatientName FROM Employees Employees1 INNER JOIN PatientAppointments ON Employees1.ID = "
+        "PatientAppointments.ProviderID RIGHT OUTER JOIN PatientProgressNotes ON "
+        "PatientAppointments.ID = PatientProgressNotes.AppointmentID LEFT OUTER JOIN Employees ON "
+        "PatientProgressNotes.EmployeeID = Employees.ID" +
+        (all ? std::string() : " where " + txtfilter) +
+        " ORDER BY PatientProgressNotes.Date, PatientProgressNotes.ID");
+
+    vsp.Orientation(0);
+    vsp.DocName("Progress Notes");
+    vsp.StartDoc();
+    PrintReportHeading(vsp.DocName(), UserName, "");
+    vsp.TextAlign(0);
+    vsp.FontSize(10);
+    vsp.TableBorder(7);
+
+    // A caption in bold and its value on one line.
+    auto line = [&](const std::string& caption, const std::string& value) {
+      vsp.FontBold(true);
+      vsp.InlineText(caption);
+      vsp.FontBold(false);
+      vsp.Text(value);
+    };
+    while (!rs.Eof()) {
+      // 2. The note's own lines; the appointment's two only where the note
+      //    names one.
+      vsp.Text(" ");
+      line("Patient: ", cf.returnStr(rs["PatientName"].Value()));
+      line("Signed By: ", lists::JoinedName(cf, rs, {"SignedByFirstName", "SignedByLastName"}));
+      line("Date: ", Format(rs["Date"].Value(), "MMM/d/yyyy"));
+      const Variant appointment = rs["AppointmentID"].Value();
+      if (!appointment.IsNull() && CLng(appointment) != 0) {
+        line("Appointment Date: ", Format(rs["AppointmentDate"].Value(), "MMM/d/yyyy"));
+        line("Appointment Provider: ",
+             lists::JoinedName(cf, rs, {"DentistFirstName", "DentistLastName"}));
+      }
+      line("Note Recorded: ", cf.returnStr(rs["Treatment"].Value()));
+      // The note's lines stay with its details on one page.
+      vsp.KeepWithNext();
+
+      // 3. What was done, line by line; a note without details keeps the
+      //    table's head, so the reader sees that none were recorded.
+      db::Recordset details =
+          Open("SELECT * From PatientProgressNoteDetails WHERE PatientProgressNoteID = " +
+               cf.returnStr(rs["ID"].Value()) + " ORDER BY ID");
+      std::string body;
+      while (!details.Eof()) {
+        for (const char* field : {"Code", "Tooth#", "Liner", "Material", "Colour", "Surface",
+                                  "Units", "Instruments", "AnaestheticNote"})
+          body += frame::EscapeCell(cf.returnStr(details[field].Value())) + "|";
+        body += frame::EscapeCell(cf.returnStr(details["ProceduralNote"].Value())) + ";";
+        details.MoveNext();
+      }
+      vsp.FontSize(8);
+      vsp.AddTable("<.5in|<.5in|<.5in|<.5in|<.5in|<.5in|<.5in|<.5in|<1in|<1in",
+                   "Code|Tooth#|Liner|Material|Colour|Surface|Units|Instr.|Anaesthetic Note|"
+                   "Procedural Note",
+                   body, kHeaderColor);
+      vsp.FontSize(10);
+      RaiseProgress(rs);
+      rs.MoveNext();
+    }
+    PrintPageFooters(kPrintedBy);
+    vsp.EndDoc();
+    Form().Show();
+  });
+}
+
 void clsReports::rptMemos(std::string txtfilter, DateTime printDate, std::string UserName) {
   (void)printDate;  // the host's own; the memos carry their dates
   const db::Snapshot snapshot(conn_);

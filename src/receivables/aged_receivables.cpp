@@ -13,148 +13,190 @@
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
 #include "frame/surface/table_model.h"
+#include "receivables/receivable_figures.h"
 
 namespace orv {
+
+namespace receivables {
+
+AgedFigures AgedReceivableFigures(clsReports& r, DateTime dtEndDate, int16_t Byoption,
+                                  std::string ProviderFilter) {
+  const db::Snapshot snapshot(r.conn(), db::Snapshot::OnFailure::RunWithout);
+  clsCommonFunctions& cf = r.Common();
+  ProviderFilter = NoZeroFilter(ProviderFilter);
+
+  // The provider filter is a condition over "ProviderID". Charges and
+  // allocations are tested on the treatment line (or, by overseer, on the
+  // invoice); payments on the provider who took them in. By preferred
+  // doctor the subqueries carry no filter and the patients are chosen by
+  // their own doctor. The by-date view (3) has no person of its own and
+  // keeps the provider's reading, as the balance list does.
+  const bool by_overseer = Byoption == 1;
+  const bool by_doctor = Byoption == 2;
+  std::string charge_filter;
+  std::string payment_filter;
+  if (!ProviderFilter.empty() && !by_doctor) {
+    charge_filter =
+        vb::Replace(ProviderFilter, "ProviderID",
+                    by_overseer ? "invoices.OverseerID" : "InvoiceDetails.ProviderID");
+    payment_filter = vb::Replace(ProviderFilter, "ProviderID", "InitialProviderID");
+  }
+  // With no filter every subquery ends at its date test: the forms differ
+  // only by the filter they append.
+  auto and_charge = [&] {
+    return charge_filter.empty() ? std::string() : " AND " + charge_filter;
+  };
+  auto and_payment = [&] {
+    return payment_filter.empty() ? std::string() : " AND " + payment_filter;
+  };
+  // The overseer sits on the invoice, so every allocation side that tests
+  // him reaches the invoice through the line.
+  const std::string alloc_invoice_join =
+      by_overseer && !charge_filter.empty()
+          ? " INNER JOIN Invoices On Invoices.ID = InvoiceDetails.InvoiceID"
+          : "";
+
+  auto day = [&](int offset) { return DateAdd("d", offset, dtEndDate).ToIsoDate(); };
+  const std::string D = day(0);
+
+  // One age class: the complete charges entered between `low` (none when
+  // empty) and `high`, less every allocation made by D on those lines.
+  auto age_class = [&](const std::string& low, const std::string& high, const char* name) {
+    std::string charge_range =
+        low.empty() ? "" : " AND InvoiceDetails.EntryDate >= '" + low + "'";
+    charge_range += " AND InvoiceDetails.EntryDate <= '" + high + "'";
+    return " ISNULL((SELECT SUM(Cost) FROM InvoiceDetails INNER JOIN Invoices ON Invoices.ID = "
+           "InvoiceDetails.InvoiceID"
+           " WHERE Invoices.PatientID = Patient.ID AND InvoiceDetails.Status = 'Complete'" +
+           charge_range + and_charge() +
+           "), 0)"
+           " - ISNULL ((SELECT SUM(Amount) FROM InvoicePaymentAllocations INNER JOIN "
+           "InvoiceDetails "
+           "ON InvoiceDetails.ID = InvoicePaymentAllocations.InvoiceDetailsID" +
+           alloc_invoice_join +
+           " WHERE InvoicePaymentAllocations.PatientID = Patient.ID AND AppliedDate <= '" + D +
+           "'" + charge_range + and_charge() + "), 0) AS " + name + ",";
+  };
+
+  std::string sql = "SELECT ID, LastName + ', ' + FirstName AS PatientName,";
+  sql +=
+      " ISNULL((SELECT SUM(Cost) FROM InvoiceDetails INNER JOIN Invoices ON Invoices.ID = "
+      "InvoiceDetails.InvoiceID"
+      " WHERE Invoices.PatientID = Patient.ID AND InvoiceDetails.Status = 'Complete' AND "
+      "InvoiceDetails.EntryDate <= '" +
+      D + "'" + and_charge() +
+      "), 0)"
+      " - ISNULL ((SELECT SUM(Amount) FROM InvoicePaymentAllocations INNER JOIN InvoiceDetails "
+      "ON "
+      "InvoiceDetails.ID = InvoicePaymentAllocations.InvoiceDetailsID" +
+      alloc_invoice_join +
+      " WHERE InvoicePaymentAllocations.PatientID = Patient.ID AND AppliedDate <= '" + D + "'" +
+      and_charge() + "), 0) AS Debit,";
+  // The patient's share of the lines. By overseer it is the cost less the
+  // three insurers' shares; every other view reads the line's own
+  // PatientCost, the share as it was entered. A payment is the patient's
+  // when it names no insurer.
+  if (by_overseer && !charge_filter.empty()) {
+    sql +=
+        " ISNULL ((SELECT ISNULL(SUM(Cost), 0) - ISNULL(SUM(PrimaryInsCost), 0)"
+        " - ISNULL(SUM(SecondaryInsCost), 0) - ISNULL(SUM(TertiaryInsCost), 0)";
+  } else {
+    sql += " ISNULL ((select Sum(PatientCost)";
+  }
+  sql +=
+      " FROM InvoiceDetails INNER JOIN Invoices ON Invoices.ID = InvoiceDetails.InvoiceID"
+      " WHERE Invoices.PatientID = Patient.ID AND InvoiceDetails.Status = 'Complete' AND "
+      "InvoiceDetails.EntryDate <= '" +
+      D + "'" + and_charge() +
+      "), 0) - ISNULL"
+      " ((SELECT SUM(Amount) FROM InvoicePaymentAllocations INNER JOIN InvoicePayments ON "
+      "InvoicePayments.ID = InvoicePaymentAllocations.InvoicePaymentID"
+      " INNER JOIN InvoiceDetails On InvoiceDetails.ID = "
+      "InvoicePaymentAllocations.InvoiceDetailsID" +
+      alloc_invoice_join +
+      " WHERE InvoicePaymentAllocations.PatientID = Patient.ID AND InvoicePayments.InsuranceID "
+      "IS "
+      "NULL AND AppliedDate <= '" +
+      D + "'" + and_charge() + "), 0) AS PatientDebit,";
+  // Credit: the money taken in by D less what of it was applied by D. Both
+  // sums carry the payment form of the filter, so that the credit is that
+  // of the same payments on both sides; a filter on one side only would
+  // set one provider's allocations against every provider's receipts.
+  sql +=
+      " ISNULL((SELECT SUM(Value) FROM InvoicePayments"
+      " WHERE InvoicePayments.PatientID = Patient.ID AND InvoicePayments.CheckDate <= '" +
+      D + "'" + and_payment() +
+      "), 0)"
+      " - ISNULL((SELECT SUM(Amount) FROM InvoicePaymentAllocations INNER JOIN InvoicePayments "
+      "ON "
+      "InvoicePayments.ID = InvoicePaymentAllocations.InvoicePaymentID"
+      " WHERE InvoicePayments.PatientID = Patient.ID AND InvoicePayments.CheckDate <= '" +
+      D + "' AND InvoicePaymentAllocations.AppliedDate <= '" + D + "'" + and_payment() +
+      "), 0) AS Credit,";
+  // The classes: both ends inclusive, so a line 30 days old is in 0-30
+  // and one 31 days old in 31-60.
+  sql += age_class(day(-30), D, "ThirtyDay");
+  sql += age_class(day(-60), day(-31), "SixtyDay");
+  sql += age_class(day(-90), day(-61), "NinetyDay");
+  sql += age_class("", day(-91), "OverNinetyDay");
+  // Money taken in by D on a cheque dated after it.
+  sql +=
+      " (SELECT ISNULL(SUM(Value), 0) FROM InvoicePayments"
+      " WHERE CheckDate > '" +
+      D + "' AND [Date] <= '" + D + "'" + and_payment() +
+      " AND PatientID = Patient.ID)"
+      " AS PostDates";
+  if (by_doctor && !ProviderFilter.empty()) {
+    sql += " FROM Patient WHERE " + vb::Replace(ProviderFilter, "ProviderID", "DoctorID") +
+           " ORDER BY LastName, FirstName";
+  } else {
+    sql += " FROM Patient ORDER BY LastName, FirstName";
+  }
+
+  db::Recordset rs = r.Open(sql);
+  // A patient who is square is left out, whatever is post-dated.
+  rs.Filter(Variant(" Debit <> 0 OR Credit <> 0"));
+
+  AgedFigures figures;
+  AgedRow& sum = figures.totals;
+  while (!rs.Eof()) {
+    AgedRow row;
+    row.id = static_cast<int32_t>(cf.ReturnVal(rs["ID"].Value()));
+    row.name = vb::Trim(cf.returnStr(rs["PatientName"].Value()));
+    row.debit = cf.ReturnCur(rs["Debit"].Value());
+    row.patient_debit = cf.ReturnCur(rs["PatientDebit"].Value());
+    row.credit = cf.ReturnCur(rs["Credit"].Value());
+    row.thirty = cf.ReturnCur(rs["ThirtyDay"].Value());
+    row.sixty = cf.ReturnCur(rs["SixtyDay"].Value());
+    row.ninety = cf.ReturnCur(rs["NinetyDay"].Value());
+    row.over = cf.ReturnCur(rs["OverNinetyDay"].Value());
+    row.post_dates = cf.ReturnCur(rs["PostDates"].Value());
+    sum.debit += row.debit;
+    sum.patient_debit += row.patient_debit;
+    sum.credit += row.credit;
+    sum.thirty += row.thirty;
+    sum.sixty += row.sixty;
+    sum.ninety += row.ninety;
+    sum.over += row.over;
+    sum.post_dates += row.post_dates;
+    figures.rows.push_back(std::move(row));
+    r.RaiseProgress(rs);
+    r.Host().DoEvents();
+    rs.MoveNext();
+  }
+  rs.Close();
+  return figures;
+}
+
+}  // namespace receivables
 
 void clsReports::srptAccountReceivable(DateTime dtEndDate, int16_t Byoption,
                                        std::string ProviderFilter, std::string UserName) {
   const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   Trap("An error has occurred in sub srptAccountReceivable in Class clsReports", [&] {
     frame::PrintSurface& vsp = VSP();
-    clsCommonFunctions& cf = Common();
-    ProviderFilter = NoZeroFilter(ProviderFilter);
-
-    // The provider filter is a condition over "ProviderID". Charges and
-    // allocations are tested on the treatment line (or, by overseer, on the
-    // invoice); payments on the provider who took them in. By preferred
-    // doctor the subqueries carry no filter and the patients are chosen by
-    // their own doctor. The by-date view (3) has no person of its own and
-    // keeps the provider's reading, as the balance list does.
-    const bool by_overseer = Byoption == 1;
-    const bool by_doctor = Byoption == 2;
-    std::string charge_filter;
-    std::string payment_filter;
-    if (!ProviderFilter.empty() && !by_doctor) {
-      charge_filter =
-          vb::Replace(ProviderFilter, "ProviderID",
-                      by_overseer ? "invoices.OverseerID" : "InvoiceDetails.ProviderID");
-      payment_filter = vb::Replace(ProviderFilter, "ProviderID", "InitialProviderID");
-    }
-    // With no filter every subquery ends at its date test: the forms differ
-    // only by the filter they append.
-    auto and_charge = [&] {
-      return charge_filter.empty() ? std::string() : " AND " + charge_filter;
-    };
-    auto and_payment = [&] {
-      return payment_filter.empty() ? std::string() : " AND " + payment_filter;
-    };
-    // The overseer sits on the invoice, so every allocation side that tests
-    // him reaches the invoice through the line.
-    const std::string alloc_invoice_join =
-        by_overseer && !charge_filter.empty()
-            ? " INNER JOIN Invoices On Invoices.ID = InvoiceDetails.InvoiceID"
-            : "";
-
-    auto day = [&](int offset) { return DateAdd("d", offset, dtEndDate).ToIsoDate(); };
-    const std::string D = day(0);
-
-    // One age class: the complete charges entered between `low` (none when
-    // empty) and `high`, less every allocation made by D on those lines.
-    auto age_class = [&](const std::string& low, const std::string& high, const char* name) {
-      std::string charge_range =
-          low.empty() ? "" : " AND InvoiceDetails.EntryDate >= '" + low + "'";
-      charge_range += " AND InvoiceDetails.EntryDate <= '" + high + "'";
-      return " ISNULL((SELECT SUM(Cost) FROM InvoiceDetails INNER JOIN Invoices ON Invoices.ID = "
-             "InvoiceDetails.InvoiceID"
-             " WHERE Invoices.PatientID = Patient.ID AND InvoiceDetails.Status = 'Complete'" +
-             charge_range + and_charge() +
-             "), 0)"
-             " - ISNULL ((SELECT SUM(Amount) FROM InvoicePaymentAllocations INNER JOIN "
-             "InvoiceDetails "
-             "ON InvoiceDetails.ID = InvoicePaymentAllocations.InvoiceDetailsID" +
-             alloc_invoice_join +
-             " WHERE InvoicePaymentAllocations.PatientID = Patient.ID AND AppliedDate <= '" + D +
-             "'" + charge_range + and_charge() + "), 0) AS " + name + ",";
-    };
-
-    std::string sql = "SELECT ID, LastName + ', ' + FirstName AS PatientName,";
-    sql +=
-        " ISNULL((SELECT SUM(Cost) FROM InvoiceDetails INNER JOIN Invoices ON Invoices.ID = "
-        "InvoiceDetails.InvoiceID"
-        " WHERE Invoices.PatientID = Patient.ID AND InvoiceDetails.Status = 'Complete' AND "
-        "InvoiceDetails.EntryDate <= '" +
-        D + "'" + and_charge() +
-        "), 0)"
-        " - ISNULL ((SELECT SUM(Amount) FROM InvoicePaymentAllocations INNER JOIN InvoiceDetails "
-        "ON "
-        "InvoiceDetails.ID = InvoicePaymentAllocations.InvoiceDetailsID" +
-        alloc_invoice_join +
-        " WHERE InvoicePaymentAllocations.PatientID = Patient.ID AND AppliedDate <= '" + D + "'" +
-        and_charge() + "), 0) AS Debit,";
-    // The patient's share of the lines. By overseer it is the cost less the
-    // three insurers' shares; every other view reads the line's own
-    // PatientCost, the share as it was entered. A payment is the patient's
-    // when it names no insurer.
-    if (by_overseer && !charge_filter.empty()) {
-      sql +=
-          " ISNULL ((SELECT ISNULL(SUM(Cost), 0) - ISNULL(SUM(PrimaryInsCost), 0)"
-          " - ISNULL(SUM(SecondaryInsCost), 0) - ISNULL(SUM(TertiaryInsCost), 0)";
-    } else {
-      sql += " ISNULL ((select Sum(PatientCost)";
-    }
-    sql +=
-        " FROM InvoiceDetails INNER JOIN Invoices ON Invoices.ID = InvoiceDetails.InvoiceID"
-        " WHERE Invoices.PatientID = Patient.ID AND InvoiceDetails.Status = 'Complete' AND "
-        "InvoiceDetails.EntryDate <= '" +
-        D + "'" + and_charge() +
-        "), 0) - ISNULL"
-        " ((SELECT SUM(Amount) FROM InvoicePaymentAllocations INNER JOIN InvoicePayments ON "
-        "InvoicePayments.ID = InvoicePaymentAllocations.InvoicePaymentID"
-        " INNER JOIN InvoiceDetails On InvoiceDetails.ID = "
-        "InvoicePaymentAllocations.InvoiceDetailsID" +
-        alloc_invoice_join +
-        " WHERE InvoicePaymentAllocations.PatientID = Patient.ID AND InvoicePayments.InsuranceID "
-        "IS "
-        "NULL AND AppliedDate <= '" +
-        D + "'" + and_charge() + "), 0) AS PatientDebit,";
-    // Credit: the money taken in by D less what of it was applied by D. Both
-    // sums carry the payment form of the filter, so that the credit is that
-    // of the same payments on both sides; a filter on one side only would
-    // set one provider's allocations against every provider's receipts.
-    sql +=
-        " ISNULL((SELECT SUM(Value) FROM InvoicePayments"
-        " WHERE InvoicePayments.PatientID = Patient.ID AND InvoicePayments.CheckDate <= '" +
-        D + "'" + and_payment() +
-        "), 0)"
-        " - ISNULL((SELECT SUM(Amount) FROM InvoicePaymentAllocations INNER JOIN InvoicePayments "
-        "ON "
-        "InvoicePayments.ID = InvoicePaymentAllocations.InvoicePaymentID"
-        " WHERE InvoicePayments.PatientID = Patient.ID AND InvoicePayments.CheckDate <= '" +
-        D + "' AND InvoicePaymentAllocations.AppliedDate <= '" + D + "'" + and_payment() +
-        "), 0) AS Credit,";
-    // The classes: both ends inclusive, so a line 30 days old is in 0-30
-    // and one 31 days old in 31-60.
-    sql += age_class(day(-30), D, "ThirtyDay");
-    sql += age_class(day(-60), day(-31), "SixtyDay");
-    sql += age_class(day(-90), day(-61), "NinetyDay");
-    sql += age_class("", day(-91), "OverNinetyDay");
-    // Money taken in by D on a cheque dated after it.
-    sql +=
-        " (SELECT ISNULL(SUM(Value), 0) FROM InvoicePayments"
-        " WHERE CheckDate > '" +
-        D + "' AND [Date] <= '" + D + "'" + and_payment() +
-        " AND PatientID = Patient.ID)"
-        " AS PostDates";
-    if (by_doctor && !ProviderFilter.empty()) {
-      sql += " FROM Patient WHERE " + vb::Replace(ProviderFilter, "ProviderID", "DoctorID") +
-             " ORDER BY LastName, FirstName";
-    } else {
-      sql += " FROM Patient ORDER BY LastName, FirstName";
-    }
-
-    db::Recordset rs = Open(sql);
-    // A patient who is square is left out, whatever is post-dated.
-    rs.Filter(Variant(" Debit <> 0 OR Credit <> 0"));
+    const receivables::AgedFigures figures =
+        receivables::AgedReceivableFigures(*this, dtEndDate, Byoption, ProviderFilter);
 
     // The title in the size of every report's title; the lines under it
     // are the list's own (a tab before the user, the period's end).
@@ -170,38 +212,21 @@ void clsReports::srptAccountReceivable(DateTime dtEndDate, int16_t Byoption,
     vsp.TextAlign(1);
     vsp.FontSize(8);
 
-    Currency balance, patient, insurance, credit, thirty, sixty, ninety, over, post;
-    std::string body;
+    // Each row: the balance (debit less credit), the patient's share, the
+    // insurers' share (debit less the patient's), the credit, the classes
+    // and the post-dated money; the "Balances" row carries their sums.
     auto cell = [&](Currency c) { return Format(Variant(c), "0.00"); };
-    while (!rs.Eof()) {
-      const Currency debit_v = cf.ReturnCur(rs["Debit"].Value());
-      const Currency patient_v = cf.ReturnCur(rs["PatientDebit"].Value());
-      const Currency credit_v = cf.ReturnCur(rs["Credit"].Value());
-      const Currency thirty_v = cf.ReturnCur(rs["ThirtyDay"].Value());
-      const Currency sixty_v = cf.ReturnCur(rs["SixtyDay"].Value());
-      const Currency ninety_v = cf.ReturnCur(rs["NinetyDay"].Value());
-      const Currency over_v = cf.ReturnCur(rs["OverNinetyDay"].Value());
-      const Currency post_v = cf.ReturnCur(rs["PostDates"].Value());
-      body += frame::EscapeCell(vb::Trim(cf.returnStr(rs["PatientName"].Value()))) + "|" + cell(debit_v - credit_v) +
-              "|" + cell(patient_v) + "|" + cell(debit_v - patient_v) + "|" + cell(credit_v) + "|" +
-              cell(thirty_v) + "|" + cell(sixty_v) + "|" + cell(ninety_v) + "|" + cell(over_v) +
-              "|" + cell(post_v) + ";";
-      balance += debit_v - credit_v;
-      patient += patient_v;
-      insurance += debit_v - patient_v;
-      credit += credit_v;
-      thirty += thirty_v;
-      sixty += sixty_v;
-      ninety += ninety_v;
-      over += over_v;
-      post += post_v;
-      RaiseProgress(rs);
-      Host().DoEvents();
-      rs.MoveNext();
+    auto cells = [&](const receivables::AgedRow& row) {
+      return cell(row.Balance()) + "|" + cell(row.patient_debit) + "|" +
+             cell(row.debit - row.patient_debit) + "|" + cell(row.credit) + "|" +
+             cell(row.thirty) + "|" + cell(row.sixty) + "|" + cell(row.ninety) + "|" +
+             cell(row.over) + "|" + cell(row.post_dates) + ";";
+    };
+    std::string body;
+    for (const receivables::AgedRow& row : figures.rows) {
+      body += frame::EscapeCell(row.name) + "|" + cells(row);
     }
-    body += "Balances|" + cell(balance) + "|" + cell(patient) + "|" + cell(insurance) + "|" +
-            cell(credit) + "|" + cell(thirty) + "|" + cell(sixty) + "|" + cell(ninety) + "|" +
-            cell(over) + "|" + cell(post) + ";";
+    body += "Balances|" + cells(figures.totals);
     vsp.AddTable("<1.2in|>0.7in|^1.4in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in", "||Debit|||||||",
                  "", kHeaderColor);
     // The "Debit" band over the column heads stays with them.
@@ -209,7 +234,6 @@ void clsReports::srptAccountReceivable(DateTime dtEndDate, int16_t Byoption,
     vsp.AddTable("<1.2in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in|>0.7in",
                  "Patient|Balance|Patient|Insurance|Credit|0-30|31-60|61-90|> 90|Post Dates", body,
                  kHeaderColor);
-    rs.Close();
   });
 }
 

@@ -17,6 +17,7 @@
 #include "frame/surface/surface.h"
 #include "frame/surface/table_model.h"
 #include "receivables/age_class.h"
+#include "receivables/receivable_figures.h"
 
 namespace orv {
 
@@ -53,59 +54,139 @@ void clsReports::rptPatientsWithABalance(std::string UserName, DateTime dtEndDat
   Form().Visible(true);
 }
 
+namespace receivables {
+
+BalanceListFigures PatientsWithaBalanceFigures(clsReports& r, DateTime dtEndDate,
+                                               std::string txtfilter, int16_t SortType,
+                                               bool NoCredits) {
+  const db::Snapshot snapshot(r.conn(), db::Snapshot::OnFailure::RunWithout);
+  clsCommonFunctions& cf = r.Common();
+  AccountModel accounts(r.conn(), r.InterestRate);
+  txtfilter = NoZeroFilter(txtfilter);
+  const std::string end = dtEndDate.ToIsoDate();
+
+  // The host's filter is a condition over "ProviderID". The invoices are
+  // chosen by the person of the view; the payments, which sit on no
+  // invoice, by the provider who took them in, for the provider and the
+  // overseer views alike, and by the patient's own doctor for the
+  // preferred-doctor view. The payment filter is made from the host's
+  // text, not from the invoice filter, in which "ProviderID" is already
+  // gone under views 1 and 2.
+  std::string invoice_filter = txtfilter;
+  std::string payment_filter = vb::Replace(txtfilter, "ProviderID", "InitialProviderID");
+  if (SortType == 1) {
+    invoice_filter = vb::Replace(txtfilter, "ProviderID", "OverseerID");
+  } else if (SortType == 2) {
+    invoice_filter = vb::Replace(txtfilter, "ProviderID", "Invoices.DoctorID");
+    payment_filter = vb::Replace(
+        txtfilter, "ProviderID",
+        "(SELECT DoctorID FROM Patient WHERE Patient.ID = InvoicePayments.PatientID)");
+  }
+  auto and_filter = [](const std::string& f) {
+    return f.empty() ? std::string() : " AND (" + f + ")";
+  };
+
+  db::Recordset patients = r.Open(
+      "SHAPE {SELECT FullName, ID FROM Patient ORDER BY Fullname} AS rptPatientsWithABalance "
+      "APPEND "
+      "({SELECT Invoices.ID, Invoices.[Date], Invoices.InvoiceTotal, Invoices.[Complete?], "
+      "Invoices.InvoiceFinalTotal, ISNULL(Invoices.InterestInvoiceID, 0) as InterestInvoiceID, "
+      "Invoices.IsAssignment, Invoices.PatientTotal, Patient.Interest, Invoices.PatientID FROM "
+      "Invoices INNER JOIN Patient ON Invoices.PatientID = Patient.ID WHERE (InvoiceFinalTotal "
+      "IS "
+      "NULL OR FinalDate > '" +
+      end + "') AND [Date] <= '" + end + "'" + and_filter(invoice_filter) +
+      "} AS rptPatientsWithABalanceInvoices RELATE 'ID' TO 'PatientID') AS "
+      "rptPatientsWithABalanceInvoices");
+  db::Recordset payments = r.Open(
+      "SHAPE {SELECT ID, PatientID, [Value] AS Total, IsInsurance FROM InvoicePayments WHERE "
+      "CheckDate <= '" +
+          end + "'" + and_filter(payment_filter) +
+          "} AS rptPatientWithACredit APPEND ({SELECT InvoicePaymentID, Amount FROM "
+          "InvoicePaymentDetails WHERE Date <= '" +
+          end +
+          "'} AS rptPatientWithACreditDetails RELATE 'ID' TO 'InvoicePaymentID') AS "
+          "rptPatientWithACreditDetails",
+      db::adOpenStatic, db::adLockOptimistic);
+
+  BalanceListFigures figures;
+  while (!patients.Eof()) {
+    BalanceListRow row;
+    std::array<Currency, 7>& f = row.figures;
+    db::Recordset invoices = patients["rptPatientsWithABalanceInvoices"].Chapter();
+    while (!invoices.Eof()) {
+      const int32_t id = static_cast<int32_t>(cf.ReturnVal(invoices["ID"].Value()));
+      const Currency paid = accounts.ReturnInvoicePaid(true, id, dtEndDate, 0);
+      const Currency paid_patient = accounts.ReturnInvoicePaid(true, id, dtEndDate, 1);
+      const Currency paid_insurer = accounts.ReturnInvoicePaid(true, id, dtEndDate, 2);
+      const Currency amount = cf.ReturnCur(invoices["InvoiceTotal"].Value());
+      if (cf.ReturnVal(invoices["InterestInvoiceID"].Value()) > 0) f[1] += amount;
+      // Post dates: what was paid on the invoice after the end date on
+      // cheques entered ahead of their date (the post-dated share).
+      // Informational, as the notes say: it is in no class.
+      f[2] += accounts.ReturnInvoicePaid(false, id, dtEndDate, 0);
+
+      // An assigned invoice splits into the patient's total and the rest
+      // for the insurer. A NULL PatientTotal reads as 0: until the
+      // patient's share is set the insurer row carries the whole, so that
+      // the two obligation rows still add up to the class.
+      const bool is_assigned = FlagSet(invoices["IsAssignment"].Value());
+      const Currency patient_amount =
+          is_assigned ? cf.ReturnCur(invoices["PatientTotal"].Value()) : amount;
+      const Currency insurer_amount = amount - patient_amount;
+
+      if (amount > paid) {
+        const int c = AgeClass(invoices["Date"].Value(), dtEndDate);
+        f[3 + c] += amount - paid;
+        if (is_assigned) {
+          row.assigned = true;
+          row.patient_part[c] += patient_amount - paid_patient;
+          row.insurer_part[c] += insurer_amount - paid_insurer;
+        }
+      }
+      invoices.MoveNext();
+    }
+
+    // Money on file: each payment's total, the patient's and the
+    // insurers' alike, less its shares on invoices by the end date.
+    payments.Filter(Variant("PatientID = " + CStr(patients["ID"].Value())));
+    while (!payments.Eof()) {
+      Currency left = cf.ReturnCur(payments["Total"].Value());
+      db::Recordset details = payments["rptPatientWithACreditDetails"].Chapter();
+      while (!details.Eof()) {
+        left -= cf.ReturnCur(details["Amount"].Value());
+        details.MoveNext();
+      }
+      row.net_credit += left;
+      payments.MoveNext();
+    }
+
+    f[0] = f[3] + f[4] + f[5] + f[6];
+    if (!(f[0].IsZero() && (row.net_credit.IsZero() || NoCredits))) {
+      row.id = static_cast<int32_t>(cf.ReturnVal(patients["ID"].Value()));
+      row.name = cf.returnStr(patients["FullName"].Value());
+      for (size_t i = 0; i < f.size(); ++i) figures.office[i] += f[i];
+      figures.office_credit += row.net_credit;
+      figures.rows.push_back(std::move(row));
+    }
+    r.RaiseProgress(patients);
+    r.Host().DoEvents();
+    patients.MoveNext();
+  }
+  return figures;
+}
+
+}  // namespace receivables
+
 void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDate,
                                           std::string txtfilter, int16_t SortType, bool NoCredits) {
   const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   Trap("An error has occurred in sub srptPatientsWithaBalance in Class clsReports", [&] {
     frame::PrintSurface& vsp = VSP();
     clsCommonFunctions& cf = Common();
-    AccountModel accounts(conn(), InterestRate);
     txtfilter = NoZeroFilter(txtfilter);
-    const std::string end = dtEndDate.ToIsoDate();
-
-    // The host's filter is a condition over "ProviderID". The invoices are
-    // chosen by the person of the view; the payments, which sit on no
-    // invoice, by the provider who took them in, for the provider and the
-    // overseer views alike, and by the patient's own doctor for the
-    // preferred-doctor view. The payment filter is made from the host's
-    // text, not from the invoice filter, in which "ProviderID" is already
-    // gone under views 1 and 2.
-    std::string invoice_filter = txtfilter;
-    std::string payment_filter = vb::Replace(txtfilter, "ProviderID", "InitialProviderID");
-    if (SortType == 1) {
-      invoice_filter = vb::Replace(txtfilter, "ProviderID", "OverseerID");
-    } else if (SortType == 2) {
-      invoice_filter = vb::Replace(txtfilter, "ProviderID", "Invoices.DoctorID");
-      payment_filter = vb::Replace(
-          txtfilter, "ProviderID",
-          "(SELECT DoctorID FROM Patient WHERE Patient.ID = InvoicePayments.PatientID)");
-    }
-    auto and_filter = [](const std::string& f) {
-      return f.empty() ? std::string() : " AND (" + f + ")";
-    };
-
-    db::Recordset patients = Open(
-        "SHAPE {SELECT FullName, ID FROM Patient ORDER BY Fullname} AS rptPatientsWithABalance "
-        "APPEND "
-        "({SELECT Invoices.ID, Invoices.[Date], Invoices.InvoiceTotal, Invoices.[Complete?], "
-        "Invoices.InvoiceFinalTotal, ISNULL(Invoices.InterestInvoiceID, 0) as InterestInvoiceID, "
-        "Invoices.IsAssignment, Invoices.PatientTotal, Patient.Interest, Invoices.PatientID FROM "
-        "Invoices INNER JOIN Patient ON Invoices.PatientID = Patient.ID WHERE (InvoiceFinalTotal "
-        "IS "
-        "NULL OR FinalDate > '" +
-        end + "') AND [Date] <= '" + end + "'" + and_filter(invoice_filter) +
-        "} AS rptPatientsWithABalanceInvoices RELATE 'ID' TO 'PatientID') AS "
-        "rptPatientsWithABalanceInvoices");
-    db::Recordset payments = Open(
-        "SHAPE {SELECT ID, PatientID, [Value] AS Total, IsInsurance FROM InvoicePayments WHERE "
-        "CheckDate <= '" +
-            end + "'" + and_filter(payment_filter) +
-            "} AS rptPatientWithACredit APPEND ({SELECT InvoicePaymentID, Amount FROM "
-            "InvoicePaymentDetails WHERE Date <= '" +
-            end +
-            "'} AS rptPatientWithACreditDetails RELATE 'ID' TO 'InvoicePaymentID') AS "
-            "rptPatientWithACreditDetails",
-        db::adOpenStatic, db::adLockOptimistic);
+    const receivables::BalanceListFigures figures =
+        receivables::PatientsWithaBalanceFigures(*this, dtEndDate, txtfilter, SortType, NoCredits);
 
     PrintReportHeading("Patients With A Balance", UserName, "");
     vsp.FontSize(10);
@@ -135,11 +216,7 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
     vsp.TextAlign(0);
     vsp.FontSize(8);
 
-    // The columns of a row after the name: balance, interest, post dates,
-    // then the four classes (0-30, > 30, > 60, > 90).
     using Row = std::array<Currency, 7>;
-    Row office{};
-    Currency office_credit;
     auto money = [](Currency c) { return Format(Variant(c), "Currency"); };
     // Without credits a row is name|balance|...; with them the balance cell
     // is preceded by the debit (what is owed) and the credit (money on
@@ -173,86 +250,27 @@ void clsReports::srptPatientsWithaBalance(std::string UserName, DateTime dtEndDa
     // Body rows kept on the page of the row after them.
     std::vector<int> kept_rows;
     int rows = 0;
-    while (!patients.Eof()) {
-      Row row{};
-      std::array<Currency, 4> patient_part{};
-      std::array<Currency, 4> insurer_part{};
-      bool assigned = false;
-      db::Recordset invoices = patients["rptPatientsWithABalanceInvoices"].Chapter();
-      while (!invoices.Eof()) {
-        const int32_t id = static_cast<int32_t>(cf.ReturnVal(invoices["ID"].Value()));
-        const Currency paid = accounts.ReturnInvoicePaid(true, id, dtEndDate, 0);
-        const Currency paid_patient = accounts.ReturnInvoicePaid(true, id, dtEndDate, 1);
-        const Currency paid_insurer = accounts.ReturnInvoicePaid(true, id, dtEndDate, 2);
-        const Currency amount = cf.ReturnCur(invoices["InvoiceTotal"].Value());
-        if (cf.ReturnVal(invoices["InterestInvoiceID"].Value()) > 0) row[1] += amount;
-        // Post dates: what was paid on the invoice after the end date on
-        // cheques entered ahead of their date (the post-dated share).
-        // Informational, as the notes say: it is in no class.
-        row[2] += accounts.ReturnInvoicePaid(false, id, dtEndDate, 0);
-
-        // An assigned invoice splits into the patient's total and the rest
-        // for the insurer. A NULL PatientTotal reads as 0: until the
-        // patient's share is set the insurer row carries the whole, so that
-        // the two obligation rows still add up to the class.
-        const bool is_assigned = FlagSet(invoices["IsAssignment"].Value());
-        const Currency patient_amount =
-            is_assigned ? cf.ReturnCur(invoices["PatientTotal"].Value()) : amount;
-        const Currency insurer_amount = amount - patient_amount;
-
-        if (amount > paid) {
-          const int c = AgeClass(invoices["Date"].Value(), dtEndDate);
-          row[3 + c] += amount - paid;
-          if (is_assigned) {
-            assigned = true;
-            patient_part[c] += patient_amount - paid_patient;
-            insurer_part[c] += insurer_amount - paid_insurer;
-          }
-        }
-        invoices.MoveNext();
+    for (const receivables::BalanceListRow& row : figures.rows) {
+      body += frame::EscapeCell(row.name) + "|" +
+              cells(row.figures, money(row.net_credit), row.net_credit) + ";";
+      Currency patient_sum, insurer_sum;
+      for (int c = 0; c < 4; ++c) {
+        patient_sum += row.patient_part[c];
+        insurer_sum += row.insurer_part[c];
       }
-
-      // Money on file: each payment's total, the patient's and the
-      // insurers' alike, less its shares on invoices by the end date.
-      Currency net_credit;
-      payments.Filter(Variant("PatientID = " + CStr(patients["ID"].Value())));
-      while (!payments.Eof()) {
-        Currency left = cf.ReturnCur(payments["Total"].Value());
-        db::Recordset details = payments["rptPatientWithACreditDetails"].Chapter();
-        while (!details.Eof()) {
-          left -= cf.ReturnCur(details["Amount"].Value());
-          details.MoveNext();
-        }
-        net_credit += left;
-        payments.MoveNext();
+      ++rows;
+      if (row.assigned && (!patient_sum.IsZero() || !insurer_sum.IsZero())) {
+        body += obligation("Patient Obligation",
+                           money(row.figures[1]) + "|" + money(row.figures[2]), row.patient_part);
+        body += obligation("Insurance Obligation", "|", row.insurer_part);
+        // The patient's row and its obligation rows stay on one page.
+        kept_rows.push_back(rows);
+        kept_rows.push_back(rows + 1);
+        rows += 2;
       }
-
-      row[0] = row[3] + row[4] + row[5] + row[6];
-      if (!(row[0].IsZero() && (net_credit.IsZero() || NoCredits))) {
-        body += frame::EscapeCell(cf.returnStr(patients["FullName"].Value())) + "|" +
-                cells(row, money(net_credit), net_credit) + ";";
-        Currency patient_sum, insurer_sum;
-        for (int c = 0; c < 4; ++c) {
-          patient_sum += patient_part[c];
-          insurer_sum += insurer_part[c];
-        }
-        ++rows;
-        if (assigned && (!patient_sum.IsZero() || !insurer_sum.IsZero())) {
-          body += obligation("Patient Obligation", money(row[1]) + "|" + money(row[2]), patient_part);
-          body += obligation("Insurance Obligation", "|", insurer_part);
-          // The patient's row and its obligation rows stay on one page.
-          kept_rows.push_back(rows);
-          kept_rows.push_back(rows + 1);
-          rows += 2;
-        }
-        for (size_t i = 0; i < row.size(); ++i) office[i] += row[i];
-        office_credit += net_credit;
-      }
-      RaiseProgress(patients);
-      Host().DoEvents();
-      patients.MoveNext();
     }
-    body += "Office Totals: |" + cells(office, money(office_credit), office_credit) + ";";
+    body += "Office Totals: |" + cells(figures.office, money(figures.office_credit),
+                                       figures.office_credit) + ";";
 
     vsp.CurrentY(vsp.CurrentY() + Twips(200));
     vsp.StartTable();
@@ -307,68 +325,90 @@ void clsReports::rptUnAppliedPayments(DateTime dtEndDate, std::string UserName) 
   });
 }
 
+namespace receivables {
+
+UnappliedFigures UnappliedPaymentFigures(clsReports& r, DateTime dtEndDate,
+                                         std::string strFilter) {
+  const db::Snapshot snapshot(r.conn(), db::Snapshot::OnFailure::RunWithout);
+  clsCommonFunctions& cf = r.Common();
+  strFilter = NoZeroFilter(strFilter);
+  const std::string end = dtEndDate.ToIsoDate();
+  std::string sql =
+      "SHAPE {SELECT InvoicePayments.*, (SELECT LastName + ', ' + FirstName FROM Patient WHERE "
+      "Patient.ID = InvoicePayments.PatientID) AS PatientName, (SELECT LastName FROM Employees "
+      "WHERE Employees.ID = InvoicePayments.InitialProviderID) AS InitialProviderName FROM "
+      "InvoicePayments INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = "
+      "PaymentTypes.ID "
+      "WHERE CheckDate <= '" +
+      end + "' AND (CancellationDate IS NULL OR CancellationDate > '" + end;
+  if (strFilter.empty()) {
+    sql += "') AND ([Adjustment?] = 0 AND OfficePayment = 0)}  as rptPayment APPEND ";
+  } else {
+    sql += "') AND ([Adjustment?] = 0 AND OfficePayment = 0) AND (" + strFilter +
+           ")}  as rptPayment APPEND ";
+  }
+  sql += "({SELECT * FROM InvoicePaymentDetails WHERE [Date] <= '" + end +
+         "'}  AS rptPaymentDetails RELATE 'ID' TO 'InvoicePaymentID') AS rptPaymentDetails";
+  db::Recordset rs = r.Open(sql);
+  rs.Sort("InitialProviderName, CheckDate, PatientName");
+
+  UnappliedFigures figures;
+  while (!rs.Eof()) {
+    // Money left on the payment: its value less its shares on invoices by
+    // the end date, less a refund paid back by then. Whole days, as every
+    // other date test of the list: a refund at 3 p.m. on the end date is
+    // paid back by it.
+    Currency credit = cf.ReturnCur(rs["Value"].Value());
+    db::Recordset details = rs["rptPaymentDetails"].Chapter();
+    while (!details.Eof()) {
+      credit -= cf.ReturnCur(details["Amount"].Value());
+      details.MoveNext();
+    }
+    const Variant refund_date = rs["RefundDate"].Value();
+    if (!refund_date.IsNull() && CDate(refund_date).DatePart() <= dtEndDate.DatePart()) {
+      credit -= cf.ReturnCur(rs["RefundAmount"].Value());
+    }
+    // Only money left over prints. A payment applied beyond its value
+    // (a negative credit) is an error of allocation, not money on file,
+    // and stays out of the list and its total.
+    if (credit > Currency()) {
+      UnappliedRow row;
+      row.patient_id = static_cast<int32_t>(cf.ReturnVal(rs["PatientID"].Value()));
+      row.patient_name = cf.returnStr(rs["PatientName"].Value());
+      row.id = cf.returnStr(rs["ID"].Value());
+      row.provider = cf.returnStr(rs["InitialProviderName"].Value());
+      row.check_date = rs["CheckDate"].Value();
+      row.value = cf.ReturnCur(rs["Value"].Value());
+      row.credit = credit;
+      figures.total += credit;
+      figures.rows.push_back(std::move(row));
+    }
+    r.RaiseProgress(rs);
+    r.Host().DoEvents();
+    rs.MoveNext();
+  }
+  return figures;
+}
+
+}  // namespace receivables
+
 void clsReports::srptUnAppliedPayments(DateTime dtEndDate, std::string UserName,
                                        std::string strFilter) {
   const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   TrapNumbered(Host(), " Error in Class clsReport.srptUnAppliedPayments", [&] {
     frame::PrintSurface& vsp = VSP();
-    clsCommonFunctions& cf = Common();
-    strFilter = NoZeroFilter(strFilter);
-    const std::string end = dtEndDate.ToIsoDate();
-    std::string sql =
-        "SHAPE {SELECT InvoicePayments.*, (SELECT LastName + ', ' + FirstName FROM Patient WHERE "
-        "Patient.ID = InvoicePayments.PatientID) AS PatientName, (SELECT LastName FROM Employees "
-        "WHERE Employees.ID = InvoicePayments.InitialProviderID) AS InitialProviderName FROM "
-        "InvoicePayments INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = "
-        "PaymentTypes.ID "
-        "WHERE CheckDate <= '" +
-        end + "' AND (CancellationDate IS NULL OR CancellationDate > '" + end;
-    if (strFilter.empty()) {
-      sql += "') AND ([Adjustment?] = 0 AND OfficePayment = 0)}  as rptPayment APPEND ";
-    } else {
-      sql += "') AND ([Adjustment?] = 0 AND OfficePayment = 0) AND (" + strFilter +
-             ")}  as rptPayment APPEND ";
-    }
-    sql += "({SELECT * FROM InvoicePaymentDetails WHERE [Date] <= '" + end +
-           "'}  AS rptPaymentDetails RELATE 'ID' TO 'InvoicePaymentID') AS rptPaymentDetails";
-    db::Recordset rs = Open(sql);
-    rs.Sort("InitialProviderName, CheckDate, PatientName");
+    const receivables::UnappliedFigures figures =
+        receivables::UnappliedPaymentFigures(*this, dtEndDate, strFilter);
 
     vsp.TextAlign(1);
     vsp.FontBold(false);
     vsp.FontSize(10);
-    Currency total;
     std::string body;
-    while (!rs.Eof()) {
-      // Money left on the payment: its value less its shares on invoices by
-      // the end date, less a refund paid back by then. Whole days, as every
-      // other date test of the list: a refund at 3 p.m. on the end date is
-      // paid back by it.
-      Currency credit = cf.ReturnCur(rs["Value"].Value());
-      db::Recordset details = rs["rptPaymentDetails"].Chapter();
-      while (!details.Eof()) {
-        credit -= cf.ReturnCur(details["Amount"].Value());
-        details.MoveNext();
-      }
-      const Variant refund_date = rs["RefundDate"].Value();
-      if (!refund_date.IsNull() && CDate(refund_date).DatePart() <= dtEndDate.DatePart()) {
-        credit -= cf.ReturnCur(rs["RefundAmount"].Value());
-      }
-      // Only money left over prints. A payment applied beyond its value
-      // (a negative credit) is an error of allocation, not money on file,
-      // and stays out of the list and its total.
-      if (credit > Currency()) {
-        body += frame::EscapeCell(cf.returnStr(rs["PatientName"].Value())) + "|" +
-                frame::EscapeCell(cf.returnStr(rs["ID"].Value())) + "|" +
-                frame::EscapeCell(cf.returnStr(rs["InitialProviderName"].Value())) + "|" +
-                Format(rs["CheckDate"].Value(), "MMM/d/yyyy") + "|" +
-                Format(Variant(cf.ReturnCur(rs["Value"].Value())), "Currency") + "|" +
-                Format(Variant(credit), "Currency") + ";";
-        total += credit;
-      }
-      RaiseProgress(rs);
-      Host().DoEvents();
-      rs.MoveNext();
+    for (const receivables::UnappliedRow& row : figures.rows) {
+      body += frame::EscapeCell(row.patient_name) + "|" + frame::EscapeCell(row.id) + "|" +
+              frame::EscapeCell(row.provider) + "|" + Format(row.check_date, "MMM/d/yyyy") + "|" +
+              Format(Variant(row.value), "Currency") + "|" + Format(Variant(row.credit), "Currency") +
+              ";";
     }
     vsp.AddTable("<!2.5in|^.6in|<1.1in|^1.1in|>1.1in|>1.1in",
                  "Payee|Trans #|Provider|Date of Payment|Payment Total($)|Credit($)", body,
@@ -376,7 +416,7 @@ void clsReports::srptUnAppliedPayments(DateTime dtEndDate, std::string UserName,
     // The total never opens a page alone: the last payment comes along.
     vsp.KeepWithNext();
     vsp.Text("");
-    vsp.Text("Total Unapplied Payments: " + Format(Variant(total), "Currency"));
+    vsp.Text("Total Unapplied Payments: " + Format(Variant(figures.total), "Currency"));
   });
 }
 

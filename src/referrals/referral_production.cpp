@@ -9,6 +9,7 @@
 #include "closing/closing_common.h"
 #include "closing/fee_columns.h"
 #include "closing/hygiene_production.h"
+#include "closing/summary_rows.h"
 #include "common/common_functions.h"
 #include "common/format.h"
 #include "frame/preview_form.h"
@@ -22,15 +23,7 @@ namespace {
 
 constexpr uint32_t kGroupColor = 0xE0E0E0;
 
-std::string Money(Currency c) {
-  return Format(Variant(c), "###,###,##0.00;(###,###,##0.00)");
-}
-
-bool InPeriod(const Variant& v, DateTime start, DateTime end) {
-  if (v.IsNull() || v.IsEmpty()) return false;
-  const DateTime d = CDate(v).DatePart();
-  return d >= start.DatePart() && d <= end.DatePart();
-}
+using closing::InPeriod;
 
 using Row = clsReports::ReferralRow;
 
@@ -234,36 +227,19 @@ void clsReports::ReferralProductSumReport(DateTime dtStartDate, DateTime dtEndDa
   // Net is Dental + Labs with the adjustments by size, what was taken off
   // the patients' accounts either way. The Total row adds the rows shown,
   // so it equals their sum to the cent.
-  std::string body = "Referring Dentist|Dental|Lab|Int.|Total|W/O|Net|Dental|Labs|Adjusts|Net;";
-  Row sum;
+  closing::SummaryRows table("Referring Dentist|Dental|Lab|Int.|Total|W/O|Net|Dental|Labs|Adjusts|Net;", 10);
   for (Row& r : rows) {
     r.total = r.dental + r.lab + r.interest;
     r.net = r.total - closing::Abs(r.writeoff);
     r.pay_net = r.pay_dental + r.pay_labs + closing::Abs(r.pay_adjusts);
     if (!r.used) continue;
-    body += frame::EscapeCell(r.label) + "|" + Money(r.dental) + "|" + Money(r.lab) + "|" +
-            Money(r.interest) + "|" + Money(r.total) + "|" + Money(r.writeoff) + "|" +
-            Money(r.net) + "|" + Money(r.pay_dental) + "|" + Money(r.pay_labs) + "|" +
-            Money(r.pay_adjusts) + "|" + Money(r.pay_net) + ";";
-    sum.dental += r.dental;
-    sum.lab += r.lab;
-    sum.interest += r.interest;
-    sum.total += r.total;
-    sum.writeoff += r.writeoff;
-    sum.net += r.net;
-    sum.pay_dental += r.pay_dental;
-    sum.pay_labs += r.pay_labs;
-    sum.pay_adjusts += r.pay_adjusts;
-    sum.pay_net += r.pay_net;
+    table.Add(r.label, {r.dental, r.lab, r.interest, r.total, r.writeoff, r.net, r.pay_dental, r.pay_labs,
+                        r.pay_adjusts, r.pay_net});
   }
-  body += "Total|" + Money(sum.dental) + "|" + Money(sum.lab) + "|" + Money(sum.interest) + "|" +
-          Money(sum.total) + "|" + Money(sum.writeoff) + "|" + Money(sum.net) + "|" +
-          Money(sum.pay_dental) + "|" + Money(sum.pay_labs) + "|" + Money(sum.pay_adjusts) + "|" +
-          Money(sum.pay_net) + ";";
   vsp.FontSize(9);
   vsp.StartTable();
   vsp.AddTable("<1.1in|>.75in|>.67in|>.55in|>.75in|>.65in|>.74in|>.74in|>.74in|>.6in|>.74in",
-               "|Fees($)||||||Payments($)|||", body, kGroupColor);
+               "|Fees($)||||||Payments($)|||", table.Body(), kGroupColor);
   // The group names span their columns over the column names, which are
   // the first body row dressed as a header and repeated with it.
   vsp.TableCell(frame::tcColSpan, 0, 2) = 6;

@@ -268,6 +268,16 @@ TEST_F(AppointmentReports, BookingDiagnosticsWorkedByHand) {
   EXPECT_THROW(reports.srptBookingDiagnostics(D(2028, 2, 28), D(2028, 3, 2)), ReportError);
 }
 
+// The diagnostics ask the same few statements for every provider and day;
+// a longer period adds days, not statements to translate and prepare.
+TEST_F(AppointmentReports, BookingDiagnosticsPrepareEachStatementOnce) {
+  if (OnServerEngine()) GTEST_SKIP() << "the server keeps a statement per day, planned for its dates";
+  InDocument([&] { reports.srptBookingDiagnostics(D(2028, 2, 28), D(2028, 3, 2)); });
+  const size_t four_days = conn.CachedStatementCount();
+  InDocument([&] { reports.srptBookingDiagnostics(D(2027, 12, 1), D(2028, 3, 31)); });
+  EXPECT_EQ(conn.CachedStatementCount(), four_days);
+}
+
 // The day sheet: one page, shaded time out, appointments in their rows with
 // their flags; an appointment past the grid is left out; a broken day gives
 // one message, not one per cell.
@@ -305,6 +315,22 @@ TEST_F(AppointmentReports, DaySheetOnePageAndOneMessage) {
   reports.rptDaySheet(D(2028, 2, 28), providers, "Tess", "Birch Street");
   EXPECT_EQ(host.messages.size(), 1u);
   EXPECT_EQ(form.VSP.PageCount(), 1);
+}
+
+// A sheet that cannot be printed stops the run after the grid is drawn; the
+// host then still sees the day sheet's flag, and the next run that prints
+// clears it again.
+TEST_F(AppointmentReports, DaySheetFlagStaysSetWhenTheRunFails) {
+  std::vector<int32_t> providers = {501, 502};
+  form.SetPrintFile(db_file + ".missing-folder/sheet.pdf");
+  EXPECT_THROW(reports.rptDaySheet(D(2028, 2, 28), providers, "Tess", "Birch Street"), ReportError);
+  EXPECT_TRUE(form.IsDaySheet);
+  EXPECT_EQ(form.VSP.PageCount(), 1) << "the sheet was drawn before the print failed";
+  EXPECT_TRUE(host.messages.empty()) << "a failed print is not a cell the sheet resumes past";
+
+  form.SetPrintFile(db_file + ".printed.pdf");
+  reports.rptDaySheet(D(2028, 2, 28), providers, "Tess", "Birch Street");
+  EXPECT_FALSE(form.IsDaySheet);
 }
 
 // The slip: the first row only, the age by calendar years, the family's

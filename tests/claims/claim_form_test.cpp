@@ -117,20 +117,67 @@ TEST_F(ClaimForm, ProcedureTableHoldsEightRowsAndLongerInvoicesRunOn) {
     ++printed;
   EXPECT_EQ(printed, 9) << Text();
   EXPECT_GT(nine, zero_lines);
+}
 
-  // A long invoice runs on: the surface carries the table to page 2, and
-  // the foot line stands on the last page.
-  std::string more;
-  for (int i = 0; i < 70; ++i)
-    more += std::string(i ? "," : "") + "(" + std::to_string(95400 + i) +
-            ", 95103, '02102', NULL, NULL, 5.00, '2026-11-10 00:00:00')";
-  RawExec("INSERT INTO InvoiceDetails (ID, InvoiceID, Code, [Tooth#], Surface, Cost, [Date]) VALUES " + more);
-  reports.rptClaimForm(95103, 1, 0);
-  ASSERT_GE(form.VSP.PageCount(), 2) << Text();
-  EXPECT_NE(PageText(2).find("02102"), std::string::npos) << PageText(2);
-  EXPECT_EQ(PageText(1).find("ALL INFORMATION"), std::string::npos);
-  EXPECT_NE(PageText(form.VSP.PageCount()).find("ALL INFORMATION RECORDED ON THIS FORM IS CONFIDENTIAL"),
-            std::string::npos);
+// The form's tables flow above its foot line: a claim that fits stays on one
+// page, a longer one carries its last boxes over with the foot line, and on
+// no page does a box run under the foot line.
+TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
+  form.VSP.FontName("Tahoma");
+  form.VSP.FontSize(8);
+  const double x_height = form.VSP.TextHeight("X").value();
+  const double foot_top = 15840 - 720 - 2 * x_height;
+  struct Case {
+    const char* name;
+    int lines;
+    int pages;
+    const char* on_last_page;  // a box the last page must hold
+  };
+  const Case cases[] = {
+      {"eight lines: the paper form's boxes", 8, 1, "Instructions for Claim Submission"},
+      {"eleven lines reach the foot: the insurers go over", 11, 2,
+       "Instructions for Claim Submission"},
+      // About forty lines fill page 1 under the upper boxes; the rest and
+      // the lower boxes need two more.
+      {"eighty lines: the procedures themselves run on", 80, 3,
+       "Instructions for Claim Submission"},
+  };
+  for (const Case& c : cases) {
+    std::string lines;
+    for (int i = 0; i < c.lines; ++i)
+      lines += std::string(i ? "," : "") + "(" + std::to_string(95400 + i) +
+               ", 95103, '02102', NULL, NULL, 5.00, '2026-11-10 00:00:00')";
+    // With a predetermination number: the fullest first page.
+    RawExec("UPDATE Invoices SET PredeterminationNumber = 'PD-3' WHERE ID = 95103");
+    RawExec("DELETE FROM InvoiceDetails WHERE InvoiceID = 95103");
+    RawExec("INSERT INTO InvoiceDetails (ID, InvoiceID, Code, [Tooth#], Surface, Cost, [Date]) VALUES " + lines);
+    reports.rptClaimForm(95103, 1, 0);
+    ASSERT_TRUE(host.messages.empty()) << c.name << host.messages[0].prompt;
+    ASSERT_EQ(form.VSP.PageCount(), c.pages) << c.name;
+    int claimed = 0;
+    for (size_t at = Text().find("02102 Nov/10/2026 $5.00"); at != std::string::npos;
+         at = Text().find("02102 Nov/10/2026 $5.00", at + 1))
+      ++claimed;
+    EXPECT_EQ(claimed, c.lines) << c.name;
+    const int last = form.VSP.PageCount();
+    EXPECT_NE(PageText(last).find(c.on_last_page), std::string::npos) << c.name << PageText(last);
+    EXPECT_NE(PageText(last).find("ALL INFORMATION RECORDED ON THIS FORM IS CONFIDENTIAL"),
+              std::string::npos) << c.name;
+    if (last > 1) {
+      EXPECT_EQ(PageText(1).find("ALL INFORMATION"), std::string::npos) << c.name;
+    }
+    // Nothing but the foot line reaches the foot line's band on any page.
+    for (const auto& page : form.VSP.Document().pages) {
+      for (const auto& item : page.items) {
+        if (auto t = std::get_if<render::TextRun>(&item)) {
+          if (t->text.rfind("ALL INFORMATION", 0) == 0) continue;
+          EXPECT_LE(t->top.value() + x_height, foot_top + 1) << c.name << ": " << t->text;
+        } else if (auto l = std::get_if<render::Line>(&item)) {
+          EXPECT_LE(std::max(l->y1, l->y2).value(), foot_top + 1) << c.name;
+        }
+      }
+    }
+  }
 }
 
 TEST_F(ClaimForm, ClaimRules) {
@@ -357,6 +404,24 @@ TEST_F(ClaimForm, FrenchFormAnswersOtherCoverageNonAndKeepsTheEmployerRowOpen) {
   EXPECT_TRUE(Shows("d'etat?  Non")) << Text();
   EXPECT_TRUE(Shows("Étudient: No"));
   EXPECT_TRUE(Shows("Employeur: Employeur:")) << Text();
+  // The patient's relationship goes on in the second column, behind the
+  // blank employer, whole and at the form's size: its tabs break the line
+  // rather than shrink the cell. The secondary column's own relationship
+  // label falls beyond the table's two columns and is not printed.
+  EXPECT_TRUE(ShowsWithin(
+      "Employeur: Lien de parenté avec l'employé participante au régime: Self Dependant Code: 00",
+      4.25, 8.5))
+      << Text();
+  int relationship_labels = 0;
+  for (const auto& item : form.VSP.Document().pages[0].items) {
+    auto t = std::get_if<render::TextRun>(&item);
+    if (!t) continue;
+    if (t->text.find("Lien de parent") != std::string::npos) ++relationship_labels;
+    if (t->text.find("Lien de parent") != std::string::npos || t->text.find("Dependant Code") == 0) {
+      EXPECT_FLOAT_EQ(t->size_pt, 8) << t->text;
+    }
+  }
+  EXPECT_EQ(relationship_labels, 1);
 }
 
 }  // namespace

@@ -98,3 +98,42 @@ TEST_F(CommonText, ColourBytes) {
 
 }  // namespace
 }  // namespace orv
+
+namespace orv {
+namespace {
+
+// Two screens' lists side by side: names in any case, keys exactly.
+TEST(IDListsTest, SetAndGetById) {
+  clsCommonFunctions cf;
+  IDLists lists;
+  cf.setID(lists, "Providers", Variant("Dr. Moreau"), Variant(12));
+  cf.setID(lists, "PROVIDERS", Variant("Dr. Girard"), Variant(14));
+  cf.setID(lists, "providers", Variant("Dr. Moreau"), Variant(15));  // reloaded
+  cf.setID(lists, "Offices", Variant("Dr. Moreau"), Variant(2));
+  cf.setID(lists, "Offices", Variant::Null(), Variant::Null());
+  EXPECT_EQ(lists.lists.size(), 2u) << "one list per name, whatever its case";
+  struct Case {
+    const char* name;
+    const char* list;
+    Variant key;
+    Variant id;
+  } cases[] = {
+      {"the ID last set", "Providers", Variant("Dr. Moreau"), Variant("ID = 15")},
+      {"another key of the list", "pRoViDeRs", Variant("Dr. Girard"), Variant("ID = 14")},
+      {"the same key in another list", "OFFICES", Variant("Dr. Moreau"), Variant("ID = 2")},
+      {"a Null key and value", "Offices", Variant(""), Variant("ID = ")},
+      {"keys are exact", "Providers", Variant("dr. moreau"), Variant()},
+      {"no such key", "Providers", Variant("Dr. Roy"), Variant()},
+      {"no such list", "Rooms", Variant("Dr. Moreau"), Variant()},
+  };
+  for (const auto& c : cases) {
+    const Variant got = cf.GetID(lists, c.list, c.key);
+    EXPECT_EQ(got.IsEmpty(), c.id.IsEmpty()) << c.name;
+    if (!c.id.IsEmpty()) {
+      EXPECT_EQ(got, c.id) << c.name;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orv

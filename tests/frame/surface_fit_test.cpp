@@ -136,6 +136,20 @@ TEST_F(SurfaceFit, WideWordsAndFiguresStayWholeInTheirCell) {
   }
 }
 
+// A caption and a value parted by tabs in a cell too narrow for both: the
+// value goes to the next line at the cell's own size, and the row grows.
+TEST_F(SurfaceFit, TabsPastTheCellsEdgeBreakTheLine) {
+  const Twips y0 = s.CurrentY();
+  s.AddTable("<1.5in", "", "Relationship: Self\t\tDependant Code: 01;");
+  const auto& page = s.Document().pages[0];
+  const auto caption = RunOf(page, "Relationship: Self"), code = RunOf(page, "Dependant Code: 01");
+  EXPECT_EQ(caption.size_pt, 10.0f);
+  EXPECT_EQ(code.size_pt, 10.0f);
+  EXPECT_EQ(code.x, Left() + PrintSurface::kCellPadX) << "the tabs went with the break";
+  EXPECT_EQ(code.top, caption.top + s.TextHeight("X"));
+  EXPECT_EQ(s.CurrentY(), y0 + s.TextHeight("X") * 2 + PrintSurface::kCellPadY * 2);
+}
+
 // A figure set smaller stands on the baseline of its row.
 TEST_F(SurfaceFit, SmallerFigureKeepsTheRowsBaseline) {
   s.FontSize(8);

@@ -55,6 +55,8 @@ TEST(TextLayout, BreakLines) {
       {"no wrap keeps a long line", "abc def ghi", 300, false, {"abc def ghi"}},
       {"empty gives one empty line", "", 1000, true, {""}},
       {"tab splits segments", "a\tb", 5000, true, {"a|b"}},
+      {"a tab within the line stays", "abc\tij", 1000, true, {"abc|ij"}},
+      {"without wrapping a tab runs on", "abcdefgh\tij", 1000, false, {"abcdefgh|ij"}},
       {"accents count as one character",
        "\xC3\xA9t\xC3\xA9 \xC3\xA0",
        300,
@@ -91,6 +93,20 @@ TEST(TextLayout, TabsAdvanceToTheNextHalfInchStop) {
       {"\tb", {720}},              // a leading tab
       {"\t\tb", {1440}},
   };
+  // A stop past the line's end breaks the line there: the line keeps its
+  // text's width, and the tabs at the break go with it.
+  for (const char* text : {"abcdefgh\tij", "abcdefgh\t\tij"}) {
+    auto lines = BreakLines(text, Fixed, Twips(1000), Twips(1000));
+    ASSERT_EQ(lines.size(), 2u) << text;
+    EXPECT_EQ(lines[0].width, Twips(800)) << text;
+    EXPECT_EQ(lines[1].segments[0].x, Twips(0)) << text;
+  }
+  // With nothing behind them on their line such tabs vanish: no empty line.
+  for (auto [text, count] : {std::pair{"abcdefgh\t", 1u}, std::pair{"abcdefgh\t\t\r\nij", 2u}}) {
+    auto lines = BreakLines(text, Fixed, Twips(1000), Twips(1000));
+    ASSERT_EQ(lines.size(), count) << text;
+    EXPECT_EQ(lines[0].width, Twips(800)) << text;
+  }
   for (const auto& c : cases) {
     auto lines = BreakLines(c.text, Fixed, Twips(10000), Twips(10000));
     ASSERT_EQ(lines.size(), 1u);

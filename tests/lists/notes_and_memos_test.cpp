@@ -104,5 +104,82 @@ TEST_F(NotesAndMemos, PrescriptionPrintsEveryCaptionAndSetsTheOffice) {
   EXPECT_EQ(form.PrintCount(), 1);
 }
 
+// One patient's chart: three notes written on Nov 3, 4 and 5 (stored out of
+// that order), one at an appointment with Dr. Ada Moreau, one without an
+// appointment, one whose appointment key is 0 and whose signer has left the
+// employee list.
+class ProgressNotes : public ReportTest {
+ protected:
+  void SetUp() override {
+    SetUpPractice(
+        "INSERT INTO Employees (ID, FirstName, LastName) VALUES"
+        " (97001, 'Ada', 'Moreau'), (97002, 'Léa', 'Roy');"
+        "INSERT INTO Patient (ID, FirstName, LastName) VALUES (97001, 'Jean', 'Tremblay');"
+        "INSERT INTO PatientAppointments (ID, PatientID, ProviderID, Date) VALUES"
+        " (97101, 97001, 97001, '2026-11-03 00:00:00');"
+        "INSERT INTO PatientProgressNotes (ID, PatientID, EmployeeID, AppointmentID, Date, Treatment,"
+        " Complete, Type) VALUES"
+        " (97201, 97001, 97002, NULL, '2026-11-05 00:00:00', 'Phoned about sensitivity', 0, 1),"
+        " (97202, 97001, 97002, 97101, '2026-11-03 00:00:00', 'Filled 36 O', 1, 1),"
+        " (97203, 97001, 99999, 0, '2026-11-04 00:00:00', 'Reviewed x-rays', 1, 1);"
+        "INSERT INTO PatientProgressNoteDetails (ID, PatientProgressNoteID, Code, [Tooth#], Liner,"
+        " Material, Colour, Surface, Units, Instruments, AnaestheticNote, ProceduralNote) VALUES"
+        " (97301, 97202, '23111', '36', NULL, 'Comp', 'A2', 'O', 1, 'Tray', 'Lido', 'Dam | rolls; dry'),"
+        " (97302, 97202, '01202', NULL, NULL, NULL, NULL, NULL, 2, NULL, NULL, NULL);");
+  }
+};
+
+TEST_F(ProgressNotes, EachNoteWithItsAppointmentAndDetails) {
+  reports.rptProgressNotes("PatientProgressNotes.PatientID = 97001", "dana");
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(form.VSP.DocName(), "Progress Notes");
+  EXPECT_EQ(form.ShowCount(), 1) << "previewed";
+  const std::string text = Text();
+  // In the order written; the appointment's lines only under the note that
+  // has one; a signer no longer on file leaves the caption alone.
+  const std::string expected =
+      "Patient: Jean Tremblay\nSigned By: Léa Roy\nDate: Nov/3/2026\n"
+      "Appointment Date: Nov/3/2026\nAppointment Provider: Ada Moreau\n"
+      "Note Recorded: Filled 36 O\n"
+      "Code Tooth# Liner Material Colour Surface Units Instr. Anaesthetic Note Procedural Note\n"
+      "23111 36 Comp A2 O 1 Tray Lido Dam | rolls; dry\n"
+      "01202 2\n"
+      "Patient: Jean Tremblay\nSigned By: \nDate: Nov/4/2026\nNote Recorded: Reviewed x-rays\n"
+      "Code Tooth# Liner Material Colour Surface Units Instr. Anaesthetic Note Procedural Note\n"
+      "Patient: Jean Tremblay\nSigned By: Léa Roy\nDate: Nov/5/2026\n"
+      "Note Recorded: Phoned about sensitivity\n"
+      "Code Tooth# Liner Material Colour Surface Units Instr. Anaesthetic Note Procedural Note\n";
+  EXPECT_NE(text.find(expected), std::string::npos) << text;
+  EXPECT_EQ(text.find("Appointment Date", text.find("Reviewed x-rays")), std::string::npos)
+      << "an appointment key of 0 names no appointment";
+}
+
+TEST_F(ProgressNotes, FiltersThatSelectEveryNoteAndOnesThatFail) {
+  // "0", "" and blanks select every note, the demo's and ours.
+  for (const char* every : {"0", "", "  "}) {
+    host.messages.clear();
+    reports.rptProgressNotes(every, "dana");
+    ASSERT_TRUE(host.messages.empty()) << "'" << every << "': " << host.messages[0].prompt;
+    EXPECT_NE(Text().find("Filled 36 O"), std::string::npos) << every;
+    EXPECT_GT(form.VSP.PageCount(), 1) << every << ": the demo's notes too";
+  }
+  // One note by its key: the column named by its table.
+  reports.rptProgressNotes("PatientProgressNotes.ID = 97203", "");
+  EXPECT_NE(Text().find("Reviewed x-rays"), std::string::npos);
+  EXPECT_EQ(Text().find("Filled 36 O"), std::string::npos);
+  EXPECT_EQ(form.VSP.PageCount(), 1);
+
+  // A condition the database refuses: the notes' own message, then the
+  // error, and nothing shown.
+  const int shown = form.ShowCount();
+  reports.rptProgressNotes("NoSuchColumn = 1", "");
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_EQ(host.messages[0].prompt.rfind("An error has occurred in rptProgresNotes in object clsReports\n", 0),
+            0u)
+      << host.messages[0].prompt;
+  EXPECT_NE(host.messages[0].prompt.find("NoSuchColumn"), std::string::npos) << host.messages[0].prompt;
+  EXPECT_EQ(form.ShowCount(), shown);
+}
+
 }  // namespace
 }  // namespace orv::testing

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "referral_fixture.h"
+#include "support/postgres.h"
 
 namespace orv::testing {
 namespace {
@@ -146,12 +147,23 @@ TEST_F(ReferralRepair, AnsweredNoTheReportDropsPatientsWithoutADentistRow) {
 }
 
 TEST_F(ReferralRepair, AFailureAfterTheFirstUpdateLeavesNothingChanged) {
-  if (OnServerEngine()) GTEST_SKIP() << "the failure is injected by a SQLite trigger";
-  Exec(
-      "UPDATE Patient SET ReferringDentistID = 99 WHERE ID = 2;"
-      "CREATE TRIGGER fail_second_update BEFORE UPDATE OF ReferringDentistID ON Patient "
-      "WHEN NEW.ReferringDentistID = (SELECT ID FROM ReferringDentists WHERE Name = 'Deleted') "
-      "BEGIN SELECT RAISE(ABORT, 'disk full'); END;");
+  Exec("UPDATE Patient SET ReferringDentistID = 99 WHERE ID = 2;");
+  // The second update, the dangling key to the Deleted placeholder, fails
+  // as a full disk would, after the NULLs went to No Referring Dentist.
+  if (OnServerEngine()) {
+    ServerExec(
+        "CREATE FUNCTION fail_second_update() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN "
+        "IF NEW.\"ReferringDentistID\" = (SELECT \"ID\" FROM \"ReferringDentists\" WHERE \"Name\" = 'Deleted') "
+        "THEN RAISE EXCEPTION 'disk full'; END IF; RETURN NEW; END $$;"
+        "CREATE TRIGGER fail_second_update BEFORE UPDATE OF \"ReferringDentistID\" ON \"Patient\" "
+        "FOR EACH ROW EXECUTE FUNCTION fail_second_update();",
+        practice_.url());
+  } else {
+    Exec(
+        "CREATE TRIGGER fail_second_update BEFORE UPDATE OF ReferringDentistID ON Patient "
+        "WHEN NEW.ReferringDentistID = (SELECT ID FROM ReferringDentists WHERE Name = 'Deleted') "
+        "BEGIN SELECT RAISE(ABORT, 'disk full'); END;");
+  }
   host.answer = host::vbYes;
   reports.ReferralProductSumReport(Nov(1), Nov(30), "dana");
   EXPECT_EQ(Asked("Unspecified Error"), 1);

@@ -114,8 +114,12 @@ void UnescapeCell(std::string& text) {
   }
 }
 
-// Splits one row's text at "|" into the row's cells; cells beyond the column
-// count are dropped and missing ones stay blank.
+// Splits one row's text at "|" into the row's cells; missing ones stay
+// blank, and cells beyond the column count are dropped. A table is as wide
+// as its format: a row that runs longer never widens it, nor pushes its
+// surplus into the last column, where a figure would stand under another
+// column's heading (a totals row written for six columns and printed in
+// two, say, shows its first figures and not the others beneath them).
 void FillRow(Row& row, std::string_view text, size_t cols) {
   row.cells.resize(cols);
   size_t c = 0, start = 0;

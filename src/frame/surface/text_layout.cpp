@@ -89,6 +89,16 @@ std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure
       continue;
     }
     if (c == '\t') {
+      // A tab whose stop lies past the line's room ends the line, and the
+      // tabs after it go with it as blanks at a break do: the text behind
+      // them starts the next line rather than widen this one past its cell.
+      // Tabs with no text behind them on their line simply vanish.
+      const Twips stop((std::floor(b.x.value() / kTabStop.value()) + 1) * kTabStop.value());
+      if (wrap && stop > room() && !b.line.segments.empty()) {
+        while (i < text.size() && text[i] == '\t') ++i;
+        if (i < text.size() && text[i] != '\r' && text[i] != '\n') finish(false);
+        continue;
+      }
       b.Tab();
       ++i;
       continue;

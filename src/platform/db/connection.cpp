@@ -275,16 +275,16 @@ std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr, 
     rows->fields.push_back(std::move(f));
   }
   while (lease.Step()) {
-    std::vector<Variant> row;
-    row.reserve(n);
+    size_t row = rows->AppendRow();
     for (int i = 0; i < n; ++i) {
+      Variant v;
       try {
-        row.push_back(ValueOfKind(lease.Column(i), rows->fields[i].kind));
+        v = ValueOfKind(lease.Column(i), rows->fields[i].kind);
       } catch (const OverflowError&) {
         FailMoneyOverflow(engine, rows->fields[i].name, statement);
       }
+      rows->Set(row, i, v);
     }
-    rows->rows.push_back(std::move(row));
   }
   return rows;
 }
@@ -323,10 +323,10 @@ std::shared_ptr<RowSet> RunShape(StatementCache& cache, const ShapeNode& node,
       link.parent_fields.push_back(RelateField(*parent, pcol, "parent", statement));
       link.child_fields.push_back(RelateField(*link.child, ccol, "child", statement));
     }
-    const auto& child_rows = link.child->rows;
-    for (size_t r = 0; r < child_rows.size(); ++r) {
+    const RowSet& child_rows = *link.child;
+    for (size_t r = 0; r < child_rows.RowCount(); ++r) {
       bool has_null = false;
-      std::string key = RowKey(child_rows[r], link.child_fields, &has_null);
+      std::string key = RowKey(child_rows, r, link.child_fields, &has_null);
       if (!has_null) link.rows_by_key[key].push_back(r);
     }
     FieldInfo f;
@@ -370,11 +370,11 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement) const {
   // The statement is taken apart once, for the batcher and the cache.
   std::optional<StatementForm> form;
   if (cacheable && im.batch_lookups_) {
-    form = ParameteriseLiterals(statement);
+    form = ParameteriseLiterals(statement, LiftsDates(im.engine_->dialect()));
     if (auto rows = im.batcher().Find(statement, *form)) return rows;
   }
   auto rows = ReadRows(im.cache(false), statement, form ? &*form : nullptr);
-  if (cacheable && rows->rows.size() <= kCachedRowsMax && im.snapshot_rows_.size() < kCachedStatementsMax)
+  if (cacheable && rows->RowCount() <= kCachedRowsMax && im.snapshot_rows_.size() < kCachedStatementsMax)
     im.snapshot_rows_.emplace(statement, std::make_shared<const RowSet>(*rows));
   return rows;
 }

@@ -18,7 +18,7 @@ Variant Field::Value() const {
   const FieldInfo& f = s_->FieldAt(index_);
   if (f.chapter >= 0)
     throw DatabaseError(kErrNotAllowed, "the field '" + f.name + "' is a chapter; read its rows with Chapter()");
-  return s_->data->rows[row][index_];
+  return s_->data->Get(row, index_);
 }
 
 void Field::Value(const Variant& v) {
@@ -33,10 +33,9 @@ void Field::Value(const Variant& v) {
   if (s_->edit == adEditNone) {
     s_->edit = adEditInProgress;
     s_->edit_row = row;
-    s_->original = s_->data->rows[row];
+    s_->original = s_->data->GetRow(row);
   }
-  s_->data->rows[row][index_] = std::move(coerced);
-  ++s_->data->version;
+  s_->data->Set(row, index_, coerced);
 }
 
 long Field::ActualSize() const {

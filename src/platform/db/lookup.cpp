@@ -52,4 +52,35 @@ std::string ReturnList(Recordset& recordset, const std::string& fieldA, const st
   return out;
 }
 
+std::string ReturnList(Recordset& recordset, const std::vector<std::string>& columns,
+                       std::string_view rowMark) {
+  std::string out;
+  if (recordset.Eof() && recordset.Bof()) return out;
+  recordset.MoveFirst();
+  long count = 0;
+  while (!recordset.Eof()) {
+    out += rowMark;
+    if (rowMark == "|#") out += std::to_string(++count) + ";";
+    for (size_t c = 0; c < columns.size(); ++c)
+      out += (c ? "|" : "") + TextOf(recordset.Fields(columns[c]).Value());
+    out += ";";
+    recordset.MoveNext();
+  }
+  return out;
+}
+
+void ResetRecordset(Recordset& recordset) {
+  if (!(recordset.Eof() && recordset.Bof())) recordset.MoveFirst();
+}
+
+std::string ReturnName(Recordset& recordset, const Variant& ID) {
+  const std::string key = TextOf(ID);
+  if (key.find_first_not_of(' ') == std::string::npos) return {};
+  ResetRecordset(recordset);
+  if (recordset.Eof()) return {};
+  recordset.Find("ID = " + key);
+  if (recordset.Eof()) return {};
+  return TextOf(recordset.Fields("Name").Value());
+}
+
 }  // namespace orv::db

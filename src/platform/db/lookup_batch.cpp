@@ -44,7 +44,12 @@ void LookupBatcher::Clear() {
 
 std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const StatementForm& f) {
   if (f.values.empty()) return nullptr;
-  Form& form = forms_[f.form];
+  // Runs on different days are different lookups: the form's quoted
+  // literals belong to its name here, as they did before they were lifted
+  // out; the key is one of the numbers.
+  std::string name = f.form;
+  for (const Variant& q : f.quoted) name += "\n" + (q.IsDate() ? CDate(q).ToIso() : CStr(q));
+  Form& form = forms_[name];
   if (form.refused) return nullptr;
 
   // The key is the literal that changes from run to run while the others
@@ -96,7 +101,7 @@ std::unique_ptr<LookupBatcher::Batch> LookupBatcher::Build(const std::string& st
   } catch (const std::exception&) {
     return nullptr;
   }
-  if (static_cast<int64_t>(read->rows.size()) > room || read->fields.empty()) return nullptr;
+  if (static_cast<int64_t>(read->RowCount()) > room || read->fields.empty()) return nullptr;
 
   auto batch = std::make_unique<Batch>();
   batch->aggregate = lookup->aggregate;
@@ -106,19 +111,20 @@ std::unique_ptr<LookupBatcher::Batch> LookupBatcher::Build(const std::string& st
       batch->empty_row.push_back(lookup->count_columns[i] ? ValueOfKind(Variant::Int64(0), batch->fields[i].kind)
                                                           : Variant::Null());
   }
-  batch->rows.reserve(read->rows.size());
   // Rows come ordered by the key; a NULL key matches no "=" and is dropped.
-  for (auto& row : read->rows) {
-    if (row[0].IsNull()) continue;
-    const int64_t k = row[0].AsInteger();
-    row.erase(row.begin());
-    auto [it, added] = batch->by_key.try_emplace(k, batch->rows.size(), batch->rows.size());
-    if (!added && it->second.second != batch->rows.size()) return nullptr;  // not grouped: keep per key
-    batch->rows.push_back(std::move(row));
-    it->second.second = batch->rows.size();
+  // The rows stay where they were read, the key in their first field.
+  int64_t held = 0;
+  for (size_t r = 0; r < read->RowCount(); ++r) {
+    const Variant key = read->Get(r, 0);
+    if (key.IsNull()) continue;
+    auto [it, added] = batch->by_key.try_emplace(key.AsInteger(), r, r);
+    if (!added && it->second.second != r) return nullptr;  // not grouped: keep per key
+    it->second.second = r + 1;
+    ++held;
   }
+  batch->rows = std::move(read);
   ++stats_.batches;
-  stats_.rows += static_cast<int64_t>(batch->rows.size());
+  stats_.rows += held;
   return batch;
 }
 
@@ -127,10 +133,10 @@ std::shared_ptr<RowSet> LookupBatcher::Serve(const Batch& batch, int64_t key) {
   rows->fields = batch.fields;
   auto hit = batch.by_key.find(key);
   if (hit != batch.by_key.end()) {
-    rows->rows.assign(batch.rows.begin() + static_cast<std::ptrdiff_t>(hit->second.first),
-                      batch.rows.begin() + static_cast<std::ptrdiff_t>(hit->second.second));
+    rows->Reserve(hit->second.second - hit->second.first);
+    for (size_t r = hit->second.first; r < hit->second.second; ++r) rows->AppendRowFrom(*batch.rows, r, 1);
   } else if (batch.aggregate) {
-    rows->rows.push_back(batch.empty_row);
+    rows->AppendRow(batch.empty_row);
   }
   ++stats_.served;
   return rows;

@@ -63,7 +63,7 @@ class LookupBatcher {
     std::vector<FieldInfo> fields;  // the lookup's own columns
     bool aggregate = false;
     std::vector<Variant> empty_row;  // an aggregate lookup's row for a key without rows
-    std::vector<std::vector<Variant>> rows;
+    std::shared_ptr<RowSet> rows;  // as read: the key, then the lookup's own columns
     std::unordered_map<int64_t, std::pair<size_t, size_t>> by_key;  // rows [first, last)
   };
   struct Group {  // the runs of one form that agree on every literal but the key

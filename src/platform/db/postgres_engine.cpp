@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <map>
 
 #include "common/currency.h"
@@ -229,6 +230,7 @@ class PostgresStatement : public EngineStatement {
   ~PostgresStatement() override;
 
   void Reset() override {
+    Discard();
     result_ = PgResult();
     row_ = -1;
     executed_ = false;
@@ -261,8 +263,19 @@ class PostgresStatement : public EngineStatement {
   Variant Column(int column) const override;
   const std::string& Sql() const override { return sql_; }
 
+  // Reads the rest of the results off the connection and keeps them, so
+  // that another statement can run while this one is still being stepped.
+  void Buffer();
+
  private:
   void Execute();
+  // The next result of the running statement (kept ones first), or none.
+  PgResult NextResult();
+  // Makes `r` the current result: a row, or the last result (the end of
+  // the rows, a command's outcome, or a failure, which throws).
+  void Take(PgResult r);
+  // Drops whatever the running statement has not yet delivered.
+  void Discard();
 
   PostgresEngine& engine_;
   std::string sql_, original_;
@@ -273,6 +286,10 @@ class PostgresStatement : public EngineStatement {
   PgResult result_;
   int row_ = -1;
   bool executed_ = false;
+  // Rows come one result each (single-row mode), so a large result is
+  // never held whole by libpq as well as by the recordset reading it.
+  bool on_wire_ = false;          // results still to read off the connection
+  std::deque<PgResult> buffered_;  // read off early by Buffer
 };
 
 class PostgresEngine : public Engine {
@@ -290,7 +307,7 @@ class PostgresEngine : public Engine {
   }
   int64_t Changes() const override { return changes_; }
   int64_t LastInsertId() const override {
-    PgResult r(PQexec(conn_, "SELECT lastval()"));
+    PgResult r(PQexec(Idle(), "SELECT lastval()"));
     if (!r.ok()) return 0;
     return std::strtoll(PQgetvalue(r.get(), 0, 0), nullptr, 10);
   }
@@ -302,7 +319,7 @@ class PostgresEngine : public Engine {
   // The server instance (its start time and port) and the database's own
   // number, which no spelling of the URL changes.
   std::string Identity() override {
-    PgResult r(PQexec(conn_,
+    PgResult r(PQexec(Idle(),
                       "SELECT CAST(pg_postmaster_start_time() AS text) || ' port ' || current_setting('port') || "
                       "' database ' || CAST(oid AS text) FROM pg_database WHERE datname = current_database()"));
     if (!r.ok() || PQntuples(r.get()) != 1) return "";
@@ -315,7 +332,7 @@ class PostgresEngine : public Engine {
     Run("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY", "the report's snapshot");
   }
   void EndSnapshot() override {
-    if (PQtransactionStatus(conn_) == PQTRANS_IDLE) return;
+    if (PQtransactionStatus(Idle()) == PQTRANS_IDLE) return;
     Run(PQtransactionStatus(conn_) == PQTRANS_INERROR ? "ROLLBACK" : "COMMIT", "the report's snapshot");
   }
 
@@ -335,6 +352,20 @@ class PostgresEngine : public Engine {
 
   // --- for statements ---
   PGconn* conn() const { return conn_; }
+  // The connection, free for a new command: a statement whose rows are
+  // still coming keeps the rest first.
+  PGconn* Idle() const {
+    if (PostgresStatement* s = streaming_) {
+      streaming_ = nullptr;
+      s->Buffer();
+    }
+    return conn_;
+  }
+  // The statement whose results are on the connection; nullptr when none.
+  void Streaming(PostgresStatement* s) { streaming_ = s; }
+  void StreamDone(const PostgresStatement* s) {
+    if (streaming_ == s) streaming_ = nullptr;
+  }
   std::string NextName() { return "orv" + std::to_string(++statement_number_); }
   void SetChanges(int64_t n) { changes_ = n; }
   // Sends the host's "now" to the session when it changed since the last
@@ -350,12 +381,13 @@ class PostgresEngine : public Engine {
   void InstallSupport();
   PgResult Run(const std::string& sql, const std::string& what) {
     SyncClock(what);
-    PgResult r(PQexec(conn_, sql.c_str()));
+    PgResult r(PQexec(Idle(), sql.c_str()));
     if (!r.ok()) Fail(r.get(), what, sql);
     return r;
   }
 
   PGconn* conn_ = nullptr;
+  mutable PostgresStatement* streaming_ = nullptr;
   std::string where_;
   SessionLimits limits_;
   int64_t changes_ = 0;
@@ -446,7 +478,7 @@ void PostgresEngine::SyncClock(const std::string& original) {
   std::string now = Clock::Now().ToIso();
   if (now == clock_sent_) return;
   const char* values[] = {now.c_str()};
-  PgResult r(PQexecParams(conn_, "SELECT set_config('orvenda.now', $1, false)", 1, nullptr, values,
+  PgResult r(PQexecParams(Idle(), "SELECT set_config('orvenda.now', $1, false)", 1, nullptr, values,
                           nullptr, nullptr, 0));
   if (!r.ok()) Fail(r.get(), original, "SELECT set_config('orvenda.now', ...)");
   clock_sent_ = now;
@@ -484,13 +516,15 @@ void PostgresEngine::Fail(PGresult* result, const std::string& original, const s
 }
 
 PostgresStatement::~PostgresStatement() {
+  Discard();
   if (!name_.empty() && engine_.conn() && PQstatus(engine_.conn()) == CONNECTION_OK) {
-    PQclear(PQexec(engine_.conn(), ("DEALLOCATE " + name_).c_str()));
+    PQclear(PQexec(engine_.Idle(), ("DEALLOCATE " + name_).c_str()));
   }
 }
 
 void PostgresStatement::Execute() {
-  PGconn* conn = engine_.conn();
+  Discard();
+  PGconn* conn = engine_.Idle();
   engine_.SyncClock(original_);
   // Prepared once per statement; again only when the bound values' types
   // change (a NULL bound where a number was, say).
@@ -506,25 +540,85 @@ void PostgresStatement::Execute() {
   }
   std::vector<const char*> values(values_.size());
   for (size_t i = 0; i < values_.size(); ++i) values[i] = values_[i] ? values_[i]->c_str() : nullptr;
-  result_ = PgResult(PQexecPrepared(conn, name_.c_str(), static_cast<int>(values.size()),
-                                    values.empty() ? nullptr : values.data(), nullptr, nullptr, 0));
-  if (!result_.ok()) {
-    PgResult failed = std::move(result_);
-    result_ = PgResult();
-    engine_.Fail(failed.get(), original_, sql_);
-  }
-  const char* tuples = PQcmdTuples(result_.get());
-  engine_.SetChanges(tuples && *tuples ? std::strtoll(tuples, nullptr, 10) : 0);
-  executed_ = true;
+  result_ = PgResult();
   row_ = -1;
+  if (!PQsendQueryPrepared(conn, name_.c_str(), static_cast<int>(values.size()),
+                           values.empty() ? nullptr : values.data(), nullptr, nullptr, 0))
+    engine_.Fail(nullptr, original_, sql_);
+  // Without single-row mode (refused) the rows come in one result, as
+  // before; Step reads either.
+  PQsetSingleRowMode(conn);
+  on_wire_ = true;
+  engine_.Streaming(this);
+  executed_ = true;
+  engine_.SetChanges(0);
+  Take(NextResult());
+}
+
+PgResult PostgresStatement::NextResult() {
+  if (!buffered_.empty()) {
+    PgResult r = std::move(buffered_.front());
+    buffered_.pop_front();
+    return r;
+  }
+  if (!on_wire_) return PgResult();
+  PgResult r(PQgetResult(engine_.conn()));
+  if (!r.get()) {
+    on_wire_ = false;
+    engine_.StreamDone(this);
+  }
+  return r;
+}
+
+void PostgresStatement::Take(PgResult r) {
+  if (!r.get()) return;
+  if (PQresultStatus(r.get()) == PGRES_SINGLE_TUPLE) {
+    result_ = std::move(r);
+    row_ = -1;
+    return;
+  }
+  // The last result: the connection is free once the end is read.
+  Discard();
+  result_ = PgResult();
+  row_ = -1;
+  if (!r.ok()) engine_.Fail(r.get(), original_, sql_);
+  const char* tuples = PQcmdTuples(r.get());
+  engine_.SetChanges(tuples && *tuples ? std::strtoll(tuples, nullptr, 10) : 0);
+  result_ = std::move(r);
+}
+
+void PostgresStatement::Buffer() {
+  while (on_wire_) {
+    PgResult r(PQgetResult(engine_.conn()));
+    if (!r.get()) {
+      on_wire_ = false;
+    } else {
+      buffered_.push_back(std::move(r));
+    }
+  }
+  engine_.StreamDone(this);
+}
+
+void PostgresStatement::Discard() {
+  buffered_.clear();
+  while (on_wire_) {
+    PGresult* r = PQgetResult(engine_.conn());
+    if (!r) on_wire_ = false;
+    PQclear(r);
+  }
+  engine_.StreamDone(this);
 }
 
 bool PostgresStatement::Step() {
   if (!executed_) Execute();
-  if (PQresultStatus(result_.get()) != PGRES_TUPLES_OK) return false;
-  if (row_ + 1 >= PQntuples(result_.get())) return false;
-  ++row_;
-  return true;
+  for (;;) {
+    if (result_.get() && row_ + 1 < PQntuples(result_.get())) {
+      ++row_;
+      return true;
+    }
+    if (!on_wire_ && buffered_.empty()) return false;
+    Take(NextResult());
+  }
 }
 
 Variant PostgresStatement::Column(int column) const {
@@ -730,7 +824,7 @@ void PostgresEngine::InsertRows(const TableDef& t, const std::vector<std::vector
   for (const auto& c : t.columns) cols += (cols.empty() ? "" : ", ") + QuoteIdent(c.name);
   std::string copy = "COPY " + QuoteIdent(t.name) + " (" + cols + ") FROM STDIN";
   SyncClock(copy);
-  PgResult start(PQexec(conn_, copy.c_str()));
+  PgResult start(PQexec(Idle(), copy.c_str()));
   if (PQresultStatus(start.get()) != PGRES_COPY_IN) Fail(start.get(), "copying rows into " + t.name, copy);
   std::string buffer;
   for (const auto& row : rows) {

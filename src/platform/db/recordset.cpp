@@ -93,6 +93,16 @@ std::string SingleTableOf(const std::string& statement) {
   return table;
 }
 
+// Whether row `row` of `data` meets `c`; each value is made as the
+// criteria asks for it, and only that one is held.
+bool RowMatches(const Criteria& c, const RowSet& data, size_t row) {
+  Variant value;
+  return c.Matches([&](int f) -> const Variant& {
+    value = data.Get(row, f);
+    return value;
+  });
+}
+
 }  // namespace
 
 // ---- RecordsetState -------------------------------------------------------
@@ -122,7 +132,7 @@ void RecordsetState::Ready() {
   base.clear();
   if (row >= 0) {
     bool has_null = false;
-    std::string key = RowKey(p->data->rows[row], link.parent_fields, &has_null);
+    std::string key = RowKey(*p->data, static_cast<size_t>(row), link.parent_fields, &has_null);
     if (!has_null) {
       auto it = link.rows_by_key.find(key);
       if (it != link.rows_by_key.end()) base = it->second;
@@ -175,16 +185,17 @@ const std::vector<size_t>* RecordsetState::EqualityCandidates(int field, double 
     ix.rowset = data->id;
     ix.version = data->version;
     ix.base_size = base.size();
+    const ColumnStore& cells = data->cells();
+    const auto column = static_cast<size_t>(field);
     for (size_t r : base) {
-      const Variant& v = data->rows[r][field];
-      if (v.IsNull()) continue;
-      VarType t = v.type();
+      VarType t = cells.TypeAt(r, column);
+      if (t == VarType::Null) continue;
       if (t != VarType::Long && t != VarType::LongLong && t != VarType::Double &&
           t != VarType::Currency) {
         ix.usable = false;
         break;
       }
-      ix.rows[CDbl(v)].push_back(r);
+      ix.rows[cells.NumberAt(r, column)].push_back(r);
     }
     eq_index = std::move(ix);
   }
@@ -202,15 +213,11 @@ void RecordsetState::Rebuild() {
   }
   if (candidates) {
     // Every candidate is still checked, so the index only narrows the scan.
-    for (size_t r : *candidates) {
-      const auto& row = data->rows[r];
-      if (criteria->Matches([&](int f) -> const Variant& { return row[f]; })) view.push_back(r);
-    }
+    for (size_t r : *candidates)
+      if (RowMatches(*criteria, *data, r)) view.push_back(r);
   } else if (criteria) {
-    for (size_t r : base) {
-      const auto& row = data->rows[r];
-      if (criteria->Matches([&](int f) -> const Variant& { return row[f]; })) view.push_back(r);
-    }
+    for (size_t r : base)
+      if (RowMatches(*criteria, *data, r)) view.push_back(r);
   } else {
     view = base;
   }
@@ -224,9 +231,10 @@ void RecordsetState::Rebuild() {
                                                   k.field + "' in: " + sort);
       cols.emplace_back(f, k.descending);
     }
+    const ColumnStore& cells = data->cells();
     std::stable_sort(view.begin(), view.end(), [&](size_t a, size_t b) {
       for (auto [f, desc] : cols) {
-        int c = CompareValues(data->rows[a][f], data->rows[b][f]);
+        int c = cells.Compare(a, b, static_cast<size_t>(f));
         if (c != 0) return desc ? c > 0 : c < 0;
       }
       return false;
@@ -265,7 +273,7 @@ void RecordsetState::Commit() {
                               source);
     }
   }
-  auto& row = data->rows[edit_row];
+  const std::vector<Variant> row = data->GetRow(edit_row);
   std::vector<Variant> values;
   std::string sql;
   if (edit == adEditAdd) {
@@ -285,8 +293,8 @@ void RecordsetState::Commit() {
     connection->RunEngineSql(sql, values, "AddNew/Update on " + source);
     // A key the database assigned is read back into the row.
     if (key_fields.size() == 1 && row[key_fields[0]].IsNull())
-      row[key_fields[0]] = ValueOfKind(Variant::Int64(connection->LastInsertId()),
-                                       sql::ValueKind::Integer);
+      data->Set(edit_row, key_fields[0],
+                ValueOfKind(Variant::Int64(connection->LastInsertId()), sql::ValueKind::Integer));
   } else {
     std::string sets, where;
     for (size_t f = 0; f < data->fields.size(); ++f) {
@@ -317,13 +325,12 @@ void RecordsetState::Commit() {
 void RecordsetState::Cancel() {
   if (edit == adEditAdd) {
     // The added row is always the last one of the rows and of the view.
-    data->rows.pop_back();
+    data->PopRow();
     base.erase(std::remove(base.begin(), base.end(), edit_row), base.end());
     view.erase(std::remove(view.begin(), view.end(), edit_row), view.end());
     pos = view.empty() ? 0 : static_cast<long>(view.size()) - 1;
   } else if (edit == adEditInProgress) {
-    data->rows[edit_row] = original;
-    ++data->version;
+    data->SetRow(edit_row, original);
   }
   edit = adEditNone;
   original.clear();
@@ -359,7 +366,7 @@ void Recordset::Open(const std::string& source, const Connection& connection, in
   s.lock_type = lock_type;
   s.options = options;
   s.data = std::move(data);
-  s.base.resize(s.data->rows.size());
+  s.base.resize(s.data->RowCount());
   for (size_t i = 0; i < s.base.size(); ++i) s.base[i] = i;
   s.open = true;
   s.Rebuild();
@@ -492,10 +499,8 @@ void Recordset::Find(const std::string& criteria, long skip, int direction, int 
   p += step * skip;
   if (direction != adSearchBackward && p < 0) p = 0;
   if (direction == adSearchBackward && p >= size) p = size - 1;
-  for (; p >= 0 && p < size; p += step) {
-    const auto& row = s_->data->rows[s_->view[p]];
-    if (c.Matches([&](int f) -> const Variant& { return row[f]; })) break;
-  }
+  for (; p >= 0 && p < size; p += step)
+    if (RowMatches(c, *s_->data, s_->view[p])) break;
   s_->pos = direction == adSearchBackward ? std::max(p, -1L) : std::min(p, size);
   s_->Moved();
 }
@@ -545,7 +550,7 @@ void Recordset::Requery() {
     throw DatabaseError(kErrNotAllowed, "Requery needs a recordset opened from a statement");
   s_->Commit();
   s_->data = s_->connection->Query(s_->statement);
-  s_->base.resize(s_->data->rows.size());
+  s_->base.resize(s_->data->RowCount());
   for (size_t i = 0; i < s_->base.size(); ++i) s_->base[i] = i;
   s_->chapter_states.clear();
   if (s_->criteria) s_->criteria->Bind([&](std::string_view name) { return s_->data->FindField(name); });
@@ -560,10 +565,7 @@ void Recordset::AddNew() {
     NotUpdatable(s_->source);
   if (s_->parent_chapter >= 0) NotUpdatable(s_->source);
   s_->Commit();
-  auto& rows = s_->data->rows;
-  rows.emplace_back(s_->data->fields.size(), Variant::Null());
-  ++s_->data->version;
-  size_t r = rows.size() - 1;
+  size_t r = s_->data->AppendRow();
   s_->base.push_back(r);
   s_->view.push_back(r);
   s_->pos = static_cast<long>(s_->view.size()) - 1;

@@ -29,7 +29,7 @@ struct RecordsetState {
   std::shared_ptr<RowSet> data;
   std::vector<FieldInfo> pending_fields;  // appended before a fabricated Open
 
-  // Row indices into data->rows: `base` are the rows of this recordset (all,
+  // Row numbers of `data`: `base` are the rows of this recordset (all,
   // or a chapter's), `view` those that pass the filter, in sort order.
   std::vector<size_t> base;
   std::vector<size_t> view;

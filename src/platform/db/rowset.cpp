@@ -1,11 +1,15 @@
 #include "platform/db/rowset.h"
 
+#include <atomic>
+
 #include "platform/db/value_compare.h"
 
 namespace orv::db {
 
 uint64_t NextRowSetId() {
-  static uint64_t next = 0;
+  // Atomic: a host may run reports on several connections at once (the
+  // browser host runs two), and the ids must stay unique across them.
+  static std::atomic<uint64_t> next{0};
   return ++next;
 }
 
@@ -19,15 +23,64 @@ int RowSet::FindField(std::string_view name) const {
 
 int RowSet::AddField(FieldInfo f) {
   fields.push_back(std::move(f));
-  for (auto& r : rows) r.emplace_back();
+  SyncColumns();
   return static_cast<int>(fields.size()) - 1;
 }
 
-std::string RowKey(const std::vector<Variant>& row, const std::vector<int>& fields, bool* has_null) {
+void RowSet::SyncColumns() {
+  while (cells_.ColumnCount() < fields.size()) cells_.AddColumn();
+}
+
+void RowSet::Reserve(size_t rows) {
+  SyncColumns();
+  cells_.Reserve(rows);
+}
+
+void RowSet::Set(size_t row, int field, const Variant& value) {
+  SyncColumns();
+  cells_.Set(row, Col(field), value);
+  ++version;
+}
+
+std::vector<Variant> RowSet::GetRow(size_t row) const {
+  std::vector<Variant> values;
+  values.reserve(fields.size());
+  for (size_t f = 0; f < fields.size(); ++f) values.push_back(Get(row, static_cast<int>(f)));
+  return values;
+}
+
+void RowSet::SetRow(size_t row, const std::vector<Variant>& values) {
+  for (size_t f = 0; f < values.size() && f < fields.size(); ++f) Set(row, static_cast<int>(f), values[f]);
+}
+
+size_t RowSet::AppendRow() {
+  SyncColumns();
+  ++version;
+  return cells_.AppendRow();
+}
+
+size_t RowSet::AppendRow(const std::vector<Variant>& values) {
+  size_t r = AppendRow();
+  SetRow(r, values);
+  return r;
+}
+
+size_t RowSet::AppendRowFrom(const RowSet& from, size_t row, int skip) {
+  SyncColumns();
+  ++version;
+  return cells_.AppendRowFrom(from.cells_, row, static_cast<size_t>(skip));
+}
+
+void RowSet::PopRow() {
+  cells_.PopRow();
+  ++version;
+}
+
+std::string RowKey(const RowSet& rows, size_t row, const std::vector<int>& fields, bool* has_null) {
   std::string key;
   *has_null = false;
   for (size_t i = 0; i < fields.size(); ++i) {
-    auto k = RelateKey(row[fields[i]]);
+    auto k = RelateKey(rows.Get(row, fields[i]));
     if (!k) {
       *has_null = true;
       return {};

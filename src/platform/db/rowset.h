@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "common/variant.h"
+#include "platform/db/column_store.h"
 #include "platform/db/field_type.h"
 #include "platform/sql/translate.h"
 
@@ -38,10 +39,13 @@ struct ChapterLink {
 
 uint64_t NextRowSetId();
 
+// The rows of a result: field descriptions, the values (held compactly in a
+// ColumnStore and made into Variants as they are read) and the SHAPE
+// children. Rows are numbered from 0 in the order the statement gave them.
 struct RowSet {
+  // Set before the first row is added; a field added later (AddField, or
+  // pushed here) reads Empty in the rows already held.
   std::vector<FieldInfo> fields;
-  // One vector per row, one value per field (chapter fields hold Empty).
-  std::vector<std::vector<Variant>> rows;
   std::vector<ChapterLink> chapters;
   // Bumped whenever a row is added or a value changes, so that indexes built
   // over the rows (see RecordsetState's filter index) know they are stale.
@@ -50,14 +54,45 @@ struct RowSet {
   // new row set (after Requery) for the one it was built on.
   uint64_t id = NextRowSetId();
 
+  size_t RowCount() const { return cells_.RowCount(); }
+  // The value of `field` in `row`; a chapter field holds Empty.
+  Variant Get(size_t row, int field) const {
+    return Col(field) < cells_.ColumnCount() ? cells_.Get(row, Col(field)) : Variant();
+  }
+  // Sets one value (bumps `version`).
+  void Set(size_t row, int field, const Variant& value);
+  // Every value of a row, and all of them at once (a cancelled edit).
+  std::vector<Variant> GetRow(size_t row) const;
+  void SetRow(size_t row, const std::vector<Variant>& values);
+  // Appends a row of Nulls, or of `values` (one per field); returns its
+  // index. Bumps `version`.
+  size_t AppendRow();
+  size_t AppendRow(const std::vector<Variant>& values);
+  // Appends row `row` of `from` without its first `skip` fields.
+  size_t AppendRowFrom(const RowSet& from, size_t row, int skip);
+  // Drops the last row (an AddNew cancelled).
+  void PopRow();
+  void Reserve(size_t rows);
+
+  // The cell store itself, for loops over every row that compare or hash
+  // values in place (Sort, the filter index, relating SHAPE children).
+  const ColumnStore& cells() const { return cells_; }
+
   // Index of the field `name` (case-insensitive, square brackets ignored),
   // or -1.
   int FindField(std::string_view name) const;
-  // Appends a field; returns its index.
+  // Appends a field (Empty in every row held); returns its index.
   int AddField(FieldInfo f);
+
+ private:
+  size_t Col(int field) const { return static_cast<size_t>(field); }
+  // Gives the store a column for every field.
+  void SyncColumns();
+  ColumnStore cells_;
 };
 
-// The relate key of `row` over `fields`; empty when any part is Null.
-std::string RowKey(const std::vector<Variant>& row, const std::vector<int>& fields, bool* has_null);
+// The relate key of `row` of `rows` over `fields`; empty when any part is
+// Null.
+std::string RowKey(const RowSet& rows, size_t row, const std::vector<int>& fields, bool* has_null);
 
 }  // namespace orv::db

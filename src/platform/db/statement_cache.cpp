@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <optional>
+#include <string_view>
 
 #include "platform/db/db_error.h"
+#include "platform/sql/date_text.h"
 
 namespace orv::db {
 
@@ -60,16 +63,95 @@ const std::string& Sentinel(size_t k) {
   return texts[k];
 }
 
-StatementForm ParameteriseLiterals(const std::string& s) {
+// The sentinels of quoted literals, one of each kind per position. A date
+// sentinel is a day of a year no practice holds, written as a date alone,
+// so that the translator, when it reads one as a date, prints it in its
+// normalised form with a time ("1787-01-02 00:00:00"): that form, not the
+// text as written, shows the place was taken as a date. A number written
+// as text has a text sentinel of digits, found again in its quotes.
+constexpr const char* kDateSentinelYear = "1787-";
+constexpr int64_t kFirstTextSentinel = 1987660001;
+
+struct QuotedSentinel {
+  std::string written;  // as it stands in the form, between quotes
+  std::string printed;  // as the translator prints it, quotes included
+};
+
+const QuotedSentinel& QuotedSentinelAt(size_t k, bool date) {
+  static const auto texts = [] {
+    std::vector<QuotedSentinel> dates, numbers;
+    for (size_t i = 0; i < kMaxParameters; ++i) {
+      const DateTime d = DateAdd("d", static_cast<double>(i), DateTime::FromParts(1787, 1, 1));
+      dates.push_back({d.ToIsoDate(), "'" + d.ToIso() + "'"});
+      const std::string n = std::to_string(kFirstTextSentinel + static_cast<int64_t>(i));
+      numbers.push_back({n, "'" + n + "'"});
+    }
+    return std::make_pair(dates, numbers);
+  }();
+  return date ? texts.first[k] : texts.second[k];
+}
+
+// True when the last thing before `at`, blanks aside, ends a comparison
+// operator: "=", "<", ">", "<=", ">=", "<>", "!=".
+bool AfterComparison(const std::string& s, size_t at) {
+  while (at > 0 && s[at - 1] == ' ') --at;
+  return at > 0 && (s[at - 1] == '=' || s[at - 1] == '<' || s[at - 1] == '>');
+}
+
+// True when the statement already holds one of the number sentinels, which
+// would then be taken for a lifted literal.
+bool HoldsNumberSentinel(const std::string& s) {
+  if (s.find(Sentinel(0).substr(0, 6)) == std::string::npos) return false;
+  for (size_t k = 0; k < kMaxParameters; ++k)
+    if (!FindNumber(s, Sentinel(k)).empty()) return true;
+  return false;
+}
+
+StatementForm ParameteriseLiterals(const std::string& s, bool dates) {
   StatementForm f;
+  // A statement that already holds a sentinel keeps that kind of literal.
+  const bool numbers_ok = !HoldsNumberSentinel(s);
+  const bool quoted_ok = s.find(kDateSentinelYear) == std::string::npos &&
+                         s.find(std::to_string(kFirstTextSentinel).substr(0, 6)) == std::string::npos;
   // The form is copied in spans between replaced literals: this runs for
   // every statement a report opens, so it avoids per-character appends.
   size_t copied = 0;
   size_t i = 0;
   const size_t n = s.size();
+  auto lift = [&](size_t from, size_t to, const std::string& replacement) {
+    if (f.form.empty()) f.form.reserve(n + 16);
+    f.form.append(s, copied, from - copied);
+    f.form += replacement;
+    copied = to;
+  };
   while (i < n) {
     char c = s[i];
-    if (c == '\'' || c == '"' || c == '[') {
+    if (c == '\'') {
+      size_t end = s.find('\'', i + 1);
+      if (end == std::string::npos) break;
+      // A key written as text ('17') or a date ('2026-11-20', '11/20/2026
+      // 5:00 PM') compared with a value. Text holding a doubled quote,
+      // empty text and other text stay in the statement.
+      const bool doubled = end + 1 < n && s[end + 1] == '\'';
+      if (quoted_ok && !doubled && end > i + 1 && end - i <= 40 && AfterComparison(s, i) &&
+          f.quoted.size() < kMaxParameters) {
+        const std::string_view text = std::string_view(s).substr(i + 1, end - i - 1);
+        const bool digits = text.size() <= 18 && std::all_of(text.begin(), text.end(), [](char d) {
+                              return d >= '0' && d <= '9';
+                            });
+        std::optional<DateTime> date;
+        if (!digits && dates) date = sql::ReadServerDate(text);
+        if (digits || date) {
+          const QuotedSentinel& sentinel = QuotedSentinelAt(f.quoted.size(), !digits);
+          lift(i + 1, end, sentinel.written);
+          f.quoted.push_back(digits ? Variant(std::string(text)) : Variant(*date));
+          f.quoted_sentinels.push_back(sentinel.written);
+        }
+      }
+      i = end + 1;
+      continue;
+    }
+    if (c == '"' || c == '[') {
       char close = c == '[' ? ']' : c;
       size_t end = s.find(close, i + 1);
       i = end == std::string::npos ? n : end + 1;
@@ -103,36 +185,22 @@ StatementForm ParameteriseLiterals(const std::string& s) {
         while (b > 0 && s[b - 1] == ' ') --b;
       }
       bool after_eq = b > 0 && s[b - 1] == '=';
-      if (whole && after_eq && end - i <= 9 && f.values.size() < kMaxParameters) {
-        if (f.form.empty()) f.form.reserve(n + 16);
-        f.form.append(s, copied, i - copied);
+      if (numbers_ok && whole && after_eq && end - i <= 9 && f.values.size() < kMaxParameters) {
         f.sentinels.push_back(Sentinel(f.values.size()));
         f.values.push_back(value);
         f.offsets.push_back(i);
-        f.form += f.sentinels.back();
-        copied = end;
+        lift(i, end, f.sentinels.back());
       }
       i = end;
       continue;
     }
     ++i;
   }
-  if (f.values.empty()) {
+  if (!f.Parameterised()) {
     f.form = s;
     return f;
   }
   f.form.append(s, copied, n - copied);
-  // A statement that already holds a sentinel's digits is not parameterised.
-  if (s.find(Sentinel(0).substr(0, 6)) != std::string::npos) {
-    for (const auto& sentinel : f.sentinels) {
-      if (!FindNumber(s, sentinel).empty()) {
-        f.values.clear();
-        f.sentinels.clear();
-        f.form = s;
-        break;
-      }
-    }
-  }
   return f;
 }
 
@@ -143,29 +211,48 @@ std::unique_ptr<StatementCache::Entry> StatementCache::Build(const std::string& 
   return e;
 }
 
-std::unique_ptr<StatementCache::Entry> StatementCache::BuildForm(
-    const std::string& form, const std::vector<std::string>& sentinels,
-    const std::string& statement) {
+std::unique_ptr<StatementCache::Entry> StatementCache::BuildForm(const StatementForm& f,
+                                                                const std::string& statement) {
   sql::Translation tr;
   try {
-    tr = sql::Translate(form, schema_, engine_.dialect());
+    tr = sql::Translate(f.form, schema_, engine_.dialect());
   } catch (const ReportError&) {
     return nullptr;
   }
   std::string sql = tr.sql;
-  // Replace from the last sentinel backwards so earlier offsets hold.
-  std::vector<std::pair<size_t, int>> places;
-  for (size_t k = 0; k < sentinels.size(); ++k) {
-    auto at = FindNumber(sql, sentinels[k]);
+  // Where each sentinel stands in the engine's text, how long it is there,
+  // and the parameter that takes its place: the numbers first, then the
+  // quoted literals.
+  struct Place {
+    size_t pos, length;
+    int parameter;
+  };
+  std::vector<Place> places;
+  for (size_t k = 0; k < f.sentinels.size(); ++k) {
+    auto at = FindNumber(sql, f.sentinels[k]);
     if (at.size() != 1) return nullptr;
-    places.emplace_back(at[0], static_cast<int>(k));
+    places.push_back({at[0], f.sentinels[k].size(), static_cast<int>(k) + 1});
   }
-  std::sort(places.rbegin(), places.rend());
-  for (auto [pos, k] : places) sql.replace(pos, sentinels[k].size(), engine_.ParameterMarker(k + 1));
+  for (size_t k = 0; k < f.quoted.size(); ++k) {
+    const bool date = f.quoted[k].IsDate();
+    const std::string& text = QuotedSentinelAt(k, date).printed;
+    const size_t at = sql.find(text);
+    if (at == std::string::npos || sql.find(text, at + 1) != std::string::npos) return nullptr;
+    // A date literal may carry its type before it (PostgreSQL's TIMESTAMP
+    // '...'); the parameter is bound as a date and needs none.
+    static const std::string kTyped = "TIMESTAMP ";
+    const bool typed =
+        date && at >= kTyped.size() && sql.compare(at - kTyped.size(), kTyped.size(), kTyped) == 0;
+    const size_t from = typed ? at - kTyped.size() : at;
+    places.push_back({from, at + text.size() - from, static_cast<int>(f.sentinels.size() + k) + 1});
+  }
+  // Replace from the last place backwards so earlier offsets hold.
+  std::sort(places.begin(), places.end(), [](const Place& a, const Place& b) { return a.pos > b.pos; });
+  for (const Place& p : places) sql.replace(p.pos, p.length, engine_.ParameterMarker(p.parameter));
   auto e = std::make_unique<Entry>();
   e->translation = std::move(tr);
   e->translation.sql = sql;
-  e->parameters = static_cast<int>(sentinels.size());
+  e->parameters = static_cast<int>(places.size());
   try {
     e->stmt = engine_.Prepare(sql, statement);
   } catch (const ReportError&) {
@@ -176,19 +263,25 @@ std::unique_ptr<StatementCache::Entry> StatementCache::BuildForm(
 }
 
 StatementCache::Lease StatementCache::Get(const std::string& statement) {
-  return Get(statement, ParameteriseLiterals(statement));
+  return Get(statement, ParameteriseLiterals(statement, LiftsDates(engine_.dialect())));
 }
 
 StatementCache::Lease StatementCache::Get(const std::string& statement, StatementForm f) {
   Entry* entry = nullptr;
   std::unique_ptr<Entry> own;
-  if (!f.values.empty()) {
+  if (f.Parameterised()) {
     auto it = by_form_.find(f.form);
     if (it == by_form_.end()) {
       Trim(by_form_);
-      it = by_form_.emplace(f.form, BuildForm(f.form, f.sentinels, statement)).first;
+      it = by_form_.emplace(f.form, BuildForm(f, statement)).first;
     }
     entry = it->second.get();
+  }
+  if (entry && entry->in_use) {
+    // The same statement form is being read already (a report nesting one
+    // lookup inside another); run a one-off copy of this text.
+    own = Build(statement);
+    entry = own.get();
   }
   if (!entry) {
     auto it = by_text_.find(statement);
@@ -197,25 +290,29 @@ StatementCache::Lease StatementCache::Get(const std::string& statement, Statemen
       it = by_text_.emplace(statement, Build(statement)).first;
     }
     entry = it->second.get();
-    f.values.clear();
+    if (entry->in_use) {
+      own = Build(statement);
+      entry = own.get();
+    }
   }
-  if (entry->in_use) {
-    // The same statement is being read already (a report nesting one lookup
-    // inside another); run a one-off copy.
-    own = Build(statement);
-    entry = own.get();
+  if (entry->parameters == 0) {
     f.values.clear();
+    f.quoted.clear();
   }
   entry->in_use = true;
   Lease lease(entry, std::move(own));
   entry->stmt->Reset();
-  for (size_t k = 0; k < f.values.size(); ++k) {
-    entry->stmt->Bind(static_cast<int>(k) + 1, Variant::Int64(f.values[k]));
-    if (k) lease.bound_ += ", ";
-    lease.bound_ += engine_.ParameterMarker(static_cast<int>(k) + 1);
+  int parameter = 0;
+  auto bind = [&](const Variant& value, const std::string& shown) {
+    ++parameter;
+    entry->stmt->Bind(parameter, value);
+    if (parameter > 1) lease.bound_ += ", ";
+    lease.bound_ += engine_.ParameterMarker(parameter);
     lease.bound_ += " = ";
-    lease.bound_ += std::to_string(f.values[k]);
-  }
+    lease.bound_ += shown;
+  };
+  for (int64_t v : f.values) bind(Variant::Int64(v), std::to_string(v));
+  for (const Variant& q : f.quoted) bind(q, "'" + (q.IsDate() ? CDate(q).ToIso() : CStr(q)) + "'");
   return lease;
 }
 
@@ -224,7 +321,7 @@ bool StatementCache::Lease::Step() {
   try {
     return entry_->stmt->Step();
   } catch (const ReportError& e) {
-    throw DatabaseError(e.number(), e.description() + "\nwith the statement's numbers bound as " + bound_);
+    throw DatabaseError(e.number(), e.description() + "\nwith the statement's literals bound as " + bound_);
   }
 }
 

@@ -1,14 +1,19 @@
 // The per-connection cache of translated and prepared statements.
 //
 // Reports build statements by concatenation, so a lookup by key produces a
-// new text for every key ("... where ID = 17", "... where ID = 18"). Like the
-// server's simple parameterisation, the cache replaces each whole-number
-// literal that follows "=" by a parameter, so that all those texts share one
-// translation and one prepared statement, and binds the numbers on each run.
-// The translator sees the statement with a sentinel number in each such
-// place; if a sentinel does not come back exactly once in the engine's text
-// (the translator folded or moved it), that statement form is cached by its
-// full text instead.
+// new text for every key ("... where ID = 17", "... where ID = 18") and a
+// count per day a new text for every day ("... FromDate <= '2026-11-20'").
+// Like the server's simple parameterisation, the cache lifts such literals
+// out as parameters, so that all those texts share one translation and one
+// prepared statement, and binds the values on each run. Three kinds are
+// lifted: a whole-number literal that follows "=", and, quoted after a
+// comparison ("=", "<", ">", "<=", ">=", "<>"), a whole number written as
+// text ("PatientID = '17'", bound as that text) and, on SQLite, a date
+// (bound as the date the server reads in it; see LiftsDates).
+// The translator sees the statement with a sentinel in each such place; if
+// a sentinel does not come back exactly once in the engine's text (the
+// translator folded or moved it, or read a quoted date as text rather than
+// as a date), that statement form is cached by its full text instead.
 #pragma once
 
 #include <memory>
@@ -16,6 +21,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "common/variant.h"
 #include "platform/db/engine.h"
 #include "platform/sql/translate.h"
 
@@ -30,7 +36,7 @@ class StatementCache {
   struct Entry {
     sql::Translation translation;
     std::unique_ptr<EngineStatement> stmt;
-    int parameters = 0;  // bound from the statement's literals, in order
+    int parameters = 0;  // bound from the statement's literals: numbers, then quoted ones
     bool in_use = false;
   };
 
@@ -55,7 +61,7 @@ class StatementCache {
     friend class StatementCache;
     Entry* entry_;
     std::unique_ptr<Entry> own_;  // a one-off entry when the cached one is busy
-    std::string bound_;           // "?1 = 17, ?2 = 3" for messages
+    std::string bound_;           // "?1 = 17, ?2 = '2026-11-20 00:00:00'" for messages
   };
 
   // Translates (once) and prepares (once) `statement`, binds its literals and
@@ -69,8 +75,7 @@ class StatementCache {
 
  private:
   std::unique_ptr<Entry> Build(const std::string& statement);
-  std::unique_ptr<Entry> BuildForm(const std::string& form, const std::vector<std::string>& sentinels,
-                                   const std::string& statement);
+  std::unique_ptr<Entry> BuildForm(const StatementForm& f, const std::string& statement);
 
   Engine& engine_;
   const sql::Schema& schema_;
@@ -80,15 +85,33 @@ class StatementCache {
   std::unordered_map<std::string, std::unique_ptr<Entry>> by_text_;
 };
 
-// Splits a statement into its form and the whole-number literals that follow
-// "=" (outside quotes, brackets and comments). In the form each literal is
-// replaced by the sentinel of its position. Exposed for tests.
+// Splits a statement into its form and the literals lifted out of it (outside
+// quotes, brackets and comments): the whole-number literals that follow "=",
+// and the quoted whole numbers and dates that follow a comparison (dates
+// only with `dates`). In the form each literal is replaced by the sentinel
+// of its position. Exposed for tests.
 struct StatementForm {
   std::string form;
   std::vector<int64_t> values;
   std::vector<std::string> sentinels;
-  std::vector<size_t> offsets;  // where each literal starts in the statement
+  std::vector<size_t> offsets;  // where each number starts in the statement
+  // The quoted literals: a whole number as its text, a date as the server
+  // reads it (a DateTime); and the sentinel that stands for each in the
+  // form, between its quotes.
+  std::vector<Variant> quoted;
+  std::vector<std::string> quoted_sentinels;
+
+  bool Parameterised() const { return !values.empty() || !quoted.empty(); }
 };
-StatementForm ParameteriseLiterals(const std::string& statement);
+StatementForm ParameteriseLiterals(const std::string& statement, bool dates = true);
+
+// Whether an engine takes quoted dates as parameters. SQLite plans a
+// statement without looking at its values. A PostgreSQL session keeps one
+// generic plan per prepared statement (see postgres_engine.cpp), which
+// suits a key compared by "=", but a date range is planned by its span (a
+// day reads differently from ten years), and a query without ORDER BY would
+// then give its rows in another order than the plan of its own dates: there
+// dates stay in the text.
+inline bool LiftsDates(sql::Dialect dialect) { return dialect == sql::Dialect::SQLite; }
 
 }  // namespace orv::db

@@ -133,6 +133,11 @@ const char* Interval(const std::string& part) {
   return nullptr;
 }
 
+// GETDATE() is a constant of the statement on the server, read once however
+// many rows it meets. It is registered as deterministic so that SQLite too
+// reads the clock once per statement: "SignupDate >= DATEADD(d, -120,
+// GETDATE())" inside a subquery run per patient then compares with one
+// date instead of formatting the clock and reading it back for each row.
 void FnGetDate(sqlite3_context* ctx, int, sqlite3_value**) { ResultText(ctx, Clock::Now().ToIso()); }
 
 void FnDate(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
@@ -585,7 +590,7 @@ struct Function {
 };
 
 const Function kFunctions[] = {
-    {"orv_getdate", 0, FnGetDate, false},  {"orv_date", 1, FnDate, true},
+    {"orv_getdate", 0, FnGetDate, true},  {"orv_date", 1, FnDate, true},
     {"orv_date_only", 1, FnDateOnly, true}, {"orv_adddays", 2, FnAddDays, true},
     {"orv_dateadd", 3, FnDateAdd, true},    {"orv_datediff", 3, FnDateDiff, true},
     {"orv_datepart", 2, FnDatePart, true},  {"orv_datename", 2, FnDateName, true},

@@ -28,12 +28,12 @@ void ExpectLengths(const std::string& url) {
       "SELECT ID, DATALENGTH(Logo) AS Bytes, DATALENGTH(Caption) AS Chars, LEN(Caption) AS Letters "
       "FROM Pictures "
       "ORDER BY ID");
-  ASSERT_EQ(rows->rows.size(), 2u);
-  EXPECT_EQ(CStr(rows->rows[0][1]), "16");
-  EXPECT_EQ(CStr(rows->rows[0][2]), "7");
-  EXPECT_EQ(CStr(rows->rows[0][3]), "5");
-  EXPECT_TRUE(rows->rows[1][1].IsNull());
-  EXPECT_EQ(CStr(rows->rows[1][2]), "0");
+  ASSERT_EQ(rows->RowCount(), 2u);
+  EXPECT_EQ(CStr(rows->Get(0, 1)), "16");
+  EXPECT_EQ(CStr(rows->Get(0, 2)), "7");
+  EXPECT_EQ(CStr(rows->Get(0, 3)), "5");
+  EXPECT_TRUE(rows->Get(1, 1).IsNull());
+  EXPECT_EQ(CStr(rows->Get(1, 2)), "0");
 }
 
 TEST(DataLength, BytesOfAPictureAndCharactersOfTextOnSqlite) {

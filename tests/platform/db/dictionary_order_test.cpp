@@ -52,7 +52,7 @@ std::string NamesTable() {
 
 std::vector<std::string> Column(const std::shared_ptr<RowSet>& rows, size_t column) {
   std::vector<std::string> out;
-  for (const auto& row : rows->rows) out.push_back(CStr(row.at(column)));
+  for (size_t r = 0; r < rows->RowCount(); ++r) out.push_back(CStr(rows->Get(r, static_cast<int>(column))));
   return out;
 }
 
@@ -70,12 +70,12 @@ Orders Read(const std::string& url) {
   o.order_by = Column(conn.Query("SELECT Name FROM Names ORDER BY Name, ID"), 0);
   o.order_by_desc = Column(conn.Query("SELECT Name FROM Names ORDER BY Name DESC, ID DESC"), 0);
   auto extremes = conn.Query("SELECT MIN(Name), MAX(Name) FROM Names");
-  o.min = CStr(extremes->rows.at(0).at(0));
-  o.max = CStr(extremes->rows.at(0).at(1));
+  o.min = CStr(extremes->Get(0, 0));
+  o.max = CStr(extremes->Get(0, 1));
   o.between = Column(
       conn.Query("SELECT Name FROM Names WHERE Name BETWEEN 'Elise' AND 'Étienne' ORDER BY ID"), 0);
   o.below_emile =
-      CLng(conn.Query("SELECT COUNT(*) FROM Names WHERE Name < 'Émile'")->rows.at(0).at(0));
+      CLng(conn.Query("SELECT COUNT(*) FROM Names WHERE Name < 'Émile'")->Get(0, 0));
 
   Recordset rs;
   rs.Open("SELECT ID, Name FROM Names", conn, adOpenStatic, adLockReadOnly, adCmdText);

@@ -168,7 +168,7 @@ TEST(CopyOntoItself, RefusedUnderAnotherSpellingOfTheFile) {
   }
   std::filesystem::remove(link);
   Connection conn(db.url());
-  EXPECT_EQ(conn.Query("SELECT ID FROM InvoiceDetails")->rows.size(), 3u);
+  EXPECT_EQ(conn.Query("SELECT ID FROM InvoiceDetails")->RowCount(), 3u);
 }
 
 TEST(CopyOntoItself, RefusedUnderAnotherSpellingOfTheServerUrl) {
@@ -178,7 +178,7 @@ TEST(CopyOntoItself, RefusedUnderAnotherSpellingOfTheServerUrl) {
   EXPECT_TRUE(orv::testing::ThrowsSaying<DatabaseError>([&] { CopyDatabase(server.url(), other, Replacing()); },
                                                    {"the same database"}));
   Connection conn(server.url());
-  EXPECT_EQ(conn.Query("SELECT ID FROM InvoiceDetails")->rows.size(), 3u);
+  EXPECT_EQ(conn.Query("SELECT ID FROM InvoiceDetails")->RowCount(), 3u);
   // Another database on the same server is no copy onto itself.
   FreshPgDatabase second;
   EXPECT_NO_THROW(CopyDatabase(server.url(), second.url()));

@@ -48,9 +48,9 @@ std::string WithKey(std::string tsql, int key) { return tsql.replace(tsql.find("
 std::string Dump(const RowSet& rows) {
   std::string out;
   for (const FieldInfo& f : rows.fields) out += f.name + ":" + std::to_string(static_cast<int>(f.kind)) + " ";
-  for (const auto& row : rows.rows) {
+  for (size_t r = 0; r < rows.RowCount(); ++r) {
     out += "\n ";
-    for (const Variant& v : row)
+    for (const Variant& v : rows.GetRow(r))
       out += std::to_string(static_cast<int>(v.type())) + "=" + (v.IsNull() ? "Null" : CStr(v)) + " ";
   }
   return out + "\n";
@@ -97,18 +97,18 @@ TEST(LookupBatchLive, EveryKeyReadsAsItsOwnStatementAndOnlyInsideTheSnapshot) {
     for (int key = 1; key <= 30; ++key) conn.Query(WithKey(lookups[0], key));
     ASSERT_GT(conn.BatchedLookupCount(), 0);
     auto rows = conn.Query(WithKey(lookups[0], 7));
-    ASSERT_EQ(rows->rows.size(), 1u);
-    EXPECT_EQ(CStr(rows->rows[0][0]), "7.01");
+    ASSERT_EQ(rows->RowCount(), 1u);
+    EXPECT_EQ(CStr(rows->Get(0, 0)), "7.01");
     // Another session pays on invoice 7 while the snapshot is held: the
     // report does not see it, batched or not.
     ServerExec("INSERT INTO \"InvoicePaymentDetails\" VALUES (900, 7, 100, '2026-10-30')", server.url());
-    EXPECT_EQ(CStr(conn.Query(WithKey(lookups[0], 7))->rows[0][0]), "7.01");
+    EXPECT_EQ(CStr(conn.Query(WithKey(lookups[0], 7))->Get(0, 0)), "7.01");
   }
   // The next report sees it; outside a snapshot nothing is batched.
   EXPECT_EQ(conn.BatchedLookupCount(), 0);
   for (int key = 1; key <= 30; ++key) conn.Query(WithKey(lookups[0], key));
   EXPECT_EQ(conn.BatchedLookupCount(), 0);
-  EXPECT_EQ(CStr(conn.Query(WithKey(lookups[0], 7))->rows[0][0]), "107.01");
+  EXPECT_EQ(CStr(conn.Query(WithKey(lookups[0], 7))->Get(0, 0)), "107.01");
 }
 
 }  // namespace

@@ -1,7 +1,12 @@
-// ReturnValue and ReturnList.
+// ReturnValue, the two ReturnList, ResetRecordset and ReturnName.
 #include "platform/db/lookup.h"
 
 #include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "common/errors.h"
 
 #include "temp_db.h"
 
@@ -48,6 +53,76 @@ TEST(Lookup, ReturnList) {
   Recordset empty;
   empty.Open("SELECT ID, LastName FROM Patient WHERE ID < 0", conn, adOpenStatic, adLockReadOnly);
   EXPECT_EQ(ReturnList(empty, "ID", "LastName"), "");
+}
+
+// The host's list of columns, plain and keyed by its place, from wherever
+// the recordset was left.
+TEST(Lookup, ReturnListOfColumns) {
+  testing::TempDb db(testing::kPracticeSql);
+  Connection conn(db.url());
+  Recordset rs;
+  rs.Open("SELECT ID, FirstName, [Policy#] FROM Patient WHERE ID <= 3 ORDER BY ID", conn,
+          adOpenStatic, adLockReadOnly);
+  struct Case {
+    const char* name;
+    std::vector<std::string> columns;
+    const char* mark;
+    const char* list;
+  } cases[] = {
+      {"columns joined, rows ended", {"ID", "FirstName"}, "", "1|Claire;2|Luc;3|Priya;"},
+      {"Null as empty, a # in the data kept", {"Policy#"}, "", "POL-1;;P#3;"},
+      {"keyed by the row's count", {"FirstName"}, "|#", "|#1;Claire;|#2;Luc;|#3;Priya;"},
+      {"another mark stands as it is", {"ID"}, "*", "*1;*2;*3;"},
+      {"no columns: empty rows", {}, "", ";;;"},
+  };
+  for (const auto& c : cases) {
+    rs.MoveLast();  // the walk starts from the first row wherever it was left
+    EXPECT_EQ(ReturnList(rs, c.columns, c.mark), c.list) << c.name;
+    EXPECT_TRUE(rs.Eof()) << c.name;
+  }
+  EXPECT_THROW(ReturnList(rs, {"NoSuchColumn"}, ""), ReportError);
+  // The first list builder keeps its own form under the same name.
+  EXPECT_EQ(ReturnList(rs, "ID", "FirstName"), "|#1;Claire||#2;Luc||#3;Priya|");
+
+  Recordset empty;
+  empty.Open("SELECT ID FROM Patient WHERE ID < 0", conn, adOpenStatic, adLockReadOnly);
+  EXPECT_EQ(ReturnList(empty, {"ID"}, "|#"), "") << "no rows, not even a mark";
+}
+
+TEST(Lookup, ResetRecordsetAndReturnName) {
+  testing::TempDb db(testing::kPracticeSql);
+  Connection conn(db.url());
+  Recordset rs;
+  rs.Open("SELECT ID, FirstName AS Name FROM Patient ORDER BY ID", conn, adOpenStatic,
+          adLockReadOnly);
+  rs.MoveLast();
+  rs.MoveNext();
+  ASSERT_TRUE(rs.Eof());
+  ResetRecordset(rs);
+  EXPECT_EQ(rs.AbsolutePosition(), 1);
+
+  struct Case {
+    const char* name;
+    Variant id;
+    const char* found;
+  } cases[] = {
+      {"a number", Variant(3), "Priya"},
+      {"a row before the one current", Variant(1), "Claire"},
+      {"a number in text", Variant("2"), "Luc"},
+      {"no such row", Variant(99), ""},
+      {"Null", Variant::Null(), ""},
+      {"Empty", Variant(), ""},
+      {"blank", Variant(" "), ""},
+  };
+  rs.MoveLast();  // every search starts from the first row, not from here
+  for (const auto& c : cases) EXPECT_EQ(ReturnName(rs, c.id), c.found) << c.name;
+
+  Recordset empty;
+  empty.Open("SELECT ID, FirstName AS Name FROM Patient WHERE ID < 0", conn, adOpenStatic,
+             adLockReadOnly);
+  ResetRecordset(empty);
+  EXPECT_TRUE(empty.Eof() && empty.Bof()) << "an empty recordset is left as it is";
+  EXPECT_EQ(ReturnName(empty, Variant(1)), "");
 }
 
 }  // namespace

@@ -113,7 +113,7 @@ TEST(PostgresEngine, SnapshotHoldsWhileOthersWriteAndWritesGoThrough) {
   Connection conn(server.url());
   auto count = [&] {
     auto rows = conn.Query("SELECT COUNT(*) AS n FROM Invoices");
-    return CLng(rows->rows.at(0).at(0));
+    return CLng(rows->Get(0, 0));
   };
   {
     Snapshot snapshot(conn);
@@ -134,7 +134,48 @@ TEST(PostgresEngine, SnapshotHoldsWhileOthersWriteAndWritesGoThrough) {
   }
   EXPECT_EQ(count(), 5);  // the snapshot is over
   auto rows = conn.Query("SELECT Notes FROM Invoices WHERE ID = 2");
-  EXPECT_NE(CStr(rows->rows.at(0).at(0)), "half");
+  EXPECT_NE(CStr(rows->Get(0, 0)), "half");
+}
+
+// Rows come off the session one at a time. A statement run while another's
+// rows are still coming (a lookup per row of a listing) must leave the
+// listing whole; one dropped half-way, or failing half-way, must leave the
+// session free for the next.
+TEST(PostgresEngine, StatementsInterleaveOnOneSession) {
+  ORV_REQUIRE_POSTGRES();
+  TempDb source(kCopyPractice);
+  FreshPgDatabase server;
+  CopyDatabase(source.url(), server.url());
+  auto engine = OpenEngine(server.url());
+  auto count = [&](const std::string& sql) { return std::get<int64_t>(ReadOne(*engine, sql).storage()); };
+
+  auto listing = engine->Prepare("SELECT \"ID\" FROM \"Invoices\" ORDER BY \"ID\"", "listing");
+  auto lookup = engine->Prepare("SELECT COUNT(*) FROM \"Invoices\" WHERE \"ID\" <= $1", "lookup");
+  std::vector<int64_t> ids, below;
+  while (listing->Step()) {
+    ids.push_back(std::get<int64_t>(listing->Column(0).storage()));
+    lookup->Reset();
+    lookup->Bind(1, listing->Column(0));
+    ASSERT_TRUE(lookup->Step());
+    below.push_back(std::get<int64_t>(lookup->Column(0).storage()));
+  }
+  EXPECT_EQ(ids, (std::vector<int64_t>{1, 2, 5, 6}));
+  EXPECT_EQ(below, (std::vector<int64_t>{1, 2, 3, 4}));
+
+  auto dropped = engine->Prepare("SELECT \"ID\" FROM \"Invoices\"", "dropped");
+  ASSERT_TRUE(dropped->Step());
+  dropped->Reset();
+  EXPECT_EQ(count("SELECT COUNT(*) FROM \"Invoices\""), 4);
+
+  // Division by zero at the row of ID 5, after others may have come.
+  auto failing = engine->Prepare("SELECT 10 / (\"ID\" - 5) FROM \"Invoices\"", "failing");
+  EXPECT_THROW(
+      {
+        while (failing->Step()) {
+        }
+      },
+      DatabaseError);
+  EXPECT_EQ(count("SELECT COUNT(*) FROM \"Invoices\" WHERE \"ID\" > 1"), 3);
 }
 
 // An UPDATE moves the row it changes to the end of the server's heap, where
@@ -155,15 +196,15 @@ TEST(PostgresEngine, UnorderedQueriesKeepKeyOrderAfterAnUpdate) {
   Connection conn(server.url());
   auto invoices = conn.Query("SELECT ID, Notes FROM Invoices WHERE ID <> 5");
   std::vector<long> ids;
-  for (const auto& row : invoices->rows) ids.push_back(CLng(row.at(0)));
+  for (size_t r = 0; r < invoices->RowCount(); ++r) ids.push_back(CLng(invoices->Get(r, 0)));
   EXPECT_EQ(ids, (std::vector<long>{1, 2, 6}));
   auto grouped = conn.Query("SELECT PatientID, COUNT(*) AS n FROM Invoices GROUP BY PatientID");
-  const auto& groups = grouped->rows;
-  ASSERT_EQ(groups.size(), 3u);
-  EXPECT_TRUE(groups[0].at(0).IsNull());
-  EXPECT_EQ(CLng(groups[1].at(0)), 7);
-  EXPECT_EQ(CLng(groups[1].at(1)), 2);
-  EXPECT_EQ(CLng(groups[2].at(0)), 8);
+  const auto& groups = *grouped;
+  ASSERT_EQ(groups.RowCount(), 3u);
+  EXPECT_TRUE(groups.Get(0, 0).IsNull());
+  EXPECT_EQ(CLng(groups.Get(1, 0)), 7);
+  EXPECT_EQ(CLng(groups.Get(1, 1)), 2);
+  EXPECT_EQ(CLng(groups.Get(2, 0)), 8);
 }
 
 // The server keeps 63 bytes of a name: two index names alike in their

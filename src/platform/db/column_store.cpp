@@ -1,0 +1,226 @@
+#include "platform/db/column_store.h"
+
+#include <bit>
+
+#include "common/collation.h"
+#include "platform/db/value_compare.h"
+
+namespace orv::db {
+
+namespace {
+
+using Kind = ColumnStore::Kind;
+
+bool HoldsBytes(Kind k) { return k == Kind::String || k == Kind::Binary; }
+
+// The length prefix of an arena entry: its value and the bytes it takes.
+size_t ReadLength(const std::string& arena, uint64_t at, size_t* prefix) {
+  size_t n = 0;
+  int shift = 0;
+  size_t i = at;
+  for (;;) {
+    auto byte = static_cast<unsigned char>(arena[i++]);
+    n |= static_cast<size_t>(byte & 0x7f) << shift;
+    if (!(byte & 0x80)) break;
+    shift += 7;
+  }
+  *prefix = i - at;
+  return n;
+}
+
+template <typename T>
+int Sign(T a, T b) {
+  return a < b ? -1 : (b < a ? 1 : 0);
+}
+
+}  // namespace
+
+void ColumnStore::AddColumn() {
+  Column c;
+  c.kinds.assign(rows_, Kind::Empty);
+  c.bits.assign(rows_, 0);
+  columns_.push_back(std::move(c));
+}
+
+size_t ColumnStore::AppendRow() {
+  for (Column& c : columns_) {
+    c.kinds.push_back(Kind::Null);
+    c.bits.push_back(0);
+  }
+  return rows_++;
+}
+
+size_t ColumnStore::AppendRowFrom(const ColumnStore& from, size_t row, size_t first_column) {
+  size_t r = AppendRow();
+  for (size_t c = 0; c < columns_.size() && first_column + c < from.columns_.size(); ++c) {
+    Kind k = from.KindAt(row, first_column + c);
+    uint64_t bits = from.columns_[first_column + c].bits[row];
+    if (HoldsBytes(k)) {
+      // Copied first: adding to this arena may move the bytes when `from`
+      // is this store.
+      std::string bytes(from.BytesAt(row, first_column + c));
+      bits = AddBytes(bytes);
+    }
+    columns_[c].kinds[r] = k;
+    columns_[c].bits[r] = bits;
+  }
+  return r;
+}
+
+void ColumnStore::PopRow() {
+  if (rows_ == 0) return;
+  --rows_;
+  for (Column& c : columns_) {
+    if (HoldsBytes(c.kinds.back()) && c.bits.back() != 0) {
+      size_t prefix = 0;
+      garbage_ += ReadLength(arena_, c.bits.back(), &prefix) + prefix;
+    }
+    c.kinds.pop_back();
+    c.bits.pop_back();
+  }
+}
+
+void ColumnStore::Reserve(size_t rows) {
+  for (Column& c : columns_) {
+    c.kinds.reserve(rows);
+    c.bits.reserve(rows);
+  }
+}
+
+uint64_t ColumnStore::AddBytes(std::string_view bytes) {
+  if (bytes.empty()) return 0;
+  uint64_t at = arena_.size();
+  size_t n = bytes.size();
+  while (n >= 0x80) {
+    arena_.push_back(static_cast<char>((n & 0x7f) | 0x80));
+    n >>= 7;
+  }
+  arena_.push_back(static_cast<char>(n));
+  arena_.append(bytes);
+  return at;
+}
+
+std::string_view ColumnStore::BytesAt(size_t row, size_t column) const {
+  const Column& c = columns_[column];
+  if (!HoldsBytes(c.kinds[row])) return {};
+  size_t prefix = 0;
+  size_t n = ReadLength(arena_, c.bits[row], &prefix);
+  return std::string_view(arena_).substr(c.bits[row] + prefix, n);
+}
+
+void ColumnStore::Assign(Column& c, size_t row, Kind kind, uint64_t bits) {
+  if (HoldsBytes(c.kinds[row]) && c.bits[row] != 0) {
+    size_t prefix = 0;
+    garbage_ += ReadLength(arena_, c.bits[row], &prefix) + prefix;
+  }
+  c.kinds[row] = kind;
+  c.bits[row] = bits;
+  // A fabricated recordset whose text fields are rewritten row after row
+  // would otherwise grow its arena without bound.
+  if (garbage_ > (size_t{1} << 20) && garbage_ * 2 > arena_.size()) CompactArena();
+}
+
+void ColumnStore::CompactArena() {
+  std::string old = std::move(arena_);
+  arena_.assign(1, '\0');
+  for (Column& c : columns_) {
+    for (size_t r = 0; r < rows_; ++r) {
+      if (!HoldsBytes(c.kinds[r]) || c.bits[r] == 0) continue;
+      size_t prefix = 0;
+      size_t n = ReadLength(old, c.bits[r], &prefix);
+      c.bits[r] = AddBytes(std::string_view(old).substr(c.bits[r] + prefix, n));
+    }
+  }
+  garbage_ = 0;
+}
+
+void ColumnStore::Set(size_t row, size_t column, const Variant& value) {
+  Column& c = columns_[column];
+  const auto& s = value.storage();
+  switch (s.index()) {
+    case 0: return Assign(c, row, Kind::Empty, 0);
+    case 1: return Assign(c, row, Kind::Null, 0);
+    case 2: return Assign(c, row, Kind::Long, static_cast<uint64_t>(static_cast<int64_t>(std::get<int32_t>(s))));
+    case 3: return Assign(c, row, Kind::LongLong, static_cast<uint64_t>(std::get<int64_t>(s)));
+    case 4: return Assign(c, row, Kind::Double, std::bit_cast<uint64_t>(std::get<double>(s)));
+    case 5: return Assign(c, row, Kind::Currency, static_cast<uint64_t>(std::get<Currency>(s).raw()));
+    case 6: return Assign(c, row, Kind::Date, std::bit_cast<uint64_t>(std::get<DateTime>(s).serial()));
+    case 7: {
+      uint64_t at = AddBytes(std::get<std::string>(s));
+      return Assign(c, row, Kind::String, at);
+    }
+    case 8: return Assign(c, row, Kind::Boolean, std::get<bool>(s) ? 1 : 0);
+    default: {
+      const Bytes& b = std::get<Bytes>(s);
+      uint64_t at = AddBytes(std::string_view(reinterpret_cast<const char*>(b.data()), b.size()));
+      return Assign(c, row, Kind::Binary, at);
+    }
+  }
+}
+
+Variant ColumnStore::Get(size_t row, size_t column) const {
+  const Column& c = columns_[column];
+  uint64_t bits = c.bits[row];
+  switch (c.kinds[row]) {
+    case Kind::Empty: return Variant();
+    case Kind::Null: return Variant::Null();
+    case Kind::Long: return Variant(static_cast<int>(static_cast<int64_t>(bits)));
+    case Kind::LongLong: return Variant::Int64(static_cast<int64_t>(bits));
+    case Kind::Double: return Variant(std::bit_cast<double>(bits));
+    case Kind::Currency: return Variant(Currency::FromRaw(static_cast<int64_t>(bits)));
+    case Kind::Date: return Variant(DateTime(std::bit_cast<double>(bits)));
+    case Kind::String: return Variant(BytesAt(row, column));
+    case Kind::Boolean: return Variant(bits != 0);
+    case Kind::Binary: {
+      std::string_view b = BytesAt(row, column);
+      return Variant(Bytes(b.begin(), b.end()));
+    }
+  }
+  return Variant();
+}
+
+VarType ColumnStore::TypeAt(size_t row, size_t column) const {
+  static constexpr VarType kTypes[] = {VarType::Empty,    VarType::Null, VarType::Long,   VarType::LongLong,
+                                       VarType::Double,   VarType::Currency, VarType::Date, VarType::String,
+                                       VarType::Boolean,  VarType::Binary};
+  return kTypes[static_cast<int>(KindAt(row, column))];
+}
+
+double ColumnStore::NumberAt(size_t row, size_t column) const {
+  uint64_t bits = columns_[column].bits[row];
+  switch (KindAt(row, column)) {
+    case Kind::Long:
+    case Kind::LongLong: return static_cast<double>(static_cast<int64_t>(bits));
+    case Kind::Double: return std::bit_cast<double>(bits);
+    case Kind::Currency: return Currency::FromRaw(static_cast<int64_t>(bits)).ToDouble();
+    case Kind::Boolean: return bits ? -1 : 0;
+    default: return CDbl(Get(row, column));
+  }
+}
+
+int ColumnStore::Compare(size_t a, size_t b, size_t column) const {
+  const Column& c = columns_[column];
+  Kind ka = c.kinds[a], kb = c.kinds[b];
+  bool none_a = ka == Kind::Empty || ka == Kind::Null, none_b = kb == Kind::Empty || kb == Kind::Null;
+  // Null and Empty first, as CompareValues orders them.
+  if (none_a || none_b) return Sign(none_a ? 0 : 1, none_b ? 0 : 1);
+  if (ka == kb) {
+    uint64_t x = c.bits[a], y = c.bits[b];
+    switch (ka) {
+      case Kind::Long:
+      case Kind::LongLong:
+      case Kind::Currency: return Sign(static_cast<int64_t>(x), static_cast<int64_t>(y));
+      case Kind::Double:
+      case Kind::Date: return Sign(std::bit_cast<double>(x), std::bit_cast<double>(y));
+      case Kind::String: return collation::Compare(BytesAt(a, column), BytesAt(b, column));
+      default: break;
+    }
+  }
+  return CompareValues(Get(a, column), Get(b, column));
+}
+
+size_t ColumnStore::MemoryBytes() const {
+  return columns_.size() * rows_ * (sizeof(Kind) + sizeof(uint64_t)) + arena_.size();
+}
+
+}  // namespace orv::db

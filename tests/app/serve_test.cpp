@@ -1,0 +1,626 @@
+// The browser host's HTTP interface, served in the test's own process and
+// asked as the page asks it: the catalogue, runs to their end, documents
+// whose text equals the command line's, bad input refused field by field,
+// the token, and two runs at once on SQLite and on PostgreSQL.
+#include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <nlohmann/json.hpp>
+#include <set>
+#include <thread>
+
+#include "app/host_support.h"
+#include "command.h"
+#include "serve/server.h"
+#include "support/postgres.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using json = nlohmann::json;
+using orv::app::serve::ReportServer;
+using orv::app::serve::ServeOptions;
+using orv::testing::HostProgram;
+using orv::testing::HostShell;
+using orv::testing::ShellQuote;
+
+// A server on a free loopback port in a thread of its own, stopped and
+// joined by the destructor.
+class LiveServer {
+ public:
+  explicit LiveServer(ServeOptions options) : server_(std::move(options)) {
+    port_ = server_.Bind();
+    thread_ = std::thread([this] { server_.Listen(); });
+  }
+  ~LiveServer() {
+    server_.Stop();
+    thread_.join();
+  }
+  httplib::Client Client() const {
+    httplib::Client c("127.0.0.1", port_);
+    c.set_read_timeout(600, 0);
+    return c;
+  }
+  ReportServer& server() { return server_; }
+
+ private:
+  ReportServer server_;
+  int port_ = 0;
+  std::thread thread_;
+};
+
+ServeOptions Options(const std::string& db, int workers = 2) {
+  ServeOptions o;
+  o.run.db = db;
+  o.run.office = 1;
+  o.run.user = "desk";
+  o.run.workers = workers;
+  o.port = 0;
+  return o;
+}
+
+json Json(const httplib::Result& r) {
+  EXPECT_TRUE(r) << "no answer";
+  return r ? json::parse(r->body) : json();
+}
+
+json StartRun(httplib::Client& c, const json& body) {
+  auto r = c.Post("/api/runs", body.dump(), "application/json");
+  EXPECT_TRUE(r);
+  EXPECT_EQ(r->status, 202) << r->body;
+  return json::parse(r->body);
+}
+
+// Polls the run until it has ended (bounded: two minutes at most), calling
+// `each` with every status seen.
+json WaitEnded(httplib::Client& c, int id, const std::function<void(const json&)>& each = {}) {
+  json s;
+  for (int i = 0; i < 1200; ++i) {
+    s = Json(c.Get("/api/runs/" + std::to_string(id)));
+    if (each) each(s);
+    if (s["state"] == "done" || s["state"] == "failed") return s;
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+  ADD_FAILURE() << "run " << id << " did not end: " << s.dump();
+  return s;
+}
+
+std::string PdfTextOfBytes(const std::string& bytes, const std::string& dir,
+                           const std::string& name) {
+  std::string file = dir + "/" + name + ".pdf";
+  std::ofstream(file, std::ios::binary) << bytes;
+  return orv::testing::RunShell("pdftotext -layout " + file + " -").out;
+}
+
+// The same report from the command line, as its PDF's text.
+std::string CommandLineText(const std::string& db, const std::string& dir, const std::string& name,
+                            const std::string& args) {
+  std::string file = dir + "/" + name + "-cli.pdf";
+  auto r = HostShell(HostProgram() + " --db " + ShellQuote(db) +
+                     " --today 2026-11-20 --office 1 --user desk --out " + file + " " + args);
+  EXPECT_EQ(r.status, 0) << r.out;
+  return orv::testing::RunShell("pdftotext -layout " + file + " -").out;
+}
+
+class Serve : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    dir = orv::testing::MakeDemoFolder("serve", 200, 2);
+    orv::app::ApplyToday("2026-11-20");
+  }
+  static void TearDownTestSuite() { fs::remove_all(dir); }
+  static std::string Db() { return dir + "/demo.db"; }
+  static inline std::string dir;
+};
+
+TEST_F(Serve, CatalogueGivesEachParameterItsField) {
+  LiveServer live(Options(Db()));
+  auto c = live.Client();
+  json m = Json(c.Get("/api/methods"));
+  EXPECT_EQ(m["allow_filters"], false);
+  EXPECT_EQ(m["today"], "2026-11-20");
+  auto find = [&](const std::string& name) {
+    for (const auto& x : m["methods"])
+      if (x["name"] == name) return x;
+    ADD_FAILURE() << "no method " << name;
+    return json();
+  };
+  struct Case {
+    const char* method;
+    const char* param;
+    const char* kind;
+    const char* column;
+  } cases[] = {
+      {"rptStatements", "dtStart", "date", ""},
+      {"rptStatements", "PatientIDs", "patients", ""},
+      {"rptStatements", "Family", "boolean", ""},
+      {"rptAccountsReceivable", "txtProvFilter", "providers", "ID"},
+      {"rptAccountsReceivable", "txtInvFilter", "filter", ""},
+      {"rptAccountsReceivable", "UserName", "user", ""},
+      {"srptAppointments", "ProviderFilter", "providers", "ProviderID"},
+      {"rptDaySheet", "Providers", "provider-list", ""},
+      {"rptFamilyAppointmentsSummary", "ID", "patient", ""},
+      {"rptFolderLabelsSingleSheet", "Position", "enum", ""},
+      {"rptFeeGuide", "ID", "integer", ""},
+  };
+  for (const auto& k : cases) {
+    SCOPED_TRACE(std::string(k.method) + "." + k.param);
+    json method = find(k.method);
+    ASSERT_TRUE(method.is_object());
+    EXPECT_EQ(method["built"], true);
+    bool seen = false;
+    for (const auto& p : method["params"]) {
+      if (p["name"] != k.param) continue;
+      seen = true;
+      EXPECT_EQ(p["kind"], k.kind);
+      EXPECT_EQ(p["column"], k.column);
+    }
+    EXPECT_TRUE(seen);
+  }
+  // Enumerations carry their members for the select.
+  json position = find("rptFolderLabelsSingleSheet")["params"][1];
+  ASSERT_EQ(position["values"].size(), 4u);
+  EXPECT_EQ(position["values"][0]["name"], "rptTop");
+  // Every family the catalogue names, in its order, once.
+  std::set<std::string> families(m["families"].begin(), m["families"].end());
+  EXPECT_EQ(families.size(), m["families"].size());
+  EXPECT_TRUE(families.count("Receivables"));
+  EXPECT_TRUE(families.count("Statements"));
+}
+
+TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
+  LiveServer live(Options(Db()));
+  auto c = live.Client();
+  // Each by the API's two forms: arguments in order, or by name.
+  struct Case {
+    const char* name;
+    json body;
+    const char* cli;
+  } cases[] = {
+      {"aged",
+       {{"method", "rptAccountsReceivable"}, {"args", {"", "", "", "desk"}}},
+       "rptAccountsReceivable '' '' '' desk"},
+      {"statement",
+       {{"method", "rptStatements"},
+        {"args",
+         {{"dtStart", "2026-01-01"},
+          {"dtEnd", "2026-11-20"},
+          {"PatientIDs", "12"},
+          {"Family", true}}}},
+       "rptStatements 2026-01-01 2026-11-20 12 True"},
+      {"providers",
+       {{"method", "rptAccountsReceivable"},
+        {"args", {{"Comments", ""}, {"txtProvFilter", "ID = 3 OR ID = 4"}, {"txtInvFilter", ""}}}},
+       "rptAccountsReceivable '' 'ID = 3 OR ID = 4' '' desk"},
+      {"section",
+       {{"method", "srptAppointments"}, {"args", {"2026-11-01", "2026-11-30", ""}}},
+       "srptAppointments 2026-11-01 2026-11-30 ''"},
+  };
+  int id_of_first_run = 0;
+  for (const auto& k : cases) {
+    SCOPED_TRACE(k.name);
+    json started = StartRun(c, k.body);
+    int id = started["id"];
+    if (id_of_first_run == 0) id_of_first_run = id;
+    int last_progress = 0;
+    bool rose = true;
+    json s = WaitEnded(c, id, [&](const json& st) {
+      rose = rose && st["progress"].get<int>() >= last_progress;
+      last_progress = st["progress"];
+    });
+    ASSERT_EQ(s["state"], "done") << s.dump();
+    EXPECT_TRUE(rose) << "progress went back";
+    EXPECT_EQ(s["progress"], 100);
+    ASSERT_GE(s["pages"].get<int>(), 1);
+
+    auto pdf = c.Get("/api/runs/" + std::to_string(id) + "/document.pdf");
+    ASSERT_TRUE(pdf);
+    ASSERT_EQ(pdf->status, 200);
+    EXPECT_EQ(pdf->get_header_value("Content-Type"), "application/pdf");
+    std::string text = PdfTextOfBytes(pdf->body, dir, k.name);
+    EXPECT_FALSE(text.empty());
+    EXPECT_EQ(text, CommandLineText(Db(), dir, k.name, k.cli));
+
+    // A page image: a PNG, the same bytes the second time (kept, not drawn
+    // again), and no page past the last.
+    std::string page = "/api/runs/" + std::to_string(id) + "/pages/";
+    auto png = c.Get(page + "1.png");
+    ASSERT_TRUE(png);
+    ASSERT_EQ(png->status, 200);
+    EXPECT_EQ(png->body.substr(1, 3), "PNG");
+    EXPECT_EQ(c.Get(page + "1.png")->body, png->body);
+    EXPECT_LT(c.Get(page + "1.png?dpi=20")->body.size(), png->body.size());
+    EXPECT_EQ(c.Get(page + std::to_string(s["pages"].get<int>() + 1) + ".png")->status, 404);
+    EXPECT_EQ(c.Get(page + "99999999999999999999.png")->status, 404);
+    // The CSV is the command line's --out FILE.csv.
+    std::string csv_file = dir + "/" + k.name + "-cli.csv";
+    auto cli_csv =
+        HostShell(HostProgram() + " --db " + Db() +
+                  " --today 2026-11-20 --office 1 --user desk --out " + csv_file + " " + k.cli);
+    ASSERT_EQ(cli_csv.status, 0) << cli_csv.out;
+    auto csv = c.Get("/api/runs/" + std::to_string(id) + "/document.csv");
+    ASSERT_EQ(csv->status, 200);
+    EXPECT_EQ(csv->body, orv::testing::ReadFile(csv_file));
+    auto txt = c.Get("/api/runs/" + std::to_string(id) + "/document.txt");
+    EXPECT_NE(txt->body.find(k.name == std::string("statement") ? "Statement" : "Printed On"),
+              std::string::npos);
+  }
+  // A run of statements as one PDF per statement, zipped: the files the
+  // command line's --split writes, by the same names, each intact.
+  json family = StartRun(
+      c, {{"method", "rptStatements"}, {"args", {"2026-01-01", "2026-11-20", "12,20,31", "True"}}});
+  ASSERT_EQ(WaitEnded(c, family["id"])["state"], "done");
+  auto zip = c.Get("/api/runs/" + std::to_string(family["id"].get<int>()) + "/statements.zip");
+  ASSERT_EQ(zip->status, 200) << zip->body;
+  std::ofstream(dir + "/statements.zip", std::ios::binary) << zip->body;
+  std::string listed = orv::testing::RunShell(
+                           "python3 -c \"import zipfile,sys; z=zipfile.ZipFile(sys.argv[1]); "
+                           "assert z.testzip() is None; "
+                           "print('\\n'.join(sorted(z.namelist())))\" " +
+                           dir + "/statements.zip")
+                           .out;
+  auto split = HostShell(HostProgram() + " --db " + Db() +
+                         " --today 2026-11-20 --office 1 --user desk --split --out " + dir +
+                         "/split/ rptStatements 2026-01-01 2026-11-20 12,20,31 True");
+  ASSERT_EQ(split.status, 0) << split.out;
+  EXPECT_EQ(listed, orv::testing::RunShell("ls " + dir + "/split | sort").out);
+  EXPECT_NE(listed.find(".pdf"), std::string::npos);
+  EXPECT_EQ(c.Get("/api/runs/" + std::to_string(id_of_first_run) + "/statements.zip")->status, 400);
+
+  // The synchronous link: the same PDF for arguments by name.
+  auto linked = c.Get("/run/rptAccountsReceivable?Comments=&txtProvFilter=&txtInvFilter=");
+  ASSERT_TRUE(linked);
+  ASSERT_EQ(linked->status, 200) << linked->body;
+  EXPECT_EQ(PdfTextOfBytes(linked->body, dir, "linked"),
+            CommandLineText(Db(), dir, "aged", "rptAccountsReceivable '' '' '' desk"));
+}
+
+TEST_F(Serve, BadInputIsRefusedBesideItsField) {
+  LiveServer live(Options(Db()));
+  auto c = live.Client();
+  struct Case {
+    const char* name;
+    json body;
+    const char* field;  // "" for the request as a whole
+    const char* says;
+  } cases[] = {
+      {"no date",
+       {{"method", "rptUnAppliedPayments"}, {"args", {{"dtEndDate", "2026-02-30"}}}},
+       "dtEndDate",
+       "wants a date"},
+      {"missing",
+       {{"method", "rptUnAppliedPayments"}, {"args", json::object()}},
+       "dtEndDate",
+       "missing argument dtEndDate"},
+      {"typed SQL",
+       {{"method", "rptAccountsReceivable"}, {"args", {"", "1=1; DROP TABLE Patient", "", ""}}},
+       "txtProvFilter",
+       "--allow-filters"},
+      {"SQL after a pick",
+       {{"method", "rptAccountsReceivable"}, {"args", {"", "ID = 3 OR 1=1", "", ""}}},
+       "txtProvFilter",
+       "--allow-filters"},
+      {"unknown parameter",
+       {{"method", "rptFeeGuide"}, {"args", {{"Guide", "1"}}}},
+       "",
+       "has no parameter Guide"},
+      {"unknown method",
+       {{"method", "rptNothing"}, {"args", json::array()}},
+       "",
+       "no report rptNothing"},
+      {"not built", {{"method", "SetPrintPreview"}, {"args", json::array()}}, "", "not built"},
+  };
+  for (const auto& k : cases) {
+    SCOPED_TRACE(k.name);
+    auto r = c.Post("/api/runs", k.body.dump(), "application/json");
+    ASSERT_TRUE(r);
+    EXPECT_EQ(r->status, 400);
+    json e = json::parse(r->body);
+    std::string said = *k.field ? e["fields"].value(k.field, "") : e["error"].get<std::string>();
+    EXPECT_NE(said.find(k.says), std::string::npos) << r->body;
+  }
+  auto garbled = c.Post("/api/runs", "{method", "application/json");
+  EXPECT_EQ(garbled->status, 400);
+  // A report that fails says why; its document is not offered.
+  json started = StartRun(c, {{"method", "rptInsuranceCompanyLabels"}, {"args", {"999999"}}});
+  json s = WaitEnded(c, started["id"]);
+  EXPECT_EQ(s["state"], "failed");
+  EXPECT_FALSE(s["error"].get<std::string>().empty());
+  EXPECT_EQ(
+      c.Get("/api/runs/" + std::to_string(started["id"].get<int>()) + "/document.pdf")->status,
+      409);
+  EXPECT_EQ(c.Get("/api/runs/424242")->status, 404);
+  EXPECT_EQ(c.Get("/api/runs/99999999999999999999")->status, 404);
+}
+
+TEST_F(Serve, AQuestionWaitsForItsAnswer) {
+  // A referral link that points nowhere makes the check ask to repair it.
+  std::string db = dir + "/broken.db";
+  fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
+  auto w = HostShell(HostProgram() + " sql --write --db " + db +
+                     " \"UPDATE Patient SET ReferringDentistID = 99999 WHERE ID = 5\"");
+  ASSERT_EQ(w.status, 0) << w.out;
+  LiveServer live(Options(db));
+  auto c = live.Client();
+  json started =
+      StartRun(c, {{"method", "CheckRelationships"},
+                   {"args", {"ReferringDentists", "ID", "Patient", "ReferringDentistID"}}});
+  int id = started["id"];
+  json asked;
+  for (int i = 0; i < 600 && asked.is_null(); ++i) {
+    json s = Json(c.Get("/api/runs/" + std::to_string(id)));
+    if (s["state"] == "question")
+      asked = s;
+    else
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  ASSERT_FALSE(asked.is_null()) << "no question came";
+  EXPECT_NE(asked["question"].get<std::string>().find("repair"), std::string::npos);
+  auto bad = c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"maybe"})",
+                    "application/json");
+  EXPECT_EQ(bad->status, 400);
+  auto no = c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"no"})",
+                   "application/json");
+  EXPECT_EQ(no->status, 200);
+  json s = WaitEnded(c, id);
+  ASSERT_EQ(s["state"], "done");
+  // Not repaired: the link stays broken and the check says False.
+  EXPECT_EQ(s["result"], "False");
+  EXPECT_EQ(HostShell(HostProgram() + " sql --db " + db +
+                      " \"SELECT ReferringDentistID FROM Patient WHERE ID = 5\"")
+                .out,
+            "ReferringDentistID\n99999\n");
+  // Nothing waits any more.
+  EXPECT_EQ(c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"yes"})",
+                   "application/json")
+                ->status,
+            409);
+}
+
+TEST_F(Serve, TokenGuardsEveryRequest) {
+  ServeOptions o = Options(Db());
+  o.token = "s3cret-token";
+  LiveServer live(o);
+  auto c = live.Client();
+  struct Case {
+    const char* name;
+    httplib::Headers headers;
+    const char* path;
+    int status;
+  } cases[] = {
+      {"none", {}, "/api/methods", 401},
+      {"wrong", {{"Authorization", "Bearer s3cret-tokeN"}}, "/api/methods", 401},
+      {"bearer", {{"Authorization", "Bearer s3cret-token"}}, "/api/methods", 200},
+      {"cookie", {{"Cookie", "a=b; orvenda_token=s3cret-token"}}, "/api/providers", 200},
+      {"parameter", {}, "/api/methods?token=s3cret-token", 200},
+      {"page without", {}, "/", 401},
+      {"link without", {}, "/run/rptFeeGuide?ID=1", 401},
+  };
+  for (const auto& k : cases) {
+    SCOPED_TRACE(k.name);
+    auto r = c.Get(k.path, k.headers);
+    ASSERT_TRUE(r);
+    EXPECT_EQ(r->status, k.status);
+  }
+  // Opened with its token, the page keeps it as a cookie for its own
+  // requests.
+  auto page = c.Get("/?token=s3cret-token");
+  EXPECT_EQ(page->status, 200);
+  EXPECT_NE(page->get_header_value("Set-Cookie").find("orvenda_token=s3cret-token"),
+            std::string::npos);
+  EXPECT_NE(page->body.find("<title>Orvenda reports</title>"), std::string::npos);
+}
+
+TEST_F(Serve, OtherMachinesNeedAToken) {
+  ServeOptions open = Options(Db());
+  open.host = "0.0.0.0";
+  EXPECT_THROW(ReportServer{open}, std::invalid_argument);
+  // Without a token, a name that is not this machine's is refused, so a
+  // page elsewhere cannot reach the server through its own DNS name.
+  LiveServer live(Options(Db()));
+  auto c = live.Client();
+  EXPECT_EQ(c.Get("/api/methods", {{"Host", "reports.example.com"}})->status, 403);
+  EXPECT_EQ(c.Get("/api/methods", {{"Host", "localhost:8640"}})->status, 200);
+  // The command refuses to start as well, and says how.
+  auto r = HostShell(HostProgram() + " serve --db " + Db() + " --listen 0.0.0.0:0");
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.out.find("--token"), std::string::npos) << r.out;
+}
+
+TEST_F(Serve, RefusesToStartWithoutItsDatabase) {
+  auto r = HostShell(HostProgram() + " serve --db " + dir + "/missing.db --listen 127.0.0.1:0");
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.out.find("cannot open the database"), std::string::npos) << r.out;
+  EXPECT_FALSE(fs::exists(dir + "/missing.db"));
+}
+
+// Two long runs started together on a server with two workers: both are
+// running at one moment, each ends with the document it would have alone.
+void TwoRunsAtOnce(const std::string& db, const std::string& dir) {
+  LiveServer live(Options(db, 2));
+  auto c = live.Client();
+  json a = StartRun(c, {{"method", "rptAccountsReceivable"}, {"args", {"", "", "", "desk"}}});
+  json b = StartRun(c, {{"method", "rptStatements"},
+                        {"args", {"2026-01-01", "2026-11-20", "12,20,31,40", "True"}}});
+  bool together = false;
+  for (int i = 0; i < 2400; ++i) {
+    json sa = Json(c.Get("/api/runs/" + std::to_string(a["id"].get<int>())));
+    json sb = Json(c.Get("/api/runs/" + std::to_string(b["id"].get<int>())));
+    together = together || (sa["state"] == "running" && sb["state"] == "running");
+    if ((sa["state"] == "done" || sa["state"] == "failed") &&
+        (sb["state"] == "done" || sb["state"] == "failed"))
+      break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_TRUE(together) << "the two runs never ran at the same time";
+  ASSERT_EQ(WaitEnded(c, a["id"])["state"], "done");
+  ASSERT_EQ(WaitEnded(c, b["id"])["state"], "done");
+  EXPECT_EQ(PdfTextOfBytes(
+                c.Get("/api/runs/" + std::to_string(a["id"].get<int>()) + "/document.pdf")->body,
+                dir, "two-a"),
+            CommandLineText(db, dir, "two-a", "rptAccountsReceivable '' '' '' desk"));
+  EXPECT_EQ(
+      PdfTextOfBytes(
+          c.Get("/api/runs/" + std::to_string(b["id"].get<int>()) + "/document.pdf")->body, dir,
+          "two-b"),
+      CommandLineText(db, dir, "two-b", "rptStatements 2026-01-01 2026-11-20 12,20,31,40 True"));
+}
+
+TEST_F(Serve, ARunWaitsItsTurnForAFreeComponent) {
+  // One worker: the second run waits, queued, until the first has ended.
+  LiveServer live(Options(Db(), 1));
+  auto c = live.Client();
+  json a = StartRun(c, {{"method", "rptAccountsReceivable"}, {"args", {"", "", "", "desk"}}});
+  json b = StartRun(c, {{"method", "rptFeeGuide"}, {"args", {"1"}}});
+  bool waited = false, overlapped = false;
+  for (int i = 0; i < 2400; ++i) {
+    json sa = Json(c.Get("/api/runs/" + std::to_string(a["id"].get<int>())));
+    json sb = Json(c.Get("/api/runs/" + std::to_string(b["id"].get<int>())));
+    waited = waited || (sa["state"] == "running" && sb["state"] == "queued");
+    overlapped = overlapped || (sa["state"] == "running" && sb["state"] == "running");
+    if (sb["state"] == "done" || sb["state"] == "failed") break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_TRUE(waited);
+  EXPECT_FALSE(overlapped);
+  EXPECT_EQ(WaitEnded(c, a["id"])["state"], "done");
+  EXPECT_EQ(WaitEnded(c, b["id"])["state"], "done");
+}
+
+TEST_F(Serve, TwoRunsAtOnceOnSqlite) {
+  TwoRunsAtOnce(Db(), dir);
+}
+
+TEST_F(Serve, TwoRunsAtOnceOnPostgres) {
+  ORV_REQUIRE_POSTGRES();
+  orv::testing::FreshPgDatabase pg;
+  auto copy =
+      HostShell(HostProgram() + " copy-db " + Db() + " " + ShellQuote(pg.url()) + " --replace");
+  ASSERT_EQ(copy.status, 0) << copy.out;
+  TwoRunsAtOnce(pg.url(), dir);
+}
+
+}  // namespace
+
+namespace {
+
+// The file a queue of this machine writes its jobs to, or "" for a queue
+// that prints on paper. lpstat names a file device "file:///tmp/q.prn" or,
+// in some versions, "///tmp/q.prn".
+std::string QueueFile(const std::string& queue) {
+  std::string line = orv::testing::RunShell("lpstat -v " + ShellQuote(queue) + " 2>/dev/null").out;
+  size_t colon = line.find(": ");
+  if (colon == std::string::npos) return "";
+  std::string device = line.substr(colon + 2);
+  while (!device.empty() && (device.back() == '\n' || device.back() == ' ')) device.pop_back();
+  if (device.rfind("file://", 0) == 0) device = device.substr(7);
+  if (device.rfind("///", 0) == 0) device = device.substr(2);
+  return device.rfind("/", 0) == 0 ? device : "";
+}
+
+TEST_F(Serve, PrintsToAQueueOfThisMachine) {
+  LiveServer live(Options(Db()));
+  auto c = live.Client();
+  json started = StartRun(
+      c, {{"method", "rptStatements"}, {"args", {"2026-01-01", "2026-11-20", "12", "True"}}});
+  std::string run = "/api/runs/" + std::to_string(started["id"].get<int>());
+  ASSERT_EQ(WaitEnded(c, started["id"])["state"], "done");
+  // A queue the machine does not have is refused by name, before lp.
+  auto unknown = c.Post(run + "/print", R"({"printer":"no-such-queue"})", "application/json");
+  EXPECT_EQ(unknown->status, 502);
+  EXPECT_NE(unknown->body.find("no printer no-such-queue"), std::string::npos) << unknown->body;
+  EXPECT_EQ(c.Post(run + "/print", "{}", "application/json")->status, 400);
+
+  // With a queue that writes its jobs to a file (the test command starts
+  // one), the printed job reads back as the statement.
+  json printers = Json(c.Get("/api/printers"))["printers"];
+  std::string queue, file;
+  for (const auto& p : printers)
+    if (file.empty() && !(file = QueueFile(p)).empty()) queue = p;
+  if (queue.empty()) GTEST_SKIP() << "no CUPS queue that prints to a file on this machine";
+  fs::remove(file);
+  auto printed = c.Post(run + "/print", json{{"printer", queue}}.dump(), "application/json");
+  ASSERT_EQ(printed->status, 200) << printed->body;
+  std::string expected = c.Get(run + "/document.txt")->body;
+  std::string first_line = expected.substr(0, expected.find('\n'));
+  std::string got;
+  for (int i = 0; i < 300 && got.find(first_line) == std::string::npos; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    if (fs::exists(file))
+      got = orv::testing::RunShell("pdftotext -layout " + ShellQuote(file) + " - 2>/dev/null").out;
+  }
+  EXPECT_NE(got.find(first_line), std::string::npos)
+      << "the printed job does not read as the statement";
+}
+
+}  // namespace
+
+namespace {
+
+TEST(ServeOptions, ReadsTheCommandsOptions) {
+  using orv::app::serve::ParseServeOptions;
+  struct Case {
+    const char* name;
+    std::vector<std::string> args;
+    const char* host;
+    int port;
+  } good[] = {
+      {"default", {}, "127.0.0.1", 8640},
+      {"address", {"--listen", "192.168.1.20:9000", "--token", "t"}, "192.168.1.20", 9000},
+      {"IPv6", {"--listen", "[::1]:8641"}, "::1", 8641},
+      {"any port", {"--listen", "127.0.0.1:0"}, "127.0.0.1", 0},
+  };
+  for (const auto& k : good) {
+    SCOPED_TRACE(k.name);
+    auto o = ParseServeOptions(k.args);
+    EXPECT_EQ(o.host, k.host);
+    EXPECT_EQ(o.port, k.port);
+  }
+  struct Bad {
+    const char* name;
+    std::vector<std::string> args;
+    const char* says;
+  } bad[] = {
+      {"no port", {"--listen", "127.0.0.1"}, "HOST:PORT"},
+      {"port too big", {"--listen", "127.0.0.1:70000"}, "HOST:PORT"},
+      {"no date", {"--today", "2026-02-30"}, "--today"},
+      {"office", {"--office", "one"}, "--office"},
+      {"workers", {"--workers", "0"}, "--workers"},
+      {"unknown", {"--port", "1"}, "unknown option --port"},
+      {"no value", {"--db"}, "--db wants a value"},
+  };
+  for (const auto& k : bad) {
+    SCOPED_TRACE(k.name);
+    try {
+      ParseServeOptions(k.args);
+      ADD_FAILURE() << "accepted";
+    } catch (const std::invalid_argument& e) {
+      EXPECT_NE(std::string(e.what()).find(k.says), std::string::npos) << e.what();
+    }
+  }
+  // "new" stands for a fresh random token, different each time.
+  auto a = ParseServeOptions({"--token", "new"}), b = ParseServeOptions({"--token", "new"});
+  EXPECT_EQ(a.token.size(), 32u);
+  EXPECT_NE(a.token, b.token);
+  EXPECT_EQ(a.token.find_first_not_of("0123456789abcdef"), std::string::npos);
+}
+
+TEST(ServeOptions, TellsLoopbackAndPickedFilters) {
+  using orv::app::serve::IsLoopback;
+  using orv::app::serve::IsPickedFilter;
+  for (const char* h : {"127.0.0.1", "127.1.2.3", "::1", "[::1]", "localhost", "LocalHost"})
+    EXPECT_TRUE(IsLoopback(h)) << h;
+  for (const char* h :
+       {"0.0.0.0", "192.168.1.2", "::", "127.0.0.1.example.com", "localhost.example.com", ""})
+    EXPECT_FALSE(IsLoopback(h)) << h;
+  // What the pickers write passes; anything more is SQL a person typed.
+  for (const char* f :
+       {"", "0", "ProviderID = 3", "ProviderID = 3 OR ProviderID = 5", " ID=12 or ID = 14 "})
+    EXPECT_TRUE(IsPickedFilter(f)) << f;
+  for (const char* f : {"1=1", "ProviderID = 3 OR 1=1", "ProviderID = 3; DELETE FROM Patient",
+                        "ProviderID IN (SELECT ID FROM Employees)", "ProviderID = 3 AND ID = 4",
+                        "ProviderID = -1", "LastName = 'x'", "ProviderID = 3 --"})
+    EXPECT_FALSE(IsPickedFilter(f)) << f;
+}
+
+}  // namespace

@@ -1,0 +1,300 @@
+// What a recordset gives back from its compact store, on each engine: Null
+// apart from empty text, trailing blanks kept, money to the fourth decimal,
+// dates with and without a time, blobs; Find after Filter after Sort; SHAPE
+// three levels deep; results of no row and of one; and fabricated rows
+// added, changed and cancelled.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+
+#include "platform/db/db_error.h"
+#include "platform/db/recordset.h"
+#include "support/postgres.h"
+#include "temp_db.h"
+
+namespace orv::db {
+namespace {
+
+using testing::PracticeOnServer;
+using testing::TempDb;
+
+constexpr const char* kValuesSql = R"sql(
+CREATE TABLE Notes (ID INTEGER PRIMARY KEY, PatientID INTEGER, Note VARCHAR(40), Amount MONEY,
+  Seen DATETIME, Logo BLOB);
+INSERT INTO Notes VALUES
+ (1, 10, NULL, 1.2345, '2026-11-20 00:00:00', X'00FF10'),
+ (2, 10, '', -0.0001, '2026-11-20 14:05:30', NULL),
+ (3, 11, 'Côté  ', 92233720.4775, NULL, X''),
+ (4, 11, 'cote', 0, '1899-12-30 00:00:00', NULL),
+ (5, 12, 'Abbott', 250.5, '2026-01-02 09:00:00', NULL),
+ (6, 12, 'abbott', 250.5, '2026-01-02 08:00:00', NULL);
+)sql";
+
+// The same rows on each engine the test can reach: the file, and the test
+// server when ORVENDA_TEST_PG names one.
+class EachEngine {
+ public:
+  explicit EachEngine(const char* sql) : file_(sql) {
+    if (!orv::testing::TestServerUrl().empty()) server_.emplace(sql);
+  }
+  void Run(const std::function<void(Connection&)>& body) {
+    {
+      SCOPED_TRACE("SQLite");
+      Connection conn(file_.url());
+      body(conn);
+    }
+    if (server_) {
+      SCOPED_TRACE("PostgreSQL");
+      Connection conn(server_->url());
+      body(conn);
+    }
+  }
+
+ private:
+  TempDb file_;
+  std::optional<PracticeOnServer> server_;
+};
+
+// A value as a reader tells values apart: its kind and its text.
+std::string Shown(const Variant& v) {
+  if (v.IsNull()) return "Null";
+  if (v.IsEmpty()) return "Empty";
+  switch (v.type()) {
+    case VarType::String: return "text[" + v.AsString() + "]";
+    case VarType::Currency: return "money " + std::to_string(v.AsCurrency().raw()) + "/10000";
+    case VarType::Date: return "date " + CStr(v);
+    case VarType::Binary: {
+      std::string out = "bytes";
+      for (unsigned char b : v.AsBytes()) out += " " + std::to_string(b);
+      return out;
+    }
+    default: return "number " + CStr(v);
+  }
+}
+
+// One field of the row at a 1-based position, as Shown gives it.
+struct FieldCase {
+  const char* name;
+  long position;
+  const char* field;
+  const char* shown;
+};
+
+// The current row onwards, one field, as texts; leaves the recordset at EOF.
+std::string Walk(Recordset& rs, const char* field) {
+  std::string out;
+  for (; !rs.Eof(); rs.MoveNext()) out += (out.empty() ? "" : " ") + CStr(rs[field].Value());
+  return out;
+}
+
+TEST(RecordsetStorage, ValuesReadBackAsStored) {
+  const FieldCase cases[] = {
+      {"Null text", 1, "Note", "Null"},
+      {"empty text is no Null", 2, "Note", "text[]"},
+      {"trailing blanks kept", 3, "Note", "text[Côté  ]"},
+      {"money to the fourth decimal", 1, "Amount", "money 12345/10000"},
+      {"the smallest negative money", 2, "Amount", "money -1/10000"},
+      {"money past a float's exact digits", 3, "Amount", "money 922337204775/10000"},
+      {"a date without time", 1, "Seen", "date 2026-11-20"},
+      {"a date with time", 2, "Seen", "date 2026-11-20 2:05:30 PM"},
+      {"the base day", 4, "Seen", "date 12:00:00 AM"},
+      {"a Null date", 3, "Seen", "Null"},
+      {"a blob", 1, "Logo", "bytes 0 255 16"},
+      {"a Null blob", 2, "Logo", "Null"},
+  };
+  EachEngine engines(kValuesSql);
+  engines.Run([&](Connection& conn) {
+    Recordset rs;
+    rs.Open("SELECT ID, Note, Amount, Seen, Logo FROM Notes ORDER BY ID", conn, adOpenStatic, adLockReadOnly);
+    for (const auto& c : cases) {
+      SCOPED_TRACE(c.name);
+      rs.AbsolutePosition(c.position);
+      EXPECT_EQ(Shown(rs[c.field].Value()), c.shown);
+    }
+    // The field sizes follow the stored bytes, not a padded width.
+    rs.AbsolutePosition(3);
+    EXPECT_EQ(rs["Note"].ActualSize(), 8);
+    rs.AbsolutePosition(2);
+    EXPECT_EQ(rs["Note"].ActualSize(), 0);
+  });
+}
+
+TEST(RecordsetStorage, FindAfterFilterAfterSort) {
+  EachEngine engines(kValuesSql);
+  engines.Run([&](Connection& conn) {
+    Recordset rs;
+    rs.Open("SELECT ID, PatientID, Note, Amount, Seen FROM Notes ORDER BY ID", conn, adOpenStatic,
+            adLockReadOnly);
+    // Null before empty text before the rest; text without regard to case
+    // (equal keys keep the statement's order), accents after the plain
+    // letter.
+    rs.Sort("Note");
+    EXPECT_EQ(Walk(rs, "ID"), "1 2 5 6 4 3");
+    rs.Sort("Amount DESC, Seen");
+    EXPECT_EQ(Walk(rs, "ID"), "3 6 5 1 4 2");
+    rs.Filter("Amount > 0");
+    EXPECT_EQ(rs.RecordCount(), 4);
+    EXPECT_EQ(Walk(rs, "ID"), "3 6 5 1");
+    rs.MoveFirst();
+    rs.Find("Note = 'ABBOTT'");
+    ASSERT_FALSE(rs.Eof());
+    EXPECT_EQ(CLng(rs["ID"].Value()), 6);
+    EXPECT_EQ(rs.AbsolutePosition(), 2);
+    rs.Find("Note = 'ABBOTT'", 1);
+    ASSERT_FALSE(rs.Eof());
+    EXPECT_EQ(CLng(rs["ID"].Value()), 5);
+    // The filtered-out row is not found; the search ends at EOF.
+    rs.Find("Note = 'cote'", 1);
+    EXPECT_TRUE(rs.Eof());
+    // An equality filter on a number (served by the filter's index) after
+    // the sort; then every row again, still sorted.
+    rs.Filter("PatientID = 12");
+    EXPECT_EQ(Walk(rs, "ID"), "6 5");
+    rs.Filter("");
+    EXPECT_EQ(rs.RecordCount(), 6);
+    EXPECT_EQ(Walk(rs, "ID"), "3 6 5 1 4 2");
+  });
+}
+
+TEST(RecordsetStorage, ShapeThreeLevelsDeep) {
+  EachEngine engines(testing::kPracticeSql);
+  engines.Run([&](Connection& conn) {
+    Recordset families;
+    families.Open(
+        "SHAPE {SELECT ID, LastName FROM Patient WHERE PrimaryHolderID = ID ORDER BY ID} AS Holders APPEND (( SHAPE "
+        "{SELECT FirstName, PrimaryHolderID, ID FROM Patient ORDER BY ID} AS Members APPEND (( SHAPE {SELECT ID, "
+        "PatientID, InvoiceTotal FROM Invoices ORDER BY ID} AS Bills APPEND ({SELECT InvoiceID, Amount FROM "
+        "InvoicePaymentDetails ORDER BY ID} AS Paid RELATE 'ID' TO 'InvoiceID') AS Paid) AS Bills "
+        "RELATE 'ID' TO 'PatientID') AS Bills) AS Members RELATE 'ID' TO 'PrimaryHolderID') AS Members",
+        conn, adOpenStatic, adLockReadOnly);
+    std::string seen;
+    for (; !families.Eof(); families.MoveNext()) {
+      seen += CStr(families["LastName"].Value()) + ":";
+      Recordset members = families["Members"].Chapter();
+      for (; !members.Eof(); members.MoveNext()) {
+        seen += " " + CStr(members["FirstName"].Value());
+        Recordset bills = members["Bills"].Chapter();
+        for (; !bills.Eof(); bills.MoveNext()) {
+          Recordset paid = bills["Paid"].Chapter();
+          seen += " #" + CStr(bills["ID"].Value()) + "=" + CStr(bills["InvoiceTotal"].Value()) + "(" +
+                  Walk(paid, "Amount") + ")";
+        }
+      }
+      seen += ";";
+    }
+    EXPECT_EQ(seen, "Tremblay: Claire #1=100(60 40) #2=40.1() Luc #3=250(250);Singh: Priya #4=75.5(0.1 0.2);");
+    // A chapter follows its parent back: the first family again.
+    families.MoveFirst();
+    Recordset members = families["Members"].Chapter();
+    EXPECT_EQ(members.RecordCount(), 2);
+  });
+}
+
+TEST(RecordsetStorage, NoRowAndOneRow) {
+  EachEngine engines(kValuesSql);
+  engines.Run([&](Connection& conn) {
+    Recordset none;
+    none.Open("SELECT ID, Note FROM Notes WHERE ID > 100", conn, adOpenStatic, adLockReadOnly);
+    EXPECT_TRUE(none.Eof() && none.Bof());
+    EXPECT_EQ(none.RecordCount(), 0);
+    EXPECT_EQ(none.AbsolutePosition(), adPosBOF);
+    EXPECT_EQ(none.Fields().Count(), 2);
+    EXPECT_EQ(none.Fields(1L).Name(), "Note");
+    EXPECT_THROW(none.MoveFirst(), DatabaseError);
+    EXPECT_THROW(none["ID"].Value(), DatabaseError);
+    none.Sort("Note");
+    none.Filter("ID = 1");
+    EXPECT_TRUE(none.Eof());
+    none.Find("Note = 'x'");
+    EXPECT_TRUE(none.Eof());
+
+    Recordset one;
+    one.Open("SELECT ID, Note FROM Notes WHERE ID = 4", conn, adOpenStatic, adLockReadOnly);
+    EXPECT_EQ(one.RecordCount(), 1);
+    EXPECT_EQ(one.AbsolutePosition(), 1);
+    EXPECT_EQ(CStr(one["Note"].Value()), "cote");
+    one.MoveNext();
+    EXPECT_TRUE(one.Eof());
+    EXPECT_FALSE(one.Bof());
+    one.MovePrevious();
+    EXPECT_EQ(CLng(one["ID"].Value()), 4);
+    one.Filter("Note <> 'COTE'");
+    EXPECT_EQ(one.RecordCount(), 0);
+
+    // A forward-only cursor knows no count but reads the same row.
+    Recordset forward;
+    forward.Open("SELECT Note FROM Notes WHERE ID = 4", conn);
+    EXPECT_EQ(forward.RecordCount(), -1);
+    EXPECT_EQ(Walk(forward, "Note"), "cote");
+  });
+}
+
+TEST(RecordsetStorage, FabricatedRowsAddedChangedAndCancelled) {
+  Recordset rs;
+  rs.Fields().Append("ID", adInteger);
+  rs.Fields().Append("Name", adVarChar, 40);
+  rs.Fields().Append("Amount", adCurrency);
+  rs.Fields().Append("Day", adDate);
+  rs.Fields().Append("Scan", adLongVarBinary);
+  rs.Open();
+  EXPECT_EQ(rs.RecordCount(), 0);
+  struct Row {
+    int id;
+    Variant name, amount, day;
+  } rows[] = {
+      {1, Variant("Hélène"), Variant("12.34565"), Variant("2026-11-20 14:05")},
+      {2, Variant(""), Variant(-0.0001), Variant(DateTime::FromParts(2026, 11, 20))},
+      {3, Variant::Null(), Variant::Null(), Variant::Null()},
+  };
+  for (const auto& r : rows) {
+    rs.AddNew();
+    EXPECT_EQ(rs.EditMode(), adEditAdd);
+    rs["ID"].Value(r.id);
+    rs["Name"].Value(r.name);
+    rs["Amount"].Value(r.amount);
+    rs["Day"].Value(r.day);
+    rs.Update();
+  }
+  rs.AddNew();
+  rs["ID"].Value(99);
+  rs.CancelUpdate();
+  EXPECT_EQ(rs.RecordCount(), 3);
+
+  const FieldCase cases[] = {
+      {"text as given", 1, "Name", "text[Hélène]"},
+      {"empty text stays text", 2, "Name", "text[]"},
+      {"Null stays Null", 3, "Name", "Null"},
+      {"money rounded half even at the fourth decimal", 1, "Amount", "money 123456/10000"},
+      {"the smallest money", 2, "Amount", "money -1/10000"},
+      {"a date from text, with its time", 1, "Day", "date 2026-11-20 2:05:00 PM"},
+      {"a date alone", 2, "Day", "date 2026-11-20"},
+      {"a field never set is Null", 1, "Scan", "Null"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    rs.AbsolutePosition(c.position);
+    EXPECT_EQ(Shown(rs[c.field].Value()), c.shown);
+  }
+
+  // A change, then a cancelled one; the filter's index sees the change.
+  rs.Filter("ID = 2");
+  EXPECT_EQ(rs.RecordCount(), 1);
+  rs["ID"].Value(7);
+  rs["Scan"].Value(Bytes{1, 2, 3});
+  rs.Update();
+  rs.Filter("ID = 2");
+  EXPECT_EQ(rs.RecordCount(), 0);
+  rs.Filter("ID = 7");
+  ASSERT_EQ(rs.RecordCount(), 1);
+  EXPECT_EQ(Shown(rs["Scan"].Value()), "bytes 1 2 3");
+  rs["Name"].Value("changed");
+  rs.CancelUpdate();
+  EXPECT_EQ(Shown(rs["Name"].Value()), "text[]");
+  rs.Filter("");
+  rs.Sort("ID DESC");
+  EXPECT_EQ(Walk(rs, "ID"), "7 3 1");
+}
+
+}  // namespace
+}  // namespace orv::db
