@@ -322,7 +322,7 @@ std::string DefaultDatabase() {
   return env && *env ? env : ORVENDA_DEMO_DB;
 }
 
-int RunReportHost(const std::vector<std::string>& args) {
+int RunReportHost(const std::vector<std::string>& args, int* pages_made) {
   Invocation inv;
   try {
     inv = ParseCommandLine(args);
@@ -512,6 +512,7 @@ int RunReportHost(const std::vector<std::string>& args) {
       return 1;
     }
     int pages = form.VSP.PageCount();
+    if (pages_made) *pages_made = pages;
     std::string count = std::to_string(pages) + " page" + (pages == 1 ? "" : "s");
     if (files.size() == 1)
       Say("wrote " + files.front() + " (" + count + ")");

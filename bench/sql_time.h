@@ -44,7 +44,7 @@ F Real(const char* name) {
   static_assert(sizeof(F) == sizeof(void*));
   void* sym = dlsym(RTLD_NEXT, name);
   if (sym == nullptr) {
-    std::fprintf(stderr, "cannot find %s in the SQLite library\n", name);
+    std::fprintf(stderr, "cannot find %s in the shared libraries\n", name);
     std::abort();
   }
   F f;

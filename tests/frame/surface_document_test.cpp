@@ -110,6 +110,27 @@ TEST(SurfaceDocument, PageNumbersStampedByAnOverlayPass) {
   EXPECT_THROW(s.StartOverlay(4), SurfaceError);
 }
 
+TEST(SurfaceDocument, FinishedPagesAreHeldPackedUntilReopened) {
+  OpenSurface s;
+  const auto& pages = s.Document().pages;
+  s.Text("body 1");
+  s.NewPage();
+  EXPECT_TRUE(pages.Sealed(0)) << "a page behind the pen is packed";
+  EXPECT_FALSE(pages.Sealed(1)) << "the page being written is not";
+  EXPECT_EQ(Texts(pages[0]), std::vector<std::string>{"body 1"});
+  EXPECT_TRUE(pages.Sealed(0)) << "reading a page leaves it packed";
+  s.Text("body 2");
+  s.EndDoc();
+  EXPECT_TRUE(pages.Sealed(0) && pages.Sealed(1)) << "the ended document is packed whole";
+  s.StartOverlay(1);
+  s.Text("stamp");
+  EXPECT_FALSE(pages.Sealed(0)) << "an overlay writes on its page unpacked";
+  s.EndOverlay();
+  EXPECT_TRUE(pages.Sealed(0));
+  EXPECT_EQ(Texts(pages[0]), (std::vector<std::string>{"body 1", "stamp"}));
+  EXPECT_EQ(Texts(pages[1]), std::vector<std::string>{"body 2"});
+}
+
 TEST(SurfaceDocument, Geometry) {
   struct Case {
     int paper, orientation;

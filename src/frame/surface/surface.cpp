@@ -33,6 +33,9 @@ void PrintSurface::RequireNoTableUnderConstruction(const char* what) const {
 }
 
 void PrintSurface::OpenPage() {
+  // The page written so far is finished: it is packed until the document is
+  // written or an overlay reopens it.
+  if (!doc_.pages.empty()) doc_.pages.Seal(size_t(page_));
   doc_.pages.push_back(render::Page{PageWidth(), PageHeight(), {}});
   page_ = int(doc_.pages.size()) - 1;
   column_ = 0;
@@ -62,6 +65,7 @@ void PrintSurface::EndDoc() {
   building_table_ = false;
   table_.reset();
   state_ = State::kEnded;
+  doc_.pages.Seal(size_t(page_));
 }
 
 void PrintSurface::KillDoc() {
@@ -136,6 +140,7 @@ void PrintSurface::EndOverlay() {
   if (state_ != State::kOverlay) return;
   building_table_ = false;
   table_.reset();
+  doc_.pages.Seal(size_t(page_));
   page_ = overlay_return_page_;
   state_ = State::kEnded;
 }

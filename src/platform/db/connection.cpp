@@ -33,6 +33,17 @@ class Connection::Impl {
   // Reads stay in the snapshot even inside a transaction the writer holds
   // (the stamps of a statement run): the report's figures come from one
   // moment, and no report reads back what it stamped.
+  //
+  // Only the server's snapshot keeps small results and batches per-row
+  // lookups. On the SQLite file a lookup is a few microseconds in process,
+  // and batching there was measured (every report of the catalogue on a
+  // 20,000-patient practice, with the batcher and the result cache let into
+  // SQLite snapshots): the lists that look up every patient gained 7 to 26%
+  // (aged receivables 14.9 s to 13.7 s) at up to twice the memory (60 to
+  // 115 MB), while a filtered run paid for reading every key (reactivation
+  // letters of 30 patients 0.05 s to 0.84 s, the referral summary 0.12 s
+  // to 0.84 s, outstanding treatment 2.0 s to 4.3 s), and the catalogue as
+  // a whole took 11% longer.
   bool ReadsFromSnapshot() const {
     return snapshot_depth_ > 0 && engine_->dialect() == sql::Dialect::PostgreSQL &&
            (!in_transaction_ || tx_on_writer_);

@@ -5,7 +5,9 @@
 // All positions are twips from the top left corner of the page.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -133,10 +135,113 @@ inline void Shift(DisplayItem& item, Twips dy) {
       item);
 }
 
+// The pages of a document. The page being written is held as plain items;
+// a finished page is packed (Seal) into a few bytes an item: its text
+// inline, text and line styles and pictures as indices into tables that the
+// pages share, every position kept bit for bit, so that unpacking gives the
+// very items that were packed. Past a budget of memory, packed pages go to a
+// temporary file that lives as long as the store. A long list (thousands of
+// pages) then costs little until it is written, and any page can still be
+// read or reopened: "Page n of N" and the footers stamped after the last
+// page reopen every page.
+class PageStore {
+ public:
+  PageStore();
+
+  size_t size() const { return slots_.size(); }
+  bool empty() const { return slots_.empty(); }
+  // Drops every page, and the temporary file once no copy of the store
+  // needs it.
+  void clear();
+  void push_back(Page page);
+  // The document made of these pages, none packed (tests build documents
+  // by hand).
+  PageStore& operator=(std::vector<Page> pages);
+  void assign(size_t n, const Page& page) { *this = std::vector<Page>(n, page); }
+  // Drops the pages from `n` on, or adds empty ones up to `n`.
+  void resize(size_t n);
+
+  // Page `i` for writing, unpacked where it stands if it was packed. The
+  // surface writes only the page it is on and a page an overlay reopens,
+  // and packs each again when it is done with it.
+  Page& operator[](size_t i);
+  // Page `i` for reading. A packed page is unpacked into a copy the store
+  // keeps until that page is written or the store cleared, so that the
+  // reference stays good as it did when pages were plain items; code that
+  // reads every page once (the renderers) takes Read instead.
+  const Page& operator[](size_t i) const;
+  const Page& at(size_t i) const { return (*this)[i]; }
+  // A copy of page `i`, unpacked, that the store does not keep.
+  Page Read(size_t i) const;
+
+  // Packs page `i` (a packed page stays as it is).
+  void Seal(size_t i);
+  bool Sealed(size_t i) const { return slots_.at(i).sealed; }
+
+  // Packed pages held in memory beyond this many bytes go to the temporary
+  // file; 0 sends every packed page there.
+  void MemoryBudget(size_t bytes) { budget_ = bytes; }
+  // The bytes packed pages take in memory and in the temporary file.
+  size_t PackedBytes() const { return packed_bytes_; }
+  size_t SpilledBytes() const;
+
+  // The pages in order, for reading (as operator[] const).
+  class const_iterator {
+   public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = Page;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const Page*;
+    using reference = const Page&;
+    const_iterator() = default;
+    const_iterator(const PageStore* store, size_t i) : store_(store), i_(i) {}
+    const Page& operator*() const { return (*store_)[i_]; }
+    const Page* operator->() const { return &(*store_)[i_]; }
+    const_iterator& operator++() {
+      ++i_;
+      return *this;
+    }
+    const_iterator operator++(int) {
+      const_iterator was = *this;
+      ++i_;
+      return was;
+    }
+    bool operator==(const const_iterator& o) const { return i_ == o.i_; }
+
+   private:
+    const PageStore* store_ = nullptr;
+    size_t i_ = 0;
+  };
+  const_iterator begin() const { return {this, 0}; }
+  const_iterator end() const { return {this, slots_.size()}; }
+
+  struct Shared;  // the style and picture tables and the temporary file
+
+ private:
+  struct Slot {
+    Page page;             // its size always; its items while not packed
+    bool sealed = false;
+    std::string packed;    // the packed items, when held in memory
+    int64_t spilled = -1;  // else their offset in the temporary file
+    uint32_t spilled_size = 0;
+    // A packed page as it was last read, kept for the references handed
+    // out; its own allocation, so that they outlive a move of the slots.
+    mutable std::shared_ptr<Page> view;
+  };
+  std::vector<DisplayItem> Unpack(const Slot& slot) const;
+
+  std::vector<Slot> slots_;
+  // Shared with copies of the store: the tables and the file only grow, so
+  // what one copy packed the other still reads.
+  std::shared_ptr<Shared> shared_;
+  size_t packed_bytes_ = 0;
+  size_t budget_ = size_t(16) << 20;
+};
+
 struct Document {
   std::string name;
   std::vector<FontFace> fonts;
-  std::vector<Page> pages;
+  PageStore pages;
   // Beside the pages (document_record.h): the tables' cells in the order
   // they were laid out, the letters of a run of statements, and the
   // document's identity.

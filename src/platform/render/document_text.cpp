@@ -11,8 +11,10 @@ std::string DocumentText(const Document& doc) {
   for (size_t p = 0; p < doc.pages.size(); ++p) {
     if (p) out += '\f';
     // Group runs by baseline (rounded to a twip), then order each line by x.
+    // Each page is unpacked once, and let go once its lines are written.
+    const Page page = doc.pages.Read(p);
     std::map<long, std::vector<const TextRun*>> lines;
-    for (const auto& item : doc.pages[p].items) {
+    for (const auto& item : page.items) {
       if (const auto* run = std::get_if<TextRun>(&item)) {
         lines[std::lround(run->baseline.value())].push_back(run);
       }

@@ -252,7 +252,7 @@ void RenderPdf(const Document& doc, const std::string& path, int first, int last
   if (n == 0 || first < 1 || last > n || first > last)
     throw RenderError("RenderPdf: pages " + std::to_string(first) + " to " + std::to_string(last) +
                       " are not in a document of " + std::to_string(n) + " pages");
-  const Page& p0 = doc.pages[first - 1];
+  const Page p0 = doc.pages.Read(first - 1);
   cairo_surface_t* surface = cairo_pdf_surface_create(path.c_str(), Pt(p0.width), Pt(p0.height));
   Check(cairo_surface_status(surface), path);
   // The document's name and identity (pdf_metadata.h); cairo leaves out
@@ -269,7 +269,7 @@ void RenderPdf(const Document& doc, const std::string& path, int first, int last
   try {
     Painter painter(cr, doc);
     for (int i = first; i <= last; ++i) {
-      const Page& page = doc.pages[i - 1];
+      const Page page = doc.pages.Read(i - 1);
       cairo_pdf_surface_set_size(surface, Pt(page.width), Pt(page.height));
       painter.Paint(page);
       cairo_show_page(cr);
@@ -317,7 +317,7 @@ void RenderPng(const Document& doc, int page, double dpi, const std::string& pat
   if (page < 1 || page > int(doc.pages.size()))
     throw RenderError("RenderPng: the document has no page " + std::to_string(page));
   if (!(dpi > 0 && dpi <= 1200)) throw RenderError("RenderPng: resolution out of range");
-  const Page& p = doc.pages[page - 1];
+  const Page p = doc.pages.Read(page - 1);
   const int w = int(std::ceil(p.width.inches() * dpi)), h = int(std::ceil(p.height.inches() * dpi));
   cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, w, h);
   cairo_t* cr = cairo_create(surface);
