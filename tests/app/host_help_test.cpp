@@ -113,11 +113,17 @@ TEST_F(HostHelp, HelpDescribesEveryParameter) {
 
 // What `list` calls built runs alone: each built method's example from
 // `help`, run as printed on the demo practice, exits 0 and writes its
-// document (or prints its value).
-TEST_F(HostHelp, EveryBuiltMethodRunsFromItsExample) {
+// document (or prints its value). The methods are dealt into four shares,
+// so that each share is a test of its own and ctest can run them side by
+// side within its time limit.
+class HostHelpExamples : public HostHelp, public ::testing::WithParamInterface<size_t> {};
+constexpr size_t kExampleShares = 4;
+
+TEST_P(HostHelpExamples, EveryBuiltMethodRunsFromItsExample) {
   auto built = BuiltMethods(Shell(app() + " list").out);
   ASSERT_GT(built.size(), 20u);
-  for (const auto& [name, family] : built) {
+  for (size_t i = GetParam(); i < built.size(); i += kExampleShares) {
+    const auto& name = built[i].first;
     SCOPED_TRACE(name);
     Result help = Shell(app() + " help " + name);
     auto lines = Lines(help.out);
@@ -148,6 +154,8 @@ TEST_F(HostHelp, EveryBuiltMethodRunsFromItsExample) {
     }
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(Shares, HostHelpExamples, ::testing::Range<size_t>(0, kExampleShares));
 
 // The default database is one absolute path wherever the command runs, and
 // a missing one says how to make it.

@@ -50,7 +50,7 @@ struct Engines {
 std::string Ids(Connection& conn, const std::string& statement) {
   std::string ids;
   const auto rows = conn.Query(statement);
-  for (const auto& row : rows->rows) ids += CStr(row.at(0)) + " ";
+  for (size_t r = 0; r < rows->RowCount(); ++r) ids += CStr(rows->Get(r, 0)) + " ";
   return ids;
 }
 
