@@ -20,4 +20,6 @@ run --out out/receipt.pdf rptReceipt 1 "" "" 2>/dev/null
 run --out out/production.pdf rptProductionReports True True True True True True 2026-10-01 2026-10-31 0 frontdesk "" "" ""
 run --out out/detailed-analysis.pdf srptDetailedAnalysis 2026-10-01 2026-10-31 0 frontdesk "ProviderID = 3 OR ProviderID = 5" True
 run --out out/payroll.pdf rptPayroll "ID = 5 OR ID = 3" 2026-10-01 2026-10-31 frontdesk
+run --out out/month-end.pdf rptMonthEndReport True True True True True True True 2026-10-01 2026-10-31 0 frontdesk "ProviderID = 2 OR ProviderID = 5" False True True True True "" True
+run --out out/practice-analysis.pdf rptDayEndSummary 2026-10-01 2026-10-31 frontdesk
 echo "reports written to out/ (more: $app list; $app help METHOD)"
