@@ -339,12 +339,8 @@ void clsReports::rptMonthEndReport(bool DetailedAnalysis, bool SummaryAnalysis, 
       // The aged list heads itself. The package asks it for the date view
       // (3), which the list does not have: it reads that as the provider
       // view (0), as the balance lists read their view 3, so 0 is passed.
-      // The list puts the filter after an AND as it stands; the chosen
-      // providers' terms are joined by OR, so they go in brackets, or the
-      // ORs would reach past each patient's own rows.
       package.SelfHeadedSection("Accounts Receivable");
-      srptAccountReceivable(dtEnd, 0, ProviderNames.empty() ? "" : "(" + ProviderNames + ")",
-                            UserName);
+      srptAccountReceivable(dtEnd, 0, ProviderNames, UserName);
     }
     if (CashIn) {
       // The month-end takes the summary of the money where the day-end

@@ -42,12 +42,14 @@ AgedFigures AgedReceivableFigures(clsReports& r, DateTime dtEndDate, int16_t Byo
     payment_filter = vb::Replace(ProviderFilter, "ProviderID", "InitialProviderID");
   }
   // With no filter every subquery ends at its date test: the forms differ
-  // only by the filter they append.
+  // only by the filter they append. The filter goes in brackets: a host
+  // joins providers with OR ("ProviderID = 2 OR ProviderID = 5"), and
+  // without them the ORs would reach past the patient's own rows.
   auto and_charge = [&] {
-    return charge_filter.empty() ? std::string() : " AND " + charge_filter;
+    return charge_filter.empty() ? std::string() : " AND (" + charge_filter + ")";
   };
   auto and_payment = [&] {
-    return payment_filter.empty() ? std::string() : " AND " + payment_filter;
+    return payment_filter.empty() ? std::string() : " AND (" + payment_filter + ")";
   };
   // The overseer sits on the invoice, so every allocation side that tests
   // him reaches the invoice through the line.
