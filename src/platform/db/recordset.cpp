@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "common/collation.h"
 #include "platform/db/db_error.h"
 #include "platform/db/recordset_state.h"
 #include "platform/db/sort_keys.h"
@@ -231,14 +232,41 @@ void RecordsetState::Rebuild() {
                                                   k.field + "' in: " + sort);
       cols.emplace_back(f, k.descending);
     }
+    // Text is ordered by its dictionary key, made once per row here rather
+    // than once per comparison: a sort of n names makes n log n
+    // comparisons, and a name with an accent or a hyphen is keyed at each.
+    // Two texts compare as their keys do (collation.h), so the order is
+    // the one Compare gives; cells of other kinds are compared in place.
     const ColumnStore& cells = data->cells();
-    std::stable_sort(view.begin(), view.end(), [&](size_t a, size_t b) {
-      for (auto [f, desc] : cols) {
-        int c = cells.Compare(a, b, static_cast<size_t>(f));
-        if (c != 0) return desc ? c > 0 : c < 0;
+    const size_t n = view.size();
+    std::vector<std::vector<std::string>> keys(cols.size());
+    for (size_t k = 0; k < cols.size(); ++k) {
+      const auto column = static_cast<size_t>(cols[k].first);
+      for (size_t i = 0; i < n; ++i) {
+        if (cells.KindAt(view[i], column) != ColumnStore::Kind::String) continue;
+        if (keys[k].empty()) keys[k].resize(n);
+        keys[k][i] = collation::SortKey(cells.BytesAt(view[i], column));
+      }
+    }
+    std::vector<uint32_t> order(n);
+    for (size_t i = 0; i < n; ++i) order[i] = static_cast<uint32_t>(i);
+    std::stable_sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+      for (size_t k = 0; k < cols.size(); ++k) {
+        const auto column = static_cast<size_t>(cols[k].first);
+        int c;
+        if (!keys[k].empty() && cells.KindAt(view[a], column) == ColumnStore::Kind::String &&
+            cells.KindAt(view[b], column) == ColumnStore::Kind::String) {
+          c = keys[k][a].compare(keys[k][b]);
+        } else {
+          c = cells.Compare(view[a], view[b], column);
+        }
+        if (c != 0) return cols[k].second ? c > 0 : c < 0;
       }
       return false;
     });
+    std::vector<size_t> sorted(n);
+    for (size_t i = 0; i < n; ++i) sorted[i] = view[order[i]];
+    view = std::move(sorted);
   }
   pos = 0;
   chunk_row = -1;
