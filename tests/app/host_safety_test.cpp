@@ -4,8 +4,11 @@
 // screen.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -190,6 +193,40 @@ TEST_F(HostSafety, UnknownRecordsAreNamed) {
     EXPECT_NE(r.out.find(c.says), std::string::npos) << r.out;
     EXPECT_EQ(r.out.find("BOF or EOF"), std::string::npos) << r.out;
     EXPECT_FALSE(fs::exists(dir + "/unknown.pdf"));
+  }
+}
+
+// A run stopped while it writes its pages (Ctrl-C, kill, a closed
+// terminal) dies of the signal, removes its unfinished files and leaves
+// the earlier output as it was.
+TEST_F(HostSafety, AStoppedRunLeavesNoPartialFile) {
+  std::ofstream(dir + "/list.png") << "the earlier list";
+  for (int sig : {SIGTERM, SIGINT, SIGHUP}) {
+    SCOPED_TRACE(strsignal(sig));
+    const std::string db = dir + "/x.db", out = dir + "/list.png";
+    pid_t pid = ::fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+      std::freopen("/dev/null", "w", stderr);
+      ::execl(app().c_str(), app().c_str(), "--db", db.c_str(), "--today", "2026-11-20", "--out",
+              out.c_str(), "rptPatientListSimple", "0", "desk", "T", static_cast<char*>(nullptr));
+      ::_exit(127);
+    }
+    // Wait for the first page to be written under its temporary name.
+    bool writing = false;
+    int status = 0;
+    for (int i = 0; i < 12000 && !writing; ++i) {
+      writing = !NoLeftovers();
+      if (!writing && ::waitpid(pid, &status, WNOHANG) == pid) break;
+      if (!writing) ::usleep(5000);
+    }
+    ASSERT_TRUE(writing) << "the run ended before it wrote a page";
+    ASSERT_EQ(::kill(pid, sig), 0);
+    ASSERT_EQ(::waitpid(pid, &status, 0), pid);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == sig) << status;
+    EXPECT_TRUE(NoLeftovers());
+    EXPECT_EQ(ReadFile(out), "the earlier list");
+    EXPECT_FALSE(fs::exists(dir + "/list-2.png"));
   }
 }
 
