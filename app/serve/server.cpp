@@ -9,6 +9,7 @@
 #include <regex>
 
 #include "command.h"
+#include "common/collation.h"
 #include "common/datetime.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
@@ -226,9 +227,43 @@ void ReportServer::Stop() {
   if (http_ && http_->is_running()) http_->stop();
 }
 
+namespace {
+
+// A name as the search compares it: its base letters in small letters,
+// hyphens and apostrophes left out ("Étienne" and "ETIENNE" read "etienne",
+// "O'Neil" reads "oneil"), as the practice's dictionary order sees it.
+std::string SearchFold(std::string_view text) {
+  std::string key = collation::SortKey(text);
+  return key.substr(0, key.find(collation::kLevelSeparator));
+}
+
+// The names a folded word can start: LIKE is case-insensitive on both
+// engines, not accent-insensitive, so each letter that folds to the word's
+// first letter is asked for ("e" asks E, É, È, Ê, Ë ...; "a" asks Æ too).
+std::string FirstLetterCondition(const std::string& folded) {
+  // The first character whole: a letter without a base is several bytes.
+  const unsigned char lead = static_cast<unsigned char>(folded[0]);
+  const size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  std::vector<std::string> starts{folded.substr(0, length)};
+  for (const auto& l : collation::Letters()) {
+    if (length != 1 || l.base[0] != folded[0]) continue;
+    std::string small;
+    collation::AppendUtf8(l.small, small);
+    starts.push_back(small);
+  }
+  std::string any;
+  for (const char* column : {"LastName", "FirstName"})
+    for (const auto& s : starts)
+      any += (any.empty() ? "" : " OR ") + std::string(column) + " LIKE '" +
+             vb::Replace(s, "'", "''") + "%'";
+  return "(" + any + ")";
+}
+
+}  // namespace
+
 std::string ReportServer::PatientsJson(const std::string& query) {
   // Words of a name, or a patient's number: only letters, digits, blanks,
-  // hyphens and apostrophes reach the statement, each quote doubled.
+  // hyphens and apostrophes count.
   std::vector<std::string> words;
   std::string word;
   for (char c : query + " ") {
@@ -237,36 +272,54 @@ std::string ReportServer::PatientsJson(const std::string& query) {
     if (keep && word.size() < 30) {
       word += c;
     } else if (!keep && !word.empty()) {
-      words.push_back(vb::Replace(vb::UCase(word), "'", "''"));
+      words.push_back(word);
       word.clear();
     }
   }
   json out = json::array();
   if (words.empty() || words.size() > 4) return out.dump();
+  // The front desk types names with or without their accents and in any
+  // case, and both engines must answer alike: each word is a prefix of the
+  // last or the first name compared on folded text, worked out here. The
+  // statement only narrows the patients by the first letter of each word,
+  // so what it returns is filtered below.
   std::string where;
+  std::vector<std::string> names;  // folded words
   for (const auto& w : words) {
     bool number = std::all_of(w.begin(), w.end(), [](char c) { return c >= '0' && c <= '9'; });
-    std::string term = number && w.size() < 10 ? "ID = " + w
-                                               : "(UPPER(LastName) LIKE '" + w +
-                                                     "%' OR UPPER(FirstName) LIKE '" + w + "%')";
+    std::string term;
+    if (number && w.size() < 10) {
+      term = "ID = " + w;
+    } else {
+      std::string folded = SearchFold(w);
+      if (folded.empty()) continue;
+      names.push_back(folded);
+      term = FirstLetterCondition(folded);
+    }
     where += (where.empty() ? "" : " AND ") + term;
   }
+  if (where.empty()) return out.dump();
   std::lock_guard lock(lookup_mu_);
   if (!lookup_) lookup_ = std::make_unique<db::Connection>(options_.run.db);
   db::Recordset rs;
   rs.Open(
-      "SELECT TOP 25 ID, LastName, FirstName, BirthDate, ResponsibleFamilyMemberID "
+      "SELECT ID, LastName, FirstName, BirthDate, ResponsibleFamilyMemberID "
       "FROM Patient WHERE " +
           where + " ORDER BY LastName, FirstName, ID",
       *lookup_, db::adOpenStatic);
-  while (!rs.Eof()) {
+  for (; !rs.Eof() && out.size() < 25; rs.MoveNext()) {
+    const std::string last = CStr(rs["LastName"].Value()), first = CStr(rs["FirstName"].Value());
+    const std::string last_key = SearchFold(last), first_key = SearchFold(first);
+    bool all = std::all_of(names.begin(), names.end(), [&](const std::string& n) {
+      return last_key.rfind(n, 0) == 0 || first_key.rfind(n, 0) == 0;
+    });
+    if (!all) continue;
     Variant birth = rs["BirthDate"];
     Variant family = rs["ResponsibleFamilyMemberID"];
     out.push_back({{"id", CLng(rs["ID"].Value())},
-                   {"name", CStr(rs["LastName"].Value()) + ", " + CStr(rs["FirstName"].Value())},
+                   {"name", last + ", " + first},
                    {"birth", birth.IsNull() ? "" : Format(birth, "yyyy-mm-dd")},
                    {"family", family.IsNull() ? 0 : CLng(family)}});
-    rs.MoveNext();
   }
   return out.dump();
 }

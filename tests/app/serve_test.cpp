@@ -500,6 +500,60 @@ TEST_F(Serve, TwoRunsAtOnceOnPostgres) {
   TwoRunsAtOnce(pg.url(), dir);
 }
 
+// The patient picker finds a name however it is typed: with or without
+// its accents, in any case, hyphens and apostrophes optional; every word
+// must start the last or the first name. Both engines answer alike.
+void PatientSearchFoldsAccentsAndCase(const std::string& db) {
+  LiveServer live(Options(db));
+  auto c = live.Client();
+  struct Case {
+    const char* name;
+    const char* query;
+    std::set<int> found, not_found;  // among patients 5, 6 and 7
+  } cases[] = {
+      {"accents typed", "étienne", {5}, {6, 7}},
+      {"accents left out", "etienne", {5}, {6, 7}},
+      {"capitals with accents", "ÉTIENNE LEFÈVRE", {5}, {6, 7}},
+      {"hyphenated last name", "lefevre-dube", {5}, {6, 7}},
+      {"the second half is no prefix", "dube", {}, {5, 6, 7}},
+      {"apostrophe left out", "oneil zoe", {6}, {5, 7}},
+      {"apostrophe typed", "O'NEIL", {6}, {5, 7}},
+      {"an accent on a plain name", "éric éthier", {7}, {5, 6}},
+      {"every word must match", "etienne oneil", {}, {5, 6, 7}},
+      {"a number is the patient", "6", {6}, {5, 7}},
+  };
+  for (const auto& k : cases) {
+    SCOPED_TRACE(k.name);
+    json found = Json(c.Get("/api/patients?q=" + httplib::detail::encode_query_param(k.query)));
+    std::set<int> ids;
+    for (const auto& p : found) ids.insert(p["id"].get<int>());
+    for (int id : k.found) EXPECT_TRUE(ids.count(id)) << id << " " << found.dump();
+    for (int id : k.not_found) EXPECT_FALSE(ids.count(id)) << id << " " << found.dump();
+  }
+}
+
+TEST_F(Serve, PatientSearchFoldsAccentsAndCase) {
+  std::string db = dir + "/names.db";
+  fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
+  for (const char* update :
+       {"UPDATE Patient SET LastName = 'Lefèvre-Dubé', FirstName = 'Étienne' WHERE ID = 5",
+        "UPDATE Patient SET LastName = 'O''Neil', FirstName = 'Zoë' WHERE ID = 6",
+        "UPDATE Patient SET LastName = 'Ethier', FirstName = 'Eric' WHERE ID = 7"}) {
+    auto w = HostShell(HostProgram() + " sql --write --db " + db + " " + ShellQuote(update));
+    ASSERT_EQ(w.status, 0) << w.out;
+  }
+  {
+    SCOPED_TRACE("SQLite");
+    PatientSearchFoldsAccentsAndCase(db);
+  }
+  if (orv::testing::TestServerUrl().empty()) return;
+  SCOPED_TRACE("PostgreSQL");
+  orv::testing::FreshPgDatabase pg;
+  auto copy = HostShell(HostProgram() + " copy-db " + db + " " + ShellQuote(pg.url()) + " --replace");
+  ASSERT_EQ(copy.status, 0) << copy.out;
+  PatientSearchFoldsAccentsAndCase(pg.url());
+}
+
 }  // namespace
 
 namespace {
