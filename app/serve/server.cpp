@@ -135,6 +135,7 @@ json StatusJson(const Run::Status& s) {
   if (!s.question.empty()) out["question"] = s.question;
   if (!s.error.empty()) out["error"] = s.error;
   if (!s.result.empty()) out["result"] = s.result;
+  if (s.cancelled) out["cancelled"] = true;
   return out;
 }
 
@@ -464,6 +465,16 @@ void ReportServer::Route() {
       return Refuse(res, 400, R"(Send {"answer": "yes"} or {"answer": "no"}.)");
     if (!run->Answer(answer == "yes" ? host::vbYes : host::vbNo))
       return Refuse(res, 409, "The run asks no question now.");
+    Reply(res, 200, StatusJson(run->Snapshot()));
+  });
+
+  // Stops a run: a queued one never starts, one in progress ends at its
+  // next progress raise or row as a failed run, without a document.
+  s.Post(R"(/api/runs/(\d+)/cancel)", [this, find](const httplib::Request& req,
+                                                    httplib::Response& res) {
+    auto run = find(req, res);
+    if (!run) return;
+    if (!runs_.Cancel(*run)) return Refuse(res, 409, "The run has already ended.");
     Reply(res, 200, StatusJson(run->Snapshot()));
   });
 

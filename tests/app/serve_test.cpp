@@ -487,6 +487,74 @@ TEST_F(Serve, ARunWaitsItsTurnForAFreeComponent) {
   EXPECT_EQ(WaitEnded(c, b["id"])["state"], "done");
 }
 
+// A run is cancelled from the page: a queued one never starts; one in
+// progress stops at its next progress raise, ends as a failed run marked
+// cancelled with no document, and frees its worker; one that waits on a
+// question stops without its answer.
+TEST_F(Serve, ACancelledRunStopsAndFreesItsWorker) {
+  std::string db = dir + "/cancel.db";
+  fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
+  auto w = HostShell(HostProgram() + " sql --write --db " + db +
+                     " \"UPDATE Patient SET ReferringDentistID = 99999 WHERE ID = 5\"");
+  ASSERT_EQ(w.status, 0) << w.out;
+  LiveServer live(Options(db, 1));
+  auto c = live.Client();
+  auto cancel = [&](const json& run) {
+    return c.Post("/api/runs/" + std::to_string(run["id"].get<int>()) + "/cancel", "",
+                  "application/json");
+  };
+  auto status = [&](const json& run) {
+    return Json(c.Get("/api/runs/" + std::to_string(run["id"].get<int>())));
+  };
+  json longer = StartRun(c, {{"method", "rptBillingByClient"}, {"args", {"desk", "", "", ""}}});
+  json queued = StartRun(c, {{"method", "rptFeeGuide"}, {"args", {"1"}}});
+  json s;
+  for (int i = 0; i < 6000; ++i) {
+    s = status(longer);
+    if (s["state"] != "queued" && s["progress"].get<int>() > 0) break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  ASSERT_EQ(s["state"], "running") << s.dump();
+  ASSERT_EQ(status(queued)["state"], "queued");
+
+  auto r = cancel(queued);
+  ASSERT_TRUE(r);
+  EXPECT_EQ(r->status, 200) << r->body;
+  r = cancel(longer);
+  ASSERT_TRUE(r);
+  EXPECT_EQ(r->status, 200) << r->body;
+  json ended = WaitEnded(c, longer["id"]);
+  EXPECT_EQ(ended["state"], "failed");
+  EXPECT_EQ(ended["cancelled"], true) << ended.dump();
+  EXPECT_EQ(ended["error"], "Cancelled.");
+  EXPECT_LT(ended["progress"].get<int>(), 100);
+  EXPECT_EQ(
+      c.Get("/api/runs/" + std::to_string(longer["id"].get<int>()) + "/document.pdf")->status,
+      409);
+  json never = status(queued);
+  EXPECT_EQ(never["state"], "failed");
+  EXPECT_EQ(never["cancelled"], true);
+  EXPECT_EQ(never["seconds"], 0) << "the queued run started";
+  // An ended run cannot be cancelled.
+  EXPECT_EQ(cancel(longer)->status, 409);
+
+  // The worker is free for the next run, which asks a question; cancelled
+  // while it waits, it stops without repairing anything.
+  json asks = StartRun(c, {{"method", "CheckRelationships"},
+                           {"args", {"ReferringDentists", "ID", "Patient", "ReferringDentistID"}}});
+  for (int i = 0; i < 6000 && status(asks)["state"] != "question"; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  ASSERT_EQ(status(asks)["state"], "question");
+  EXPECT_EQ(cancel(asks)->status, 200);
+  json stopped = WaitEnded(c, asks["id"]);
+  EXPECT_EQ(stopped["cancelled"], true) << stopped.dump();
+  auto still = HostShell(HostProgram() + " sql --db " + db +
+                         " \"SELECT ReferringDentistID FROM Patient WHERE ID = 5\"");
+  EXPECT_EQ(still.out, "ReferringDentistID\n99999\n");
+  EXPECT_EQ(WaitEnded(c, StartRun(c, {{"method", "rptFeeGuide"}, {"args", {"1"}}})["id"])["state"],
+            "done");
+}
+
 TEST_F(Serve, TwoRunsAtOnceOnSqlite) {
   TwoRunsAtOnce(Db(), dir);
 }
