@@ -238,25 +238,19 @@ std::string SearchFold(std::string_view text) {
   return key.substr(0, key.find(collation::kLevelSeparator));
 }
 
-// The names a folded word can start: LIKE is case-insensitive on both
-// engines, not accent-insensitive, so each letter that folds to the word's
-// first letter is asked for ("e" asks E, É, È, Ê, Ë ...; "a" asks Æ too).
-std::string FirstLetterCondition(const std::string& folded) {
-  // The first character whole: a letter without a base is several bytes.
-  const unsigned char lead = static_cast<unsigned char>(folded[0]);
-  const size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  std::vector<std::string> starts{folded.substr(0, length)};
-  for (const auto& l : collation::Letters()) {
-    if (length != 1 || l.base[0] != folded[0]) continue;
-    std::string small;
-    collation::AppendUtf8(l.small, small);
-    starts.push_back(small);
-  }
+// The names whose folded text starts with `folded`, as a range of the
+// practice's dictionary order, which compares base letters first and both
+// engines apply to < and >=: every such name lies from the word itself
+// (its plain spelling sorts first) up to the word followed by the highest
+// character there is. A range asks no function per row.
+std::string PrefixCondition(const std::string& folded) {
+  std::string low = vb::Replace(folded, "'", "''");
+  std::string high = low;
+  collation::AppendUtf8(U'\U0010FFFD', high);
   std::string any;
   for (const char* column : {"LastName", "FirstName"})
-    for (const auto& s : starts)
-      any += (any.empty() ? "" : " OR ") + std::string(column) + " LIKE '" +
-             vb::Replace(s, "'", "''") + "%'";
+    any += (any.empty() ? "" : " OR ") + std::string("(") + column + " >= '" + low + "' AND " +
+           column + " < '" + high + "')";
   return "(" + any + ")";
 }
 
@@ -281,9 +275,9 @@ std::string ReportServer::PatientsJson(const std::string& query) {
   if (words.empty() || words.size() > 4) return out.dump();
   // The front desk types names with or without their accents and in any
   // case, and both engines must answer alike: each word is a prefix of the
-  // last or the first name compared on folded text, worked out here. The
-  // statement only narrows the patients by the first letter of each word,
-  // so what it returns is filtered below.
+  // last or the first name compared on folded text. The statement asks
+  // for that by ranges of the dictionary order; the folded comparison
+  // below has the last word.
   std::string where;
   std::vector<std::string> names;  // folded words
   for (const auto& w : words) {
@@ -295,7 +289,7 @@ std::string ReportServer::PatientsJson(const std::string& query) {
       std::string folded = SearchFold(w);
       if (folded.empty()) continue;
       names.push_back(folded);
-      term = FirstLetterCondition(folded);
+      term = PrefixCondition(folded);
     }
     where += (where.empty() ? "" : " AND ") + term;
   }
@@ -304,7 +298,7 @@ std::string ReportServer::PatientsJson(const std::string& query) {
   if (!lookup_) lookup_ = std::make_unique<db::Connection>(options_.run.db);
   db::Recordset rs;
   rs.Open(
-      "SELECT ID, LastName, FirstName, BirthDate, ResponsibleFamilyMemberID "
+      "SELECT TOP 200 ID, LastName, FirstName, BirthDate, ResponsibleFamilyMemberID "
       "FROM Patient WHERE " +
           where + " ORDER BY LastName, FirstName, ID",
       *lookup_, db::adOpenStatic);
