@@ -110,6 +110,20 @@ class Serve : public ::testing::Test {
   }
   static void TearDownTestSuite() { fs::remove_all(dir); }
   static std::string Db() { return dir + "/demo.db"; }
+  // A copy of the demo practice named `name`, changed by `updates`.
+  static std::string ChangedCopy(const std::string& name,
+                                 std::initializer_list<std::string> updates) {
+    std::string db = dir + "/" + name;
+    fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
+    for (const auto& update : updates) {
+      auto w = HostShell(HostProgram() + " sql --write --db " + db + " " + ShellQuote(update));
+      EXPECT_EQ(w.status, 0) << w.out;
+    }
+    return db;
+  }
+  // A referral link that points nowhere makes the check ask to repair it.
+  static constexpr const char* kBrokenReferral =
+      "UPDATE Patient SET ReferringDentistID = 99999 WHERE ID = 5";
   static inline std::string dir;
 };
 
@@ -334,12 +348,7 @@ TEST_F(Serve, BadInputIsRefusedBesideItsField) {
 }
 
 TEST_F(Serve, AQuestionWaitsForItsAnswer) {
-  // A referral link that points nowhere makes the check ask to repair it.
-  std::string db = dir + "/broken.db";
-  fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
-  auto w = HostShell(HostProgram() + " sql --write --db " + db +
-                     " \"UPDATE Patient SET ReferringDentistID = 99999 WHERE ID = 5\"");
-  ASSERT_EQ(w.status, 0) << w.out;
+  std::string db = ChangedCopy("broken.db", {kBrokenReferral});
   LiveServer live(Options(db));
   auto c = live.Client();
   json started =
@@ -492,11 +501,7 @@ TEST_F(Serve, ARunWaitsItsTurnForAFreeComponent) {
 // cancelled with no document, and frees its worker; one that waits on a
 // question stops without its answer.
 TEST_F(Serve, ACancelledRunStopsAndFreesItsWorker) {
-  std::string db = dir + "/cancel.db";
-  fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
-  auto w = HostShell(HostProgram() + " sql --write --db " + db +
-                     " \"UPDATE Patient SET ReferringDentistID = 99999 WHERE ID = 5\"");
-  ASSERT_EQ(w.status, 0) << w.out;
+  std::string db = ChangedCopy("cancel.db", {kBrokenReferral});
   LiveServer live(Options(db, 1));
   auto c = live.Client();
   auto cancel = [&](const json& run) {
@@ -601,15 +606,10 @@ void PatientSearchFoldsAccentsAndCase(const std::string& db) {
 }
 
 TEST_F(Serve, PatientSearchFoldsAccentsAndCase) {
-  std::string db = dir + "/names.db";
-  fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
-  for (const char* update :
-       {"UPDATE Patient SET LastName = 'Lefèvre-Dubé', FirstName = 'Étienne' WHERE ID = 5",
-        "UPDATE Patient SET LastName = 'O''Neil', FirstName = 'Zoë' WHERE ID = 6",
-        "UPDATE Patient SET LastName = 'Ethier', FirstName = 'Eric' WHERE ID = 7"}) {
-    auto w = HostShell(HostProgram() + " sql --write --db " + db + " " + ShellQuote(update));
-    ASSERT_EQ(w.status, 0) << w.out;
-  }
+  std::string db = ChangedCopy(
+      "names.db", {"UPDATE Patient SET LastName = 'Lefèvre-Dubé', FirstName = 'Étienne' WHERE ID = 5",
+                   "UPDATE Patient SET LastName = 'O''Neil', FirstName = 'Zoë' WHERE ID = 6",
+                   "UPDATE Patient SET LastName = 'Ethier', FirstName = 'Eric' WHERE ID = 7"});
   {
     SCOPED_TRACE("SQLite");
     PatientSearchFoldsAccentsAndCase(db);
