@@ -84,6 +84,11 @@ void RemovePartialFile(const std::string& path) {
   Files().erase(path);
 }
 
+void ForgetPartialFile(const std::string& path) {
+  std::lock_guard lock(Mutex());
+  Files().erase(path);
+}
+
 void RemovePartialFilesOnSignal() {
   static std::once_flag once;
   std::call_once(once, [] {

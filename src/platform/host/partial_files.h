@@ -23,6 +23,9 @@ void RenamePartialFile(const std::string& path, const std::string& target, std::
 // Removes a listed file, if it is there, and drops it from the list.
 void RemovePartialFile(const std::string& path);
 
+// Drops a file from the list where it stands: it is whole now.
+void ForgetPartialFile(const std::string& path);
+
 // Installs handlers for SIGINT, SIGTERM and SIGHUP that remove the listed
 // files, say so on stderr, and end the program by the same signal (so the
 // shell sees 128 + the signal's number). A command that stops in a manner
