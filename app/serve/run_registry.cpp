@@ -107,10 +107,10 @@ void Run::Finish(RunState state, std::string error) {
   status_.state = state;
   status_.error = db::MaskSecrets(error);
   status_.cancelled = cancel_requested_;
-  status_.seconds = started_ == std::chrono::steady_clock::time_point{}
-                        ? 0
-                        : std::chrono::duration<double>(std::chrono::steady_clock::now() - started_)
-                              .count();
+  status_.seconds =
+      started_ == std::chrono::steady_clock::time_point{}
+          ? 0
+          : std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count();
   if (state == RunState::kDone) status_.progress = 100;
   changed_.notify_all();
 }

@@ -86,7 +86,7 @@ class Run {
     std::string error;     // why a failed run failed
     std::string result;    // what a method with a result returned
     int pages = 0;
-    double seconds = 0;  // from start to end of the run
+    double seconds = 0;      // from start to end of the run
     bool cancelled = false;  // stopped at the person's request
   };
 

@@ -464,13 +464,13 @@ void ReportServer::Route() {
 
   // Stops a run: a queued one never starts, one in progress ends at its
   // next progress raise or row as a failed run, without a document.
-  s.Post(R"(/api/runs/(\d+)/cancel)", [this, find](const httplib::Request& req,
-                                                    httplib::Response& res) {
-    auto run = find(req, res);
-    if (!run) return;
-    if (!runs_.Cancel(*run)) return Refuse(res, 409, "The run has already ended.");
-    Reply(res, 200, StatusJson(run->Snapshot()));
-  });
+  s.Post(R"(/api/runs/(\d+)/cancel)",
+         [this, find](const httplib::Request& req, httplib::Response& res) {
+           auto run = find(req, res);
+           if (!run) return;
+           if (!runs_.Cancel(*run)) return Refuse(res, 409, "The run has already ended.");
+           Reply(res, 200, StatusJson(run->Snapshot()));
+         });
 
   s.Get(R"(/api/runs/(\d+)/pages/(\d+)\.png)",
         [serve](const httplib::Request& req, httplib::Response& res) {

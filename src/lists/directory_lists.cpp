@@ -31,12 +31,12 @@ void clsReports::rptFeeGuide(int32_t ID, std::string UserName) {
   // so the front desk knows which list to fix.
   if (rs.Eof()) {
     db::Recordset guide = Open("SELECT Name FROM FeeGuides WHERE ID = " + std::to_string(ID));
-    throw db::DatabaseError(
-        db::kErrNoCurrentRecord,
-        guide.Eof() ? "There is no fee guide " + std::to_string(ID) +
-                          " (FeeGuides.ID); nothing was printed."
-                    : "The fee guide " + std::to_string(ID) + " (" + CStr(guide["Name"].Value()) +
-                          ") has no fees on file; nothing was printed.");
+    throw db::DatabaseError(db::kErrNoCurrentRecord,
+                            guide.Eof() ? "There is no fee guide " + std::to_string(ID) +
+                                              " (FeeGuides.ID); nothing was printed."
+                                        : "The fee guide " + std::to_string(ID) + " (" +
+                                              CStr(guide["Name"].Value()) +
+                                              ") has no fees on file; nothing was printed.");
   }
   vsp.DocName(CStr(rs["Name"].Value()));
   vsp.StartDoc();

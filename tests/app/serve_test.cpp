@@ -533,9 +533,8 @@ TEST_F(Serve, ACancelledRunStopsAndFreesItsWorker) {
   EXPECT_EQ(ended["cancelled"], true) << ended.dump();
   EXPECT_EQ(ended["error"], "Cancelled.");
   EXPECT_LT(ended["progress"].get<int>(), 100);
-  EXPECT_EQ(
-      c.Get("/api/runs/" + std::to_string(longer["id"].get<int>()) + "/document.pdf")->status,
-      409);
+  EXPECT_EQ(c.Get("/api/runs/" + std::to_string(longer["id"].get<int>()) + "/document.pdf")->status,
+            409);
   json never = status(queued);
   EXPECT_EQ(never["state"], "failed");
   EXPECT_EQ(never["cancelled"], true);
@@ -607,9 +606,10 @@ void PatientSearchFoldsAccentsAndCase(const std::string& db) {
 
 TEST_F(Serve, PatientSearchFoldsAccentsAndCase) {
   std::string db = ChangedCopy(
-      "names.db", {"UPDATE Patient SET LastName = 'Lefèvre-Dubé', FirstName = 'Étienne' WHERE ID = 5",
-                   "UPDATE Patient SET LastName = 'O''Neil', FirstName = 'Zoë' WHERE ID = 6",
-                   "UPDATE Patient SET LastName = 'Ethier', FirstName = 'Eric' WHERE ID = 7"});
+      "names.db",
+      {"UPDATE Patient SET LastName = 'Lefèvre-Dubé', FirstName = 'Étienne' WHERE ID = 5",
+       "UPDATE Patient SET LastName = 'O''Neil', FirstName = 'Zoë' WHERE ID = 6",
+       "UPDATE Patient SET LastName = 'Ethier', FirstName = 'Eric' WHERE ID = 7"});
   {
     SCOPED_TRACE("SQLite");
     PatientSearchFoldsAccentsAndCase(db);
@@ -617,7 +617,8 @@ TEST_F(Serve, PatientSearchFoldsAccentsAndCase) {
   if (orv::testing::TestServerUrl().empty()) return;
   SCOPED_TRACE("PostgreSQL");
   orv::testing::FreshPgDatabase pg;
-  auto copy = HostShell(HostProgram() + " copy-db " + db + " " + ShellQuote(pg.url()) + " --replace");
+  auto copy =
+      HostShell(HostProgram() + " copy-db " + db + " " + ShellQuote(pg.url()) + " --replace");
   ASSERT_EQ(copy.status, 0) << copy.out;
   PatientSearchFoldsAccentsAndCase(pg.url());
 }

@@ -39,10 +39,14 @@ void OnSignal(int sig) {
 
 const char* SignalName(int sig) {
   switch (sig) {
-    case SIGINT: return "SIGINT";
-    case SIGTERM: return "SIGTERM";
-    case SIGHUP: return "SIGHUP";
-    default: return "a signal";
+    case SIGINT:
+      return "SIGINT";
+    case SIGTERM:
+      return "SIGTERM";
+    case SIGHUP:
+      return "SIGHUP";
+    default:
+      return "a signal";
   }
 }
 
@@ -56,8 +60,10 @@ const char* SignalName(int sig) {
   Mutex().lock();
   size_t removed = 0;
   for (const auto& f : Files()) removed += ::unlink(f.c_str()) == 0;
-  std::fprintf(stderr, "\norvenda-reports: stopped by %s; %zu unfinished file%s removed, nothing was written\n",
-               SignalName(b), removed, removed == 1 ? "" : "s");
+  std::fprintf(
+      stderr,
+      "\norvenda-reports: stopped by %s; %zu unfinished file%s removed, nothing was written\n",
+      SignalName(b), removed, removed == 1 ? "" : "s");
   std::fflush(stderr);
   std::signal(b, SIG_DFL);
   std::raise(b);
