@@ -67,7 +67,10 @@ bool Run::Answer(int answer) {
 
 bool Run::Cancel() {
   std::lock_guard lock(mu_);
-  if (status_.state == RunState::kDone || status_.state == RunState::kFailed) return false;
+  // A run whose document is kept has ended, though its state may not say
+  // so yet.
+  if (status_.state == RunState::kDone || status_.state == RunState::kFailed || doc_)
+    return false;
   cancel_requested_ = true;
   // A question in wait takes No, the answer that never writes, and the
   // message box then leaves the report.
@@ -390,7 +393,7 @@ void RunRegistry::Execute(Run& run, const RunRequest& request) {
     Variant result = CallMethod(reports, form, sig, args, settings_.user);
     std::error_code ec;
     fs::remove(stray_print, ec);
-    // Asked to stop after its last check: what it made is not kept.
+    // A run asked to stop ends cancelled, whatever the report said.
     if (run.cancel_requested_) throw RunCancelled{};
     if (web.FailureShown()) {
       run.Finish(RunState::kFailed, std::string(sig.name) + " did not finish: see its message.");
@@ -403,6 +406,10 @@ void RunRegistry::Execute(Run& run, const RunRequest& request) {
     }
     {
       std::lock_guard lock(run.mu_);
+      // Asked to stop after its last check: what it made is not kept. The
+      // check and the keeping are one step under the lock, so a request
+      // either stops the run or finds it ended.
+      if (run.cancel_requested_) throw RunCancelled{};
       // A report that prints at once (a receipt, a card) has no printer
       // here: its pages wait in the page for the person to print them.
       if (form.PrintedWithoutPrinter())
