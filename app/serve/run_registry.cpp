@@ -69,8 +69,7 @@ bool Run::Cancel() {
   std::lock_guard lock(mu_);
   // A run whose document is kept has ended, though its state may not say
   // so yet.
-  if (status_.state == RunState::kDone || status_.state == RunState::kFailed || doc_)
-    return false;
+  if (status_.state == RunState::kDone || status_.state == RunState::kFailed || doc_) return false;
   cancel_requested_ = true;
   // A question in wait takes No, the answer that never writes, and the
   // message box then leaves the report.
