@@ -84,6 +84,10 @@ std::map<std::string, closing::OpeningClosing> closing::OpeningReceivableBy(
   // summary asks for each provider of the practice).
   const std::string before = " < '" + dtStart.ToIsoDate() + "'";
   const std::string by_end = " <= '" + dtEnd.ToIsoDate() + "'";
+  // The rows the statements read are those of the later of the two dates,
+  // which hold those of the other: one range, where "before OR by the
+  // end" had the engine gather the rows of both in memory.
+  const std::string& wider = dtEnd.ToIsoDate() >= dtStart.ToIsoDate() ? by_end : before;
   // `amount` and `dated` give the summed value and the date condition for
   // one of the two dates; `rest` is the statement from its FROM on, its
   // WHERE ending in a condition the dates are added to.
@@ -94,7 +98,7 @@ std::map<std::string, closing::OpeningClosing> closing::OpeningReceivableBy(
                       " END) AS theOpening, SUM(CASE WHEN " + dated(by_end) + " THEN " +
                       amount(by_end) + " END) AS theClosing";
     if (!key.empty()) sql += ", " + key + " AS theKey";
-    sql += rest + " AND ((" + dated(before) + ") OR (" + dated(by_end) + "))";
+    sql += rest + " AND " + dated(wider);
     if (!key.empty()) sql += " GROUP BY " + key;
     db::Recordset rs = reports.Open(sql, db::adOpenForwardOnly);
     while (!rs.Eof()) {
