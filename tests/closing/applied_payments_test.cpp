@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "closing/closing_fixture.h"
+#include "support/paged_lines.h"
 
 namespace orv::testing {
 namespace {
@@ -54,20 +55,8 @@ TEST_F(AppliedPayments, HeadingsAndTotalsStayWithTheirRows) {
     vsp.StartDoc();
     vsp.CurrentY(bottom - Twips(60.0 * step));
     reports.srptAppliedPayments(Feb(1), Feb(28), kAllThree, 0);
-    // The lines of the document with the page each stands on.
-    std::vector<std::pair<int, std::string>> lines;
-    int page = 1;
-    std::string line;
-    for (const char ch : Text() + "\n") {
-      if (ch == '\n' || ch == '\f') {
-        if (!line.empty()) lines.emplace_back(page, line);
-        line.clear();
-        if (ch == '\f') ++page;
-      } else {
-        line += ch;
-      }
-    }
-    if (page > 1) ++moved;
+    const auto lines = PagedLines(Text());
+    if (!lines.empty() && lines.back().first > 1) ++moved;
     for (size_t i = 0; i < lines.size(); ++i) {
       const std::string& l = lines[i].second;
       SCOPED_TRACE("start " + std::to_string(step * 60) + " twips above the foot, line '" + l + "'");
