@@ -59,7 +59,8 @@ TEST_F(AppliedPayments, HeadingsAndTotalsStayWithTheirRows) {
     if (!lines.empty() && lines.back().first > 1) ++moved;
     for (size_t i = 0; i < lines.size(); ++i) {
       const std::string& l = lines[i].second;
-      SCOPED_TRACE("start " + std::to_string(step * 60) + " twips above the foot, line '" + l + "'");
+      SCOPED_TRACE("start " + std::to_string(step * 60) + " twips above the foot, line '" + l +
+                   "'");
       if (l == "Applied Payments by Provider" || l == "By Provider" || l == "Ada Bell" ||
           l == "Hugo Hill") {
         ASSERT_LT(i + 1, lines.size());

@@ -133,7 +133,8 @@ TEST_F(ReferralPackage, DetailGroupsKeepTheirHeadingAndTotal) {
     const auto lines = PagedLines(DocumentText(doc.VSP.Document()));
     for (size_t i = 0; i < lines.size(); ++i) {
       const std::string& l = lines[i].second;
-      SCOPED_TRACE("start " + std::to_string(step * 90) + " twips above the foot, line '" + l + "'");
+      SCOPED_TRACE("start " + std::to_string(step * 90) + " twips above the foot, line '" + l +
+                   "'");
       if (l.rfind("Dr. ", 0) == 0 && l.find(" for ") == std::string::npos) {
         ASSERT_LT(i + 1, lines.size());
         EXPECT_EQ(lines[i].first, lines[i + 1].first);
