@@ -92,6 +92,11 @@ TEST(TextLayout, TabsAdvanceToTheNextHalfInchStop) {
       {"abcdefgh\tb", {0, 1440}},  // 800 wide: past 720, so 1440
       {"\tb", {720}},              // a leading tab
       {"\t\tb", {1440}},
+      // Text ending less than a blank short of a stop would run into what
+      // the tab sets there: the tab goes on to the stop after it.
+      {"abcdef\tb", {0, 720}},      // 120 short of 720: more than a blank
+      {"abcdefg\tb", {0, 1440}},    // 20 short: 1440
+      {"abcdefg\t\tb", {0, 2160}},  // and a second tab one stop further
   };
   // A stop past the line's end breaks the line there: the line keeps its
   // text's width, and the tabs at the break go with it.

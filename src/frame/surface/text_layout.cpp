@@ -26,8 +26,16 @@ struct LineBuilder {
     x += w;
     line.width = seg.x + seg.width;
   }
-  void Tab() {
-    x = Twips((std::floor(x.value() / kTabStop.value()) + 1) * kTabStop.value());
+  // The stop a tab moves to: the next half-inch stop, or the one after it
+  // when the text before the tab ends less than `gap` (a blank) short of
+  // it, so that what the tab sets never runs into the word before it.
+  Twips NextStop(Twips gap) const {
+    Twips stop((std::floor(x.value() / kTabStop.value()) + 1) * kTabStop.value());
+    if (open_segment && stop - x < gap) stop += kTabStop;
+    return stop;
+  }
+  void Tab(Twips stop) {
+    x = stop;
     open_segment = false;
     line.width = x;
   }
@@ -80,6 +88,7 @@ std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure
     b = LineBuilder();
   };
 
+  const Twips blank = text.find('\t') == std::string_view::npos ? Twips(0) : measure(" ");
   size_t i = 0;
   while (i < text.size()) {
     const char c = text[i];
@@ -93,13 +102,13 @@ std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure
       // tabs after it go with it as blanks at a break do: the text behind
       // them starts the next line rather than widen this one past its cell.
       // Tabs with no text behind them on their line simply vanish.
-      const Twips stop((std::floor(b.x.value() / kTabStop.value()) + 1) * kTabStop.value());
+      const Twips stop = b.NextStop(blank);
       if (wrap && stop > room() && !b.line.segments.empty()) {
         while (i < text.size() && text[i] == '\t') ++i;
         if (i < text.size() && text[i] != '\r' && text[i] != '\n') finish(false);
         continue;
       }
-      b.Tab();
+      b.Tab(stop);
       ++i;
       continue;
     }

@@ -1,9 +1,10 @@
 // Breaking text into lines: pure functions over widths.
 //
 // The text is UTF-8. A carriage return and line feed, or either alone, ends a
-// line. A tab moves to the next half-inch stop counted from the line's start.
-// Lines wrap at blanks, and after a hyphen or slash that stands between two
-// letters ("Smith-Jones", "Home/Work"). Nothing else breaks a word: a figure
+// line. A tab moves to the next half-inch stop counted from the line's start
+// that lies at least a blank's width past the text before it. Lines wrap at
+// blanks, and after a hyphen or slash that stands between two letters
+// ("Smith-Jones", "Home/Work"). Nothing else breaks a word: a figure
 // ("$37,558.62", "Nov/20/2026", "555-0100") or a policy number stays whole,
 // and a word wider than the line stands alone on a line wider than asked;
 // the caller sets such text smaller (FitSize). Widths come from a measuring
