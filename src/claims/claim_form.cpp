@@ -642,7 +642,7 @@ void RunClaimForm(clsReports& r, const std::function<void()>& body) {
     try {
       body();
     } catch (...) {
-      if (r.VSP().IsOpen()) r.VSP().KillDoc();
+      r.VSP().KillDoc();
       throw;
     }
   });

@@ -325,6 +325,10 @@ TEST_F(ClaimForm, FormsThatCannotPrintShowTheMessageAndPrintNothing) {
                         {"unknown mode", 95101, 4}};
   for (bool french : {false, true}) {
     for (const Case& c : cases) {
+      // A good form first: the surface then holds a finished document.
+      reports.rptClaimForm(95104, 1, 0);
+      ASSERT_EQ(form.VSP.PageCount(), 1);
+      const int printed = form.PrintCount();
       host.messages.clear();
       if (french) reports.rptClaimFormF(c.invoice, 1, c.mode);
       else reports.rptClaimForm(c.invoice, 1, c.mode);
@@ -332,7 +336,7 @@ TEST_F(ClaimForm, FormsThatCannotPrintShowTheMessageAndPrintNothing) {
       // The same English message on both forms, then the error itself.
       EXPECT_EQ(host.messages[0].prompt.rfind(kFailure, 0), 0u) << c.name << host.messages[0].prompt;
       EXPECT_GT(host.messages[0].prompt.size(), std::string(kFailure).size()) << c.name;
-      EXPECT_EQ(form.PrintCount(), 0) << c.name;
+      EXPECT_EQ(form.PrintCount(), printed) << c.name;
       EXPECT_EQ(form.VSP.PageCount(), 0) << c.name << ": nothing half-drawn is kept";
     }
   }
