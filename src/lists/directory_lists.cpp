@@ -8,6 +8,7 @@
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
 #include "frame/surface/table_model.h"
+#include "platform/db/db_error.h"
 #include "platform/host/host_services.h"
 
 namespace orv {
@@ -25,7 +26,18 @@ void clsReports::rptFeeGuide(int32_t ID, std::string UserName) {
       "FeeGuideDetails.FeeCodeID where FeeGuides.ID = " +
       std::to_string(ID) + " ORDER BY FeeGuideDetails.FeeCodeID");
   // The title is the guide's own name, read from the first row: a guide
-  // without detail rows fails here and the error goes to the host.
+  // without detail rows fails here and the error goes to the host. The
+  // failure names the guide, and says whether it is missing or only empty,
+  // so the front desk knows which list to fix.
+  if (rs.Eof()) {
+    db::Recordset guide = Open("SELECT Name FROM FeeGuides WHERE ID = " + std::to_string(ID));
+    throw db::DatabaseError(db::kErrNoCurrentRecord,
+                            guide.Eof() ? "There is no fee guide " + std::to_string(ID) +
+                                              " (FeeGuides.ID); nothing was printed."
+                                        : "The fee guide " + std::to_string(ID) + " (" +
+                                              CStr(guide["Name"].Value()) +
+                                              ") has no fees on file; nothing was printed.");
+  }
   vsp.DocName(CStr(rs["Name"].Value()));
   vsp.StartDoc();
   PrintReportHeading(vsp.DocName(), UserName, "");
