@@ -2,9 +2,9 @@
 //
 // The text is UTF-8. A carriage return and line feed, or either alone, ends a
 // line. A tab moves to the next half-inch stop counted from the line's start
-// that lies at least a blank's width past the text before it. Lines wrap at
-// blanks, and after a hyphen or slash that stands between two letters
-// ("Smith-Jones", "Home/Work"). Nothing else breaks a word: a figure
+// that leaves at least a blank's width after the text before it.
+// Lines wrap at blanks, and after a hyphen or slash that stands between two
+// letters ("Smith-Jones", "Home/Work"). Nothing else breaks a word: a figure
 // ("$37,558.62", "Nov/20/2026", "555-0100") or a policy number stays whole,
 // and a word wider than the line stands alone on a line wider than asked;
 // the caller sets such text smaller (FitSize). Widths come from a measuring
