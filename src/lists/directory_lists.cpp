@@ -274,6 +274,11 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
     if (!cell.empty()) cell += "\r\n";
     cell += PhoneWithExt(n, ext == nullptr ? std::string() : str(rs, ext), " ");
   };
+  // A patient's tables read as one block under the name: each table after
+  // the first is marked to go with the one before it, as it is written, so
+  // the block breaks to a new page whole and never leaves a table of
+  // someone else's without the name above it.
+  //
   // The primary and the secondary carrier tables: the company found by its
   // ID among the reference rows, then the patient's own policy numbers (the
   // secondary ones are the fields prefixed "Secondary"); the year end is
@@ -283,6 +288,7 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
     companies.MoveFirst();
     companies.Find("ID = " + CStr(rs[link].Value()));
     if (companies.Eof()) return;
+    vsp.KeepWithNext();
     vsp.AddTable("2in|1in|1in|1in|1in", caption + "|Policy#|Division#|SubscriberID#|Year Ending",
                  str(companies, "CompanyName") + "|" + str(rs, (prefix + "Policy#").c_str()) + "|" +
                      str(rs, (prefix + "Division#").c_str()) + "|" +
@@ -308,6 +314,7 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
       employers.MoveFirst();
       employers.Find("ID = " + CStr(rs["EmployerID"].Value()));
       if (!employers.Eof()) {
+        vsp.KeepWithNext();
         vsp.AddTable("1in|1in|1in|1in|2in", "Employer|Address|Phone|EDI?|Notes",
                      str(employers, "Name") + "|" + str(employers, "Street") + "|" +
                          str(employers, "Phone") + "|" + str(employers, "EDI?") + "|" +
