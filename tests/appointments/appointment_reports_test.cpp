@@ -5,6 +5,7 @@
 #include "frame/surface/surface.h"
 #include "platform/host/settings.h"
 #include "support/report_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -378,12 +379,7 @@ TEST_F(AppointmentReports, AppointmentsByPatientListsTheChosenPatientsOnly) {
     SCOPED_TRACE(c.name);
     reports.rptAppointmentsByPatient(c.filter, "desk");
     const std::string text = Text();
-    size_t at = 0;
-    for (const std::string& word : c.in_order) {
-      const size_t found = text.find(word, at);
-      ASSERT_NE(found, std::string::npos) << word << "\n" << text;
-      at = found + word.size();
-    }
+    EXPECT_TRUE(InOrder(text, c.in_order));
     for (const std::string& word : c.absent) EXPECT_FALSE(Has(word)) << word << "\n" << text;
   }
 }

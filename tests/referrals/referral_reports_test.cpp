@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "referral_fixture.h"
+#include "support/text_order.h"
 #include "support/paged_lines.h"
 
 namespace orv::testing {
@@ -42,12 +43,7 @@ TEST_F(ReferralPackage, ProcedureTypesCountEachDentistsCodesInThePeriod) {
     SCOPED_TRACE(c.name);
     InDocument([&] { reports.srptReferringDentistType(Nov(1), c.end); });
     const std::string text = Text();
-    size_t at = 0;
-    for (const std::string& line : c.in_order) {
-      const size_t found = text.find(line, at);
-      ASSERT_NE(found, std::string::npos) << line << "\n" << text;
-      at = found + line.size();
-    }
+    EXPECT_TRUE(InOrder(text, c.in_order));
     for (const std::string& word : c.absent) EXPECT_FALSE(Has(word)) << word << "\n" << text;
   }
 }
