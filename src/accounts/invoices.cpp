@@ -25,6 +25,9 @@ const char* kNoInvoice =
     "list and try again.";
 
 // The invoice with its provider and patient, and its lines as a chapter.
+// The chapter reads only this invoice's lines: the relation would keep no
+// others, and read whole the table of every line of the practice came into
+// memory for one invoice (over a second and 50 MB at 20,000 patients).
 std::string InvoiceShape(int32_t ID) {
   return "SHAPE {SELECT Invoices.*, Employees.LastName AS ProviderLastName, Employees.FirstName AS "
          "ProviderFirstName, Patient.ID as PatientID, Patient.PrimaryHolderID as PrimaryHolderID, "
@@ -34,7 +37,9 @@ std::string InvoiceShape(int32_t ID) {
          "Patient.ID WHERE Invoices.ID = " +
          std::to_string(ID) + "}  AS rptInvoice" +
          " APPEND ({SELECT Code, InvoiceID, Cost, Tooth#, Surface, Date, Status, Discount FROM "
-         "InvoiceDetails}  AS rptInvoiceDetails RELATE 'ID' TO 'InvoiceID') AS rptInvoiceDetails";
+         "InvoiceDetails WHERE InvoiceID = " +
+         std::to_string(ID) +
+         "}  AS rptInvoiceDetails RELATE 'ID' TO 'InvoiceID') AS rptInvoiceDetails";
 }
 
 // Children under this age with a primary holder other than themselves are
@@ -333,6 +338,7 @@ void clsReports::rptReceipt(int32_t ID, std::string Name, std::string Address) {
   Trap("An Error has occurred in sub rptReceipt in object clsReports", [&] {
     frame::PrintSurface& vsp = VSP();
     clsCommonFunctions& cf = Common();
+    // The details are this payment's alone, as for the invoice's lines.
     db::Recordset rs = Open(
         "SHAPE {SELECT InvoicePayments.*, PaymentTypes.Name AS PaymentType FROM InvoicePayments "
         "INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = PaymentTypes.ID where "
@@ -342,8 +348,9 @@ void clsReports::rptReceipt(int32_t ID, std::string Name, std::string Address) {
         "Invoices.Invoice#, Invoices.Date, Patient.FirstName AS PatientFirstName, Patient.LastName "
         "AS PatientLastName, Patient.Address as PatientAddress FROM InvoicePaymentDetails" +
         " INNER JOIN Invoices ON InvoicePaymentDetails.InvoiceID = Invoices.ID INNER JOIN Patient "
-        "ON Invoices.PatientID = Patient.ID}  AS rptReceiptDetails RELATE 'ID' TO "
-        "'InvoicePaymentID') AS rptReceiptDetails");
+        "ON Invoices.PatientID = Patient.ID WHERE InvoicePaymentDetails.InvoicePaymentID = " +
+        std::to_string(ID) +
+        "}  AS rptReceiptDetails RELATE 'ID' TO 'InvoicePaymentID') AS rptReceiptDetails");
     if (rs.Eof()) {
       Host().ShowFailure(kNoInvoice, host::vbOKOnly, "");
       return;

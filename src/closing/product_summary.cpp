@@ -8,6 +8,7 @@
 
 #include "closing/closing_common.h"
 #include "closing/hygiene_production.h"
+#include "closing/opening_receivable.h"
 #include "closing/summary_rows.h"
 #include "common/common_functions.h"
 #include "common/format.h"
@@ -233,15 +234,20 @@ void clsReports::ProductSumReport(DateTime dtStartDate, DateTime dtEndDate, std:
   vsp.Text("New A/R Summary Report");
   vsp.FontSize(9);
   vsp.FontBold(false);
+  //
+  // Every provider's figures come from one read of the history, grouped by
+  // the provider of the line: asked provider by provider, the whole
+  // history was read again for each of them.
+  const std::map<std::string, closing::OpeningClosing> receivable = closing::OpeningReceivableBy(
+      *this, dtStartDate, dtEndDate, {"1 = 1", "1 = 1"}, true, "InvoiceDetails.ProviderID",
+      "InvoicePayments.InitialProviderID");
   std::string ar_body;
   Currency t_open, t_close;
   for (const RepEmpData& p : providers) {
     if (!p.isUsed) continue;
-    const std::string id = std::to_string(p.EmployeeID);
-    Currency o, c;
-    srptOpeningReceivable(dtStartDate, dtEndDate,
-                          {"InvoiceDetails.ProviderID =" + id, "InitialProviderID=" + id}, true,
-                          o, c);
+    const auto found = receivable.find(std::to_string(p.EmployeeID));
+    const Currency o = found == receivable.end() ? Currency() : found->second.Opening;
+    const Currency c = found == receivable.end() ? Currency() : found->second.Closing;
     ar_body += frame::EscapeCell(p.EmpName) + "|" + closing::SummaryFigure(o) + "|" + closing::SummaryFigure(c) + ";";
     t_open += o;
     t_close += c;

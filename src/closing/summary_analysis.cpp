@@ -11,11 +11,13 @@
 // provider who took it in to the person of the line (a reallocation). The
 // day rows and the receivable before and after the period are read the same
 // way, so the opening plus the rows is the closing, to the cent.
+#include <functional>
 #include <map>
 #include <set>
 #include <vector>
 
 #include "closing/closing_common.h"
+#include "closing/opening_receivable.h"
 #include "common/flags.h"
 #include "common/common_functions.h"
 #include "common/currency.h"
@@ -60,52 +62,106 @@ std::string PaymentAdjustmentClass() {
 void clsReports::srptOpeningReceivable(DateTime dtStart, DateTime dtEnd,
                                        const ReceivableFilters& Filters, bool byAllocatedPayment,
                                        Currency& Opening, Currency& Closing) {
-  const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
-  clsCommonFunctions& cf = Common();
-  auto sum = [&](const std::string& sql) {
-    db::Recordset rs = Open(sql, db::adOpenForwardOnly);
-    return rs.Eof() ? Currency() : cf.ReturnCur(rs["theTotal"].Value());
-  };
+  const std::map<std::string, closing::OpeningClosing> all =
+      closing::OpeningReceivableBy(*this, dtStart, dtEnd, Filters, byAllocatedPayment, "", "");
+  const auto it = all.find("");
+  Opening = it == all.end() ? Currency() : it->second.Opening;
+  Closing = it == all.end() ? Currency() : it->second.Closing;
+}
+
+std::map<std::string, closing::OpeningClosing> closing::OpeningReceivableBy(
+    clsReports& reports, DateTime dtStart, DateTime dtEnd,
+    const clsReports::ReceivableFilters& Filters, bool byAllocatedPayment,
+    const std::string& ChargeKey, const std::string& TakenInKey) {
+  const db::Snapshot snapshot(reports.conn(), db::Snapshot::OnFailure::RunWithout);
+  clsCommonFunctions& cf = reports.Common();
+  std::map<std::string, OpeningClosing> result;
   // The receivable as of a date: `op` "<" with the first day gives the
   // receivable before the period, "<=" with the last day the one at its
-  // end.
-  auto receivable = [&](const std::string& op, const std::string& day) {
-    const std::string at = " " + op + " '" + day + "'";
-    Currency r = sum(
-        "SELECT SUM(InvoiceDetails.Cost) as theTotal FROM Invoices INNER JOIN InvoiceDetails ON "
-        "Invoices.ID = InvoiceDetails.InvoiceID WHERE (" +
-        Filters.charges + ") AND InvoiceDetails.EntryDate" + at +
-        " AND InvoiceDetails.Status <> 'In Progress'");
-    // Invoice adjustments lie on lines, whichever reading of payments.
-    r -= sum("SELECT SUM(InvoicePaymentAllocations.Amount) AS theTotal" +
-             std::string(kAllocationJoins) + " WHERE InvoicePaymentAllocations.AppliedDate" + at +
-             " AND " + InvoiceAdjustmentClass() + " AND (" + Filters.charges + ")");
-    const std::string paid_classes =
-        "(" + PaymentClass() + " OR (" + PaymentAdjustmentClass() + "))";
-    if (byAllocatedPayment) {
-      r -= sum("SELECT SUM(InvoicePaymentAllocations.Amount) AS theTotal" +
-               std::string(kAllocationJoins) + " WHERE InvoicePaymentAllocations.AppliedDate" +
-               at + " AND " + paid_classes + " AND (" + Filters.charges + ")");
-    } else {
-      // Payments taken in by then: what was applied by then for the people
-      // of the lines, and the rest for whoever took the payment in.
-      r -= sum("SELECT SUM(InvoicePaymentAllocations.Amount) AS theTotal" +
-               std::string(kAllocationJoins) + " WHERE InvoicePayments.CheckDate" + at +
-               " AND InvoicePaymentAllocations.AppliedDate" + at + " AND " + paid_classes +
-               " AND (" + Filters.charges + ")");
-      r -= sum(
-          "SELECT SUM(InvoicePayments.Value - ISNULL((SELECT SUM(InvoicePaymentAllocations.Amount) "
-          "FROM InvoicePaymentAllocations WHERE InvoicePaymentAllocations.InvoicePaymentID = "
-          "InvoicePayments.ID AND InvoicePaymentAllocations.AppliedDate" +
-          at +
-          "), 0)) AS theTotal FROM InvoicePayments INNER JOIN PaymentTypes ON "
-          "InvoicePayments.PaymentTypeID = PaymentTypes.ID WHERE (InvoicePayments.CheckDate" +
-          at + ") AND " + paid_classes + " AND (" + Filters.taken_in + ")");
+  // end. Each statement reads both at once, a sum for each, so the whole
+  // history is read once rather than once per date; with a key it is read
+  // once for every person rather than once per person (the provider
+  // summary asks for each provider of the practice).
+  const std::string before = " < '" + dtStart.ToIsoDate() + "'";
+  const std::string by_end = " <= '" + dtEnd.ToIsoDate() + "'";
+  // The rows the statements read are those of the later of the two dates,
+  // which hold those of the other: one range, where "before OR by the
+  // end" had the engine gather the rows of both in memory.
+  const std::string& wider = dtEnd.ToIsoDate() >= dtStart.ToIsoDate() ? by_end : before;
+  // `amount` and `dated` give the summed value and the date condition for
+  // one of the two dates; `rest` is the statement from its FROM on, its
+  // WHERE ending in a condition the dates are added to.
+  auto add = [&](int sign, const std::function<std::string(const std::string&)>& amount,
+                 const std::function<std::string(const std::string&)>& dated,
+                 const std::string& rest, const std::string& key) {
+    std::string sql = "SELECT SUM(CASE WHEN " + dated(before) + " THEN " + amount(before) +
+                      " END) AS theOpening, SUM(CASE WHEN " + dated(by_end) + " THEN " +
+                      amount(by_end) + " END) AS theClosing";
+    if (!key.empty()) sql += ", " + key + " AS theKey";
+    sql += rest + " AND " + dated(wider);
+    if (!key.empty()) sql += " GROUP BY " + key;
+    db::Recordset rs = reports.Open(sql, db::adOpenForwardOnly);
+    while (!rs.Eof()) {
+      // Lines of nobody have no person to count for.
+      if (key.empty() || !rs["theKey"].Value().IsNull()) {
+        OpeningClosing& into = result[key.empty() ? std::string() : CStr(rs["theKey"].Value())];
+        const Currency o = cf.ReturnCur(rs["theOpening"].Value());
+        const Currency c = cf.ReturnCur(rs["theClosing"].Value());
+        into.Opening += sign < 0 ? -o : o;
+        into.Closing += sign < 0 ? -c : c;
+      }
+      rs.MoveNext();
     }
-    return r;
   };
-  Opening = receivable("<", dtStart.ToIsoDate());
-  Closing = receivable("<=", dtEnd.ToIsoDate());
+  auto fixed = [](const std::string& text) {
+    return [text](const std::string&) { return text; };
+  };
+  auto column_at = [](const std::string& column) {
+    return [column](const std::string& at) { return column + at; };
+  };
+  add(1, fixed("InvoiceDetails.Cost"), column_at("InvoiceDetails.EntryDate"),
+      " FROM Invoices INNER JOIN InvoiceDetails ON Invoices.ID = InvoiceDetails.InvoiceID WHERE (" +
+          Filters.charges + ") AND InvoiceDetails.Status <> 'In Progress'",
+      ChargeKey);
+  // Invoice adjustments lie on lines, whichever reading of payments.
+  add(-1, fixed("InvoicePaymentAllocations.Amount"),
+      column_at("InvoicePaymentAllocations.AppliedDate"),
+      std::string(kAllocationJoins) + " WHERE " + InvoiceAdjustmentClass() + " AND (" +
+          Filters.charges + ")",
+      ChargeKey);
+  const std::string paid_classes =
+      "(" + PaymentClass() + " OR (" + PaymentAdjustmentClass() + "))";
+  if (byAllocatedPayment) {
+    add(-1, fixed("InvoicePaymentAllocations.Amount"),
+        column_at("InvoicePaymentAllocations.AppliedDate"),
+        std::string(kAllocationJoins) + " WHERE " + paid_classes + " AND (" + Filters.charges +
+            ")",
+        ChargeKey);
+  } else {
+    // Payments taken in by then: what was applied by then for the people
+    // of the lines, and the rest for whoever took the payment in.
+    add(-1, fixed("InvoicePaymentAllocations.Amount"),
+        [](const std::string& at) {
+          return "InvoicePayments.CheckDate" + at + " AND InvoicePaymentAllocations.AppliedDate" +
+                 at;
+        },
+        std::string(kAllocationJoins) + " WHERE " + paid_classes + " AND (" + Filters.charges +
+            ")",
+        ChargeKey);
+    add(-1,
+        [](const std::string& at) {
+          return "InvoicePayments.Value - ISNULL((SELECT SUM(InvoicePaymentAllocations.Amount) "
+                 "FROM InvoicePaymentAllocations WHERE InvoicePaymentAllocations.InvoicePaymentID "
+                 "= InvoicePayments.ID AND InvoicePaymentAllocations.AppliedDate" +
+                 at + "), 0)";
+        },
+        column_at("InvoicePayments.CheckDate"),
+        " FROM InvoicePayments INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = "
+        "PaymentTypes.ID WHERE " +
+            paid_classes + " AND (" + Filters.taken_in + ")",
+        TakenInKey);
+  }
+  return result;
 }
 
 void clsReports::srptSummaryAnalysis(DateTime dtStart, DateTime dtEnd, std::string ProviderFilter,
@@ -289,6 +345,8 @@ void clsReports::srptSummaryAnalysis(DateTime dtStart, DateTime dtEnd, std::stri
   vsp.FontBold(true);
   vsp.FontSize(11);
   vsp.Text(Title);
+  // The title names the day table below: never alone at a page's foot.
+  vsp.KeepWithNext();
   vsp.FontSize(8);
   vsp.FontBold(false);
   vsp.StartTable();

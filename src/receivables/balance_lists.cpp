@@ -3,6 +3,7 @@
 // with money not yet applied.
 #include <array>
 #include <functional>
+#include <unordered_map>
 #include <vector>
 
 #include "accounts/account_model.h"
@@ -61,7 +62,6 @@ BalanceListFigures PatientsWithaBalanceFigures(clsReports& r, DateTime dtEndDate
                                                bool NoCredits) {
   const db::Snapshot snapshot(r.conn(), db::Snapshot::OnFailure::RunWithout);
   clsCommonFunctions& cf = r.Common();
-  AccountModel accounts(r.conn(), r.InterestRate);
   txtfilter = NoZeroFilter(txtfilter);
   const std::string end = dtEndDate.ToIsoDate();
 
@@ -86,18 +86,59 @@ BalanceListFigures PatientsWithaBalanceFigures(clsReports& r, DateTime dtEndDate
     return f.empty() ? std::string() : " AND (" + f + ")";
   };
 
+  const std::string open_invoices =
+      " FROM Invoices INNER JOIN Patient ON Invoices.PatientID = Patient.ID WHERE "
+      "(InvoiceFinalTotal IS NULL OR FinalDate > '" +
+      end + "') AND [Date] <= '" + end + "'" + and_filter(invoice_filter);
   db::Recordset patients = r.Open(
       "SHAPE {SELECT FullName, ID FROM Patient ORDER BY Fullname} AS rptPatientsWithABalance "
       "APPEND "
       "({SELECT Invoices.ID, Invoices.[Date], Invoices.InvoiceTotal, Invoices.[Complete?], "
       "Invoices.InvoiceFinalTotal, ISNULL(Invoices.InterestInvoiceID, 0) as InterestInvoiceID, "
-      "Invoices.IsAssignment, Invoices.PatientTotal, Patient.Interest, Invoices.PatientID FROM "
-      "Invoices INNER JOIN Patient ON Invoices.PatientID = Patient.ID WHERE (InvoiceFinalTotal "
-      "IS "
-      "NULL OR FinalDate > '" +
-      end + "') AND [Date] <= '" + end + "'" + and_filter(invoice_filter) +
+      "Invoices.IsAssignment, Invoices.PatientTotal, Patient.Interest, Invoices.PatientID" +
+      open_invoices +
       "} AS rptPatientsWithABalanceInvoices RELATE 'ID' TO 'PatientID') AS "
       "rptPatientsWithABalanceInvoices");
+
+  // What was paid on each open invoice, as AccountModel::ReturnInvoicePaid
+  // gives it (by the end date: in all, by the patient, by the insurer; after
+  // it: the post-dated share), read for every open invoice in one grouped
+  // read. Asked invoice by invoice, four statements per invoice made most
+  // of the list's time at 20,000 patients.
+  struct Paid {
+    Currency all, patient, insurer, post_dated;
+  };
+  std::unordered_map<int32_t, Paid> paid_on;
+  {
+    const std::string paid_end =
+        (dtEndDate.Year() < 1900 ? Clock::Today() : dtEndDate).ToIsoDate();
+    db::Recordset rs = r.Open(
+        "SELECT InvoicePaymentDetails.InvoiceID, SUM(CASE WHEN InvoicePaymentDetails.Date <= '" +
+            paid_end +
+            "' THEN InvoicePaymentDetails.Amount END) AS PaidAll, SUM(CASE WHEN "
+            "InvoicePaymentDetails.Date <= '" +
+            paid_end +
+            "' AND (IsInsurance = 0 OR isInsurance IS NULL) THEN InvoicePaymentDetails.Amount "
+            "END) AS PaidPatient, SUM(CASE WHEN InvoicePaymentDetails.Date <= '" +
+            paid_end +
+            "' AND IsInsurance = 1 THEN InvoicePaymentDetails.Amount END) AS PaidInsurer, "
+            "SUM(CASE WHEN InvoicePaymentDetails.Date > '" +
+            paid_end +
+            "' AND InvoicePayments.Date < InvoicePayments.CheckDate THEN "
+            "InvoicePaymentDetails.Amount END) AS PostDated FROM InvoicePaymentDetails INNER "
+            "JOIN InvoicePayments ON InvoicePaymentDetails.InvoicePaymentID = InvoicePayments.ID "
+            "WHERE InvoicePaymentDetails.InvoiceID IN (SELECT Invoices.ID" +
+            open_invoices + ") GROUP BY InvoicePaymentDetails.InvoiceID",
+        db::adOpenForwardOnly);
+    while (!rs.Eof()) {
+      Paid& p = paid_on[static_cast<int32_t>(cf.ReturnVal(rs["InvoiceID"].Value()))];
+      p.all = Round(cf.ReturnCur(rs["PaidAll"].Value()), 2);
+      p.patient = Round(cf.ReturnCur(rs["PaidPatient"].Value()), 2);
+      p.insurer = Round(cf.ReturnCur(rs["PaidInsurer"].Value()), 2);
+      p.post_dated = Round(cf.ReturnCur(rs["PostDated"].Value()), 2);
+      rs.MoveNext();
+    }
+  }
   db::Recordset payments = r.Open(
       "SHAPE {SELECT ID, PatientID, [Value] AS Total, IsInsurance FROM InvoicePayments WHERE "
       "CheckDate <= '" +
@@ -116,15 +157,17 @@ BalanceListFigures PatientsWithaBalanceFigures(clsReports& r, DateTime dtEndDate
     db::Recordset invoices = patients["rptPatientsWithABalanceInvoices"].Chapter();
     while (!invoices.Eof()) {
       const int32_t id = static_cast<int32_t>(cf.ReturnVal(invoices["ID"].Value()));
-      const Currency paid = accounts.ReturnInvoicePaid(true, id, dtEndDate, 0);
-      const Currency paid_patient = accounts.ReturnInvoicePaid(true, id, dtEndDate, 1);
-      const Currency paid_insurer = accounts.ReturnInvoicePaid(true, id, dtEndDate, 2);
+      const auto found = paid_on.find(id);
+      const Paid on = found == paid_on.end() ? Paid{} : found->second;
+      const Currency paid = on.all;
+      const Currency paid_patient = on.patient;
+      const Currency paid_insurer = on.insurer;
       const Currency amount = cf.ReturnCur(invoices["InvoiceTotal"].Value());
       if (cf.ReturnVal(invoices["InterestInvoiceID"].Value()) > 0) f[1] += amount;
       // Post dates: what was paid on the invoice after the end date on
       // cheques entered ahead of their date (the post-dated share).
       // Informational, as the notes say: it is in no class.
-      f[2] += accounts.ReturnInvoicePaid(false, id, dtEndDate, 0);
+      f[2] += on.post_dated;
 
       // An assigned invoice splits into the patient's total and the rest
       // for the insurer. A NULL PatientTotal reads as 0: until the

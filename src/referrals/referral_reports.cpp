@@ -1,6 +1,7 @@
 // The referral package and its sections: who sends the practice its
 // patients, what was done for them, and which patients were sent by other
 // patients.
+#include <map>
 #include <string>
 #include <vector>
 
@@ -29,16 +30,6 @@ std::string OrderLine(int32_t OrderFlag) {
     default:
       return "";
   }
-}
-
-// Text for a quoted SQL literal: quotes doubled.
-std::string Quoted(const std::string& s) {
-  std::string out;
-  for (char c : s) {
-    out += c;
-    if (c == '\'') out += '\'';
-  }
-  return out;
 }
 
 // The sign-up period of the detailed queries, dates as yyyy-mm-dd.
@@ -153,37 +144,51 @@ void clsReports::srptReferringDentistType(DateTime dtStart, DateTime dtEnd) {
   // that the counts are those of the codes listed.
   const std::string period = " AND Invoices.[Date] >= '" + dtStart.ToIsoDate() +
                              "' AND Invoices.[Date] <= '" + dtEnd.ToIsoDate() + "'";
+  //
+  // Every dentist's codes and their counts come from one grouped read of
+  // the period's lines, kept by dentist. Read dentist by dentist, and code
+  // by code for the counts, the period was read again for every pair: a
+  // practice with hundreds of dentists and codes waited minutes. A code
+  // names one fee code (FeeCodes.ID is its key), so grouping by code and
+  // description lists each code once, as the distinct codes did.
+  struct CodeRow {
+    std::string code, description, count;
+  };
+  std::map<std::string, std::vector<CodeRow>> codes_of;
+  {
+    db::Recordset codes = Open(
+        "SELECT Patient.ReferringDentistID, InvoiceDetails.Code, FeeCodes.Description, "
+        "COUNT(Code) AS CodeCount FROM Invoices INNER JOIN InvoiceDetails ON Invoices.ID = "
+        "InvoiceDetails.InvoiceID INNER JOIN Patient ON Invoices.PatientID = Patient.ID INNER "
+        "JOIN FeeCodes ON InvoiceDetails.Code = FeeCodes.ID WHERE Patient.ReferringDentistID IS "
+        "NOT NULL" +
+            period +
+            " GROUP BY Patient.ReferringDentistID, InvoiceDetails.Code, FeeCodes.Description "
+            "ORDER BY Patient.ReferringDentistID, InvoiceDetails.Code",
+        db::adOpenForwardOnly);
+    while (!codes.Eof()) {
+      codes_of[CStr(codes["ReferringDentistID"].Value())].push_back(
+          {cf.returnStr(codes["Code"].Value()), cf.returnStr(codes["Description"].Value()),
+           CStr(codes["CodeCount"].Value())});
+      codes.MoveNext();
+    }
+  }
   db::Recordset rs =
       Open("Select ID, Title, Name, LastName FROM ReferringDentists order by LastName, Name");
   while (!rs.Eof()) {
-    const std::string id = CStr(rs["ID"].Value());
-    db::Recordset codes = Open(
-        "SELECT DISTINCT InvoiceDetails.Code, FeeCodes.Description FROM Invoices INNER JOIN "
-        "InvoiceDetails ON Invoices.ID = InvoiceDetails.InvoiceID INNER JOIN Patient ON "
-        "Invoices.PatientID = Patient.ID INNER JOIN FeeCodes ON InvoiceDetails.Code = FeeCodes.ID "
-        "WHERE Patient.ReferringDentistID = " +
-        id + period + " ORDER BY InvoiceDetails.Code");
-    if (!codes.Eof()) {
+    const auto found = codes_of.find(CStr(rs["ID"].Value()));
+    if (found != codes_of.end()) {
       const std::string name = cf.returnStr(rs["Title"].Value(), true) + " " +
                                cf.returnStr(rs["Name"].Value(), true) + " " +
                                cf.returnStr(rs["LastName"].Value(), true);
       vsp.AddTable("<!2in", "", frame::EscapeCell(name) + ";");
+      // The dentist's name heads the codes that follow: never alone at a
+      // page's foot.
+      vsp.KeepWithNext();
       std::string body;
-      while (!codes.Eof()) {
-        const std::string code = cf.returnStr(codes["Code"].Value());
-        // The code goes in quoted: codes are text ("01202"), and compared
-        // as a number "01202" would not equal the stored text on every
-        // engine.
-        db::Recordset count = Open(
-            "SELECT COUNT(Code) AS CodeCount From Invoices INNER JOIN InvoiceDetails ON "
-            "Invoices.ID = InvoiceDetails.InvoiceID INNER JOIN Patient ON Invoices.PatientID = "
-            "Patient.ID INNER JOIN FeeCodes ON InvoiceDetails.Code = FeeCodes.ID WHERE "
-            "Patient.ReferringDentistID = " +
-            id + " AND InvoiceDetails.Code = '" + Quoted(code) + "'" + period);
-        body += frame::EscapeCell(code) + "|" +
-                frame::EscapeCell(cf.returnStr(codes["Description"].Value())) + "|" +
-                CStr(count["CodeCount"].Value()) + ";";
-        codes.MoveNext();
+      for (const CodeRow& row : found->second) {
+        body += frame::EscapeCell(row.code) + "|" + frame::EscapeCell(row.description) + "|" +
+                row.count + ";";
       }
       vsp.AddTable("<1in|<5in|<1in", "Fee Code|Fee Code Description|Fee Code Occurrence", body,
                    kHeaderColor);
@@ -262,8 +267,12 @@ void clsReports::srptReferringDentistDetailed(DateTime StartDate, DateTime Endda
     auto group = [&](const std::string& heading, const std::string& format,
                      const std::string& header, const std::string& body, long n) {
       if (n == 0) return;  // an empty group prints nothing
+      // The heading stays with the group's first rows, and the count with
+      // its last row: neither is left alone on a page.
       vsp.AddTable("<7.5in", "", frame::EscapeCell(heading) + ";");
+      vsp.KeepWithNext();
       vsp.AddTable(format, header, body, kHeaderColor);
+      vsp.KeepWithNext();
       vsp.Text("Total: " + std::to_string(n) + " for " + heading);
       grand += n;
     };

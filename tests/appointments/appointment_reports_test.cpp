@@ -5,6 +5,7 @@
 #include "frame/surface/surface.h"
 #include "platform/host/settings.h"
 #include "support/report_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -357,6 +358,32 @@ TEST_F(AppointmentReports, RoutingSlip) {
 }
 
 // The entries kept for hosts draw nothing.
+TEST_F(AppointmentReports, AppointmentsByPatientListsTheChosenPatientsOnly) {
+  // Quill (9001) booked Crown and Clean; Stone (9002) Check and two
+  // without a reason. The filter is over the patients: "ID" is the
+  // patient's, not the appointment's (7001 to 7005).
+  struct Case {
+    const char* name;
+    const char* filter;
+    std::vector<std::string> in_order;
+    std::vector<std::string> absent;
+  };
+  const Case cases[] = {
+      {"everyone", "", {"Quill, Pia", "Clean", "Crown", "Stone, Rex", "Check"}, {"No Results"}},
+      {"one patient by ID", "ID = 9001", {"Quill, Pia", "Clean", "Crown"}, {"Stone", "Check"}},
+      {"one patient by name", "LastName = 'Stone'", {"Stone, Rex", "Check"}, {"Quill", "Crown"}},
+      {"an appointment's ID names no patient", "ID = 7001", {"No Results to display"},
+       {"Quill", "Crown"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    reports.rptAppointmentsByPatient(c.filter, "desk");
+    const std::string text = Text();
+    EXPECT_TRUE(InOrder(text, c.in_order));
+    for (const std::string& word : c.absent) EXPECT_FALSE(Has(word)) << word << "\n" << text;
+  }
+}
+
 TEST_F(AppointmentReports, KeptEntriesDrawNothing) {
   reports.rptRescheduleAnalysis(1, "x");
   reports.OverDueTreatmentPlans(D(2028, 1, 1), D(2028, 3, 1), "x");

@@ -79,6 +79,21 @@ TEST_F(ReferralAlerts, FractionalRatioKeepsTheFraction) {
   EXPECT_TRUE(Has("Printed On: Nov/20/2026 For: Paul Chen"));
 }
 
+TEST_F(ReferralAlerts, DentistsWithNoSignupInTheLongPeriodStillCount) {
+  // Chen with a bar of 0: Moss's 12 sign-ups are all older than 45 days,
+  // so he is expected 0 and got 0, and still stands among the stopped.
+  // Park's two sign-ups of 40 days ago lose their date: a patient without
+  // one counts in neither period, and Park ties with Moss at 0.
+  Exec("UPDATE ReferralAlerts SET AtLeast = 0 WHERE EmployeeID = 2;"
+       "UPDATE Patient SET SignupDate = NULL WHERE ID IN (1052, 1053);");
+  InDocument([&] { reports.srptReferralAlerts("2"); });
+  EXPECT_TRUE(Has("Di Park\n.00 . 0 100 %")) << Text();
+  EXPECT_TRUE(Has("Cy Moss\n.00 . 0 100 %")) << Text();
+  EXPECT_FALSE(Has("Bo Kerr"));
+  // Equal averages come in the order of the dentists' IDs.
+  EXPECT_LT(Text().find("Cy Moss"), Text().find("Di Park"));
+}
+
 TEST_F(ReferralAlerts, ProvidersWithoutCriteriaWarnOncePerRunAndGetNoPage) {
   // Okafor has no criteria; Chen's are made 0 on one field.
   Exec("UPDATE ReferralAlerts SET AlertWhen = 0 WHERE EmployeeID = 2;");

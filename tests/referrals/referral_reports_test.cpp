@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "referral_fixture.h"
+#include "support/text_order.h"
+#include "support/paged_lines.h"
 
 namespace orv::testing {
 namespace {
@@ -12,6 +14,38 @@ using ReferralPackage = ReferralTest;
 
 DateTime Oct1() {
   return DateTime::FromParts(2026, 10, 1);
+}
+
+TEST_F(ReferralPackage, ProcedureTypesCountEachDentistsCodesInThePeriod) {
+  // Lind's patient 1 has 01202 and 99111 on 701 (11-02), 11101 and 01202
+  // on 702 (11-05). Kerr's patient 3 has 11101 on 706 (11-03), 00100 and
+  // -00100 on 704, -11101 on 703 (11-10), 01202 on 705 (11-12); the
+  // reversed codes are no fee codes and are left out. Moss and Park bill
+  // nothing and get no table.
+  struct Case {
+    const char* name;
+    DateTime end;
+    std::vector<std::string> in_order;  // dentists by last name, codes by code
+    std::vector<std::string> absent;
+  };
+  const Case cases[] = {
+      {"the month",
+       Nov(30),
+       {"Dr. Bo Kerr", "00100 Internal 1", "01202 Recall exam 1", "11101 Scaling 1", "Dr. Ada Lind",
+        "01202 Recall exam 2", "11101 Scaling 1", "99111 Lab fee 1"},
+       {"Moss", "Park", "-00100", "-11101"}},
+      {"its first four days",
+       Nov(4),
+       {"Dr. Bo Kerr", "11101 Scaling 1", "Dr. Ada Lind", "01202 Recall exam 1", "99111 Lab fee 1"},
+       {"Moss", "Park", "00100", "Recall exam 2"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    InDocument([&] { reports.srptReferringDentistType(Nov(1), c.end); });
+    const std::string text = Text();
+    EXPECT_TRUE(InOrder(text, c.in_order));
+    for (const std::string& word : c.absent) EXPECT_FALSE(Has(word)) << word << "\n" << text;
+  }
 }
 
 TEST_F(ReferralPackage, DetailsInEachOrder) {
@@ -114,6 +148,39 @@ TEST_F(ReferralPackage, PublicSections) {
   // Sign-ups of the period, invoices none: counts and zero sums.
   EXPECT_TRUE(Has("Dr. Bo Kerr 3 $0.00 $0.00")) << Text();
   EXPECT_TRUE(Has("Dr. Cy Moss 0 $0.00 $0.00"));
+}
+
+// Wherever the details start on a page, a dentist's name goes with the
+// first rows of the group and its "Total:" line with the last.
+TEST_F(ReferralPackage, DetailGroupsKeepTheirHeadingAndTotal) {
+  const DateTime aug1 = DateTime::FromParts(2026, 8, 1);
+  int broken = 0;
+  for (int step = 1; step <= 40; ++step) {
+    PreviewForm doc;
+    doc.SetNotifier([](const std::string&) {});
+    reports.SetPrintPreview(&doc);
+    doc.VSP.StartDoc();
+    doc.VSP.CurrentY(doc.VSP.PageHeight() - doc.VSP.MarginBottom() - Twips(90.0 * step));
+    reports.srptReferringDentistDetailed(aug1, Nov(30), {}, 1);
+    doc.VSP.EndDoc();
+    const auto lines = PagedLines(DocumentText(doc.VSP.Document()));
+    for (size_t i = 0; i < lines.size(); ++i) {
+      const std::string& l = lines[i].second;
+      SCOPED_TRACE("start " + std::to_string(step * 90) + " twips above the foot, line '" + l +
+                   "'");
+      if (l.rfind("Dr. ", 0) == 0 && l.find(" for ") == std::string::npos) {
+        ASSERT_LT(i + 1, lines.size());
+        EXPECT_EQ(lines[i].first, lines[i + 1].first);
+      }
+      if (l.rfind("Total: ", 0) == 0) {
+        ASSERT_GT(i, 0u);
+        EXPECT_EQ(lines[i].first, lines[i - 1].first);
+        broken += lines.front().first != lines.back().first;
+      }
+    }
+  }
+  // The groups did meet the page's foot.
+  EXPECT_GT(broken, 0);
 }
 
 TEST_F(ReferralPackage, ADentistWithoutPatientsIsNotApplicable) {
