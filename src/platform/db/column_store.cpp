@@ -1,5 +1,6 @@
 #include "platform/db/column_store.h"
 
+#include <algorithm>
 #include <bit>
 
 #include "common/collation.h"
@@ -14,12 +15,12 @@ using Kind = ColumnStore::Kind;
 bool HoldsBytes(Kind k) { return k == Kind::String || k == Kind::Binary; }
 
 // The length prefix of an arena entry: its value and the bytes it takes.
-size_t ReadLength(const std::string& arena, uint64_t at, size_t* prefix) {
+size_t ReadLength(const std::string& block, size_t at, size_t* prefix) {
   size_t n = 0;
   int shift = 0;
   size_t i = at;
   for (;;) {
-    auto byte = static_cast<unsigned char>(arena[i++]);
+    auto byte = static_cast<unsigned char>(block[i++]);
     n |= static_cast<size_t>(byte & 0x7f) << shift;
     if (!(byte & 0x80)) break;
     shift += 7;
@@ -35,18 +36,33 @@ int Sign(T a, T b) {
 
 }  // namespace
 
+void ColumnStore::Column::Push(Kind k, uint64_t b) {
+  if (chunks.empty() || chunks.back().kinds.size() == kChunkRows) {
+    chunks.emplace_back();
+    // Past the first chunk every chunk is taken whole at once.
+    if (chunks.size() > 1) {
+      chunks.back().kinds.reserve(kChunkRows);
+      chunks.back().bits.reserve(kChunkRows);
+    }
+  }
+  chunks.back().kinds.push_back(k);
+  chunks.back().bits.push_back(b);
+}
+
+void ColumnStore::Column::Pop() {
+  chunks.back().kinds.pop_back();
+  chunks.back().bits.pop_back();
+  if (chunks.back().kinds.empty()) chunks.pop_back();
+}
+
 void ColumnStore::AddColumn() {
   Column c;
-  c.kinds.assign(rows_, Kind::Empty);
-  c.bits.assign(rows_, 0);
+  for (size_t r = 0; r < rows_; ++r) c.Push(Kind::Empty, 0);
   columns_.push_back(std::move(c));
 }
 
 size_t ColumnStore::AppendRow() {
-  for (Column& c : columns_) {
-    c.kinds.push_back(Kind::Null);
-    c.bits.push_back(0);
-  }
+  for (Column& c : columns_) c.Push(Kind::Null, 0);
   return rows_++;
 }
 
@@ -54,15 +70,15 @@ size_t ColumnStore::AppendRowFrom(const ColumnStore& from, size_t row, size_t fi
   size_t r = AppendRow();
   for (size_t c = 0; c < columns_.size() && first_column + c < from.columns_.size(); ++c) {
     Kind k = from.KindAt(row, first_column + c);
-    uint64_t bits = from.columns_[first_column + c].bits[row];
+    uint64_t bits = from.columns_[first_column + c].bits(row);
     if (HoldsBytes(k)) {
-      // Copied first: adding to this arena may move the bytes when `from`
-      // is this store.
+      // Copied first: adding to this arena may move the bytes of its
+      // growing block when `from` is this store.
       std::string bytes(from.BytesAt(row, first_column + c));
       bits = AddBytes(bytes);
     }
-    columns_[c].kinds[r] = k;
-    columns_[c].bits[r] = bits;
+    columns_[c].kind(r) = k;
+    columns_[c].bits(r) = bits;
   }
   return r;
 }
@@ -71,64 +87,93 @@ void ColumnStore::PopRow() {
   if (rows_ == 0) return;
   --rows_;
   for (Column& c : columns_) {
-    if (HoldsBytes(c.kinds.back()) && c.bits.back() != 0) {
-      size_t prefix = 0;
-      garbage_ += ReadLength(arena_, c.bits.back(), &prefix) + prefix;
+    if (HoldsBytes(c.kind(rows_)) && c.bits(rows_) != 0) {
+      size_t taken = 0;
+      EntryAt(c.bits(rows_), &taken);
+      garbage_ += taken;
     }
-    c.kinds.pop_back();
-    c.bits.pop_back();
+    c.Pop();
   }
 }
 
 void ColumnStore::Reserve(size_t rows) {
+  // Only the first chunk grows by reallocation; the others are whole.
   for (Column& c : columns_) {
-    c.kinds.reserve(rows);
-    c.bits.reserve(rows);
+    if (c.chunks.empty()) c.chunks.emplace_back();
+    c.chunks.front().kinds.reserve(std::min(rows, kChunkRows));
+    c.chunks.front().bits.reserve(std::min(rows, kChunkRows));
+    c.chunks.reserve((rows + kChunkRows - 1) >> kChunkShift);
   }
 }
 
 uint64_t ColumnStore::AddBytes(std::string_view bytes) {
   if (bytes.empty()) return 0;
-  uint64_t at = arena_.size();
-  size_t n = bytes.size();
-  while (n >= 0x80) {
-    arena_.push_back(static_cast<char>((n & 0x7f) | 0x80));
-    n >>= 7;
+  char prefix[10];
+  size_t p = 0;
+  for (size_t n = bytes.size();; n >>= 7) {
+    if (n < 0x80) {
+      prefix[p++] = static_cast<char>(n);
+      break;
+    }
+    prefix[p++] = static_cast<char>((n & 0x7f) | 0x80);
   }
-  arena_.push_back(static_cast<char>(n));
-  arena_.append(bytes);
+  const size_t need = p + bytes.size();
+  if (arena_.back().size() + need > std::max(kBlockBytes, arena_.back().capacity())) {
+    // A new block, taken whole, so that it never moves; a larger entry
+    // gets a block of its own size.
+    arena_.emplace_back();
+    arena_.back().reserve(std::max(kBlockBytes, need));
+  }
+  std::string& block = arena_.back();
+  uint64_t at = (static_cast<uint64_t>(arena_.size() - 1) << 32) | block.size();
+  block.append(prefix, p);
+  block.append(bytes);
+  arena_bytes_ += need;
   return at;
+}
+
+std::string_view ColumnStore::EntryAt(uint64_t at, size_t* taken) const {
+  const std::string& block = arena_[at >> 32];
+  size_t place = static_cast<uint32_t>(at);
+  size_t prefix = 0;
+  size_t n = ReadLength(block, place, &prefix);
+  if (taken) *taken = prefix + n;
+  return std::string_view(block).substr(place + prefix, n);
 }
 
 std::string_view ColumnStore::BytesAt(size_t row, size_t column) const {
   const Column& c = columns_[column];
-  if (!HoldsBytes(c.kinds[row])) return {};
-  size_t prefix = 0;
-  size_t n = ReadLength(arena_, c.bits[row], &prefix);
-  return std::string_view(arena_).substr(c.bits[row] + prefix, n);
+  if (!HoldsBytes(c.kind(row))) return {};
+  return EntryAt(c.bits(row));
 }
 
 void ColumnStore::Assign(Column& c, size_t row, Kind kind, uint64_t bits) {
-  if (HoldsBytes(c.kinds[row]) && c.bits[row] != 0) {
-    size_t prefix = 0;
-    garbage_ += ReadLength(arena_, c.bits[row], &prefix) + prefix;
+  Kind& k = c.kind(row);
+  uint64_t& b = c.bits(row);
+  if (HoldsBytes(k) && b != 0) {
+    size_t taken = 0;
+    EntryAt(b, &taken);
+    garbage_ += taken;
   }
-  c.kinds[row] = kind;
-  c.bits[row] = bits;
+  k = kind;
+  b = bits;
   // A fabricated recordset whose text fields are rewritten row after row
   // would otherwise grow its arena without bound.
-  if (garbage_ > (size_t{1} << 20) && garbage_ * 2 > arena_.size()) CompactArena();
+  if (garbage_ > (size_t{1} << 20) && garbage_ * 2 > arena_bytes_) CompactArena();
 }
 
 void ColumnStore::CompactArena() {
-  std::string old = std::move(arena_);
-  arena_.assign(1, '\0');
+  std::vector<std::string> old = std::move(arena_);
+  arena_ = {std::string(1, '\0')};
+  arena_bytes_ = 1;
   for (Column& c : columns_) {
     for (size_t r = 0; r < rows_; ++r) {
-      if (!HoldsBytes(c.kinds[r]) || c.bits[r] == 0) continue;
-      size_t prefix = 0;
-      size_t n = ReadLength(old, c.bits[r], &prefix);
-      c.bits[r] = AddBytes(std::string_view(old).substr(c.bits[r] + prefix, n));
+      uint64_t& b = c.bits(r);
+      if (!HoldsBytes(c.kind(r)) || b == 0) continue;
+      const std::string& block = old[b >> 32];
+      size_t place = static_cast<uint32_t>(b), prefix = 0;
+      size_t n = ReadLength(block, place, &prefix);
+      b = AddBytes(std::string_view(block).substr(place + prefix, n));
     }
   }
   garbage_ = 0;
@@ -160,8 +205,8 @@ void ColumnStore::Set(size_t row, size_t column, const Variant& value) {
 
 Variant ColumnStore::Get(size_t row, size_t column) const {
   const Column& c = columns_[column];
-  uint64_t bits = c.bits[row];
-  switch (c.kinds[row]) {
+  uint64_t bits = c.bits(row);
+  switch (c.kind(row)) {
     case Kind::Empty: return Variant();
     case Kind::Null: return Variant::Null();
     case Kind::Long: return Variant(static_cast<int>(static_cast<int64_t>(bits)));
@@ -187,7 +232,7 @@ VarType ColumnStore::TypeAt(size_t row, size_t column) const {
 }
 
 double ColumnStore::NumberAt(size_t row, size_t column) const {
-  uint64_t bits = columns_[column].bits[row];
+  uint64_t bits = columns_[column].bits(row);
   switch (KindAt(row, column)) {
     case Kind::Long:
     case Kind::LongLong: return static_cast<double>(static_cast<int64_t>(bits));
@@ -198,14 +243,19 @@ double ColumnStore::NumberAt(size_t row, size_t column) const {
   }
 }
 
+int64_t ColumnStore::IntegerAt(size_t row, size_t column) const {
+  Kind k = KindAt(row, column);
+  return k == Kind::Long || k == Kind::LongLong ? static_cast<int64_t>(columns_[column].bits(row)) : 0;
+}
+
 int ColumnStore::Compare(size_t a, size_t b, size_t column) const {
   const Column& c = columns_[column];
-  Kind ka = c.kinds[a], kb = c.kinds[b];
+  Kind ka = c.kind(a), kb = c.kind(b);
   bool none_a = ka == Kind::Empty || ka == Kind::Null, none_b = kb == Kind::Empty || kb == Kind::Null;
   // Null and Empty first, as CompareValues orders them.
   if (none_a || none_b) return Sign(none_a ? 0 : 1, none_b ? 0 : 1);
   if (ka == kb) {
-    uint64_t x = c.bits[a], y = c.bits[b];
+    uint64_t x = c.bits(a), y = c.bits(b);
     switch (ka) {
       case Kind::Long:
       case Kind::LongLong:
@@ -220,7 +270,7 @@ int ColumnStore::Compare(size_t a, size_t b, size_t column) const {
 }
 
 size_t ColumnStore::MemoryBytes() const {
-  return columns_.size() * rows_ * (sizeof(Kind) + sizeof(uint64_t)) + arena_.size();
+  return columns_.size() * rows_ * (sizeof(Kind) + sizeof(uint64_t)) + arena_bytes_;
 }
 
 }  // namespace orv::db

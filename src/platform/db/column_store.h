@@ -47,13 +47,15 @@ class ColumnStore {
 
   // Reading without making a Variant, for the loops that visit every row
   // (Sort, Filter's index, SHAPE's relating).
-  Kind KindAt(size_t row, size_t column) const { return columns_[column].kinds[row]; }
+  Kind KindAt(size_t row, size_t column) const { return columns_[column].kind(row); }
   VarType TypeAt(size_t row, size_t column) const;
   // The bytes of a String or Binary cell; "" for any other kind.
   std::string_view BytesAt(size_t row, size_t column) const;
   // A number cell (Long, LongLong, Double, Currency, Boolean) as a double,
   // as CDbl reads it.
   double NumberAt(size_t row, size_t column) const;
+  // A Long or LongLong cell's whole number; 0 for any other kind.
+  int64_t IntegerAt(size_t row, size_t column) const;
   // Three-way order of two cells of one column, as CompareValues orders
   // their values; cells of the usual kinds are compared in place.
   int Compare(size_t a, size_t b, size_t column) const;
@@ -62,19 +64,43 @@ class ColumnStore {
   size_t MemoryBytes() const;
 
  private:
-  struct Column {
+  // Rows are held in chunks of kChunkRows: a store that grows never copies
+  // the cells it holds (a vector grown by doubling briefly held its old and
+  // new arrays, 1.5 times the cells, at the end of every large read) and
+  // overshoots by at most one chunk a column. The first chunk grows as a
+  // vector does, so that a lookup of one row keeps a few bytes, not a chunk.
+  static constexpr size_t kChunkShift = 12;
+  static constexpr size_t kChunkRows = size_t{1} << kChunkShift;
+  struct Chunk {
     std::vector<Kind> kinds;
     std::vector<uint64_t> bits;
   };
+  struct Column {
+    std::vector<Chunk> chunks;
+    Kind& kind(size_t row) { return chunks[row >> kChunkShift].kinds[row & (kChunkRows - 1)]; }
+    Kind kind(size_t row) const { return chunks[row >> kChunkShift].kinds[row & (kChunkRows - 1)]; }
+    uint64_t& bits(size_t row) { return chunks[row >> kChunkShift].bits[row & (kChunkRows - 1)]; }
+    uint64_t bits(size_t row) const { return chunks[row >> kChunkShift].bits[row & (kChunkRows - 1)]; }
+    void Push(Kind k, uint64_t b);
+    void Pop();
+  };
   uint64_t AddBytes(std::string_view bytes);
+  // The arena entry at `at`: its bytes, and the bytes it takes with its
+  // length prefix.
+  std::string_view EntryAt(uint64_t at, size_t* taken = nullptr) const;
   void Assign(Column& c, size_t row, Kind kind, uint64_t bits);
   void CompactArena();
 
   std::vector<Column> columns_;
   size_t rows_ = 0;
-  // Text and blob bytes, each after its length as a base-128 varint.
-  // Starts with the empty text, which every "" shares.
-  std::string arena_ = std::string(1, '\0');
+  // Text and blob bytes, each after its length as a base-128 varint, in
+  // blocks of kBlockBytes that are never moved once full (a text longer
+  // than a block has one of its own); a cell holds the block in its upper
+  // 32 bits and the place in it in the lower. The first block grows as a
+  // string does and starts with the empty text, at 0, which every "" shares.
+  static constexpr size_t kBlockBytes = size_t{1} << 16;
+  std::vector<std::string> arena_ = {std::string(1, '\0')};
+  size_t arena_bytes_ = 1;
   // Arena bytes no cell points at any more (text overwritten by a write);
   // reclaimed once they are the greater part.
   size_t garbage_ = 0;

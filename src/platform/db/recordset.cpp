@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <unordered_map>
 
+#include "common/collation.h"
 #include "platform/db/db_error.h"
 #include "platform/db/recordset_state.h"
 #include "platform/db/sort_keys.h"
@@ -231,14 +233,60 @@ void RecordsetState::Rebuild() {
                                                   k.field + "' in: " + sort);
       cols.emplace_back(f, k.descending);
     }
+    // Text is ordered by rank: each distinct text of a sort column is keyed
+    // once (collation.h), the keys are sorted, and every row holds its
+    // text's rank. A sort of n names makes n log n comparisons, and Compare
+    // keys a name with an accent or a hyphen at each of them; the same few
+    // providers and one name per patient recur through a listing of
+    // payments, so the distinct texts are few, and the ranks cost four
+    // bytes a row where a key per row cost a copy of the text three times
+    // over. Two texts compare as their keys do, so the order is the one
+    // Compare gives; cells of other kinds are compared in place.
     const ColumnStore& cells = data->cells();
-    std::stable_sort(view.begin(), view.end(), [&](size_t a, size_t b) {
-      for (auto [f, desc] : cols) {
-        int c = cells.Compare(a, b, static_cast<size_t>(f));
-        if (c != 0) return desc ? c > 0 : c < 0;
+    const size_t n = view.size();
+    constexpr uint32_t kNoRank = UINT32_MAX;
+    std::vector<std::vector<uint32_t>> ranks(cols.size());
+    for (size_t k = 0; k < cols.size(); ++k) {
+      const auto column = static_cast<size_t>(cols[k].first);
+      std::unordered_map<std::string_view, uint32_t> distinct;
+      std::vector<uint32_t>& rank = ranks[k];
+      for (size_t i = 0; i < n; ++i) {
+        if (cells.KindAt(view[i], column) != ColumnStore::Kind::String) continue;
+        if (rank.empty()) rank.assign(n, kNoRank);
+        auto it = distinct.try_emplace(cells.BytesAt(view[i], column), static_cast<uint32_t>(distinct.size())).first;
+        rank[i] = it->second;
+      }
+      if (rank.empty()) continue;
+      std::vector<std::pair<std::string, uint32_t>> keyed;
+      keyed.reserve(distinct.size());
+      for (const auto& [text, index] : distinct) keyed.emplace_back(collation::SortKey(text), index);
+      std::sort(keyed.begin(), keyed.end());
+      std::vector<uint32_t> rank_of(distinct.size());
+      uint32_t r = 0;
+      for (size_t j = 0; j < keyed.size(); ++j) {
+        if (j > 0 && keyed[j].first != keyed[j - 1].first) ++r;
+        rank_of[keyed[j].second] = r;
+      }
+      for (uint32_t& x : rank)
+        if (x != kNoRank) x = rank_of[x];
+    }
+    std::vector<uint32_t> order(n);
+    for (size_t i = 0; i < n; ++i) order[i] = static_cast<uint32_t>(i);
+    std::stable_sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+      for (size_t k = 0; k < cols.size(); ++k) {
+        int c;
+        if (!ranks[k].empty() && ranks[k][a] != kNoRank && ranks[k][b] != kNoRank) {
+          c = ranks[k][a] < ranks[k][b] ? -1 : (ranks[k][a] > ranks[k][b] ? 1 : 0);
+        } else {
+          c = cells.Compare(view[a], view[b], static_cast<size_t>(cols[k].first));
+        }
+        if (c != 0) return cols[k].second ? c > 0 : c < 0;
       }
       return false;
     });
+    std::vector<size_t> sorted(n);
+    for (size_t i = 0; i < n; ++i) sorted[i] = view[order[i]];
+    view = std::move(sorted);
   }
   pos = 0;
   chunk_row = -1;

@@ -16,7 +16,18 @@
 // its per-row lookups on the same connection while it walks the main
 // listing, which a PostgreSQL session cannot do with a result still coming.
 // Holding the rows at about nine bytes a value plus their text costs less
-// than the result set itself did in the engine. A static recordset knows
+// than the result set itself did in the engine.
+//
+// Measured on a 20,000-patient practice, the large listings do not walk
+// once forward: the billing list and the unapplied payments are SHAPEs
+// whose children are related in memory (read whole whatever the parent
+// does), the payments are sorted, and the patient list, a SHAPE too, asks
+// RecordCount and AbsolutePosition on every row for its progress. What a
+// run holds at its peak is its document (the cells kept for CSV, the
+// packed pages) as much as its rows: the patient list's 20,000 rows are
+// 18 MB of its 41 MB. Streaming would save that share only for a report
+// that gives up its progress and its chapters, so rows are read whole.
+// A static recordset knows
 // RecordCount and AbsolutePosition; a forward-only one gives -1 for both
 // and cannot move backwards.
 //

@@ -1,6 +1,7 @@
 #include "platform/db/rowset.h"
 
 #include <atomic>
+#include <charconv>
 
 #include "platform/db/value_compare.h"
 
@@ -76,10 +77,30 @@ void RowSet::PopRow() {
   ++version;
 }
 
+namespace {
+// The whole numbers RelateKey writes as integers.
+constexpr int64_t kWholeKeyMax = 9'000'000'000'000'000'000;
+}  // namespace
+
 std::string RowKey(const RowSet& rows, size_t row, const std::vector<int>& fields, bool* has_null) {
   std::string key;
   *has_null = false;
   for (size_t i = 0; i < fields.size(); ++i) {
+    // A whole-number key, the usual relation, is written straight from its
+    // cell, as RelateKey writes it, without making a Variant.
+    const auto column = static_cast<size_t>(fields[i]);
+    const ColumnStore::Kind kind =
+        column < rows.cells().ColumnCount() ? rows.cells().KindAt(row, column) : ColumnStore::Kind::Empty;
+    if (kind == ColumnStore::Kind::Long || kind == ColumnStore::Kind::LongLong) {
+      const int64_t n = rows.cells().IntegerAt(row, column);
+      if (n > -kWholeKeyMax && n < kWholeKeyMax) {
+        if (i) key += '\x1f';
+        key += 'n';
+        char buf[24];
+        key.append(buf, std::to_chars(buf, buf + sizeof buf, n).ptr);
+        continue;
+      }
+    }
     auto k = RelateKey(rows.Get(row, fields[i]));
     if (!k) {
       *has_null = true;

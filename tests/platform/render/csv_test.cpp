@@ -141,7 +141,7 @@ TEST(Csv, AFailedWriteLeavesTheFileThatStoodThere) {
   // A folder that cannot be written to: the write fails and the good file
   // stays as it was, with no temporary file beside it.
   fs::permissions(dir, fs::perms::owner_read | fs::perms::owner_exec);
-  doc.tables[0].rows[1][0] = "Bob";
+  doc.tables[0].rows = {{"Name"}, {"Bob"}};
   if (::geteuid() != 0) {
     EXPECT_THROW(WriteCsv(doc, path), RenderError);
     EXPECT_EQ(testing::Shell("cat " + path), "Name\r\nAnn\r\n");
