@@ -31,10 +31,16 @@ void PrintSurface::RecordCells(const Table& table) {
   render::TableCells cells;
   cells.page = page_ + 1;
   cells.has_header = table.has_header;
-  for (size_t r = table.has_header ? 0 : 1; r < table.rows.size(); ++r) {
-    std::vector<std::string> row;
-    for (const Cell& cell : table.rows[r].cells) row.push_back(cell.text);
-    cells.rows.push_back(std::move(row));
+  const size_t first = table.has_header ? 0 : 1;
+  size_t ncells = 0, bytes = 0;
+  for (size_t r = first; r < table.rows.size(); ++r) {
+    ncells += table.rows[r].cells.size();
+    for (const Cell& cell : table.rows[r].cells) bytes += cell.text.size();
+  }
+  cells.rows.Reserve(table.rows.size() - first, ncells, bytes);
+  for (size_t r = first; r < table.rows.size(); ++r) {
+    cells.rows.AddRow();
+    for (const Cell& cell : table.rows[r].cells) cells.rows.AddCell(cell.text);
   }
   doc_.tables.push_back(std::move(cells));
 }

@@ -148,10 +148,12 @@ std::optional<std::string> Date(std::string_view s) {
   return out;
 }
 
-void AddRecord(std::string& out, const std::vector<std::string>& fields, bool header = false) {
+// `fields` is a row of a table's cells or a list of texts.
+template <typename Fields>
+void AddRecord(std::string& out, const Fields& fields, bool header = false) {
   for (size_t i = 0; i < fields.size(); ++i) {
     if (i) out += ',';
-    std::string value = CsvValue(fields[i]);
+    std::string value = CsvValue(std::string_view(fields[i]));
     // A heading set on two lines ("Patient\nPortion") is one column name
     // to a spreadsheet's filters and formulas.
     if (header) std::replace(value.begin(), value.end(), '\n', ' ');
@@ -209,7 +211,7 @@ std::string CsvText(const Document& doc) {
     while (start < text.size()) {
       size_t end = text.find('\n', start);
       if (end == std::string::npos) end = text.size();
-      AddRecord(out, {text.substr(start, end - start)});
+      AddRecord(out, std::vector<std::string>{text.substr(start, end - start)});
       start = end + 1;
     }
     return out;
