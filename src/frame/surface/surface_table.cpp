@@ -1,7 +1,9 @@
 // The table operations of the print surface and the drawing of a laid-out
 // table into the display list.
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <utility>
 
 #include "frame/surface/surface.h"
 #include "frame/surface/surface_error.h"
@@ -223,6 +225,30 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     return col_x[c + cell.attr.col_span] - col_x[c];
   };
 
+  // Most cells are one line holding all their text. For those the breaking
+  // done for the row heights is kept as its size and width (NaN for a cell
+  // not kept) and the line is set again from the cell's text when drawn,
+  // rather than broken a second time; other cells are broken again.
+  std::vector<std::pair<double, Twips>> one_line(
+      draw ? size_t(nrows) * ncols : 0, {std::numeric_limits<double>::quiet_NaN(), Twips(0)});
+  auto keep_one_line = [&](int r, int c, const Cell& cell, const CellLines& cl) {
+    if (!draw || cl.lines.size() != 1 || cl.lines[0].segments.size() != 1) return;
+    const LineSegment& seg = cl.lines[0].segments[0];
+    if (seg.x != Twips(0) || cl.lines[0].width != seg.width || seg.text != cell.text) return;
+    one_line[size_t(r) * ncols + c] = {cl.size, seg.width};
+  };
+  auto lines_of = [&](int r, int c, const Cell& cell, const CellFont& cf, Twips room) {
+    const auto& [size, width] = one_line[size_t(r) * ncols + c];  // drawing: one_line is full
+    if (std::isnan(size)) return cell_lines(cell, cf, room);
+    TextLine line;
+    line.segments.push_back({cell.text, Twips(0), width});
+    line.width = width;
+    line.ends_paragraph = true;
+    CellLines out{{}, size};
+    out.lines.push_back(std::move(line));
+    return out;
+  };
+
   // 1. Row heights: the tallest cell that does not span rows, with the row's
   //    margins; a row spanned over takes no extra height from that cell.
   std::vector<int> drawn;  // table rows in drawing order
@@ -246,6 +272,7 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       }
       const CellLines cl = cell_lines(cell, cf, span_width(c, cell) - pad_x * 2);
       h = std::max(h, lh * double(cl.lines.size()));
+      keep_one_line(drawn[k], c, cell, cl);
     }
     heights[k] = std::max(h + kCellPadY * 2 + row.margin_top + row.margin_bottom, row.min_height);
   }
@@ -322,7 +349,7 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     const CellFont cf = cell_font(row, cell);
     const Twips lh = cf.font.metrics->LineHeight(cf.size);
     const Twips room = box.width - pad_x * 2;
-    const CellLines cl = cell_lines(cell, cf, room);
+    const CellLines cl = lines_of(r, c, cell, cf, room);
     const auto& lines = cl.lines;
     // tcAlign codes run left, centre, right in threes, each top, middle,
     // bottom; without one the column's flags decide.

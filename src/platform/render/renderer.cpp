@@ -1,75 +1,16 @@
 #include "platform/render/renderer.h"
 
-#include <cairo-ft.h>
 #include <cairo-pdf.h>
 #include <cairo.h>
-#include <dlfcn.h>
-#include <ft2build.h>
-#include FT_FREETYPE_H
 
 #include <cmath>
-#include <map>
-#include <mutex>
 #include <numbers>
-#include <tuple>
 
+#include "platform/render/cairo_fonts.h"
 #include "platform/render/pdf_metadata.h"
 
 namespace orv::render {
 namespace {
-
-// FreeType comes into the process with cairo. Its two entry points that
-// open a face from a file are looked up at run time because the build links
-// cairo alone; the lookup fails loudly if FreeType is not there.
-class FreeType {
- public:
-  static FreeType& Get() {
-    static FreeType ft;
-    return ft;
-  }
-  FT_Face Open(const std::string& path) {
-    if (!new_face_ || !library_) throw RenderError("FreeType is not available to load " + path);
-    FT_Face face = nullptr;
-    if (new_face_(library_, path.c_str(), 0, &face) != 0)
-      throw RenderError("Cannot load font file " + path);
-    return face;
-  }
-
- private:
-  using InitFn = FT_Error (*)(FT_Library*);
-  using NewFaceFn = FT_Error (*)(FT_Library, const char*, FT_Long, FT_Face*);
-  FreeType() {
-    void* lib = dlopen("libfreetype.so.6", RTLD_NOW | RTLD_GLOBAL);
-    void* init = lib ? dlsym(lib, "FT_Init_FreeType") : dlsym(RTLD_DEFAULT, "FT_Init_FreeType");
-    void* new_face = lib ? dlsym(lib, "FT_New_Face") : dlsym(RTLD_DEFAULT, "FT_New_Face");
-    if (!init || !new_face) return;
-    new_face_ = reinterpret_cast<NewFaceFn>(new_face);
-    if (reinterpret_cast<InitFn>(init)(&library_) != 0) library_ = nullptr;
-  }
-  FT_Library library_ = nullptr;
-  NewFaceFn new_face_ = nullptr;
-};
-
-// One cairo font face per file and synthetic style, kept for the life of the
-// process: fonts are few and loading them is the slow part.
-cairo_font_face_t* FaceFor(const FontFace& f) {
-  static std::mutex mu;
-  static std::map<std::tuple<std::string, bool, bool>, cairo_font_face_t*> faces;
-  std::lock_guard lock(mu);
-  auto key = std::tuple{f.file, f.synthetic_bold, f.synthetic_italic};
-  if (auto it = faces.find(key); it != faces.end()) return it->second;
-  FT_Face ft = FreeType::Get().Open(f.file);
-  // Outlines only: some font files carry bitmap strikes for small sizes on
-  // screen, which draw other shapes (and drop strokes) than the outlines
-  // the PDF and the layout's measures use.
-  cairo_font_face_t* face = cairo_ft_font_face_create_for_ft_face(ft, FT_LOAD_NO_BITMAP);
-  unsigned synth = 0;
-  if (f.synthetic_bold) synth |= CAIRO_FT_SYNTHESIZE_BOLD;
-  if (f.synthetic_italic) synth |= CAIRO_FT_SYNTHESIZE_OBLIQUE;
-  if (synth) cairo_ft_font_face_set_synthesize(face, synth);
-  faces.emplace(key, face);
-  return face;
-}
 
 double Pt(Twips t) {
   return t.points();
@@ -84,21 +25,29 @@ void SetColor(cairo_t* cr, Rgb c) {
 // hinting of metrics off, and for a face emboldened by FreeType each glyph
 // that advances a 24th of an em further, the width its stroke grew by (the
 // layout's FontMetrics measure synthetic bold the same way).
-std::vector<cairo_glyph_t> PlaceGlyphs(cairo_scaled_font_t* font, const TextRun& t,
-                                       bool synthetic_bold, double x, double y) {
-  cairo_glyph_t* glyphs = nullptr;
-  int count = 0;
-  std::vector<cairo_glyph_t> out;
-  if (cairo_scaled_font_text_to_glyphs(font, x, y, t.text.c_str(), int(t.text.size()), &glyphs,
-                                       &count, nullptr, nullptr,
-                                       nullptr) != CAIRO_STATUS_SUCCESS)
-    return out;
-  out.assign(glyphs, glyphs + count);
-  cairo_glyph_free(glyphs);
+//
+// With a `placer` the glyphs come from its tables, which hold for the
+// context's usual transformation only; runs drawn turned or moved take
+// cairo's mapping. The glyphs are appended to `out`.
+void PlaceGlyphs(cairo_scaled_font_t* font, const TextRun& t, bool synthetic_bold, double x,
+                 double y, GlyphPlacer* placer, std::vector<cairo_glyph_t>& out) {
+  const size_t first = out.size();
+  if (placer) {
+    if (!placer->Place(font, t.font, t.size_pt, t.text, x, y, out)) return;
+  } else {
+    cairo_glyph_t* glyphs = nullptr;
+    int count = 0;
+    if (cairo_scaled_font_text_to_glyphs(font, x, y, t.text.c_str(), int(t.text.size()), &glyphs,
+                                         &count, nullptr, nullptr,
+                                         nullptr) != CAIRO_STATUS_SUCCESS)
+      return;
+    out.insert(out.end(), glyphs, glyphs + count);
+    cairo_glyph_free(glyphs);
+  }
   if (synthetic_bold) {
     const double extra = t.size_pt / 24.0;
     double shift = 0;
-    for (size_t i = 0; i < out.size(); ++i) {
+    for (size_t i = first; i < out.size(); ++i) {
       const double next = i + 1 < out.size() ? out[i + 1].x : 0;
       out[i].x += shift;
       cairo_text_extents_t e;
@@ -110,7 +59,6 @@ std::vector<cairo_glyph_t> PlaceGlyphs(cairo_scaled_font_t* font, const TextRun&
       if (e.x_advance != 0) shift += extra;
     }
   }
-  return out;
 }
 
 class Painter {
@@ -149,9 +97,7 @@ class Painter {
     }
     const bool bold = doc_.fonts[t.font].synthetic_bold;
     if (plain) {
-      const auto glyphs =
-          PlaceGlyphs(cairo_get_scaled_font(cr_), t, bold, Pt(t.x), Pt(t.baseline));
-      batch_.insert(batch_.end(), glyphs.begin(), glyphs.end());
+      PlaceGlyphs(cairo_get_scaled_font(cr_), t, bold, Pt(t.x), Pt(t.baseline), &placer_, batch_);
       batch_font_ = t.font;
       batch_size_ = t.size_pt;
       batch_color_ = t.color;
@@ -165,7 +111,8 @@ class Painter {
     SetColor(cr_, t.color);
     cairo_translate(cr_, Pt(t.x), Pt(t.top));
     if (t.angle != 0) cairo_rotate(cr_, -t.angle * std::numbers::pi / 1800.0);
-    const auto glyphs = PlaceGlyphs(cairo_get_scaled_font(cr_), t, bold, 0, Pt(t.baseline - t.top));
+    std::vector<cairo_glyph_t> glyphs;
+    PlaceGlyphs(cairo_get_scaled_font(cr_), t, bold, 0, Pt(t.baseline - t.top), nullptr, glyphs);
     cairo_show_glyphs(cr_, glyphs.data(), int(glyphs.size()));
     if (t.underline) {
       cairo_set_line_width(cr_, t.size_pt / 16.0);
@@ -234,6 +181,7 @@ class Painter {
   uint16_t set_font_ = UINT16_MAX;  // the font and size set on the context
   float set_size_ = 0;
   std::vector<cairo_glyph_t> batch_;
+  GlyphPlacer placer_;
   uint16_t batch_font_ = 0;
   float batch_size_ = 0;
   Rgb batch_color_;
@@ -297,8 +245,9 @@ std::vector<double> GlyphEdges(const Document& doc, const TextRun& run) {
   cairo_set_font_face(cr, FaceFor(doc.fonts[run.font]));
   cairo_set_font_size(cr, run.size_pt);
   cairo_scaled_font_t* font = cairo_get_scaled_font(cr);
-  const auto glyphs =
-      PlaceGlyphs(font, run, doc.fonts[run.font].synthetic_bold, Pt(run.x), Pt(run.baseline));
+  std::vector<cairo_glyph_t> glyphs;
+  PlaceGlyphs(font, run, doc.fonts[run.font].synthetic_bold, Pt(run.x), Pt(run.baseline), nullptr,
+              glyphs);
   std::vector<double> edges;
   for (const auto& g : glyphs) edges.push_back(g.x);
   if (!glyphs.empty()) {

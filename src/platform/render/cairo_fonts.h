@@ -1,0 +1,58 @@
+// The fonts of the cairo renderers: faces loaded from the font files the
+// layout measured, and text runs turned into positioned glyphs from tables.
+//
+// cairo can map UTF-8 to glyphs itself (cairo_scaled_font_text_to_glyphs),
+// but it validates, allocates and looks every glyph up in its caches for
+// each call: in a document of thousands of table pages that is a good part
+// of the time spent painting. The placer keeps, per font of the document, the
+// glyph of each character and, per font and size, the advance of each glyph,
+// asked of cairo once, and sets the pen as cairo does (each glyph at the sum
+// of the advances before it), so the positions are the very doubles cairo
+// would give.
+#pragma once
+
+#include <cairo.h>
+
+#include <cstdint>
+#include <map>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/render/display_list.h"
+
+namespace orv::render {
+
+// The cairo face of a document font: its file, emboldened or slanted by
+// FreeType where the face is synthetic. Loaded once per file and style and
+// kept for the life of the process; raises RenderError when the file cannot
+// be loaded.
+cairo_font_face_t* FaceFor(const FontFace& f);
+
+class GlyphPlacer {
+ public:
+  // Appends the glyphs of `utf8` set from the pen (x, y) with `font`, which
+  // is font `font_index` of the document at `size_pt` and the context's
+  // usual transformation (not rotated or moved: the cache keys on the font
+  // and size alone). Returns false, appending nothing, when cairo cannot
+  // map the text (invalid UTF-8).
+  bool Place(cairo_scaled_font_t* font, uint16_t font_index, float size_pt, std::string_view utf8,
+             double x, double y, std::vector<cairo_glyph_t>& out);
+
+ private:
+  static constexpr uint32_t kUnknown = UINT32_MAX;
+  // The glyph of code point `c` (below 0x10000) in font `font_index`.
+  uint32_t GlyphOf(cairo_scaled_font_t* font, uint16_t font_index, char32_t c);
+  // The advance (x, y) of `glyph` in the font and size of `advances`.
+  const std::pair<double, double>& AdvanceOf(cairo_scaled_font_t* font,
+                                             std::vector<std::pair<double, double>>& advances,
+                                             uint32_t glyph);
+
+  std::vector<std::vector<uint32_t>> glyphs_;  // per font: code point -> glyph
+  std::map<std::pair<uint16_t, float>, std::vector<std::pair<double, double>>> advances_;
+  // The advances of the last font and size asked for.
+  std::pair<uint16_t, float> last_key_{UINT16_MAX, 0.0f};
+  std::vector<std::pair<double, double>>* last_ = nullptr;
+};
+
+}  // namespace orv::render

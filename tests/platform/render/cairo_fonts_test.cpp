@@ -1,0 +1,113 @@
+#include "platform/render/cairo_fonts.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace orv::render {
+namespace {
+
+// The project's faces at a few sizes on a context set up as the renderers set theirs
+// (unhinted metrics), each compared with cairo's own mapping of the text.
+class GlyphPlacerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
+    cr_ = cairo_create(surface_);
+    cairo_font_options_t* options = cairo_font_options_create();
+    cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+    cairo_set_font_options(cr_, options);
+    cairo_font_options_destroy(options);
+  }
+  void TearDown() override {
+    cairo_destroy(cr_);
+    cairo_surface_destroy(surface_);
+  }
+  cairo_scaled_font_t* Font(const FontFace& face, double size) {
+    cairo_set_font_face(cr_, FaceFor(face));
+    cairo_set_font_size(cr_, size);
+    return cairo_get_scaled_font(cr_);
+  }
+  // cairo's glyphs for the text, or none when it refuses it.
+  static std::vector<cairo_glyph_t> CairoGlyphs(cairo_scaled_font_t* font, const std::string& text,
+                                                double x, double y, bool& ok) {
+    cairo_glyph_t* glyphs = nullptr;
+    int count = 0;
+    ok = cairo_scaled_font_text_to_glyphs(font, x, y, text.data(), int(text.size()), &glyphs,
+                                          &count, nullptr, nullptr,
+                                          nullptr) == CAIRO_STATUS_SUCCESS;
+    std::vector<cairo_glyph_t> out;
+    if (ok) out.assign(glyphs, glyphs + count);
+    cairo_glyph_free(glyphs);
+    return out;
+  }
+
+  cairo_surface_t* surface_ = nullptr;
+  cairo_t* cr_ = nullptr;
+};
+
+TEST_F(GlyphPlacerTest, GivesCairosGlyphsAndPositionsBitForBit) {
+  const struct {
+    const char* name;
+    std::string text;
+  } texts[] = {
+      {"plain figures", "$37,558.62"},
+      {"a name with blanks", "Abernathy,  Farid "},
+      {"accents", "D\xC3\xA9p\xC3\xB4t \xC3\xA0 la banque"},
+      {"a combining accent", "E\xCC\x81t\xC3\xA9"},
+      {"three-byte characters", "\xE2\x82\xAC 12 \xE2\x80\x94 \xE4\xB8\xAD"},
+      {"past the plane", "tooth \xF0\x9F\xA6\xB7 chart"},
+      {"a broken sequence", "Bor\xC3(ale"},
+      {"an overlong slash", "a\xC0\xAF" "b"},
+      {"a surrogate", "x\xED\xA0\x80y"},
+      {"a lone continuation byte", "x\x80y"},
+      {"empty", ""},
+  };
+  // Tahoma as the reports set it, regular and emboldened by FreeType, and a
+  // face whose glyph numbers differ from Tahoma's.
+  const FontFace faces[] = {
+      {"Tahoma", "/usr/share/wine/fonts/tahoma.ttf", false, false, false, false},
+      {"Tahoma", "/usr/share/wine/fonts/tahoma.ttf", true, false, true, false},
+      {"DejaVu Sans", "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", false, false, false, false},
+  };
+  const float sizes[] = {10.0f, 8.666667f, 7.25f};
+
+  GlyphPlacer placer;
+  // Every face and size interleaved on one placer, twice over, so that a
+  // table kept for one font or size and read for another shows.
+  for (int pass = 0; pass < 2; ++pass) {
+    for (const auto& t : texts) {
+      for (const float size : sizes) {
+        for (uint16_t index = 0; index < std::size(faces); ++index) {
+          const FontFace& face = faces[index];
+          cairo_scaled_font_t* font = Font(face, size);
+          const double x = 72.5 + pass, y = 130.314131;
+          bool cairo_ok = false;
+          const auto want = CairoGlyphs(font, t.text, x, y, cairo_ok);
+          std::vector<cairo_glyph_t> got = {{7, 1, 2}};  // what was there stays
+          const bool ok = placer.Place(font, index, size, t.text, x, y, got);
+          const std::string where =
+              std::string(t.name) + ", " + face.file + (face.synthetic_bold ? " bold " : " ") +
+              std::to_string(size);
+          ASSERT_EQ(ok, cairo_ok) << where;
+          ASSERT_EQ(got.size(), want.size() + 1) << where;
+          EXPECT_EQ(got[0].index, 7u) << where;
+          for (size_t i = 0; i < want.size(); ++i) {
+            EXPECT_EQ(got[i + 1].index, want[i].index) << where << ", glyph " << i;
+            EXPECT_EQ(std::memcmp(&got[i + 1].x, &want[i].x, sizeof(double)), 0)
+                << where << ", glyph " << i << ": " << got[i + 1].x << " against " << want[i].x;
+            EXPECT_EQ(std::memcmp(&got[i + 1].y, &want[i].y, sizeof(double)), 0)
+                << where << ", glyph " << i;
+          }
+        }
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orv::render
