@@ -39,10 +39,17 @@ std::string OtherLiterals(const std::vector<int64_t>& values, size_t key) {
 
 void LookupBatcher::Clear() {
   forms_.clear();
+  declined_ = nullptr;
   stats_ = Stats();
 }
 
+void LookupBatcher::Spent(double seconds) {
+  if (declined_) declined_->spent += seconds;
+  declined_ = nullptr;
+}
+
 std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const StatementForm& f) {
+  declined_ = nullptr;
   if (f.values.empty()) return nullptr;
   // Runs on different days are different lookups: the form's quoted
   // literals belong to its name here, as they did before they were lifted
@@ -51,6 +58,7 @@ std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const 
   for (const Variant& q : f.quoted) name += "\n" + (q.IsDate() ? CDate(q).ToIso() : CStr(q));
   Form& form = forms_[name];
   if (form.refused) return nullptr;
+  declined_ = &form;
 
   // The key is the literal that changes from run to run while the others
   // stay: the invoice of "InvoiceID = 17 AND IsInsurance = 1".
@@ -76,40 +84,68 @@ std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const 
   Group& group = form.groups[OtherLiterals(f.values, key)];
   if (!group.batch) {
     if (++group.runs < kThreshold && !chosen_now) return nullptr;
-    group.batch = Build(statement, f.offsets[key]);
-    if (!group.batch) {
+    auto refuse = [&] {
+      declined_ = nullptr;
       form.refused = true;
       form.groups.clear();
       return nullptr;
+    };
+    if (!group.lookup && !Translate(group, statement, f.offsets[key])) return refuse();
+    // Rent before buying: key by key until the form has spent what the
+    // batched read is expected to cost.
+    if (!group.asked) {
+      group.asked = true;
+      if (estimate_) {
+        try {
+          group.cost = estimate_(group.lookup->translation, statement);
+        } catch (const std::exception&) {
+          return refuse();
+        }
+      }
     }
+    if (group.cost && form.spent < *group.cost) return nullptr;
+    group.batch = Build(*group.lookup, statement);
+    group.lookup.reset();
+    if (!group.batch) return refuse();
   }
+  declined_ = nullptr;
   return Serve(*group.batch, f.values[key]);
 }
 
-std::unique_ptr<LookupBatcher::Batch> LookupBatcher::Build(const std::string& statement, size_t offset) {
+bool LookupBatcher::Translate(Group& group, const std::string& statement, size_t offset) {
+  const int64_t room = std::min(kBatchRows, kTotalRows - stats_.rows);
+  if (room <= 0) return false;
+  // A statement that is no lookup by this literal: the form is run key by
+  // key, as it always could be.
+  try {
+    group.lookup = sql::TranslateBatchedLookup(statement, PosOf(statement, offset), schema_, dialect_, room);
+  } catch (const std::exception&) {
+    return false;
+  }
+  return group.lookup.has_value();
+}
+
+std::unique_ptr<LookupBatcher::Batch> LookupBatcher::Build(const sql::BatchedLookup& lookup,
+                                                          const std::string& statement) {
   const int64_t room = std::min(kBatchRows, kTotalRows - stats_.rows);
   if (room <= 0) return nullptr;
-  // A statement that is no lookup by this literal, a batched read the
-  // engine refuses, or one too large to hold: the form is run key by key,
-  // as it always could be.
-  std::optional<sql::BatchedLookup> lookup;
+  // A batched read the engine refuses, or one too large to hold: the form
+  // is run key by key.
   std::shared_ptr<RowSet> read;
   try {
-    lookup = sql::TranslateBatchedLookup(statement, PosOf(statement, offset), schema_, dialect_, room);
-    if (!lookup) return nullptr;
-    read = read_(lookup->translation, statement);
+    read = read_(lookup.translation, statement);
   } catch (const std::exception&) {
     return nullptr;
   }
   if (static_cast<int64_t>(read->RowCount()) > room || read->fields.empty()) return nullptr;
 
   auto batch = std::make_unique<Batch>();
-  batch->aggregate = lookup->aggregate;
+  batch->aggregate = lookup.aggregate;
   batch->fields.assign(read->fields.begin() + 1, read->fields.end());
   if (batch->aggregate) {
     for (size_t i = 0; i < batch->fields.size(); ++i)
-      batch->empty_row.push_back(lookup->count_columns[i] ? ValueOfKind(Variant::Int64(0), batch->fields[i].kind)
-                                                          : Variant::Null());
+      batch->empty_row.push_back(lookup.count_columns[i] ? ValueOfKind(Variant::Int64(0), batch->fields[i].kind)
+                                                         : Variant::Null());
   }
   // Rows come ordered by the key; a NULL key matches no "=" and is dropped.
   // The rows stay where they were read, the key in their first field.
