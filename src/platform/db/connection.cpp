@@ -1,5 +1,6 @@
 #include "platform/db/connection.h"
 
+#include <algorithm>
 #include <cctype>
 #include <chrono>
 #include <cstdlib>
@@ -14,6 +15,7 @@
 #include "platform/db/shape.h"
 #include "platform/db/statement_cache.h"
 #include "platform/db/value_compare.h"
+#include "platform/sql/lookup_batch.h"
 
 namespace orv::db {
 
@@ -88,7 +90,8 @@ class Connection::Impl {
   static constexpr int64_t kShapeChildRowsMax = 2000000;
   std::unordered_map<std::string, std::shared_ptr<const RowSet>> shape_children_;
   int64_t shape_child_rows_ = 0;
-  std::shared_ptr<RowSet> ReadShapeChild(const std::string& command);
+  // The rows of a SHAPE child command (not itself a SHAPE) for `parent`.
+  std::shared_ptr<RowSet> ReadShapeChild(StatementCache& cache, const ShapeChild& child, const RowSet& parent);
   bool batch_lookups_ = true;
   std::unique_ptr<LookupBatcher> batcher_;
   int cursor_location_ = adUseServer;
@@ -330,8 +333,39 @@ int RelateField(const RowSet& rows, const std::string& name, const char* side,
 
 }  // namespace
 
-std::shared_ptr<RowSet> Connection::Impl::ReadShapeChild(const std::string& command) {
-  if (!ReadsFromSnapshot()) return ReadRows(*cache_, command);
+std::shared_ptr<RowSet> Connection::Impl::ReadShapeChild(StatementCache& cache, const ShapeChild& child,
+                                                          const RowSet& parent) {
+  const std::string& command = child.node.command;
+  // A parent of few rows (one invoice) relates few child rows; the child is
+  // read for the parent's keys only, not every row of its table (all the
+  // practice's invoice lines: 0.8 s for one invoice on a server of 20,000
+  // patients). One integer relate column; anything else is read whole.
+  constexpr size_t kRestrictParentRows = 500;
+  const int key_field = child.relate.size() == 1 ? parent.FindField(child.relate[0].first) : -1;
+  if (key_field >= 0 && parent.RowCount() <= kRestrictParentRows &&
+      parent.fields[key_field].kind == sql::ValueKind::Integer) {
+    std::vector<int64_t> keys;
+    for (size_t r = 0; r < parent.RowCount(); ++r) {
+      const Variant v = parent.Get(r, key_field);
+      if (!v.IsNull()) keys.push_back(v.AsInteger());
+    }
+    std::sort(keys.begin(), keys.end());
+    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+    std::optional<sql::Translation> restricted;
+    try {
+      restricted = sql::TranslateRestrictedToKeys(command, child.relate[0].second, keys, schema_,
+                                                  cache.engine().dialect());
+    } catch (const ReportError&) {
+      // The statement's own read below says what is wrong with it.
+    }
+    if (restricted) {
+      auto stmt = cache.engine().Prepare(restricted->sql, command);
+      auto rows = CollectRows(*stmt, *restricted, cache.engine(), command);
+      stmt->Reset();
+      return rows;
+    }
+  }
+  if (&cache != cache_.get() || !ReadsFromSnapshot()) return ReadRows(cache, command);
   auto kept = shape_children_.find(command);
   if (kept == shape_children_.end()) {
     auto rows = ReadRows(*cache_, command);
@@ -351,13 +385,14 @@ namespace {
 // parent in memory: the child's rows are hashed by the child's relate
 // columns, so a chapter is one lookup per parent row. `read_child` reads a
 // child command.
+using ChildReader = std::function<std::shared_ptr<RowSet>(const ShapeChild&, const RowSet& parent)>;
+
 std::shared_ptr<RowSet> RunShape(StatementCache& cache, const ShapeNode& node, const std::string& statement,
-                                 const std::function<std::shared_ptr<RowSet>(const std::string&)>& read_child) {
+                                 const ChildReader& read_child) {
   auto parent = ReadRows(cache, node.command);
   for (const ShapeChild& c : node.children) {
     ChapterLink link;
-    link.child = c.node.children.empty() ? read_child(c.node.command)
-                                         : RunShape(cache, c.node, statement, read_child);
+    link.child = c.node.children.empty() ? read_child(c, *parent) : RunShape(cache, c.node, statement, read_child);
     for (const auto& [pcol, ccol] : c.relate) {
       link.parent_fields.push_back(RelateField(*parent, pcol, "parent", statement));
       link.child_fields.push_back(RelateField(*link.child, ccol, "child", statement));
@@ -386,8 +421,8 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement) const {
     ShapeNode node = ParseShape(statement);
     try {
       StatementCache& cache = im.cache(false);
-      return RunShape(cache, node, statement, [&](const std::string& command) {
-        return &cache == im.cache_.get() ? im.ReadShapeChild(command) : ReadRows(cache, command);
+      return RunShape(cache, node, statement, [&](const ShapeChild& child, const RowSet& parent) {
+        return im.ReadShapeChild(cache, child, parent);
       });
     } catch (const ReportError& e) {
       // A command's own message names the inner command; add the SHAPE

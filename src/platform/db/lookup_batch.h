@@ -95,7 +95,7 @@ class LookupBatcher {
     bool refused = false;
     double spent = 0;             // seconds its statements ran key by key
     int key = -1;                 // the position of the key literal, once chosen
-    std::vector<int64_t> last;    // the literals of the previous run
+    std::vector<std::string> last;  // the literals of the previous run, as written
     std::vector<int> varied;      // runs in which each literal alone changed
     std::unordered_map<std::string, Group> groups;  // by the other literals
   };

@@ -146,6 +146,7 @@ StatementForm ParameteriseLiterals(const std::string& s, bool dates) {
           lift(i + 1, end, sentinel.written);
           f.quoted.push_back(digits ? Variant(std::string(text)) : Variant(*date));
           f.quoted_sentinels.push_back(sentinel.written);
+          f.quoted_offsets.push_back(i);
         }
       }
       i = end + 1;

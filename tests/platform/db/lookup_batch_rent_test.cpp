@@ -43,17 +43,21 @@ class BatchRent : public ::testing::Test {
         });
   }
 
-  // Asks for invoice `key`; when the batcher declines, the caller's own run
-  // takes `seconds`. The total it got, or "" when it must run it itself.
-  static std::string Ask(LookupBatcher& batcher, int key, double seconds) {
+  // Asks for invoice `key` (written as `key_text`, by default the number);
+  // when the batcher declines, the caller's own run takes `seconds`. The
+  // total it got, or "" when it must run it itself.
+  static std::string Ask(LookupBatcher& batcher, int key, double seconds, std::string key_text = "") {
+    if (key_text.empty()) key_text = std::to_string(key);
     const std::string statement =
-        "SELECT SUM(Amount) AS Total FROM InvoicePaymentDetails WHERE InvoiceID = " + std::to_string(key);
+        "SELECT SUM(Amount) AS Total FROM InvoicePaymentDetails WHERE InvoiceID = " + key_text;
     auto rows = batcher.Find(statement, ParameteriseLiterals(statement));
     if (!rows) {
       batcher.Spent(seconds);
       return "";
     }
-    return rows->RowCount() == 1 ? CStr(rows->Get(0, 0)) : "rows: " + std::to_string(rows->RowCount());
+    if (rows->RowCount() != 1) return "rows: " + std::to_string(rows->RowCount());
+    const Variant total = rows->Get(0, 0);
+    return total.IsNull() ? "Null" : CStr(total);
   }
 
   sql::Schema schema_;
@@ -114,6 +118,18 @@ TEST_F(BatchRent, ReadsAllKeysOnlyOnceTheRunsKeyByKeyHaveCostAsMuch) {
   }
   for (int key = 1; key <= 20; ++key) EXPECT_EQ(Ask(other, key, 0.03125), "") << key;
   EXPECT_EQ(reads_, 0);
+}
+
+TEST_F(BatchRent, AKeyWrittenAsTextIsServedByTheNumberItSpells) {
+  LookupBatcher batcher = Make(std::nullopt);
+  for (int key = 1; key <= 16; ++key) EXPECT_EQ(Ask(batcher, key, 0.01, "'" + std::to_string(key) + "'"), "");
+  EXPECT_EQ(Ask(batcher, 17, 0.01, "'17'"), "17.25");
+  // An integer column compared with '0042' compares with 42.
+  EXPECT_EQ(Ask(batcher, 42, 0.01, "'0042'"), "42.25");
+  // No payment on invoice 900: a sum of no rows.
+  EXPECT_EQ(Ask(batcher, 900, 0.01, "'900'"), "Null");
+  EXPECT_EQ(reads_, 1);
+  EXPECT_EQ(batcher.stats().served, 3);
 }
 
 }  // namespace
