@@ -130,7 +130,6 @@ std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos k
 std::optional<Translation> TranslateRestrictedToKeys(std::string_view tsql, std::string_view column,
                                                      const std::vector<int64_t>& keys, const Schema& schema,
                                                      Dialect dialect) {
-  if (keys.empty()) return std::nullopt;
   Statement st = Parse(tsql);
   Bind(st, schema, tsql);
   if (st.kind != Statement::Kind::Select || st.query->selects.size() != 1) return std::nullopt;
@@ -174,6 +173,13 @@ std::optional<Translation> TranslateRestrictedToKeys(std::string_view tsql, std:
     number->text = std::to_string(key);
     number->type.kind = ValueKind::Integer;
     in->args.push_back(std::move(number));
+  }
+  if (keys.empty()) {
+    // No key: "IN (NULL)" holds for no row, and the columns are still read.
+    auto none = std::make_unique<Expr>(ExprKind::Null, in->pos);
+    none->type.kind = ValueKind::Integer;
+    none->type.is_null = true;
+    in->args.push_back(std::move(none));
   }
   if (!s.where) {
     s.where = std::move(in);

@@ -50,7 +50,8 @@ std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos k
 
 // `tsql` restricted to the rows whose result column `column` is one of
 // `keys`: the same statement with "AND column IN (keys...)" at the top of
-// its WHERE clause, so the rows keep their order and their columns. A SHAPE
+// its WHERE clause, so the rows keep their order and their columns; no rows
+// for no keys. A SHAPE
 // reads its child this way when its parent holds few keys: the lines of one
 // invoice, not every invoice line of the practice. Nothing when the
 // statement cannot be restricted so (not one plain SELECT; TOP, DISTINCT,

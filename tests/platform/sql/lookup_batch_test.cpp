@@ -144,6 +144,13 @@ TEST(RestrictedToKeys, KeepsExactlyTheRowsOfTheKeysInTheirOrder) {
     EXPECT_EQ(some.rows, expected);
   }
 
+  // No key: no rows, the same columns.
+  auto none = TranslateRestrictedToKeys(cases[0].tsql, "InvoiceID", {}, db.schema(), Dialect::SQLite);
+  ASSERT_TRUE(none.has_value());
+  const FixtureDb::Result empty = db.RunTranslated(*none);
+  EXPECT_EQ(empty.header, db.Run(cases[0].tsql).header);
+  EXPECT_TRUE(empty.rows.empty());
+
   const Case refused[] = {
       // TOP and DISTINCT choose among the rows of all keys.
       {"SELECT TOP 2 InvoiceID, Code FROM InvoiceDetails", "InvoiceID"},
