@@ -7,6 +7,7 @@
 #include <functional>
 #include <optional>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "common/errors.h"
 #include "platform/db/connection_url.h"
@@ -87,8 +88,11 @@ class Connection::Impl {
   // aged receivables' 8.7 s on 20,000 patients. Each SHAPE gets its own
   // copy, since its chapters are recordsets of their own. Children are kept
   // up to kShapeChildRowsMax rows in all; dropped when the snapshot ends.
+  // (A parent of few keys reads its child restricted to them instead; see
+  // ReadShapeChild.)
   static constexpr int64_t kShapeChildRowsMax = 2000000;
   std::unordered_map<std::string, std::shared_ptr<const RowSet>> shape_children_;
+  std::unordered_set<std::string> shape_children_seen_;
   int64_t shape_child_rows_ = 0;
   // The rows of a SHAPE child command (not itself a SHAPE) for `parent`.
   std::shared_ptr<RowSet> ReadShapeChild(StatementCache& cache, const ShapeChild& child, const RowSet& parent);
@@ -208,6 +212,7 @@ void Connection::EndSnapshot() {
   if (--im.snapshot_depth_ > 0) return;
   im.snapshot_rows_.clear();
   im.shape_children_.clear();
+  im.shape_children_seen_.clear();
   im.shape_child_rows_ = 0;
   if (im.batcher_) im.batcher_->Clear();
   if (!im.in_transaction_ || im.tx_on_writer_) im.engine_->EndSnapshot();
@@ -339,11 +344,12 @@ std::shared_ptr<RowSet> Connection::Impl::ReadShapeChild(StatementCache& cache, 
   // The child is read for the parent's keys only, not every row of its
   // table: one invoice relates to all the practice's invoice lines (0.8 s
   // on a server of 20,000 patients), and the aged receivables relate each
-  // provider's invoices to every payment of the practice, which on 100,000
-  // patients meant hashing 900,000 child rows once per provider (two thirds
-  // of the report's time). One integer relate column; anything else, and a
-  // parent of more keys than a statement should list, is read whole.
-  constexpr size_t kRestrictParentRows = 50000;
+  // provider's invoices to every payment of the practice. One integer
+  // relate column; anything else is read whole, and so is the child of a
+  // parent of many rows, which is likely to relate most of the child's
+  // table anyway: listing 20,000 patients' keys in the statement cost the
+  // billing list 25 MB and saved nothing.
+  constexpr size_t kRestrictParentRows = 5000;
   const int key_field = child.relate.size() == 1 ? parent.FindField(child.relate[0].first) : -1;
   if (key_field >= 0 && parent.RowCount() <= kRestrictParentRows &&
       parent.fields[key_field].kind == sql::ValueKind::Integer) {
@@ -372,6 +378,9 @@ std::shared_ptr<RowSet> Connection::Impl::ReadShapeChild(StatementCache& cache, 
   auto kept = shape_children_.find(command);
   if (kept == shape_children_.end()) {
     auto rows = ReadRows(*cache_, command);
+    // Kept from its second read on: a SHAPE run once (the billing list)
+    // holds no second copy of its child.
+    if (shape_children_seen_.insert(command).second) return rows;
     const int64_t count = static_cast<int64_t>(rows->RowCount());
     if (shape_child_rows_ + count > kShapeChildRowsMax) return rows;
     shape_child_rows_ += count;
