@@ -9,12 +9,14 @@
 
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "command.h"
 #include "platform/db/connection_url.h"
 #include "platform/db/copy_database.h"
+#include "platform/host/partial_files.h"
 
 namespace orv::app {
 namespace {
@@ -53,6 +55,23 @@ int RunCopyDb(const std::vector<std::string>& args) {
     return 2;
   }
   options.progress = ShowProgress;
+  // A SQLite file this copy makes is unfinished until the copy ends: a copy
+  // stopped by a signal removes it and its journal rather than leave half
+  // a practice that the next copy would refuse to replace.
+  std::vector<std::string> made;
+  if (db::EngineOfUrl(urls[1]) == db::EngineKind::SQLite) {
+    std::string path = db::SqlitePath(urls[1]);
+    std::error_code ec;
+    if (!path.empty() && path != ":memory:" && !std::filesystem::exists(path, ec))
+      made = {path, path + "-journal"};
+  }
+  for (const auto& f : made) host::TrackPartialFile(f);
+  struct Forget {
+    const std::vector<std::string>& files;
+    ~Forget() {
+      for (const auto& f : files) host::ForgetPartialFile(f);
+    }
+  } forget{made};
   try {
     const auto t0 = std::chrono::steady_clock::now();
     db::CopySummary s = db::CopyDatabase(urls[0], urls[1], options);

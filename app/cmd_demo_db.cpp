@@ -19,6 +19,7 @@
 #include "common/datetime.h"
 #include "platform/db/connection_url.h"
 #include "platform/db/copy_database.h"
+#include "platform/host/partial_files.h"
 #include "platform/practice/demo_practice.h"
 
 namespace orv::app {
@@ -49,12 +50,19 @@ practice::DemoSummary WriteNewFile(const std::string& file, bool replace,
   if (target.has_parent_path()) fs::create_directories(target.parent_path(), ec);
   fs::path staged = target.parent_path() /
                     ("." + target.filename().string() + ".part-" + std::to_string(getpid()));
+  // SQLite keeps a journal beside the file while it writes.
+  const std::string journal = staged.string() + "-journal";
+  host::TrackPartialFile(staged.string());
+  host::TrackPartialFile(journal);
   try {
     practice::DemoSummary s = practice::WriteDemoPracticeFile(staged.string(), options);
-    fs::rename(staged, target);
+    host::RenamePartialFile(staged.string(), target.string(), ec);
+    if (ec) throw fs::filesystem_error("cannot write " + file, ec);
+    host::RemovePartialFile(journal);
     return s;
   } catch (...) {
-    fs::remove(staged, ec);
+    host::RemovePartialFile(staged.string());
+    host::RemovePartialFile(journal);
     throw;
   }
 }

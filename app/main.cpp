@@ -6,6 +6,7 @@
 
 #include "command.h"
 #include "platform/db/connection_url.h"
+#include "platform/host/partial_files.h"
 #include "report_host.h"
 
 // The default database may come from ORVENDA_DB with a password in it:
@@ -19,6 +20,8 @@ static void PrintHelp() {
 }
 
 int main(int argc, char** argv) {
+  // A run stopped from the terminal or by kill leaves no half-written file.
+  orv::host::RemovePartialFilesOnSignal();
   if (argc < 2 || std::string(argv[1]) == "--help" || std::string(argv[1]) == "-h") {
     PrintHelp();
     return argc < 2 ? 2 : 0;

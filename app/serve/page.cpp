@@ -93,6 +93,7 @@ const char* PageHtml() {
   <section id="run-area" hidden>
     <div id="progress"><div id="bar"></div></div>
     <div id="state"></div>
+    <div class="buttons" id="stop"><button id="cancel" class="quiet" type="button">Cancel the run</button></div>
     <div id="question" hidden><div id="question-text"></div>
       <div class="buttons"><button id="yes" type="button">Yes</button><button id="no" class="quiet" type="button">No</button></div></div>
     <div id="messages"></div>
@@ -364,6 +365,8 @@ function startWatching(id) {
   $("bar").style.width = "0";
   $("state").textContent = "Waiting for its turn\u2026";
   $("run").disabled = true;
+  $("stop").hidden = false;
+  $("cancel").disabled = false;
   poll();
 }
 
@@ -379,16 +382,25 @@ async function poll() {
   $("question").hidden = s.state !== "question";
   if (s.state === "question") $("question-text").textContent = s.question;
   if (s.state === "queued") $("state").textContent = "Waiting for its turn\u2026";
-  else if (s.state === "running" || s.state === "question") $("state").textContent = "Running: " + s.progress + "%";
+  else if (s.state === "running" || s.state === "question")
+    $("state").textContent = $("cancel").disabled ? "Cancelling\u2026" : "Running: " + s.progress + "%";
+  $("stop").hidden = s.state === "done" || s.state === "failed";
   if (s.state === "done") return finished(s);
   if (s.state === "failed") {
     $("run").disabled = false;
-    $("state").textContent = "The report did not finish.";
-    $("failure").hidden = false;
+    $("question").hidden = true;
+    $("state").textContent = s.cancelled ? "Cancelled." : "The report did not finish.";
+    $("failure").hidden = !!s.cancelled;
     $("failure").textContent = s.error;
     return;
   }
   setTimeout(poll, 200);
+}
+
+async function cancelRun() {
+  $("cancel").disabled = true;
+  $("state").textContent = "Cancelling\u2026";
+  await api("/api/runs/" + state.run + "/cancel", { method: "POST" });
 }
 
 async function answer(yes) {
@@ -466,6 +478,7 @@ window.addEventListener("hashchange", () => {
 });
 $("search").addEventListener("input", drawCatalog);
 $("form").addEventListener("submit", submit);
+$("cancel").addEventListener("click", cancelRun);
 $("yes").addEventListener("click", () => answer(true));
 $("no").addEventListener("click", () => answer(false));
 $("prev").addEventListener("click", () => show(state.page - 1));

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -64,6 +65,23 @@ bool Run::Answer(int answer) {
   return true;
 }
 
+bool Run::Cancel() {
+  std::lock_guard lock(mu_);
+  // A run whose document is kept has ended, though its state may not say
+  // so yet.
+  if (status_.state == RunState::kDone || status_.state == RunState::kFailed || doc_) return false;
+  cancel_requested_ = true;
+  // A question in wait takes No, the answer that never writes, and the
+  // message box then leaves the report.
+  if (status_.state == RunState::kQuestion && !answer_) answer_ = host::vbNo;
+  changed_.notify_all();
+  return true;
+}
+
+void Run::StopIfCancelled() const {
+  if (cancel_requested_) throw RunCancelled{};
+}
+
 bool Run::WaitFinished(std::chrono::milliseconds timeout) const {
   std::unique_lock lock(mu_);
   return changed_.wait_for(lock, timeout, [&] {
@@ -90,8 +108,11 @@ void Run::Finish(RunState state, std::string error) {
   std::lock_guard lock(mu_);
   status_.state = state;
   status_.error = db::MaskSecrets(error);
+  status_.cancelled = cancel_requested_;
   status_.seconds =
-      std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count();
+      started_ == std::chrono::steady_clock::time_point{}
+          ? 0
+          : std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count();
   if (state == RunState::kDone) status_.progress = 100;
   changed_.notify_all();
 }
@@ -164,8 +185,10 @@ class WebHost : public host::HostServices {
     std::string text = db::MaskSecrets(prompt);
     int kind = buttons & 7;
     if (kind == host::vbYesNo || kind == host::vbYesNoCancel || kind == host::vbOKCancel) {
+      run_.StopIfCancelled();
       int answer = interactive_ ? run_.Ask(text, title, timeout_) : host::vbNo;
       if (!interactive_) Keep(text + "  No (a link to a report cannot answer).", title);
+      run_.StopIfCancelled();
       // OK/Cancel boxes take Yes as OK and anything else as Cancel.
       if (kind == host::vbOKCancel) return answer == host::vbYes ? host::vbOK : host::vbCancel;
       return answer;
@@ -175,7 +198,9 @@ class WebHost : public host::HostServices {
   }
   void SetMousePointer(int pointer) override { pointer_ = pointer; }
   int MousePointer() const override { return pointer_; }
-  void DoEvents() override {}
+  // The reports call the message pump between rows: where a cancelled run
+  // stops.
+  void DoEvents() override { run_.StopIfCancelled(); }
   void Note(const std::string& text) override { Keep(db::MaskSecrets(text), ""); }
 
  private:
@@ -281,6 +306,23 @@ std::shared_ptr<Run> RunRegistry::Start(const RunRequest& request) {
   return run;
 }
 
+bool RunRegistry::Cancel(Run& run) {
+  {
+    std::lock_guard lock(mu_);
+    auto queued = std::find_if(queue_.begin(), queue_.end(),
+                               [&](const auto& job) { return job.first.get() == &run; });
+    if (queued != queue_.end()) {
+      queue_.erase(queued);
+      run.Cancel();
+      run.Finish(RunState::kFailed, "Cancelled before it started.");
+      return true;
+    }
+  }
+  // Taken by a worker (perhaps not yet started: Execute checks first), or
+  // ended.
+  return run.Cancel();
+}
+
 std::shared_ptr<Run> RunRegistry::Find(int id) const {
   std::lock_guard lock(mu_);
   auto it = runs_.find(id);
@@ -304,6 +346,14 @@ void RunRegistry::Work() {
 void RunRegistry::Execute(Run& run, const RunRequest& request) {
   {
     std::lock_guard lock(run.mu_);
+    // Cancelled between leaving the queue and starting.
+    if (run.cancel_requested_) {
+      run.status_.state = RunState::kFailed;
+      run.status_.error = "Cancelled before it started.";
+      run.status_.cancelled = true;
+      run.changed_.notify_all();
+      return;
+    }
     run.status_.state = RunState::kRunning;
     run.started_ = std::chrono::steady_clock::now();
   }
@@ -332,13 +382,18 @@ void RunRegistry::Execute(Run& run, const RunRequest& request) {
     reports.InterestRate = settings_.interest_rate;
     reports.InterestDelay = settings_.interest_delay;
     reports.Progress = [&run](uint8_t& pct) {
-      std::lock_guard lock(run.mu_);
-      run.status_.progress = std::min<int>(pct, 100);
+      {
+        std::lock_guard lock(run.mu_);
+        run.status_.progress = std::min<int>(pct, 100);
+      }
+      run.StopIfCancelled();
     };
     web.ClearFailure();
     Variant result = CallMethod(reports, form, sig, args, settings_.user);
     std::error_code ec;
     fs::remove(stray_print, ec);
+    // A run asked to stop ends cancelled, whatever the report said.
+    if (run.cancel_requested_) throw RunCancelled{};
     if (web.FailureShown()) {
       run.Finish(RunState::kFailed, std::string(sig.name) + " did not finish: see its message.");
       return;
@@ -350,6 +405,10 @@ void RunRegistry::Execute(Run& run, const RunRequest& request) {
     }
     {
       std::lock_guard lock(run.mu_);
+      // Asked to stop after its last check: what it made is not kept. The
+      // check and the keeping are one step under the lock, so a request
+      // either stops the run or finds it ended.
+      if (run.cancel_requested_) throw RunCancelled{};
       // A report that prints at once (a receipt, a card) has no printer
       // here: its pages wait in the page for the person to print them.
       if (form.PrintedWithoutPrinter())
@@ -360,6 +419,10 @@ void RunRegistry::Execute(Run& run, const RunRequest& request) {
       if (!result.IsEmpty()) run.status_.result = result.IsNull() ? "Null" : CStr(result);
     }
     run.Finish(RunState::kDone, "");
+  } catch (const RunCancelled&) {
+    // Nothing of the run is kept: its form, pages and connection went
+    // with the stack; the worker takes the next run.
+    run.Finish(RunState::kFailed, "Cancelled.");
   } catch (const ReportError& e) {
     run.Finish(RunState::kFailed, std::string(sig.name) + " failed: " + e.description());
   } catch (const std::exception& e) {

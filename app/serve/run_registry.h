@@ -5,6 +5,7 @@
 // documents for their pages and downloads.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -85,7 +86,8 @@ class Run {
     std::string error;     // why a failed run failed
     std::string result;    // what a method with a result returned
     int pages = 0;
-    double seconds = 0;  // from start to end of the run
+    double seconds = 0;      // from start to end of the run
+    bool cancelled = false;  // stopped at the person's request
   };
 
   Run(int id, std::string method) : id_(id), method_(std::move(method)) {
@@ -99,6 +101,15 @@ class Run {
   // Answers the pending question (a vbYes/vbNo value); false when no
   // question waits.
   bool Answer(int answer);
+  // Asks the run to stop. A run in progress stops at its next progress
+  // raise, message-pump call or message box (the host services check the
+  // request there) and ends as a failed run without a document; a pending
+  // question is answered No first. False when the run has already ended.
+  // A queued run is cancelled through RunRegistry::Cancel, so that it never
+  // starts.
+  bool Cancel();
+  // Throws RunCancelled when the run was asked to stop.
+  void StopIfCancelled() const;
   // Waits until the run is done or failed, up to `timeout`; true if it is.
   bool WaitFinished(std::chrono::milliseconds timeout) const;
 
@@ -126,6 +137,7 @@ class Run {
   mutable std::condition_variable changed_;
   Status status_;
   std::optional<int> answer_;
+  std::atomic<bool> cancel_requested_{false};
   std::chrono::steady_clock::time_point started_;
   std::unique_ptr<render::Document> doc_;
 
@@ -133,6 +145,11 @@ class Run {
   std::map<std::pair<int, int>, std::string> png_;
   std::optional<std::string> pdf_;
 };
+
+// What a cancelled run throws from the host services to leave the report.
+// It is not a ReportError nor a std::exception, so the reports' traps,
+// which would show their failure box and carry on, let it pass.
+struct RunCancelled {};
 
 class RunRegistry {
  public:
@@ -147,6 +164,9 @@ class RunRegistry {
   std::shared_ptr<Run> Start(const RunRequest& request);
   // The run of that id, or null (never started, or dropped as old).
   std::shared_ptr<Run> Find(int id) const;
+  // Cancels a run: a queued one leaves the queue and never starts; one in
+  // progress is asked to stop (Run::Cancel). False when it has ended.
+  bool Cancel(Run& run);
 
   const RunSettings& settings() const { return settings_; }
   // A private temporary folder for files made on the way to an answer.

@@ -9,6 +9,7 @@
 #include <regex>
 
 #include "command.h"
+#include "common/collation.h"
 #include "common/datetime.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
@@ -134,6 +135,7 @@ json StatusJson(const Run::Status& s) {
   if (!s.question.empty()) out["question"] = s.question;
   if (!s.error.empty()) out["error"] = s.error;
   if (!s.result.empty()) out["result"] = s.result;
+  if (s.cancelled) out["cancelled"] = true;
   return out;
 }
 
@@ -226,9 +228,37 @@ void ReportServer::Stop() {
   if (http_ && http_->is_running()) http_->stop();
 }
 
+namespace {
+
+// A name as the search compares it: its base letters in small letters,
+// hyphens and apostrophes left out ("Étienne" and "ETIENNE" read "etienne",
+// "O'Neil" reads "oneil"), as the practice's dictionary order sees it.
+std::string SearchFold(std::string_view text) {
+  std::string key = collation::SortKey(text);
+  return key.substr(0, key.find(collation::kLevelSeparator));
+}
+
+// The names whose folded text starts with `folded`, as a range of the
+// practice's dictionary order, which compares base letters first and both
+// engines apply to < and >=: every such name lies from the word itself
+// (its plain spelling sorts first) up to the word followed by the highest
+// character there is. A range asks no function per row.
+std::string PrefixCondition(const std::string& folded) {
+  std::string low = vb::Replace(folded, "'", "''");
+  std::string high = low;
+  collation::AppendUtf8(U'\U0010FFFD', high);
+  std::string any;
+  for (const char* column : {"LastName", "FirstName"})
+    any += (any.empty() ? "" : " OR ") + std::string("(") + column + " >= '" + low + "' AND " +
+           column + " < '" + high + "')";
+  return "(" + any + ")";
+}
+
+}  // namespace
+
 std::string ReportServer::PatientsJson(const std::string& query) {
   // Words of a name, or a patient's number: only letters, digits, blanks,
-  // hyphens and apostrophes reach the statement, each quote doubled.
+  // hyphens and apostrophes count.
   std::vector<std::string> words;
   std::string word;
   for (char c : query + " ") {
@@ -237,36 +267,54 @@ std::string ReportServer::PatientsJson(const std::string& query) {
     if (keep && word.size() < 30) {
       word += c;
     } else if (!keep && !word.empty()) {
-      words.push_back(vb::Replace(vb::UCase(word), "'", "''"));
+      words.push_back(word);
       word.clear();
     }
   }
   json out = json::array();
   if (words.empty() || words.size() > 4) return out.dump();
+  // The front desk types names with or without their accents and in any
+  // case, and both engines must answer alike: each word is a prefix of the
+  // last or the first name compared on folded text. The statement asks
+  // for that by ranges of the dictionary order; the folded comparison
+  // below has the last word.
   std::string where;
+  std::vector<std::string> names;  // folded words
   for (const auto& w : words) {
     bool number = std::all_of(w.begin(), w.end(), [](char c) { return c >= '0' && c <= '9'; });
-    std::string term = number && w.size() < 10 ? "ID = " + w
-                                               : "(UPPER(LastName) LIKE '" + w +
-                                                     "%' OR UPPER(FirstName) LIKE '" + w + "%')";
+    std::string term;
+    if (number && w.size() < 10) {
+      term = "ID = " + w;
+    } else {
+      std::string folded = SearchFold(w);
+      if (folded.empty()) continue;
+      names.push_back(folded);
+      term = PrefixCondition(folded);
+    }
     where += (where.empty() ? "" : " AND ") + term;
   }
+  if (where.empty()) return out.dump();
   std::lock_guard lock(lookup_mu_);
   if (!lookup_) lookup_ = std::make_unique<db::Connection>(options_.run.db);
   db::Recordset rs;
   rs.Open(
-      "SELECT TOP 25 ID, LastName, FirstName, BirthDate, ResponsibleFamilyMemberID "
+      "SELECT TOP 200 ID, LastName, FirstName, BirthDate, ResponsibleFamilyMemberID "
       "FROM Patient WHERE " +
           where + " ORDER BY LastName, FirstName, ID",
       *lookup_, db::adOpenStatic);
-  while (!rs.Eof()) {
+  for (; !rs.Eof() && out.size() < 25; rs.MoveNext()) {
+    const std::string last = CStr(rs["LastName"].Value()), first = CStr(rs["FirstName"].Value());
+    const std::string last_key = SearchFold(last), first_key = SearchFold(first);
+    bool all = std::all_of(names.begin(), names.end(), [&](const std::string& n) {
+      return last_key.rfind(n, 0) == 0 || first_key.rfind(n, 0) == 0;
+    });
+    if (!all) continue;
     Variant birth = rs["BirthDate"];
     Variant family = rs["ResponsibleFamilyMemberID"];
     out.push_back({{"id", CLng(rs["ID"].Value())},
-                   {"name", CStr(rs["LastName"].Value()) + ", " + CStr(rs["FirstName"].Value())},
+                   {"name", last + ", " + first},
                    {"birth", birth.IsNull() ? "" : Format(birth, "yyyy-mm-dd")},
                    {"family", family.IsNull() ? 0 : CLng(family)}});
-    rs.MoveNext();
   }
   return out.dump();
 }
@@ -413,6 +461,16 @@ void ReportServer::Route() {
       return Refuse(res, 409, "The run asks no question now.");
     Reply(res, 200, StatusJson(run->Snapshot()));
   });
+
+  // Stops a run: a queued one never starts, one in progress ends at its
+  // next progress raise or row as a failed run, without a document.
+  s.Post(R"(/api/runs/(\d+)/cancel)",
+         [this, find](const httplib::Request& req, httplib::Response& res) {
+           auto run = find(req, res);
+           if (!run) return;
+           if (!runs_.Cancel(*run)) return Refuse(res, 409, "The run has already ended.");
+           Reply(res, 200, StatusJson(run->Snapshot()));
+         });
 
   s.Get(R"(/api/runs/(\d+)/pages/(\d+)\.png)",
         [serve](const httplib::Request& req, httplib::Response& res) {

@@ -5,6 +5,7 @@
 #include "claims/claim_form.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 
 #include "common/common_functions.h"
@@ -293,39 +294,6 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   const Variant assigned = assignment_row[src.assignment_field].Value();
   const bool to_subscriber = mode3 || assigned.IsNull() || !IsTrue(assigned);
 
-  // ---- Page set-up ----
-  vsp.DocName(src.doc_name);
-  vsp.Orientation(0);
-  vsp.MarginLeft(Twips(720));
-  vsp.MarginRight(Twips(720));
-  vsp.MarginTop(Twips(720));
-  vsp.MarginBottom(Twips(720));
-  vsp.StartDoc();
-  vsp.PenWidth(Twips(int64_t(vsp.PenWidth().value() * 1.5)));
-  vsp.TextAlign(7);
-  vsp.FontName("Tahoma");
-  vsp.FontSize(20);
-  vsp.FontBold(true);
-  vsp.Text(src.title);
-  vsp.FontSize(8);
-  vsp.Text(" ");
-  vsp.FontBold(false);
-
-  // The foot line stands two heights of "X" above the bottom margin of the
-  // last page, drawn by position after the tables. The tables flow above
-  // it: their page ends where the foot line begins, so a long claim carries
-  // its last boxes over with the foot line instead of running them under
-  // it. The margin the form was given comes back for the foot line itself,
-  // and on the failure path too.
-  const Twips margin_bottom = vsp.MarginBottom();
-  const Twips foot_band = vsp.TextHeight("X") * 2.0;
-  struct RestoreMargin {
-    frame::PrintSurface& vsp;
-    Twips margin;
-    ~RestoreMargin() { vsp.MarginBottom(margin); }
-  } restore{vsp, margin_bottom};
-  vsp.MarginBottom(margin_bottom + foot_band);
-
   // ---- Table 1: patient, dentist, assignment ----
   auto office = [&](const char* field) {
     return cf.returnStr(r.ReturnLookupValue("OfficeInformation", "ID", Variant(src.office_id), field));
@@ -344,43 +312,29 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
                           ? std::string(CR) + CR + t.payee_subscriber
                           : std::string(t.payee_dentist) + CR + t.assignment_sentence + CR + CR +
                                 "________________________" + CR + t.assignment_signature;
-  vsp.TextAlign(7);
-  vsp.StartTable();
-  vsp.TableBorder(7);
-  vsp.AddTable("<2in|<2in|^3.5in", t.table1_header,
-               Cell(cf, pat, "FullName") + CR + Cell(cf, pat, "Address") + CR +
-                   Cell(cf, pat, "HomePhone") + "|" + dentist + "|" + payee + ";",
-               kFormHeader);
-  vsp.EndTable();
+  const std::string t1 = Cell(cf, pat, "FullName") + CR + Cell(cf, pat, "Address") + CR +
+                         Cell(cf, pat, "HomePhone") + "|" + dentist + "|" + payee + ";";
 
   // ---- Table 2: consent and the dentist's notes ----
   std::string notes = cf.returnStr(head[src.notes_field].Value());
-  std::string consent = std::string(t.consent_first) + t.consent_second + CR + CR + TAB +
-                        "_______________________" + TAB + TAB + TAB + TAB +
-                        "________________________________" + TAB + TAB +
-                        Format(Variant(Clock::Today()), "mmm/dd/yyyy") + CR + TAB +
-                        t.patient_signature + TAB + TAB + TAB + TAB + "Office Verification;" +
-                        t.dentist_use + TAB + TAB + t.duplicate_mark + CR +
-                        (notes.empty() ? std::string(CR) + CR + CR + CR
-                                       : frame::EscapeCell(notes) + CR + CR) +
-                        ";";
-  vsp.TextAlign(7);
-  vsp.StartTable();
-  vsp.TableBorder(7);
-  vsp.AddTable("<7.5in", "", consent);
-  vsp.EndTable();
+  const std::string consent =
+      std::string(t.consent_first) + t.consent_second + CR + CR + TAB + "_______________________" +
+      TAB + TAB + TAB + TAB + "________________________________" + TAB + TAB +
+      Format(Variant(Clock::Today()), "mmm/dd/yyyy") + CR + TAB + t.patient_signature + TAB + TAB +
+      TAB + TAB + "Office Verification;" + t.dentist_use + TAB + TAB + t.duplicate_mark + CR +
+      (notes.empty() ? std::string(CR) + CR + CR + CR : frame::EscapeCell(notes) + CR + CR) + ";";
 
+  std::string predetermination_number;
   if (!pred) {
     Variant number = head["PredeterminationNumber"].Value();
-    vsp.TextAlign(0);
     if (!number.IsNull() && !cf.returnStr(number).empty())
-      vsp.Text("Predetermination Number: " + cf.returnStr(number));
-    vsp.TextAlign(7);
-    vsp.CurrentX(vsp.MarginLeft());
+      predetermination_number = "Predetermination Number: " + cf.returnStr(number);
   }
 
   // ---- Table 3: the procedures ----
-  std::string rows;
+  // `first_eight` holds the rows the paper form has room for: the first
+  // eight printed lines, or all of them padded with empty lines.
+  std::string rows, first_eight;
   Currency proposed;
   int printed = 0;
   db::Recordset& lines = src.lines;
@@ -398,7 +352,7 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
       rows += frame::EscapeCell(code) + "|" + Cell(cf, lines, "Tooth#") + "|" +
               Cell(cf, lines, "Surface") + "|" + FormDate(lines["Date"].Value()) + "|" +
               Format(cost, "Currency") + ";";
-      ++printed;
+      if (++printed == 8) first_eight = rows;
     }
     lines.MoveNext();
   }
@@ -406,32 +360,16 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   // ones; more simply run on and the surface carries them to a next page.
   if (!pred) {
     for (int i = printed; i <= 7; ++i) rows += "||||;";
+    if (printed <= 8) first_eight = rows;
   }
-  vsp.TextAlign(7);
-  vsp.StartTable();
-  vsp.TableBorder(7);
-  if (pred) {
-    vsp.AddTable("<3in|^1in|^1in|>2.5in", t.table3_header, rows, kFormHeader);
-    vsp.TableCell(frame::tcRowBorderAbove, 0, 1, 0, 4) = 1;
-    vsp.TableCell(frame::tcFontBold, 0, 1, 0, 4) = true;
-  } else {
-    vsp.AddTable("<2.5in|^1in|^1in|<1in|>2in", t.table3_header, rows, kFormHeader);
-    vsp.TableCell(frame::tcRowBorderAbove, 0, 1, 0, 5) = 1;
-    vsp.TableCell(frame::tcFontBold, 0, 1, 0, 5) = true;
-  }
-  vsp.EndTable();
 
   // ---- Table 4: the total ----
   // The claim states the invoice's stored total, not a sum of the printed
   // lines; the predetermination sums what it printed.
-  std::string total = pred ? Format(Variant(proposed), "Currency")
-                           : Format(head["Invoicetotal"].Value(), "Currency");
-  vsp.StartTable();
-  vsp.TableBorder(0);
-  vsp.AddTable("<5in|>2.5in", "", std::string(t.total_row) + total + ";");
-  vsp.TableCell(frame::tcRowBorderAbove, 1, 1, 1, 2) = 1;
-  vsp.EndTable();
-  vsp.Text(" ");
+  const std::string total = std::string(t.total_row) +
+                            (pred ? Format(Variant(proposed), "Currency")
+                                  : Format(head["Invoicetotal"].Value(), "Currency")) +
+                            ";";
 
   // ---- Table 5: subscribers ----
   auto holder = [&](const char* id_field, const char* field) {
@@ -511,66 +449,185 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   } else {
     t5 += std::string(TAB) + TAB + "DependantCode:;";
   }
-  vsp.StartTable();
-  vsp.TableBorder(4);
-  vsp.AddTable("<3.75in|<3.75in", t.table5_header, t5, kFormHeader);
-  vsp.TableCell(frame::tcColSpan, 0, 1, 0, 2) = 2;
-  SetCells(vsp, frame::tcColBorder, 1, 1, 10, 1, 1);
-  SetCells(vsp, frame::tcFontBold, 0, 0, 1, 3, true);
-  vsp.EndTable();
 
   // ---- Table 6: the patient's questions ----
   Variant school = pat["Schoolname"].Value();
-  std::string t6 = std::string(t.dob6) + FormDate(pat["BirthDate"].Value()) + CR +
-                   t.relationship6 + Cell(cf, pat, "Relationship") + CR + t.dependant6 +
-                   Cell(cf, pat, "DependantCode") + CR + t.child_line +
-                   (IsTrue(pat["Student"].Value()) ? "Yes" : "No") + t.handicap_mark + CR + CR +
-                   t.school_line +
-                   (school.IsNull() ? std::string("____________________") : Cell(cf, school)) +
-                   CR + CR + t.other_coverage +
-                   (r.InsuranceOfEmployer(second_employer_id) > 0 ? t.other_yes : t.other_no) +
-                   t.accident_question + "______" + CR + CR + t.denture_question + CR + CR +
-                   t.release_sentence + CR + "___________________________________" + TAB +
-                   "_____________" + CR + t.subscriber_signature + TAB + "Date;";
-  vsp.StartTable();
-  vsp.TableBorder(4);
-  vsp.AddTable("<3.75in|<3.75in", "Patient Information", t6, kFormHeader);
-  vsp.TableCell(frame::tcColSpan, 0, 1, 0, 2) = 2;
-  vsp.EndTable();
+  const std::string t6 =
+      std::string(t.dob6) + FormDate(pat["BirthDate"].Value()) + CR + t.relationship6 +
+      Cell(cf, pat, "Relationship") + CR + t.dependant6 + Cell(cf, pat, "DependantCode") + CR +
+      t.child_line + (IsTrue(pat["Student"].Value()) ? "Yes" : "No") + t.handicap_mark + CR + CR +
+      t.school_line +
+      (school.IsNull() ? std::string("____________________") : Cell(cf, school)) + CR + CR +
+      t.other_coverage +
+      (r.InsuranceOfEmployer(second_employer_id) > 0 ? t.other_yes : t.other_no) +
+      t.accident_question + "______" + CR + CR + t.denture_question + CR + CR + t.release_sentence +
+      CR + "___________________________________" + TAB + "_____________" + CR +
+      t.subscriber_signature + TAB + "Date;";
 
   // ---- Table 7: the policy holder's part ----
-  std::string t7 = std::string(t.date_line1) + CR + CR + t.date_line2 + CR + CR + t.date_line3 +
-                   t.date_line4 + CR + CR + "____________________________" + TAB +
-                   t.table7_second_line + CR + t.authorised_signature + TAB + TAB +
-                   t.position_caption + ";";
-  vsp.StartTable();
-  vsp.TableBorder(4);
-  vsp.AddTable("<3.75in|<3.75in", t.table7_header, t7, kFormHeader);
-  vsp.TableCell(frame::tcColSpan, 0, 1, 0, 2) = 2;
-  vsp.TableCell(frame::tcFontBold, 0, 1, 0, 2) = true;
-  vsp.EndTable();
+  const std::string t7 = std::string(t.date_line1) + CR + CR + t.date_line2 + CR + CR +
+                         t.date_line3 + t.date_line4 + CR + CR + "____________________________" +
+                         TAB + t.table7_second_line + CR + t.authorised_signature + TAB + TAB +
+                         t.position_caption + ";";
 
   // ---- Table 8: where the claim goes ----
   // Only a patient with an employer; an employer without a valid insurer
   // fails here, since the first block is read without a test.
+  std::string t8;
   if (has_primary) {
-    std::string t8 = InsurerCell(cf, insurer) + "|";
+    t8 = InsurerCell(cf, insurer) + "|";
     db::Recordset insurer2;
     if (has_secondary)
       insurer2 = r.Open("SELECT * from InsuranceCompany where ID = " +
                         std::to_string(r.InsuranceOfEmployer(second_employer_id)));
     t8 += has_secondary && !insurer2.Eof() ? InsurerCell(cf, insurer2) + ";" : std::string(" ;");
-    vsp.TextAlign(4);
+  }
+
+  // ---- Drawing ----
+  // Lays the form out from the page set-up to the last box, with
+  // `row_extra` added to the height of every procedure row, and returns the
+  // page the last box ends on and the room left under it there.
+  const Twips pen_width = vsp.PenWidth();
+  struct Drawn {
+    int page;
+    Twips room;
+  };
+  auto draw = [&](const std::string& procedure_rows, Twips row_extra) {
+    // Page set-up.
+    vsp.DocName(src.doc_name);
+    vsp.Orientation(0);
+    vsp.MarginLeft(Twips(720));
+    vsp.MarginRight(Twips(720));
+    vsp.MarginTop(Twips(720));
+    vsp.MarginBottom(Twips(720));
+    vsp.StartDoc();
+    vsp.PenWidth(Twips(int64_t(pen_width.value() * 1.5)));
+    vsp.TextAlign(7);
+    vsp.FontName("Tahoma");
+    vsp.FontSize(20);
+    vsp.FontBold(true);
+    vsp.Text(src.title);
+    vsp.FontSize(8);
+    vsp.Text(" ");
+    vsp.FontBold(false);
+
+    // The foot line stands two heights of "X" above the bottom margin of
+    // the last page, drawn by position after the tables. The tables flow
+    // above it: their page ends where the foot line begins, so a long claim
+    // carries its last boxes over with the foot line instead of running
+    // them under it. The margin the form was given comes back for the foot
+    // line itself, and on the failure path too.
+    const Twips margin_bottom = vsp.MarginBottom();
+    struct RestoreMargin {
+      frame::PrintSurface& vsp;
+      Twips margin;
+      ~RestoreMargin() { vsp.MarginBottom(margin); }
+    } restore{vsp, margin_bottom};
+    vsp.MarginBottom(margin_bottom + vsp.TextHeight("X") * 2.0);
+
+    vsp.TextAlign(7);
     vsp.StartTable();
     vsp.TableBorder(7);
-    vsp.AddTable("<3.75in|<3.75in", t.table8_header, t8, kFormHeader);
-    vsp.TableCell(frame::tcColSpan, 0, 1, 0, 1) = 2;
+    vsp.AddTable("<2in|<2in|^3.5in", t.table1_header, t1, kFormHeader);
     vsp.EndTable();
+
+    vsp.TextAlign(7);
+    vsp.StartTable();
+    vsp.TableBorder(7);
+    vsp.AddTable("<7.5in", "", consent);
+    vsp.EndTable();
+
+    if (!pred) {
+      vsp.TextAlign(0);
+      if (!predetermination_number.empty()) vsp.Text(predetermination_number);
+      vsp.TextAlign(7);
+      vsp.CurrentX(vsp.MarginLeft());
+    }
+
+    vsp.TextAlign(7);
+    vsp.StartTable();
+    vsp.TableBorder(7);
+    const int columns = pred ? 4 : 5;
+    if (pred)
+      vsp.AddTable("<3in|^1in|^1in|>2.5in", t.table3_header, procedure_rows, kFormHeader);
+    else
+      vsp.AddTable("<2.5in|^1in|^1in|<1in|>2in", t.table3_header, procedure_rows, kFormHeader);
+    vsp.TableCell(frame::tcRowBorderAbove, 0, 1, 0, columns) = 1;
+    vsp.TableCell(frame::tcFontBold, 0, 1, 0, columns) = true;
+    if (row_extra > Twips(0)) {
+      // The paper form's eight lines take the extra height, half above and
+      // half below their text; the lines of a longer claim after them take
+      // no more paper than they need.
+      const int ruled = std::min(8, int(vsp.TableCell(frame::tcRows).Number()));
+      const double above = std::floor(row_extra.value() / 2);
+      vsp.TableCell(frame::tcMarginTop, 1, 0, ruled, 0) = above;
+      vsp.TableCell(frame::tcMarginBottom, 1, 0, ruled, 0) = row_extra.value() - above;
+    }
+    vsp.EndTable();
+
+    vsp.StartTable();
+    vsp.TableBorder(0);
+    vsp.AddTable("<5in|>2.5in", "", total);
+    vsp.TableCell(frame::tcRowBorderAbove, 1, 1, 1, 2) = 1;
+    vsp.EndTable();
+    vsp.Text(" ");
+
+    vsp.StartTable();
+    vsp.TableBorder(4);
+    vsp.AddTable("<3.75in|<3.75in", t.table5_header, t5, kFormHeader);
+    vsp.TableCell(frame::tcColSpan, 0, 1, 0, 2) = 2;
+    SetCells(vsp, frame::tcColBorder, 1, 1, 10, 1, 1);
+    SetCells(vsp, frame::tcFontBold, 0, 0, 1, 3, true);
+    vsp.EndTable();
+
+    vsp.StartTable();
+    vsp.TableBorder(4);
+    vsp.AddTable("<3.75in|<3.75in", "Patient Information", t6, kFormHeader);
+    vsp.TableCell(frame::tcColSpan, 0, 1, 0, 2) = 2;
+    vsp.EndTable();
+
+    vsp.StartTable();
+    vsp.TableBorder(4);
+    vsp.AddTable("<3.75in|<3.75in", t.table7_header, t7, kFormHeader);
+    vsp.TableCell(frame::tcColSpan, 0, 1, 0, 2) = 2;
+    vsp.TableCell(frame::tcFontBold, 0, 1, 0, 2) = true;
+    vsp.EndTable();
+
+    if (has_primary) {
+      vsp.TextAlign(4);
+      vsp.StartTable();
+      vsp.TableBorder(7);
+      vsp.AddTable("<3.75in|<3.75in", t.table8_header, t8, kFormHeader);
+      vsp.TableCell(frame::tcColSpan, 0, 1, 0, 1) = 2;
+      vsp.EndTable();
+    }
+    return Drawn{vsp.CurrentPage(), vsp.PageHeight() - vsp.MarginBottom() - vsp.CurrentY()};
+  };
+
+  // The paper claim form's procedure box has eight ruled lines and fills
+  // the page between the boxes above and below it, so that its ninth line
+  // is the one that no longer fits. With our rows at their least height the
+  // last box ends anywhere from 1,350 twips above the foot line to 1,450
+  // below it: the room varies with the language, a predetermination
+  // number, the insurers' box (only with an employer) and the length of the
+  // notes, by more than any one line pitch could take up. So the form is
+  // laid out once with its first eight procedure rows, and the room left on
+  // the page is shared out among those eight: with eight lines or fewer the
+  // boxes then reach the foot line, and a ninth line runs onto page 2 on
+  // every variant. A form whose eight rows already spill over at their
+  // least height keeps that height and carries its last boxes over: the
+  // French form, with its longer texts and its doubled subscriber rows, is
+  // such a form with an employer or with a predetermination number.
+  if (pred) {
+    draw(rows, Twips(0));
+  } else {
+    const Drawn eight = draw(first_eight, Twips(0));
+    const Twips extra(eight.page == 1 ? std::floor((eight.room.value() - 1) / 8) : 0.0);
+    if (extra > Twips(0) || rows != first_eight) draw(rows, std::max(extra, Twips(0)));
   }
 
   // ---- Foot of the form ----
   // Two heights of "X" above the bottom margin of the last page.
-  vsp.MarginBottom(margin_bottom);
   vsp.FontSize(8);
   vsp.TextAlign(0);
   vsp.CurrentX(vsp.MarginLeft());
@@ -585,7 +642,7 @@ void RunClaimForm(clsReports& r, const std::function<void()>& body) {
     try {
       body();
     } catch (...) {
-      if (r.VSP().IsOpen()) r.VSP().KillDoc();
+      r.VSP().KillDoc();
       throw;
     }
   });

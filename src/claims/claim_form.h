@@ -95,8 +95,10 @@ struct ClaimSource {
 void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t);
 
 // Runs a form under the claim forms' failure path: any error shows the
-// failure message with its description, and an open document is discarded
-// so that nothing half-drawn is printed or saved.
+// failure message with its description, and the surface's document is
+// discarded, whether the form had begun drawing or not (it reads its data
+// first), so that nothing half-drawn or left from an earlier form is
+// printed or saved.
 void RunClaimForm(clsReports& r, const std::function<void()>& body);
 
 // The failure message of the claim forms and the treatment plans, the same

@@ -51,9 +51,13 @@ void clsReports::srptAppliedPayments(DateTime dtStart, DateTime dtEnd, std::stri
     vsp.TextAlign(7);
     vsp.FontBold(true);
     vsp.FontSize(12);
+    // The title and its label introduce the first person's money: never
+    // alone at a page's foot.
     vsp.Text(title);
+    vsp.KeepWithNext();
     vsp.FontSize(10);
     vsp.Text(label);
+    vsp.KeepWithNext();
     vsp.FontBold(false);
     vsp.TextAlign(0);
 
@@ -97,13 +101,17 @@ void clsReports::srptAppliedPayments(DateTime dtStart, DateTime dtEnd, std::stri
       // the list shows the people who collected money.
       if (count > 0) {
         vsp.FontBold(true);
+        // The name heads its table, and the table's last row carries its
+        // count and sum below it: each stays on the page of what it belongs to.
         vsp.AddTable("<!3in", "", frame::EscapeCell(cf.returnStr(people["FullName"].Value())),
                      0);
+        vsp.KeepWithNext();
         vsp.FontBold(false);
         vsp.FontSize(8);
         vsp.AddTable("<1.5in|^.9in|^.9in|<2.6in|^.8in|>.8in",
                      "Type|Pymt. Date|Applied On|Name on Payment|Invoice#|Amount($)", body,
                      kHeaderColor);
+        vsp.KeepWithNext();
         vsp.FontSize(10);
         vsp.AddTable("<4in|^2.5in|>1in", "",
                      "|Total Items: " + std::to_string(count) + "|" +

@@ -166,6 +166,11 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
     vsp.Text("Treatment List");
     vsp.Text(treatment_heading);
     vsp.Text("Listed by Treatment Entry Date");
+    // The chapter's heading lines go with its first group, and each
+    // heading below (a group's name, "Write Offs", a reallocation's title,
+    // the account summary's) with the rows it names; a group's lab fees and
+    // adjustments stay under its totals. None is left alone on a page.
+    vsp.KeepWithNext();
     vsp.FontBold(false);
     vsp.TextAlign(0);
 
@@ -335,6 +340,7 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
       body += "||||Totals:|" + Money(cf, total) + ";";
       vsp.FontBold(true);
       vsp.Text("Write Offs");
+      vsp.KeepWithNext();
       vsp.FontBold(false);
       vsp.FontSize(8);
       vsp.AddTable("<1in|<1in|<1in|<1.3in|<1.8in|>1in",
@@ -368,6 +374,7 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
       vsp.TableCell(frame::tcRowBorderAbove, totals, 1, totals, 6) = 1;
       vsp.TableCell(frame::tcFontBold, totals, 1, totals + 1, 6) = true;
       vsp.EndTable();
+      vsp.KeepWithNext();
       vsp.FontSize(10);
       vsp.CurrentY(vsp.CurrentY() + Twips(100));
 
@@ -410,6 +417,7 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
         vsp.FontBold(true);
         vsp.FontSize(11);
         vsp.Text(r.group.name);
+        vsp.KeepWithNext();
         vsp.FontSize(10);
         vsp.FontBold(false);
       }
@@ -446,6 +454,7 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
       if (adjustment.IsZero() && written_off.IsZero()) return;
       vsp.FontBold(true);
       vsp.Text(name);
+      vsp.KeepWithNext();
       vsp.FontBold(false);
       std::string rows_text;
       if (!adjustment.IsZero()) rows_text += "Invoice Adjustments: |" + Money(cf, adjustment) + ";";
@@ -502,6 +511,7 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
              : Byoption == 2 ? "Summarized by Doctor"
              : Byoption == 3 ? "Summarized by Date"
                              : "Summarized by Provider");
+    vsp.KeepWithNext();
     vsp.FontBold(false);
     vsp.TextAlign(0);
 
@@ -673,6 +683,7 @@ void clsReports::srptDetailedAnalysis(DateTime dtStart, DateTime dtEnd, int16_t 
         vsp.FontBold(true);
         vsp.FontSize(11);
         vsp.Text(p.group.name);
+        vsp.KeepWithNext();
         vsp.FontSize(10);
         vsp.FontBold(false);
       }
@@ -819,12 +830,14 @@ void clsReports::srptPaymentReallocation(int32_t ProviderID, DateTime dtStart, D
   }
   vsp.FontBold(true);
   vsp.Text("Payment Reallocation by " + name);
+  vsp.KeepWithNext();
   vsp.FontBold(false);
   vsp.FontSize(8);
   vsp.AddTable("^1in|<1.5in|<1in|^1in|^1in|^1in|>1in",
                "Applied Date\r\nCheck Date|Patient\r\nName|Invoice\r\n#|Account\r\nID|Initial\r\n"
                "Allocation|Final\r\nAllocation|Amount",
                body, kHeaderColor);
+  vsp.KeepWithNext();
   vsp.FontSize(10);
   vsp.AddTable("<2in|>1in", "",
                "Reallocation Adjustment:|" + std::string(adjustment.IsZero() ? "" : "-") +
@@ -878,6 +891,7 @@ void clsReports::srptAccountSummary(db::Recordset& Payments) {
   vsp.TextAlign(7);
   vsp.FontBold(true);
   vsp.Text("Account Summary");
+  vsp.KeepWithNext();
   vsp.FontBold(false);
   vsp.TextAlign(0);
   vsp.StartTable();

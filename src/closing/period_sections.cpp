@@ -330,14 +330,20 @@ void clsReports::srptEDITransactions(DateTime DateFrom, DateTime DateTo, std::st
   const auto share = [&](long n) {
     return Format(Variant(total == 0 ? 0.0 : double(n) / double(total)), "Percent");
   };
+  // The four lines of counts read as one block under the list: they move
+  // to the next page whole, with the list's last row, rather than part.
+  vsp.KeepWithNext();
   vsp.FontSize(10);
   vsp.FontBold(true);
+  vsp.StartTable();
   vsp.AddTable("<2.5in|>1in|>1in", "",
                "EOB |" + std::to_string(eobs) + "|" + share(eobs) + ";Acknowledgment|" +
                    std::to_string(acknowledgements) + "|" + share(acknowledgements) +
                    ";Rejection|" + std::to_string(rejections) + "|" + share(rejections) +
                    ";Total Transactions |" + std::to_string(total) + "|" + share(total),
                0);
+  vsp.TableCell(frame::tcKeepTogether) = true;
+  vsp.EndTable();
   vsp.FontBold(false);
 }
 

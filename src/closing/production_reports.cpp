@@ -154,6 +154,9 @@ void ProductionByPerson(clsReports& r, bool byOverseer, DateTime dtStart, DateTi
                                            cf.returnStr(people["FirstName"].Value()) + " " +
                                            cf.returnStr(people["LastName"].Value()))) +
                        ";");
+      // The person heads the lines below, whose count and total close them:
+      // the heading goes with the first lines, the count with the last.
+      vsp.KeepWithNext();
       vsp.FontBold(false);
       Currency total, lab;
       long count = 0;
@@ -183,6 +186,7 @@ void ProductionByPerson(clsReports& r, bool byOverseer, DateTime dtStart, DateTi
       }
       body += byOverseer ? "Total|||||||;" : "Total||||||;";
       vsp.AddTable(format, header, body, kHeaderColor);
+      vsp.KeepWithNext();
       vsp.AddTable(">7.5in", "",
                    "Procedure Count: " + std::to_string(count) + "       Total($): " +
                        Money(total) + ";");
@@ -543,10 +547,13 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
     auto d = descriptions.find(code);
     vsp.AddTable("<3.5in", "",
                  EscapeCell(code + ": " + (d == descriptions.end() ? "" : d->second)) + ";");
+    // The code heads its lines and the count closes them, on their pages.
+    vsp.KeepWithNext();
     vsp.FontBold(false);
     vsp.AddTable("<1.4in|<1.4in|<.70in|<1in|^.5in|^.6in|>.9in",
                  "Provider|Patient|Invoice #|" + date_header + "|Tooth#|Surface|Fee", body,
                  kHeaderColor);
+    vsp.KeepWithNext();
     vsp.AddTable(">6.495in", "",
                  "Procedure Count: " + std::to_string(count) + "       Total($): " + Money(total) +
                      ";");

@@ -289,6 +289,8 @@ void clsReports::srptSummaryAnalysis(DateTime dtStart, DateTime dtEnd, std::stri
   vsp.FontBold(true);
   vsp.FontSize(11);
   vsp.Text(Title);
+  // The title names the day table below: never alone at a page's foot.
+  vsp.KeepWithNext();
   vsp.FontSize(8);
   vsp.FontBold(false);
   vsp.StartTable();

@@ -12,6 +12,7 @@
 #include "common/errors.h"
 #include "platform/host/cups.h"
 #include "platform/host/files.h"
+#include "platform/host/partial_files.h"
 #include "platform/render/csv.h"
 #include "platform/render/renderer.h"
 
@@ -95,8 +96,7 @@ std::string PreviewForm::Staged(const std::string& target) {
 void PreviewForm::Commit(const std::string& staged, const std::string& target) {
   // A document never replaces a database, whatever the output was called.
   if (IsDatabaseFile(target)) {
-    std::error_code ec;
-    std::filesystem::remove(staged, ec);
+    host::RemovePartialFile(staged);
     throw ReportError(75, target + " is a database; a document is not written over it");
   }
   if (hold_) {
@@ -104,9 +104,9 @@ void PreviewForm::Commit(const std::string& staged, const std::string& target) {
     return;
   }
   std::error_code ec;
-  std::filesystem::rename(staged, target, ec);
+  host::RenamePartialFile(staged, target, ec);
   if (ec) {
-    std::filesystem::remove(staged, ec);
+    host::RemovePartialFile(staged);
     throw ReportError(75, "Path/File access error: " + target);
   }
   written_.push_back(target);
@@ -120,8 +120,7 @@ void PreviewForm::CommitWrites() {
 }
 
 void PreviewForm::DiscardWrites() {
-  std::error_code ec;
-  for (const auto& [staged, target] : pending_) std::filesystem::remove(staged, ec);
+  for (const auto& [staged, target] : pending_) host::RemovePartialFile(staged);
   pending_.clear();
 }
 
@@ -132,11 +131,11 @@ void PreviewForm::WriteDocument(const std::string& path) {
   auto write = [&](const std::string& target,
                    const std::function<void(const std::string&)>& render) {
     std::string staged = Staged(target);
+    host::TrackPartialFile(staged);
     try {
       render(staged);
     } catch (...) {
-      std::error_code ec;
-      std::filesystem::remove(staged, ec);
+      host::RemovePartialFile(staged);
       throw;
     }
     Commit(staged, target);

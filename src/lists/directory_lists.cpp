@@ -8,6 +8,7 @@
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
 #include "frame/surface/table_model.h"
+#include "platform/db/db_error.h"
 #include "platform/host/host_services.h"
 
 namespace orv {
@@ -25,7 +26,18 @@ void clsReports::rptFeeGuide(int32_t ID, std::string UserName) {
       "FeeGuideDetails.FeeCodeID where FeeGuides.ID = " +
       std::to_string(ID) + " ORDER BY FeeGuideDetails.FeeCodeID");
   // The title is the guide's own name, read from the first row: a guide
-  // without detail rows fails here and the error goes to the host.
+  // without detail rows fails here and the error goes to the host. The
+  // failure names the guide, and says whether it is missing or only empty,
+  // so the front desk knows which list to fix.
+  if (rs.Eof()) {
+    db::Recordset guide = Open("SELECT Name FROM FeeGuides WHERE ID = " + std::to_string(ID));
+    throw db::DatabaseError(db::kErrNoCurrentRecord,
+                            guide.Eof() ? "There is no fee guide " + std::to_string(ID) +
+                                              " (FeeGuides.ID); nothing was printed."
+                                        : "The fee guide " + std::to_string(ID) + " (" +
+                                              CStr(guide["Name"].Value()) +
+                                              ") has no fees on file; nothing was printed.");
+  }
   vsp.DocName(CStr(rs["Name"].Value()));
   vsp.StartDoc();
   PrintReportHeading(vsp.DocName(), UserName, "");
@@ -262,6 +274,11 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
     if (!cell.empty()) cell += "\r\n";
     cell += PhoneWithExt(n, ext == nullptr ? std::string() : str(rs, ext), " ");
   };
+  // A patient's tables read as one block under the name: each table after
+  // the first is marked to go with the one before it, as it is written, so
+  // the block breaks to a new page whole and never leaves a table of
+  // someone else's without the name above it.
+  //
   // The primary and the secondary carrier tables: the company found by its
   // ID among the reference rows, then the patient's own policy numbers (the
   // secondary ones are the fields prefixed "Secondary"); the year end is
@@ -271,6 +288,7 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
     companies.MoveFirst();
     companies.Find("ID = " + CStr(rs[link].Value()));
     if (companies.Eof()) return;
+    vsp.KeepWithNext();
     vsp.AddTable("2in|1in|1in|1in|1in", caption + "|Policy#|Division#|SubscriberID#|Year Ending",
                  str(companies, "CompanyName") + "|" + str(rs, (prefix + "Policy#").c_str()) + "|" +
                      str(rs, (prefix + "Division#").c_str()) + "|" +
@@ -296,6 +314,7 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
       employers.MoveFirst();
       employers.Find("ID = " + CStr(rs["EmployerID"].Value()));
       if (!employers.Eof()) {
+        vsp.KeepWithNext();
         vsp.AddTable("1in|1in|1in|1in|2in", "Employer|Address|Phone|EDI?|Notes",
                      str(employers, "Name") + "|" + str(employers, "Street") + "|" +
                          str(employers, "Phone") + "|" + str(employers, "EDI?") + "|" +

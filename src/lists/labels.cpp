@@ -8,6 +8,7 @@
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
 #include "lists/mailing_text.h"
+#include "platform/db/db_error.h"
 #include "platform/host/host_services.h"
 
 namespace orv {
@@ -214,7 +215,11 @@ void clsReports::rptInsuranceCompanyLabels(int32_t ID) {
   clsCommonFunctions& cf = Common();
   db::Recordset rs = Open("Select * from InsuranceCompany where ID = " + std::to_string(ID));
   // An unknown company fails here, on the first field read, before any
-  // document is started.
+  // document is started; the failure names the company asked for.
+  if (rs.Eof())
+    throw db::DatabaseError(db::kErrNoCurrentRecord,
+                            "There is no insurance company " + std::to_string(ID) +
+                                " (InsuranceCompany.ID); nothing was printed.");
   vsp.DocName("Insurance Company Labels - " + cf.returnStr(rs["CompanyName"].Value()));
   const std::string company = cf.returnStr(rs["CompanyName"].Value());
   const std::string address =

@@ -168,6 +168,9 @@ void clsReports::srptReferringDentistType(DateTime dtStart, DateTime dtEnd) {
                                cf.returnStr(rs["Name"].Value(), true) + " " +
                                cf.returnStr(rs["LastName"].Value(), true);
       vsp.AddTable("<!2in", "", frame::EscapeCell(name) + ";");
+      // The dentist's name heads the codes that follow: never alone at a
+      // page's foot.
+      vsp.KeepWithNext();
       std::string body;
       while (!codes.Eof()) {
         const std::string code = cf.returnStr(codes["Code"].Value());
@@ -262,8 +265,12 @@ void clsReports::srptReferringDentistDetailed(DateTime StartDate, DateTime Endda
     auto group = [&](const std::string& heading, const std::string& format,
                      const std::string& header, const std::string& body, long n) {
       if (n == 0) return;  // an empty group prints nothing
+      // The heading stays with the group's first rows, and the count with
+      // its last row: neither is left alone on a page.
       vsp.AddTable("<7.5in", "", frame::EscapeCell(heading) + ";");
+      vsp.KeepWithNext();
       vsp.AddTable(format, header, body, kHeaderColor);
+      vsp.KeepWithNext();
       vsp.Text("Total: " + std::to_string(n) + " for " + heading);
       grand += n;
     };

@@ -4,8 +4,11 @@
 // screen.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -151,6 +154,80 @@ TEST_F(HostSafety, AFailedRunExitsOneAndKeepsTheEarlierFile) {
   }
   EXPECT_TRUE(NoLeftovers());
   EXPECT_FALSE(fs::exists(dir + "/good-printed.pdf"));
+}
+
+// A record that is not on file fails the run with a message that names
+// what was asked for (or the report's own message), never the recordset's
+// words, and nothing is written.
+TEST_F(HostSafety, UnknownRecordsAreNamed) {
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open((dir + "/x.db").c_str(), &db), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(db, "INSERT INTO FeeGuides (ID, Name) VALUES (77, 'Orthodontic 2027')",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(db);
+  struct Case {
+    const char* name;
+    const char* args;
+    const char* says;
+  } cases[] = {
+      {"fee guide", "rptFeeGuide 999999 desk", "There is no fee guide 999999"},
+      {"fee guide without fees", "rptFeeGuide 77 desk",
+       "The fee guide 77 (Orthodontic 2027) has no fees on file"},
+      {"insurance company labels", "rptInsuranceCompanyLabels 999999",
+       "There is no insurance company 999999"},
+      {"patient letter", "rptRefferalLetter 999999 True", "patient 999999 is not on file"},
+      {"no-show letter", "rptNoShowLetter 999999 S B O H", "appointment 999999 is not on file"},
+      {"prescription", "rptPrescriptions 999999 H O", "prescription 999999 is not on file"},
+      {"invoice", "rptInvoice 999999 \"\" \"\"", "not selected a valid invoice"},
+      {"receipt", "rptReceipt 999999 \"\" \"\"", "not selected a valid invoice"},
+      {"appointment card", "rptAppointmentCard 999999 H F O P 10 False",
+       "not selected a valid appointment"},
+      {"payroll", "rptPayroll \"ID = 999999\" 2026-10-01 2026-10-31 desk",
+       "no employee with ID 999999"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Result r = Run(std::string("--out unknown.pdf ") + c.args);
+    EXPECT_EQ(r.status, 1) << r.out;
+    EXPECT_NE(r.out.find(c.says), std::string::npos) << r.out;
+    EXPECT_EQ(r.out.find("BOF or EOF"), std::string::npos) << r.out;
+    EXPECT_FALSE(fs::exists(dir + "/unknown.pdf"));
+  }
+}
+
+// A run stopped while it writes its pages (Ctrl-C, kill, a closed
+// terminal) dies of the signal, removes its unfinished files and leaves
+// the earlier output as it was.
+TEST_F(HostSafety, AStoppedRunLeavesNoPartialFile) {
+  std::ofstream(dir + "/list.png") << "the earlier list";
+  for (int sig : {SIGTERM, SIGINT, SIGHUP}) {
+    SCOPED_TRACE(strsignal(sig));
+    const std::string db = dir + "/x.db", out = dir + "/list.png";
+    pid_t pid = ::fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+      std::freopen("/dev/null", "w", stderr);
+      ::execl(app().c_str(), app().c_str(), "--db", db.c_str(), "--today", "2026-11-20", "--out",
+              out.c_str(), "rptPatientListSimple", "0", "desk", "T", static_cast<char*>(nullptr));
+      ::_exit(127);
+    }
+    // Wait for the first page to be written under its temporary name.
+    bool writing = false;
+    int status = 0;
+    for (int i = 0; i < 12000 && !writing; ++i) {
+      writing = !NoLeftovers();
+      if (!writing && ::waitpid(pid, &status, WNOHANG) == pid) break;
+      if (!writing) ::usleep(5000);
+    }
+    ASSERT_TRUE(writing) << "the run ended before it wrote a page";
+    ASSERT_EQ(::kill(pid, sig), 0);
+    ASSERT_EQ(::waitpid(pid, &status, 0), pid);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == sig) << status;
+    EXPECT_TRUE(NoLeftovers());
+    EXPECT_EQ(ReadFile(out), "the earlier list");
+    EXPECT_FALSE(fs::exists(dir + "/list-2.png"));
+  }
 }
 
 TEST_F(HostSafety, BadArgumentsAreRefusedByName) {

@@ -110,6 +110,20 @@ class Serve : public ::testing::Test {
   }
   static void TearDownTestSuite() { fs::remove_all(dir); }
   static std::string Db() { return dir + "/demo.db"; }
+  // A copy of the demo practice named `name`, changed by `updates`.
+  static std::string ChangedCopy(const std::string& name,
+                                 std::initializer_list<std::string> updates) {
+    std::string db = dir + "/" + name;
+    fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
+    for (const auto& update : updates) {
+      auto w = HostShell(HostProgram() + " sql --write --db " + db + " " + ShellQuote(update));
+      EXPECT_EQ(w.status, 0) << w.out;
+    }
+    return db;
+  }
+  // A referral link that points nowhere makes the check ask to repair it.
+  static constexpr const char* kBrokenReferral =
+      "UPDATE Patient SET ReferringDentistID = 99999 WHERE ID = 5";
   static inline std::string dir;
 };
 
@@ -334,12 +348,7 @@ TEST_F(Serve, BadInputIsRefusedBesideItsField) {
 }
 
 TEST_F(Serve, AQuestionWaitsForItsAnswer) {
-  // A referral link that points nowhere makes the check ask to repair it.
-  std::string db = dir + "/broken.db";
-  fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
-  auto w = HostShell(HostProgram() + " sql --write --db " + db +
-                     " \"UPDATE Patient SET ReferringDentistID = 99999 WHERE ID = 5\"");
-  ASSERT_EQ(w.status, 0) << w.out;
+  std::string db = ChangedCopy("broken.db", {kBrokenReferral});
   LiveServer live(Options(db));
   auto c = live.Client();
   json started =
@@ -487,6 +496,69 @@ TEST_F(Serve, ARunWaitsItsTurnForAFreeComponent) {
   EXPECT_EQ(WaitEnded(c, b["id"])["state"], "done");
 }
 
+// A run is cancelled from the page: a queued one never starts; one in
+// progress stops at its next progress raise, ends as a failed run marked
+// cancelled with no document, and frees its worker; one that waits on a
+// question stops without its answer.
+TEST_F(Serve, ACancelledRunStopsAndFreesItsWorker) {
+  std::string db = ChangedCopy("cancel.db", {kBrokenReferral});
+  LiveServer live(Options(db, 1));
+  auto c = live.Client();
+  auto cancel = [&](const json& run) {
+    return c.Post("/api/runs/" + std::to_string(run["id"].get<int>()) + "/cancel", "",
+                  "application/json");
+  };
+  auto status = [&](const json& run) {
+    return Json(c.Get("/api/runs/" + std::to_string(run["id"].get<int>())));
+  };
+  json longer = StartRun(c, {{"method", "rptBillingByClient"}, {"args", {"desk", "", "", ""}}});
+  json queued = StartRun(c, {{"method", "rptFeeGuide"}, {"args", {"1"}}});
+  json s;
+  for (int i = 0; i < 6000; ++i) {
+    s = status(longer);
+    if (s["state"] != "queued" && s["progress"].get<int>() > 0) break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  ASSERT_EQ(s["state"], "running") << s.dump();
+  ASSERT_EQ(status(queued)["state"], "queued");
+
+  auto r = cancel(queued);
+  ASSERT_TRUE(r);
+  EXPECT_EQ(r->status, 200) << r->body;
+  r = cancel(longer);
+  ASSERT_TRUE(r);
+  EXPECT_EQ(r->status, 200) << r->body;
+  json ended = WaitEnded(c, longer["id"]);
+  EXPECT_EQ(ended["state"], "failed");
+  EXPECT_EQ(ended["cancelled"], true) << ended.dump();
+  EXPECT_EQ(ended["error"], "Cancelled.");
+  EXPECT_LT(ended["progress"].get<int>(), 100);
+  EXPECT_EQ(c.Get("/api/runs/" + std::to_string(longer["id"].get<int>()) + "/document.pdf")->status,
+            409);
+  json never = status(queued);
+  EXPECT_EQ(never["state"], "failed");
+  EXPECT_EQ(never["cancelled"], true);
+  EXPECT_EQ(never["seconds"], 0) << "the queued run started";
+  // An ended run cannot be cancelled.
+  EXPECT_EQ(cancel(longer)->status, 409);
+
+  // The worker is free for the next run, which asks a question; cancelled
+  // while it waits, it stops without repairing anything.
+  json asks = StartRun(c, {{"method", "CheckRelationships"},
+                           {"args", {"ReferringDentists", "ID", "Patient", "ReferringDentistID"}}});
+  for (int i = 0; i < 6000 && status(asks)["state"] != "question"; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  ASSERT_EQ(status(asks)["state"], "question");
+  EXPECT_EQ(cancel(asks)->status, 200);
+  json stopped = WaitEnded(c, asks["id"]);
+  EXPECT_EQ(stopped["cancelled"], true) << stopped.dump();
+  auto still = HostShell(HostProgram() + " sql --db " + db +
+                         " \"SELECT ReferringDentistID FROM Patient WHERE ID = 5\"");
+  EXPECT_EQ(still.out, "ReferringDentistID\n99999\n");
+  EXPECT_EQ(WaitEnded(c, StartRun(c, {{"method", "rptFeeGuide"}, {"args", {"1"}}})["id"])["state"],
+            "done");
+}
+
 TEST_F(Serve, TwoRunsAtOnceOnSqlite) {
   TwoRunsAtOnce(Db(), dir);
 }
@@ -498,6 +570,57 @@ TEST_F(Serve, TwoRunsAtOnceOnPostgres) {
       HostShell(HostProgram() + " copy-db " + Db() + " " + ShellQuote(pg.url()) + " --replace");
   ASSERT_EQ(copy.status, 0) << copy.out;
   TwoRunsAtOnce(pg.url(), dir);
+}
+
+// The patient picker finds a name however it is typed: with or without
+// its accents, in any case, hyphens and apostrophes optional; every word
+// must start the last or the first name. Both engines answer alike.
+void PatientSearchFoldsAccentsAndCase(const std::string& db) {
+  LiveServer live(Options(db));
+  auto c = live.Client();
+  struct Case {
+    const char* name;
+    const char* query;
+    std::set<int> found, not_found;  // among patients 5, 6 and 7
+  } cases[] = {
+      {"accents typed", "étienne", {5}, {6, 7}},
+      {"accents left out", "etienne", {5}, {6, 7}},
+      {"capitals with accents", "ÉTIENNE LEFÈVRE", {5}, {6, 7}},
+      {"hyphenated last name", "lefevre-dube", {5}, {6, 7}},
+      {"the second half is no prefix", "dube", {}, {5, 6, 7}},
+      {"apostrophe left out", "oneil zoe", {6}, {5, 7}},
+      {"apostrophe typed", "O'NEIL", {6}, {5, 7}},
+      {"an accent on a plain name", "éric éthier", {7}, {5, 6}},
+      {"every word must match", "etienne oneil", {}, {5, 6, 7}},
+      {"a number is the patient", "6", {6}, {5, 7}},
+  };
+  for (const auto& k : cases) {
+    SCOPED_TRACE(k.name);
+    json found = Json(c.Get("/api/patients?q=" + httplib::detail::encode_query_param(k.query)));
+    std::set<int> ids;
+    for (const auto& p : found) ids.insert(p["id"].get<int>());
+    for (int id : k.found) EXPECT_TRUE(ids.count(id)) << id << " " << found.dump();
+    for (int id : k.not_found) EXPECT_FALSE(ids.count(id)) << id << " " << found.dump();
+  }
+}
+
+TEST_F(Serve, PatientSearchFoldsAccentsAndCase) {
+  std::string db = ChangedCopy(
+      "names.db",
+      {"UPDATE Patient SET LastName = 'Lefèvre-Dubé', FirstName = 'Étienne' WHERE ID = 5",
+       "UPDATE Patient SET LastName = 'O''Neil', FirstName = 'Zoë' WHERE ID = 6",
+       "UPDATE Patient SET LastName = 'Ethier', FirstName = 'Eric' WHERE ID = 7"});
+  {
+    SCOPED_TRACE("SQLite");
+    PatientSearchFoldsAccentsAndCase(db);
+  }
+  if (orv::testing::TestServerUrl().empty()) return;
+  SCOPED_TRACE("PostgreSQL");
+  orv::testing::FreshPgDatabase pg;
+  auto copy =
+      HostShell(HostProgram() + " copy-db " + db + " " + ShellQuote(pg.url()) + " --replace");
+  ASSERT_EQ(copy.status, 0) << copy.out;
+  PatientSearchFoldsAccentsAndCase(pg.url());
 }
 
 }  // namespace

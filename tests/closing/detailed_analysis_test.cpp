@@ -2,8 +2,11 @@
 // the figures worked by hand from the rows listed there.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "closing/closing_fixture.h"
 #include "common/errors.h"
+#include "support/paged_lines.h"
 
 namespace orv::testing {
 namespace {
@@ -158,6 +161,41 @@ TEST_F(DetailedAnalysis, AReallocationIsNotCountedTwiceForTheProviderItReached) 
     EXPECT_EQ(LinesWith("Patient Total").back(), "Patient Total 60.00");
     EXPECT_EQ(LinesWith("Net Total").back(), "Net Total 60.00");
   }
+}
+
+// Wherever the section starts on a page, no heading (the chapter's lines,
+// a person's name, "Write Offs", a reallocation's title) is the last line
+// of a page, and a group's lab fees stay under its totals.
+TEST_F(DetailedAnalysis, HeadingsAndClosingRowsStayWithTheirRows) {
+  const auto heading = [](const std::string& l) {
+    return l == "Listed by Treatment Entry Date" || l == "Summarized by Provider" ||
+           l == "Bell, Ada" || l == "Hill, Hugo" || l == "Ivy Stone" || l == "Write Offs" ||
+           l.rfind("Payment Reallocation by ", 0) == 0;
+  };
+  int reached_foot = 0;
+  for (int step = 1; step <= 50; ++step) {
+    form.VSP.KillDoc();
+    form.VSP.StartDoc();
+    form.VSP.CurrentY(form.VSP.PageHeight() - form.VSP.MarginBottom() - Twips(120.0 * step));
+    Run(0, true);
+    const auto lines = PagedLines(Text());
+    // The payments start a page of their own: the treatment broke across
+    // pages when they start on the third.
+    reached_foot += std::find_if(lines.begin(), lines.end(), [](const auto& l) {
+                      return l.second.rfind("Payments for Period:", 0) == 0;
+                    })->first > 2;
+    for (size_t i = 0; i < lines.size(); ++i) {
+      const std::string& l = lines[i].second;
+      SCOPED_TRACE("start " + std::to_string(step * 120) + " twips above the foot, line '" + l +
+                   "'");
+      if (heading(l)) {
+        ASSERT_LT(i + 1, lines.size());
+        EXPECT_EQ(lines[i].first, lines[i + 1].first);
+      }
+      if (l.rfind("Lab Fees:", 0) == 0) EXPECT_EQ(lines[i].first, lines[i - 1].first);
+    }
+  }
+  EXPECT_GT(reached_foot, 10);
 }
 
 TEST_F(DetailedAnalysis, TheAccountSummaryTotalsThePaymentsByBankAccount) {

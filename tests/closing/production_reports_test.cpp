@@ -3,8 +3,12 @@
 // says otherwise.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <regex>
+
 #include "common/errors.h"
 #include "production_fixture.h"
+#include "support/paged_lines.h"
 
 namespace orv::testing {
 namespace {
@@ -187,6 +191,44 @@ TEST_F(ProductionSections, BordersAndWideTotals) {
   });
   EXPECT_TRUE(Has("Overall Total: Production Total 1,234,567.50 Lab Total (12.00)")) << Text();
   EXPECT_TRUE(Has("Grand Total: Production Total 999,999.99 Lab Total 0.00"));
+}
+
+// Wherever a section starts on a page, a provider's or a code's heading
+// goes with its first lines, and "Procedure Count" with its last line.
+TEST_F(ProductionSections, HeadingsAndCountsStayWithTheirLines) {
+  const std::regex code_heading(R"(^-?\d{5}: .*)");
+  struct Case {
+    const char* name;
+    std::function<void()> section;
+  } const cases[] = {
+      {"by provider", [&] { reports.srptProductionByProvider(Nov(1), Nov(30), "", "", "", 0); }},
+      {"by code", [&] { reports.srptProductionByCode(Nov(1), Nov(30), "", "", "", 0); }},
+  };
+  for (const Case& c : cases) {
+    int reached_foot = 0;
+    for (int step = 1; step <= 40; ++step) {
+      form.VSP.StartDoc();
+      form.VSP.CurrentY(form.VSP.PageHeight() - form.VSP.MarginBottom() - Twips(90.0 * step));
+      c.section();
+      form.VSP.EndDoc();
+      const auto lines = PagedLines(Text());
+      reached_foot += lines.back().first > 1;
+      for (size_t i = 0; i < lines.size(); ++i) {
+        const std::string& l = lines[i].second;
+        SCOPED_TRACE(std::string(c.name) + ", start " + std::to_string(step * 90) +
+                     " twips above the foot, line '" + l + "'");
+        if (l.rfind("Provider: ", 0) == 0 || std::regex_match(l, code_heading)) {
+          ASSERT_LT(i + 1, lines.size());
+          EXPECT_EQ(lines[i].first, lines[i + 1].first);
+        }
+        if (l.rfind("Procedure Count:", 0) == 0) {
+          ASSERT_GT(i, 0u);
+          EXPECT_EQ(lines[i].first, lines[i - 1].first);
+        }
+      }
+    }
+    EXPECT_GT(reached_foot, 5) << c.name;
+  }
 }
 
 TEST_F(ProductionRun, SectionsComeInTheirOwnOrder) {

@@ -3,12 +3,14 @@
 // equal to the receivable at its end in every view and payment reading.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 
 #include "closing/closing_fixture.h"
 #include "common/common_functions.h"
 #include "common/errors.h"
 #include "common/vbstrings.h"
+#include "support/paged_lines.h"
 
 namespace orv::testing {
 namespace {
@@ -117,6 +119,26 @@ TEST_F(SummaryAnalysis, APeriodWithNothingPrintsTheOpeningAndZeroTotals) {
   EXPECT_EQ(LineWith("- - - -"), "- - - - - - - - 250.00");
   EXPECT_EQ(TotalRow(), "Total 0.00 0.00 0.00 0.00 0.00 0.00 0.00 250.00");
   EXPECT_EQ(LinesWith("/2026 ").size(), 0u);
+}
+
+// Wherever the section starts on a page, its title opens the page of the
+// day table's first rows.
+TEST_F(SummaryAnalysis, TitleStaysWithTheDayTable) {
+  int reached_foot = 0;
+  for (int step = 1; step <= 24; ++step) {
+    form.VSP.KillDoc();
+    form.VSP.StartDoc();
+    form.VSP.CurrentY(form.VSP.PageHeight() - form.VSP.MarginBottom() - Twips(60.0 * step));
+    Run("", 0, true);
+    const auto lines = PagedLines(Text());
+    const auto title = std::find_if(lines.begin(), lines.end(),
+                                    [](const auto& l) { return l.second == "Practice"; });
+    ASSERT_NE(title, lines.end());
+    ASSERT_NE(title + 1, lines.end());
+    reached_foot += title->first > 1;
+    EXPECT_EQ(title->first, (title + 1)->first) << "start " << step * 60 << " twips above the foot";
+  }
+  EXPECT_GT(reached_foot, 5);
 }
 
 TEST_F(SummaryAnalysis, AViewOutsideTheFourIsRefusedBeforeDrawing) {

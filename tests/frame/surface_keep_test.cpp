@@ -104,6 +104,31 @@ TEST_F(SurfaceKeep, HeadingAtThePageFootMovesWithWhatItIntroduces) {
   }
 }
 
+// A heading kept with a table that keeps together goes where the whole
+// table goes: where the first rows would still fit under it but not the
+// table, both start the next page.
+TEST_F(SurfaceKeep, HeadingGoesWithATableKeptTogether) {
+  for (bool kept_together : {true, false}) {
+    s.StartDoc();
+    s.Text("Earlier text on the first page");
+    s.CurrentY(Bottom() - lh - row * 2.5);
+    s.Text("Counts");
+    s.KeepWithNext();
+    s.StartTable();
+    s.AddTable("<2in|>1in", "", "EOB|2;Acknowledgment|11;Rejection|2;Total|13");
+    s.TableCell(tcKeepTogether) = kept_together;
+    s.EndTable();
+    ASSERT_EQ(s.PageCount(), 2) << kept_together;
+    const auto first = PageTexts(0), second = PageTexts(1);
+    // Kept together: heading and all four rows on page 2. Otherwise the
+    // heading stays with the rows that fit, the last two go over.
+    EXPECT_EQ(Has(second, "Counts"), kept_together);
+    EXPECT_EQ(Has(second, "EOB"), kept_together);
+    EXPECT_TRUE(Has(second, "Total"));
+    EXPECT_FALSE(Has(first, "Total"));
+  }
+}
+
 // Rows that fill page 1 but for the last: without the rule the totals row
 // would stand alone under the repeated header of page 2.
 TEST_F(SurfaceKeep, TotalsRowIsNeverAloneAtTheTopOfAPage) {

@@ -57,6 +57,8 @@ TEST(TextLayout, BreakLines) {
       {"tab splits segments", "a\tb", 5000, true, {"a|b"}},
       {"a tab within the line stays", "abc\tij", 1000, true, {"abc|ij"}},
       {"without wrapping a tab runs on", "abcdefgh\tij", 1000, false, {"abcdefgh|ij"}},
+      {"a tab kept clear of its text may end the line", "abcdefg\tij", 1000, true,
+       {"abcdefg", "ij"}},
       {"accents count as one character",
        "\xC3\xA9t\xC3\xA9 \xC3\xA0",
        300,
@@ -92,6 +94,12 @@ TEST(TextLayout, TabsAdvanceToTheNextHalfInchStop) {
       {"abcdefgh\tb", {0, 1440}},  // 800 wide: past 720, so 1440
       {"\tb", {720}},              // a leading tab
       {"\t\tb", {1440}},
+      // Text ending short of a stop by less than a blank (100 here) is kept
+      // clear of what follows: the tab goes on to the stop after.
+      {"abcdef\tb", {0, 720}},         // 120 short of 720: room enough
+      {"abcdefg\tb", {0, 1440}},       // 20 short of 720
+      {"abcdefghijklmn\tb", {0, 2160}},  // 40 short of 1440
+      {"abcdefg\t\tb", {0, 2160}},     // a second tab counts from the first's stop
   };
   // A stop past the line's end breaks the line there: the line keeps its
   // text's width, and the tabs at the break go with it.

@@ -12,6 +12,7 @@
 #include "platform/db/recordset.h"
 #include "platform/host/files.h"
 #include "support/forged_cells.h"
+#include "support/paged_lines.h"
 #include "support/report_fixture.h"
 
 namespace orv::testing {
@@ -152,6 +153,21 @@ TEST_F(DirectoryLists, DetailedPatientListRaisesProgressSparsely) {
   std::string text = Text();
   EXPECT_NE(text.find("Patient Contact List - Detailed Version 4 Only"), std::string::npos);
   EXPECT_NE(text.find("Address Phones Global Notes"), std::string::npos);
+}
+
+// A patient's block (name, address, employer, insurance) breaks to a new
+// page whole: no page opens with one of its tables without the name.
+TEST_F(DirectoryLists, DetailedPatientListKeepsEachBlockOnOnePage) {
+  reports.rptPatientListDetailed("");
+  const auto lines = PagedLines(Text());
+  ASSERT_GT(lines.back().first, 2) << "the fixture should need several pages";
+  for (size_t i = 1; i < lines.size(); ++i) {
+    const std::string& l = lines[i].second;
+    for (const char* head : {"Address Phones Global Notes", "Employer Address Phone EDI? Notes",
+                             "Primary Insurance Policy#", "Secondary Insurance Policy#"}) {
+      if (l.rfind(head, 0) == 0) EXPECT_EQ(lines[i].first, lines[i - 1].first) << l;
+    }
+  }
 }
 
 TEST_F(DirectoryLists, LookupAndOfficeValues) {

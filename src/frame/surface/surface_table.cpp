@@ -271,10 +271,12 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   // 3. A heading kept with this table by KeepWithNext: the table starts on
   //    its page (or takes it along), and, if it is a heading's size, is
   //    repeated above the header on each page the table continues on.
+  //    A table kept together starts whole where it starts, so the chain
+  //    needs room for all of it.
   Twips first_need;
   for (size_t k = 0; k < drawn.size(); ++k) {
     first_need += heights[k];
-    if (!(size_t(rules.header_rows) > k || rules.keep_with_next[k])) break;
+    if (!rules.keep_together && !(size_t(rules.header_rows) > k || rules.keep_with_next[k])) break;
   }
   const Mark start = BeginUnit(first_need);
   std::vector<render::DisplayItem> lead;

@@ -26,8 +26,8 @@ struct LineBuilder {
     x += w;
     line.width = seg.x + seg.width;
   }
-  void Tab() {
-    x = Twips((std::floor(x.value() / kTabStop.value()) + 1) * kTabStop.value());
+  void Tab(Twips stop) {
+    x = stop;
     open_segment = false;
     line.width = x;
   }
@@ -50,6 +50,16 @@ struct LineBuilder {
     if (seg.text.empty()) line.segments.pop_back();
   }
 };
+
+// The stop a tab at `x` moves to: the next half-inch stop that leaves at
+// least `gap` after the text before it. Text that ends a hair short of a
+// stop would otherwise touch what the tab puts there, as if the two were one
+// word; such a tab goes on to the stop after.
+Twips NextTabStop(Twips x, Twips gap) {
+  Twips stop((std::floor(x.value() / kTabStop.value()) + 1) * kTabStop.value());
+  while (stop - x < gap) stop += kTabStop;
+  return stop;
+}
 
 bool IsLetter(char c) {
   const auto u = static_cast<unsigned char>(c);
@@ -93,13 +103,15 @@ std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure
       // tabs after it go with it as blanks at a break do: the text behind
       // them starts the next line rather than widen this one past its cell.
       // Tabs with no text behind them on their line simply vanish.
-      const Twips stop((std::floor(b.x.value() / kTabStop.value()) + 1) * kTabStop.value());
+      // The gap is a blank's width; a tab at the line's start or behind
+      // another tab has no text to keep clear of.
+      const Twips stop = NextTabStop(b.x, b.open_segment ? measure(" ") : Twips(0));
       if (wrap && stop > room() && !b.line.segments.empty()) {
         while (i < text.size() && text[i] == '\t') ++i;
         if (i < text.size() && text[i] != '\r' && text[i] != '\n') finish(false);
         continue;
       }
-      b.Tab();
+      b.Tab(stop);
       ++i;
       continue;
     }

@@ -1,7 +1,8 @@
 // Breaking text into lines: pure functions over widths.
 //
 // The text is UTF-8. A carriage return and line feed, or either alone, ends a
-// line. A tab moves to the next half-inch stop counted from the line's start.
+// line. A tab moves to the next half-inch stop counted from the line's start
+// that leaves at least a blank's width after the text before it.
 // Lines wrap at blanks, and after a hyphen or slash that stands between two
 // letters ("Smith-Jones", "Home/Work"). Nothing else breaks a word: a figure
 // ("$37,558.62", "Nov/20/2026", "555-0100") or a policy number stays whole,

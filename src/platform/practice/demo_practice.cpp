@@ -231,6 +231,7 @@ class Generator {
     ReferralHistory();
     AppointmentBook();
     MonthlyVariety();
+    LongClaim();
     DemoSummary s;
     s.patients = w_["Patient"]->rows();
     s.invoices = w_["Invoices"]->rows();
@@ -1139,6 +1140,87 @@ class Generator {
       sql("UPDATE PatientPredTreatments SET TotalAmount = " + std::to_string(total / 100) + "." +
           std::to_string(total % 100 / 10) + std::to_string(total % 10) + " WHERE ID = " +
           std::to_string(plan));
+    }
+  }
+
+  // A visit whose claim has more lines than the paper form's eight: an
+  // examination, x-rays, a scaling and six fillings, billed yesterday to the
+  // patient with two plans under the insurer whose name holds ";". Made
+  // last and without the random draws, so that nothing made before it
+  // changes.
+  void LongClaim() {
+    sqlite3_stmt* st = nullptr;
+    sqlite3_prepare_v2(db_, "SELECT MIN(ID) FROM Patient WHERE EmployerID = 9", -1, &st, nullptr);
+    int64_t patient = 0;
+    if (sqlite3_step(st) == SQLITE_ROW) patient = sqlite3_column_int64(st, 0);
+    sqlite3_finalize(st);
+    if (patient == 0 || dentists_.empty()) return;
+    struct Planned {
+      const char* code;
+      const char* tooth;
+      const char* surface;
+    };
+    static const Planned kLines[] = {{"01202", nullptr, nullptr}, {"02202", nullptr, nullptr},
+                                     {"11101", nullptr, nullptr}, {"21211", "16", "O"},
+                                     {"21211", "17", "O"},        {"23311", "11", "M"},
+                                     {"23311", "21", "M"},        {"23312", "12", "MO"},
+                                     {"23312", "22", "MO"}};
+    const int64_t day = today_ - 1;
+    const int64_t dentist = dentists_.front();
+    const int64_t id = ++invoice_number_;
+    // The insurers' shares of a line as for any visit of a patient with two
+    // plans: the first pays 80% of diagnostic and preventive codes and 50%
+    // of the rest, the second half of what is left.
+    auto shares = [](const Code& code) {
+      const int64_t ins1 = code.fee_cents * (code.id[0] == '0' || code.id[0] == '1' ? 80 : 50) / 100;
+      return std::pair<int64_t, int64_t>{ins1, (code.fee_cents - ins1) * 50 / 100};
+    };
+    int64_t total = 0, patient_total = 0;
+    int units = 0;
+    for (const auto& l : kLines) {
+      const Code& code = CodeById(l.code);
+      const auto [ins1, ins2] = shares(code);
+      total += code.fee_cents;
+      patient_total += code.fee_cents - ins1 - ins2;
+      units += code.minutes / 10;
+    }
+    W("Invoices")
+        .Int("ID", id)
+        .Int("Invoice#", 10000 + id)
+        .Int("PatientID", patient)
+        .Int("ProviderID", dentist)
+        .Int("DoctorID", dentist)
+        .Text("Date", Iso(day))
+        .Int("Time", 540)
+        .Text("EntryDate", Iso(day, 600))
+        .Int("Complete?", 1)
+        .Cents("InvoiceTotal", total)
+        .Cents("PatientTotal", patient_total)
+        .Int("IsAssignment", -1)
+        .Int("IsSecondaryAssignment", -1)
+        .Int("IsTertiaryAssignment", 0)
+        .Int("Units", units)
+        .Int("ChargeInterest", 0)
+        .Text("InsuranceNotes", "Fillings of both upper quadrants done in one visit")
+        .Insert();
+    for (const auto& l : kLines) {
+      const Code& code = CodeById(l.code);
+      const auto [ins1, ins2] = shares(code);
+      auto& d = W("InvoiceDetails");
+      d.Int("InvoiceID", id)
+          .Text("Code", l.code)
+          .Cents("Cost", code.fee_cents)
+          .Cents("PatientCost", code.fee_cents - ins1 - ins2)
+          .Cents("PrimaryInsCost", ins1)
+          .Cents("SecondaryInsCost", ins2)
+          .Cents("TertiaryInsCost", 0)
+          .Text("Status", "Complete")
+          .Text("Date", Iso(day))
+          .Text("EntryDate", Iso(day))
+          .Int("ProviderID", dentist);
+      if (l.tooth) d.Text("Tooth#", l.tooth);
+      if (l.surface) d.Text("Surface", l.surface);
+      d.Insert();
     }
   }
 

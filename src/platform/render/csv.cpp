@@ -10,6 +10,7 @@
 #include <regex>
 
 #include "common/datetime.h"
+#include "platform/host/partial_files.h"
 #include "platform/render/document_text.h"
 #include "platform/render/renderer.h"
 
@@ -242,18 +243,19 @@ void WriteCsv(const Document& doc, const std::string& path) {
       target.parent_path() /
       ("." + target.filename().string() + ".part-" + std::to_string(::getpid()) + ".csv");
   std::error_code ec;
+  host::TrackPartialFile(staged.string());
   {
     std::ofstream out(staged, std::ios::binary | std::ios::trunc);
     out << text;
     out.flush();
     if (!out) {
-      std::filesystem::remove(staged, ec);
+      host::RemovePartialFile(staged.string());
       throw RenderError("Cannot write the CSV file " + path);
     }
   }
-  std::filesystem::rename(staged, target, ec);
+  host::RenamePartialFile(staged.string(), target.string(), ec);
   if (ec) {
-    std::filesystem::remove(staged, ec);
+    host::RemovePartialFile(staged.string());
     throw RenderError("Cannot write the CSV file " + path);
   }
 }

@@ -8,6 +8,7 @@
 #include <set>
 
 #include "common/collation.h"
+#include "platform/host/partial_files.h"
 #include "platform/render/renderer.h"
 
 namespace orv::render {
@@ -114,8 +115,7 @@ std::vector<std::string> WriteLetterPdfs(const Document& doc, const std::string&
   if (!fs::is_directory(folder)) throw RenderError("Cannot make the folder " + folder);
   std::vector<std::pair<fs::path, fs::path>> staged;  // temporary, target
   auto remove_staged = [&] {
-    std::error_code ignored;
-    for (const auto& [tmp, target] : staged) fs::remove(tmp, ignored);
+    for (const auto& [tmp, target] : staged) host::RemovePartialFile(tmp.string());
   };
   try {
     for (const LetterFile& f : files) {
@@ -123,6 +123,7 @@ std::vector<std::string> WriteLetterPdfs(const Document& doc, const std::string&
       const fs::path tmp =
           fs::path(folder) / ("." + f.name + ".part-" + std::to_string(::getpid()) + ".pdf");
       staged.emplace_back(tmp, target);
+      host::TrackPartialFile(tmp.string());
       RenderPdf(doc, tmp.string(), f.first_page, f.last_page);
     }
   } catch (...) {
@@ -131,7 +132,7 @@ std::vector<std::string> WriteLetterPdfs(const Document& doc, const std::string&
   }
   std::vector<std::string> written;
   for (const auto& [tmp, target] : staged) {
-    fs::rename(tmp, target, ec);
+    host::RenamePartialFile(tmp.string(), target.string(), ec);
     if (ec) {
       remove_staged();
       throw RenderError("Cannot write " + target.string());

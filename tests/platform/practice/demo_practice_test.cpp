@@ -244,6 +244,16 @@ TEST_F(DemoPractice, EveryRecentMonthHoldsTheClosingCases) {
   }
 }
 
+// The paper claim form has eight procedure lines; the desk must be able to
+// try one that runs past them, for an insured patient.
+TEST_F(DemoPractice, AClaimHasMoreLinesThanThePaperForm) {
+  EXPECT_GE(Count("SELECT COUNT(*) FROM Invoices i JOIN Patient p ON p.ID = i.PatientID JOIN "
+                  "Employers e ON e.ID = p.EmployerID WHERE e.InsuranceID > 0 AND (SELECT "
+                  "COUNT(*) FROM InvoiceDetails d WHERE d.InvoiceID = i.ID AND d.Cost <> 0 AND "
+                  "instr(d.Code, '-') = 0) >= 9"),
+            1);
+}
+
 TEST_F(DemoPractice, AddressesHaveTheLinesThatReturnAddressPartTakesApart) {
   // Street CR LF [street 2 CR LF] "City, PR" CR LF postal code.
   EXPECT_EQ(Count("SELECT COUNT(*) FROM Patient WHERE Address NOT LIKE '%' || char(13, 10) || "
