@@ -8,7 +8,8 @@
 // benchmarked from then on without a change here.
 //
 //   bench_all_reports DB [--today yyyy-mm-dd] [--office N] [--repeat N]
-//                        [--only METHOD,...] [--out pdf|txt] [-- METHOD ARG...]
+//                        [--only METHOD,...] [--out pdf|txt] [--limit SECONDS]
+//                        [-- METHOD ARG...]
 //
 // DB is a practice file or a server URL, as --db takes it. After "--" one
 // method with arguments of one's own runs instead of the catalogue (the
@@ -21,12 +22,17 @@
 // that crashes is reported without ending the benchmark. The child resets
 // the kernel's high-water mark at its start (/proc/self/clear_refs 5), so
 // "grew" is the peak resident memory above what the process held when the
-// report began.
+// report began. With --limit a run that takes longer is stopped and
+// reported as not finished, so one runaway statement on a large practice
+// does not hold up the rest of the catalogue.
 #include <libpq-fe.h>
+#include <poll.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -108,6 +114,7 @@ struct Options {
   std::string office = "1";
   std::string out_kind = "pdf";
   int repeat = 1;
+  int limit_s = 0;  // 0: no limit
   std::vector<std::string> only;
   std::vector<std::string> own_run;  // METHOD ARG... after "--"
 };
@@ -126,6 +133,7 @@ struct Outcome {
   long peak_kb = 0;  // the peak of the process
   int pages = 0;
   int status = 0;  // the host's exit status
+  bool timed_out = false;
 };
 
 // The words of a catalogue example as a shell reads them: blanks split,
@@ -207,11 +215,24 @@ Outcome RunChild(const Options& opt, const Job& job, const fs::path& dir, const 
   }
   ::close(fds[1]);
   Outcome o;
-  const bool got = ::read(fds[0], &o, sizeof o) == static_cast<ssize_t>(sizeof o);
+  bool timed_out = false;
+  if (opt.limit_s > 0) {
+    pollfd pfd{fds[0], POLLIN, 0};
+    int ready;
+    do {
+      ready = ::poll(&pfd, 1, opt.limit_s * 1000);
+    } while (ready < 0 && errno == EINTR);
+    if (ready == 0) {
+      ::kill(pid, SIGKILL);
+      timed_out = true;
+    }
+  }
+  const bool got = !timed_out && ::read(fds[0], &o, sizeof o) == static_cast<ssize_t>(sizeof o);
   ::close(fds[0]);
   int wstatus = 0;
   ::waitpid(pid, &wstatus, 0);
   if (!got) o.status = WIFSIGNALED(wstatus) ? 128 + WTERMSIG(wstatus) : 1;
+  o.timed_out = timed_out;
   return o;
 }
 
@@ -243,6 +264,8 @@ bool ParseOptions(int argc, char** argv, Options& opt) {
       opt.office = value();
     } else if (a == "--repeat") {
       opt.repeat = std::atoi(value().c_str());
+    } else if (a == "--limit") {
+      opt.limit_s = std::atoi(value().c_str());
     } else if (a == "--out") {
       opt.out_kind = value();
     } else if (a == "--only") {
@@ -265,7 +288,8 @@ int main(int argc, char** argv) {
   if (!ParseOptions(argc, argv, opt)) {
     std::fprintf(stderr,
                  "usage: bench_all_reports DB [--today yyyy-mm-dd] [--office N] [--repeat N]\n"
-                 "                         [--only METHOD,...] [--out pdf|txt] [-- METHOD ARG...]\n");
+                 "                         [--only METHOD,...] [--out pdf|txt] [--limit SECONDS]\n"
+                 "                         [-- METHOD ARG...]\n");
     return 2;
   }
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
@@ -304,6 +328,11 @@ int main(int argc, char** argv) {
     for (int r = 0; r < opt.repeat; ++r) {
       runs.push_back(RunChild(opt, job, dir, log));
       if (runs.back().status != 0) break;
+    }
+    if (runs.back().timed_out) {
+      ++failed;
+      std::printf("%-36s NOT FINISHED: stopped after %d s\n", job.method.c_str(), opt.limit_s);
+      continue;
     }
     if (runs.back().status != 0) {
       ++failed;

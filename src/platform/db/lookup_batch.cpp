@@ -25,11 +25,11 @@ sql::Pos PosOf(const std::string& text, size_t offset) {
   return p;
 }
 
-std::string OtherLiterals(const std::vector<int64_t>& values, size_t key) {
+std::string OtherLiterals(const std::vector<std::string>& written, size_t key) {
   std::string s;
-  for (size_t i = 0; i < values.size(); ++i) {
+  for (size_t i = 0; i < written.size(); ++i) {
     if (i == key) continue;
-    s += std::to_string(values[i]);
+    s += written[i];
     s += ',';
   }
   return s;
@@ -39,77 +39,131 @@ std::string OtherLiterals(const std::vector<int64_t>& values, size_t key) {
 
 void LookupBatcher::Clear() {
   forms_.clear();
+  declined_ = nullptr;
   stats_ = Stats();
 }
 
+void LookupBatcher::Spent(double seconds) {
+  if (declined_) declined_->spent += seconds;
+  declined_ = nullptr;
+}
+
 std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const StatementForm& f) {
-  if (f.values.empty()) return nullptr;
-  // Runs on different days are different lookups: the form's quoted
-  // literals belong to its name here, as they did before they were lifted
-  // out; the key is one of the numbers.
+  declined_ = nullptr;
+  // The literals a key may be: the whole numbers, then the whole numbers
+  // written as text ("PatientID = '17'"). Each is also kept as written, so
+  // that '07' and '7' stay apart where they are no key (compared with text,
+  // they differ). Runs on different days are different lookups: quoted
+  // dates belong to the form's name, as they did before they were lifted
+  // out.
+  std::vector<int64_t> values = f.values;
+  std::vector<size_t> offsets = f.offsets;
+  std::vector<std::string> written;
+  written.reserve(values.size() + f.quoted.size());
+  for (int64_t v : f.values) written.push_back(std::to_string(v));
   std::string name = f.form;
-  for (const Variant& q : f.quoted) name += "\n" + (q.IsDate() ? CDate(q).ToIso() : CStr(q));
+  for (size_t i = 0; i < f.quoted.size(); ++i) {
+    const Variant& q = f.quoted[i];
+    if (q.IsDate()) {
+      name += "\n" + CDate(q).ToIso();
+      continue;
+    }
+    const std::string text = CStr(q);
+    values.push_back(std::stoll(text));
+    offsets.push_back(f.quoted_offsets[i]);
+    written.push_back("'" + text);
+  }
+  if (values.empty()) return nullptr;
   Form& form = forms_[name];
   if (form.refused) return nullptr;
+  declined_ = &form;
 
   // The key is the literal that changes from run to run while the others
   // stay: the invoice of "InvoiceID = 17 AND IsInsurance = 1".
   bool chosen_now = false;
   if (form.key < 0) {
-    if (form.last.size() == f.values.size()) {
+    if (form.last.size() == written.size()) {
       int changed = -1, count = 0;
-      for (size_t i = 0; i < f.values.size(); ++i)
-        if (f.values[i] != form.last[i]) changed = static_cast<int>(i), ++count;
+      for (size_t i = 0; i < written.size(); ++i)
+        if (written[i] != form.last[i]) changed = static_cast<int>(i), ++count;
       if (count == 1) {
-        form.varied.resize(f.values.size());
+        form.varied.resize(written.size());
         if (++form.varied[changed] >= kThreshold) {
           form.key = changed;
           chosen_now = true;
         }
       }
     }
-    form.last = f.values;
+    form.last = written;
     if (form.key < 0) return nullptr;
   }
 
   const size_t key = static_cast<size_t>(form.key);
-  Group& group = form.groups[OtherLiterals(f.values, key)];
+  Group& group = form.groups[OtherLiterals(written, key)];
   if (!group.batch) {
     if (++group.runs < kThreshold && !chosen_now) return nullptr;
-    group.batch = Build(statement, f.offsets[key]);
-    if (!group.batch) {
+    auto refuse = [&] {
+      declined_ = nullptr;
       form.refused = true;
       form.groups.clear();
       return nullptr;
+    };
+    if (!group.lookup && !Translate(group, statement, offsets[key])) return refuse();
+    // Rent before buying: key by key until the form has spent what the
+    // batched read is expected to cost.
+    if (!group.asked) {
+      group.asked = true;
+      if (estimate_) {
+        try {
+          group.cost = estimate_(group.lookup->translation, statement);
+        } catch (const std::exception&) {
+          return refuse();
+        }
+      }
     }
+    if (group.cost && form.spent < *group.cost) return nullptr;
+    group.batch = Build(*group.lookup, statement);
+    group.lookup.reset();
+    if (!group.batch) return refuse();
   }
-  return Serve(*group.batch, f.values[key]);
+  declined_ = nullptr;
+  return Serve(*group.batch, values[key]);
 }
 
-std::unique_ptr<LookupBatcher::Batch> LookupBatcher::Build(const std::string& statement, size_t offset) {
+bool LookupBatcher::Translate(Group& group, const std::string& statement, size_t offset) {
+  const int64_t room = std::min(kBatchRows, kTotalRows - stats_.rows);
+  if (room <= 0) return false;
+  // A statement that is no lookup by this literal: the form is run key by
+  // key, as it always could be.
+  try {
+    group.lookup = sql::TranslateBatchedLookup(statement, PosOf(statement, offset), schema_, dialect_, room);
+  } catch (const std::exception&) {
+    return false;
+  }
+  return group.lookup.has_value();
+}
+
+std::unique_ptr<LookupBatcher::Batch> LookupBatcher::Build(const sql::BatchedLookup& lookup,
+                                                          const std::string& statement) {
   const int64_t room = std::min(kBatchRows, kTotalRows - stats_.rows);
   if (room <= 0) return nullptr;
-  // A statement that is no lookup by this literal, a batched read the
-  // engine refuses, or one too large to hold: the form is run key by key,
-  // as it always could be.
-  std::optional<sql::BatchedLookup> lookup;
+  // A batched read the engine refuses, or one too large to hold: the form
+  // is run key by key.
   std::shared_ptr<RowSet> read;
   try {
-    lookup = sql::TranslateBatchedLookup(statement, PosOf(statement, offset), schema_, dialect_, room);
-    if (!lookup) return nullptr;
-    read = read_(lookup->translation, statement);
+    read = read_(lookup.translation, statement);
   } catch (const std::exception&) {
     return nullptr;
   }
   if (static_cast<int64_t>(read->RowCount()) > room || read->fields.empty()) return nullptr;
 
   auto batch = std::make_unique<Batch>();
-  batch->aggregate = lookup->aggregate;
+  batch->aggregate = lookup.aggregate;
   batch->fields.assign(read->fields.begin() + 1, read->fields.end());
   if (batch->aggregate) {
     for (size_t i = 0; i < batch->fields.size(); ++i)
-      batch->empty_row.push_back(lookup->count_columns[i] ? ValueOfKind(Variant::Int64(0), batch->fields[i].kind)
-                                                          : Variant::Null());
+      batch->empty_row.push_back(lookup.count_columns[i] ? ValueOfKind(Variant::Int64(0), batch->fields[i].kind)
+                                                         : Variant::Null());
   }
   // Rows come ordered by the key; a NULL key matches no "=" and is dropped.
   // The rows stay where they were read, the key in their first field.

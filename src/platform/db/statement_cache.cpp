@@ -26,6 +26,20 @@ bool IsNameChar(char c) {
          c == '$' || c == '@' || c == '.';
 }
 
+// A keyword that may follow a number without a blank, as a report writes
+// "where PatientID = " + key + "ORDER BY ID": the lexer ends the number
+// where the letters begin, so the number is a whole literal all the same.
+bool KeywordAt(const std::string& s, size_t at) {
+  for (std::string_view word : {"ORDER", "AND", "OR", "GROUP"}) {
+    if (at + word.size() > s.size()) continue;
+    bool same = true;
+    for (size_t k = 0; k < word.size() && same; ++k)
+      same = std::toupper(static_cast<unsigned char>(s[at + k])) == word[k];
+    if (same && (at + word.size() == s.size() || !IsNameChar(s[at + word.size()]))) return true;
+  }
+  return false;
+}
+
 // Counts occurrences of `digits` in `text` not adjacent to other digits or
 // name characters.
 std::vector<size_t> FindNumber(const std::string& text, const std::string& digits) {
@@ -146,6 +160,7 @@ StatementForm ParameteriseLiterals(const std::string& s, bool dates) {
           lift(i + 1, end, sentinel.written);
           f.quoted.push_back(digits ? Variant(std::string(text)) : Variant(*date));
           f.quoted_sentinels.push_back(sentinel.written);
+          f.quoted_offsets.push_back(i);
         }
       }
       i = end + 1;
@@ -177,7 +192,7 @@ StatementForm ParameteriseLiterals(const std::string& s, bool dates) {
       // The literal counts when it is a whole number (no '.', no name
       // character after it) of at most nine digits, and the last thing
       // before it, blanks and a minus sign aside, is "=".
-      bool whole = end >= n || !IsNameChar(s[end]);
+      bool whole = end >= n || !IsNameChar(s[end]) || KeywordAt(s, end);
       size_t b = i;
       while (b > 0 && s[b - 1] == ' ') --b;
       if (b > 0 && s[b - 1] == '-') {

@@ -100,6 +100,7 @@ struct StatementForm {
   // form, between its quotes.
   std::vector<Variant> quoted;
   std::vector<std::string> quoted_sentinels;
+  std::vector<size_t> quoted_offsets;  // where each opening quote stands
 
   bool Parameterised() const { return !values.empty() || !quoted.empty(); }
 };

@@ -1,9 +1,12 @@
 #include "platform/sql/lookup_batch.h"
 
+#include <algorithm>
+#include <cctype>
 #include <string>
 
 #include "platform/sql/ast.h"
 #include "platform/sql/binder.h"
+#include "platform/sql/decorrelate.h"
 #include "platform/sql/join_keys.h"
 #include "platform/sql/parser.h"
 #include "platform/sql/print_postgres.h"
@@ -26,15 +29,26 @@ bool IsBareAggregate(const Expr& e) {
   return e.text == "SUM" || e.text == "COUNT" || e.text == "MIN" || e.text == "MAX" || e.text == "AVG";
 }
 
+// A whole number written as is (17) or as text ('17'): an integer column
+// compared with the text compares with the number it spells.
+bool IsWholeNumberLiteral(const Expr& e) {
+  if (e.kind != ExprKind::Number && e.kind != ExprKind::String) return false;
+  return !e.text.empty() && e.text.size() <= 18 && e.text.find_first_not_of("0123456789") == std::string::npos;
+}
+
 // The integer column of a conjunct "column = <literal at `key`>" (either
 // side), or nullptr.
 const Expr* KeyColumn(const Expr& conjunct, Pos key) {
   if (conjunct.kind != ExprKind::Binary || conjunct.text != "=" || conjunct.args.size() != 2) return nullptr;
   const Expr* l = conjunct.args[0].get();
   const Expr* r = conjunct.args[1].get();
-  if (l->kind == ExprKind::Number) std::swap(l, r);
-  if (r->kind != ExprKind::Number || !IsAt(*r, key)) return nullptr;
-  if (r->text.find_first_not_of("0123456789") != std::string::npos) return nullptr;
+  // The binder converts text compared with a number to the number.
+  auto literal = [](const Expr* e) {
+    return e->kind == ExprKind::Convert && e->args.size() == 1 ? e->args[0].get() : e;
+  };
+  if (IsAt(*literal(l), key)) std::swap(l, r);
+  r = literal(r);
+  if (!IsAt(*r, key) || !IsWholeNumberLiteral(*r)) return nullptr;
   // Only an integer column groups exactly as "=" selects: a text column
   // would group under the collation, a money column by its decimals.
   if (!IsIntegerColumn(*l)) return nullptr;
@@ -110,6 +124,83 @@ std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos k
     for (const auto& o : i.outputs)
       out.translation.columns.push_back({o.name, o.type.is_null ? ValueKind::Unknown : o.type.kind});
   if (out.translation.columns.size() != outputs + 1) return std::nullopt;
+  return out;
+}
+
+std::optional<Translation> TranslateRestrictedToKeys(std::string_view tsql, std::string_view column,
+                                                     const std::vector<int64_t>& keys, const Schema& schema,
+                                                     Dialect dialect) {
+  Statement st = Parse(tsql);
+  Bind(st, schema, tsql);
+  if (st.kind != Statement::Kind::Select || st.query->selects.size() != 1) return std::nullopt;
+  Select& s = *st.query->selects[0];
+  if (s.distinct || s.top || !s.group_by.empty() || s.rollup || s.having) return std::nullopt;
+  auto same_name = [](std::string_view a, std::string_view b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+             return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+           });
+  };
+  // Only a column of a table: its value is what the row holds, so "IN"
+  // keeps exactly the rows whose column equals a key. An integer column, so
+  // that the keys compare as the parent's relate values do.
+  ExprPtr key_column;
+  for (const SelectItem& item : s.items) {
+    if (!item.expr || HasAggregate(*item.expr)) return std::nullopt;
+    for (const SelectItem::Output& o : item.outputs) {
+      if (!same_name(o.name, column)) continue;
+      if (key_column) return std::nullopt;
+      if (item.expr->kind == ExprKind::Star) {
+        // "SELECT *": the column the star brought, by its table's alias.
+        key_column = std::make_unique<Expr>(ExprKind::Column, item.pos);
+        key_column->text = o.column_name;
+        key_column->table_alias = o.table_alias;
+        key_column->column_name = o.column_name;
+        key_column->type = o.type;
+      } else {
+        key_column = CopyBound(*item.expr);
+      }
+      if (!key_column || !IsIntegerColumn(*key_column) || key_column->column_name.empty()) return std::nullopt;
+    }
+  }
+  if (!key_column) return std::nullopt;
+
+  auto in = std::make_unique<Expr>(ExprKind::InList, key_column->pos);
+  in->type.kind = ValueKind::Boolean;
+  in->op = BoundOp::CompareOther;
+  in->args.push_back(std::move(key_column));
+  for (int64_t key : keys) {
+    auto number = std::make_unique<Expr>(ExprKind::Number, in->pos);
+    number->text = std::to_string(key);
+    number->type.kind = ValueKind::Integer;
+    in->args.push_back(std::move(number));
+  }
+  if (keys.empty()) {
+    // No key: "IN (NULL)" holds for no row, and the columns are still read.
+    auto none = std::make_unique<Expr>(ExprKind::Null, in->pos);
+    none->type.kind = ValueKind::Integer;
+    none->type.is_null = true;
+    in->args.push_back(std::move(none));
+  }
+  if (!s.where) {
+    s.where = std::move(in);
+  } else {
+    auto both = std::make_unique<Expr>(ExprKind::Logical, s.where->pos);
+    both->text = "AND";
+    both->type.kind = ValueKind::Boolean;
+    both->args.push_back(std::move(s.where));
+    both->args.push_back(std::move(in));
+    s.where = std::move(both);
+  }
+  // As Translate prepares a statement for the engine.
+  MoveDisjunctionsOntoOneTable(st);
+  if (dialect == Dialect::PostgreSQL) DecorrelateAggregateSubqueries(st);
+
+  Translation out;
+  out.sql = dialect == Dialect::PostgreSQL ? PrintPostgres(st) : PrintSqlite(st);
+  out.is_query = true;
+  for (const SelectItem& i : s.items)
+    for (const auto& o : i.outputs)
+      out.columns.push_back({o.name, o.type.is_null ? ValueKind::Unknown : o.type.kind});
   return out;
 }
 

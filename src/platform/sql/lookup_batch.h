@@ -37,14 +37,27 @@ struct BatchedLookup {
 // `key` (line and column as the lexer counts them), or nothing when the
 // statement is not a lookup by that literal:
 // - one SELECT (no UNION, TOP, DISTINCT, GROUP BY or HAVING);
-// - the literal is compared by "=" with an integer column, as a conjunct at
-//   the top of the WHERE clause, so that grouping by the column gives
-//   exactly the rows each key would select;
+// - the literal (a whole number, or one written as text: '17') is compared
+//   by "=" with an integer column, as a conjunct at the top of the WHERE
+//   clause, so that grouping by the column gives exactly the rows each key
+//   would select;
 // - the select list is all plain columns and expressions, or all bare
 //   aggregates (no ORDER BY then).
 // At most `row_limit` + 1 rows are read, so a caller can tell an oversized
 // result. Throws SqlError for a statement that does not translate at all.
 std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos key, const Schema& schema,
                                                     Dialect dialect, int64_t row_limit);
+
+// `tsql` restricted to the rows whose result column `column` is one of
+// `keys`: the same statement with "AND column IN (keys...)" at the top of
+// its WHERE clause, so the rows keep their order and their columns; no rows
+// for no keys. A SHAPE
+// reads its child this way when its parent holds few keys: the lines of one
+// invoice, not every invoice line of the practice. Nothing when the
+// statement cannot be restricted so (not one plain SELECT; TOP, DISTINCT,
+// grouping or aggregates; the column is no integer column of a table).
+std::optional<Translation> TranslateRestrictedToKeys(std::string_view tsql, std::string_view column,
+                                                     const std::vector<int64_t>& keys, const Schema& schema,
+                                                     Dialect dialect);
 
 }  // namespace orv::sql

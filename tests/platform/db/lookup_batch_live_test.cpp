@@ -8,6 +8,7 @@
 
 #include "platform/db/connection.h"
 #include "platform/db/copy_database.h"
+#include "platform/db/recordset.h"
 #include "support/postgres.h"
 #include "temp_db.h"
 
@@ -109,6 +110,69 @@ TEST(LookupBatchLive, EveryKeyReadsAsItsOwnStatementAndOnlyInsideTheSnapshot) {
   for (int key = 1; key <= 30; ++key) conn.Query(WithKey(lookups[0], key));
   EXPECT_EQ(conn.BatchedLookupCount(), 0);
   EXPECT_EQ(CStr(conn.Query(WithKey(lookups[0], 7))->Get(0, 0)), "107.01");
+}
+
+// A SHAPE's rows as text, each chapter in braces after its parent row.
+std::string DumpShape(Recordset rs) {
+  std::string out;
+  while (!rs.Eof()) {
+    out += out.empty() ? "" : " ";
+    std::string chapters;
+    for (long i = 0; i < rs.Fields().Count(); ++i) {
+      Field f = rs.Fields(i);
+      if (f.IsChapter()) {
+        chapters += "{" + DumpShape(f.Chapter()) + "}";
+      } else {
+        const Variant v = f.Value();
+        out += (i ? "," : "") + (v.IsNull() ? std::string("NULL") : CStr(v));
+      }
+    }
+    out += chapters;
+    rs.MoveNext();
+  }
+  return out;
+}
+
+TEST(ShapeChildrenLive, RestrictedOrKeptChildrenRelateAsTheWholeChildOnTheFile) {
+  ORV_REQUIRE_POSTGRES();
+  TempDb file(ManyInvoices());
+  FreshPgDatabase server;
+  CopyDatabase(file.url(), server.url());
+  Connection on_file(file.url());
+  Connection on_server(server.url());
+
+  const std::string payments = "{SELECT ID, InvoiceID, Amount FROM InvoicePaymentDetails} AS Pay";
+  const std::vector<std::string> shapes = {
+      // Few parent keys: the child is read for them only.
+      "SHAPE {SELECT ID, PatientID FROM Invoices WHERE PatientID = 3 ORDER BY ID} AS Inv APPEND (" + payments +
+          " RELATE 'ID' TO 'InvoiceID') AS Pay",
+      // No parent row: a child of no rows, its columns still there.
+      "SHAPE {SELECT ID FROM Invoices WHERE PatientID = 99} AS Inv APPEND (" + payments +
+          " RELATE 'ID' TO 'InvoiceID') AS Pay",
+      // A child that cannot be restricted (TOP) is read whole, and inside a
+      // server snapshot kept for the next SHAPE that reads it.
+      "SHAPE {SELECT ID FROM Invoices WHERE ID < 12 ORDER BY ID} AS Inv APPEND ({SELECT TOP 20 ID, InvoiceID, "
+      "Amount FROM InvoicePaymentDetails ORDER BY ID} AS Pay RELATE 'ID' TO 'InvoiceID') AS Pay",
+  };
+  auto run = [](Connection& conn, const std::string& shape) {
+    Recordset rs;
+    rs.Open(shape, conn, adOpenStatic, adLockReadOnly);
+    return DumpShape(rs);
+  };
+  for (const std::string& shape : shapes) {
+    SCOPED_TRACE(shape);
+    const std::string expected = run(on_file, shape);
+    EXPECT_EQ(run(on_server, shape), expected);
+    Snapshot snapshot(on_server);
+    EXPECT_EQ(run(on_server, shape), expected);
+    EXPECT_EQ(run(on_server, shape), expected);
+  }
+  // Worked by hand: invoice 3 (patient 3) has three shares, 4 to 6 (after
+  // invoice 1's one and invoice 2's two); invoice 10 two, 14 and 15; no
+  // parent, no rows.
+  const std::string first = "3,3{4,3,3.01 5,3,3.02 6,3,3.03} 10,3{14,10,10.01 15,10,10.02}";
+  EXPECT_EQ(run(on_file, shapes[0]).substr(0, first.size()), first);
+  EXPECT_EQ(run(on_server, shapes[1]), "");
 }
 
 }  // namespace

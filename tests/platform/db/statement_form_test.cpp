@@ -24,6 +24,11 @@ TEST(StatementForm, ParameterisesKeyLiteralsOnly) {
        {1}},
       {"SELECT 1 FROM t WHERE a = 12e3 AND b = 1234567890", "SELECT 1 FROM t WHERE a = 12e3 AND b = 1234567890", {}},
       {"SELECT 1 FROM t WHERE Invoice# = 5 AND x =4/*= 3*/", "SELECT 1 FROM t WHERE Invoice# = #0 AND x =#1/*= 3*/", {5, 4}},
+      // A keyword straight after the number ends it, as the lexer reads it;
+      // other letters make it no whole number.
+      {"Select * from t where PatientID = 1364ORDER BY ID", "Select * from t where PatientID = #0ORDER BY ID", {1364}},
+      {"SELECT 1 FROM t WHERE a = 7and b = 8or c = 9ORDERS", "SELECT 1 FROM t WHERE a = #0and b = #1or c = 9ORDERS",
+       {7, 8}},
   };
   for (const auto& c : cases) {
     StatementForm f = ParameteriseLiterals(c.statement);

@@ -2,6 +2,7 @@
 // must get exactly the rows its own statement gives.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "platform/sql/lookup_batch.h"
@@ -15,8 +16,12 @@ std::string WithKey(std::string tsql, const std::string& key) {
   return tsql.replace(tsql.find("{}"), 2, key);
 }
 
-// Where "{}" stands in a one-line statement.
-Pos KeyPos(const std::string& tsql) { return Pos{1, static_cast<int>(tsql.find("{}")) + 1}; }
+// Where the key literal starts in a one-line statement: "{}", or its
+// opening quote in '{}'.
+Pos KeyPos(const std::string& tsql) {
+  const size_t at = tsql.find("{}");
+  return Pos{1, static_cast<int>(at > 0 && tsql[at - 1] == '\'' ? at - 1 : at) + 1};
+}
 
 std::optional<BatchedLookup> Batch(const FixtureDb& db, const std::string& tsql) {
   return TranslateBatchedLookup(WithKey(tsql, "0"), KeyPos(tsql), db.schema(), Dialect::SQLite, 1000);
@@ -45,6 +50,10 @@ TEST(LookupBatch, EveryKeyGetsTheRowsItsOwnStatementGives) {
        false},
       // The literal on the left, every column, a key with a second literal.
       {"SELECT * FROM Invoices WHERE {} = ProviderID AND [Complete?] = 1", false},
+      // A key written as text and compared with an integer column, as the
+      // operatory list looks up each patient's alerts.
+      {"SELECT ID, InvoiceTotal FROM Invoices WHERE PatientID = '{}' ORDER BY ID DESC", false},
+      {"SELECT COUNT(*) AS N FROM Invoices WHERE '{}' = ProviderID", true},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.tsql);
@@ -79,8 +88,10 @@ TEST(LookupBatch, LeavesAloneWhatIsNoLookupByOneKey) {
   const char* refused[] = {
       // The key under OR selects more than its own rows.
       "SELECT ID FROM Invoices WHERE PatientID = {} OR ProviderID = 2",
-      // Text and money keys group otherwise than "=" compares.
+      // Text and money keys group otherwise than "=" compares ('7' and '07'
+      // are different notes).
       "SELECT ID FROM Invoices WHERE notes = {}",
+      "SELECT ID FROM Invoices WHERE notes = '{}'",
       "SELECT ID FROM Invoices WHERE InvoiceTotal = {}",
       // TOP, DISTINCT, GROUP BY and UNION change what one key's rows are.
       "SELECT TOP 1 ID FROM Invoices WHERE PatientID = {}",
@@ -96,6 +107,67 @@ TEST(LookupBatch, LeavesAloneWhatIsNoLookupByOneKey) {
       "UPDATE Invoices SET notes = 'x' WHERE ID = {}",
   };
   for (const char* tsql : refused) EXPECT_FALSE(Batch(db, tsql).has_value()) << tsql;
+}
+
+TEST(RestrictedToKeys, KeepsExactlyTheRowsOfTheKeysInTheirOrder) {
+  FixtureDb db;
+  struct Case {
+    const char* tsql;
+    const char* column;
+  };
+  const Case cases[] = {
+      // The lines of invoices, as an invoice's SHAPE relates them.
+      {"SELECT Code, InvoiceID, Cost, [Tooth#], Surface, Date, Status, Discount FROM InvoiceDetails",
+       "InvoiceID"},
+      // Every column by star, a WHERE clause of its own with an OR.
+      {"SELECT * FROM InvoiceDetails WHERE Cost > 0 OR Code = '01202'", "InvoiceID"},
+      // The column under an alias of its own, a join, an order of its own.
+      {"SELECT InvoiceDetails.InvoiceID AS Inv, InvoiceDetails.Code, Invoices.PatientID FROM InvoiceDetails "
+       "INNER JOIN Invoices ON InvoiceDetails.InvoiceID = Invoices.ID ORDER BY InvoiceDetails.Code DESC",
+       "Inv"},
+  };
+  const std::vector<int64_t> keys = {1, 3, 4, 999};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.tsql);
+    auto restricted = TranslateRestrictedToKeys(c.tsql, c.column, keys, db.schema(), Dialect::SQLite);
+    ASSERT_TRUE(restricted.has_value());
+    const FixtureDb::Result all = db.Run(c.tsql);
+    const FixtureDb::Result some = db.RunTranslated(*restricted);
+    ASSERT_EQ(some.header, all.header);
+    const size_t col = std::find(all.header.begin(), all.header.end(), c.column) - all.header.begin();
+    ASSERT_LT(col, all.header.size());
+    std::vector<std::vector<std::string>> expected;
+    for (const auto& row : all.rows)
+      if (row[col] == "1" || row[col] == "3" || row[col] == "4") expected.push_back(row);
+    ASSERT_FALSE(expected.empty());
+    EXPECT_LT(expected.size(), all.rows.size());
+    EXPECT_EQ(some.rows, expected);
+  }
+
+  // No key: no rows, the same columns.
+  auto none = TranslateRestrictedToKeys(cases[0].tsql, "InvoiceID", {}, db.schema(), Dialect::SQLite);
+  ASSERT_TRUE(none.has_value());
+  const FixtureDb::Result empty = db.RunTranslated(*none);
+  EXPECT_EQ(empty.header, db.Run(cases[0].tsql).header);
+  EXPECT_TRUE(empty.rows.empty());
+
+  const Case refused[] = {
+      // TOP and DISTINCT choose among the rows of all keys.
+      {"SELECT TOP 2 InvoiceID, Code FROM InvoiceDetails", "InvoiceID"},
+      {"SELECT DISTINCT InvoiceID FROM InvoiceDetails", "InvoiceID"},
+      // An aggregate is one row of all keys.
+      {"SELECT MAX(InvoiceID) AS InvoiceID FROM InvoiceDetails", "InvoiceID"},
+      // A computed column or a text one is no key the server compares as
+      // the relation does.
+      {"SELECT InvoiceID + 0 AS InvoiceID, Code FROM InvoiceDetails", "InvoiceID"},
+      {"SELECT Code AS InvoiceID FROM InvoiceDetails", "InvoiceID"},
+      // No such column, or the statement is a UNION.
+      {"SELECT Code FROM InvoiceDetails", "InvoiceID"},
+      {"SELECT InvoiceID FROM InvoiceDetails UNION SELECT ID FROM Invoices", "InvoiceID"},
+  };
+  for (const Case& c : refused)
+    EXPECT_FALSE(TranslateRestrictedToKeys(c.tsql, c.column, keys, db.schema(), Dialect::SQLite).has_value())
+        << c.tsql;
 }
 
 }  // namespace
