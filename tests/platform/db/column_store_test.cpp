@@ -138,7 +138,7 @@ TEST(ColumnStore, LargeStoresKeepEveryCellAcrossChunksAndBlocks) {
     ASSERT_TRUE(store.Get(r, 2).IsEmpty()) << r;
   }
   // Rows served on from the same store land in new chunks and blocks.
-  for (size_t r = 0; r < 3000; ++r) store.AppendRowFrom(store, r * 3, 0);
+  for (size_t r = 0; r < 3000; ++r) store.AppendRowFrom(store, r * 3, 1);
   for (size_t r = 0; r < 3000; ++r) ASSERT_EQ(store.BytesAt(kRows + r, 0), text_of(r * 3)) << r;
   // Dropped back below a chunk's edge, then grown again.
   while (store.RowCount() > 4000) store.PopRow();
