@@ -285,10 +285,13 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
     walk_ptr = &walk;
     while (!rs.Eof()) {
       walk.Row(cf.ReturnDate(rs["Date"].Value()), cf.returnStr(rs["Provider"].Value()));
+      // The alerts in the order of the practice's alert list: the join alone
+      // leaves their order to the engine's plan, and the same sheet printed
+      // from the file and from the server must read alike.
       db::Recordset alerts =
           Open("SELECT *, ListAlerts.Name as AlertName FROM PatientAlerts INNER JOIN ListAlerts ON "
                "PatientAlerts.AlertID = ListAlerts.ID WHERE PatientID = '" +
-               cf.returnStr(rs["ClientID"].Value()) + "'");
+               cf.returnStr(rs["ClientID"].Value()) + "' ORDER BY PatientAlerts.AlertID");
       std::string notes;
       while (!alerts.Eof()) {
         if (!notes.empty()) notes += "\r\n";
