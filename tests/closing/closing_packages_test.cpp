@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "closing/closing_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -209,16 +210,8 @@ TEST_F(ClosingPackages, PracticeTotalsOnlyForMoreThanOneProvider) {
   EXPECT_EQ(LineWith("Practice Totals For Selected Providers"), "");
 
   MonthEnd(flags, kAllThree);
-  const std::string text = Text();
-  const size_t bell = text.find("\nAda Bell\n");
-  const size_t hill = text.find("\nHugo Hill\n");
-  const size_t stone = text.find("\nIvy Stone\n");
-  const size_t totals = text.find("\nPractice Totals For Selected Providers\n");
-  ASSERT_NE(bell, std::string::npos) << text;
-  EXPECT_LT(bell, hill);
-  EXPECT_LT(hill, stone);
-  EXPECT_LT(stone, totals);
-  EXPECT_NE(totals, std::string::npos);
+  EXPECT_TRUE(InOrder(Text(), {"\nAda Bell\n", "\nHugo Hill\n", "\nIvy Stone\n",
+                                         "\nPractice Totals For Selected Providers\n"}));
   EXPECT_EQ(LinesWith("Practice Totals For Selected Providers").size(), 1u);
   EXPECT_EQ(LineWith("This Report contains"),
             "This Report contains all payments including unallocated payments");

@@ -110,14 +110,8 @@ TEST_F(ReferralPackage, SectionsInTheirOrderEachOnItsPage) {
   reports.rptReferralReports(false, true, true, false, true, true, Nov(1), Nov(30), "dana",
                              "All providers", 0, {1}, 1);
   const std::string text = Text();
-  const size_t type = text.find("Referral Dentist Procedure Type Report");
-  const size_t details = text.find("Referral Details Report");
-  const size_t summary = text.find("Referral Summary Report");
-  const size_t alerts = text.find("Referral Alert Report");
-  ASSERT_NE(type, std::string::npos) << text;
-  EXPECT_LT(type, details);
-  EXPECT_LT(details, summary);
-  EXPECT_LT(summary, alerts);
+  EXPECT_TRUE(InOrder(text, {"Referral Dentist Procedure Type Report", "Referral Details Report",
+                                      "Referral Summary Report", "Referral Alert Report"}));
   EXPECT_NE(text.find("From: Nov/01/2026 to Nov/30/2026"), std::string::npos) << text;
   // Lind's patient 1 had 01202 and 11101 and 99111 billed in November.
   EXPECT_NE(text.find("11101 Scaling 1"), std::string::npos) << text;
