@@ -102,14 +102,12 @@ std::string CommandLineText(const std::string& db, const std::string& dir, const
   return orv::testing::RunShell("pdftotext -layout " + file + " -").out;
 }
 
-class Serve : public ::testing::Test {
+class Serve : public orv::testing::HostSuite {
  protected:
   static void SetUpTestSuite() {
-    dir = orv::testing::MakeDemoFolder("serve", 200, 2);
+    MakePractice("serve", 200, 2);
     orv::app::ApplyToday("2026-11-20");
   }
-  static void TearDownTestSuite() { fs::remove_all(dir); }
-  static std::string Db() { return dir + "/demo.db"; }
   // A copy of the demo practice named `name`, changed by `updates`.
   static std::string ChangedCopy(const std::string& name,
                                  std::initializer_list<std::string> updates) {
@@ -124,7 +122,6 @@ class Serve : public ::testing::Test {
   // A referral link that points nowhere makes the check ask to repair it.
   static constexpr const char* kBrokenReferral =
       "UPDATE Patient SET ReferringDentistID = 99999 WHERE ID = 5";
-  static inline std::string dir;
 };
 
 TEST_F(Serve, CatalogueGivesEachParameterItsField) {
