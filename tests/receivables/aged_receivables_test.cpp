@@ -7,6 +7,7 @@
 #include "frame/surface/surface.h"
 #include "receivables_fixture.h"
 #include "support/forged_cells.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -40,24 +41,22 @@ TEST_F(PracticeReceivable, TitleSizeAndSeparatorsInNames) {
 TEST_F(PracticeReceivable, WholePracticeWithoutFilter) {
   RunPractice(reports, form, 0, "");
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  EXPECT_TRUE(Has("Accounts Receivable for the Practice"));
-  EXPECT_TRUE(Has("Printed on: Nov/20/2026")) << Text();
-  EXPECT_TRUE(Has("By: dana"));
-  EXPECT_TRUE(Has("Period Ending: Nov/20/2026"));
-  EXPECT_TRUE(Has("Patient Balance Patient Insurance Credit 0-30 31-60 61-90 > 90 Post Dates"));
-  // Claire. Charges: complete lines 120 + 80 + 150 + 60 + 90 = 500 (line 5
-  // is only planned); allocated by D: 48 + 32 + 72 + 48 + 150 = 350; Debit
-  // 150. Her share: 48 + 32 + 150 + 0 + 90 = 320 less the allocations of
-  // payments without an insurer (48 + 32 + 150 = 230) = 90; insurance
-  // 150 - 90 = 60. Credit: cheques by D 80 + 120 + 200 = 400 less their
-  // allocations 350 = 50. Balance 150 - 50 = 100.
-  // 0-30 (10-21..11-20): line 4, 60. 31-60 (09-21..10-20): line 6 90, line 3
-  // 150 - 150 = 0. 61-90 (08-22..09-20): lines 1, 2: 200 - 200 = 0.
-  // Post dates: cheques entered by D and dated after it: 40 + 30 = 70.
-  EXPECT_TRUE(Has("Tremblay, Claire 100.00 90.00 60.00 50.00 60.00 90.00 0.00 0.00 70.00"))
-      << Text();
-  // Luc has only money on account: 100 + 26 - 0 allocated.
-  EXPECT_TRUE(Has("Tremblay, Luc -126.00 0.00 0.00 126.00 0.00 0.00 0.00 0.00 0.00"));
+  EXPECT_TRUE(
+      HasAll(Text(), {"Accounts Receivable for the Practice", "Printed on: Nov/20/2026", "By: dana",
+                      "Period Ending: Nov/20/2026",
+                      "Patient Balance Patient Insurance Credit 0-30 31-60 61-90 > 90 Post Dates",
+                      // Claire. Charges: complete lines 120 + 80 + 150 + 60 + 90 = 500 (line 5
+                      // is only planned); allocated by D: 48 + 32 + 72 + 48 + 150 = 350; Debit
+                      // 150. Her share: 48 + 32 + 150 + 0 + 90 = 320 less the allocations of
+                      // payments without an insurer (48 + 32 + 150 = 230) = 90; insurance
+                      // 150 - 90 = 60. Credit: cheques by D 80 + 120 + 200 = 400 less their
+                      // allocations 350 = 50. Balance 150 - 50 = 100.
+                      // 0-30 (10-21..11-20): line 4, 60. 31-60 (09-21..10-20): line 6 90, line 3
+                      // 150 - 150 = 0. 61-90 (08-22..09-20): lines 1, 2: 200 - 200 = 0.
+                      // Post dates: cheques entered by D and dated after it: 40 + 30 = 70.
+                      "Tremblay, Claire 100.00 90.00 60.00 50.00 60.00 90.00 0.00 0.00 70.00",
+                      // Luc has only money on account: 100 + 26 - 0 allocated.
+                      "Tremblay, Luc -126.00 0.00 0.00 126.00 0.00 0.00 0.00 0.00 0.00"}));
   // Zoe's only cheque is post-dated: Debit and Credit 0, so no row.
   EXPECT_FALSE(Has("Zero, Zoe"));
   // No line is charged to anyone else, so every other row is credit:
@@ -77,10 +76,10 @@ TEST_F(PracticeReceivable, ProviderFilterTestsLinesAndPaymentsApart) {
   // 0 + 90 = 90; insurance 60. Credit: 203's 200 less its 150 allocated =
   // 50. Balance 100. 0-30 line 4 60; 31-60 line 6 90. Her post-dated
   // cheques were taken in by provider 1: 0.
-  EXPECT_TRUE(Has("Tremblay, Claire 100.00 90.00 60.00 50.00 60.00 90.00 0.00 0.00 0.00"))
-      << Text();
-  // Seamus: payment 611, 40, none of it allocated to a line: credit 40.
-  EXPECT_TRUE(Has("O'Brien, Seamus -40.00 0.00 0.00 40.00 0.00 0.00 0.00 0.00 0.00")) << Text();
+  EXPECT_TRUE(
+      HasAll(Text(), {"Tremblay, Claire 100.00 90.00 60.00 50.00 60.00 90.00 0.00 0.00 0.00",
+                      // Seamus: payment 611, 40, none of it allocated to a line: credit 40.
+                      "O'Brien, Seamus -40.00 0.00 0.00 40.00 0.00 0.00 0.00 0.00 0.00"}));
   EXPECT_FALSE(Has("Tremblay, Luc"));
   EXPECT_TRUE(Has("Balances 60.00 90.00 60.00 90.00 60.00 90.00 0.00 0.00 0.00")) << Text();
 }
@@ -94,8 +93,8 @@ TEST_F(PracticeReceivable, OverseerFormTakesTheShareFromTheInsurersCosts) {
   // patient's allocations 48 + 32 = 80: 10 (PatientCost would give 0 - 0).
   // Insurance 60 - 10 = 50. No payment taken in by employee 3: credit 0.
   // 0-30: line 4 60; 61-90: lines 1, 2 200 - 200 = 0.
-  EXPECT_TRUE(Has("Tremblay, Claire 60.00 10.00 50.00 0.00 60.00 0.00 0.00 0.00 0.00")) << Text();
-  EXPECT_TRUE(Has("Balances 60.00 10.00 50.00 0.00 60.00 0.00 0.00 0.00 0.00")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Tremblay, Claire 60.00 10.00 50.00 0.00 60.00 0.00 0.00 0.00 0.00",
+                              "Balances 60.00 10.00 50.00 0.00 60.00 0.00 0.00 0.00 0.00"}));
 }
 
 TEST_F(PracticeReceivable, PreferredDoctorChoosesThePatients) {

@@ -6,6 +6,7 @@
 #include "frame/surface/surface.h"
 #include "receivables_fixture.h"
 #include "support/forged_cells.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -28,30 +29,30 @@ TEST_F(PatientsWithABalance, AgesEachInvoiceAndSplitsTheObligations) {
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   EXPECT_TRUE(form.Visible());
   EXPECT_EQ(form.VSP.DocName(), "Patients With A Balance");
-  EXPECT_TRUE(Has("Ending Nov/20/2026"));
-  EXPECT_TRUE(Has("Providers: Moreau"));
-  // "Post Dates" wraps in its .6in column.
-  EXPECT_TRUE(Has("Patient Balance Interest 0-30 Days > 30 Days > 60 Days > 90 Days")) << Text();
-  // Claire, provider 1's invoices: 101 and 102 fully paid, not aged.
-  // 103 (10-20, 31 days) 90 in > 30. 104 300, 106 (10-21, exactly 30
-  // days) 25 and 105 60 - 30 = 30 in 0-30: 355. Balance 445.
-  // Post dates: 105's 40 on a cheque entered 11-10, dated 11-21.
-  EXPECT_TRUE(Has("Tremblay, Claire $445.00 $0.00 $40.00 $355.00 $90.00 $0.00 $0.00")) << Text();
-  // 105 is assigned with no patient total: the patient owes nothing of
-  // it; the insurer 60 less its own 30 = 30. Claire's 40 cheque is not the
-  // insurer's.
-  // The obligation rows leave the name column empty and carry their label
-  // in the Balance column (where it wraps); the patient's row carries the
-  // patient's interest and post dates, the insurer's leaves them empty.
-  EXPECT_TRUE(Has("Patient\n$0.00 $40.00 $0.00 $0.00 $0.00 $0.00\nObligation\n")) << Text();
-  EXPECT_TRUE(Has("Insurance\n$30.00 $0.00 $0.00 $0.00\nObligation\n")) << Text();
+  EXPECT_TRUE(
+      HasAll(Text(), {"Ending Nov/20/2026", "Providers: Moreau",
+                      // "Post Dates" wraps in its .6in column.
+                      "Patient Balance Interest 0-30 Days > 30 Days > 60 Days > 90 Days",
+                      // Claire, provider 1's invoices: 101 and 102 fully paid, not aged.
+                      // 103 (10-20, 31 days) 90 in > 30. 104 300, 106 (10-21, exactly 30
+                      // days) 25 and 105 60 - 30 = 30 in 0-30: 355. Balance 445.
+                      // Post dates: 105's 40 on a cheque entered 11-10, dated 11-21.
+                      "Tremblay, Claire $445.00 $0.00 $40.00 $355.00 $90.00 $0.00 $0.00",
+                      // 105 is assigned with no patient total: the patient owes nothing of
+                      // it; the insurer 60 less its own 30 = 30. Claire's 40 cheque is not the
+                      // insurer's.
+                      // The obligation rows leave the name column empty and carry their label
+                      // in the Balance column (where it wraps); the patient's row carries the
+                      // patient's interest and post dates, the insurer's leaves them empty.
+                      "Patient\n$0.00 $40.00 $0.00 $0.00 $0.00 $0.00\nObligation\n",
+                      "Insurance\n$30.00 $0.00 $0.00 $0.00\nObligation\n"}));
   // Nobody else has an invoice of provider 1, and credits do not count.
-  EXPECT_FALSE(Has("Tremblay, Luc"));
-  EXPECT_FALSE(Has("Singh, Priya"));
-  EXPECT_TRUE(Has("Office Totals: $445.00 $0.00 $40.00 $355.00 $90.00 $0.00 $0.00"));
-  EXPECT_TRUE(Has("Balance = 0 Days + 30 Days + 60 Days + 90 Days"));
-  EXPECT_TRUE(Has("Post Dates and Interest Columns are for informational purposes only."));
-  EXPECT_TRUE(Has("This report DOES NOT include credits."));
+  EXPECT_TRUE(HasNone(Text(), {"Tremblay, Luc", "Singh, Priya"}));
+  EXPECT_TRUE(
+      HasAll(Text(), {"Office Totals: $445.00 $0.00 $40.00 $355.00 $90.00 $0.00 $0.00",
+                      "Balance = 0 Days + 30 Days + 60 Days + 90 Days",
+                      "Post Dates and Interest Columns are for informational purposes only.",
+                      "This report DOES NOT include credits."}));
   EXPECT_EQ(form.VSP.Orientation(), 0);
 }
 
@@ -90,18 +91,17 @@ TEST_F(PatientsWithABalance, WithCreditsTheRowsCarryDebitCreditAndBalance) {
   reports.srptPatientsWithaBalance("", kEnd, "ProviderID = 2", 0, false);
   form.VSP.EndDoc();
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  EXPECT_TRUE(Has("Patient Debit Credit Balance Interest 0-30 Days > 30 Days > 60 Days > 90 Days"));
-  // Seamus: 601 (09-06, 75 days) 100 unpaid in > 60; 602 is settled with
-  // no final date and 603 undated: neither is selected. Payment 611 is all
-  // on 602: no credit.
-  EXPECT_TRUE(Has("O'Brien, Seamus $100.00 $0.00 $100.00 $0.00 $0.00 $0.00 $0.00 $100.00 $0.00"))
-      << Text();
-  // Claire owes provider 2 nothing, but payment 203 (provider 2) has
-  // 200 - 150 = 50 left.
-  EXPECT_TRUE(Has("Tremblay, Claire $0.00 $50.00 -$50.00 $0.00 $0.00 $0.00 $0.00 $0.00 $0.00"))
-      << Text();
-  // Debit 100, credit 50, balance 50.
-  EXPECT_TRUE(Has("Office Totals: $100.00 $50.00 $50.00 $0.00 $0.00 $0.00 $0.00 $100.00 $0.00"));
+  EXPECT_TRUE(HasAll(
+      Text(), {"Patient Debit Credit Balance Interest 0-30 Days > 30 Days > 60 Days > 90 Days",
+               // Seamus: 601 (09-06, 75 days) 100 unpaid in > 60; 602 is settled with
+               // no final date and 603 undated: neither is selected. Payment 611 is all
+               // on 602: no credit.
+               "O'Brien, Seamus $100.00 $0.00 $100.00 $0.00 $0.00 $0.00 $0.00 $100.00 $0.00",
+               // Claire owes provider 2 nothing, but payment 203 (provider 2) has
+               // 200 - 150 = 50 left.
+               "Tremblay, Claire $0.00 $50.00 -$50.00 $0.00 $0.00 $0.00 $0.00 $0.00 $0.00",
+               // Debit 100, credit 50, balance 50.
+               "Office Totals: $100.00 $50.00 $50.00 $0.00 $0.00 $0.00 $0.00 $100.00 $0.00"}));
   EXPECT_FALSE(Has("This report DOES NOT include credits."));
 
   // Without credits the patient whose only entry is money on file goes.
@@ -117,8 +117,8 @@ TEST_F(PatientsWithABalance, OverseerAndPreferredDoctorViews) {
   // 40. No payment names him, and the payments query still runs.
   reports.rptPatientsWithABalance("", kEnd, "ProviderID = 3", 1);
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  EXPECT_TRUE(Has("Overseers: Okafor"));
-  EXPECT_TRUE(Has("Tremblay, Claire $60.00 $0.00 $40.00 $60.00 $0.00 $0.00 $0.00")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Overseers: Okafor",
+                              "Tremblay, Claire $60.00 $0.00 $40.00 $60.00 $0.00 $0.00 $0.00"}));
 
   // Chen (2) is the preferred doctor on invoice 104 and Claire's own
   // doctor, so her payments are his too.
@@ -127,8 +127,8 @@ TEST_F(PatientsWithABalance, OverseerAndPreferredDoctorViews) {
       "1;");
   reports.rptPatientsWithABalance("", kEnd, "ProviderID = 2", 2);
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  EXPECT_TRUE(Has("Preferred Doctors: Chen"));
-  EXPECT_TRUE(Has("Tremblay, Claire $300.00 $0.00 $0.00 $300.00 $0.00 $0.00 $0.00")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Preferred Doctors: Chen",
+                              "Tremblay, Claire $300.00 $0.00 $0.00 $300.00 $0.00 $0.00 $0.00"}));
 }
 
 TEST_F(PatientsWithABalance, FailureShowsTheTrapMessage) {

@@ -134,14 +134,12 @@ TEST_F(ReferralPackage, PublicSections) {
     reports.srptReferringDentistSummary(Oct1(), Nov(30), 0);
   });
   // Moss's last sign-up was August; Lind's newest is 11-10.
-  EXPECT_TRUE(Has("Dr. Cy Moss Aug/12/2026")) << Text();
-  EXPECT_TRUE(Has("Dr. Ada Lind Nov/10/2026"));
-  // Referred by a patient: only the one with a name there.
-  EXPECT_TRUE(Has("Ref52 Patient Claire Tremblay Friend Patient")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Dr. Cy Moss Aug/12/2026", "Dr. Ada Lind Nov/10/2026",
+                              // Referred by a patient: only the one with a name there.
+                              "Ref52 Patient Claire Tremblay Friend Patient"}));
   EXPECT_FALSE(Has("Ref53 Patient"));
   // Sign-ups of the period, invoices none: counts and zero sums.
-  EXPECT_TRUE(Has("Dr. Bo Kerr 3 $0.00 $0.00")) << Text();
-  EXPECT_TRUE(Has("Dr. Cy Moss 0 $0.00 $0.00"));
+  EXPECT_TRUE(HasAll(Text(), {"Dr. Bo Kerr 3 $0.00 $0.00", "Dr. Cy Moss 0 $0.00 $0.00"}));
 }
 
 // Wherever the details start on a page, a dentist's name goes with the
