@@ -303,7 +303,7 @@ INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], In
   EXPECT_FALSE(LastStatementSet(90032));
 }
 
-TEST_F(BulkStatements, PatientWithEveryColumnNullGetsAPage) {
+TEST_F(BulkStatements, PatientWithEveryColumnNullAndTheOfficesFooter) {
   RawExec("INSERT INTO Patient (ID) VALUES (90019)");
   reports.rptBulkStatements("Patient.ID = 90019", "", false, "");
   ASSERT_EQ(form.VSP.PageCount(), 1);
@@ -314,9 +314,7 @@ TEST_F(BulkStatements, PatientWithEveryColumnNullGetsAPage) {
   reports.rptBulkStatements("Patient.ID = 90019", "", true, "");
   ASSERT_EQ(form.VSP.PageCount(), 1);
   EXPECT_TRUE(Has("99999 Nov/20/2026")) << Text();
-}
 
-TEST_F(BulkStatements, OfficeStatementFooterReplacesTheFixedNote) {
   RawExec("UPDATE OfficeInformation SET StatementFooter = 'Pay online at our site.' WHERE ID = 1");
   reports.rptBulkStatements("Patient.ID = 90011", "0", false, "");
   EXPECT_TRUE(Has("Pay online at our site.")) << Text();

@@ -144,7 +144,7 @@ TEST_F(Statements, PatientStatementRunsThePortionsFromTheOpeningBalance) {
   EXPECT_EQ(progress.back(), 100);
 }
 
-TEST_F(Statements, YearFiguresOnlyWithYtdAndDetailsListInvoiceLines) {
+TEST_F(Statements, DetailedFrenchAndOutstandingForms) {
   Run({90001}, false, /*ytd=*/false, /*details=*/true);
   std::string text = Text();
   EXPECT_FALSE(Has("YTD")) << text;
@@ -155,6 +155,26 @@ TEST_F(Statements, YearFiguresOnlyWithYtdAndDetailsListInvoiceLines) {
                               "Oct/5/2026 99003 Exam $50.00 $30.00 $20.00"}));
   EXPECT_FALSE(Has("Dental Treatment $200.00")) << text;
   EXPECT_TRUE(Has("Patient Totals $35.00 $20.00 $15.00 $20.00 $15.00\n")) << text;
+
+  // Eloise: one unassigned invoice of 30.00 in October, nothing before.
+  Run({90004}, false);
+  EXPECT_TRUE(HasAll(
+      Text(),
+      {"État de Compte Détailer", "Date Description Honoraire du dentiste Solde\n",
+       "Solde Commencement\nOct/12/2026 Dental Treatment $30.00 $30.00\n",
+       "Totals du Patient $30.00 $30.00\n", "Solde a le moment Oct/31/2026: $30.00\n", "Résumé",
+       // The label wraps in its inch-wide column.
+       "Solde du $30.00\nFamille\n"}));
+  EXPECT_TRUE(HasNone(Text(), {"Opening Balance", "Printed by Orvenda"}));
+
+  // Olive: 5.00 from September (an opening, left out here), 40.00 open and
+  // 10.00 settled on Oct/15 (left out).
+  Run({90005}, false, false, false, false, /*outstanding=*/true);
+  text = Text();
+  EXPECT_EQ(form.VSP.DocName(), "Detailed Family Statement");
+  EXPECT_TRUE(Has("Opening Balance\nOct/3/2026 Dental Treatment $40.00 $40.00\n")) << text;
+  EXPECT_FALSE(Has("Oct/4/2026")) << text;
+  EXPECT_TRUE(Has("Patient Totals $40.00 $40.00\n")) << text;
 }
 
 TEST_F(Statements, FamilyStatementTotalsEveryMemberAndIsAddressedToTheResponsible) {
@@ -172,30 +192,6 @@ TEST_F(Statements, FamilyStatementTotalsEveryMemberAndIsAddressedToTheResponsibl
        "Patient Totals $35.00 $20.00 $15.00 $20.00 $15.00\n",
        "Current Family Balance as of Oct/31/2026: $85.00\n", "Family Balance $65.00",
        "Total Balance $85.00"}));
-}
-
-TEST_F(Statements, FrenchWordingForAFrenchPatient) {
-  // Eloise: one unassigned invoice of 30.00 in October, nothing before.
-  Run({90004}, false);
-  EXPECT_TRUE(HasAll(
-      Text(),
-      {"État de Compte Détailer", "Date Description Honoraire du dentiste Solde\n",
-       "Solde Commencement\nOct/12/2026 Dental Treatment $30.00 $30.00\n",
-       "Totals du Patient $30.00 $30.00\n", "Solde a le moment Oct/31/2026: $30.00\n", "Résumé",
-       // The label wraps in its inch-wide column.
-       "Solde du $30.00\nFamille\n"}));
-  EXPECT_TRUE(HasNone(Text(), {"Opening Balance", "Printed by Orvenda"}));
-}
-
-TEST_F(Statements, OutstandingDetailShowsOnlyOpenInvoicesWithoutOpening) {
-  // Olive: 5.00 from September (an opening, left out here), 40.00 open and
-  // 10.00 settled on Oct/15 (left out).
-  Run({90005}, false, false, false, false, /*outstanding=*/true);
-  std::string text = Text();
-  EXPECT_EQ(form.VSP.DocName(), "Detailed Family Statement");
-  EXPECT_TRUE(Has("Opening Balance\nOct/3/2026 Dental Treatment $40.00 $40.00\n")) << text;
-  EXPECT_FALSE(Has("Oct/4/2026")) << text;
-  EXPECT_TRUE(Has("Patient Totals $40.00 $40.00\n")) << text;
 }
 
 TEST_F(Statements, LastStatementStampedOnlyWhenAskedAndRolledBackOnFailure) {

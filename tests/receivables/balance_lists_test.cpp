@@ -179,26 +179,13 @@ TEST_F(UnappliedPayments, ListsMoneyLeftOverByProviderDateAndPayee) {
 
 // A refund is tested by its day, as every other date of the list: one paid
 // back in the afternoon of the end date is paid back by it.
-TEST_F(UnappliedPayments, RefundOnTheEndDateCountsWhateverItsHour) {
+TEST_F(UnappliedPayments, ARefundOnTheEndDateAFilterAFailureAndSeparators) {
   Exec("UPDATE InvoicePayments SET RefundDate = '2026-11-20 15:30:00' WHERE ID = 221;");
   reports.rptUnAppliedPayments(kEnd, "");
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   EXPECT_FALSE(Has("Tremblay, Marc")) << Text();
   EXPECT_TRUE(Has("Total Unapplied Payments: $171.00")) << Text();
-}
 
-// Names holding "|" and ";" stay in their cells in both lists.
-TEST_F(UnappliedPayments, SeparatorsInNamesStayInTheirCells) {
-  Exec(std::string("UPDATE Patient SET LastName = '") + kForgedLastName +
-       "', FullName = '" + kForgedLastName + ", Claire' WHERE ID = 1; UPDATE Employees SET LastName = '" +
-       kForgedLastName + "' WHERE ID = 2;");
-  reports.rptUnAppliedPayments(kEnd, "");
-  ExpectWholeCell(form.VSP.Document(), std::string(kForgedLastName) + ",", "unapplied payments");
-  reports.rptPatientsWithABalance("", kEnd, "");
-  ExpectWholeCell(form.VSP.Document(), std::string(kForgedLastName) + ",", "patients with a balance");
-}
-
-TEST_F(UnappliedPayments, FilterAndFailureMessage) {
   form.VSP.StartDoc();
   reports.srptUnAppliedPayments(kEnd, "", "InitialProviderID = 2");
   form.VSP.EndDoc();
@@ -209,6 +196,16 @@ TEST_F(UnappliedPayments, FilterAndFailureMessage) {
   reports.srptUnAppliedPayments(kEnd, "", "NoSuchColumn = 1");
   ASSERT_EQ(host.messages.size(), 1u);
   EXPECT_EQ(host.messages[0].title, " Error in Class clsReport.srptUnAppliedPayments");
+
+  // Names holding "|" and ";" stay in their cells in both lists.
+  Exec(std::string("UPDATE Patient SET LastName = '") + kForgedLastName + "', FullName = '" +
+       kForgedLastName + ", Claire' WHERE ID = 1; UPDATE Employees SET LastName = '" +
+       kForgedLastName + "' WHERE ID = 2;");
+  reports.rptUnAppliedPayments(kEnd, "");
+  ExpectWholeCell(form.VSP.Document(), std::string(kForgedLastName) + ",", "unapplied payments");
+  reports.rptPatientsWithABalance("", kEnd, "");
+  ExpectWholeCell(form.VSP.Document(), std::string(kForgedLastName) + ",",
+                  "patients with a balance");
 }
 
 }  // namespace

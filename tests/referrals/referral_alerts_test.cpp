@@ -69,7 +69,7 @@ TEST_F(ReferralAlerts, WholeRatioStoppedAndSlackenedDentists) {
   }
 }
 
-TEST_F(ReferralAlerts, FractionalRatioKeepsTheFraction) {
+TEST_F(ReferralAlerts, FractionalRatiosDentistsWithoutSignupsAndEmptyBlocks) {
   // Chen: 30 of 45 days, R 1.5. Park's 2 sign-ups 40 days ago make 1.33
   // expected, none came; Lind's single recent sign-up is 0.67, under the
   // bar of 1; Kerr's 3 recent ones are no drop under 1.
@@ -77,9 +77,7 @@ TEST_F(ReferralAlerts, FractionalRatioKeepsTheFraction) {
   EXPECT_TRUE(Has("Di Park\n2.00 1.33 0 100 %")) << Text();
   EXPECT_TRUE(HasNone(Text(), {"Ada Lind", "Bo Kerr"}));
   EXPECT_TRUE(Has("Printed On: Nov/20/2026 For: Paul Chen"));
-}
 
-TEST_F(ReferralAlerts, DentistsWithNoSignupInTheLongPeriodStillCount) {
   // Chen with a bar of 0: Moss's 12 sign-ups are all older than 45 days,
   // so he is expected 0 and got 0, and still stands among the stopped.
   // Park's two sign-ups of 40 days ago lose their date: a patient without
@@ -91,6 +89,12 @@ TEST_F(ReferralAlerts, DentistsWithNoSignupInTheLongPeriodStillCount) {
   EXPECT_FALSE(Has("Bo Kerr"));
   // Equal averages come in the order of the dentists' IDs.
   EXPECT_LT(Text().find("Cy Moss"), Text().find("Di Park"));
+
+  // Nobody was referred at all: the table is its header alone.
+  Exec("UPDATE Patient SET ReferringDentistID = NULL;");
+  InDocument([&] { reports.srptReferralAlerts("1"); });
+  EXPECT_TRUE(HasAll(Text(), {"Referring Dentist", "Percent"}));
+  EXPECT_FALSE(Has("100 %"));
 }
 
 TEST_F(ReferralAlerts, ProvidersWithoutCriteriaWarnOncePerRunAndGetNoPage) {
@@ -111,14 +115,6 @@ TEST_F(ReferralAlerts, ProvidersWithoutCriteriaWarnOncePerRunAndGetNoPage) {
   reports.rptReferralReports(false, false, false, false, false, true, Nov(1), Nov(30), "dana", "",
                              0, {3}, 0);
   EXPECT_EQ(Asked("Referral Alerts"), 1);
-}
-
-TEST_F(ReferralAlerts, EmptyBlocksStillDrawTheHeader) {
-  // Nobody was referred at all: the table is its header alone.
-  Exec("UPDATE Patient SET ReferringDentistID = NULL;");
-  InDocument([&] { reports.srptReferralAlerts("1"); });
-  EXPECT_TRUE(HasAll(Text(), {"Referring Dentist", "Percent"}));
-  EXPECT_FALSE(Has("100 %"));
 }
 
 }  // namespace
