@@ -13,6 +13,7 @@
 
 #include "host_support.h"
 #include "support/shell.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -360,9 +361,8 @@ TEST_F(Printing, AStatementPrintsAndAStoppedQueueRefuses) {
   ASSERT_EQ(RunShell("cupsdisable orvenda-test 2>&1").status, 0);
   ShellResult stopped = Report("--printer orvenda-test --out " + dir + "/stopped.pdf", args);
   EXPECT_EQ(stopped.status, 1) << stopped.out;
-  EXPECT_NE(stopped.out.find("The printer orvenda-test is stopped"), std::string::npos)
-      << stopped.out;
-  EXPECT_NE(stopped.out.find("cupsenable orvenda-test"), std::string::npos) << stopped.out;
+  EXPECT_TRUE(
+      HasAll(stopped.out, {"The printer orvenda-test is stopped", "cupsenable orvenda-test"}));
   EXPECT_FALSE(fs::exists(dir + "/stopped.pdf"));
   EXPECT_TRUE(RunShell("lpstat -o orvenda-test 2>&1").out.empty()) << "a job was queued";
   ASSERT_EQ(RunShell("cupsenable orvenda-test 2>&1").status, 0);

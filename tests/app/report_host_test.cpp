@@ -8,6 +8,7 @@
 #include <string>
 
 #include "host_support.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -85,8 +86,7 @@ TEST_F(ReportHost, UsageErrorsAndFailures) {
   EXPECT_EQ(addr.out.substr(0, 7), "Ottawa\n") << addr.out;
   // The list says which methods are built.
   ShellResult list = Host("list");
-  EXPECT_NE(list.out.find("rptFeeGuide"), std::string::npos);
-  EXPECT_NE(list.out.find("methods are built"), std::string::npos) << list.out;
+  EXPECT_TRUE(HasAll(list.out, {"rptFeeGuide", "methods are built"}));
 }
 
 // The printed document lands in --out, French accents come back from the

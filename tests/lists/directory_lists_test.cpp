@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <regex>
 
 #include "common/errors.h"
@@ -14,6 +14,7 @@
 #include "support/forged_cells.h"
 #include "support/paged_lines.h"
 #include "support/report_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -71,10 +72,8 @@ TEST_F(DirectoryLists, HeadingLeavesOutOfficeLineAndEmptyUser) {
   reports.OfficeID = 0;
   reports.rptInsuranceCompanyList("", "");
   std::string first = PageText(1);
-  EXPECT_NE(first.find("Insurance Company List\n"), std::string::npos);
-  EXPECT_NE(first.find("Printed On: Nov/20/2026\n"), std::string::npos) << first;
-  EXPECT_EQ(first.find("By:"), std::string::npos);
-  EXPECT_EQ(first.find("Phone #:"), std::string::npos);
+  EXPECT_TRUE(HasAll(first, {"Insurance Company List\n", "Printed On: Nov/20/2026\n"}));
+  EXPECT_TRUE(HasNone(first, {"By:", "Phone #:"}));
 }
 
 TEST_F(DirectoryLists, ZeroFilterIsNoFilterAndEmployerListStaysHidden) {
@@ -137,8 +136,8 @@ TEST_F(DirectoryLists, DetailedPatientListRaisesProgressSparsely) {
   EXPECT_EQ(progress.size(), static_cast<size_t>(patients / 100));
   EXPECT_EQ(form.VSP.MarginLeft().value(), 1440);
   std::string text = Text();
-  EXPECT_NE(text.find("Patient Contact List - Detailed Version 4 Only"), std::string::npos);
-  EXPECT_NE(text.find("Address Phones Global Notes"), std::string::npos);
+  EXPECT_TRUE(HasAll(
+      text, {"Patient Contact List - Detailed Version 4 Only", "Address Phones Global Notes"}));
 }
 
 // A patient's block (name, address, employer, insurance) breaks to a new

@@ -8,6 +8,7 @@
 #include "common/errors.h"
 #include "frame/surface/surface.h"
 #include "support/report_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -193,8 +194,7 @@ TEST_F(Labels, AppointmentCardLabelWritesTheTimeFromMinutes) {
   RawExec("UPDATE PatientAppointments SET Time = 785, Date = '2026-12-03' WHERE ID = 1");
   reports.rptAppointmentCardLabel(1);
   const std::string text = Text();
-  EXPECT_NE(text.find("Has an Appointment with:"), std::string::npos);
-  EXPECT_NE(text.find("Thursday 03 Dec 2026 at 1:05 PM"), std::string::npos) << text;
+  EXPECT_TRUE(HasAll(text, {"Has an Appointment with:", "Thursday 03 Dec 2026 at 1:05 PM"}));
   EXPECT_EQ(form.PrintCount(), 1);
   EXPECT_EQ(form.VSP.Orientation(), 0) << "portrait is restored for the next report";
 

@@ -54,8 +54,8 @@ TEST_F(ReferralAlerts, WholeRatioStoppedAndSlackenedDentists) {
     reports.srptReferralAlerts("1");
     page.VSP.EndDoc();
     const std::string text = DocumentText(page.VSP.Document());
-    EXPECT_NE(text.find("Referral Alert Report"), std::string::npos);
-    EXPECT_NE(text.find("Printed On: Nov/20/2026 For: Anne Moreau"), std::string::npos) << text;
+    EXPECT_TRUE(
+        HasAll(text, {"Referral Alert Report", "Printed On: Nov/20/2026 For: Anne Moreau"}));
     EXPECT_NE(text.find("At least " + std::to_string(c.at_least) +
                         " in last 30 days, averaged over 120 days."),
               std::string::npos)
