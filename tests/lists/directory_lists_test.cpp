@@ -19,12 +19,6 @@
 namespace orv::testing {
 namespace {
 
-size_t Occurrences(const std::string& text, const std::string& what) {
-  size_t n = 0;
-  for (size_t p = text.find(what); p != std::string::npos; p = text.find(what, p + 1)) ++n;
-  return n;
-}
-
 using DirectoryLists = ReportTest;
 
 TEST_F(DirectoryLists, FeeGuideRunsFromCallToPreview) {
@@ -45,9 +39,9 @@ TEST_F(DirectoryLists, FeeGuideRunsFromCallToPreview) {
   int rows = CLng(ValueOf("SELECT COUNT(*) FROM FeeGuideDetails WHERE FeeGuideID = 1"));
   ASSERT_GT(rows, 5);
   // Every page that the table reaches repeats its header with its "($)".
-  int headers = 0;
-  for (size_t at = text.find("Amount($)"); at != std::string::npos; at = text.find("Amount($)", at + 1)) ++headers;
-  EXPECT_EQ(static_cast<int>(std::count(text.begin(), text.end(), '$')) - headers, rows) << text;
+  EXPECT_EQ(
+      static_cast<int>(std::count(text.begin(), text.end(), '$') - Occurrences(text, "Amount($)")),
+      rows);
 
   // Progress after every row, rising to 100.
   ASSERT_EQ(progress.size(), static_cast<size_t>(rows));
@@ -150,7 +144,7 @@ TEST_F(DirectoryLists, DetailedPatientListKeepsEachBlockOnOnePage) {
     const std::string& l = lines[i].second;
     for (const char* head : {"Address Phones Global Notes", "Employer Address Phone EDI? Notes",
                              "Primary Insurance Policy#", "Secondary Insurance Policy#"}) {
-      if (l.rfind(head, 0) == 0) EXPECT_EQ(lines[i].first, lines[i - 1].first) << l;
+      EXPECT_TRUE(l.rfind(head, 0) != 0 || lines[i].first == lines[i - 1].first) << l;
     }
   }
 }

@@ -169,15 +169,11 @@ TEST_F(Labels, FolderTabTrapShowsItsMessageOnABadFilter) {
 
 TEST_F(Labels, InsuranceCompanySheetCarriesOneCompanyThirtyTimes) {
   reports.rptInsuranceCompanyLabels(1);
-  db::Recordset rs;
-  rs.Open("SELECT CompanyName FROM InsuranceCompany WHERE ID = 1", conn);
-  const std::string company = CStr(rs["CompanyName"].Value());
+  const std::string company = TextOf("SELECT CompanyName FROM InsuranceCompany WHERE ID = 1");
   EXPECT_EQ(form.VSP.DocName(), "Insurance Company Labels - " + company);
   ASSERT_EQ(form.VSP.PageCount(), 1);
   const std::string text = Text();
-  size_t n = 0;
-  for (size_t p = text.find(company); p != std::string::npos; p = text.find(company, p + 1)) ++n;
-  EXPECT_EQ(n, 30u);
+  EXPECT_EQ(Occurrences(text, company), 30u);
   // Three columns: the names start at three distinct x positions.
   std::set<double> xs;
   for (const auto& r : Runs(form.VSP, 0))

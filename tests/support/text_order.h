@@ -22,6 +22,13 @@ inline ::testing::AssertionResult InOrder(const std::string& text,
   return ::testing::AssertionSuccess();
 }
 
+// How many times `what` stands in `text`, overlaps counted.
+inline size_t Occurrences(const std::string& text, const std::string& what) {
+  size_t n = 0;
+  for (size_t p = text.find(what); p != std::string::npos; p = text.find(what, p + 1)) ++n;
+  return n;
+}
+
 // Success when every one of `parts` is somewhere in `text`; the failure
 // names each one missing, with the text.
 inline ::testing::AssertionResult HasAll(const std::string& text,
