@@ -243,9 +243,8 @@ TEST_F(Envelopes, ReturnAddressInTheCornerAndDestinationAtThreeAndAHalfInches) {
   reports.rptPatientEnvelope("ID = 4", true);
   ASSERT_EQ(form.VSP.PageCount(), 1);
   auto runs = Runs(form.VSP, 0);
-  db::Recordset office;
-  office.Open("SELECT Name FROM OfficeInformation WHERE ID = 1", conn);
-  const std::string first_word = CStr(office["Name"].Value()).substr(0, CStr(office["Name"].Value()).find(' '));
+  const std::string office = TextOf("SELECT Name FROM OfficeInformation WHERE ID = 1");
+  const std::string first_word = office.substr(0, office.find(' '));
   const auto* from = Find(runs, first_word);
   ASSERT_NE(from, nullptr);
   EXPECT_EQ(from->x.value(), 0.2 * kInch);
