@@ -484,15 +484,16 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   }
 
   // ---- Drawing ----
-  // Lays the form out from the page set-up to the last box, with
-  // `row_extra` added to the height of every procedure row, and returns the
-  // page the last box ends on and the room left under it there.
+  // Lays the form out from the page set-up to the last box, its body after
+  // the title in `body_pt` Tahoma, with `row_extra` added to the height of
+  // every procedure row, and returns the page the last box ends on and the
+  // room left under it there.
   const Twips pen_width = vsp.PenWidth();
   struct Drawn {
     int page;
     Twips room;
   };
-  auto draw = [&](const std::string& procedure_rows, Twips row_extra) {
+  auto draw = [&](const std::string& procedure_rows, Twips row_extra, double body_pt) {
     // Page set-up.
     vsp.DocName(src.doc_name);
     vsp.Orientation(0);
@@ -508,8 +509,6 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
     vsp.FontBold(true);
     vsp.Text(src.title);
     vsp.FontSize(8);
-    vsp.Text(" ");
-    vsp.FontBold(false);
 
     // The foot line stands two heights of "X" above the bottom margin of
     // the last page, drawn by position after the tables. The tables flow
@@ -524,6 +523,10 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
       ~RestoreMargin() { vsp.MarginBottom(margin); }
     } restore{vsp, margin_bottom};
     vsp.MarginBottom(margin_bottom + vsp.TextHeight("X") * 2.0);
+
+    vsp.FontSize(body_pt);
+    vsp.Text(" ");
+    vsp.FontBold(false);
 
     vsp.TextAlign(7);
     vsp.StartTable();
@@ -614,16 +617,38 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   // laid out once with its first eight procedure rows, and the room left on
   // the page is shared out among those eight: with eight lines or fewer the
   // boxes then reach the foot line, and a ninth line runs onto page 2 on
-  // every variant. A form whose eight rows already spill over at their
-  // least height keeps that height and carries its last boxes over: the
-  // French form, with its longer texts and its doubled subscriber rows, is
-  // such a form with an employer or with a predetermination number.
+  // every variant.
+  //
+  // One sheet per claim comes before the 8-point body. The French form's
+  // texts are longer and stay exactly as the insurers print them: in 8
+  // points its procedure header and total row wrap to two lines, its
+  // subscriber box has the doubled secondary holder's two rows and its
+  // policy rows wrap, so with an employer or a predetermination number its
+  // eight rows overrun the page even at their least height. Such a form is
+  // laid out again with the whole body after the title a half point smaller
+  // at a time, down to 7 points, and keeps the largest size at which its
+  // eight rows fit: 7.5 without an employer, 7 with one (which still
+  // overruns at 7.5, and keeps some 1,100 twips to spare at 7 with short
+  // notes). The boxes keep their widths
+  // and proportions, the title and the foot line their sizes. A claim of
+  // nine lines or more takes the size its first eight fit at, so that its
+  // first page reads like an eight-line claim's. A form that fits at none
+  // of these sizes (notes of half a page) is two sheets whatever its size
+  // and prints in 8 points, carried over like a long claim.
   if (pred) {
-    draw(rows, Twips(0));
+    draw(rows, Twips(0), 8);
   } else {
-    const Drawn eight = draw(first_eight, Twips(0));
-    const Twips extra(eight.page == 1 ? std::floor((eight.room.value() - 1) / 8) : 0.0);
-    if (extra > Twips(0) || rows != first_eight) draw(rows, std::max(extra, Twips(0)));
+    double body_pt = 8;
+    Drawn eight = draw(first_eight, Twips(0), body_pt);
+    for (double smaller : {7.5, 7.0}) {
+      if (eight.page == 1) break;
+      eight = draw(first_eight, Twips(0), smaller);
+      body_pt = eight.page == 1 ? smaller : 8;
+    }
+    const bool fits = eight.page == 1;
+    const Twips extra(fits ? std::floor((eight.room.value() - 1) / 8) : 0.0);
+    if (extra > Twips(0) || rows != first_eight || !fits)
+      draw(rows, std::max(extra, Twips(0)), body_pt);
   }
 
   // ---- Foot of the form ----

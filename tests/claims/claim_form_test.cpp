@@ -118,11 +118,11 @@ TEST_F(ClaimForm, ProcedureTableHoldsEightRowsAndLongerInvoicesRunOn) {
 // between the boxes above and below it: up to eight lines the form is one
 // page, a ninth runs onto page 2, on both forms, with and without a
 // predetermination number and the insurers' box. The French form with an
-// employer is longer than the page even at the least row height (its
-// doubled subscriber rows and longer texts), as is the French form with a
-// predetermination number: those carry their last boxes over at eight
-// lines already. On no page does a box run under the foot line, and every
-// box is closed where a page cuts it.
+// employer or a predetermination number is longer than the page at 8
+// points even at the least row height: it prints its body smaller, at the
+// largest half point down to 7 at which eight lines fit, and a longer
+// claim keeps that size. On no page does a box run under the foot line,
+// and every box is closed where a page cuts it.
 TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
   form.VSP.FontName("Tahoma");
   form.VSP.FontSize(8);
@@ -137,15 +137,22 @@ TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
   const Patient patients[] = {{"two employers", 95001}, {"one employer", 95002}, {"no employer", 95003}};
   struct Case {
     int lines;
-    int pages_en, pages_fr_short, pages_fr_long;
+    int pages;
   };
-  // pages_fr_short: the French form without an employer or predetermination
-  // number; pages_fr_long: every other French variant.
-  const Case cases[] = {{8, 1, 1, 2}, {9, 2, 2, 2}, {80, 3, 3, 3}};
+  const Case cases[] = {{8, 1}, {9, 2}, {80, 3}};
+  // The size of the procedure rows' text: the body's size.
+  auto body_pt = [&] {
+    for (const auto& page : form.VSP.Document().pages)
+      for (const auto& item : page.items)
+        if (auto t = std::get_if<render::TextRun>(&item); t && t->text.rfind("02102", 0) == 0)
+          return double(t->size_pt);
+    return 0.0;
+  };
 
   for (const Patient& p : patients) {
     for (bool french : {false, true}) {
       for (bool numbered : {false, true}) {
+        double eight_lines_pt = 0;
         for (const Case& c : cases) {
           const std::string name = std::string(p.name) + (french ? ", French" : ", English") +
                                    (numbered ? ", predetermination number, " : ", ") +
@@ -162,9 +169,22 @@ TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
           else reports.rptClaimForm(95103, 1, 0);
           ASSERT_TRUE(host.messages.empty()) << name << host.messages[0].prompt;
 
-          const bool fr_short = french && !numbered && p.id == 95003;
-          const int pages = !french ? c.pages_en : fr_short ? c.pages_fr_short : c.pages_fr_long;
+          const int pages = c.pages;
           ASSERT_EQ(form.VSP.PageCount(), pages) << name;
+          // 8 points wherever eight lines fit in 8 points: every English
+          // form and the French one without employer or number.
+          const bool fr_short = french && !numbered && p.id == 95003;
+          if (c.lines == 8) {
+            eight_lines_pt = body_pt();
+            if (!french || fr_short) {
+              EXPECT_EQ(eight_lines_pt, 8) << name;
+            } else {
+              EXPECT_LT(eight_lines_pt, 8) << name;
+              EXPECT_GE(eight_lines_pt, 7) << name;
+            }
+          } else {
+            EXPECT_EQ(body_pt(), eight_lines_pt) << name << ": a longer claim keeps the size of eight lines";
+          }
           int claimed = 0;
           for (size_t at = Text().find("02102 11 MOD Nov/10/2026 $5.00"); at != std::string::npos;
                at = Text().find("02102 11 MOD Nov/10/2026 $5.00", at + 1))
@@ -188,13 +208,15 @@ TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
             std::vector<render::Line> across;
             for (const auto& item : page.items) {
               if (auto t = std::get_if<render::TextRun>(&item)) {
-                // Nothing but the foot line reaches the foot line's band.
+                // Nothing but the foot line, in 8 points whatever the
+                // body's size, reaches the foot line's band.
                 if (t->top.value() >= foot_top - 1) {
                   EXPECT_TRUE(t->text.rfind("ALL INFORMATION", 0) == 0 ||
                               t->text.rfind("Tous les renseignements", 0) == 0)
                       << name << ", page " << n + 1 << ": " << t->text;
+                  EXPECT_FLOAT_EQ(t->size_pt, 8) << name;
                 } else {
-                  EXPECT_LE(t->top.value() + x_height, foot_top + 1)
+                  EXPECT_LE(t->top.value() + x_height * t->size_pt / 8, foot_top + 1)
                       << name << ", page " << n + 1 << ": " << t->text;
                 }
               } else if (auto l = std::get_if<render::Line>(&item)) {
