@@ -333,7 +333,8 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
 
   // ---- Table 3: the procedures ----
   // `first_eight` holds the rows the paper form has room for: the first
-  // eight printed lines, or all of them padded with empty lines.
+  // eight printed lines, or all of them (on the claim padded with empty
+  // lines).
   std::string rows, first_eight;
   Currency proposed;
   int printed = 0;
@@ -346,7 +347,7 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
       rows += frame::EscapeCell(code) + "|" + Cell(cf, lines, "Tooth#") + "|" +
               Cell(cf, lines, "Surface") + "|" + Format(cost, "Currency") + ";";
       proposed += cf.ReturnCur(cost);
-      ++printed;
+      if (++printed == 8) first_eight = rows;
     } else if (cf.ReturnCur(cost) != Currency() && vb::InStr(1, code, "-") == 0) {
       // A claim carries no line without a fee and no reversal ("-" code).
       rows += frame::EscapeCell(code) + "|" + Cell(cf, lines, "Tooth#") + "|" +
@@ -358,10 +359,9 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   }
   // The paper form has eight procedure lines: fewer are padded with empty
   // ones; more simply run on and the surface carries them to a next page.
-  if (!pred) {
+  if (!pred)
     for (int i = printed; i <= 7; ++i) rows += "||||;";
-    if (printed <= 8) first_eight = rows;
-  }
+  if (printed <= 8) first_eight = rows;
 
   // ---- Table 4: the total ----
   // The claim states the invoice's stored total, not a sum of the printed
@@ -635,21 +635,21 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   // first page reads like an eight-line claim's. A form that fits at none
   // of these sizes (notes of half a page) is two sheets whatever its size
   // and prints in 8 points, carried over like a long claim.
-  if (pred) {
-    draw(rows, Twips(0), 8);
-  } else {
-    double body_pt = 8;
-    Drawn eight = draw(first_eight, Twips(0), body_pt);
-    for (double smaller : {7.5, 7.0}) {
-      if (eight.page == 1) break;
-      eight = draw(first_eight, Twips(0), smaller);
-      body_pt = eight.page == 1 ? smaller : 8;
-    }
-    const bool fits = eight.page == 1;
-    const Twips extra(fits ? std::floor((eight.room.value() - 1) / 8) : 0.0);
-    if (extra > Twips(0) || rows != first_eight || !fits)
-      draw(rows, std::max(extra, Twips(0)), body_pt);
+  //
+  // The predetermination form has no ruled lines to fill, but the same
+  // sheet: its French form with an employer overruns in 8 points at eight
+  // proposed lines where the English one fits, so it takes the same sizes
+  // by its first eight lines.
+  double body_pt = 8;
+  Drawn eight = draw(first_eight, Twips(0), body_pt);
+  for (double smaller : {7.5, 7.0}) {
+    if (eight.page == 1) break;
+    eight = draw(first_eight, Twips(0), smaller);
+    body_pt = eight.page == 1 ? smaller : 8;
   }
+  const bool fits = eight.page == 1;
+  const Twips extra(fits && !pred ? std::floor((eight.room.value() - 1) / 8) : 0.0);
+  if (extra > Twips(0) || rows != first_eight || !fits) draw(rows, std::max(extra, Twips(0)), body_pt);
 
   // ---- Foot of the form ----
   // Two heights of "X" above the bottom margin of the last page.
