@@ -95,4 +95,42 @@ TEST_F(ClaimsHost, FormsThatCannotPrintLeaveNoFileAndFail) {
   }
 }
 
+// A new practice with nothing on file: every form says why it cannot print
+// and leaves no file, the billing list prints its heading over an empty
+// table.
+TEST_F(ClaimsHost, ANewPracticePrintsOnlyTheEmptyBillingList) {
+  const std::string empty = dir + "/empty.db";
+  Result made = Shell(std::string(ORVENDA_APP) + " demo-db " + empty + " --patients 0");
+  ASSERT_EQ(made.status, 0) << made.out;
+  auto run = [&](const std::string& out, const std::string& args) {
+    return Shell(std::string(ORVENDA_APP) + " --db " + empty + " --today 2026-11-20 --out " + dir +
+                 "/" + out + " " + args);
+  };
+  struct Case {
+    const char* file;
+    const char* args;
+    const char* says;
+  };
+  const Case cases[] = {
+      {"new-claim.pdf", "rptClaimForm 1 1", "There has been an error printing."},
+      {"new-claim-fr.pdf", "rptClaimFormF 1 1", "especially the primary account holder"},
+      {"new-pred.pdf", "rptPredClaimForm 1 1 ''", "produced no document"},
+      {"new-pred-fr.pdf", "rptPredClaimFormF 1 1 ''", "produced no document"},
+      {"new-plan.pdf", "rptLaypersonTreatmentPlan '' '' 1 ''", "There has been an error printing."},
+      {"new-plan-fr.pdf", "rptLaypersonTreatmentPlanF '' '' 1 ''", "There has been an error printing."}};
+  for (const Case& c : cases) {
+    Result r = run(c.file, c.args);
+    EXPECT_EQ(r.status, 1) << c.file << "\n" << r.out;
+    EXPECT_NE(r.out.find(c.says), std::string::npos) << c.file << "\n" << r.out;
+    EXPECT_FALSE(fs::exists(dir + "/" + c.file)) << c.file;
+  }
+  Result billing = run("new-billing.pdf", "rptInsuranceBilling desk");
+  EXPECT_EQ(billing.status, 0) << billing.out;
+  const std::string text = PdfText("new-billing.pdf");
+  EXPECT_NE(text.find("Insurance Company Billing"), std::string::npos) << text;
+  EXPECT_NE(text.find("Company Name"), std::string::npos) << text;
+  EXPECT_NE(text.find("Received"), std::string::npos) << text;
+  EXPECT_EQ(text.find("$"), std::string::npos) << "no company has billed anything\n" << text;
+}
+
 }  // namespace
