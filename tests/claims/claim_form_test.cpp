@@ -255,6 +255,23 @@ TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
       }
     }
   }
+
+  // Notes of forty-five short lines (within the column's 200 characters)
+  // leave no size at which eight lines fit: such a claim is two sheets
+  // whatever its size and keeps its 8 points.
+  std::string notes, eight;
+  for (int i = 0; i < 45; ++i) notes += "x\r\n";
+  for (int i = 0; i < 8; ++i)
+    eight += std::string(i ? "," : "") + "(" + std::to_string(95400 + i) +
+             ", 95103, '02102', '11', 'MOD', 5.00, '2026-11-10 00:00:00')";
+  RawExec("UPDATE Invoices SET PatientID = 95001, PredeterminationNumber = NULL, InsuranceNotes = '" +
+          notes + "' WHERE ID = 95103");
+  RawExec("DELETE FROM InvoiceDetails WHERE InvoiceID = 95103");
+  RawExec("INSERT INTO InvoiceDetails (ID, InvoiceID, Code, [Tooth#], Surface, Cost, [Date]) VALUES " + eight);
+  reports.rptClaimFormF(95103, 1, 0);
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(form.VSP.PageCount(), 2);
+  EXPECT_EQ(body_pt(), 8);
 }
 
 TEST_F(ClaimForm, ClaimRules) {

@@ -54,6 +54,8 @@ TEST_F(PredeterminationAndBilling, PredeterminationPrintsEveryProposedLine) {
   ASSERT_TRUE(host.messages.empty());
   std::string text = Text();
   EXPECT_EQ(form.PrintCount(), 1);
+  EXPECT_EQ(form.ShowCount(), 0) << "printed at once, never previewed";
+  EXPECT_TRUE(progress.empty());
   EXPECT_EQ(form.VSP.DocName(), "Predeterminaion Claim Form");
   EXPECT_TRUE(Has("Predetermination Form\n")) << text;
   // Always the treatment's provider; his CDA# as the billing number.
