@@ -148,13 +148,7 @@ TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
   };
   const Case cases[] = {{8, 1}, {9, 2}, {80, 3}};
   // The size of the procedure rows' text: the body's size.
-  auto body_pt = [&] {
-    for (const auto& page : form.VSP.Document().pages)
-      for (const auto& item : page.items)
-        if (auto t = std::get_if<render::TextRun>(&item); t && t->text.rfind("02102", 0) == 0)
-          return double(t->size_pt);
-    return 0.0;
-  };
+  auto body_pt = [&] { return SizeOf("02102"); };
 
   for (const Patient& p : patients) {
     for (bool french : {false, true}) {

@@ -126,13 +126,7 @@ TEST_F(PredeterminationAndBilling, FrenchPredetermination) {
 // box, go on one sheet in both languages: the French form in a smaller
 // body where 8 points overrun, nine lines in the size of eight.
 TEST_F(PredeterminationAndBilling, EightProposedLinesAreOneSheet) {
-  auto body_pt = [&] {
-    for (const auto& page : form.VSP.Document().pages)
-      for (const auto& item : page.items)
-        if (auto t = std::get_if<render::TextRun>(&item); t && t->text.rfind("27201", 0) == 0)
-          return double(t->size_pt);
-    return 0.0;
-  };
+  auto body_pt = [&] { return SizeOf("27201"); };
   for (bool french : {false, true}) {
     double eight_pt = 0;
     for (int lines : {8, 9}) {
