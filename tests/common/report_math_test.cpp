@@ -48,30 +48,20 @@ TEST(IsMonthEnd, ComparesWithTheNextDay) {
   EXPECT_FALSE(IsMonthEnd(DateTime::FromParts(2001, 4, 29, 23, 59)));
 }
 
-struct ProgressCase {
-  const char* name;
-  int64_t position, count;
-  int expected;
-};
-void PrintTo(const ProgressCase& c, std::ostream* os) {
-  *os << c.name;
-}
-
-class ProgressPercentCases : public ::testing::TestWithParam<ProgressCase> {};
-TEST_P(ProgressPercentCases, RoundsHalfToEven) {
-  EXPECT_EQ(ProgressPercent(GetParam().position, GetParam().count), GetParam().expected);
-}
-INSTANTIATE_TEST_SUITE_P(
-    Cases, ProgressPercentCases,
-    ::testing::Values(
-        ProgressCase{"OneEighthTieDown", 1, 8, 12}, ProgressCase{"ThreeEighthsTieUp", 3, 8, 38},
-        ProgressCase{"FiveEighthsTieDown", 5, 8, 62}, ProgressCase{"SevenEighthsTieUp", 7, 8, 88},
-        ProgressCase{"LastRecord", 8, 8, 100}, ProgressCase{"Start", 0, 5, 0},
-        ProgressCase{"OneThird", 1, 3, 33}, ProgressCase{"TwoThirds", 2, 3, 67},
-        ProgressCase{"ByteLimit", 255, 100, 255}, ProgressCase{"OneOfMany", 1, 1000, 0}),
-    CaseName);
-
-TEST(ProgressPercent, FailsLikeTheByteConversion) {
+// Rounded half to even, and failing as the byte conversion fails.
+TEST(ProgressPercent, RoundsHalfToEvenAndFailsLikeTheByteConversion) {
+  const struct {
+    const char* name;
+    int64_t position, count;
+    int expected;
+  } cases[] = {
+      {"OneEighthTieDown", 1, 8, 12}, {"ThreeEighthsTieUp", 3, 8, 38},
+      {"FiveEighthsTieDown", 5, 8, 62}, {"SevenEighthsTieUp", 7, 8, 88},
+      {"LastRecord", 8, 8, 100}, {"Start", 0, 5, 0},
+      {"OneThird", 1, 3, 33}, {"TwoThirds", 2, 3, 67},
+      {"ByteLimit", 255, 100, 255}, {"OneOfMany", 1, 1000, 0},
+  };
+  for (const auto& c : cases) EXPECT_EQ(ProgressPercent(c.position, c.count), c.expected) << c.name;
   EXPECT_THROW(ProgressPercent(-1, 10), OverflowError);  // position unknown
   EXPECT_THROW(ProgressPercent(300, 100), OverflowError);
   EXPECT_THROW(ProgressPercent(5, 0), DivisionByZeroError);
