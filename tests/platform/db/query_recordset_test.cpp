@@ -136,15 +136,10 @@ TEST_F(QueryRecordset, ExecuteAndTransactions) {
   conn_.CommitTrans();
   EXPECT_THROW(conn_.CommitTrans(), DatabaseError);
 
-  Recordset rs;
-  rs.Open("SELECT COUNT(*) AS N FROM InvoicePaymentDetails WHERE InvoiceID = 1", conn_);
-  EXPECT_EQ(rs["N"].Value(), Variant(2));
-  rs.Close();
-  rs.Open("SELECT [Complete?] FROM Invoices WHERE ID = 3", conn_);
-  EXPECT_EQ(rs[0].Value(), Variant(1));
-  rs.Close();
-  rs.Open("SELECT LastName FROM Patient WHERE ID = 2", conn_);
-  EXPECT_EQ(rs[0].Value(), Variant("Roy"));
+  EXPECT_EQ(conn_.Query("SELECT COUNT(*) AS N FROM InvoicePaymentDetails WHERE InvoiceID = 1")->Get(0, 0),
+            Variant(2));
+  EXPECT_EQ(conn_.Query("SELECT [Complete?] FROM Invoices WHERE ID = 3")->Get(0, 0), Variant(1));
+  EXPECT_EQ(conn_.Query("SELECT LastName FROM Patient WHERE ID = 2")->Get(0, 0), Variant("Roy"));
 }
 
 TEST_F(QueryRecordset, UpdateAndAddNewWriteBackByKey) {
