@@ -9,7 +9,7 @@
 namespace orv {
 namespace {
 
-TEST(ReturnPercent, ZeroOrNullGivesTheLiteral) {
+TEST(ReturnPercent, ZeroOrNullGivesTheLiteralElseTheShareOfTheValuesAsTheyCameIn) {
   EXPECT_EQ(ReturnPercent(Variant::Null(), 5), "0.00%");
   EXPECT_EQ(ReturnPercent(5, Variant::Null()), "0.00%");
   EXPECT_EQ(ReturnPercent(5, 0), "0.00%");
@@ -17,18 +17,14 @@ TEST(ReturnPercent, ZeroOrNullGivesTheLiteral) {
   EXPECT_EQ(ReturnPercent("", 5), "0.00%");
   EXPECT_EQ(ReturnPercent("abc", 4), "0.00%");
   EXPECT_EQ(ReturnPercent(Cur("0"), Cur("0")), "0.00%");
-}
-
-TEST(ReturnPercent, DividesInThePercentFormat) {
+  // Otherwise the share in the percent format.
   EXPECT_EQ(ReturnPercent(1, 3), "33.33%");
   EXPECT_EQ(ReturnPercent(2, 3), "66.67%");
   EXPECT_EQ(ReturnPercent(1, 8), "12.50%");
   EXPECT_EQ(ReturnPercent(Cur("50"), Cur("200")), "25.00%");
   EXPECT_EQ(ReturnPercent(-1, 4), "-25.00%");
   EXPECT_EQ(ReturnPercent("$1,000.00", "$4,000.00"), "25.00%");
-}
-
-TEST(ReturnPercent, DividesTheValuesAsTheyCameIn) {
+  // The values are divided as they came in, not as money:
   // 0.00001 rounds to 0.0000 as money, so it counts as zero ...
   EXPECT_EQ(ReturnPercent(0.00001, 1), "0.00%");
   // ... while 0.00006 is 0.0001 as money, and the share is of 0.00006 itself:
