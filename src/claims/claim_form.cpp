@@ -514,8 +514,9 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
     // the last page, drawn by position after the tables. The tables flow
     // above it: their page ends where the foot line begins, so a long claim
     // carries its last boxes over with the foot line instead of running
-    // them under it. The margin the form was given comes back for the foot
-    // line itself, and on the failure path too.
+    // them under it. The band is measured in the foot line's own 8 points
+    // whatever the body's size. The margin the form was given comes back
+    // for the foot line itself, and on the failure path too.
     const Twips margin_bottom = vsp.MarginBottom();
     struct RestoreMargin {
       frame::PrintSurface& vsp;
@@ -627,14 +628,14 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   // eight rows overrun the page even at their least height. Such a form is
   // laid out again with the whole body after the title a half point smaller
   // at a time, down to 7 points, and keeps the largest size at which its
-  // eight rows fit: 7.5 without an employer, 7 with one (which still
-  // overruns at 7.5, and keeps some 1,100 twips to spare at 7 with short
-  // notes). The boxes keep their widths
-  // and proportions, the title and the foot line their sizes. A claim of
-  // nine lines or more takes the size its first eight fit at, so that its
-  // first page reads like an eight-line claim's. A form that fits at none
-  // of these sizes (notes of half a page) is two sheets whatever its size
-  // and prints in 8 points, carried over like a long claim.
+  // eight rows fit. With an employer that is 7 points: at 7.5 it still
+  // overruns, at 7 it keeps some 1,100 twips to spare with short notes. The
+  // boxes keep their widths and proportions, the title and the foot line
+  // their sizes. A claim of nine lines or more takes the size its first
+  // eight fit at, so that its first page reads like an eight-line claim's.
+  // A form that fits at none of these sizes (notes of half a page) is two
+  // sheets whatever its size and prints in 8 points, carried over like a
+  // long claim.
   //
   // The predetermination form has no ruled lines to fill, but the same
   // sheet: its French form with an employer overruns in 8 points at eight
