@@ -273,11 +273,24 @@ TEST(DemoPracticeFile, SameSeedGivesTheSameFileAndAnotherSeedAnother) {
   EXPECT_NE(a, FileBytes(dir + "demo_c.db"));
 }
 
-TEST(DemoPracticeFile, RefusesAnEmptyPractice) {
+// No patients: a new practice's tables, all of them, each empty; fewer
+// than none is refused.
+TEST(DemoPracticeFile, NoPatientsIsANewPracticesEmptyTables) {
   sqlite3* db = nullptr;
   sqlite3_open(":memory:", &db);
   DemoOptions o;
   o.patients = 0;
+  const DemoSummary s = WriteDemoPractice(db, o);
+  EXPECT_EQ(s.rows, 0);
+  for (const Table& t : Tables()) {
+    sqlite3_stmt* st = nullptr;
+    const std::string sql = "SELECT COUNT(*) FROM " + QuoteName(t.name);
+    ASSERT_EQ(sqlite3_prepare_v2(db, sql.c_str(), -1, &st, nullptr), SQLITE_OK) << sql;
+    ASSERT_EQ(sqlite3_step(st), SQLITE_ROW) << sql;
+    EXPECT_EQ(sqlite3_column_int64(st, 0), 0) << t.name;
+    sqlite3_finalize(st);
+  }
+  o.patients = -1;
   EXPECT_THROW(WriteDemoPractice(db, o), SchemaError);
   sqlite3_close(db);
 }
