@@ -131,5 +131,41 @@ TEST_F(ReportHost, ClaimFormsAndLettersPrintToTheOutputFileOrFail) {
             std::string::npos);
 }
 
+// A new practice with nothing on file: every form says why it cannot print
+// and leaves no file, the billing list prints its heading over an empty
+// table.
+TEST_F(ReportHost, ANewPracticePrintsOnlyTheEmptyBillingList) {
+  const std::string empty = At("empty.db");
+  ShellResult made = Host("demo-db " + empty + " --patients 0");
+  ASSERT_EQ(made.status, 0) << made.out;
+  auto run = [&](const std::string& out, const std::string& args) {
+    return Host("--db " + empty + " --today 2026-11-20 --out " + At(out) + " " + args);
+  };
+  struct Case {
+    const char* file;
+    const char* args;
+    const char* says;
+  } cases[] = {
+      {"new-claim.pdf", "rptClaimForm 1 1", "There has been an error printing."},
+      {"new-claim-fr.pdf", "rptClaimFormF 1 1", "especially the primary account holder"},
+      {"new-pred.pdf", "rptPredClaimForm 1 1 ''", "produced no document"},
+      {"new-pred-fr.pdf", "rptPredClaimFormF 1 1 ''", "produced no document"},
+      {"new-plan.pdf", "rptLaypersonTreatmentPlan '' '' 1 ''", "There has been an error printing."},
+      {"new-plan-fr.pdf", "rptLaypersonTreatmentPlanF '' '' 1 ''",
+       "There has been an error printing."}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.file);
+    ShellResult r = run(c.file, c.args);
+    EXPECT_EQ(r.status, 1) << r.out;
+    EXPECT_NE(r.out.find(c.says), std::string::npos) << r.out;
+    EXPECT_FALSE(fs::exists(At(c.file)));
+  }
+  ShellResult billing = run("new-billing.pdf", "rptInsuranceBilling desk");
+  EXPECT_EQ(billing.status, 0) << billing.out;
+  const std::string text = PdfText(At("new-billing.pdf"));
+  EXPECT_TRUE(HasAll(text, {"Insurance Company Billing", "Company Name", "Received"}));
+  EXPECT_EQ(text.find("$"), std::string::npos) << "no company has billed anything\n" << text;
+}
+
 }  // namespace
 }  // namespace orv::testing
