@@ -7,6 +7,7 @@
 #include "common/errors.h"
 #include "frame/surface/surface.h"
 #include "platform/db/recordset.h"
+#include "support/host_said.h"
 #include "support/report_fixture.h"
 #include "support/text_order.h"
 
@@ -243,11 +244,7 @@ TEST_F(InvoiceReports, ReceiptFailureIsTrappedWithItsMessage) {
   // caught by the receipt's trap and shown with its fixed text.
   RawExec("ALTER TABLE InvoicePaymentDetails RENAME TO IPD_Gone");
   EXPECT_NO_THROW(reports.rptReceipt(90201, "", ""));
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An Error has occurred in sub rptReceipt in object clsReports\n", 0),
-            0u)
-      << host.messages[0].prompt;
+  ASSERT_TRUE(SaidOnce(host, "An Error has occurred in sub rptReceipt in object clsReports\n"));
   EXPECT_EQ(form.PrintCount(), 0);
 }
 

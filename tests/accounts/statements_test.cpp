@@ -10,6 +10,7 @@
 #include "common/vbstrings.h"
 #include "platform/db/recordset.h"
 #include "platform/render/display_list.h"
+#include "support/host_said.h"
 #include "support/report_fixture.h"
 #include "support/text_order.h"
 
@@ -209,11 +210,7 @@ TEST_F(Statements, LastStatementStampedOnlyWhenAskedAndRolledBackOnFailure) {
   // Her stamp goes back, and what was printed stays in the document.
   host.messages.clear();
   Run({90004, 90006}, false, false, /*details=*/true, /*stamp=*/true);
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An Error has occurred in Sub rptStatements in Class clsReports.\n", 0),
-            0u)
-      << host.messages[0].prompt;
+  ASSERT_TRUE(SaidOnce(host, "An Error has occurred in Sub rptStatements in Class clsReports.\n"));
   EXPECT_EQ(LastStatement(90004), "NULL");
   EXPECT_TRUE(Has("Totals du Patient $30.00 $30.00")) << Text();
 }

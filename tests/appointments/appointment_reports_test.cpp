@@ -4,6 +4,7 @@
 #include "common/common_functions.h"
 #include "frame/surface/surface.h"
 #include "platform/host/settings.h"
+#include "support/host_said.h"
 #include "support/report_fixture.h"
 #include "support/text_order.h"
 
@@ -208,8 +209,7 @@ TEST_F(AppointmentReports, RunPrintsSectionsInItsOrder) {
   EXPECT_TRUE(Has("Printed by Orvenda")) << Text();
   // The only message of the two runs is the reschedule section's, about
   // the detail row without an employee.
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind("There is a NULL PatientID", 0), 0u);
+  ASSERT_TRUE(SaidOnce(host, "There is a NULL PatientID"));
 }
 
 // Reschedules: any non-NULL mark counts, 0 too; a NULL employee shows the

@@ -4,6 +4,7 @@
 
 #include "production_fixture.h"
 #include "support/forged_cells.h"
+#include "support/host_said.h"
 #include "support/text_order.h"
 
 namespace orv::testing {
@@ -136,11 +137,8 @@ TEST_F(HygieneCompany, NoHygienistsNoCodesAndBadFilters) {
   other.VSP.StartDoc();
   reports.srptHygieneCompanyReport(Nov(1), Nov(30), "NoSuchColumn = 1");
   other.VSP.EndDoc();
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An Error has occurred in Sub srptHygieneCompanyReport in Class clsReports.\n", 0),
-            0u)
-      << host.messages[0].prompt;
+  ASSERT_TRUE(SaidOnce(
+      host, "An Error has occurred in Sub srptHygieneCompanyReport in Class clsReports.\n"));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "common/errors.h"
 #include "production_fixture.h"
+#include "support/host_said.h"
 #include "support/paged_lines.h"
 #include "support/text_order.h"
 
@@ -274,11 +275,8 @@ TEST_F(ProductionRun, BadInputIsRefusedBeforeDrawing) {
   host.messages.clear();
   reports.rptProductionReports(false, true, false, false, false, false, Nov(1), Nov(30), 0, "",
                                "NoSuchColumn = 1", "", "");
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An Error has occurred in Sub rptProductionReports in Class clsReports\n", 0),
-            0u)
-      << host.messages[0].prompt;
+  ASSERT_TRUE(
+      SaidOnce(host, "An Error has occurred in Sub rptProductionReports in Class clsReports\n"));
 }
 
 }  // namespace

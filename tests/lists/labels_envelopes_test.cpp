@@ -7,6 +7,7 @@
 
 #include "common/errors.h"
 #include "frame/surface/surface.h"
+#include "support/host_said.h"
 #include "support/report_fixture.h"
 #include "support/text_order.h"
 
@@ -160,10 +161,8 @@ TEST_F(Labels, SinglePageRunsAskFirstAndPutOneLabelOnEachPage) {
 
 TEST_F(Labels, FolderTabTrapShowsItsMessageOnABadFilter) {
   reports.rptFolderLabelsSingleSheet("NoSuchColumn = 1", rptTop);
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An Error has occurred in Sub rptFolderLabelsSingleSheet in Object clsReports\n", 0),
-            0u);
+  ASSERT_TRUE(SaidOnce(
+      host, "An Error has occurred in Sub rptFolderLabelsSingleSheet in Object clsReports\n"));
   EXPECT_TRUE(host.FailureShown());
 }
 

@@ -7,6 +7,7 @@
 #include "frame/surface/surface.h"
 #include "receivables_fixture.h"
 #include "support/forged_cells.h"
+#include "support/host_said.h"
 #include "support/text_order.h"
 
 namespace orv::testing {
@@ -115,11 +116,8 @@ TEST_F(PracticeReceivable, BoundsPreferredDoctorAndTheTrapMessage) {
   EXPECT_FALSE(Has("Tremblay, Luc"));
 
   RunPractice(reports, form, 0, "NoSuchColumn = 1");
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An error has occurred in sub srptAccountReceivable in Class clsReports\n", 0),
-            0u)
-      << host.messages[0].prompt;
+  ASSERT_TRUE(
+      SaidOnce(host, "An error has occurred in sub srptAccountReceivable in Class clsReports\n"));
 }
 
 TEST_F(ProviderReceivable, AgesByProviderFromToday) {

@@ -6,6 +6,7 @@
 #include "frame/surface/surface.h"
 #include "receivables_fixture.h"
 #include "support/forged_cells.h"
+#include "support/host_said.h"
 #include "support/text_order.h"
 
 namespace orv::testing {
@@ -134,11 +135,8 @@ TEST_F(PatientsWithABalance, OverseerAndPreferredDoctorViews) {
 TEST_F(PatientsWithABalance, FailureShowsTheTrapMessage) {
   form.VSP.StartDoc();
   reports.srptPatientsWithaBalance("", kEnd, "NoSuchColumn = 1", 0, true);
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An error has occurred in sub srptPatientsWithaBalance in Class clsReports\n", 0),
-            0u)
-      << host.messages[0].prompt;
+  ASSERT_TRUE(SaidOnce(
+      host, "An error has occurred in sub srptPatientsWithaBalance in Class clsReports\n"));
 }
 
 TEST_F(UnappliedPayments, ListsMoneyLeftOverByProviderDateAndPayee) {
