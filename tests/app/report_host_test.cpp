@@ -18,6 +18,11 @@ namespace fs = std::filesystem;
 class ReportHost : public HostSuite {
  protected:
   static void SetUpTestSuite() { MakePractice("host", 120, 3); }
+  // A claim form or letter as the front desk prints it, into `file` of the
+  // suite's folder.
+  static ShellResult Form(const std::string& db, const std::string& file, const std::string& args) {
+    return Host("--db " + db + " --today 2026-11-20 --out " + At(file) + " " + args);
+  }
 };
 
 TEST_F(ReportHost, ListsRunToCheckedPdfs) {
@@ -131,9 +136,7 @@ TEST_F(ReportHost, ClaimFormsAndLettersPrintToTheOutputFileOrFail) {
       {"new-billing.pdf", "rptInsuranceBilling desk", 0, "Insurance Company Billing", true}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.file);
-    ShellResult r = c.new_practice ? Host("--db " + empty + " --today 2026-11-20 --out " +
-                                          At(c.file) + " " + c.args)
-                                   : Report("--out " + At(c.file), c.args);
+    ShellResult r = Form(c.new_practice ? empty : Db(), c.file, c.args);
     EXPECT_EQ(r.status, c.status) << r.out;
     EXPECT_EQ(fs::exists(At(c.file)), c.status == 0);
     const std::string said = c.status == 0 ? PdfText(At(c.file)) : r.out;
@@ -143,9 +146,9 @@ TEST_F(ReportHost, ClaimFormsAndLettersPrintToTheOutputFileOrFail) {
   const std::string french = PdfText(At("claim-fr.pdf"));
   for (const char* word : {"Étudient", "prothèse", "à la suite", "Lien de parenté"})
     EXPECT_NE(french.find(word), std::string::npos) << word;
-  EXPECT_NE(Report("--out " + At("claim.pdf"), "rptClaimForm " + invoice + " 1")
-                .out.find("No printer was set"),
-            std::string::npos);
+  EXPECT_NE(
+      Form(Db(), "claim.pdf", "rptClaimForm " + invoice + " 1").out.find("No printer was set"),
+      std::string::npos);
   const std::string billing = PdfText(At("new-billing.pdf"));
   EXPECT_TRUE(HasAll(billing, {"Company Name", "Received"}));
   EXPECT_EQ(billing.find("$"), std::string::npos) << "no company has billed anything\n" << billing;
