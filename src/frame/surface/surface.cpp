@@ -332,23 +332,26 @@ MeasureFn PrintSurface::Measurer(const FontMetrics* m, double size) const {
 void PrintSurface::EmitLine(const TextLine& line, Twips x, Twips top, const FontHandle& f,
                             double size, render::Rgb color,
                             const std::optional<render::Box>& clip, double line_size) {
-  const Twips baseline = top + f.metrics->Ascent(line_size > size ? line_size : size);
-  auto& items = CurrentPageRef().items;
-  for (const auto& seg : line.segments) {
-    if (seg.text.find_first_not_of(' ') == std::string::npos) continue;  // blanks paint nothing
-    render::TextRun run;
-    run.text = seg.text;
-    run.font = f.index;
-    run.size_pt = float(size);
-    run.color = color;
-    run.angle = int16_t(angle_);
-    run.x = x + seg.x;
-    run.top = top;
-    run.baseline = baseline;
-    run.width = seg.width;
-    run.clip = clip;
-    items.emplace_back(std::move(run));
-  }
+  for (const auto& seg : line.segments)
+    EmitSegment(seg.text, x, seg.x, seg.width, top, f, size, color, clip, line_size);
+}
+
+void PrintSurface::EmitSegment(std::string_view text, Twips x, Twips seg_x, Twips width, Twips top,
+                               const FontHandle& f, double size, render::Rgb color,
+                               const std::optional<render::Box>& clip, double line_size) {
+  if (text.find_first_not_of(' ') == std::string_view::npos) return;  // blanks paint nothing
+  render::TextRun run;
+  run.text = text;
+  run.font = f.index;
+  run.size_pt = float(size);
+  run.color = color;
+  run.angle = int16_t(angle_);
+  run.x = x + seg_x;
+  run.top = top;
+  run.baseline = top + f.metrics->Ascent(line_size > size ? line_size : size);
+  run.width = width;
+  run.clip = clip;
+  CurrentPageRef().items.emplace_back(std::move(run));
 }
 
 namespace {

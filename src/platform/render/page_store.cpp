@@ -19,6 +19,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <map>
 #include <stdexcept>
 #include <tuple>
@@ -440,7 +441,7 @@ PageStore& PageStore::operator=(std::vector<Page> pages) {
 
 void PageStore::resize(size_t n) {
   while (slots_.size() > n) {
-    packed_bytes_ -= slots_.back().packed.size();
+    packed_bytes_ -= slots_.back().packed.size() + slots_.back().added.size();
     slots_.pop_back();
   }
   while (slots_.size() < n) push_back(Page{});
@@ -449,38 +450,78 @@ void PageStore::resize(size_t n) {
 Page& PageStore::operator[](size_t i) {
   Slot& slot = slots_.at(i);
   if (slot.sealed) {
-    // A page already read is taken as it was read, not unpacked again.
-    slot.page.items = slot.view && slot.view.use_count() == 1 ? std::move(slot.view->items)
-                                                              : Unpack(slot);
-    packed_bytes_ -= slot.packed.size();
+    // A page already read is taken as it was read, not unpacked again; a
+    // reopened page's view is never kept, as its additions may change.
+    std::vector<DisplayItem> items = !slot.reopened && slot.view && slot.view.use_count() == 1
+                                         ? std::move(slot.view->items)
+                                         : Unpack(slot);
+    if (slot.reopened) std::move(slot.page.items.begin(), slot.page.items.end(), std::back_inserter(items));
+    slot.page.items = std::move(items);
+    packed_bytes_ -= slot.packed.size() + slot.added.size();
     std::string().swap(slot.packed);
+    std::string().swap(slot.added);
     slot.spilled = -1;
     slot.sealed = false;
+    slot.reopened = false;
   }
   slot.view.reset();
+  return slot.page;
+}
+
+Page& PageStore::Reopen(size_t i) {
+  Slot& slot = slots_.at(i);
+  if (slot.sealed && !slot.reopened) {
+    slot.reopened = true;
+    slot.view.reset();
+  }
   return slot.page;
 }
 
 const Page& PageStore::operator[](size_t i) const {
   const Slot& slot = slots_.at(i);
   if (!slot.sealed) return slot.page;
-  if (!slot.view) slot.view = std::make_shared<Page>(Read(i));
+  if (!slot.view || slot.reopened) slot.view = std::make_shared<Page>(Read(i));
   return *slot.view;
 }
 
 Page PageStore::Read(size_t i) const {
   const Slot& slot = slots_.at(i);
   if (!slot.sealed) return slot.page;
-  return Page{slot.page.width, slot.page.height, Unpack(slot)};
+  Page page{slot.page.width, slot.page.height, Unpack(slot)};
+  if (slot.reopened) page.items.insert(page.items.end(), slot.page.items.begin(), slot.page.items.end());
+  return page;
 }
 
 std::vector<DisplayItem> PageStore::Unpack(const Slot& slot) const {
-  if (slot.spilled >= 0) return UnpackItems(shared_->Load(slot.spilled, slot.spilled_size), *shared_);
-  return UnpackItems(slot.packed, *shared_);
+  std::vector<DisplayItem> items =
+      slot.spilled >= 0 ? UnpackItems(shared_->Load(slot.spilled, slot.spilled_size), *shared_)
+                        : UnpackItems(slot.packed, *shared_);
+  // Each batch added later unpacks alone, as it was packed.
+  Reader r(slot.added.data(), slot.added.size());
+  while (!r.AtEnd()) {
+    const std::string batch = r.Text(size_t(r.Varint()));
+    std::vector<DisplayItem> more = UnpackItems(batch, *shared_);
+    std::move(more.begin(), more.end(), std::back_inserter(items));
+  }
+  return items;
 }
 
 void PageStore::Seal(size_t i) {
   Slot& slot = slots_.at(i);
+  if (slot.reopened) {
+    if (!slot.page.items.empty()) {
+      std::string bytes;
+      Pack(slot.page.items, *shared_, bytes);
+      const size_t before = slot.added.size();
+      Writer(slot.added).Varint(bytes.size());
+      slot.added += bytes;
+      packed_bytes_ += slot.added.size() - before;
+    }
+    std::vector<DisplayItem>().swap(slot.page.items);
+    slot.reopened = false;
+    slot.view.reset();
+    return;
+  }
   if (slot.sealed) return;
   std::string bytes;
   Pack(slot.page.items, *shared_, bytes);
