@@ -198,12 +198,17 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     FontHandle font;
     double size;
   };
+  // The fonts of the table's styles, bold and italic or not, looked up once
+  // a table rather than once a cell.
+  std::vector<std::optional<FontHandle>> style_fonts(table.styles.size() * 4);
   auto cell_font = [&](const Row& row, const Cell& cell) {
     const TextStyle& st = table.styles[row.style];
     const bool bold = cell.attr.bold >= 0 ? cell.attr.bold != 0 : st.bold;
     const bool italic = cell.attr.italic >= 0 ? cell.attr.italic != 0 : st.italic;
     const double size = cell.attr.font_size > 0 ? double(cell.attr.font_size) : st.size;
-    return CellFont{Font(st.family, bold, italic), scaled ? size * scale : size};
+    auto& font = style_fonts[size_t(row.style) * 4 + (bold ? 2 : 0) + (italic ? 1 : 0)];
+    if (!font) font = Font(st.family, bold, italic);
+    return CellFont{*font, scaled ? size * scale : size};
   };
   // A cell's lines. A word or figure wider than the cell is never cut: the
   // cell's text is set smaller until it fits, down to the legible floor.

@@ -15,6 +15,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -262,10 +263,17 @@ namespace {
 
 void Pack(const std::vector<DisplayItem>& items, PageStore::Shared& shared, std::string& out) {
   Writer w(out);
+  // The count first, so that unpacking takes the room for the items at once.
+  w.Varint(items.size());
   Predictions prev;
   for (const DisplayItem& item : items) {
     if (const auto* t = std::get_if<TextRun>(&item)) {
-      const auto style = int64_t(shared.TextStyleIndex(*t));
+      // Runs mostly share the style of the run before; the table of styles
+      // is searched only when it changes.
+      const bool as_before = prev.text_style >= 0 && t->font == prev.run.font &&
+                             t->size_pt == prev.run.size_pt && t->color == prev.run.color &&
+                             t->underline == prev.run.underline && t->angle == prev.run.angle;
+      const auto style = as_before ? prev.text_style : int64_t(shared.TextStyleIndex(*t));
       uint8_t kind = kText;
       if (style == prev.text_style) kind |= kSameStyle;
       if (t->clip) kind |= kHasClip;
@@ -283,6 +291,11 @@ void Pack(const std::vector<DisplayItem>& items, PageStore::Shared& shared, std:
         w.Raw(box, sizeof box);
       }
       prev.text_style = style;
+      prev.run.font = t->font;
+      prev.run.size_pt = t->size_pt;
+      prev.run.color = t->color;
+      prev.run.underline = t->underline;
+      prev.run.angle = t->angle;
       prev.run.x = t->x;
       prev.run.top = t->top;
       prev.run.baseline = t->baseline;
@@ -331,6 +344,8 @@ void Pack(const std::vector<DisplayItem>& items, PageStore::Shared& shared, std:
 std::vector<DisplayItem> UnpackItems(const std::string& bytes, const PageStore::Shared& shared) {
   std::vector<DisplayItem> items;
   Reader r(bytes.data(), bytes.size());
+  // Never more items than bytes: a damaged count cannot ask for more.
+  items.reserve(std::min<uint64_t>(r.Varint(), bytes.size()));
   Predictions prev;
   auto read_box = [&](Box& predicted) {
     const uint8_t c = r.Codes();
