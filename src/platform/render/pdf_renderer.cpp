@@ -1,0 +1,469 @@
+#include "platform/render/pdf_renderer.h"
+
+#include <cairo.h>
+
+#include <cmath>
+#include <map>
+#include <memory>
+#include <numbers>
+#include <optional>
+#include <vector>
+
+#include "platform/render/cairo_fonts.h"
+#include "platform/render/pdf_fonts.h"
+#include "platform/render/pdf_metadata.h"
+#include "platform/render/pdf_writer.h"
+#include "platform/render/renderer.h"
+
+namespace orv::render {
+namespace {
+
+using pdf::AppendNumber;
+
+double Pt(Twips t) { return t.points(); }
+
+// The slant FreeType gives a face it obliques (FT_GlyphSlot_Oblique): x
+// moves by 0x0366A/0x10000 of y, about 12 degrees.
+constexpr double kObliqueSlant = 0x0366A / 65536.0;
+
+// The parts of the graphics state the contents set, as the reader has them
+// at this point of the stream; nullopt where they are unknown.
+struct State {
+  std::optional<Rgb> fill = Rgb{}, stroke = Rgb{};
+  double line_width = 1;
+  double dash = 0;  // the dotted line's dot length, 0 for solid
+  int font = -1;
+  double size = 0;
+  int render_mode = 0;
+  double char_spacing = 0;
+};
+
+// The glyphs and positions of the runs, through a cairo context set up as
+// the cairo renderers set theirs: the same placer, so the same doubles.
+class Glyphs {
+ public:
+  explicit Glyphs(const Document& doc) : doc_(doc) {
+    surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
+    cr_ = cairo_create(surface_);
+    cairo_font_options_t* options = cairo_font_options_create();
+    cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+    cairo_set_font_options(cr_, options);
+    cairo_font_options_destroy(options);
+  }
+  ~Glyphs() {
+    cairo_destroy(cr_);
+    cairo_surface_destroy(surface_);
+  }
+  Glyphs(const Glyphs&) = delete;
+  Glyphs& operator=(const Glyphs&) = delete;
+
+  // The glyphs of `t`, set from the origin.
+  const std::vector<cairo_glyph_t>& Of(const TextRun& t) {
+    const FontFace& face = doc_.fonts[t.font];
+    if (t.font != font_ || t.size_pt != size_) {
+      cairo_set_font_face(cr_, FaceFor(face));
+      cairo_set_font_size(cr_, t.size_pt);
+      font_ = t.font;
+      size_ = t.size_pt;
+    }
+    out_.clear();
+    PlaceGlyphs(cairo_get_scaled_font(cr_), t, face.synthetic_bold, 0, 0, &placer_, out_);
+    return out_;
+  }
+
+ private:
+  const Document& doc_;
+  cairo_surface_t* surface_;
+  cairo_t* cr_;
+  GlyphPlacer placer_;
+  uint16_t font_ = UINT16_MAX;
+  float size_ = 0;
+  std::vector<cairo_glyph_t> out_;
+};
+
+class PdfPainter {
+ public:
+  PdfPainter(const Document& doc, pdf::PdfFile& file)
+      : doc_(doc), file_(file), glyphs_(doc), font_of_(doc.fonts.size(), -1) {}
+
+  // The content stream of `page`.
+  const std::string& Paint(const Page& page) {
+    out_.clear();
+    state_ = State{};
+    saved_.clear();
+    in_text_ = false;
+    height_ = Pt(page.height);
+    for (const auto& item : page.items) std::visit([&](const auto& x) { Draw(x); }, item);
+    EndText();
+    return out_;
+  }
+
+  // The fonts and pictures every page names, as one resource dictionary.
+  std::string Resources() const {
+    std::string d = "<< /Font <<";
+    for (size_t i = 0; i < fonts_.size(); ++i)
+      d += " /F" + std::to_string(i) + " " + std::to_string(fonts_[i]->object_id()) + " 0 R";
+    d += " >> /XObject <<";
+    size_t i = 0;
+    for (const auto& [image, id] : images_)
+      d += " /I" + std::to_string(i++) + " " + std::to_string(id.second) + " 0 R";
+    return d + " >> >>";
+  }
+
+  void WriteFonts() {
+    for (const auto& f : fonts_) f->Write(file_);
+  }
+
+ private:
+  void Num(double v, int decimals = 3) {
+    AppendNumber(out_, v, decimals);
+    out_.push_back(' ');
+  }
+  void Op(const char* op) {
+    out_ += op;
+    out_.push_back('\n');
+  }
+  void Color(Rgb c) {
+    Num(c.r / 255.0);
+    Num(c.g / 255.0);
+    Num(c.b / 255.0);
+  }
+  void Fill(Rgb c) {
+    if (state_.fill == c) return;
+    Color(c);
+    Op("rg");
+    state_.fill = c;
+  }
+  void Stroke(Rgb c) {
+    if (state_.stroke == c) return;
+    Color(c);
+    Op("RG");
+    state_.stroke = c;
+  }
+  void LineWidth(double w) {
+    if (state_.line_width == w) return;
+    Num(w);
+    Op("w");
+    state_.line_width = w;
+  }
+  void Dash(double dot) {
+    if (state_.dash == dot) return;
+    if (dot == 0) {
+      out_ += "[] 0 d\n";
+    } else {
+      out_.push_back('[');
+      Num(dot);
+      AppendNumber(out_, 2 * dot + 1);
+      out_ += "] 0 d\n";
+    }
+    state_.dash = dot;
+  }
+  void BeginText() {
+    if (in_text_) return;
+    Op("BT");
+    in_text_ = true;
+  }
+  void EndText() {
+    if (!in_text_) return;
+    Op("ET");
+    in_text_ = false;
+  }
+  void Save() {
+    EndText();
+    Op("q");
+    saved_.push_back(state_);
+  }
+  void Restore() {
+    EndText();
+    Op("Q");
+    state_ = saved_.back();
+    saved_.pop_back();
+  }
+
+  // The document's font `index` as a font of the file, embedded on first use.
+  pdf::EmbeddedFont& FontOf(uint16_t index, int& resource) {
+    if (font_of_[index] < 0) {
+      const std::string& path = doc_.fonts[index].file;
+      auto it = by_file_.find(path);
+      if (it == by_file_.end()) {
+        fonts_.push_back(std::make_unique<pdf::EmbeddedFont>(path, file_.Reserve()));
+        it = by_file_.emplace(path, int(fonts_.size() - 1)).first;
+      }
+      font_of_[index] = it->second;
+    }
+    resource = font_of_[index];
+    return *fonts_[size_t(resource)];
+  }
+
+  // A run: its glyphs from one text matrix at the run's origin, each glyph
+  // moved by a TJ adjustment where the font's widths would put it elsewhere
+  // than the placer did (kerning is off, so that is rare but for bold faces
+  // synthesized from a regular one, which take a character spacing instead).
+  void Draw(const TextRun& t) {
+    if (t.font >= doc_.fonts.size()) throw RenderError("Text run names a font the document lacks");
+    const FontFace& face = doc_.fonts[t.font];
+    const std::vector<cairo_glyph_t>& glyphs = glyphs_.Of(t);
+    if (glyphs.empty() && !t.underline) return;
+    int resource = 0;
+    pdf::EmbeddedFont& font = FontOf(t.font, resource);
+    // The character each glyph stands for: the placer sets one glyph per
+    // character, so the two line up unless the text was not plain UTF-8.
+    const std::u32string chars = pdf::DecodeUtf8(t.text);
+    const bool paired = chars.size() == glyphs.size();
+
+    if (t.clip) {
+      Save();
+      Num(Pt(t.clip->x));
+      Num(height_ - Pt(t.clip->y) - Pt(t.clip->height));
+      Num(Pt(t.clip->width));
+      Num(Pt(t.clip->height));
+      Op("re W n");
+    }
+    // The run turns about its reference point (x, top); its glyphs sit on
+    // the baseline below it, a synthetic italic slants them.
+    const double angle = t.angle * std::numbers::pi / 1800.0;
+    const double cs = t.angle ? std::cos(angle) : 1, sn = t.angle ? std::sin(angle) : 0;
+    const double descent = Pt(t.baseline - t.top);
+    const double ref_x = Pt(t.x), ref_y = height_ - Pt(t.top);
+    if (!glyphs.empty()) {
+      BeginText();
+      // Tf sizes are written to four decimals; the pen is followed at the
+      // size the reader will use.
+      double size = std::round(double(t.size_pt) * 10000) / 10000;
+      if (state_.font != resource || state_.size != size) {
+        out_ += "/F" + std::to_string(resource) + ' ';
+        Num(size, 4);
+        Op("Tf");
+        state_.font = resource;
+        state_.size = size;
+      }
+      Fill(t.color);
+      // A face FreeType emboldens grows by a 24th of an em: outlines
+      // stroked at that width in the fill colour, each glyph advancing as
+      // much further.
+      const double spacing =
+          face.synthetic_bold ? std::round(t.size_pt / 24.0 * 10000) / 10000 : 0;
+      const int mode = face.synthetic_bold ? 2 : 0;
+      if (face.synthetic_bold) {
+        Stroke(t.color);
+        LineWidth(std::round(spacing * 1000) / 1000);
+      }
+      if (state_.render_mode != mode) {
+        out_ += mode == 2 ? "2 Tr\n" : "0 Tr\n";
+        state_.render_mode = mode;
+      }
+      if (state_.char_spacing != spacing) {
+        Num(spacing, 4);
+        Op("Tc");
+        state_.char_spacing = spacing;
+      }
+      const double slant = face.synthetic_italic ? kObliqueSlant : 0;
+      Num(cs, 5);
+      Num(sn, 5);
+      Num(slant * cs - sn, 5);
+      Num(slant * sn + cs, 5);
+      Num(ref_x + descent * sn);
+      Num(ref_y - descent * cs);
+      out_ += "Tm\n[<";
+      // The pen as the reader moves it, in points from the origin.
+      double pen = 0;
+      const double k = size / 1000.0;
+      for (size_t i = 0; i < glyphs.size(); ++i) {
+        const auto g = uint16_t(glyphs[i].index);
+        font.Use(g, paired ? chars[i] : 0);
+        if (i > 0) {
+          const double adjust = std::round((pen - glyphs[i].x) / k * 100) / 100;
+          if (std::abs(adjust) >= 0.05) {
+            out_ += '>';
+            AppendNumber(out_, adjust, 2);
+            out_ += '<';
+            pen -= adjust * k;
+          }
+        }
+        pdf::AppendHex16(out_, g);
+        pen += font.Width(g) * k + state_.char_spacing;
+      }
+      out_ += ">] TJ\n";
+    }
+    if (t.underline) {
+      Save();
+      Num(cs, 5);
+      Num(sn, 5);
+      Num(-sn, 5);
+      Num(cs, 5);
+      Num(ref_x);
+      Num(ref_y);
+      Op("cm");
+      Stroke(t.color);
+      LineWidth(t.size_pt / 16.0);
+      Dash(0);
+      const double below = -(descent + t.size_pt / 8.0);
+      out_ += "0 ";
+      Num(below);
+      out_ += "m ";
+      Num(Pt(t.width));
+      Num(below);
+      Op("l S");
+      Restore();
+    }
+    if (t.clip) Restore();
+  }
+
+  void Draw(const Line& l) {
+    EndText();
+    // Width 0 is the thinnest line the device draws: a hairline.
+    const double w = std::max(Pt(l.width), 0.25);
+    LineWidth(w);
+    Stroke(l.color);
+    Dash(l.dotted ? w : 0);
+    Num(Pt(l.x1));
+    Num(height_ - Pt(l.y1));
+    out_ += "m ";
+    Num(Pt(l.x2));
+    Num(height_ - Pt(l.y2));
+    Op("l S");
+  }
+
+  void Draw(const FilledRect& r) {
+    EndText();
+    Fill(r.color);
+    Num(Pt(r.box.x));
+    Num(height_ - Pt(r.box.y) - Pt(r.box.height));
+    Num(Pt(r.box.width));
+    Num(Pt(r.box.height));
+    Op("re f");
+  }
+
+  void Draw(const Picture& p) {
+    if (!p.image || p.image->width <= 0 || p.image->height <= 0) return;
+    EndText();
+    out_ += "q ";
+    Num(Pt(p.box.width));
+    out_ += "0 0 ";
+    Num(Pt(p.box.height));
+    Num(Pt(p.box.x));
+    Num(height_ - Pt(p.box.y) - Pt(p.box.height));
+    out_ += "cm /I" + std::to_string(ImageOf(p.image)) + " Do Q\n";
+  }
+
+  void Draw(const ScaledBlock&) {}  // a record of the layout, nothing to paint
+
+  // The resource number of a picture, written on first use: pages share one
+  // image object for a logo printed on each of them (the page store hands
+  // every page the same Image).
+  size_t ImageOf(const std::shared_ptr<const Image>& image) {
+    auto it = images_.find(image.get());
+    if (it != images_.end()) return it->second.first;
+    const Image& img = *image;
+    const size_t n = size_t(img.width) * size_t(img.height);
+    if (img.pixels.size() < n) throw RenderError("A picture holds fewer pixels than its size");
+    // Premultiplied ARGB to plain RGB beside an alpha mask, the mask left
+    // out when every pixel is opaque.
+    std::string rgb(n * 3, '\0'), alpha(n, '\0');
+    bool opaque = true;
+    for (size_t i = 0; i < n; ++i) {
+      const uint32_t px = img.pixels[i];
+      const uint32_t a = px >> 24;
+      uint32_t r = (px >> 16) & 0xFF, g = (px >> 8) & 0xFF, b = px & 0xFF;
+      if (a != 0xFF) {
+        opaque = false;
+        if (a == 0) {
+          r = g = b = 0;
+        } else {
+          r = (r * 255 + a / 2) / a;
+          g = (g * 255 + a / 2) / a;
+          b = (b * 255 + a / 2) / a;
+        }
+      }
+      rgb[i * 3] = char(std::min(r, 255u));
+      rgb[i * 3 + 1] = char(std::min(g, 255u));
+      rgb[i * 3 + 2] = char(std::min(b, 255u));
+      alpha[i] = char(a);
+    }
+    const std::string size =
+        "/Width " + std::to_string(img.width) + " /Height " + std::to_string(img.height);
+    const int id = file_.Reserve();
+    std::string dict = "/Type /XObject /Subtype /Image " + size +
+                       " /ColorSpace /DeviceRGB /BitsPerComponent 8 /Interpolate true";
+    if (!opaque) {
+      const int mask = file_.Reserve();
+      file_.Stream(mask,
+                   "/Type /XObject /Subtype /Image " + size +
+                       " /ColorSpace /DeviceGray /BitsPerComponent 8 /Interpolate true",
+                   alpha);
+      dict += " /SMask " + std::to_string(mask) + " 0 R";
+    }
+    file_.Stream(id, dict, rgb);
+    const size_t number = images_.size();
+    images_.emplace(image.get(), std::pair{number, id});
+    kept_.push_back(image);
+    return number;
+  }
+
+  const Document& doc_;
+  pdf::PdfFile& file_;
+  Glyphs glyphs_;
+  std::vector<int> font_of_;  // document font -> index in fonts_, -1 before use
+  std::map<std::string, int> by_file_;
+  std::vector<std::unique_ptr<pdf::EmbeddedFont>> fonts_;
+  // Picture -> (resource number, object number); the pictures are kept
+  // alive so that no other picture takes an address written down here.
+  std::map<const Image*, std::pair<size_t, int>> images_;
+  std::vector<std::shared_ptr<const Image>> kept_;
+
+  std::string out_;
+  State state_;
+  std::vector<State> saved_;
+  bool in_text_ = false;
+  double height_ = 0;
+};
+
+}  // namespace
+
+void WritePdf(const Document& doc, const std::string& path, int first, int last) {
+  pdf::PdfFile file(path);
+  const int catalog = file.Reserve(), pages = file.Reserve(), resources = file.Reserve(),
+            info = file.Reserve();
+  PdfPainter painter(doc, file);
+  std::string kids;
+  for (int i = first; i <= last; ++i) {
+    const Page page = doc.pages.Read(size_t(i - 1));
+    const int content = file.Reserve(), id = file.Reserve();
+    file.Stream(content, "", painter.Paint(page));
+    std::string d = "<< /Type /Page /Parent " + std::to_string(pages) + " 0 R /MediaBox [0 0 ";
+    AppendNumber(d, Pt(page.width));
+    d += ' ';
+    AppendNumber(d, Pt(page.height));
+    d += "] /Resources " + std::to_string(resources) + " 0 R /Contents " +
+         std::to_string(content) + " 0 R >>";
+    file.Object(id, d);
+    kids += std::to_string(id) + " 0 R ";
+  }
+  painter.WriteFonts();
+  file.Object(resources, painter.Resources());
+  file.Object(pages, "<< /Type /Pages /Kids [" + kids + "] /Count " +
+                         std::to_string(last - first + 1) + " >>");
+  file.Object(catalog, "<< /Type /Catalog /Pages " + std::to_string(pages) + " 0 R >>");
+
+  // The document's name and identity (pdf_metadata.h), entries with
+  // nothing to say left out. No date: two runs of one report on one day
+  // give the same file, and the identity names the day the run took as
+  // today.
+  const PdfMetadata meta = MetadataOf(doc);
+  const std::pair<const char*, const std::string*> entries[] = {
+      {"/Title ", &meta.title},       {"/Author ", &meta.author},   {"/Subject ", &meta.subject},
+      {"/Keywords ", &meta.keywords}, {"/Creator ", &meta.creator},
+  };
+  std::string d = "<<";
+  for (const auto& [key, value] : entries) {
+    if (value->empty()) continue;
+    d += ' ';
+    d += key;
+    pdf::AppendTextString(d, *value);
+  }
+  file.Object(info, d + " >>");
+  file.Finish(catalog, info);
+}
+
+}  // namespace orv::render
