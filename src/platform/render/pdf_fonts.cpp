@@ -1,6 +1,7 @@
 #include "platform/render/pdf_fonts.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <iterator>
 #include <vector>
@@ -272,7 +273,7 @@ void EmbeddedFont::Write(PdfFile& pdf) const {
     } else {
       d += ' ';
     }
-    AppendNumber(d, Width(g), 3);
+    AppendNumber(d, std::floor(Width(g)), 0);
     previous = g;
   }
   if (previous >= 0) d += "]";

@@ -37,8 +37,9 @@ class EmbeddedFont {
 
   // The object number of the font's dictionary, for page resources.
   int object_id() const { return object_id_; }
-  // The advance of `glyph` in thousandths of the type size, as the PDF's
-  // widths give it.
+  // The advance of `glyph` in thousandths of the type size, exact. The
+  // font's widths array gives it cut to whole thousandths, as cairo wrote
+  // widths (see the text of pdf_renderer.cpp).
   double Width(uint16_t glyph) const;
   // Marks `glyph` as shown, standing for the character `c` (0 for none
   // known); the first character a glyph is shown for is the one a reader

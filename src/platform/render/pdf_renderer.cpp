@@ -35,7 +35,6 @@ struct State {
   int font = -1;
   double size = 0;
   int render_mode = 0;
-  double char_spacing = 0;
 };
 
 // The glyphs and positions of the runs, through a cairo context set up as
@@ -93,6 +92,7 @@ class PdfPainter {
     state_ = State{};
     saved_.clear();
     in_text_ = false;
+    line_ = TextLine{};
     height_ = Pt(page.height);
     for (const auto& item : page.items) std::visit([&](const auto& x) { Draw(x); }, item);
     EndText();
@@ -165,6 +165,7 @@ class PdfPainter {
     in_text_ = true;
   }
   void EndText() {
+    CloseLine();
     if (!in_text_) return;
     Op("ET");
     in_text_ = false;
@@ -196,10 +197,51 @@ class PdfPainter {
     return *fonts_[size_t(resource)];
   }
 
-  // A run: its glyphs from one text matrix at the run's origin, each glyph
-  // moved by a TJ adjustment where the font's widths would put it elsewhere
-  // than the placer did (kerning is off, so that is rare but for bold faces
-  // synthesized from a regular one, which take a character spacing instead).
+  // Text is written as cairo's PDF surface wrote it, so that readers see
+  // the pages they saw: runs of one font, size and colour that follow one
+  // another along a baseline share one TJ array from one text matrix;
+  // widths are the font's advances cut to whole thousandths of an em; a
+  // glyph is moved by a whole-thousandths adjustment where the placer put
+  // it elsewhere than the advances before it, smaller ones than three
+  // dropped. The pen is followed in exact advances as cairo follows it, so
+  // a run drifts from the layout's positions by at most what cutting the
+  // widths makes (a few hundredths of a point over a word), and
+  // `pdftotext -layout` lays the columns out as it did from cairo's files.
+  static constexpr double kSameLine = 0.001;  // em: a glyph still on the line
+  static constexpr double kFarAway = 10;      // em: past this, a new matrix
+  static constexpr int kBatch = 200;          // glyphs cairo writes at once
+
+  // The TJ array being written, in em of its text matrix.
+  struct TextLine {
+    bool open = false;
+    double x = 0, y = 0;  // the matrix's origin on the page, points
+    double pen = 0;       // where the next glyph goes without adjustment
+    double advances = 0;  // advances since the origin or the last batch
+    int batch = 0;
+  };
+
+  void CloseLine() {
+    if (!line_.open) return;
+    out_ += ">] TJ\n";
+    line_.open = false;
+  }
+
+  // Opens a TJ array from the matrix (a b c d) at (e, f).
+  void OpenLine(double a, double b, double c, double d, double e, double f) {
+    CloseLine();
+    Num(a, 5);
+    Num(b, 5);
+    Num(c, 5);
+    Num(d, 5);
+    Num(e, 4);
+    Num(f, 4);
+    out_ += "Tm\n[<";
+    line_ = TextLine{true, e, f, 0, 0, 0};
+  }
+
+  // A run: glyphs placed as the cairo renderers place them, written as
+  // above; synthetic bold strokes the outlines in the fill colour at the
+  // width FreeType grows them by, synthetic italic slants the matrix.
   void Draw(const TextRun& t) {
     if (t.font >= doc_.fonts.size()) throw RenderError("Text run names a font the document lacks");
     const FontFace& face = doc_.fonts[t.font];
@@ -211,6 +253,7 @@ class PdfPainter {
     // character, so the two line up unless the text was not plain UTF-8.
     const std::u32string chars = pdf::DecodeUtf8(t.text);
     const bool paired = chars.size() == glyphs.size();
+    const bool plain = !t.clip && t.angle == 0 && !t.underline && !face.synthetic_italic;
 
     if (t.clip) {
       Save();
@@ -221,16 +264,18 @@ class PdfPainter {
       Op("re W n");
     }
     // The run turns about its reference point (x, top); its glyphs sit on
-    // the baseline below it, a synthetic italic slants them.
+    // the baseline below it.
     const double angle = t.angle * std::numbers::pi / 1800.0;
     const double cs = t.angle ? std::cos(angle) : 1, sn = t.angle ? std::sin(angle) : 0;
     const double descent = Pt(t.baseline - t.top);
     const double ref_x = Pt(t.x), ref_y = height_ - Pt(t.top);
     if (!glyphs.empty()) {
+      // A style the open line does not have ends it.
+      const double size = std::round(double(t.size_pt) * 10000) / 10000;
+      if (!plain || state_.font != resource || state_.size != size || state_.fill != t.color ||
+          (state_.render_mode == 2) != face.synthetic_bold)
+        CloseLine();
       BeginText();
-      // Tf sizes are written to four decimals; the pen is followed at the
-      // size the reader will use.
-      double size = std::round(double(t.size_pt) * 10000) / 10000;
       if (state_.font != resource || state_.size != size) {
         out_ += "/F" + std::to_string(resource) + ' ';
         Num(size, 4);
@@ -239,52 +284,53 @@ class PdfPainter {
         state_.size = size;
       }
       Fill(t.color);
-      // A face FreeType emboldens grows by a 24th of an em: outlines
-      // stroked at that width in the fill colour, each glyph advancing as
-      // much further.
-      const double spacing =
-          face.synthetic_bold ? std::round(t.size_pt / 24.0 * 10000) / 10000 : 0;
       const int mode = face.synthetic_bold ? 2 : 0;
       if (face.synthetic_bold) {
         Stroke(t.color);
-        LineWidth(std::round(spacing * 1000) / 1000);
+        LineWidth(std::round(t.size_pt / 24.0 * 1000) / 1000);
       }
       if (state_.render_mode != mode) {
         out_ += mode == 2 ? "2 Tr\n" : "0 Tr\n";
         state_.render_mode = mode;
       }
-      if (state_.char_spacing != spacing) {
-        Num(spacing, 4);
-        Op("Tc");
-        state_.char_spacing = spacing;
+      const double base_x = ref_x + descent * sn, base_y = ref_y - descent * cs;
+      if (!plain) {
+        const double slant = face.synthetic_italic ? kObliqueSlant : 0;
+        OpenLine(cs, sn, slant * cs - sn, slant * sn + cs, base_x, base_y);
       }
-      const double slant = face.synthetic_italic ? kObliqueSlant : 0;
-      Num(cs, 5);
-      Num(sn, 5);
-      Num(slant * cs - sn, 5);
-      Num(slant * sn + cs, 5);
-      Num(ref_x + descent * sn);
-      Num(ref_y - descent * cs);
-      out_ += "Tm\n[<";
-      // The pen as the reader moves it, in points from the origin.
-      double pen = 0;
-      const double k = size / 1000.0;
       for (size_t i = 0; i < glyphs.size(); ++i) {
+        // The glyph's place on the line, in em.
+        double at = glyphs[i].x / size;
+        if (plain) {
+          const double x = base_x + glyphs[i].x, y = base_y;
+          at = (x - line_.x) / size;
+          if (!line_.open || std::abs(y - line_.y) / size > kSameLine ||
+              std::abs(at - line_.advances) > kFarAway) {
+            OpenLine(1, 0, 0, 1, x, y);
+            at = 0;
+          }
+        }
         const auto g = uint16_t(glyphs[i].index);
         font.Use(g, paired ? chars[i] : 0);
-        if (i > 0) {
-          const double adjust = std::round((pen - glyphs[i].x) / k * 100) / 100;
-          if (std::abs(adjust) >= 0.05) {
+        if (at != line_.pen) {
+          const double adjust = std::round(-1000 * (at - line_.pen));
+          if (std::abs(adjust) >= 3) {
             out_ += '>';
-            AppendNumber(out_, adjust, 2);
+            AppendNumber(out_, adjust, 0);
             out_ += '<';
-            pen -= adjust * k;
+            line_.pen -= adjust / 1000;
           }
         }
         pdf::AppendHex16(out_, g);
-        pen += font.Width(g) * k + state_.char_spacing;
+        const double advance = font.Width(g) / 1000;
+        line_.pen += advance;
+        line_.advances += advance;
+        if (++line_.batch == kBatch) {
+          line_.batch = 0;
+          line_.advances = line_.pen;
+        }
       }
-      out_ += ">] TJ\n";
+      if (!plain) CloseLine();
     }
     if (t.underline) {
       Save();
@@ -416,6 +462,7 @@ class PdfPainter {
   State state_;
   std::vector<State> saved_;
   bool in_text_ = false;
+  TextLine line_;
   double height_ = 0;
 };
 
