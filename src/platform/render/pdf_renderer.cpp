@@ -163,6 +163,9 @@ class PdfPainter {
     if (in_text_) return;
     Op("BT");
     in_text_ = true;
+    // A text object begins at the identity matrix.
+    upright_ = true;
+    line_x_ = line_y_ = 0;
   }
   void EndText() {
     CloseLine();
@@ -222,21 +225,49 @@ class PdfPainter {
 
   void CloseLine() {
     if (!line_.open) return;
-    out_ += ">] TJ\n";
+    out_ += ")] TJ\n";
     line_.open = false;
   }
 
-  // Opens a TJ array from the matrix (a b c d) at (e, f).
+  // Opens a TJ array from the matrix (a b c d) at (e, f). An upright line
+  // after an upright line moves by Td from where the last one began: a
+  // table row is then "0 -11.2 Td" rather than a whole matrix.
   void OpenLine(double a, double b, double c, double d, double e, double f) {
     CloseLine();
-    Num(a, 5);
-    Num(b, 5);
-    Num(c, 5);
-    Num(d, 5);
-    Num(e, 4);
-    Num(f, 4);
-    out_ += "Tm\n[<";
+    e = std::round(e * 10000) / 10000;
+    f = std::round(f * 10000) / 10000;
+    const bool upright = a == 1 && b == 0 && c == 0 && d == 1;
+    if (upright && upright_) {
+      Num(e - line_x_, 4);
+      Num(f - line_y_, 4);
+      out_ += "Td\n[(";
+    } else {
+      Num(a, 5);
+      Num(b, 5);
+      Num(c, 5);
+      Num(d, 5);
+      Num(e, 4);
+      Num(f, 4);
+      out_ += "Tm\n[(";
+    }
+    upright_ = upright;
+    line_x_ = e;
+    line_y_ = f;
     line_ = TextLine{true, e, f, 0, 0, 0};
+  }
+
+  // Appends glyph `g` to a literal string: its two bytes, escaped where
+  // the string's syntax needs it.
+  void Glyph(uint16_t g) {
+    for (const auto byte : {char(g >> 8), char(g & 0xFF)}) {
+      if (byte == '(' || byte == ')' || byte == '\\') {
+        out_.push_back('\\');
+      } else if (byte == '\r') {
+        out_ += "\\r";
+        continue;
+      }
+      out_.push_back(byte);
+    }
   }
 
   // A run: glyphs placed as the cairo renderers place them, written as
@@ -315,13 +346,13 @@ class PdfPainter {
         if (at != line_.pen) {
           const double adjust = std::round(-1000 * (at - line_.pen));
           if (std::abs(adjust) >= 3) {
-            out_ += '>';
+            out_ += ')';
             AppendNumber(out_, adjust, 0);
-            out_ += '<';
+            out_ += '(';
             line_.pen -= adjust / 1000;
           }
         }
-        pdf::AppendHex16(out_, g);
+        Glyph(g);
         const double advance = font.Width(g) / 1000;
         line_.pen += advance;
         line_.advances += advance;
@@ -463,6 +494,10 @@ class PdfPainter {
   std::vector<State> saved_;
   bool in_text_ = false;
   TextLine line_;
+  // The text line matrix of the open text object: a translation to
+  // (line_x_, line_y_) while upright_.
+  bool upright_ = true;
+  double line_x_ = 0, line_y_ = 0;
   double height_ = 0;
 };
 
