@@ -39,9 +39,11 @@ void AppendUtf16Hex(std::string& out, char32_t c);
 // `data` compressed with zlib at `level` (1 fastest, 9 smallest).
 std::string Deflate(std::string_view data, int level);
 
-// The level page contents and pictures are compressed at. Level 1 writes
-// the table pages about three times as fast as zlib's default (6) for files
-// about a tenth larger; see the benchmark notes in pdf_renderer.cpp.
+// The level page contents, fonts and pictures are compressed at. On the
+// patient list of a 20,000-patient practice (1,928 pages, 13.3 MB of page
+// contents) level 1 takes 243 ms and gives 3.14 MB, zlib's default (6)
+// 391 ms and 2.69 MB: compressing is the larger half of writing the file,
+// so the fast level, for files a sixth larger.
 inline constexpr int kDeflateLevel = 1;
 
 class PdfFile {
