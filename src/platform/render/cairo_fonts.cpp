@@ -202,8 +202,7 @@ void PlaceGlyphs(cairo_scaled_font_t* font, const TextRun& t, bool synthetic_bol
     cairo_glyph_t* glyphs = nullptr;
     int count = 0;
     if (cairo_scaled_font_text_to_glyphs(font, x, y, t.text.c_str(), int(t.text.size()), &glyphs,
-                                         &count, nullptr, nullptr,
-                                         nullptr) != CAIRO_STATUS_SUCCESS)
+                                         &count, nullptr, nullptr, nullptr) != CAIRO_STATUS_SUCCESS)
       return;
     out.insert(out.end(), glyphs, glyphs + count);
     cairo_glyph_free(glyphs);

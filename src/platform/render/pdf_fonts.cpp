@@ -15,8 +15,12 @@ uint16_t U16(std::string_view d, size_t at) {
   if (at + 2 > d.size()) throw RenderError("A font file ends inside a table");
   return uint16_t(uint8_t(d[at]) << 8 | uint8_t(d[at + 1]));
 }
-int16_t S16(std::string_view d, size_t at) { return int16_t(U16(d, at)); }
-uint32_t U32(std::string_view d, size_t at) { return uint32_t(U16(d, at)) << 16 | U16(d, at + 2); }
+int16_t S16(std::string_view d, size_t at) {
+  return int16_t(U16(d, at));
+}
+uint32_t U32(std::string_view d, size_t at) {
+  return uint32_t(U16(d, at)) << 16 | U16(d, at + 2);
+}
 void Put16(std::string& d, size_t at, uint16_t v) {
   d[at] = char(v >> 8);
   d[at + 1] = char(v);
@@ -69,7 +73,8 @@ std::vector<std::string_view> Glyphs(const std::map<std::string, std::string_vie
   const uint16_t count = U16(t.at("maxp"), 4);
   std::vector<std::string_view> glyphs(count);
   for (uint16_t g = 0; g < count; ++g) {
-    const size_t begin = long_offsets ? U32(loca, size_t(g) * 4) : size_t(U16(loca, size_t(g) * 2)) * 2;
+    const size_t begin =
+        long_offsets ? U32(loca, size_t(g) * 4) : size_t(U16(loca, size_t(g) * 2)) * 2;
     const size_t end =
         long_offsets ? U32(loca, size_t(g) * 4 + 4) : size_t(U16(loca, size_t(g) * 2 + 2)) * 2;
     if (end < begin || end > glyf.size()) throw RenderError("A font's glyph lies past its table");
@@ -90,9 +95,12 @@ std::vector<uint16_t> Components(std::string_view glyph) {
     flags = U16(glyph, at);
     parts.push_back(U16(glyph, at + 2));
     at += 4 + ((flags & kWords) ? 4 : 2);
-    if (flags & kScale) at += 2;
-    else if (flags & kXYScale) at += 4;
-    else if (flags & kTwoByTwo) at += 8;
+    if (flags & kScale)
+      at += 2;
+    else if (flags & kXYScale)
+      at += 4;
+    else if (flags & kTwoByTwo)
+      at += 8;
   } while (flags & kMore);
   return parts;
 }
@@ -248,8 +256,8 @@ void EmbeddedFont::Write(PdfFile& pdf) const {
   const std::string_view head = tables.at("head"), hhea = tables.at("hhea");
   std::string cap_height;
   AppendNumber(cap_height, S16(hhea, 4) * k, 0);
-  if (auto os2 = tables.find("OS/2"); os2 != tables.end() && os2->second.size() >= 90 &&
-                                      U16(os2->second, 0) >= 2) {
+  if (auto os2 = tables.find("OS/2");
+      os2 != tables.end() && os2->second.size() >= 90 && U16(os2->second, 0) >= 2) {
     cap_height.clear();
     AppendNumber(cap_height, S16(os2->second, 88) * k, 0);
   }
@@ -263,7 +271,8 @@ void EmbeddedFont::Write(PdfFile& pdf) const {
 
   // Widths of the glyphs shown, in runs of consecutive glyph numbers.
   d = "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /" + name +
-      " /CIDSystemInfo << /Registry (Adobe) /Ordering (Identity) /Supplement 0 >> /FontDescriptor " +
+      " /CIDSystemInfo << /Registry (Adobe) /Ordering (Identity) /Supplement 0 >> "
+      "/FontDescriptor " +
       std::to_string(descriptor) + " 0 R /CIDToGIDMap /Identity /DW 0 /W [";
   int previous = -2;
   for (uint16_t g : glyphs) {

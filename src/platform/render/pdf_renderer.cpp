@@ -20,7 +20,9 @@ namespace {
 
 using pdf::AppendNumber;
 
-double Pt(Twips t) { return t.points(); }
+double Pt(Twips t) {
+  return t.points();
+}
 
 // The slant FreeType gives a face it obliques (FT_GlyphSlot_Oblique): x
 // moves by 0x0366A/0x10000 of y, about 12 degrees.
@@ -517,8 +519,8 @@ void WritePdf(const Document& doc, const std::string& path, int first, int last)
     AppendNumber(d, Pt(page.width));
     d += ' ';
     AppendNumber(d, Pt(page.height));
-    d += "] /Resources " + std::to_string(resources) + " 0 R /Contents " +
-         std::to_string(content) + " 0 R >>";
+    d += "] /Resources " + std::to_string(resources) + " 0 R /Contents " + std::to_string(content) +
+         " 0 R >>";
     file.Object(id, d);
     kids += std::to_string(id) + " 0 R ";
   }

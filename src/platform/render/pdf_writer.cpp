@@ -175,7 +175,9 @@ void PdfFile::Finish(int root, int info) {
   file_ = nullptr;
   if (failed_ || error || !closed)
     throw RenderError("Cannot write " + path_ + ": " +
-                      std::strerror(error ? error : errno ? errno : EIO));
+                      std::strerror(error   ? error
+                                    : errno ? errno
+                                            : EIO));
   finished_ = true;
 }
 

@@ -5,8 +5,8 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <string_view>
 #include <numbers>
+#include <string_view>
 
 #include "platform/render/cairo_fonts.h"
 #include "platform/render/pdf_metadata.h"
@@ -163,8 +163,8 @@ void RenderCairoPdf(const Document& doc, const std::string& path, int first, int
   // what is not set.
   const PdfMetadata meta = MetadataOf(doc);
   const std::pair<cairo_pdf_metadata_t, const std::string*> entries[] = {
-      {CAIRO_PDF_METADATA_TITLE, &meta.title},       {CAIRO_PDF_METADATA_AUTHOR, &meta.author},
-      {CAIRO_PDF_METADATA_SUBJECT, &meta.subject},   {CAIRO_PDF_METADATA_KEYWORDS, &meta.keywords},
+      {CAIRO_PDF_METADATA_TITLE, &meta.title},     {CAIRO_PDF_METADATA_AUTHOR, &meta.author},
+      {CAIRO_PDF_METADATA_SUBJECT, &meta.subject}, {CAIRO_PDF_METADATA_KEYWORDS, &meta.keywords},
       {CAIRO_PDF_METADATA_CREATOR, &meta.creator},
   };
   for (const auto& [key, value] : entries)
@@ -201,7 +201,7 @@ void RenderPdf(const Document& doc, const std::string& path, int first, int last
   // ORVENDA_PDF_ENGINE=cairo writes through cairo's PDF surface as before
   // the program had its own writer. It stays for a release so that a page
   // that reads wrong can be compared with the older file made from the
-  // same document (scripts/compare_pdf_engines.sh).
+  // same document (scripts/compare-pdf-engines.sh).
   const char* engine = std::getenv("ORVENDA_PDF_ENGINE");
   if (engine && std::string_view(engine) == "cairo") {
     RenderCairoPdf(doc, path, first, last);

@@ -1,6 +1,8 @@
 // The program's own PDF files, read back as a reader reads them: the text
 // pdftotext gives, the pages pdfinfo and pdftoppm see, the fonts and
 // pictures inside.
+#include "platform/render/pdf_writer.h"
+
 #include <cairo.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -13,7 +15,6 @@
 
 #include "platform/render/cairo_fonts.h"
 #include "platform/render/pdf_fonts.h"
-#include "platform/render/pdf_writer.h"
 #include "platform/render/renderer.h"
 #include "support/shell.h"
 #include "support/throws_saying.h"
@@ -187,9 +188,8 @@ TEST(PdfWriter, ReadsBackAsWritten) {
   // The text with its accents, in the order of the pages; the part of the
   // clipped run past its clip is not drawn, but a reader still finds it.
   const std::string text = Shell("pdftotext " + pdf + " -");
-  for (const char* expected :
-       {"\xC3\x89tat de compte", "D\xC3\xA9p\xC3\xB4t \xC3\xA0 la banque", "Balance due",
-        "Upwards", "Second page"})
+  for (const char* expected : {"\xC3\x89tat de compte", "D\xC3\xA9p\xC3\xB4t \xC3\xA0 la banque",
+                               "Balance due", "Upwards", "Second page"})
     EXPECT_NE(text.find(expected), std::string::npos) << expected << " in:\n" << text;
 
   // Each page at its own size; the document's name and identity.
