@@ -254,14 +254,12 @@ void EmbeddedFont::Write(PdfFile& pdf) const {
 
   const double k = 1000.0 / units_per_em_;
   const std::string_view head = tables.at("head"), hhea = tables.at("hhea");
-  std::string cap_height;
-  AppendNumber(cap_height, S16(hhea, 4) * k, 0);
-  if (auto os2 = tables.find("OS/2");
-      os2 != tables.end() && os2->second.size() >= 90 && U16(os2->second, 0) >= 2) {
-    cap_height.clear();
-    AppendNumber(cap_height, S16(os2->second, 88) * k, 0);
-  }
-
+  // Metrics in whole thousandths cut toward zero, and the cap height the
+  // top of the bounding box, as cairo wrote them: readers size the boxes of
+  // words from them (pdftotext -bbox, -layout).
+  auto metric = [&](std::string& out, int16_t units) {
+    AppendNumber(out, std::trunc(units * k), 0);
+  };
   const int cid = pdf.Reserve(), descriptor = pdf.Reserve(), file = pdf.Reserve(),
             to_unicode = pdf.Reserve();
   std::string d = "<< /Type /Font /Subtype /Type0 /BaseFont /" + name +
@@ -291,14 +289,16 @@ void EmbeddedFont::Write(PdfFile& pdf) const {
 
   d = "<< /Type /FontDescriptor /FontName /" + name + " /Flags 32 /FontBBox [";
   for (size_t at : {36, 38, 40, 42}) {
-    AppendNumber(d, S16(head, at) * k, 0);
+    metric(d, S16(head, at));
     d += at == 42 ? "]" : " ";
   }
   d += " /ItalicAngle 0 /Ascent ";
-  AppendNumber(d, S16(hhea, 4) * k, 0);
+  metric(d, S16(hhea, 4));
   d += " /Descent ";
-  AppendNumber(d, S16(hhea, 6) * k, 0);
-  d += " /CapHeight " + cap_height + " /StemV 80 /FontFile2 " + std::to_string(file) + " 0 R >>";
+  metric(d, S16(hhea, 6));
+  d += " /CapHeight ";
+  metric(d, S16(head, 42));
+  d += " /StemV 80 /FontFile2 " + std::to_string(file) + " 0 R >>";
   pdf.Object(descriptor, d);
   pdf.Stream(file, "/Length1 " + std::to_string(subset.size()), subset);
 

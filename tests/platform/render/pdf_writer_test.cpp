@@ -12,6 +12,8 @@
 #include <fstream>
 #include <iterator>
 #include <set>
+#include <sstream>
+#include <vector>
 
 #include "platform/render/cairo_fonts.h"
 #include "platform/render/pdf_fonts.h"
@@ -223,6 +225,27 @@ TEST(PdfWriter, ReadsBackAsWritten) {
   fs::remove(pdf);
 }
 
+struct WordBox {
+  std::string text;
+  double x0, x1;
+};
+
+// The words of a PDF with their left and right edges, as pdftotext reads them.
+std::vector<WordBox> Words(const std::string& pdf) {
+  std::vector<WordBox> words;
+  std::istringstream lines(Shell("pdftotext -bbox " + pdf + " -"));
+  std::string line;
+  while (std::getline(lines, line)) {
+    double x0, y0, x1, y1;
+    char text[256];
+    if (std::sscanf(line.c_str(),
+                    " <word xMin=\"%lf\" yMin=\"%lf\" xMax=\"%lf\" yMax=\"%lf\">%255[^<]", &x0, &y0,
+                    &x1, &y1, text) == 5)
+      words.push_back({text, x0, x1});
+  }
+  return words;
+}
+
 // The pixels of a small part of page 1 at 72 dpi, as pdftoppm draws it.
 std::string Pixels(const std::string& pdf, int x, int y, int w, int h) {
   const std::string ppm = TempPath("crop");
@@ -243,6 +266,15 @@ TEST(PdfWriter, DrawsWhatCairoDraws) {
   RenderPdf(d, cairo);
   unsetenv("ORVENDA_PDF_ENGINE");
   EXPECT_EQ(Shell("pdftotext -layout " + own + " -"), Shell("pdftotext -layout " + cairo + " -"));
+  // Every word where cairo's file put it: the glyphs are written with the
+  // widths and adjustments cairo wrote, so a reader measures the same.
+  const std::vector<WordBox> own_words = Words(own), cairo_words = Words(cairo);
+  ASSERT_EQ(own_words.size(), cairo_words.size());
+  for (size_t i = 0; i < own_words.size(); ++i) {
+    EXPECT_EQ(own_words[i].text, cairo_words[i].text);
+    EXPECT_NEAR(own_words[i].x0, cairo_words[i].x0, 0.01) << own_words[i].text;
+    EXPECT_NEAR(own_words[i].x1, cairo_words[i].x1, 0.01) << own_words[i].text;
+  }
 
   // Inked and blank parts of the page alike: the clip hides the run past
   // 117 pt, the picture's transparent quarter shows the paper.
