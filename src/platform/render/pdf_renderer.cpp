@@ -317,6 +317,11 @@ class PdfPainter {
         state_.size = size;
       }
       Fill(t.color);
+      // A face FreeType emboldens: its outlines stroked in the fill colour
+      // at the width they grow by, a 24th of an em. FreeType's outline also
+      // sits half that growth further right and up; drawing the glyphs
+      // there would come closer to cairo's pixels, but would move the words
+      // a reader measures (and pdftotext's columns), so they stay in place.
       const int mode = face.synthetic_bold ? 2 : 0;
       if (face.synthetic_bold) {
         Stroke(t.color);
@@ -328,6 +333,8 @@ class PdfPainter {
       }
       const double base_x = ref_x + descent * sn, base_y = ref_y - descent * cs;
       if (!plain) {
+        // Slanted as the PNG renderer slants it (cairo's PDF surface wrote
+        // these glyphs upright).
         const double slant = face.synthetic_italic ? kObliqueSlant : 0;
         OpenLine(cs, sn, slant * cs - sn, slant * sn + cs, base_x, base_y);
       }
