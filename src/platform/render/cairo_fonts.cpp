@@ -71,6 +71,14 @@ cairo_font_face_t* FaceFor(const FontFace& f) {
   return face;
 }
 
+void SetUnhinted(cairo_t* cr) {
+  cairo_font_options_t* options = cairo_font_options_create();
+  cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+  cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+  cairo_set_font_options(cr, options);
+  cairo_font_options_destroy(options);
+}
+
 namespace {
 
 // Decodes one character of the Basic Multilingual Plane from well-formed

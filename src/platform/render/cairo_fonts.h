@@ -29,6 +29,10 @@ namespace orv::render {
 // be loaded.
 cairo_font_face_t* FaceFor(const FontFace& f);
 
+// Sets `cr` to unhinted outlines and metrics, as the layout measures them:
+// glyphs then advance exactly as measured.
+void SetUnhinted(cairo_t* cr);
+
 class GlyphPlacer {
  public:
   // Appends the glyphs of `utf8` set from the pen (x, y) with `font`, which

@@ -26,14 +26,9 @@ void SetColor(cairo_t* cr, Rgb c) {
 class Painter {
  public:
   Painter(cairo_t* cr, const Document& doc) : cr_(cr), doc_(doc) {
-    options_ = cairo_font_options_create();
-    // Unhinted outlines and metrics: glyphs advance exactly as measured.
-    cairo_font_options_set_hint_metrics(options_, CAIRO_HINT_METRICS_OFF);
-    cairo_font_options_set_hint_style(options_, CAIRO_HINT_STYLE_NONE);
-    cairo_set_font_options(cr_, options_);
+    SetUnhinted(cr_);
     faces_.resize(doc.fonts.size(), nullptr);
   }
-  ~Painter() { cairo_font_options_destroy(options_); }
 
   void Paint(const Page& page) {
     for (const auto& item : page.items) std::visit([&](const auto& x) { Draw(x); }, item);
@@ -138,7 +133,6 @@ class Painter {
 
   cairo_t* cr_;
   const Document& doc_;
-  cairo_font_options_t* options_;
   std::vector<cairo_font_face_t*> faces_;
   uint16_t set_font_ = UINT16_MAX;  // the font and size set on the context
   float set_size_ = 0;
@@ -214,10 +208,7 @@ std::vector<double> GlyphEdges(const Document& doc, const TextRun& run) {
   if (run.font >= doc.fonts.size()) throw RenderError("Text run names a font the document lacks");
   cairo_surface_t* surface = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
   cairo_t* cr = cairo_create(surface);
-  cairo_font_options_t* options = cairo_font_options_create();
-  cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
-  cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
-  cairo_set_font_options(cr, options);
+  SetUnhinted(cr);
   cairo_set_font_face(cr, FaceFor(doc.fonts[run.font]));
   cairo_set_font_size(cr, run.size_pt);
   cairo_scaled_font_t* font = cairo_get_scaled_font(cr);
@@ -232,7 +223,6 @@ std::vector<double> GlyphEdges(const Document& doc, const TextRun& run) {
     const bool bold = doc.fonts[run.font].synthetic_bold && e.x_advance != 0;
     edges.push_back(glyphs.back().x + e.x_advance + (bold ? run.size_pt / 24.0 : 0));
   }
-  cairo_font_options_destroy(options);
   cairo_destroy(cr);
   cairo_surface_destroy(surface);
   return edges;

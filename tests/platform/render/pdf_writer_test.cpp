@@ -190,9 +190,15 @@ TEST(PdfWriter, ReadsBackAsWritten) {
   // The text with its accents, in the order of the pages; the part of the
   // clipped run past its clip is not drawn, but a reader still finds it.
   const std::string text = Shell("pdftotext " + pdf + " -");
+  size_t previous = 0;
   for (const char* expected : {"\xC3\x89tat de compte", "D\xC3\xA9p\xC3\xB4t \xC3\xA0 la banque",
-                               "Balance due", "Upwards", "Second page"})
-    EXPECT_NE(text.find(expected), std::string::npos) << expected << " in:\n" << text;
+                               "Balance due", "Visible Hiddenpart", "Second page"}) {
+    const size_t at = text.find(expected);
+    ASSERT_NE(at, std::string::npos) << expected << " in:\n" << text;
+    EXPECT_GE(at, previous) << expected << " in:\n" << text;
+    previous = at;
+  }
+  EXPECT_NE(text.find("Upwards"), std::string::npos) << text;
 
   // Each page at its own size; the document's name and identity.
   const std::string info = Shell("pdfinfo -f 1 -l 2 " + pdf);
@@ -213,6 +219,13 @@ TEST(PdfWriter, ReadsBackAsWritten) {
   const std::string second = Shell("pdfimages -f 2 -list " + pdf + " | awk 'NR>2 {print $11}'");
   const std::string first = Shell("pdfimages -l 1 -list " + pdf + " | awk 'NR>2 {print $11}'");
   EXPECT_EQ(first, second) << "the second page names its own copy of the picture";
+
+  // A range of pages: the second alone, at its size.
+  const std::string second_only = TempPath("second.pdf");
+  RenderPdf(d, second_only, 2, 2);
+  EXPECT_EQ(Shell("pdftotext " + second_only + " -").find("compte"), std::string::npos);
+  EXPECT_NE(Shell("pdfinfo " + second_only).find("792 x 612"), std::string::npos);
+  fs::remove(second_only);
 
   // The turned run reads upwards: taller than wide.
   const std::string box = Shell("pdftotext -bbox " + pdf + " - | grep '>Upwards<'");

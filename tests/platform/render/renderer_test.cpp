@@ -56,31 +56,6 @@ Document Sample() {
   return d;
 }
 
-TEST(Renderer, PdfPassesQpdfAndReadsBackInOrder) {
-  const Document d = Sample();
-  const std::string pdf = TempPath("sample.pdf");
-  RenderPdf(d, pdf);
-  EXPECT_NE(Shell("qpdf --check " + pdf + " 2>&1").find("No syntax or stream encoding errors"),
-            std::string::npos);
-  const std::string text = Shell("pdftotext -layout " + pdf + " -");
-  const size_t a = text.find("Statement"), b = text.find("Balance"),
-               c = text.find("D\xC3\xA9p\xC3\xB4t \xC3\xA0 la banque"),
-               e = text.find("Second page");
-  ASSERT_NE(a, std::string::npos) << text;
-  ASSERT_NE(c, std::string::npos) << text;
-  EXPECT_LT(a, b);
-  EXPECT_LT(b, c);
-  EXPECT_LT(c, e);
-  // Each page keeps its own size: the second is landscape.
-  EXPECT_NE(Shell("pdfinfo -f 2 -l 2 " + pdf).find("792 x 612"), std::string::npos);
-  fs::remove(pdf);
-
-  // A range of pages.
-  RenderPdf(d, pdf, 2, 2);
-  EXPECT_EQ(Shell("pdftotext " + pdf + " -").find("Statement"), std::string::npos);
-  fs::remove(pdf);
-}
-
 TEST(Renderer, PngHasThePageSizeAtTheResolution) {
   const Document d = Sample();
   const std::string png = TempPath("page1.png");
