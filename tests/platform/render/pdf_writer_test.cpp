@@ -18,6 +18,7 @@
 #include "platform/render/cairo_fonts.h"
 #include "platform/render/pdf_fonts.h"
 #include "platform/render/renderer.h"
+#include "platform/render/sample_document.h"
 #include "support/shell.h"
 #include "support/throws_saying.h"
 
@@ -27,7 +28,6 @@ namespace {
 namespace fs = std::filesystem;
 using orv::testing::Shell;
 
-const char* const kTahoma = "/usr/share/wine/fonts/tahoma.ttf";
 const char* const kDejaVu = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
 
 std::string TempPath(const std::string& name) {
@@ -130,58 +130,8 @@ TEST_F(SubsetFont, HoldsExactlyTheGlyphsShownAndTheirParts) {
   }
 }
 
-// Two pages of two sizes holding every kind of item the writer paints.
-Document Sample() {
-  Document d;
-  d.name = "Relev\xC3\xA9 de compte";
-  d.identity.method = "rptStatements";
-  d.identity.arguments = {{"PatientIDs", "12"}};
-  d.identity.user = "desk";
-  d.identity.today = "2026-11-20";
-  d.identity.program = "orvenda-reports";
-  d.identity.version = "0.1";
-  d.fonts.push_back({"Tahoma", kTahoma, false, false, false, false});
-  d.fonts.push_back({"Tahoma", kTahoma, true, false, true, false});  // emboldened
-  auto run = [](std::string text, double x, double top, uint16_t font = 0) {
-    TextRun r;
-    r.text = std::move(text);
-    r.font = font;
-    r.size_pt = 12;
-    r.x = Twips(x);
-    r.top = Twips(top);
-    r.baseline = Twips(top + 240);
-    r.width = Twips(2000);
-    return r;
-  };
-  Page p1{Twips(12240), Twips(15840), {}};
-  p1.items.push_back(run("\xC3\x89tat de compte", 1440, 1440, 1));
-  p1.items.push_back(run("D\xC3\xA9p\xC3\xB4t \xC3\xA0 la banque", 1440, 2000));
-  TextRun underlined = run("Balance due", 6000, 2000);
-  underlined.underline = true;
-  p1.items.push_back(underlined);
-  // A run clipped to its left half: "Visible" shows, "Hiddenpart" lies
-  // past the clip.
-  TextRun clipped = run("Visible Hiddenpart", 1440, 3000);
-  clipped.clip = Box{Twips(1440), Twips(3000), Twips(900), Twips(300)};
-  p1.items.push_back(clipped);
-  TextRun turned = run("Upwards", 9000, 9000);
-  turned.angle = 900;
-  p1.items.push_back(turned);
-  p1.items.push_back(Line{Twips(1440), Twips(2500), Twips(10800), Twips(2500), Twips(0), {}, true});
-  auto logo = std::make_shared<Image>();
-  logo->width = 2;
-  logo->height = 2;
-  logo->pixels = {0xFFFF0000u, 0x80008000u, 0xFF0000FFu, 0x00000000u};
-  p1.items.push_back(Picture{{Twips(1440), Twips(4000), Twips(1440), Twips(1440)}, logo});
-  Page p2{Twips(15840), Twips(12240), {}};
-  p2.items.push_back(run("Second page", 1440, 1440));
-  p2.items.push_back(Picture{{Twips(1440), Twips(4000), Twips(1440), Twips(1440)}, logo});
-  d.pages = {p1, p2};
-  return d;
-}
-
 TEST(PdfWriter, ReadsBackAsWritten) {
-  const Document d = Sample();
+  const Document d = SampleDocument();
   const std::string pdf = TempPath("sample.pdf");
   RenderPdf(d, pdf);
   EXPECT_NE(Shell("qpdf --check " + pdf + " 2>&1").find("No syntax or stream encoding errors"),
@@ -272,7 +222,7 @@ std::string Pixels(const std::string& pdf, int x, int y, int w, int h) {
 }
 
 TEST(PdfWriter, DrawsWhatCairoDraws) {
-  const Document d = Sample();
+  const Document d = SampleDocument();
   const std::string own = TempPath("own.pdf"), cairo = TempPath("cairo.pdf");
   RenderPdf(d, own);
   setenv("ORVENDA_PDF_ENGINE", "cairo", 1);
@@ -317,7 +267,7 @@ TEST(PdfWriter, DrawsWhatCairoDraws) {
 }
 
 TEST(PdfWriter, AFailedWriteNamesThePathAndLeavesNoFile) {
-  Document d = Sample();
+  Document d = SampleDocument();
   const std::string missing = TempPath("no-such-folder") + "/out.pdf";
   EXPECT_TRUE(orv::testing::ThrowsSaying([&] { RenderPdf(d, missing); }, {missing}));
 
