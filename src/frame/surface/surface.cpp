@@ -34,10 +34,16 @@ void PrintSurface::RequireNoTableUnderConstruction(const char* what) const {
 
 void PrintSurface::OpenPage() {
   // The page written so far is finished: it is packed until the document is
-  // written or an overlay reopens it.
-  if (!doc_.pages.empty()) doc_.pages.Seal(size_t(page_));
+  // written or an overlay reopens it. The new page takes room for as many
+  // items as it held, as the pages of a long list hold about as many each.
+  size_t room = 0;
+  if (!doc_.pages.empty()) {
+    room = doc_.pages[page_].items.size();
+    doc_.pages.Seal(size_t(page_));
+  }
   doc_.pages.push_back(render::Page{PageWidth(), PageHeight(), {}});
   page_ = int(doc_.pages.size()) - 1;
+  doc_.pages[page_].items.reserve(room);
   column_ = 0;
 }
 
