@@ -62,10 +62,15 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "common/currency.h"
 #include "common/datetime.h"
+#include "frame/preview_form.h"
+#include "frame/reports.h"
+#include "frame/surface/surface.h"
 #include "platform/db/connection.h"
+#include "platform/host/host_services.h"
 #include "platform/practice/schema.h"
 #include "support/test_engine.h"
 
@@ -234,6 +239,75 @@ class AccountFixture : public ::testing::Test {
   }
 
   std::string path_;
+};
+
+// The practice above with a family's rows added, and a component wired to a
+// recording host and a preview form writing nowhere: what the report tests
+// of the closing, receivables, compensation and referral families run on.
+class AccountReportTest : public AccountFixture {
+ protected:
+  // The practice with `rows` added and the component wired to it; false
+  // when the test was skipped or failed on the way.
+  bool SetUpReports(const std::string& rows) {
+    AccountFixture::SetUpPractice(rows);
+    if (IsSkipped() || HasFatalFailure()) return false;
+    form.SetNotifier([](const std::string&) {});
+    reports.Connection(conn_);
+    reports.SetPrintPreview(&form);
+    reports.SetHostServices(&host);
+    reports.Progress = [this](uint8_t& p) { progress.push_back(p); };
+    return true;
+  }
+
+  std::string Text() const { return DocumentText(form.VSP.Document()); }
+  bool Has(const std::string& part) const { return Text().find(part) != std::string::npos; }
+  // The text of one page, from 1.
+  std::string PageText(int page) const {
+    const std::string all = Text();
+    size_t start = 0;
+    for (int p = 1; p < page; ++p) start = all.find('\f', start) + 1;
+    const size_t end = all.find('\f', start);
+    return all.substr(start, end == std::string::npos ? std::string::npos : end - start);
+  }
+  int Pages() const { return static_cast<int>(form.VSP.Document().pages.size()); }
+  // The document's lines, pages parted like lines.
+  std::vector<std::string> Lines() const {
+    std::vector<std::string> lines;
+    const std::string text = Text();
+    size_t start = 0;
+    while (start < text.size()) {
+      size_t end = text.find_first_of("\n\f", start);
+      if (end == std::string::npos) end = text.size();
+      lines.push_back(text.substr(start, end - start));
+      start = end + 1;
+    }
+    return lines;
+  }
+  // Every line holding `part`, in order.
+  std::vector<std::string> LinesWith(const std::string& part) const {
+    std::vector<std::string> found;
+    for (const auto& l : Lines())
+      if (l.find(part) != std::string::npos) found.push_back(l);
+    return found;
+  }
+  // The lines holding `part` joined by " // " ("" when none).
+  std::string LineWith(const std::string& part) const {
+    std::string all;
+    for (const auto& l : LinesWith(part)) all += (all.empty() ? "" : " // ") + l;
+    return all;
+  }
+  // The line that follows the first line holding `part`.
+  std::string LineAfter(const std::string& part) const {
+    const auto lines = Lines();
+    for (size_t i = 0; i + 1 < lines.size(); ++i)
+      if (lines[i].find(part) != std::string::npos) return lines[i + 1];
+    return "";
+  }
+
+  PreviewForm form;
+  host::RecordingHost host;
+  clsReports reports;
+  std::vector<uint8_t> progress;
 };
 
 }  // namespace orv::testing

@@ -9,8 +9,7 @@
 #include <fstream>
 #include <string>
 
-#include "support/shell.h"
-#include "test_paths.h"
+#include "host_support.h"
 
 namespace {
 
@@ -43,16 +42,9 @@ std::string NestedShape(int n) {
          Repeat(") RELATE ID TO ID)", n - 1);
 }
 
-class DeepStatements : public ::testing::Test {
+class DeepStatements : public orv::testing::HostSuite {
  protected:
-  static void SetUpTestSuite() {
-    dir = (fs::temp_directory_path() / ("orv-deep-" + std::to_string(::getpid()))).string();
-    fs::create_directories(dir);
-    auto r = orv::testing::RunShell(std::string(ORVENDA_APP) + " demo-db " + dir +
-                                    "/demo.db --patients 10 --seed 2 --today 2026-11-20 2>&1");
-    ASSERT_EQ(r.status, 0) << r.out;
-  }
-  static void TearDownTestSuite() { fs::remove_all(dir); }
+  static void SetUpTestSuite() { MakePractice("deep", 10, 2); }
 
   // Runs the host with `args` after the statement or filter in `text`,
   // passed through a file so that no shell quoting stands in the way.
@@ -60,10 +52,8 @@ class DeepStatements : public ::testing::Test {
                                        const std::string& after) {
     std::string file = dir + "/text";
     std::ofstream(file) << text;
-    return orv::testing::RunShell(std::string(ORVENDA_APP) + " " + before + " \"$(cat " + file +
-                                  ")\" " + after + " 2>&1");
+    return Host(before + " \"$(cat " + file + ")\" " + after);
   }
-  static inline std::string dir;
 };
 
 TEST_F(DeepStatements, RefusedThroughTheSqlCommand) {

@@ -13,6 +13,7 @@
 
 #include "host_support.h"
 #include "support/shell.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -71,10 +72,10 @@ long long Cents(const std::string& figure) {
   return negative ? -v : v;
 }
 
-class DocumentOutputs : public ::testing::Test {
+class DocumentOutputs : public HostSuite {
  protected:
   static void SetUpTestSuite() {
-    dir = MakeDemoFolder("outputs", 120, 3);
+    MakePractice("outputs", 120, 3);
     // One addressee writes in French, and one patient's name holds a comma
     // and double quotes, as a CSV must keep them.
     french = Sql("SELECT MIN(ID) FROM Patient WHERE ID > 20 AND ResponsibleFamilyMemberID = ID");
@@ -83,21 +84,12 @@ class DocumentOutputs : public ::testing::Test {
     Sql("UPDATE Patient SET FirstName = 'Ann \"Annie\"', LastName = 'Lee, Jr.' WHERE ID = " +
         quoted);
   }
-  static void TearDownTestSuite() { fs::remove_all(dir); }
 
   static std::string Sql(const std::string& sql) {
-    ShellResult r = RunShell("sqlite3 " + dir + "/demo.db " + ShellQuote(sql));
+    ShellResult r = RunShell("sqlite3 " + Db() + " " + ShellQuote(sql));
     EXPECT_EQ(r.status, 0) << sql;
     while (!r.out.empty() && r.out.back() == '\n') r.out.pop_back();
     return r.out;
-  }
-  // The host on the suite's practice, with `out` under the suite's folder.
-  static ShellResult Report(const std::string& options, const std::string& args) {
-    return HostShell(HostProgram() + " --db " + dir + "/demo.db --today 2026-11-20 --office 1" +
-                     " --user desk " + options + " " + args);
-  }
-  static std::string PdfText(const std::string& path) {
-    return RunShell("pdftotext -layout " + path + " -").out;
   }
   static int PdfPages(const std::string& path) {
     std::smatch m;
@@ -112,7 +104,7 @@ class DocumentOutputs : public ::testing::Test {
     return names;
   }
 
-  static inline std::string dir, french, quoted;
+  static inline std::string french, quoted;
 };
 
 TEST_F(DocumentOutputs, BalanceListCsvTotalsEqualItsRowsToTheCent) {
@@ -369,9 +361,8 @@ TEST_F(Printing, AStatementPrintsAndAStoppedQueueRefuses) {
   ASSERT_EQ(RunShell("cupsdisable orvenda-test 2>&1").status, 0);
   ShellResult stopped = Report("--printer orvenda-test --out " + dir + "/stopped.pdf", args);
   EXPECT_EQ(stopped.status, 1) << stopped.out;
-  EXPECT_NE(stopped.out.find("The printer orvenda-test is stopped"), std::string::npos)
-      << stopped.out;
-  EXPECT_NE(stopped.out.find("cupsenable orvenda-test"), std::string::npos) << stopped.out;
+  EXPECT_TRUE(
+      HasAll(stopped.out, {"The printer orvenda-test is stopped", "cupsenable orvenda-test"}));
   EXPECT_FALSE(fs::exists(dir + "/stopped.pdf"));
   EXPECT_TRUE(RunShell("lpstat -o orvenda-test 2>&1").out.empty()) << "a job was queued";
   ASSERT_EQ(RunShell("cupsenable orvenda-test 2>&1").status, 0);

@@ -29,13 +29,10 @@ std::vector<std::string> Lines(const std::string& text) {
   return out;
 }
 
-class HostHelp : public ::testing::Test {
+class HostHelp : public orv::testing::HostSuite {
  protected:
-  static void SetUpTestSuite() {
-    // The practice the catalogue's examples are written for.
-    dir = orv::testing::MakeDemoFolder("help", 500, 1);
-  }
-  static void TearDownTestSuite() { fs::remove_all(dir); }
+  // The practice the catalogue's examples are written for.
+  static void SetUpTestSuite() { MakePractice("help", 500, 1); }
   static std::string app() { return orv::testing::HostProgram(); }
 
   // The methods `list` calls built, with the family they are listed under.
@@ -56,8 +53,6 @@ class HostHelp : public ::testing::Test {
     }
     return built;
   }
-
-  static inline std::string dir;
 };
 
 TEST_F(HostHelp, ListGroupsEveryMethodByFamilyWithALine) {

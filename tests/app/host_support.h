@@ -39,6 +39,39 @@ inline std::string MakeDemoFolder(const std::string& tag, int patients, int seed
   return dir;
 }
 
+// A suite run against one demo practice in a scratch folder of its own:
+// `dir` holds demo.db, made once for the suite and removed after it.
+class HostSuite : public ::testing::Test {
+ protected:
+  // Makes the suite's folder and practice; called from SetUpTestSuite.
+  static void MakePractice(const std::string& tag, int patients, int seed) {
+    dir = MakeDemoFolder(tag, patients, seed);
+  }
+  static void TearDownTestSuite() { std::filesystem::remove_all(dir); }
+  static std::string Db() { return dir + "/demo.db"; }
+  // `name` in the suite's folder.
+  static std::string At(const std::string& name) { return dir + "/" + name; }
+  // The host with `args`.
+  static ShellResult Host(const std::string& args) { return HostShell(HostProgram() + " " + args); }
+  // A report on the suite's practice as the front desk runs it, `options`
+  // (--out, --split, --printer) before the method and its arguments.
+  static ShellResult Report(const std::string& options, const std::string& args) {
+    return Host("--db " + Db() + " --today 2026-11-20 --office 1 --user desk " + options + " " +
+                args);
+  }
+  // The single value `sql` reads from the suite's practice.
+  static std::string Query(const std::string& sql) {
+    std::string out = Host("sql --db " + Db() + " --format tsv " + ShellQuote(sql)).out;
+    while (!out.empty() && (out.back() == '\n' || out.back() == '\r')) out.pop_back();
+    return out.substr(out.rfind('\n') + 1);
+  }
+  static std::string PdfText(const std::string& path) {
+    return RunShell("pdftotext -layout " + ShellQuote(path) + " -").out;
+  }
+
+  static inline std::string dir;
+};
+
 // The whole of a file, as bytes.
 inline std::string ReadFile(const std::string& path) {
   std::ifstream f(path, std::ios::binary);

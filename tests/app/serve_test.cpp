@@ -64,8 +64,22 @@ json Json(const httplib::Result& r) {
   return r ? json::parse(r->body) : json();
 }
 
+// The address of a run the server started.
+std::string RunUrl(const json& run) {
+  return "/api/runs/" + std::to_string(run["id"].get<int>());
+}
+json Status(httplib::Client& c, const json& run) {
+  return Json(c.Get(RunUrl(run)));
+}
+bool Ended(const json& status) {
+  return status["state"] == "done" || status["state"] == "failed";
+}
+httplib::Result PostJson(httplib::Client& c, const std::string& path, const std::string& body) {
+  return c.Post(path, body, "application/json");
+}
+
 json StartRun(httplib::Client& c, const json& body) {
-  auto r = c.Post("/api/runs", body.dump(), "application/json");
+  auto r = PostJson(c, "/api/runs", body.dump());
   EXPECT_TRUE(r);
   EXPECT_EQ(r->status, 202) << r->body;
   return json::parse(r->body);
@@ -73,16 +87,27 @@ json StartRun(httplib::Client& c, const json& body) {
 
 // Polls the run until it has ended (bounded: two minutes at most), calling
 // `each` with every status seen.
-json WaitEnded(httplib::Client& c, int id, const std::function<void(const json&)>& each = {}) {
+json WaitEnded(httplib::Client& c, const json& run,
+               const std::function<void(const json&)>& each = {}) {
   json s;
   for (int i = 0; i < 1200; ++i) {
-    s = Json(c.Get("/api/runs/" + std::to_string(id)));
+    s = Status(c, run);
     if (each) each(s);
-    if (s["state"] == "done" || s["state"] == "failed") return s;
+    if (Ended(s)) return s;
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
   }
-  ADD_FAILURE() << "run " << id << " did not end: " << s.dump();
+  ADD_FAILURE() << RunUrl(run) << " did not end: " << s.dump();
   return s;
+}
+
+// Polls two runs every 10 ms, calling `each` with both statuses, until
+// `until` says so (at most 24 s).
+void Watch(httplib::Client& c, const json& a, const json& b,
+           const std::function<bool(const json&, const json&)>& each) {
+  for (int i = 0; i < 2400; ++i) {
+    if (each(Status(c, a), Status(c, b))) return;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
 }
 
 std::string PdfTextOfBytes(const std::string& bytes, const std::string& dir,
@@ -102,29 +127,29 @@ std::string CommandLineText(const std::string& db, const std::string& dir, const
   return orv::testing::RunShell("pdftotext -layout " + file + " -").out;
 }
 
-class Serve : public ::testing::Test {
+class Serve : public orv::testing::HostSuite {
  protected:
   static void SetUpTestSuite() {
-    dir = orv::testing::MakeDemoFolder("serve", 200, 2);
+    MakePractice("serve", 200, 2);
     orv::app::ApplyToday("2026-11-20");
   }
-  static void TearDownTestSuite() { fs::remove_all(dir); }
-  static std::string Db() { return dir + "/demo.db"; }
   // A copy of the demo practice named `name`, changed by `updates`.
   static std::string ChangedCopy(const std::string& name,
                                  std::initializer_list<std::string> updates) {
     std::string db = dir + "/" + name;
     fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
     for (const auto& update : updates) {
-      auto w = HostShell(HostProgram() + " sql --write --db " + db + " " + ShellQuote(update));
+      auto w = Host("sql --write --db " + db + " " + ShellQuote(update));
       EXPECT_EQ(w.status, 0) << w.out;
     }
     return db;
   }
+  static std::string ReferralOfPatient5(const std::string& db) {
+    return Host("sql --db " + db + " \"SELECT ReferringDentistID FROM Patient WHERE ID = 5\"").out;
+  }
   // A referral link that points nowhere makes the check ask to repair it.
   static constexpr const char* kBrokenReferral =
       "UPDATE Patient SET ReferringDentistID = 99999 WHERE ID = 5";
-  static inline std::string dir;
 };
 
 TEST_F(Serve, CatalogueGivesEachParameterItsField) {
@@ -210,15 +235,15 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
        {{"method", "srptAppointments"}, {"args", {"2026-11-01", "2026-11-30", ""}}},
        "srptAppointments 2026-11-01 2026-11-30 ''"},
   };
-  int id_of_first_run = 0;
+  std::string first_run;
   for (const auto& k : cases) {
     SCOPED_TRACE(k.name);
-    json started = StartRun(c, k.body);
-    int id = started["id"];
-    if (id_of_first_run == 0) id_of_first_run = id;
+    const json started = StartRun(c, k.body);
+    const std::string run = RunUrl(started);
+    if (first_run.empty()) first_run = run;
     int last_progress = 0;
     bool rose = true;
-    json s = WaitEnded(c, id, [&](const json& st) {
+    json s = WaitEnded(c, started, [&](const json& st) {
       rose = rose && st["progress"].get<int>() >= last_progress;
       last_progress = st["progress"];
     });
@@ -227,7 +252,7 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
     EXPECT_EQ(s["progress"], 100);
     ASSERT_GE(s["pages"].get<int>(), 1);
 
-    auto pdf = c.Get("/api/runs/" + std::to_string(id) + "/document.pdf");
+    auto pdf = c.Get(run + "/document.pdf");
     ASSERT_TRUE(pdf);
     ASSERT_EQ(pdf->status, 200);
     EXPECT_EQ(pdf->get_header_value("Content-Type"), "application/pdf");
@@ -237,7 +262,7 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
 
     // A page image: a PNG, the same bytes the second time (kept, not drawn
     // again), and no page past the last.
-    std::string page = "/api/runs/" + std::to_string(id) + "/pages/";
+    std::string page = run + "/pages/";
     auto png = c.Get(page + "1.png");
     ASSERT_TRUE(png);
     ASSERT_EQ(png->status, 200);
@@ -247,15 +272,13 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
     EXPECT_EQ(c.Get(page + std::to_string(s["pages"].get<int>() + 1) + ".png")->status, 404);
     EXPECT_EQ(c.Get(page + "99999999999999999999.png")->status, 404);
     // The CSV is the command line's --out FILE.csv.
-    std::string csv_file = dir + "/" + k.name + "-cli.csv";
-    auto cli_csv =
-        HostShell(HostProgram() + " --db " + Db() +
-                  " --today 2026-11-20 --office 1 --user desk --out " + csv_file + " " + k.cli);
+    std::string csv_file = At(std::string(k.name) + "-cli.csv");
+    auto cli_csv = Report("--out " + csv_file, k.cli);
     ASSERT_EQ(cli_csv.status, 0) << cli_csv.out;
-    auto csv = c.Get("/api/runs/" + std::to_string(id) + "/document.csv");
+    auto csv = c.Get(run + "/document.csv");
     ASSERT_EQ(csv->status, 200);
     EXPECT_EQ(csv->body, orv::testing::ReadFile(csv_file));
-    auto txt = c.Get("/api/runs/" + std::to_string(id) + "/document.txt");
+    auto txt = c.Get(run + "/document.txt");
     EXPECT_NE(txt->body.find(k.name == std::string("statement") ? "Statement" : "Printed On"),
               std::string::npos);
   }
@@ -263,8 +286,8 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
   // command line's --split writes, by the same names, each intact.
   json family = StartRun(
       c, {{"method", "rptStatements"}, {"args", {"2026-01-01", "2026-11-20", "12,20,31", "True"}}});
-  ASSERT_EQ(WaitEnded(c, family["id"])["state"], "done");
-  auto zip = c.Get("/api/runs/" + std::to_string(family["id"].get<int>()) + "/statements.zip");
+  ASSERT_EQ(WaitEnded(c, family)["state"], "done");
+  auto zip = c.Get(RunUrl(family) + "/statements.zip");
   ASSERT_EQ(zip->status, 200) << zip->body;
   std::ofstream(dir + "/statements.zip", std::ios::binary) << zip->body;
   std::string listed = orv::testing::RunShell(
@@ -273,13 +296,12 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
                            "print('\\n'.join(sorted(z.namelist())))\" " +
                            dir + "/statements.zip")
                            .out;
-  auto split = HostShell(HostProgram() + " --db " + Db() +
-                         " --today 2026-11-20 --office 1 --user desk --split --out " + dir +
-                         "/split/ rptStatements 2026-01-01 2026-11-20 12,20,31 True");
+  auto split =
+      Report("--split --out " + At("split/"), "rptStatements 2026-01-01 2026-11-20 12,20,31 True");
   ASSERT_EQ(split.status, 0) << split.out;
   EXPECT_EQ(listed, orv::testing::RunShell("ls " + dir + "/split | sort").out);
   EXPECT_NE(listed.find(".pdf"), std::string::npos);
-  EXPECT_EQ(c.Get("/api/runs/" + std::to_string(id_of_first_run) + "/statements.zip")->status, 400);
+  EXPECT_EQ(c.Get(first_run + "/statements.zip")->status, 400);
 
   // The synchronous link: the same PDF for arguments by name.
   auto linked = c.Get("/run/rptAccountsReceivable?Comments=&txtProvFilter=&txtInvFilter=");
@@ -326,23 +348,21 @@ TEST_F(Serve, BadInputIsRefusedBesideItsField) {
   };
   for (const auto& k : cases) {
     SCOPED_TRACE(k.name);
-    auto r = c.Post("/api/runs", k.body.dump(), "application/json");
+    auto r = PostJson(c, "/api/runs", k.body.dump());
     ASSERT_TRUE(r);
     EXPECT_EQ(r->status, 400);
     json e = json::parse(r->body);
     std::string said = *k.field ? e["fields"].value(k.field, "") : e["error"].get<std::string>();
     EXPECT_NE(said.find(k.says), std::string::npos) << r->body;
   }
-  auto garbled = c.Post("/api/runs", "{method", "application/json");
+  auto garbled = PostJson(c, "/api/runs", "{method");
   EXPECT_EQ(garbled->status, 400);
   // A report that fails says why; its document is not offered.
   json started = StartRun(c, {{"method", "rptInsuranceCompanyLabels"}, {"args", {"999999"}}});
-  json s = WaitEnded(c, started["id"]);
+  json s = WaitEnded(c, started);
   EXPECT_EQ(s["state"], "failed");
   EXPECT_FALSE(s["error"].get<std::string>().empty());
-  EXPECT_EQ(
-      c.Get("/api/runs/" + std::to_string(started["id"].get<int>()) + "/document.pdf")->status,
-      409);
+  EXPECT_EQ(c.Get(RunUrl(started) + "/document.pdf")->status, 409);
   EXPECT_EQ(c.Get("/api/runs/424242")->status, 404);
   EXPECT_EQ(c.Get("/api/runs/99999999999999999999")->status, 404);
 }
@@ -354,10 +374,10 @@ TEST_F(Serve, AQuestionWaitsForItsAnswer) {
   json started =
       StartRun(c, {{"method", "CheckRelationships"},
                    {"args", {"ReferringDentists", "ID", "Patient", "ReferringDentistID"}}});
-  int id = started["id"];
+  const std::string answer = RunUrl(started) + "/answer";
   json asked;
   for (int i = 0; i < 600 && asked.is_null(); ++i) {
-    json s = Json(c.Get("/api/runs/" + std::to_string(id)));
+    json s = Status(c, started);
     if (s["state"] == "question")
       asked = s;
     else
@@ -365,25 +385,15 @@ TEST_F(Serve, AQuestionWaitsForItsAnswer) {
   }
   ASSERT_FALSE(asked.is_null()) << "no question came";
   EXPECT_NE(asked["question"].get<std::string>().find("repair"), std::string::npos);
-  auto bad = c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"maybe"})",
-                    "application/json");
-  EXPECT_EQ(bad->status, 400);
-  auto no = c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"no"})",
-                   "application/json");
-  EXPECT_EQ(no->status, 200);
-  json s = WaitEnded(c, id);
+  EXPECT_EQ(PostJson(c, answer, R"({"answer":"maybe"})")->status, 400);
+  EXPECT_EQ(PostJson(c, answer, R"({"answer":"no"})")->status, 200);
+  json s = WaitEnded(c, started);
   ASSERT_EQ(s["state"], "done");
   // Not repaired: the link stays broken and the check says False.
   EXPECT_EQ(s["result"], "False");
-  EXPECT_EQ(HostShell(HostProgram() + " sql --db " + db +
-                      " \"SELECT ReferringDentistID FROM Patient WHERE ID = 5\"")
-                .out,
-            "ReferringDentistID\n99999\n");
+  EXPECT_EQ(ReferralOfPatient5(db), "ReferringDentistID\n99999\n");
   // Nothing waits any more.
-  EXPECT_EQ(c.Post("/api/runs/" + std::to_string(id) + "/answer", R"({"answer":"yes"})",
-                   "application/json")
-                ->status,
-            409);
+  EXPECT_EQ(PostJson(c, answer, R"({"answer":"yes"})")->status, 409);
 }
 
 TEST_F(Serve, TokenGuardsEveryRequest) {
@@ -452,26 +462,17 @@ void TwoRunsAtOnce(const std::string& db, const std::string& dir) {
   json b = StartRun(c, {{"method", "rptStatements"},
                         {"args", {"2026-01-01", "2026-11-20", "12,20,31,40", "True"}}});
   bool together = false;
-  for (int i = 0; i < 2400; ++i) {
-    json sa = Json(c.Get("/api/runs/" + std::to_string(a["id"].get<int>())));
-    json sb = Json(c.Get("/api/runs/" + std::to_string(b["id"].get<int>())));
+  Watch(c, a, b, [&](const json& sa, const json& sb) {
     together = together || (sa["state"] == "running" && sb["state"] == "running");
-    if ((sa["state"] == "done" || sa["state"] == "failed") &&
-        (sb["state"] == "done" || sb["state"] == "failed"))
-      break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
+    return Ended(sa) && Ended(sb);
+  });
   EXPECT_TRUE(together) << "the two runs never ran at the same time";
-  ASSERT_EQ(WaitEnded(c, a["id"])["state"], "done");
-  ASSERT_EQ(WaitEnded(c, b["id"])["state"], "done");
-  EXPECT_EQ(PdfTextOfBytes(
-                c.Get("/api/runs/" + std::to_string(a["id"].get<int>()) + "/document.pdf")->body,
-                dir, "two-a"),
+  ASSERT_EQ(WaitEnded(c, a)["state"], "done");
+  ASSERT_EQ(WaitEnded(c, b)["state"], "done");
+  EXPECT_EQ(PdfTextOfBytes(c.Get(RunUrl(a) + "/document.pdf")->body, dir, "two-a"),
             CommandLineText(db, dir, "two-a", "rptAccountsReceivable '' '' '' desk"));
   EXPECT_EQ(
-      PdfTextOfBytes(
-          c.Get("/api/runs/" + std::to_string(b["id"].get<int>()) + "/document.pdf")->body, dir,
-          "two-b"),
+      PdfTextOfBytes(c.Get(RunUrl(b) + "/document.pdf")->body, dir, "two-b"),
       CommandLineText(db, dir, "two-b", "rptStatements 2026-01-01 2026-11-20 12,20,31,40 True"));
 }
 
@@ -482,18 +483,15 @@ TEST_F(Serve, ARunWaitsItsTurnForAFreeComponent) {
   json a = StartRun(c, {{"method", "rptAccountsReceivable"}, {"args", {"", "", "", "desk"}}});
   json b = StartRun(c, {{"method", "rptFeeGuide"}, {"args", {"1"}}});
   bool waited = false, overlapped = false;
-  for (int i = 0; i < 2400; ++i) {
-    json sa = Json(c.Get("/api/runs/" + std::to_string(a["id"].get<int>())));
-    json sb = Json(c.Get("/api/runs/" + std::to_string(b["id"].get<int>())));
+  Watch(c, a, b, [&](const json& sa, const json& sb) {
     waited = waited || (sa["state"] == "running" && sb["state"] == "queued");
     overlapped = overlapped || (sa["state"] == "running" && sb["state"] == "running");
-    if (sb["state"] == "done" || sb["state"] == "failed") break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
+    return Ended(sb);
+  });
   EXPECT_TRUE(waited);
   EXPECT_FALSE(overlapped);
-  EXPECT_EQ(WaitEnded(c, a["id"])["state"], "done");
-  EXPECT_EQ(WaitEnded(c, b["id"])["state"], "done");
+  EXPECT_EQ(WaitEnded(c, a)["state"], "done");
+  EXPECT_EQ(WaitEnded(c, b)["state"], "done");
 }
 
 // A run is cancelled from the page: a queued one never starts; one in
@@ -504,13 +502,8 @@ TEST_F(Serve, ACancelledRunStopsAndFreesItsWorker) {
   std::string db = ChangedCopy("cancel.db", {kBrokenReferral});
   LiveServer live(Options(db, 1));
   auto c = live.Client();
-  auto cancel = [&](const json& run) {
-    return c.Post("/api/runs/" + std::to_string(run["id"].get<int>()) + "/cancel", "",
-                  "application/json");
-  };
-  auto status = [&](const json& run) {
-    return Json(c.Get("/api/runs/" + std::to_string(run["id"].get<int>())));
-  };
+  auto cancel = [&](const json& run) { return PostJson(c, RunUrl(run) + "/cancel", ""); };
+  auto status = [&](const json& run) { return Status(c, run); };
   json longer = StartRun(c, {{"method", "rptBillingByClient"}, {"args", {"desk", "", "", ""}}});
   json queued = StartRun(c, {{"method", "rptFeeGuide"}, {"args", {"1"}}});
   json s;
@@ -528,13 +521,12 @@ TEST_F(Serve, ACancelledRunStopsAndFreesItsWorker) {
   r = cancel(longer);
   ASSERT_TRUE(r);
   EXPECT_EQ(r->status, 200) << r->body;
-  json ended = WaitEnded(c, longer["id"]);
+  json ended = WaitEnded(c, longer);
   EXPECT_EQ(ended["state"], "failed");
   EXPECT_EQ(ended["cancelled"], true) << ended.dump();
   EXPECT_EQ(ended["error"], "Cancelled.");
   EXPECT_LT(ended["progress"].get<int>(), 100);
-  EXPECT_EQ(c.Get("/api/runs/" + std::to_string(longer["id"].get<int>()) + "/document.pdf")->status,
-            409);
+  EXPECT_EQ(c.Get(RunUrl(longer) + "/document.pdf")->status, 409);
   json never = status(queued);
   EXPECT_EQ(never["state"], "failed");
   EXPECT_EQ(never["cancelled"], true);
@@ -550,12 +542,10 @@ TEST_F(Serve, ACancelledRunStopsAndFreesItsWorker) {
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   ASSERT_EQ(status(asks)["state"], "question");
   EXPECT_EQ(cancel(asks)->status, 200);
-  json stopped = WaitEnded(c, asks["id"]);
+  json stopped = WaitEnded(c, asks);
   EXPECT_EQ(stopped["cancelled"], true) << stopped.dump();
-  auto still = HostShell(HostProgram() + " sql --db " + db +
-                         " \"SELECT ReferringDentistID FROM Patient WHERE ID = 5\"");
-  EXPECT_EQ(still.out, "ReferringDentistID\n99999\n");
-  EXPECT_EQ(WaitEnded(c, StartRun(c, {{"method", "rptFeeGuide"}, {"args", {"1"}}})["id"])["state"],
+  EXPECT_EQ(ReferralOfPatient5(db), "ReferringDentistID\n99999\n");
+  EXPECT_EQ(WaitEnded(c, StartRun(c, {{"method", "rptFeeGuide"}, {"args", {"1"}}}))["state"],
             "done");
 }
 
@@ -566,8 +556,7 @@ TEST_F(Serve, TwoRunsAtOnceOnSqlite) {
 TEST_F(Serve, TwoRunsAtOnceOnPostgres) {
   ORV_REQUIRE_POSTGRES();
   orv::testing::FreshPgDatabase pg;
-  auto copy =
-      HostShell(HostProgram() + " copy-db " + Db() + " " + ShellQuote(pg.url()) + " --replace");
+  auto copy = Host("copy-db " + Db() + " " + ShellQuote(pg.url()) + " --replace");
   ASSERT_EQ(copy.status, 0) << copy.out;
   TwoRunsAtOnce(pg.url(), dir);
 }
@@ -617,8 +606,7 @@ TEST_F(Serve, PatientSearchFoldsAccentsAndCase) {
   if (orv::testing::TestServerUrl().empty()) return;
   SCOPED_TRACE("PostgreSQL");
   orv::testing::FreshPgDatabase pg;
-  auto copy =
-      HostShell(HostProgram() + " copy-db " + db + " " + ShellQuote(pg.url()) + " --replace");
+  auto copy = Host("copy-db " + db + " " + ShellQuote(pg.url()) + " --replace");
   ASSERT_EQ(copy.status, 0) << copy.out;
   PatientSearchFoldsAccentsAndCase(pg.url());
 }
@@ -646,13 +634,13 @@ TEST_F(Serve, PrintsToAQueueOfThisMachine) {
   auto c = live.Client();
   json started = StartRun(
       c, {{"method", "rptStatements"}, {"args", {"2026-01-01", "2026-11-20", "12", "True"}}});
-  std::string run = "/api/runs/" + std::to_string(started["id"].get<int>());
-  ASSERT_EQ(WaitEnded(c, started["id"])["state"], "done");
+  std::string run = RunUrl(started);
+  ASSERT_EQ(WaitEnded(c, started)["state"], "done");
   // A queue the machine does not have is refused by name, before lp.
-  auto unknown = c.Post(run + "/print", R"({"printer":"no-such-queue"})", "application/json");
+  auto unknown = PostJson(c, run + "/print", R"({"printer":"no-such-queue"})");
   EXPECT_EQ(unknown->status, 502);
   EXPECT_NE(unknown->body.find("no printer no-such-queue"), std::string::npos) << unknown->body;
-  EXPECT_EQ(c.Post(run + "/print", "{}", "application/json")->status, 400);
+  EXPECT_EQ(PostJson(c, run + "/print", "{}")->status, 400);
 
   // With a queue that writes its jobs to a file (the test command starts
   // one), the printed job reads back as the statement.
@@ -662,7 +650,7 @@ TEST_F(Serve, PrintsToAQueueOfThisMachine) {
     if (file.empty() && !(file = QueueFile(p)).empty()) queue = p;
   if (queue.empty()) GTEST_SKIP() << "no CUPS queue that prints to a file on this machine";
   fs::remove(file);
-  auto printed = c.Post(run + "/print", json{{"printer", queue}}.dump(), "application/json");
+  auto printed = PostJson(c, run + "/print", json{{"printer", queue}}.dump());
   ASSERT_EQ(printed->status, 200) << printed->body;
   std::string expected = c.Get(run + "/document.txt")->body;
   std::string first_line = expected.substr(0, expected.find('\n'));

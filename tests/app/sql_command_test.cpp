@@ -72,6 +72,7 @@ TEST_F(SqlCommand, PrintsRows) {
     const char* options;
     const char* statement;
     const char* out;
+    const char* input = "";  // standard input, for the statement "-"
   } cases[] = {
       {"plain select, values as the layer returns them", "--format tsv",
        "SELECT ID, LastName + ', ' + FirstName AS Name, BirthDate, Balance FROM Patient ORDER BY ID",
@@ -93,10 +94,17 @@ TEST_F(SqlCommand, PrintsRows) {
        "Name\n\"Tremblay, Claire\"\n"},
       {"table", "--format table", "SELECT ID, LastName FROM Patient WHERE ID <= 2 ORDER BY ID",
        "ID | LastName\n---+---------\n1  | Tremblay\n2  | Singh\n"},
+      // A statement that opens with a "--" comment is the statement, not an
+      // option; after a lone "--" any text is.
+      {"a leading comment", "", "-- the first patient\nSELECT LastName FROM Patient WHERE ID = 1",
+       "LastName\nTremblay\n"},
+      {"after a lone --", "--", "--count\nSELECT COUNT(*) AS N FROM Patient", "N\n3\n"},
+      {"from standard input", "", "-", "FirstName\nPriya\n",
+       "SELECT FirstName FROM Patient WHERE ID = 2"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    CommandResult r = Sql(c.options, c.statement);
+    CommandResult r = Sql(c.options, c.statement, c.input);
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, c.out);
   }
@@ -126,20 +134,8 @@ TEST_F(SqlCommand, WritesOnlyWithWrite) {
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "2\n");
   EXPECT_EQ(Sql("", "SELECT COUNT(*) AS N FROM Patient WHERE Balance = 0").out, "N\n2\n");
-}
-
-// A statement that opens with a "--" comment is the statement, not an
-// option; after a lone "--" any text is.
-TEST_F(SqlCommand, StatementStartingWithACommentIsNoOption) {
-  CommandResult r = Sql("", "-- the first patient\nSELECT LastName FROM Patient WHERE ID = 1");
-  EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out, "LastName\nTremblay\n");
-  r = Sql("--", "--count\nSELECT COUNT(*) AS N FROM Patient");
-  EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out, "N\n3\n");
-  // A mistyped option is still refused, not run as a statement.
-  r = Sql("--formt tsv", "SELECT 1");
-  EXPECT_EQ(r.status, 2);
+  // A mistyped option is refused, not run as a statement.
+  EXPECT_EQ(Sql("--formt tsv", "SELECT 1").status, 2);
 }
 
 TEST_F(SqlCommand, TranslatePrintsTheEngineTextWithoutRunning) {
@@ -156,12 +152,6 @@ TEST_F(SqlCommand, TranslatePrintsTheEngineTextWithoutRunning) {
   ASSERT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), 2) << r.out;
   EXPECT_EQ(r.out.find("SELECT"), 0u) << r.out;
   EXPECT_NE(r.out.find("\n\tSELECT"), std::string::npos) << r.out;
-}
-
-TEST_F(SqlCommand, StatementFromStandardInput) {
-  CommandResult r = Sql("", "-", "SELECT FirstName FROM Patient WHERE ID = 2");
-  EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out, "FirstName\nPriya\n");
 }
 
 TEST_F(SqlCommand, FaultsGoToStandardErrorWithExitOne) {

@@ -7,6 +7,7 @@
 #include "platform/db/recordset.h"
 #include "support/forged_cells.h"
 #include "support/report_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -29,24 +30,14 @@ class AppointmentCards : public ReportTest {
     patient = CLng(rs["PatientID"].Value());
     reports.OfficeID = 1;
   }
-  std::string Scalar(const std::string& sql) {
-    db::Recordset rs;
-    rs.Open(sql, conn);
-    return CStr(rs[0L].Value());
-  }
-  size_t Occurrences(const std::string& what) const {
-    const std::string text = Text();
-    size_t n = 0;
-    for (size_t p = text.find(what); p != std::string::npos; p = text.find(what, p + 1)) ++n;
-    return n;
-  }
+  size_t Occurrences(const std::string& what) const { return testing::Occurrences(Text(), what); }
   int32_t appointment = 0, patient = 0;
 };
 
 // The host names the office on a card and a schedule: that office stands in
 // the heading, once, and the component's own office is not printed beside it.
 TEST_F(AppointmentCards, OneOfficeTheHostsInTheHeading) {
-  const std::string own = Scalar("SELECT Name FROM OfficeInformation WHERE ID = 1");
+  const std::string own = TextOf("SELECT Name FROM OfficeInformation WHERE ID = 1");
   ASSERT_NE(own, "Birch Street Dental");
   reports.rptAppointmentCard(appointment, "Your visit", "", "Birch Street Dental", "613-555-0199",
                              15, false);
@@ -81,16 +72,20 @@ TEST_F(AppointmentCards, OneOfficeTheHostsInTheHeading) {
 TEST_F(AppointmentCards, FamilyListKeepsTheCardsOwnAppointment) {
   RawExec("UPDATE OfficeInformation SET HideFinancial = 1 WHERE ID = 1");
   const std::string day =
-      Format(Variant(CDate(Variant(Scalar("SELECT Date FROM PatientAppointments WHERE ID = " +
+      Format(Variant(CDate(Variant(TextOf("SELECT Date FROM PatientAppointments WHERE ID = " +
                                           std::to_string(appointment))))),
              "dddd mmmm d, yyyy");
   // Family appointments on the same day, the card's own included.
-  const int same_day = std::stoi(Scalar(
-      "SELECT COUNT(*) FROM PatientAppointments INNER JOIN Patient ON PatientAppointments.PatientID "
-      "= Patient.ID WHERE Patient.ResponsibleFamilyMemberID = (SELECT ResponsibleFamilyMemberID FROM "
-      "Patient WHERE ID = " +
-      std::to_string(patient) + ") AND PatientAppointments.Date = (SELECT Date FROM "
-      "PatientAppointments WHERE ID = " + std::to_string(appointment) + ")"));
+  const int same_day =
+      std::stoi(TextOf("SELECT COUNT(*) FROM PatientAppointments INNER JOIN Patient ON "
+                       "PatientAppointments.PatientID "
+                       "= Patient.ID WHERE Patient.ResponsibleFamilyMemberID = (SELECT "
+                       "ResponsibleFamilyMemberID FROM "
+                       "Patient WHERE ID = " +
+                       std::to_string(patient) +
+                       ") AND PatientAppointments.Date = (SELECT Date FROM "
+                       "PatientAppointments WHERE ID = " +
+                       std::to_string(appointment) + ")"));
   reports.rptAppointmentCard(appointment, "", "", "", "", 15, false);
   EXPECT_NE(Text().find("Family Appointments:"), std::string::npos) << Text();
   // Once in the card's own table, and once per appointment of the day in
@@ -148,11 +143,8 @@ TEST_F(AppointmentCards, CardShowsFeesUnlessTheOfficeHidesThem) {
   std::string shown = Text();
   EXPECT_EQ(form.PrintCount(), 1) << "the card goes to the printer, not the preview";
   EXPECT_EQ(form.ShowCount(), 0);
-  EXPECT_NE(shown.find("Planned Procedures:"), std::string::npos);
-  EXPECT_NE(shown.find("Code Description Fee"), std::string::npos) << shown;
-  EXPECT_NE(shown.find("Estimated Fee: $"), std::string::npos);
-  EXPECT_NE(shown.find("You are responsible to bring payment for the above amount on "),
-            std::string::npos);
+  EXPECT_TRUE(HasAll(shown, {"Planned Procedures:", "Code Description Fee", "Estimated Fee: $",
+                             "You are responsible to bring payment for the above amount on "}));
 
   // With insurance assignment the sentence speaks of what is not covered.
   reports.rptAppointmentCard(appointment, "", "", "Cedar", "", 15, true);
@@ -162,8 +154,7 @@ TEST_F(AppointmentCards, CardShowsFeesUnlessTheOfficeHidesThem) {
   reports.rptAppointmentCard(appointment, "", "", "Cedar", "", 15, false);
   std::string hidden = Text();
   EXPECT_NE(hidden.find("Code Description\n"), std::string::npos) << hidden;
-  EXPECT_EQ(hidden.find("Estimated Fee"), std::string::npos);
-  EXPECT_EQ(hidden.find("You are responsible"), std::string::npos);
+  EXPECT_TRUE(HasNone(hidden, {"Estimated Fee", "You are responsible"}));
   EXPECT_EQ(hidden.find('$'), std::string::npos) << hidden;
 }
 

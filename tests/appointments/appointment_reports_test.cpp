@@ -4,6 +4,7 @@
 #include "common/common_functions.h"
 #include "frame/surface/surface.h"
 #include "platform/host/settings.h"
+#include "support/host_said.h"
 #include "support/report_fixture.h"
 #include "support/text_order.h"
 
@@ -208,8 +209,7 @@ TEST_F(AppointmentReports, RunPrintsSectionsInItsOrder) {
   EXPECT_TRUE(Has("Printed by Orvenda")) << Text();
   // The only message of the two runs is the reschedule section's, about
   // the detail row without an employee.
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind("There is a NULL PatientID", 0), 0u);
+  ASSERT_TRUE(SaidOnce(host, "There is a NULL PatientID"));
 }
 
 // Reschedules: any non-NULL mark counts, 0 too; a NULL employee shows the
@@ -218,29 +218,23 @@ TEST_F(AppointmentReports, RunPrintsSectionsInItsOrder) {
 // incomplete.
 TEST_F(AppointmentReports, ReschedulesPlannedAndPlans) {
   InDocument([&] { reports.srptAppointmentReschedules("", D(2028, 2, 28), D(2028, 3, 2)); });
-  EXPECT_TRUE(Has("Sick")) << Text();
-  EXPECT_TRUE(Has("call back")) << Text();
-  EXPECT_TRUE(Has("Cy Cole")) << Text();
-  EXPECT_FALSE(Has("Snow")) << Text();
-  EXPECT_FALSE(Has("Late")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Sick", "call back", "Cy Cole"}));
+  EXPECT_TRUE(HasNone(Text(), {"Snow", "Late"}));
   ASSERT_EQ(host.messages.size(), 1u);
   EXPECT_EQ(host.messages[0].prompt,
             "There is a NULL PatientID in the Appointments Table or a NULL EmployeeID in the "
             "AppointmentsDetails Table\r\nPlease contact Technical Support to resolve this issue.");
 
   InDocument([&] { reports.srptPlannedAppointmentsList("", D(2028, 2, 1), D(2028, 3, 31), 0); });
-  EXPECT_TRUE(Has("Monday February 28, 2028")) << Text();
-  EXPECT_TRUE(Has("$50.00")) << Text();
-  EXPECT_FALSE(Has("$70.00")) << "no schedule date\n" << Text();
-  EXPECT_FALSE(Has("$90.00")) << "not approved\n" << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Monday February 28, 2028", "$50.00"}));
+  EXPECT_TRUE(HasNone(Text(), {"$70.00", "$90.00"}));
 
   InDocument([&] { reports.srptTreatmentPlansOutstanding("ProviderID = 501", D(2028, 2, 1), D(2028, 3, 31)); });
   const char* lines[] = {"Completed Treatments 1", "Total Completed Treatments $250.00",
                          "Incompleted Treatments 1", "Total Incompleted Treatments $100.00",
                          "Treatments 2", "Total Treatments $350.00"};
   for (const char* l : lines) EXPECT_TRUE(Has(l)) << l << "\n" << Text();
-  EXPECT_TRUE(Has("$100.00 I")) << Text();
-  EXPECT_TRUE(Has("$250.00 C")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"$100.00 I", "$250.00 C"}));
 }
 
 // Available and booked units of two providers over four days around Feb 29
@@ -294,8 +288,7 @@ TEST_F(AppointmentReports, DaySheetOnePageAndOneMessage) {
   EXPECT_EQ(form.VSP.PageCount(), 1);
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   const std::string text = Text();
-  EXPECT_TRUE(Has("Monday February 28, 2028 - Birch Street")) << text;
-  EXPECT_TRUE(Has("Aster A1")) << text;
+  EXPECT_TRUE(HasAll(Text(), {"Monday February 28, 2028 - Birch Street", "Aster A1"}));
   EXPECT_TRUE(Has("Quill Pia CMPA")) << text;  // confirmed, message, premed, alert
   EXPECT_TRUE(Has("Stone Rex NCM")) << text;   // the long one at 4:00 PM
   EXPECT_TRUE(Has("12369084")) << text;        // shaded lunch
@@ -340,10 +333,8 @@ TEST_F(AppointmentReports, RoutingSlip) {
   Clock::SetFixed(DateTime::FromParts(2028, 1, 10, 9, 0, 0));
   reports.rptRoutingSlip("PatientAppointments.ID = 7001", "Tess");
   const std::string text = Text();
-  EXPECT_TRUE(Has("For: Ms. Pia Quill")) << text;
-  EXPECT_TRUE(Has("Age: 38")) << text;
-  EXPECT_TRUE(Has("Health Issues: Asthma")) << text;
-  EXPECT_TRUE(Has("Family Information")) << text;
+  EXPECT_TRUE(HasAll(
+      Text(), {"For: Ms. Pia Quill", "Age: 38", "Health Issues: Asthma", "Family Information"}));
   EXPECT_TRUE(Has("Monday February 28, 2028")) << text;    // the other appointment
   EXPECT_FALSE(Has("Tuesday February 29, 2028")) << text;  // this one, not listed again
   EXPECT_TRUE(Has("All information contained herein is confidential")) << text;

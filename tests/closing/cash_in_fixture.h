@@ -25,13 +25,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "accounts/account_fixture.h"
-#include "frame/preview_form.h"
-#include "frame/reports.h"
-#include "frame/surface/surface.h"
-#include "platform/host/host_services.h"
 
 namespace orv::testing {
 
@@ -119,18 +114,11 @@ UPDATE Patient SET SignupDate = '2026-03-11 00:00:00', DoctorID = 21, RefferedBy
 UPDATE Patient SET SignupDate = '2026-02-01 00:00:00' WHERE ID = 6;
 )sql";
 
-class CashInTest : public AccountFixture {
+class CashInTest : public AccountReportTest {
  protected:
   // The rows the test's practice adds to the account fixture's.
   virtual std::string Rows() const { return kCashInRows; }
-  void SetUp() override {
-    AccountFixture::SetUpPractice(Rows());
-    if (IsSkipped() || HasFatalFailure()) return;
-    form.SetNotifier([](const std::string&) {});
-    reports.Connection(conn_);
-    reports.SetPrintPreview(&form);
-    reports.SetHostServices(&host);
-  }
+  void SetUp() override { SetUpReports(Rows()); }
   // A fresh running document for a section.
   void NewDocument() {
     form.VSP.KillDoc();
@@ -138,46 +126,6 @@ class CashInTest : public AccountFixture {
   }
 
   static DateTime Mar(int day) { return Day(2026, 3, day); }
-
-  std::string Text() const { return DocumentText(form.VSP.Document()); }
-  std::vector<std::string> Lines() const {
-    std::vector<std::string> lines;
-    const std::string text = Text();
-    size_t start = 0;
-    while (start < text.size()) {
-      size_t end = text.find_first_of("\n\f", start);
-      if (end == std::string::npos) end = text.size();
-      lines.push_back(text.substr(start, end - start));
-      start = end + 1;
-    }
-    return lines;
-  }
-  // Every line holding `part`, in order.
-  std::vector<std::string> LinesWith(const std::string& part) const {
-    std::vector<std::string> found;
-    for (const auto& l : Lines()) {
-      if (l.find(part) != std::string::npos) found.push_back(l);
-    }
-    return found;
-  }
-  // The lines holding `part` joined by " // " ("" when none).
-  std::string LineWith(const std::string& part) const {
-    std::string all;
-    for (const auto& l : LinesWith(part)) all += (all.empty() ? "" : " // ") + l;
-    return all;
-  }
-  // The line that follows the first line holding `part`.
-  std::string LineAfter(const std::string& part) const {
-    const auto lines = Lines();
-    for (size_t i = 0; i + 1 < lines.size(); ++i) {
-      if (lines[i].find(part) != std::string::npos) return lines[i + 1];
-    }
-    return "";
-  }
-
-  PreviewForm form;
-  host::RecordingHost host;
-  clsReports reports;
 };
 
 }  // namespace orv::testing

@@ -29,14 +29,9 @@
 
 #include <cctype>
 #include <string>
-#include <vector>
 
 #include "accounts/account_fixture.h"
 #include "common/vbstrings.h"
-#include "frame/preview_form.h"
-#include "frame/reports.h"
-#include "frame/surface/surface.h"
-#include "platform/host/host_services.h"
 
 namespace orv::testing {
 
@@ -127,47 +122,15 @@ inline std::string SummaryTotalRow(const std::string& text) {
   return "";
 }
 
-class ClosingTest : public AccountFixture {
+class ClosingTest : public AccountReportTest {
  protected:
   // The rows the test's practice adds to the account fixture's.
   virtual std::string Rows() const { return kClosingRows; }
   void SetUp() override {
-    AccountFixture::SetUpPractice(Rows());
-    if (IsSkipped() || HasFatalFailure()) return;
-    form.SetNotifier([](const std::string&) {});
-    reports.Connection(conn_);
-    reports.SetPrintPreview(&form);
-    reports.SetHostServices(&host);
-    reports.VSP().StartDoc();
+    if (SetUpReports(Rows())) reports.VSP().StartDoc();
   }
 
   static DateTime Feb(int day) { return Day(2026, 2, day); }
-
-  std::string Text() const { return DocumentText(form.VSP.Document()); }
-  // Every line of the document holding `part`, in order.
-  std::vector<std::string> LinesWith(const std::string& part) const {
-    std::vector<std::string> found;
-    const std::string text = Text();
-    size_t start = 0;
-    while (start < text.size()) {
-      size_t end = text.find_first_of("\n\f", start);
-      if (end == std::string::npos) end = text.size();
-      const std::string line = text.substr(start, end - start);
-      if (line.find(part) != std::string::npos) found.push_back(line);
-      start = end + 1;
-    }
-    return found;
-  }
-  // The one line holding `part` ("" when none; all of them when several).
-  std::string LineWith(const std::string& part) const {
-    std::string all;
-    for (const auto& l : LinesWith(part)) all += (all.empty() ? "" : " // ") + l;
-    return all;
-  }
-
-  PreviewForm form;
-  host::RecordingHost host;
-  clsReports reports;
 };
 
 }  // namespace orv::testing

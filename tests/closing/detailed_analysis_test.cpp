@@ -6,6 +6,7 @@
 
 #include "closing/closing_fixture.h"
 #include "common/errors.h"
+#include "support/host_said.h"
 #include "support/paged_lines.h"
 
 namespace orv::testing {
@@ -192,7 +193,7 @@ TEST_F(DetailedAnalysis, HeadingsAndClosingRowsStayWithTheirRows) {
         ASSERT_LT(i + 1, lines.size());
         EXPECT_EQ(lines[i].first, lines[i + 1].first);
       }
-      if (l.rfind("Lab Fees:", 0) == 0) EXPECT_EQ(lines[i].first, lines[i - 1].first);
+      EXPECT_TRUE(l.rfind("Lab Fees:", 0) != 0 || lines[i].first == lines[i - 1].first);
     }
   }
   EXPECT_GT(reached_foot, 10);
@@ -222,11 +223,8 @@ TEST_F(DetailedAnalysis, BadInputIsRefusedOrTrapped) {
 
   // A malformed filter: the section's own message, the statement with it.
   Run(0, true, "ProviderID = = 11");
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An Error has occurred in Sub srptDetailedAnalysis in Class clsReports.\n", 0),
-            0u)
-      << host.messages[0].prompt;
+  ASSERT_TRUE(
+      SaidOnce(host, "An Error has occurred in Sub srptDetailedAnalysis in Class clsReports.\n"));
   EXPECT_NE(host.messages[0].prompt.find("InvoiceDetails.ProviderID = = 11"), std::string::npos);
 
   // No provider chosen.

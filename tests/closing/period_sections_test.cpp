@@ -55,7 +55,7 @@ TEST_F(PeriodSections, IncompleteInvoicesIgnoreTheDates) {
 
 // The write-off of 50 has 20 allocated: only the allocation shows. The
 // other adjustments have nothing allocated and show whole.
-TEST_F(PeriodSections, AdjustmentReportByChapter) {
+TEST_F(PeriodSections, AdjustmentReportByChapterAndWithoutTypes) {
   for (const char* filter : {"", "ID = 21"}) {
     SCOPED_TRACE(filter);
     NewDocument();
@@ -80,9 +80,7 @@ TEST_F(PeriodSections, AdjustmentReportByChapter) {
   NewDocument();
   reports.srptAdjustmentReport(Mar(10), Mar(12), "ID = 21", 0);
   EXPECT_EQ(LineWith("NSF"), "");
-}
 
-TEST_F(PeriodSections, AdjustmentReportWithoutAdjustmentTypes) {
   Exec("DELETE FROM PaymentTypes;");
   NewDocument();
   reports.srptAdjustmentReport(Mar(10), Mar(12), "", 0);

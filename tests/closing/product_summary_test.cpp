@@ -4,6 +4,8 @@
 
 #include "production_fixture.h"
 #include "support/forged_cells.h"
+#include "support/host_said.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -15,31 +17,27 @@ TEST_F(ProviderSummary, FeesOnceAPaymentsAsAppliedAndTheNewReceivable) {
   reports.ProductSumReport(Nov(1), Nov(30), "dana");
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   EXPECT_EQ(form.ShowCount(), 1);
-  EXPECT_TRUE(Has("Provider Summary Report")) << Text();
-  EXPECT_TRUE(Has("From Nov/1/2026 to Nov/30/2026"));
-  EXPECT_TRUE(Has("Fees($) Payments($)")) << Text();
-  EXPECT_TRUE(Has("Provider Dental Lab Int. W/O Net Dental Labs Adjusts Net"));
-  // Chen: 73 (100, two allocations, counted once) + 74 (50) + the
-  // reversal 75 (-120) = 30; 74's write-off -10; net 20. Payments on his
-  // lines: 80 + 50 + 20 = 150.
-  EXPECT_TRUE(Has("Chen, Paul 30.00 0.00 0.00 (10.00) 20.00 150.00 0.00 0.00 150.00")) << Text();
-  // Moreau: 71 100, 76 -50 (no exclusion here), 77 50, 79 entered and
-  // cancelled in the period: 0; lab 72 200. The 20 on the lab line is a
-  // lab payment; the discount -5 is an adjustment: net 20 + 5.
-  EXPECT_TRUE(Has("Moreau, Anne 100.00 200.00 0.00 0.00 300.00 0.00 20.00 (5.00) 25.00"))
-      << Text();
-  EXPECT_TRUE(Has("Total 130.00 200.00 0.00 (10.00) 320.00 150.00 20.00 (5.00) 175.00"));
+  EXPECT_TRUE(HasAll(
+      Text(), {"Provider Summary Report", "From Nov/1/2026 to Nov/30/2026", "Fees($) Payments($)",
+               "Provider Dental Lab Int. W/O Net Dental Labs Adjusts Net",
+               // Chen: 73 (100, two allocations, counted once) + 74 (50) + the
+               // reversal 75 (-120) = 30; 74's write-off -10; net 20. Payments on his
+               // lines: 80 + 50 + 20 = 150.
+               "Chen, Paul 30.00 0.00 0.00 (10.00) 20.00 150.00 0.00 0.00 150.00",
+               // Moreau: 71 100, 76 -50 (no exclusion here), 77 50, 79 entered and
+               // cancelled in the period: 0; lab 72 200. The 20 on the lab line is a
+               // lab payment; the discount -5 is an adjustment: net 20 + 5.
+               "Moreau, Anne 100.00 200.00 0.00 0.00 300.00 0.00 20.00 (5.00) 25.00",
+               "Total 130.00 200.00 0.00 (10.00) 320.00 150.00 20.00 (5.00) 175.00"}));
   // Okafor did nothing: no row.
   EXPECT_FALSE(Has("Okafor"));
   // Hygienists: Chen alone.
-  EXPECT_TRUE(Has("Chen, Paul 30.00 0.00 30.00 100.00"));
-  EXPECT_TRUE(Has("Hygenists Totals 30.00 0.00 30.00 100.00")) << Text();
-  // New receivable: nothing of theirs before November. By the end,
-  // Moreau 100 + 200 - 50 + 50 + 60 less 20 and -5 applied: 345; Chen 30
-  // less 80 + 50 + 20 - 10: -110.
-  EXPECT_TRUE(Has("Moreau, Anne 0.00 345.00")) << Text();
-  EXPECT_TRUE(Has("Chen, Paul 0.00 (110.00)"));
-  EXPECT_TRUE(Has("Total 0.00 235.00"));
+  EXPECT_TRUE(HasAll(
+      Text(), {"Chen, Paul 30.00 0.00 30.00 100.00", "Hygenists Totals 30.00 0.00 30.00 100.00",
+               // New receivable: nothing of theirs before November. By the end,
+               // Moreau 100 + 200 - 50 + 50 + 60 less 20 and -5 applied: 345; Chen 30
+               // less 80 + 50 + 20 - 10: -110.
+               "Moreau, Anne 0.00 345.00", "Chen, Paul 0.00 (110.00)", "Total 0.00 235.00"}));
 }
 
 TEST_F(ProviderSummary, AReversedLabFeeIsLabInProductionButDentalHere) {
@@ -85,43 +83,40 @@ TEST_F(ProviderSummary, PartnershipIsTheSameReportAndDrawsIntoARun) {
 TEST_F(HygieneCompany, SplitsEachPaymentByTheHygieneLines) {
   reports.rptHygieneCompanyReport(Nov(1), Nov(30), "", "dana");
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  EXPECT_TRUE(Has("Nov/01/2026 To Nov/30/2026")) << Text();
-  // Chen. Billed 702 150 and 703 -120: 30, less the write-off 10: 20.
-  // Paid 130 + 20. Of 702 (150) the hygiene line is 73 (100); of 703 the
-  // reversal -120: hygiene -20, less the write-off's share -10 x 100/150 =
-  // -6.67: -26.67. The payments' shares 130 x 100/150 = 86.67 and
-  // 20 x 100/150 = 13.33, each rounded to the cent: 100.00.
-  EXPECT_TRUE(Has("Paul Chen $20.00 $150.00 -$26.67 $100.00 $46.67 $50.00")) << Text();
-  EXPECT_TRUE(Has("Ben Okafor $0.00 $0.00 $0.00 $0.00 $0.00 $0.00"));
-  EXPECT_TRUE(Has("Overall $20.00 $150.00 -$26.67 $100.00 $46.67 $50.00"));
-  EXPECT_TRUE(Has("Opening AR From Selected Hygienists: $0.00"));
-  EXPECT_TRUE(Has("Opening AR From Hygiene Company : $0.00"));
-  EXPECT_TRUE(Has("Closing AR From Selected Hygienists: -$130.00")) << Text();
-  EXPECT_TRUE(Has("Closing AR From Hygiene Company : -$126.67"));
-  // The company's payments by type, whatever the types' IDs.
-  EXPECT_TRUE(Has("Breakdown of the Hygiene applied payments:"));
-  EXPECT_TRUE(Has("Cash $86.67"));
-  EXPECT_TRUE(Has("Insurance Cheque $13.33"));
-  EXPECT_TRUE(Has("Total $100.00")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Nov/01/2026 To Nov/30/2026",
+                              // Chen. Billed 702 150 and 703 -120: 30, less the write-off 10: 20.
+                              // Paid 130 + 20. Of 702 (150) the hygiene line is 73 (100); of 703
+                              // the reversal -120: hygiene -20, less the write-off's share -10 x
+                              // 100/150 = -6.67: -26.67. The payments' shares 130 x 100/150 = 86.67
+                              // and 20 x 100/150 = 13.33, each rounded to the cent: 100.00.
+                              "Paul Chen $20.00 $150.00 -$26.67 $100.00 $46.67 $50.00",
+                              "Ben Okafor $0.00 $0.00 $0.00 $0.00 $0.00 $0.00",
+                              "Overall $20.00 $150.00 -$26.67 $100.00 $46.67 $50.00",
+                              "Opening AR From Selected Hygienists: $0.00",
+                              "Opening AR From Hygiene Company : $0.00",
+                              "Closing AR From Selected Hygienists: -$130.00",
+                              "Closing AR From Hygiene Company : -$126.67",
+                              // The company's payments by type, whatever the types' IDs.
+                              "Breakdown of the Hygiene applied payments:", "Cash $86.67",
+                              "Insurance Cheque $13.33", "Total $100.00"}));
 }
 
 TEST_F(HygieneCompany, TheClosingFollowsFromTheOpeningWhereverThePeriodStarts) {
   // From 11-06 invoice 702 (11-05) is in the opening, unpaid at the start:
   // 150, of which the company's 100. The closing is as before.
   reports.rptHygieneCompanyReport(Nov(6), Nov(30), "ID = 2", "dana");
-  EXPECT_TRUE(Has("Opening AR From Selected Hygienists: $150.00")) << Text();
-  EXPECT_TRUE(Has("Opening AR From Hygiene Company : $100.00"));
-  EXPECT_TRUE(Has("Closing AR From Selected Hygienists: -$130.00"));
-  EXPECT_TRUE(Has("Closing AR From Hygiene Company : -$126.67"));
+  EXPECT_TRUE(HasAll(Text(), {"Opening AR From Selected Hygienists: $150.00",
+                              "Opening AR From Hygiene Company : $100.00",
+                              "Closing AR From Selected Hygienists: -$130.00",
+                              "Closing AR From Hygiene Company : -$126.67"}));
 }
 
 TEST_F(HygieneCompany, NoHygienistsNoCodesAndBadFilters) {
   // Nobody selected: the opening and closing lines alone.
   reports.rptHygieneCompanyReport(Nov(1), Nov(30), "ID = 1 AND TypeID = 5", "dana");
-  EXPECT_TRUE(Has("Opening AR From Selected Hygienists: $0.00"));
-  EXPECT_TRUE(Has("Closing AR From Hygiene Company : $0.00"));
-  EXPECT_FALSE(Has("Net Billing"));
-  EXPECT_FALSE(Has("Breakdown"));
+  EXPECT_TRUE(HasAll(Text(), {"Opening AR From Selected Hygienists: $0.00",
+                              "Closing AR From Hygiene Company : $0.00"}));
+  EXPECT_TRUE(HasNone(Text(), {"Net Billing", "Breakdown"}));
 
   // An office without codes: the two sentences, and no document.
   PreviewForm other;
@@ -142,11 +137,8 @@ TEST_F(HygieneCompany, NoHygienistsNoCodesAndBadFilters) {
   other.VSP.StartDoc();
   reports.srptHygieneCompanyReport(Nov(1), Nov(30), "NoSuchColumn = 1");
   other.VSP.EndDoc();
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An Error has occurred in Sub srptHygieneCompanyReport in Class clsReports.\n", 0),
-            0u)
-      << host.messages[0].prompt;
+  ASSERT_TRUE(SaidOnce(
+      host, "An Error has occurred in Sub srptHygieneCompanyReport in Class clsReports.\n"));
 }
 
 }  // namespace

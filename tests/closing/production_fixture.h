@@ -39,9 +39,6 @@
 #pragma once
 
 #include "accounts/account_fixture.h"
-#include "frame/preview_form.h"
-#include "frame/reports.h"
-#include "platform/host/host_services.h"
 #include "platform/host/settings.h"
 
 namespace orv::testing {
@@ -93,24 +90,19 @@ INSERT INTO InvoicePaymentDetails (ID, InvoicePaymentID, InvoiceID, Amount, [Dat
  (805, 804, 701, -5, '2026-11-08 00:00:00');
 )sql";
 
-class ProductionTest : public AccountFixture {
+class ProductionTest : public AccountReportTest {
  protected:
   void SetUp() override { SetUpWith(""); }
 
   // The November above with `more_rows` added (SQLite text), for fixtures
   // built on it.
   void SetUpWith(const std::string& more_rows) {
-    AccountFixture::SetUpPractice(std::string(kProductionRows) + more_rows);
-    if (IsSkipped() || HasFatalFailure()) return;
+    if (!SetUpReports(std::string(kProductionRows) + more_rows)) return;
     settings_file_ = (std::filesystem::temp_directory_path() /
                       ("orv-production-settings-" + std::to_string(::getpid()) + ".ini"))
                          .string();
     std::filesystem::remove(settings_file_);
     host::SetAppSettings(host::SettingsStore(settings_file_));
-    form.SetNotifier([](const std::string&) {});
-    reports.Connection(conn_);
-    reports.SetPrintPreview(&form);
-    reports.SetHostServices(&host);
     reports.OfficeID = 1;
   }
   void TearDown() override {
@@ -126,14 +118,7 @@ class ProductionTest : public AccountFixture {
     form.VSP.EndDoc();
   }
 
-  std::string Text() const { return DocumentText(form.VSP.Document()); }
-  bool Has(const std::string& text) const { return Text().find(text) != std::string::npos; }
-
   static DateTime Nov(int day) { return DateTime::FromParts(2026, 11, day); }
-
-  PreviewForm form;
-  host::RecordingHost host;
-  clsReports reports;
 
  private:
   std::string settings_file_;

@@ -8,7 +8,9 @@
 
 #include "common/errors.h"
 #include "production_fixture.h"
+#include "support/host_said.h"
 #include "support/paged_lines.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -21,16 +23,12 @@ TEST_F(ProductionSections, ByProviderCountsReversalsInTheFeeButNotAsProcedures) 
   EXPECT_TRUE(host.messages.empty());
   // Moreau: 71 100, 72 200 (lab), 79 60 (cancelled later; no cancellation
   // term here), 77 50; the -00100 line and the line in progress are out.
-  EXPECT_TRUE(Has("Provider: Dr. Anne Moreau")) << Text();
-  EXPECT_TRUE(Has("Procedure Count: 4")) << Text();
-  EXPECT_TRUE(Has("Total($): $410.00"));
-  EXPECT_TRUE(Has("Nov/10/2026 00100 Priya Singh 7004 $50.00"));
-  EXPECT_FALSE(Has("-00100"));
-  EXPECT_FALSE(Has("7005"));
+  EXPECT_TRUE(HasAll(Text(), {"Provider: Dr. Anne Moreau", "Procedure Count: 4",
+                              "Total($): $410.00", "Nov/10/2026 00100 Priya Singh 7004 $50.00"}));
+  EXPECT_TRUE(HasNone(Text(), {"-00100", "7005"}));
   // Chen: 100 + 50 - 120, two procedures: the reversal is not one.
-  EXPECT_TRUE(Has("Nov/10/2026 -11101 Priya Singh 7003 -$120.00")) << Text();
-  EXPECT_TRUE(Has("Procedure Count: 2")) << Text();
-  EXPECT_TRUE(Has("Total($): $30.00"));
+  EXPECT_TRUE(HasAll(Text(), {"Nov/10/2026 -11101 Priya Singh 7003 -$120.00", "Procedure Count: 2",
+                              "Total($): $30.00"}));
   // Okafor billed nothing: no section.
   EXPECT_FALSE(Has("Okafor"));
   EXPECT_TRUE(Has("Overall Total: Production Total 440.00 Lab Total 200.00")) << Text();
@@ -65,25 +63,23 @@ TEST_F(ProductionSections, ByOverseerFallsBackToTheProvider) {
   // Moreau oversees 702 and 704 and, having no overseer, her own 701 and
   // 706: 100 + 200 + 100 + 50 + 50 + 60. Chen oversees his own 703 (no
   // overseer): the reversal alone, no procedure.
-  EXPECT_TRUE(Has("Overseer: Dr. Anne Moreau")) << Text();
-  EXPECT_TRUE(Has("Procedure Count: 6       Total($): $560.00")) << Text();
-  EXPECT_TRUE(Has("Overseer: RDH Paul Chen"));
-  EXPECT_TRUE(Has("Procedure Count: 0       Total($): -$120.00")) << Text();
-  // The line's provider shows beside the patient.
-  EXPECT_TRUE(Has("Nov/05/2026 11101 Claire Tremblay Paul Chen 7002 $100.00")) << Text();
-  EXPECT_TRUE(Has("Overall Total: Production Total 440.00 Lab Total 200.00"));
+  EXPECT_TRUE(
+      HasAll(Text(), {"Overseer: Dr. Anne Moreau", "Procedure Count: 6       Total($): $560.00",
+                      "Overseer: RDH Paul Chen", "Procedure Count: 0       Total($): -$120.00",
+                      // The line's provider shows beside the patient.
+                      "Nov/05/2026 11101 Claire Tremblay Paul Chen 7002 $100.00",
+                      "Overall Total: Production Total 440.00 Lab Total 200.00"}));
 }
 
 TEST_F(ProductionSections, ByCategorySharesTheTotal) {
   InDocument([&] { reports.srptProductionByCategory(Nov(1), Nov(30), "", "", "", 0); });
-  EXPECT_TRUE(Has("All Providers Selected"));
-  EXPECT_TRUE(Has("Orvenda Internal Codes 00000-00299 1 $50.00 11.36%")) << Text();
-  EXPECT_TRUE(Has("Diagnostic Services 01000-09999 2 $150.00 34.09%"));
-  // 11101: 100 + 60 - 120, two procedures.
-  EXPECT_TRUE(Has("Preventive Services 10000-19999 2 $40.00 9.09%"));
-  EXPECT_TRUE(Has("Adjunctive General Services 90000-99999 1 $200.00 45.45%"));
-  EXPECT_TRUE(Has("Restorative Services 20000-29999 0 $0.00 0.00%"));
-  EXPECT_TRUE(Has("Total 6 $440.00 100")) << Text();
+  EXPECT_TRUE(HasAll(
+      Text(), {"All Providers Selected", "Orvenda Internal Codes 00000-00299 1 $50.00 11.36%",
+               "Diagnostic Services 01000-09999 2 $150.00 34.09%",
+               // 11101: 100 + 60 - 120, two procedures.
+               "Preventive Services 10000-19999 2 $40.00 9.09%",
+               "Adjunctive General Services 90000-99999 1 $200.00 45.45%",
+               "Restorative Services 20000-29999 0 $0.00 0.00%", "Total 6 $440.00 100"}));
 
   // Two providers are named; without a date every line counts, the
   // account practice's three lines of September and October included.
@@ -104,17 +100,17 @@ TEST_F(ProductionSections, ByCategorySharesTheTotal) {
 
 TEST_F(ProductionSections, SummaryByCodeNetsReversalsInFourPeriods) {
   InDocument([&] { reports.srptProductionSummaryByCode(Nov(1), Nov(30), "", "", "", 0); });
-  EXPECT_TRUE(Has("This Year (2026) Last Year (2025)")) << Text();
-  EXPECT_TRUE(Has("Month To Date (November) Year To Date Month To Date Year To Date"));
-  // November: 100 + 60 - 120 and one procedure net. The year adds
-  // September's 80 of line 2: 120 of the year's 790 (15.19%).
-  EXPECT_TRUE(Has("11101 1 40.00 9.09 2 120.00 15.19 0 0.00 0 0 0.00 0")) << Text();
-  EXPECT_TRUE(Has("01202 2 150.00 34.09 3 270.00 34.18 0 0.00 0 0 0.00 0"));
-  EXPECT_TRUE(Has("23111 0 0.00 0.00 1 150.00 18.99 0 0.00 0 0 0.00 0"));
+  EXPECT_TRUE(HasAll(Text(), {"This Year (2026) Last Year (2025)",
+                              "Month To Date (November) Year To Date Month To Date Year To Date",
+                              // November: 100 + 60 - 120 and one procedure net. The year adds
+                              // September's 80 of line 2: 120 of the year's 790 (15.19%).
+                              "11101 1 40.00 9.09 2 120.00 15.19 0 0.00 0 0 0.00 0",
+                              "01202 2 150.00 34.09 3 270.00 34.18 0 0.00 0 0 0.00 0",
+                              "23111 0 0.00 0.00 1 150.00 18.99 0 0.00 0 0 0.00 0"}));
   // The reversed internal code is no row and in no total.
   EXPECT_FALSE(Has("-00100"));
-  EXPECT_TRUE(Has("00100 1 50.00 11.36 1 50.00 6.33"));
-  EXPECT_TRUE(Has("Total 5 440.00 100 8 790.00 100 0 0.00 100 0 0.00 100")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"00100 1 50.00 11.36 1 50.00 6.33",
+                              "Total 5 440.00 100 8 790.00 100 0 0.00 100 0 0.00 100"}));
   // Seen from the end of 2027, 2026 is last year: its whole year holds
   // the 790, and the three empty periods share nothing ("0").
   InDocument([&] {
@@ -133,14 +129,13 @@ TEST_F(ProductionSections, SummaryByCodeNetsReversalsInFourPeriods) {
 
 TEST_F(ProductionSections, ByCodeUndoesACancellationInItsPeriod) {
   InDocument([&] { reports.srptProductionByCode(Nov(1), Nov(30), "", "", "", 0); });
-  EXPECT_TRUE(Has("00100: Internal")) << Text();
-  EXPECT_TRUE(Has("11101: Scaling"));
-  // 11101: 100 (Chen) + 60 (Moreau, 706) - 120 (reversal) and 706's line
-  // again, negated on its cancellation day: -20, one procedure.
-  EXPECT_TRUE(Has("Anne Moreau Priya Singh 7006 Nov/20/2026 -$60.00")) << Text();
-  EXPECT_TRUE(Has("Paul Chen Priya Singh 7003 Nov/10/2026 -$120.00"));
-  EXPECT_TRUE(Has("Procedure Count: 1       Total($): -$20.00")) << Text();
-  EXPECT_TRUE(Has("Grand Total: Production Total 380.00 Lab Total 200.00")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"00100: Internal", "11101: Scaling",
+                              // 11101: 100 (Chen) + 60 (Moreau, 706) - 120 (reversal) and 706's
+                              // line again, negated on its cancellation day: -20, one procedure.
+                              "Anne Moreau Priya Singh 7006 Nov/20/2026 -$60.00",
+                              "Paul Chen Priya Singh 7003 Nov/10/2026 -$120.00",
+                              "Procedure Count: 1       Total($): -$20.00",
+                              "Grand Total: Production Total 380.00 Lab Total 200.00"}));
   // The range narrows the codes: only the hygiene ones.
   InDocument([&] { reports.srptProductionByCode(Nov(1), Nov(30), "", "11000", "11999", 0); });
   EXPECT_FALSE(Has("01202:"));
@@ -154,10 +149,10 @@ TEST_F(ProductionSections, SummaryTakesAdjustmentsAsStoredAndFeesWithoutStatus) 
   // 60 - 200 = 200. The discount of -5 is subtracted as stored:
   // 200 + 200 - (-5) = 405. With absolute values it would be 395; with a
   // Status test the fee would be 160.
-  EXPECT_TRUE(Has("Dr. Anne Moreau $200.00 $200.00 -$5.00 $405.00 $0.00 $405.00")) << Text();
-  // Chen: 30 of fees; the write-off of -10 as stored: 30 - (-10) = 40.
-  EXPECT_TRUE(Has("RDH Paul Chen $30.00 $0.00 $0.00 $30.00 -$10.00 $40.00"));
-  EXPECT_TRUE(Has("Total $230.00 $200.00 -$5.00 $435.00 -$10.00 $445.00")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Dr. Anne Moreau $200.00 $200.00 -$5.00 $405.00 $0.00 $405.00",
+                              // Chen: 30 of fees; the write-off of -10 as stored: 30 - (-10) = 40.
+                              "RDH Paul Chen $30.00 $0.00 $0.00 $30.00 -$10.00 $40.00",
+                              "Total $230.00 $200.00 -$5.00 $435.00 -$10.00 $445.00"}));
   // By overseer Moreau has 702 and 704: 100 + 50 - 50 + 50, and 702's
   // write-off.
   InDocument([&] { reports.srptProductionSummary(Nov(1), Nov(30), "ID = 1", 1); });
@@ -189,8 +184,8 @@ TEST_F(ProductionSections, BordersAndWideTotals) {
                                   Currency::FromDecimalText("-12"), false);
     reports.PrintProductionTotals(Currency::FromDecimalText("999999.99"), Currency(), true);
   });
-  EXPECT_TRUE(Has("Overall Total: Production Total 1,234,567.50 Lab Total (12.00)")) << Text();
-  EXPECT_TRUE(Has("Grand Total: Production Total 999,999.99 Lab Total 0.00"));
+  EXPECT_TRUE(HasAll(Text(), {"Overall Total: Production Total 1,234,567.50 Lab Total (12.00)",
+                              "Grand Total: Production Total 999,999.99 Lab Total 0.00"}));
 }
 
 // Wherever a section starts on a page, a provider's or a code's heading
@@ -247,10 +242,10 @@ TEST_F(ProductionRun, SectionsComeInTheirOwnOrder) {
     ASSERT_NE(found, std::string::npos) << t << "\n" << text;
     at = found + 1;
   }
-  EXPECT_TRUE(Has("Code Range: 00000 - 99999   Date: By Entry Date")) << text;
-  EXPECT_TRUE(Has("For: Chen,Paul,Moreau,Anne"));
-  // The summary takes the filter over "ID".
-  EXPECT_TRUE(Has("RDH Paul Chen $30.00"));
+  EXPECT_TRUE(HasAll(
+      Text(), {"Code Range: 00000 - 99999   Date: By Entry Date", "For: Chen,Paul,Moreau,Anne",
+               // The summary takes the filter over "ID".
+               "RDH Paul Chen $30.00"}));
   // Each section starts a page.
   EXPECT_GE(form.VSP.PageCount(), 6);
 }
@@ -280,11 +275,8 @@ TEST_F(ProductionRun, BadInputIsRefusedBeforeDrawing) {
   host.messages.clear();
   reports.rptProductionReports(false, true, false, false, false, false, Nov(1), Nov(30), 0, "",
                                "NoSuchColumn = 1", "", "");
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An Error has occurred in Sub rptProductionReports in Class clsReports\n", 0),
-            0u)
-      << host.messages[0].prompt;
+  ASSERT_TRUE(
+      SaidOnce(host, "An Error has occurred in Sub rptProductionReports in Class clsReports\n"));
 }
 
 }  // namespace

@@ -52,9 +52,6 @@
 #pragma once
 
 #include "accounts/account_fixture.h"
-#include "frame/preview_form.h"
-#include "frame/reports.h"
-#include "platform/host/host_services.h"
 
 namespace orv::testing {
 
@@ -185,30 +182,11 @@ INSERT INTO PatientAppointments (ID, PatientID, ProviderID, [Date], [Time], Unit
  (1, 1, 30, '2026-10-05 00:00:00', 540, 6);
 )sql";
 
-class CompensationTest : public AccountFixture {
+class CompensationTest : public AccountReportTest {
  protected:
   void SetUp() override {
-    AccountFixture::SetUpPractice(kCompensationRows);
-    if (IsSkipped() || HasFatalFailure()) return;
-    form.SetNotifier([](const std::string&) {});
-    reports.Connection(conn_);
-    reports.SetPrintPreview(&form);
-    reports.SetHostServices(&host);
-    reports.OfficeID = 1;
-    reports.Progress = [this](uint8_t& p) { progress.push_back(p); };
+    if (SetUpReports(kCompensationRows)) reports.OfficeID = 1;
   }
-
-  std::string Text() const { return DocumentText(form.VSP.Document()); }
-  bool Has(const std::string& text) const { return Text().find(text) != std::string::npos; }
-  // The text of one page, from 1.
-  std::string PageText(int page) const {
-    const std::string all = Text();
-    size_t start = 0;
-    for (int p = 1; p < page; ++p) start = all.find('\f', start) + 1;
-    const size_t end = all.find('\f', start);
-    return all.substr(start, end == std::string::npos ? std::string::npos : end - start);
-  }
-  int Pages() const { return static_cast<int>(form.VSP.Document().pages.size()); }
 
   // A line of the document that must be there, or must not.
   struct Line {
@@ -221,11 +199,6 @@ class CompensationTest : public AccountFixture {
     for (const Line& l : lines)
       EXPECT_EQ(text.find(l.text) != std::string::npos, l.printed) << l.name << "\n" << text;
   }
-
-  PreviewForm form;
-  host::RecordingHost host;
-  clsReports reports;
-  std::vector<uint8_t> progress;
 };
 
 }  // namespace orv::testing

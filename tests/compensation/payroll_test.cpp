@@ -5,6 +5,7 @@
 
 #include "common/errors.h"
 #include "compensation/compensation_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -56,11 +57,11 @@ TEST_F(PayrollTest, CollectionsFormWorksTheDentistsShareToTheCent) {
   // The detail seen twice prints once, with its note; its account cell
   // lists what the accounts query finds for that ID, both copies.
   EXPECT_EQ(text.find("600.00"), text.rfind("600.00")) << text;
-  EXPECT_NE(text.find("Ava Stone 21 Cash 2,2 Front desk 600.00"), std::string::npos) << text;
-  // Adjustments print as money taken back: -30 shows as 30.00, 20 as -20.00.
-  EXPECT_NE(text.find("Write-off Goodwill Ava Stone 30.00"), std::string::npos) << text;
-  EXPECT_NE(text.find("Write-off Reversed Ava Stone -20.00"), std::string::npos) << text;
-  EXPECT_NE(text.find("5001 99111 Stone, Ava Oct/02/2026 -120.00"), std::string::npos) << text;
+  EXPECT_TRUE(
+      HasAll(text, {"Ava Stone 21 Cash 2,2 Front desk 600.00",
+                    // Adjustments print as money taken back: -30 shows as 30.00, 20 as -20.00.
+                    "Write-off Goodwill Ava Stone 30.00", "Write-off Reversed Ava Stone -20.00",
+                    "5001 99111 Stone, Ava Oct/02/2026 -120.00"}));
   EXPECT_EQ(text.find("05101"), std::string::npos) << "a line with no split is skipped";
   EXPECT_EQ(text.find("6002"), std::string::npos) << "her own work is no overseen work";
   EXPECT_EQ(text.find("6003"), std::string::npos) << "a cancelled invoice";
@@ -87,11 +88,8 @@ TEST_F(PayrollTest, SplitWithoutCommissionIsPaidOnOverseenWorkAloneRoundedHalfTo
   const std::string text = Text();
   // With commission 0 his own work counts too; 4.005 + 5.00 is kept to the
   // cent half to even at each step: 4.00, then 9.00.
-  EXPECT_NE(text.find("Total Overseen: 9.00"), std::string::npos) << text;
-  EXPECT_NE(text.find("Payment Grand Total @ 0%: $0.00"), std::string::npos) << text;
-  EXPECT_NE(text.find("Payable to Dentist: $9.00"), std::string::npos) << text;
-  EXPECT_NE(text.find("No Adjustments"), std::string::npos) << text;
-  EXPECT_NE(text.find("No Labs to Deduct"), std::string::npos) << text;
+  EXPECT_TRUE(HasAll(text, {"Total Overseen: 9.00", "Payment Grand Total @ 0%: $0.00",
+                            "Payable to Dentist: $9.00", "No Adjustments", "No Labs to Deduct"}));
   EXPECT_EQ(text.find("Times In/Out"), std::string::npos) << "one form only";
 }
 

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <regex>
 
 #include "common/errors.h"
@@ -14,21 +14,10 @@
 #include "support/forged_cells.h"
 #include "support/paged_lines.h"
 #include "support/report_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
-
-int Count(db::Connection& c, const std::string& sql) {
-  db::Recordset rs;
-  rs.Open(sql, c);
-  return CLng(rs[0L].Value());
-}
-
-size_t Occurrences(const std::string& text, const std::string& what) {
-  size_t n = 0;
-  for (size_t p = text.find(what); p != std::string::npos; p = text.find(what, p + 1)) ++n;
-  return n;
-}
 
 using DirectoryLists = ReportTest;
 
@@ -36,9 +25,7 @@ TEST_F(DirectoryLists, FeeGuideRunsFromCallToPreview) {
   reports.OfficeID = 1;
   reports.rptFeeGuide(1, "dana");
   std::string text = Text();
-  db::Recordset guide;
-  guide.Open("SELECT Name FROM FeeGuides WHERE ID = 1", conn);
-  std::string name = CStr(guide["Name"].Value());
+  std::string name = CStr(ValueOf("SELECT Name FROM FeeGuides WHERE ID = 1"));
 
   // Heading: the guide's name, the printed-on line with the user, the
   // office line with the phone in (###) ###-#### form.
@@ -49,12 +36,12 @@ TEST_F(DirectoryLists, FeeGuideRunsFromCallToPreview) {
   EXPECT_NE(text.find("Code Description Type Amount($)"), std::string::npos) << text;
 
   // Every detail row of the guide is printed, with its amount as currency.
-  int rows = Count(conn, "SELECT COUNT(*) FROM FeeGuideDetails WHERE FeeGuideID = 1");
+  int rows = CLng(ValueOf("SELECT COUNT(*) FROM FeeGuideDetails WHERE FeeGuideID = 1"));
   ASSERT_GT(rows, 5);
   // Every page that the table reaches repeats its header with its "($)".
-  int headers = 0;
-  for (size_t at = text.find("Amount($)"); at != std::string::npos; at = text.find("Amount($)", at + 1)) ++headers;
-  EXPECT_EQ(static_cast<int>(std::count(text.begin(), text.end(), '$')) - headers, rows) << text;
+  EXPECT_EQ(
+      static_cast<int>(std::count(text.begin(), text.end(), '$') - Occurrences(text, "Amount($)")),
+      rows);
 
   // Progress after every row, rising to 100.
   ASSERT_EQ(progress.size(), static_cast<size_t>(rows));
@@ -67,13 +54,11 @@ TEST_F(DirectoryLists, FeeGuideRunsFromCallToPreview) {
   EXPECT_NE(text.find("Page 1 of " + std::to_string(pages)), std::string::npos);
   EXPECT_EQ(form.ShowCount(), 1);
   EXPECT_EQ(host.pointer_history, (std::vector<int>{host::vbHourglass, host::vbDefault}));
-}
 
-TEST_F(DirectoryLists, EmptyFeeGuideFailsWithTheDatabaseError) {
   // The title is read from the first row, so a guide without rows fails
-  // there and the error reaches the host; nothing is shown.
+  // there and the error reaches the host; nothing more is shown.
   EXPECT_THROW(reports.rptFeeGuide(987654, ""), ReportError);
-  EXPECT_EQ(form.ShowCount(), 0);
+  EXPECT_EQ(form.ShowCount(), 1);
   EXPECT_TRUE(host.messages.empty());
 }
 
@@ -81,10 +66,8 @@ TEST_F(DirectoryLists, HeadingLeavesOutOfficeLineAndEmptyUser) {
   reports.OfficeID = 0;
   reports.rptInsuranceCompanyList("", "");
   std::string first = PageText(1);
-  EXPECT_NE(first.find("Insurance Company List\n"), std::string::npos);
-  EXPECT_NE(first.find("Printed On: Nov/20/2026\n"), std::string::npos) << first;
-  EXPECT_EQ(first.find("By:"), std::string::npos);
-  EXPECT_EQ(first.find("Phone #:"), std::string::npos);
+  EXPECT_TRUE(HasAll(first, {"Insurance Company List\n", "Printed On: Nov/20/2026\n"}));
+  EXPECT_TRUE(HasNone(first, {"By:", "Phone #:"}));
 }
 
 TEST_F(DirectoryLists, ZeroFilterIsNoFilterAndEmployerListStaysHidden) {
@@ -92,7 +75,7 @@ TEST_F(DirectoryLists, ZeroFilterIsNoFilterAndEmployerListStaysHidden) {
   std::string zero = Text();
   reports.rptInsuranceCompanyList("", "desk");
   EXPECT_EQ(Text(), zero);
-  int companies = Count(conn, "SELECT COUNT(*) FROM InsuranceCompany");
+  int companies = CLng(ValueOf("SELECT COUNT(*) FROM InsuranceCompany"));
   // One row per company below the header row (all fit on one page here).
   EXPECT_EQ(form.ShowCount(), 2);
 
@@ -111,7 +94,7 @@ TEST_F(DirectoryLists, ZeroFilterIsNoFilterAndEmployerListStaysHidden) {
 
 TEST_F(DirectoryLists, SimplePatientListBreaksPagesWithTheTwoLineHeader) {
   reports.rptPatientListSimple("0", "desk", "All Patients");
-  int patients = Count(conn, "SELECT COUNT(*) FROM Patient");
+  int patients = CLng(ValueOf("SELECT COUNT(*) FROM Patient"));
   int pages = form.VSP.PageCount();
   ASSERT_GT(pages, 1) << "the fixture should need several pages";
   EXPECT_EQ(progress.size(), static_cast<size_t>(patients));
@@ -128,31 +111,27 @@ TEST_F(DirectoryLists, SimplePatientListBreaksPagesWithTheTwoLineHeader) {
 }
 
 TEST_F(DirectoryLists, SimplePatientListByEmployer) {
-  db::Recordset emp;
-  emp.Open(
+  int32_t id = CLng(ValueOf(
       "SELECT TOP 1 EmployerID, COUNT(*) AS N FROM Patient WHERE EmployerID IS NOT NULL GROUP BY "
-      "EmployerID ORDER BY COUNT(*) DESC",
-      conn);
-  ASSERT_FALSE(emp.Eof());
-  int32_t id = CLng(emp["EmployerID"].Value());
-  db::Recordset name;
-  name.Open("SELECT Name FROM Employers WHERE ID = " + std::to_string(id), conn);
+      "EmployerID ORDER BY COUNT(*) DESC"));
+  const std::string employer = std::to_string(id);
   reports.rptPatientListSimple("", "desk", "ignored", true, id);
-  EXPECT_EQ(form.VSP.DocName(), CStr(name["Name"].Value()) + " Patients");
-  int expected = Count(conn, "SELECT COUNT(*) FROM Patient WHERE EmployerID = " + std::to_string(id) +
-                                 " OR SecondaryEmployerID = " + std::to_string(id));
+  EXPECT_EQ(form.VSP.DocName(),
+            CStr(ValueOf("SELECT Name FROM Employers WHERE ID = " + employer)) + " Patients");
+  int expected = CLng(ValueOf("SELECT COUNT(*) FROM Patient WHERE EmployerID = " + employer +
+                              " OR SecondaryEmployerID = " + employer));
   EXPECT_EQ(progress.size(), static_cast<size_t>(expected));
 }
 
 TEST_F(DirectoryLists, DetailedPatientListRaisesProgressSparsely) {
   reports.rptPatientListDetailed("");
-  int patients = Count(conn, "SELECT COUNT(*) FROM Patient");
+  int patients = CLng(ValueOf("SELECT COUNT(*) FROM Patient"));
   // Only every 100th patient raises Progress.
   EXPECT_EQ(progress.size(), static_cast<size_t>(patients / 100));
   EXPECT_EQ(form.VSP.MarginLeft().value(), 1440);
   std::string text = Text();
-  EXPECT_NE(text.find("Patient Contact List - Detailed Version 4 Only"), std::string::npos);
-  EXPECT_NE(text.find("Address Phones Global Notes"), std::string::npos);
+  EXPECT_TRUE(HasAll(
+      text, {"Patient Contact List - Detailed Version 4 Only", "Address Phones Global Notes"}));
 }
 
 // A patient's block (name, address, employer, insurance) breaks to a new
@@ -165,7 +144,7 @@ TEST_F(DirectoryLists, DetailedPatientListKeepsEachBlockOnOnePage) {
     const std::string& l = lines[i].second;
     for (const char* head : {"Address Phones Global Notes", "Employer Address Phone EDI? Notes",
                              "Primary Insurance Policy#", "Secondary Insurance Policy#"}) {
-      if (l.rfind(head, 0) == 0) EXPECT_EQ(lines[i].first, lines[i - 1].first) << l;
+      EXPECT_TRUE(l.rfind(head, 0) != 0 || lines[i].first == lines[i - 1].first) << l;
     }
   }
 }
@@ -177,11 +156,8 @@ TEST_F(DirectoryLists, LookupAndOfficeValues) {
   conn.Execute("UPDATE OfficeInformation SET Fax = NULL WHERE ID = 1");
   EXPECT_EQ(reports.ReturnLookupValue("OfficeInformation", "ID", Variant(1), "Fax"), Variant(""));
   // Text keys go in quotes.
-  Variant code = reports.ReturnLookupValue("FeeCodes", "ID", Variant("01202"), "Description");
-  db::Recordset direct;
-  direct.Open("SELECT Description FROM FeeCodes WHERE ID = '01202'", conn);
-  ASSERT_FALSE(direct.Eof());
-  EXPECT_EQ(code, Variant(CStr(direct["Description"].Value())));
+  EXPECT_EQ(reports.ReturnLookupValue("FeeCodes", "ID", Variant("01202"), "Description"),
+            Variant(CStr(ValueOf("SELECT Description FROM FeeCodes WHERE ID = '01202'"))));
 
   // The office of the CurrentOffice setting, not OfficeID; "#" names are
   // bracketed for the statement and read back bare.
@@ -194,35 +170,29 @@ TEST_F(DirectoryLists, LookupAndOfficeValues) {
 }
 
 TEST_F(DirectoryLists, LetterheadWithAndWithoutLogo) {
-  std::string picture = host::GetTempDirectory() + "OfficePicture.jpg";
-  reports.OfficeID = 1;
-  form.VSP.StartDoc();
-  reports.PrintLetterHead();
-  form.VSP.EndDoc();
-  const auto& items = form.VSP.Document().pages.at(0).items;
-  bool has_picture = std::any_of(items.begin(), items.end(),
-                                 [](const auto& i) { return std::holds_alternative<render::Picture>(i); });
-  EXPECT_TRUE(has_picture);
-  EXPECT_FALSE(std::filesystem::exists(picture)) << "the temporary picture must be gone";
+  // Whether the letterhead of the office drew a picture.
+  auto letterhead_has_picture = [&](int32_t office) {
+    reports.OfficeID = office;
+    form.VSP.StartDoc();
+    reports.PrintLetterHead();
+    form.VSP.EndDoc();
+    const auto& items = form.VSP.Document().pages.at(0).items;
+    return std::any_of(items.begin(), items.end(),
+                       [](const auto& i) { return std::holds_alternative<render::Picture>(i); });
+  };
+  EXPECT_TRUE(letterhead_has_picture(1));
+  EXPECT_FALSE(std::filesystem::exists(host::GetTempDirectory() + "OfficePicture.jpg"))
+      << "the temporary picture must be gone";
 
   // A logo of fewer than 10 bytes counts as none.
   RawExec("UPDATE OfficeInformation SET Logo = X'89504E470D0A1A0A' WHERE ID = 1");
-  form.VSP.StartDoc();
-  reports.PrintLetterHead();
-  form.VSP.EndDoc();
-  const auto& plain = form.VSP.Document().pages.at(0).items;
-  EXPECT_FALSE(std::any_of(plain.begin(), plain.end(),
-                           [](const auto& i) { return std::holds_alternative<render::Picture>(i); }));
-  db::Recordset office;
-  office.Open("SELECT Name FROM OfficeInformation WHERE ID = 1", conn);
-  EXPECT_EQ(Text().rfind(CStr(office["Name"].Value()) + "\n", 0), 0u) << Text();
+  EXPECT_FALSE(letterhead_has_picture(1));
+  const std::string office = CStr(ValueOf("SELECT Name FROM OfficeInformation WHERE ID = 1"));
+  EXPECT_EQ(Text().rfind(office + "\n", 0), 0u) << Text();
 
   // An office with no row prints no letterhead, and the desk is told which.
-  reports.OfficeID = 77;
-  form.VSP.StartDoc();
-  reports.PrintLetterHead();
-  form.VSP.EndDoc();
-  EXPECT_EQ(Text().find(CStr(office["Name"].Value())), std::string::npos);
+  letterhead_has_picture(77);
+  EXPECT_EQ(Text().find(office), std::string::npos);
   ASSERT_EQ(host.messages.size(), 1u);
   EXPECT_EQ(host.messages[0].prompt,
             "The office 77 is not on file: the document prints without its letterhead.");
@@ -319,20 +289,17 @@ namespace {
 
 using ComponentServices = ReportTest;
 
-TEST_F(ComponentServices, ReturnConnectionReusesTheRunsConnection) {
+TEST_F(ComponentServices, ReturnConnectionReusesTheRunsOrOpensTheSettingsDatabase) {
   // With the host's connection let, the second connection is that one, so
   // a report reads one snapshot, even with no database in the settings.
   int32_t location = 3;
-  db::Connection same = reports.ReturnConnection(location);
+  db::Connection same = ReportTest::reports.ReturnConnection(location);
   db::Recordset patients;
   patients.Open("SELECT COUNT(*) AS N FROM Patient", same);
   EXPECT_GT(CLng(patients["N"].Value()), 0);
-}
 
-TEST_F(ComponentServices, ReturnConnectionOpensTheDatabaseOfTheSettings) {
   // A component without a connection opens the one the settings name.
   clsReports reports;
-  int32_t location = 3;
   // Nothing set up: a clear error rather than a connection to nowhere.
   EXPECT_THROW(reports.ReturnConnection(location), ReportError);
   // The server name names the practice database (a path or a URL).

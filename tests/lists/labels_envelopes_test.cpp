@@ -7,7 +7,9 @@
 
 #include "common/errors.h"
 #include "frame/surface/surface.h"
+#include "support/host_said.h"
 #include "support/report_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -159,24 +161,18 @@ TEST_F(Labels, SinglePageRunsAskFirstAndPutOneLabelOnEachPage) {
 
 TEST_F(Labels, FolderTabTrapShowsItsMessageOnABadFilter) {
   reports.rptFolderLabelsSingleSheet("NoSuchColumn = 1", rptTop);
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An Error has occurred in Sub rptFolderLabelsSingleSheet in Object clsReports\n", 0),
-            0u);
+  ASSERT_TRUE(SaidOnce(
+      host, "An Error has occurred in Sub rptFolderLabelsSingleSheet in Object clsReports\n"));
   EXPECT_TRUE(host.FailureShown());
 }
 
 TEST_F(Labels, InsuranceCompanySheetCarriesOneCompanyThirtyTimes) {
   reports.rptInsuranceCompanyLabels(1);
-  db::Recordset rs;
-  rs.Open("SELECT CompanyName FROM InsuranceCompany WHERE ID = 1", conn);
-  const std::string company = CStr(rs["CompanyName"].Value());
+  const std::string company = TextOf("SELECT CompanyName FROM InsuranceCompany WHERE ID = 1");
   EXPECT_EQ(form.VSP.DocName(), "Insurance Company Labels - " + company);
   ASSERT_EQ(form.VSP.PageCount(), 1);
   const std::string text = Text();
-  size_t n = 0;
-  for (size_t p = text.find(company); p != std::string::npos; p = text.find(company, p + 1)) ++n;
-  EXPECT_EQ(n, 30u);
+  EXPECT_EQ(Occurrences(text, company), 30u);
   // Three columns: the names start at three distinct x positions.
   std::set<double> xs;
   for (const auto& r : Runs(form.VSP, 0))
@@ -193,8 +189,7 @@ TEST_F(Labels, AppointmentCardLabelWritesTheTimeFromMinutes) {
   RawExec("UPDATE PatientAppointments SET Time = 785, Date = '2026-12-03' WHERE ID = 1");
   reports.rptAppointmentCardLabel(1);
   const std::string text = Text();
-  EXPECT_NE(text.find("Has an Appointment with:"), std::string::npos);
-  EXPECT_NE(text.find("Thursday 03 Dec 2026 at 1:05 PM"), std::string::npos) << text;
+  EXPECT_TRUE(HasAll(text, {"Has an Appointment with:", "Thursday 03 Dec 2026 at 1:05 PM"}));
   EXPECT_EQ(form.PrintCount(), 1);
   EXPECT_EQ(form.VSP.Orientation(), 0) << "portrait is restored for the next report";
 
@@ -247,9 +242,8 @@ TEST_F(Envelopes, ReturnAddressInTheCornerAndDestinationAtThreeAndAHalfInches) {
   reports.rptPatientEnvelope("ID = 4", true);
   ASSERT_EQ(form.VSP.PageCount(), 1);
   auto runs = Runs(form.VSP, 0);
-  db::Recordset office;
-  office.Open("SELECT Name FROM OfficeInformation WHERE ID = 1", conn);
-  const std::string first_word = CStr(office["Name"].Value()).substr(0, CStr(office["Name"].Value()).find(' '));
+  const std::string office = TextOf("SELECT Name FROM OfficeInformation WHERE ID = 1");
+  const std::string first_word = office.substr(0, office.find(' '));
   const auto* from = Find(runs, first_word);
   ASSERT_NE(from, nullptr);
   EXPECT_EQ(from->x.value(), 0.2 * kInch);

@@ -3,7 +3,9 @@
 #include <string>
 
 #include "frame/surface/surface.h"
+#include "support/host_said.h"
 #include "support/report_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -29,9 +31,7 @@ TEST_F(NotesAndMemos, MemosOneAPageWithImportanceAndRecipient) {
   ASSERT_EQ(form.VSP.PageCount(), 3) << "two memos and the trailing empty page";
   EXPECT_NE(PageText(1).find("Importance: Low"), std::string::npos) << "NULL is Low\n" << PageText(1);
   EXPECT_EQ(PageText(1).find("To: "), std::string::npos) << "a memo to all names no recipient";
-  EXPECT_NE(PageText(2).find("To: "), std::string::npos);
-  EXPECT_NE(PageText(2).find("Importance: Medium"), std::string::npos);
-  EXPECT_NE(PageText(2).find("Call the lab"), std::string::npos);
+  EXPECT_TRUE(HasAll(PageText(2), {"To: ", "Importance: Medium", "Call the lab"}));
   reports.rptMemos("ID IN (3, 4)", DateTime(), "");
   EXPECT_NE(PageText(1).find("Importance: High"), std::string::npos);
   EXPECT_NE(PageText(2).find("Importance: High"), std::string::npos) << "2 and up is High";
@@ -44,8 +44,7 @@ TEST_F(NotesAndMemos, ToDoEmailReadsTheOrAsWritten) {
   EXPECT_EQ(reports.ToDoEmail(2), -1);
   const std::string text = Text();
   EXPECT_NE(text.find("Call the lab"), std::string::npos);
-  EXPECT_EQ(text.find("Not yet due"), std::string::npos);
-  EXPECT_EQ(text.find("For someone else"), std::string::npos);
+  EXPECT_TRUE(HasNone(text, {"Not yet due", "For someone else"}));
   EXPECT_EQ(form.ShowCount(), 0) << "drawn, not shown";
 
   // Only the memo to all, message empty, is due for user 9: still -1.
@@ -79,8 +78,7 @@ TEST_F(NotesAndMemos, ProgressNotesDueOnTheHostsTodayAndNotCompleteOnly) {
   // No note due: the heading and the table's head still print.
   RawExec("DELETE FROM PatientProgressNotes");
   reports.rptProgressNotesList();
-  EXPECT_NE(Text().find("Progress Notes List"), std::string::npos);
-  EXPECT_NE(Text().find("Team Member"), std::string::npos);
+  EXPECT_TRUE(HasAll(Text(), {"Progress Notes List", "Team Member"}));
 }
 
 TEST_F(NotesAndMemos, PrescriptionPrintsEveryCaptionAndSetsTheOffice) {
@@ -173,10 +171,7 @@ TEST_F(ProgressNotes, FiltersThatSelectEveryNoteAndOnesThatFail) {
   // error, and nothing shown.
   const int shown = form.ShowCount();
   reports.rptProgressNotes("NoSuchColumn = 1", "");
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind("An error has occurred in rptProgresNotes in object clsReports\n", 0),
-            0u)
-      << host.messages[0].prompt;
+  ASSERT_TRUE(SaidOnce(host, "An error has occurred in rptProgresNotes in object clsReports\n"));
   EXPECT_NE(host.messages[0].prompt.find("NoSuchColumn"), std::string::npos) << host.messages[0].prompt;
   EXPECT_EQ(form.ShowCount(), shown);
 }

@@ -6,6 +6,8 @@
 #include "frame/surface/surface.h"
 #include "receivables_fixture.h"
 #include "support/forged_cells.h"
+#include "support/host_said.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -28,30 +30,30 @@ TEST_F(PatientsWithABalance, AgesEachInvoiceAndSplitsTheObligations) {
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   EXPECT_TRUE(form.Visible());
   EXPECT_EQ(form.VSP.DocName(), "Patients With A Balance");
-  EXPECT_TRUE(Has("Ending Nov/20/2026"));
-  EXPECT_TRUE(Has("Providers: Moreau"));
-  // "Post Dates" wraps in its .6in column.
-  EXPECT_TRUE(Has("Patient Balance Interest 0-30 Days > 30 Days > 60 Days > 90 Days")) << Text();
-  // Claire, provider 1's invoices: 101 and 102 fully paid, not aged.
-  // 103 (10-20, 31 days) 90 in > 30. 104 300, 106 (10-21, exactly 30
-  // days) 25 and 105 60 - 30 = 30 in 0-30: 355. Balance 445.
-  // Post dates: 105's 40 on a cheque entered 11-10, dated 11-21.
-  EXPECT_TRUE(Has("Tremblay, Claire $445.00 $0.00 $40.00 $355.00 $90.00 $0.00 $0.00")) << Text();
-  // 105 is assigned with no patient total: the patient owes nothing of
-  // it; the insurer 60 less its own 30 = 30. Claire's 40 cheque is not the
-  // insurer's.
-  // The obligation rows leave the name column empty and carry their label
-  // in the Balance column (where it wraps); the patient's row carries the
-  // patient's interest and post dates, the insurer's leaves them empty.
-  EXPECT_TRUE(Has("Patient\n$0.00 $40.00 $0.00 $0.00 $0.00 $0.00\nObligation\n")) << Text();
-  EXPECT_TRUE(Has("Insurance\n$30.00 $0.00 $0.00 $0.00\nObligation\n")) << Text();
+  EXPECT_TRUE(
+      HasAll(Text(), {"Ending Nov/20/2026", "Providers: Moreau",
+                      // "Post Dates" wraps in its .6in column.
+                      "Patient Balance Interest 0-30 Days > 30 Days > 60 Days > 90 Days",
+                      // Claire, provider 1's invoices: 101 and 102 fully paid, not aged.
+                      // 103 (10-20, 31 days) 90 in > 30. 104 300, 106 (10-21, exactly 30
+                      // days) 25 and 105 60 - 30 = 30 in 0-30: 355. Balance 445.
+                      // Post dates: 105's 40 on a cheque entered 11-10, dated 11-21.
+                      "Tremblay, Claire $445.00 $0.00 $40.00 $355.00 $90.00 $0.00 $0.00",
+                      // 105 is assigned with no patient total: the patient owes nothing of
+                      // it; the insurer 60 less its own 30 = 30. Claire's 40 cheque is not the
+                      // insurer's.
+                      // The obligation rows leave the name column empty and carry their label
+                      // in the Balance column (where it wraps); the patient's row carries the
+                      // patient's interest and post dates, the insurer's leaves them empty.
+                      "Patient\n$0.00 $40.00 $0.00 $0.00 $0.00 $0.00\nObligation\n",
+                      "Insurance\n$30.00 $0.00 $0.00 $0.00\nObligation\n"}));
   // Nobody else has an invoice of provider 1, and credits do not count.
-  EXPECT_FALSE(Has("Tremblay, Luc"));
-  EXPECT_FALSE(Has("Singh, Priya"));
-  EXPECT_TRUE(Has("Office Totals: $445.00 $0.00 $40.00 $355.00 $90.00 $0.00 $0.00"));
-  EXPECT_TRUE(Has("Balance = 0 Days + 30 Days + 60 Days + 90 Days"));
-  EXPECT_TRUE(Has("Post Dates and Interest Columns are for informational purposes only."));
-  EXPECT_TRUE(Has("This report DOES NOT include credits."));
+  EXPECT_TRUE(HasNone(Text(), {"Tremblay, Luc", "Singh, Priya"}));
+  EXPECT_TRUE(
+      HasAll(Text(), {"Office Totals: $445.00 $0.00 $40.00 $355.00 $90.00 $0.00 $0.00",
+                      "Balance = 0 Days + 30 Days + 60 Days + 90 Days",
+                      "Post Dates and Interest Columns are for informational purposes only.",
+                      "This report DOES NOT include credits."}));
   EXPECT_EQ(form.VSP.Orientation(), 0);
 }
 
@@ -90,18 +92,17 @@ TEST_F(PatientsWithABalance, WithCreditsTheRowsCarryDebitCreditAndBalance) {
   reports.srptPatientsWithaBalance("", kEnd, "ProviderID = 2", 0, false);
   form.VSP.EndDoc();
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  EXPECT_TRUE(Has("Patient Debit Credit Balance Interest 0-30 Days > 30 Days > 60 Days > 90 Days"));
-  // Seamus: 601 (09-06, 75 days) 100 unpaid in > 60; 602 is settled with
-  // no final date and 603 undated: neither is selected. Payment 611 is all
-  // on 602: no credit.
-  EXPECT_TRUE(Has("O'Brien, Seamus $100.00 $0.00 $100.00 $0.00 $0.00 $0.00 $0.00 $100.00 $0.00"))
-      << Text();
-  // Claire owes provider 2 nothing, but payment 203 (provider 2) has
-  // 200 - 150 = 50 left.
-  EXPECT_TRUE(Has("Tremblay, Claire $0.00 $50.00 -$50.00 $0.00 $0.00 $0.00 $0.00 $0.00 $0.00"))
-      << Text();
-  // Debit 100, credit 50, balance 50.
-  EXPECT_TRUE(Has("Office Totals: $100.00 $50.00 $50.00 $0.00 $0.00 $0.00 $0.00 $100.00 $0.00"));
+  EXPECT_TRUE(HasAll(
+      Text(), {"Patient Debit Credit Balance Interest 0-30 Days > 30 Days > 60 Days > 90 Days",
+               // Seamus: 601 (09-06, 75 days) 100 unpaid in > 60; 602 is settled with
+               // no final date and 603 undated: neither is selected. Payment 611 is all
+               // on 602: no credit.
+               "O'Brien, Seamus $100.00 $0.00 $100.00 $0.00 $0.00 $0.00 $0.00 $100.00 $0.00",
+               // Claire owes provider 2 nothing, but payment 203 (provider 2) has
+               // 200 - 150 = 50 left.
+               "Tremblay, Claire $0.00 $50.00 -$50.00 $0.00 $0.00 $0.00 $0.00 $0.00 $0.00",
+               // Debit 100, credit 50, balance 50.
+               "Office Totals: $100.00 $50.00 $50.00 $0.00 $0.00 $0.00 $0.00 $100.00 $0.00"}));
   EXPECT_FALSE(Has("This report DOES NOT include credits."));
 
   // Without credits the patient whose only entry is money on file goes.
@@ -117,8 +118,8 @@ TEST_F(PatientsWithABalance, OverseerAndPreferredDoctorViews) {
   // 40. No payment names him, and the payments query still runs.
   reports.rptPatientsWithABalance("", kEnd, "ProviderID = 3", 1);
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  EXPECT_TRUE(Has("Overseers: Okafor"));
-  EXPECT_TRUE(Has("Tremblay, Claire $60.00 $0.00 $40.00 $60.00 $0.00 $0.00 $0.00")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Overseers: Okafor",
+                              "Tremblay, Claire $60.00 $0.00 $40.00 $60.00 $0.00 $0.00 $0.00"}));
 
   // Chen (2) is the preferred doctor on invoice 104 and Claire's own
   // doctor, so her payments are his too.
@@ -127,18 +128,15 @@ TEST_F(PatientsWithABalance, OverseerAndPreferredDoctorViews) {
       "1;");
   reports.rptPatientsWithABalance("", kEnd, "ProviderID = 2", 2);
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  EXPECT_TRUE(Has("Preferred Doctors: Chen"));
-  EXPECT_TRUE(Has("Tremblay, Claire $300.00 $0.00 $0.00 $300.00 $0.00 $0.00 $0.00")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Preferred Doctors: Chen",
+                              "Tremblay, Claire $300.00 $0.00 $0.00 $300.00 $0.00 $0.00 $0.00"}));
 }
 
 TEST_F(PatientsWithABalance, FailureShowsTheTrapMessage) {
   form.VSP.StartDoc();
   reports.srptPatientsWithaBalance("", kEnd, "NoSuchColumn = 1", 0, true);
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt.rfind(
-                "An error has occurred in sub srptPatientsWithaBalance in Class clsReports\n", 0),
-            0u)
-      << host.messages[0].prompt;
+  ASSERT_TRUE(SaidOnce(
+      host, "An error has occurred in sub srptPatientsWithaBalance in Class clsReports\n"));
 }
 
 TEST_F(UnappliedPayments, ListsMoneyLeftOverByProviderDateAndPayee) {
@@ -146,10 +144,9 @@ TEST_F(UnappliedPayments, ListsMoneyLeftOverByProviderDateAndPayee) {
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   EXPECT_EQ(form.ShowCount(), 1);
   const std::string text = Text();
-  EXPECT_NE(text.find("Ending: Nov/20/2026"), std::string::npos) << text;
-  // The heads wrap in their narrow columns; the first and the last stand.
-  EXPECT_NE(text.find("Payee"), std::string::npos);
-  EXPECT_NE(text.find("Credit($)"), std::string::npos);
+  EXPECT_TRUE(HasAll(text, {"Ending: Nov/20/2026",
+                            // The heads wrap in their narrow columns; the first and the last stand.
+                            "Payee", "Credit($)"}));
   // Chen first: 203, 200 less 150 applied.
   const size_t p203 = text.find("Tremblay, Claire 203 Chen Oct/6/2026 $200.00 $50.00");
   // Then Moreau's by cheque date: 261 (09-01), 232 (10-01), 233 (10-02),
@@ -169,36 +166,20 @@ TEST_F(UnappliedPayments, ListsMoneyLeftOverByProviderDateAndPayee) {
   EXPECT_LT(p233, p212);
   // Left out: fully applied payments, Marc's refunded 10.0050, 262 applied
   // beyond its value (-5), and cheques dated after the end (204, 205, 271).
-  EXPECT_EQ(text.find("Tremblay, Marc"), std::string::npos);
-  EXPECT_EQ(text.find(" 262 "), std::string::npos);
-  EXPECT_EQ(text.find(" 204 "), std::string::npos);
-  EXPECT_EQ(text.find("Zero, Zoe"), std::string::npos);
+  EXPECT_TRUE(HasNone(text, {"Tremblay, Marc", " 262 ", " 204 ", "Zero, Zoe"}));
   // 50 + 20 + 60 + 15 + 26 = 171.
   EXPECT_NE(text.find("Total Unapplied Payments: $171.00"), std::string::npos) << text;
 }
 
 // A refund is tested by its day, as every other date of the list: one paid
 // back in the afternoon of the end date is paid back by it.
-TEST_F(UnappliedPayments, RefundOnTheEndDateCountsWhateverItsHour) {
+TEST_F(UnappliedPayments, ARefundOnTheEndDateAFilterAFailureAndSeparators) {
   Exec("UPDATE InvoicePayments SET RefundDate = '2026-11-20 15:30:00' WHERE ID = 221;");
   reports.rptUnAppliedPayments(kEnd, "");
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   EXPECT_FALSE(Has("Tremblay, Marc")) << Text();
   EXPECT_TRUE(Has("Total Unapplied Payments: $171.00")) << Text();
-}
 
-// Names holding "|" and ";" stay in their cells in both lists.
-TEST_F(UnappliedPayments, SeparatorsInNamesStayInTheirCells) {
-  Exec(std::string("UPDATE Patient SET LastName = '") + kForgedLastName +
-       "', FullName = '" + kForgedLastName + ", Claire' WHERE ID = 1; UPDATE Employees SET LastName = '" +
-       kForgedLastName + "' WHERE ID = 2;");
-  reports.rptUnAppliedPayments(kEnd, "");
-  ExpectWholeCell(form.VSP.Document(), std::string(kForgedLastName) + ",", "unapplied payments");
-  reports.rptPatientsWithABalance("", kEnd, "");
-  ExpectWholeCell(form.VSP.Document(), std::string(kForgedLastName) + ",", "patients with a balance");
-}
-
-TEST_F(UnappliedPayments, FilterAndFailureMessage) {
   form.VSP.StartDoc();
   reports.srptUnAppliedPayments(kEnd, "", "InitialProviderID = 2");
   form.VSP.EndDoc();
@@ -209,6 +190,16 @@ TEST_F(UnappliedPayments, FilterAndFailureMessage) {
   reports.srptUnAppliedPayments(kEnd, "", "NoSuchColumn = 1");
   ASSERT_EQ(host.messages.size(), 1u);
   EXPECT_EQ(host.messages[0].title, " Error in Class clsReport.srptUnAppliedPayments");
+
+  // Names holding "|" and ";" stay in their cells in both lists.
+  Exec(std::string("UPDATE Patient SET LastName = '") + kForgedLastName + "', FullName = '" +
+       kForgedLastName + ", Claire' WHERE ID = 1; UPDATE Employees SET LastName = '" +
+       kForgedLastName + "' WHERE ID = 2;");
+  reports.rptUnAppliedPayments(kEnd, "");
+  ExpectWholeCell(form.VSP.Document(), std::string(kForgedLastName) + ",", "unapplied payments");
+  reports.rptPatientsWithABalance("", kEnd, "");
+  ExpectWholeCell(form.VSP.Document(), std::string(kForgedLastName) + ",",
+                  "patients with a balance");
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "frame/surface/surface.h"
 #include "receivables_fixture.h"
 #include "support/forged_cells.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -21,7 +22,7 @@ using BillingByClient = ReceivablesTest;
 
 const DateTime kToday = DateTime::FromParts(2026, 11, 20);
 
-TEST_F(AccountStatus, BalanceIsWhatIsOwedLessTheCredit) {
+TEST_F(AccountStatus, BalanceIsWhatIsOwedLessTheCreditUndatedOldest) {
   reports.rptPatientAccountStatus("dana", DateTime::FromParts(2026, 11, 20));
   EXPECT_TRUE(form.Visible());
   EXPECT_EQ(form.VSP.DocName(), "Patients Account Status");
@@ -29,17 +30,15 @@ TEST_F(AccountStatus, BalanceIsWhatIsOwedLessTheCredit) {
   // 102 are paid. 105 60 (its 40 is dated 11-21) and 106 25 in 0-30: 85.
   // Credit by 11-20: 80 + 120 + 200 less 80 + 120 + 150 = 50. Balance 35.
   // Post dates: 105's 40.
-  EXPECT_TRUE(Has("Tremblay, Claire $35.00 $50.00 $40.00 $85.00 $0.00 $0.00 $0.00")) << Text();
-  // Seamus: 161 (10-01) 45 less 262's 15 = 30 in > 30; 601 (09-06) 100 in
-  // > 60; 602 settled without a final date and 603 in progress are not
-  // selected. Credit 20 + 40 + 10 less 40 + 15 = 15. Balance 115.
-  EXPECT_TRUE(Has("O'Brien, Seamus $115.00 $15.00 $0.00 $0.00 $30.00 $100.00 $0.00")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Tremblay, Claire $35.00 $50.00 $40.00 $85.00 $0.00 $0.00 $0.00",
+                              // Seamus: 161 (10-01) 45 less 262's 15 = 30 in > 30; 601 (09-06) 100
+                              // in > 60; 602 settled without a final date and 603 in progress are
+                              // not selected. Credit 20 + 40 + 10 less 40 + 15 = 15. Balance 115.
+                              "O'Brien, Seamus $115.00 $15.00 $0.00 $0.00 $30.00 $100.00 $0.00"}));
   // Zoe's only cheque is dated after the end: nothing to show.
   EXPECT_FALSE(Has("Zero, Zoe"));
   EXPECT_TRUE(Has("WILL NOT equal that of your"));
-}
 
-TEST_F(AccountStatus, UndatedInvoiceIsInTheOldestClass) {
   // 603 (undated, 30) marked complete: the statement takes it, as it has no
   // settled total, and it is of no known age.
   Exec("UPDATE Invoices SET [Complete?] = 1 WHERE ID = 603;");
@@ -60,27 +59,26 @@ TEST_F(FamiliesWithABalance, FamiliesByPrimaryHolder) {
   // Claire: 101, 102 paid; 103 (complete, cancelled) 90 overdue (10-20 is
   // 31 days back); 105 60 current (its 40 is on a cheque dated tomorrow);
   // 106 25 current (exactly 30 days). 104 is in progress. 175.
-  EXPECT_TRUE(Has("Claire $175.00 $0.00 $85.00 $90.00")) << Text();
-  // Luc: 111 paid; 112 and 113 50 each overdue; 107 35 post-dated. 135.
-  EXPECT_TRUE(Has("Luc $135.00 $35.00 $0.00 $100.00")) << Text();
-  // Marc: 121 75 current.
-  EXPECT_TRUE(Has("Marc $75.00 $0.00 $75.00 $0.00"));
-  // Family A: 175 + 135 + 75 = 385; post 35; current 85 + 75 = 160;
-  // overdue 90 + 100 = 190.
-  EXPECT_TRUE(Has("Tremblay, Claire $385.00 $35.00 $160.00 $190.00")) << Text();
-  // Family B: Priya's 131 was paid by Arjun; Arjun's 141 40 current.
-  EXPECT_TRUE(Has("Singh, Priya $40.00 $0.00 $40.00 $0.00")) << Text();
-  EXPECT_TRUE(Has("Arjun $40.00 $0.00 $40.00 $0.00"));
-  // Priya owes nothing of her own: her row still stands in her family.
-  EXPECT_TRUE(Has("Singh, Priya $40.00 $0.00 $40.00 $0.00\n  Priya $0.00 $0.00 $0.00 $0.00\n"))
-      << Text();
+  EXPECT_TRUE(HasAll(
+      Text(), {"Claire $175.00 $0.00 $85.00 $90.00",
+               // Luc: 111 paid; 112 and 113 50 each overdue; 107 35 post-dated. 135.
+               "Luc $135.00 $35.00 $0.00 $100.00",
+               // Marc: 121 75 current.
+               "Marc $75.00 $0.00 $75.00 $0.00",
+               // Family A: 175 + 135 + 75 = 385; post 35; current 85 + 75 = 160;
+               // overdue 90 + 100 = 190.
+               "Tremblay, Claire $385.00 $35.00 $160.00 $190.00",
+               // Family B: Priya's 131 was paid by Arjun; Arjun's 141 40 current.
+               "Singh, Priya $40.00 $0.00 $40.00 $0.00", "Arjun $40.00 $0.00 $40.00 $0.00",
+               // Priya owes nothing of her own: her row still stands in her family.
+               "Singh, Priya $40.00 $0.00 $40.00 $0.00\n  Priya $0.00 $0.00 $0.00 $0.00\n"}));
   // Nadia is nobody's primary holder of herself: no family.
   EXPECT_FALSE(Has("Roy, Nadia"));
   // 385 + 40 = 425; 35; 160 + 40 = 200; 190.
   EXPECT_TRUE(Has("$425.00 $35.00 $200.00 $190.00")) << Text();
 }
 
-TEST_F(PatientsWithACredit, OnlyMoneyOnFileToday) {
+TEST_F(PatientsWithACredit, OnlyMoneyOnFileTodayOrNone) {
   Exec("UPDATE InvoicePayments SET Value = 10, TotalToCredit = 10 WHERE ID = 221;");
   reports.rptPatientswithACredit("dana");
   EXPECT_EQ(form.VSP.Orientation(), 1);
@@ -88,20 +86,14 @@ TEST_F(PatientsWithACredit, OnlyMoneyOnFileToday) {
   // 400 - 350 = 50; Luc 126 - 100 = 26; Priya 75; Marc 10; Seamus
   // 70 - 55 = 15. Arjun, Nadia and Emile have all theirs applied; Zoe's
   // cheque is dated 12-05.
-  EXPECT_TRUE(Has("Credit: $50.00")) << Text();
-  EXPECT_TRUE(Has("Credit: $26.00"));
-  EXPECT_TRUE(Has("Credit: $15.00"));
-  EXPECT_FALSE(Has("Singh, Arjun"));
-  EXPECT_FALSE(Has("Zero, Zoe"));
+  EXPECT_TRUE(HasAll(Text(), {"Credit: $50.00", "Credit: $26.00", "Credit: $15.00"}));
+  EXPECT_TRUE(HasNone(Text(), {"Singh, Arjun", "Zero, Zoe"}));
   // 50 + 26 + 75 + 10 + 15 = 176.
   EXPECT_TRUE(Has("Total Credit On File: $176.00")) << Text();
-}
 
-TEST_F(PatientsWithACredit, NoneOnFile) {
   Exec("DELETE FROM InvoicePaymentDetails; DELETE FROM InvoicePayments;");
   reports.rptPatientswithACredit("");
-  EXPECT_TRUE(Has("None on file."));
-  EXPECT_TRUE(Has("Total Credit On File: $0.00"));
+  EXPECT_TRUE(HasAll(Text(), {"None on file.", "Total Credit On File: $0.00"}));
 }
 
 TEST_F(OutstandingTreatment, ListsOpenWorkOfPatientsWithBothCarriers) {
@@ -124,18 +116,17 @@ TEST_F(OutstandingTreatment, ListsOpenWorkOfPatientsWithBothCarriers) {
   // 200 + 150 + 60 + 25 = 435, less every share on them 80 + 120 + 150 + 40
   // = 390, less her own credit (patient payments 80 + 200 less 80 + 150 =
   // 50): -5.
-  EXPECT_TRUE(Has("Tremblay, Claire Credit($): $50.00 Balance($): -$5.00")) << Text();
-  // The figures and the reminder date print as they are held, under
-  // labels that carry their own "($)": no second sign.
-  EXPECT_TRUE(Has("Procedure: 23111 Tooth #: 36 Surface: MO Fee: 150.5")) << Text();
-  EXPECT_TRUE(Has("Planned Appointment: Recall"));
-  EXPECT_TRUE(Has("Jan/15/2027"));
-  EXPECT_TRUE(Has("ShortNotice?: Yes Estimate($): 95")) << Text();
-  EXPECT_TRUE(Has("Treatment Plan: Total($): 3049 Benefit Amount($): 640.25 Reminder")) << Text();
-  EXPECT_TRUE(Has("Date: 2026-12-15"));
-  EXPECT_FALSE(Has("$150")) << Text();
-  // Luc has a plan but no second insurer or employer: left out.
-  EXPECT_FALSE(Has("Tremblay, Luc"));
+  EXPECT_TRUE(HasAll(
+      Text(),
+      {"Tremblay, Claire Credit($): $50.00 Balance($): -$5.00",
+       // The figures and the reminder date print as they are held, under
+       // labels that carry their own "($)": no second sign.
+       "Procedure: 23111 Tooth #: 36 Surface: MO Fee: 150.5", "Planned Appointment: Recall",
+       "Jan/15/2027", "ShortNotice?: Yes Estimate($): 95",
+       "Treatment Plan: Total($): 3049 Benefit Amount($): 640.25 Reminder", "Date: 2026-12-15"}));
+  EXPECT_TRUE(HasNone(Text(), {"$150",
+                               // Luc has a plan but no second insurer or employer: left out.
+                               "Tremblay, Luc"}));
 }
 
 // A patient, an address and a fee code's description holding "|" and ";"
@@ -177,11 +168,11 @@ TEST_F(BillingByClient, EachPatientsInvoicesLineByLine) {
       "'Filling');");
   reports.rptBillingByClient("dana", "0", "", "");
   EXPECT_TRUE(host.messages.empty());
-  EXPECT_TRUE(Has("Claire Tremblay")) << Text();
-  // Lines with a known fee code, under the invoice's provider.
-  EXPECT_TRUE(Has("Moreau, Anne 1001 Sep/10/2026 01202 Recall exam $120.00")) << Text();
-  EXPECT_TRUE(Has("Moreau, Anne 1002 Oct/05/2026 23111 Filling $150.00"));
-  EXPECT_TRUE(Has("Moreau, Anne 1005 Oct/21/2026 01202 Recall exam $60.00"));
+  EXPECT_TRUE(HasAll(Text(), {"Claire Tremblay",
+                              // Lines with a known fee code, under the invoice's provider.
+                              "Moreau, Anne 1001 Sep/10/2026 01202 Recall exam $120.00",
+                              "Moreau, Anne 1002 Oct/05/2026 23111 Filling $150.00",
+                              "Moreau, Anne 1005 Oct/21/2026 01202 Recall exam $60.00"}));
   // Luc's invoices name no provider: he has no invoice here.
   EXPECT_FALSE(Has("Luc Tremblay"));
 

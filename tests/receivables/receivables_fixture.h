@@ -34,9 +34,6 @@
 #pragma once
 
 #include "accounts/account_fixture.h"
-#include "frame/preview_form.h"
-#include "frame/reports.h"
-#include "platform/host/host_services.h"
 
 namespace orv::testing {
 
@@ -83,25 +80,9 @@ INSERT INTO InvoicePayments (ID, PatientID, PaymentTypeID, InitialProviderID, Va
  (271, 7, 2, 1, 50, 0, 50, '2026-11-19 00:00:00', '2026-12-05 00:00:00', 0);
 )sql";
 
-class ReceivablesTest : public AccountFixture {
+class ReceivablesTest : public AccountReportTest {
  protected:
-  void SetUp() override {
-    AccountFixture::SetUpPractice(kReceivableRows);
-    if (IsSkipped() || HasFatalFailure()) return;
-    form.SetNotifier([](const std::string&) {});
-    reports.Connection(conn_);
-    reports.SetPrintPreview(&form);
-    reports.SetHostServices(&host);
-    reports.Progress = [this](uint8_t& p) { progress.push_back(p); };
-  }
-
-  std::string Text() const { return DocumentText(form.VSP.Document()); }
-  bool Has(const std::string& text) const { return Text().find(text) != std::string::npos; }
-
-  PreviewForm form;
-  host::RecordingHost host;
-  clsReports reports;
-  std::vector<uint8_t> progress;
+  void SetUp() override { SetUpReports(kReceivableRows); }
 };
 
 }  // namespace orv::testing

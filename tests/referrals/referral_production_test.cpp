@@ -6,6 +6,7 @@
 
 #include "referral_fixture.h"
 #include "support/postgres.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -18,33 +19,30 @@ TEST_F(ReferralProduction, FeesOncePerLineAllocationsEachAndTheTotalIsTheSum) {
   // Patients without a referrer break the links; the host answers Yes.
   ASSERT_EQ(Asked("Invalid Relationship"), 1);
   EXPECT_EQ(form.ShowCount(), 1);
-  EXPECT_TRUE(Has("Fees($) Payments($)")) << Text();
-  // Lind (patient 1): dental 71 100 + 73 100 (three allocations, counted
-  // once) + 74 50 = 250; lab 72 200; W/O the write-off -10 on 74 and the
-  // discount -5 on 71; net 450 - 15. Payments applied: 73 80 + 20 + 10,
-  // 74 50: dental 160; 72 20: labs; adjustments -10 and -5 applied, and
-  // payment 204 of the account practice (a write-off type, 40, cheque
-  // 11-21, on no line): 25; net 160 + 20 + 25.
   EXPECT_TRUE(
-      Has("Lind, Ada 250.00 200.00 0.00 450.00 (15.00) 435.00 160.00 20.00 25.00 "
-          "205.00"))
-      << Text();
-  // Kerr (patient 3): the reversal 75 -120, the -00100 line -50 and its
-  // 00100 50 all count; 79 entered 11-03 and cancelled 11-20 nets to 0;
-  // 78 is not complete.
-  EXPECT_TRUE(Has("Kerr, Bo (120.00) 0.00 0.00 (120.00) 0.00 (120.00) 0.00 0.00 0.00 0.00"))
-      << Text();
-  EXPECT_TRUE(Has("Total 130.00 200.00 0.00 330.00 (15.00) 315.00 229.33 20.00 25.00 274.33"));
-  // After the repair the patients without a referrer stand under No
-  // Referring Dentist: their November money on no line (212 26, 221
-  // 10.005, 291 33.325) is credit, dental: 69.33.
-  EXPECT_TRUE(Has("Dentist, No 0.00 0.00 0.00 0.00 0.00 0.00 69.33 0.00 0.00 69.33")) << Text();
+      HasAll(Text(), {"Fees($) Payments($)",
+                      // Lind (patient 1): dental 71 100 + 73 100 (three allocations, counted
+                      // once) + 74 50 = 250; lab 72 200; W/O the write-off -10 on 74 and the
+                      // discount -5 on 71; net 450 - 15. Payments applied: 73 80 + 20 + 10,
+                      // 74 50: dental 160; 72 20: labs; adjustments -10 and -5 applied, and
+                      // payment 204 of the account practice (a write-off type, 40, cheque
+                      // 11-21, on no line): 25; net 160 + 20 + 25.
+                      "Lind, Ada 250.00 200.00 0.00 450.00 (15.00) 435.00 160.00 20.00 25.00 "
+                      "205.00",
+                      // Kerr (patient 3): the reversal 75 -120, the -00100 line -50 and its
+                      // 00100 50 all count; 79 entered 11-03 and cancelled 11-20 nets to 0;
+                      // 78 is not complete.
+                      "Kerr, Bo (120.00) 0.00 0.00 (120.00) 0.00 (120.00) 0.00 0.00 0.00 0.00",
+                      "Total 130.00 200.00 0.00 330.00 (15.00) 315.00 229.33 20.00 25.00 274.33",
+                      // After the repair the patients without a referrer stand under No
+                      // Referring Dentist: their November money on no line (212 26, 221
+                      // 10.005, 291 33.325) is credit, dental: 69.33.
+                      "Dentist, No 0.00 0.00 0.00 0.00 0.00 0.00 69.33 0.00 0.00 69.33"}));
   // Moss and Park have no figure: no row.
-  EXPECT_FALSE(Has("Moss,"));
-  EXPECT_FALSE(Has("Park,"));
+  EXPECT_TRUE(HasNone(Text(), {"Moss,", "Park,"}));
   // The hygienists by the lines' provider: Chen 100 + 50 - 120.
-  EXPECT_TRUE(Has("Chen, Paul 30.00 0.00 30.00 100.00")) << Text();
-  EXPECT_TRUE(Has("Hygenists Totals 30.00 0.00 30.00 100.00"));
+  EXPECT_TRUE(HasAll(
+      Text(), {"Chen, Paul 30.00 0.00 30.00 100.00", "Hygenists Totals 30.00 0.00 30.00 100.00"}));
 }
 
 TEST_F(ReferralProduction, CancelledInThePeriodCountsNegativeAndAMinusOneFlagBringsNoLine) {
@@ -129,8 +127,7 @@ TEST_F(ReferralRepair, AnsweredNoTheReportDropsPatientsWithoutADentistRow) {
   Exec("DELETE FROM ReferringDentists WHERE ID = 1;");
   host.answer = host::vbNo;
   reports.ReferralProductSumReport(Nov(1), Nov(30), "dana");
-  EXPECT_FALSE(Has("Lind"));
-  EXPECT_FALSE(Has("Deleted"));
+  EXPECT_TRUE(HasNone(Text(), {"Lind", "Deleted"}));
   EXPECT_TRUE(Has("Total (120.00) 0.00 0.00 (120.00)")) << Text();
   // Answered Yes they come back under the Deleted placeholder.
   PreviewForm doc;

@@ -114,6 +114,12 @@ class ReportTest : public ::testing::Test {
     rs.Open(sql, conn);
     return rs[0L].Value();
   }
+  // The first value of the first row `sql` reads, as text; "" for no row.
+  std::string TextOf(const std::string& sql) {
+    db::Recordset rs;
+    rs.Open(sql, conn);
+    return rs.Eof() ? "" : CStr(rs[0L].Value());
+  }
   std::string PageText(int page) const {
     std::string all = Text();
     size_t start = 0;
