@@ -409,12 +409,7 @@ std::shared_ptr<RowSet> RunShape(StatementCache& cache, const ShapeNode& node, c
       link.parent_fields.push_back(RelateField(*parent, pcol, "parent", statement));
       link.child_fields.push_back(RelateField(*link.child, ccol, "child", statement));
     }
-    const RowSet& child_rows = *link.child;
-    for (size_t r = 0; r < child_rows.RowCount(); ++r) {
-      bool has_null = false;
-      std::string key = RowKey(child_rows, r, link.child_fields, &has_null);
-      if (!has_null) link.rows_by_key[key].push_back(r);
-    }
+    link.index.Build(*link.child, link.child_fields);
     FieldInfo f;
     f.name = c.name;
     f.type = adChapter;

@@ -132,14 +132,7 @@ void RecordsetState::Ready() {
   if (row == bound_parent_row) return;
   bound_parent_row = row;
   base.clear();
-  if (row >= 0) {
-    bool has_null = false;
-    std::string key = RowKey(*p->data, static_cast<size_t>(row), link.parent_fields, &has_null);
-    if (!has_null) {
-      auto it = link.rows_by_key.find(key);
-      if (it != link.rows_by_key.end()) base = it->second;
-    }
-  }
+  if (row >= 0) link.index.RowsFor(*p->data, static_cast<size_t>(row), link.parent_fields, &base);
   Rebuild();
 }
 

@@ -1,7 +1,10 @@
 #include "platform/db/rowset.h"
 
+#include <algorithm>
 #include <atomic>
+#include <bit>
 #include <charconv>
+#include <cmath>
 
 #include "platform/db/value_compare.h"
 
@@ -82,24 +85,50 @@ namespace {
 constexpr int64_t kWholeKeyMax = 9'000'000'000'000'000'000;
 }  // namespace
 
+RelateClass RelateClassOf(const ColumnStore& cells, size_t row, size_t column, int64_t* key) {
+  using Kind = ColumnStore::Kind;
+  if (column >= cells.ColumnCount()) return RelateClass::Null;
+  const uint64_t bits = cells.BitsAt(row, column);
+  switch (cells.KindAt(row, column)) {
+    case Kind::Empty:
+    case Kind::Null: return RelateClass::Null;
+    case Kind::Long:
+    case Kind::LongLong: {
+      const auto n = static_cast<int64_t>(bits);
+      if (n <= -kWholeKeyMax || n >= kWholeKeyMax) return RelateClass::Other;
+      *key = n;
+      return RelateClass::Whole;
+    }
+    case Kind::Double: {
+      const double d = std::bit_cast<double>(bits);
+      if (!(std::fabs(d) < 9e18) || std::trunc(d) != d) return RelateClass::Other;
+      *key = static_cast<int64_t>(d);
+      return RelateClass::Whole;
+    }
+    case Kind::Currency: {
+      const auto raw = static_cast<int64_t>(bits);
+      if (raw % Currency::kScale != 0) return RelateClass::Other;
+      *key = raw / Currency::kScale;
+      return RelateClass::Whole;
+    }
+    case Kind::Boolean: *key = bits ? -1 : 0; return RelateClass::Whole;
+    default: return RelateClass::Other;
+  }
+}
+
 std::string RowKey(const RowSet& rows, size_t row, const std::vector<int>& fields, bool* has_null) {
   std::string key;
   *has_null = false;
   for (size_t i = 0; i < fields.size(); ++i) {
     // A whole-number key, the usual relation, is written straight from its
     // cell, as RelateKey writes it, without making a Variant.
-    const auto column = static_cast<size_t>(fields[i]);
-    const ColumnStore::Kind kind =
-        column < rows.cells().ColumnCount() ? rows.cells().KindAt(row, column) : ColumnStore::Kind::Empty;
-    if (kind == ColumnStore::Kind::Long || kind == ColumnStore::Kind::LongLong) {
-      const int64_t n = rows.cells().IntegerAt(row, column);
-      if (n > -kWholeKeyMax && n < kWholeKeyMax) {
-        if (i) key += '\x1f';
-        key += 'n';
-        char buf[24];
-        key.append(buf, std::to_chars(buf, buf + sizeof buf, n).ptr);
-        continue;
-      }
+    int64_t n = 0;
+    if (RelateClassOf(rows.cells(), row, static_cast<size_t>(fields[i]), &n) == RelateClass::Whole) {
+      if (i) key += '\x1f';
+      key += 'n';
+      char buf[24];
+      key.append(buf, std::to_chars(buf, buf + sizeof buf, n).ptr);
+      continue;
     }
     auto k = RelateKey(rows.Get(row, fields[i]));
     if (!k) {
@@ -112,6 +141,104 @@ std::string RowKey(const RowSet& rows, size_t row, const std::vector<int>& field
     key += *k;
   }
   return key;
+}
+
+namespace {
+uint64_t SlotHash(int64_t key) { return static_cast<uint64_t>(key) * 0x9E3779B97F4A7C15ull; }
+}  // namespace
+
+uint32_t RelateIndex::WholeGroup(int64_t key) const {
+  if (slot_groups_.empty()) return kNoGroup;
+  const size_t mask = slot_groups_.size() - 1;
+  for (size_t i = SlotHash(key) >> 32 & mask;; i = (i + 1) & mask) {
+    if (slot_groups_[i] == kNoGroup || slot_keys_[i] == key) return slot_groups_[i];
+  }
+}
+
+void RelateIndex::GrowSlots() {
+  std::vector<int64_t> keys = std::move(slot_keys_);
+  std::vector<uint32_t> groups = std::move(slot_groups_);
+  const size_t size = std::max<size_t>(64, groups.size() * 2);
+  slot_keys_.assign(size, 0);
+  slot_groups_.assign(size, kNoGroup);
+  const size_t mask = size - 1;
+  for (size_t j = 0; j < groups.size(); ++j) {
+    if (groups[j] == kNoGroup) continue;
+    size_t i = SlotHash(keys[j]) >> 32 & mask;
+    while (slot_groups_[i] != kNoGroup) i = (i + 1) & mask;
+    slot_keys_[i] = keys[j];
+    slot_groups_[i] = groups[j];
+  }
+}
+
+uint32_t RelateIndex::AddWholeGroup(int64_t key) {
+  // At most half full, so that a probe ends soon.
+  if ((whole_count_ + 1) * 2 > slot_groups_.size()) GrowSlots();
+  const size_t mask = slot_groups_.size() - 1;
+  size_t i = SlotHash(key) >> 32 & mask;
+  while (slot_groups_[i] != kNoGroup) i = (i + 1) & mask;
+  slot_keys_[i] = key;
+  slot_groups_[i] = static_cast<uint32_t>(whole_count_);
+  return static_cast<uint32_t>(whole_count_++);
+}
+
+void RelateIndex::Build(const RowSet& child, const std::vector<int>& child_fields) {
+  *this = RelateIndex();
+  const size_t n = child.RowCount();
+  const ColumnStore& cells = child.cells();
+  int64_t key = 0;
+  whole_ = child_fields.size() == 1;
+  for (size_t r = 0; whole_ && r < n; ++r)
+    whole_ = RelateClassOf(cells, r, static_cast<size_t>(child_fields[0]), &key) != RelateClass::Other;
+
+  // 1. The group of each row, numbered as keys first appear.
+  std::vector<uint32_t> group_of(n, kNoGroup);
+  uint32_t groups = 0;
+  for (size_t r = 0; r < n; ++r) {
+    if (whole_) {
+      if (RelateClassOf(cells, r, static_cast<size_t>(child_fields[0]), &key) != RelateClass::Whole) continue;
+      uint32_t g = WholeGroup(key);
+      group_of[r] = g != kNoGroup ? g : AddWholeGroup(key);
+    } else {
+      bool has_null = false;
+      std::string text = RowKey(child, r, child_fields, &has_null);
+      if (has_null) continue;
+      group_of[r] = text_groups_.try_emplace(std::move(text), groups).first->second;
+    }
+    groups = std::max(groups, group_of[r] + 1);
+  }
+  // 2. Where each group starts, from the counts; 3. the rows in place, in
+  // the child's order within each group.
+  starts_.assign(size_t{groups} + 1, 0);
+  for (uint32_t g : group_of)
+    if (g != kNoGroup) ++starts_[g + 1];
+  for (size_t g = 0; g < groups; ++g) starts_[g + 1] += starts_[g];
+  rows_.resize(starts_[groups]);
+  std::vector<uint32_t> next(starts_.begin(), starts_.end() - 1);
+  for (size_t r = 0; r < n; ++r)
+    if (group_of[r] != kNoGroup) rows_[next[group_of[r]]++] = static_cast<uint32_t>(r);
+}
+
+void RelateIndex::RowsFor(const RowSet& parent, size_t row, const std::vector<int>& parent_fields,
+                          std::vector<size_t>* out) const {
+  out->clear();
+  uint32_t g = kNoGroup;
+  if (whole_) {
+    // A parent value that is no whole number relates to none of the
+    // child's whole keys, as its RelateKey text differs from theirs.
+    int64_t key = 0;
+    if (parent_fields.size() == 1 &&
+        RelateClassOf(parent.cells(), row, static_cast<size_t>(parent_fields[0]), &key) == RelateClass::Whole)
+      g = WholeGroup(key);
+  } else {
+    bool has_null = false;
+    std::string text = RowKey(parent, row, parent_fields, &has_null);
+    if (!has_null) {
+      auto it = text_groups_.find(text);
+      if (it != text_groups_.end()) g = it->second;
+    }
+  }
+  if (g != kNoGroup) out->assign(rows_.begin() + starts_[g], rows_.begin() + starts_[g + 1]);
 }
 
 }  // namespace orv::db

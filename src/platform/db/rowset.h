@@ -27,14 +27,48 @@ struct FieldInfo {
   int chapter = -1;  // index into RowSet::chapters for a chapter field
 };
 
-// A SHAPE child related to its parent: the child's rows, hashed by the
-// child's relate columns so that the rows of one parent row are found
-// without a scan.
+// The rows of a SHAPE child grouped by their relate key, so that the rows
+// of one parent row are found without a scan, in the child's own order.
+//
+// The usual relation is one whole-number column (an ID to a PatientID):
+// its keys are hashed as integers in one open-addressed table, and the
+// rows of every key lie side by side in one array. A key made into text
+// per row, with a list of rows per key, cost the unapplied payments a
+// third of their run on 180,000 payment lines (an allocation per row and
+// a cache miss per lookup). Any other relation (several columns, text,
+// dates, fractions) is keyed by RowKey's text, as RelateKey orders it.
+class RelateIndex {
+ public:
+  // Groups the rows of `child` by `child_fields`; rows with a Null part
+  // relate to nothing.
+  void Build(const RowSet& child, const std::vector<int>& child_fields);
+  // Replaces `out` with the child rows related to `row` of `parent`.
+  void RowsFor(const RowSet& parent, size_t row, const std::vector<int>& parent_fields,
+               std::vector<size_t>* out) const;
+
+ private:
+  static constexpr uint32_t kNoGroup = UINT32_MAX;
+  uint32_t WholeGroup(int64_t key) const;
+  uint32_t AddWholeGroup(int64_t key);
+  void GrowSlots();
+
+  bool whole_ = true;
+  // Open addressing by whole key: slot_groups_[i] is kNoGroup when free.
+  std::vector<int64_t> slot_keys_;
+  std::vector<uint32_t> slot_groups_;
+  size_t whole_count_ = 0;
+  std::unordered_map<std::string, uint32_t> text_groups_;
+  // Group g's rows are rows_[starts_[g]] to rows_[starts_[g + 1]].
+  std::vector<uint32_t> starts_;
+  std::vector<uint32_t> rows_;
+};
+
+// A SHAPE child related to its parent.
 struct ChapterLink {
   std::shared_ptr<RowSet> child;
   std::vector<int> parent_fields;
   std::vector<int> child_fields;
-  std::unordered_map<std::string, std::vector<size_t>> rows_by_key;
+  RelateIndex index;
 };
 
 uint64_t NextRowSetId();
@@ -94,5 +128,12 @@ struct RowSet {
 // The relate key of `row` of `rows` over `fields`; empty when any part is
 // Null.
 std::string RowKey(const RowSet& rows, size_t row, const std::vector<int>& fields, bool* has_null);
+
+// How one cell relates: Null (to nothing), as the whole number `*key`, or
+// otherwise (by RowKey's text). A whole number is the key RelateKey writes
+// as "n" and its digits: integers, and floats, money and flags of whole
+// value, below 9e18 in size.
+enum class RelateClass { Null, Whole, Other };
+RelateClass RelateClassOf(const ColumnStore& cells, size_t row, size_t column, int64_t* key);
 
 }  // namespace orv::db
