@@ -1,12 +1,14 @@
 // The row loops that read cells in place rather than through Variants: a
 // Sort keys each text once and must still order rows as CompareValues
 // does, and the relate key of a whole number, written straight from its
-// cell, must be the key RelateKey gives.
+// cell, must be the key RelateKey gives; a SHAPE child grouped by whole
+// numbers must relate the rows RelateKey relates.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
 #include <numeric>
+#include <optional>
 
 #include "platform/db/recordset.h"
 #include "platform/db/rowset.h"
@@ -96,6 +98,77 @@ TEST(SortAndRelate, WholeNumberKeysAreTheKeysRelateKeyGives) {
     EXPECT_EQ(has_null, !b.has_value());
     EXPECT_EQ(both, b ? *a + '\x1f' + *b : std::string());
   }
+}
+
+
+TEST(SortAndRelate, ChildRowsRelateAsTheirKeysDo) {
+  // Parent values of every kind against children keyed by whole numbers
+  // only (the hashed form), with one text key among them (the text form),
+  // and over two columns. A row relates when both keys are RelateKey's
+  // same text; the child's order is kept.
+  const std::vector<Variant> parent_keys = {
+      Variant(2),          Variant(2.0),       Variant(Currency::FromRaw(30000)), Variant(Currency::FromRaw(35000)),
+      Variant("2"),        Variant::Null(),    Variant(true),                     Variant(-1),
+      Variant(2.5),        Variant::Int64(INT64_MAX), Variant(),                  Variant(DateTime(2.0)),
+      Variant(7)};
+  const std::vector<Variant> whole_children = {Variant(2),      Variant(3),   Variant::Null(), Variant(-1),
+                                               Variant(2.0),    Variant(Currency::FromRaw(20000)),
+                                               Variant::Int64(3), Variant(false), Variant(2)};
+  std::vector<Variant> mixed_children = whole_children;
+  mixed_children.push_back(Variant("2"));
+  mixed_children.push_back(Variant(2.5));
+
+  auto rowset = [](const std::vector<Variant>& keys) {
+    RowSet rows;
+    rows.fields = {FieldInfo{"K"}, FieldInfo{"Second"}};
+    for (size_t i = 0; i < keys.size(); ++i) rows.AppendRow({keys[i], Variant(static_cast<int>(i % 2))});
+    return rows;
+  };
+  const RowSet parent = rowset(parent_keys);
+  struct Case {
+    const char* name;
+    std::vector<Variant> child;
+    std::vector<int> fields;
+  } cases[] = {
+      {"whole-number keys", whole_children, {0}},
+      {"a text key among them", mixed_children, {0}},
+      {"two columns", whole_children, {0, 1}},
+  };
+  // The reference key, from the values: RelateKey of each column in turn.
+  auto key_of = [](const RowSet& rows, size_t row, const std::vector<int>& fields) {
+    std::optional<std::string> key = "";
+    for (int f : fields) {
+      const auto k = RelateKey(rows.Get(row, f));
+      if (!k) return std::optional<std::string>();
+      *key += *k + '|';
+    }
+    return key;
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const RowSet child = rowset(c.child);
+    RelateIndex index;
+    index.Build(child, c.fields);
+    for (size_t p = 0; p < parent.RowCount(); ++p) {
+      SCOPED_TRACE("parent row " + std::to_string(p));
+      const auto key = key_of(parent, p, c.fields);
+      std::vector<size_t> want;
+      for (size_t r = 0; r < child.RowCount(); ++r)
+        if (key && key_of(child, r, c.fields) == key) want.push_back(r);
+      std::vector<size_t> got = {99};
+      index.RowsFor(parent, p, c.fields, &got);
+      EXPECT_EQ(got, want);
+    }
+  }
+  // Anchors of the same rule: 2, 2.0 and money 2.0000 relate; "2" does not.
+  RelateIndex index;
+  const RowSet child = rowset(whole_children);
+  index.Build(child, {0});
+  std::vector<size_t> got;
+  index.RowsFor(parent, 0, {0}, &got);
+  EXPECT_EQ(got, (std::vector<size_t>{0, 4, 5, 8}));
+  index.RowsFor(parent, 4, {0}, &got);
+  EXPECT_TRUE(got.empty());
 }
 
 }  // namespace
