@@ -44,6 +44,12 @@ class ColumnStore {
 
   Variant Get(size_t row, size_t column) const;
   void Set(size_t row, size_t column, const Variant& value);
+  // Sets a cell from its kind and payload (as BitsAt reads it), or a
+  // String or Binary cell from its bytes, without a Variant.
+  void SetCell(size_t row, size_t column, Kind kind, uint64_t bits) { Assign(columns_[column], row, kind, bits); }
+  void SetBytes(size_t row, size_t column, Kind kind, std::string_view bytes) {
+    Assign(columns_[column], row, kind, AddBytes(bytes));
+  }
 
   // Reading without making a Variant, for the loops that visit every row
   // (Sort, Filter's index, SHAPE's relating).

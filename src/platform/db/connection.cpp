@@ -301,16 +301,18 @@ std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr, 
     f.type = FieldTypeOfKind(f.kind);
     rows->fields.push_back(std::move(f));
   }
+  // Each value goes from the engine's row into the cell store as it lies
+  // there; only the rarer conversions make a Variant on the way.
+  StoredView view;
   while (lease.Step()) {
     size_t row = rows->AppendRow();
     for (int i = 0; i < n; ++i) {
-      Variant v;
       try {
-        v = ValueOfKind(lease.Column(i), rows->fields[i].kind);
+        if (lease.ColumnView(i, &view) && rows->SetStored(row, i, view)) continue;
+        rows->Set(row, i, ValueOfKind(lease.Column(i), rows->fields[i].kind));
       } catch (const OverflowError&) {
         FailMoneyOverflow(engine, rows->fields[i].name, statement);
       }
-      rows->Set(row, i, v);
     }
   }
   return rows;

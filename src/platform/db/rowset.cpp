@@ -46,6 +46,76 @@ void RowSet::Set(size_t row, int field, const Variant& value) {
   ++version;
 }
 
+bool RowSet::SetStored(size_t row, int field, const StoredView& value) {
+  using Kind = ColumnStore::Kind;
+  using Class = StoredView::Class;
+  using sql::ValueKind;
+  const size_t column = Col(field);
+  auto set = [&](Kind kind, uint64_t bits) {
+    cells_.SetCell(row, column, kind, bits);
+    ++version;
+    return true;
+  };
+  auto set_bytes = [&](Kind kind, std::string_view bytes) {
+    cells_.SetBytes(row, column, kind, bytes);
+    ++version;
+    return true;
+  };
+  auto whole = [&](int64_t n) {
+    const bool small = n >= INT32_MIN && n <= INT32_MAX;
+    return set(small ? Kind::Long : Kind::LongLong, static_cast<uint64_t>(n));
+  };
+  auto date = [&](double serial) { return set(Kind::Date, std::bit_cast<uint64_t>(DateTime(serial).serial())); };
+  const ValueKind kind = fields[field].kind;
+  switch (value.cls) {
+    case Class::Null: return set(Kind::Null, 0);
+    case Class::Blob: return set_bytes(Kind::Binary, value.bytes);
+    case Class::Integer: {
+      const int64_t i = value.integer;
+      switch (kind) {
+        case ValueKind::Integer:
+        case ValueKind::Unknown: return whole(i);
+        case ValueKind::Boolean: return set(Kind::Boolean, i != 0);
+        case ValueKind::Money: return set(Kind::Currency, static_cast<uint64_t>(Currency::FromInt(i).raw()));
+        case ValueKind::Date: return date(static_cast<double>(i));
+        case ValueKind::Float:
+        case ValueKind::Decimal: return set(Kind::Double, std::bit_cast<uint64_t>(static_cast<double>(i)));
+        case ValueKind::Text: {
+          char buf[24];
+          return set_bytes(Kind::String, std::string_view(buf, std::to_chars(buf, buf + sizeof buf, i).ptr - buf));
+        }
+        case ValueKind::Blob: return set(Kind::LongLong, static_cast<uint64_t>(i));
+      }
+      return false;
+    }
+    case Class::Float: {
+      const double d = value.number;
+      switch (kind) {
+        case ValueKind::Integer:
+          if (std::trunc(d) == d && std::fabs(d) < 9.2e18) return whole(static_cast<int64_t>(d));
+          return set(Kind::Double, std::bit_cast<uint64_t>(d));
+        case ValueKind::Boolean: return set(Kind::Boolean, d != 0);
+        case ValueKind::Money: return set(Kind::Currency, static_cast<uint64_t>(Currency::FromDouble(d).raw()));
+        case ValueKind::Date: return date(d);
+        case ValueKind::Text: return false;
+        default: return set(Kind::Double, std::bit_cast<uint64_t>(d));
+      }
+    }
+    case Class::Text:
+      switch (kind) {
+        case ValueKind::Date:
+          if (auto dt = ParseIsoDateTime(value.bytes)) return set(Kind::Date, std::bit_cast<uint64_t>(dt->serial()));
+          return false;
+        case ValueKind::Money:
+        case ValueKind::Float:
+        case ValueKind::Decimal: return false;
+        case ValueKind::Blob: return set_bytes(Kind::Binary, value.bytes);
+        default: return set_bytes(Kind::String, value.bytes);
+      }
+  }
+  return false;
+}
+
 std::vector<Variant> RowSet::GetRow(size_t row) const {
   std::vector<Variant> values;
   values.reserve(fields.size());

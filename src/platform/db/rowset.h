@@ -12,6 +12,7 @@
 
 #include "common/variant.h"
 #include "platform/db/column_store.h"
+#include "platform/db/engine.h"
 #include "platform/db/field_type.h"
 #include "platform/sql/translate.h"
 
@@ -95,6 +96,12 @@ struct RowSet {
   }
   // Sets one value (bumps `version`).
   void Set(size_t row, int field, const Variant& value);
+  // Sets one value as the engine holds it, converted for the field's kind
+  // as ValueOfKind converts it, without making Variants on the way. False
+  // (nothing set) for the rarer conversions that only ValueOfKind makes:
+  // text read as money, a number or a date in another form, a float as
+  // text. Throws OverflowError for money beyond its range.
+  bool SetStored(size_t row, int field, const StoredView& value);
   // Every value of a row, and all of them at once (a cancelled edit).
   std::vector<Variant> GetRow(size_t row) const;
   void SetRow(size_t row, const std::vector<Variant>& values);
