@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <bit>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 
@@ -20,8 +21,16 @@ uint64_t NextRowSetId() {
 int RowSet::FindField(std::string_view name) const {
   if (name.size() >= 2 && name.front() == '[' && name.back() == ']')
     name = name.substr(1, name.size() - 2);
-  for (size_t i = 0; i < fields.size(); ++i)
-    if (EqualsNoCase(fields[i].name, name)) return static_cast<int>(i);
+  uint32_t hash = 2166136261u;
+  for (char c : name) hash = (hash ^ static_cast<unsigned char>(std::tolower(static_cast<unsigned char>(c)))) * 16777619u;
+  int& found = found_fields_[hash % found_fields_.size()];
+  if (found >= 0 && static_cast<size_t>(found) < fields.size() && EqualsNoCase(fields[found].name, name)) return found;
+  for (size_t i = 0; i < fields.size(); ++i) {
+    if (EqualsNoCase(fields[i].name, name)) {
+      found = static_cast<int>(i);
+      return found;
+    }
+  }
   return -1;
 }
 
@@ -217,38 +226,34 @@ namespace {
 uint64_t SlotHash(int64_t key) { return static_cast<uint64_t>(key) * 0x9E3779B97F4A7C15ull; }
 }  // namespace
 
-uint32_t RelateIndex::WholeGroup(int64_t key) const {
-  if (slot_groups_.empty()) return kNoGroup;
-  const size_t mask = slot_groups_.size() - 1;
+const RelateIndex::Slot* RelateIndex::FindSlot(int64_t key) const {
+  if (slots_.empty()) return nullptr;
+  const size_t mask = slots_.size() - 1;
   for (size_t i = SlotHash(key) >> 32 & mask;; i = (i + 1) & mask) {
-    if (slot_groups_[i] == kNoGroup || slot_keys_[i] == key) return slot_groups_[i];
+    if (slots_[i].begin == kNoGroup) return nullptr;
+    if (slots_[i].key == key) return &slots_[i];
   }
 }
 
 void RelateIndex::GrowSlots() {
-  std::vector<int64_t> keys = std::move(slot_keys_);
-  std::vector<uint32_t> groups = std::move(slot_groups_);
-  const size_t size = std::max<size_t>(64, groups.size() * 2);
-  slot_keys_.assign(size, 0);
-  slot_groups_.assign(size, kNoGroup);
-  const size_t mask = size - 1;
-  for (size_t j = 0; j < groups.size(); ++j) {
-    if (groups[j] == kNoGroup) continue;
-    size_t i = SlotHash(keys[j]) >> 32 & mask;
-    while (slot_groups_[i] != kNoGroup) i = (i + 1) & mask;
-    slot_keys_[i] = keys[j];
-    slot_groups_[i] = groups[j];
+  std::vector<Slot> old = std::move(slots_);
+  slots_.assign(std::max<size_t>(64, old.size() * 2), Slot());
+  const size_t mask = slots_.size() - 1;
+  for (const Slot& slot : old) {
+    if (slot.begin == kNoGroup) continue;
+    size_t i = SlotHash(slot.key) >> 32 & mask;
+    while (slots_[i].begin != kNoGroup) i = (i + 1) & mask;
+    slots_[i] = slot;
   }
 }
 
 uint32_t RelateIndex::AddWholeGroup(int64_t key) {
-  // At most half full, so that a probe ends soon.
-  if ((whole_count_ + 1) * 2 > slot_groups_.size()) GrowSlots();
-  const size_t mask = slot_groups_.size() - 1;
+  if ((whole_count_ + 1) * 2 > slots_.size()) GrowSlots();
+  const size_t mask = slots_.size() - 1;
   size_t i = SlotHash(key) >> 32 & mask;
-  while (slot_groups_[i] != kNoGroup) i = (i + 1) & mask;
-  slot_keys_[i] = key;
-  slot_groups_[i] = static_cast<uint32_t>(whole_count_);
+  while (slots_[i].begin != kNoGroup) i = (i + 1) & mask;
+  slots_[i].key = key;
+  slots_[i].begin = static_cast<uint32_t>(whole_count_);
   return static_cast<uint32_t>(whole_count_++);
 }
 
@@ -267,8 +272,8 @@ void RelateIndex::Build(const RowSet& child, const std::vector<int>& child_field
   for (size_t r = 0; r < n; ++r) {
     if (whole_) {
       if (RelateClassOf(cells, r, static_cast<size_t>(child_fields[0]), &key) != RelateClass::Whole) continue;
-      uint32_t g = WholeGroup(key);
-      group_of[r] = g != kNoGroup ? g : AddWholeGroup(key);
+      const Slot* slot = FindSlot(key);
+      group_of[r] = slot ? slot->begin : AddWholeGroup(key);
     } else {
       bool has_null = false;
       std::string text = RowKey(child, r, child_fields, &has_null);
@@ -287,28 +292,33 @@ void RelateIndex::Build(const RowSet& child, const std::vector<int>& child_field
   std::vector<uint32_t> next(starts_.begin(), starts_.end() - 1);
   for (size_t r = 0; r < n; ++r)
     if (group_of[r] != kNoGroup) rows_[next[group_of[r]]++] = static_cast<uint32_t>(r);
+  // 4. Each whole key's slot takes its group's place in rows_.
+  for (Slot& slot : slots_) {
+    if (slot.begin == kNoGroup) continue;
+    const uint32_t g = slot.begin;
+    slot.begin = starts_[g];
+    slot.end = starts_[g + 1];
+  }
 }
 
 void RelateIndex::RowsFor(const RowSet& parent, size_t row, const std::vector<int>& parent_fields,
                           std::vector<size_t>* out) const {
   out->clear();
-  uint32_t g = kNoGroup;
   if (whole_) {
     // A parent value that is no whole number relates to none of the
     // child's whole keys, as its RelateKey text differs from theirs.
     int64_t key = 0;
-    if (parent_fields.size() == 1 &&
-        RelateClassOf(parent.cells(), row, static_cast<size_t>(parent_fields[0]), &key) == RelateClass::Whole)
-      g = WholeGroup(key);
-  } else {
-    bool has_null = false;
-    std::string text = RowKey(parent, row, parent_fields, &has_null);
-    if (!has_null) {
-      auto it = text_groups_.find(text);
-      if (it != text_groups_.end()) g = it->second;
-    }
+    if (parent_fields.size() != 1 ||
+        RelateClassOf(parent.cells(), row, static_cast<size_t>(parent_fields[0]), &key) != RelateClass::Whole)
+      return;
+    if (const Slot* slot = FindSlot(key)) out->assign(rows_.begin() + slot->begin, rows_.begin() + slot->end);
+    return;
   }
-  if (g != kNoGroup) out->assign(rows_.begin() + starts_[g], rows_.begin() + starts_[g + 1]);
+  bool has_null = false;
+  std::string text = RowKey(parent, row, parent_fields, &has_null);
+  if (has_null) return;
+  auto it = text_groups_.find(text);
+  if (it != text_groups_.end()) out->assign(rows_.begin() + starts_[it->second], rows_.begin() + starts_[it->second + 1]);
 }
 
 }  // namespace orv::db
