@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 #include <numeric>
 #include <optional>
 
@@ -73,6 +74,58 @@ TEST(SortAndRelate, SortOrdersTextByDictionaryKeyAmongOtherKinds) {
   ASSERT_FALSE(rs.Eof());
   rs.MoveNext();
   EXPECT_EQ(rs["Name"].Value(), Variant("co-op"));
+}
+
+TEST(SortAndRelate, SortOrdersColumnsOfOneKindAsCompareValuesDoes) {
+  // A column whose values are all of one kind is sorted by codes made
+  // once per row; each column here has negatives, ties, Null and Empty
+  // and the edges of its kind.
+  const double inf = std::numeric_limits<double>::infinity();
+  struct Case {
+    const char* name;
+    std::vector<Variant> values;
+  } cases[] = {
+      {"whole numbers",
+       {Variant(3), Variant(-2), Variant::Null(), Variant::Int64(INT64_MAX), Variant(0), Variant(-2),
+        Variant::Int64(INT64_MIN + 1), Variant(), Variant(INT32_MIN), Variant(3)}},
+      {"the least whole number", {Variant(1), Variant::Int64(INT64_MIN), Variant::Null(), Variant(-1)}},
+      {"money",
+       {Variant(Currency::FromRaw(-1)), Variant(Currency::FromRaw(5)), Variant::Null(), Variant(Currency::FromRaw(0)),
+        Variant(Currency::FromRaw(-500000)), Variant(Currency::FromRaw(5))}},
+      {"floats",
+       {Variant(0.5), Variant(-0.0), Variant(0.0), Variant(-inf), Variant::Null(), Variant(inf), Variant(-1e-300),
+        Variant(1e300), Variant(-0.5), Variant(0.5)}},
+      {"dates",
+       {Variant(DateTime::FromParts(2026, 11, 20, 9, 30, 0)), Variant(DateTime::FromParts(1899, 12, 29)),
+        Variant(DateTime::FromParts(1800, 1, 1, 12, 0, 0)), Variant::Null(), Variant(DateTime::FromParts(2026, 11, 20)),
+        Variant(DateTime(0.0)), Variant(DateTime::FromParts(1800, 1, 1))}},
+      {"text with Null", {Variant("b"), Variant::Null(), Variant("A"), Variant(), Variant("a"), Variant("B ")}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Recordset rs;
+    rs.Fields().Append("Seq", adInteger);
+    rs.Fields().Append("V", adVariant);
+    rs.Open();
+    for (size_t i = 0; i < c.values.size(); ++i) {
+      rs.AddNew();
+      rs["Seq"].Value(static_cast<int>(i));
+      rs["V"].Value(c.values[i]);
+    }
+    rs.Update();
+    for (const bool descending : {false, true}) {
+      std::vector<size_t> want(c.values.size());
+      std::iota(want.begin(), want.end(), 0);
+      std::stable_sort(want.begin(), want.end(), [&](size_t a, size_t b) {
+        const int r = CompareValues(c.values[a], c.values[b]);
+        return descending ? r > 0 : r < 0;
+      });
+      rs.Sort(descending ? "V DESC" : "V");
+      std::vector<size_t> got;
+      for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) got.push_back(static_cast<size_t>(CLng(rs["Seq"].Value())));
+      EXPECT_EQ(got, want) << (descending ? "descending" : "ascending");
+    }
+  }
 }
 
 TEST(SortAndRelate, WholeNumberKeysAreTheKeysRelateKeyGives) {
