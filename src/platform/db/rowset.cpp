@@ -266,11 +266,27 @@ void RelateIndex::Build(const RowSet& child, const std::vector<int>& child_field
   for (size_t r = 0; whole_ && r < n; ++r)
     whole_ = RelateClassOf(cells, r, static_cast<size_t>(child_fields[0]), &key) != RelateClass::Other;
 
-  // 1. The group of each row, numbered as keys first appear.
+  // 1. The group of each row: its key's place in the range of keys when
+  // they are dense, else numbered as keys first appear.
   std::vector<uint32_t> group_of(n, kNoGroup);
   uint32_t groups = 0;
+  if (whole_) {
+    int64_t low = INT64_MAX, high = INT64_MIN;
+    for (size_t r = 0; r < n; ++r) {
+      if (RelateClassOf(cells, r, static_cast<size_t>(child_fields[0]), &key) != RelateClass::Whole) continue;
+      low = std::min(low, key);
+      high = std::max(high, key);
+    }
+    // The width in unsigned arithmetic: keys lie within -9e18..9e18.
+    dense_ = low <= high &&
+             static_cast<uint64_t>(high) - static_cast<uint64_t>(low) < 4 * static_cast<uint64_t>(n) + 64;
+    dense_min_ = low;
+  }
   for (size_t r = 0; r < n; ++r) {
-    if (whole_) {
+    if (dense_) {
+      if (RelateClassOf(cells, r, static_cast<size_t>(child_fields[0]), &key) != RelateClass::Whole) continue;
+      group_of[r] = static_cast<uint32_t>(static_cast<uint64_t>(key) - static_cast<uint64_t>(dense_min_));
+    } else if (whole_) {
       if (RelateClassOf(cells, r, static_cast<size_t>(child_fields[0]), &key) != RelateClass::Whole) continue;
       const Slot* slot = FindSlot(key);
       group_of[r] = slot ? slot->begin : AddWholeGroup(key);
@@ -311,7 +327,13 @@ void RelateIndex::RowsFor(const RowSet& parent, size_t row, const std::vector<in
     if (parent_fields.size() != 1 ||
         RelateClassOf(parent.cells(), row, static_cast<size_t>(parent_fields[0]), &key) != RelateClass::Whole)
       return;
-    if (const Slot* slot = FindSlot(key)) out->assign(rows_.begin() + slot->begin, rows_.begin() + slot->end);
+    if (dense_) {
+      const uint64_t g = static_cast<uint64_t>(key) - static_cast<uint64_t>(dense_min_);
+      if (key < dense_min_ || g + 1 >= starts_.size()) return;
+      out->assign(rows_.begin() + starts_[g], rows_.begin() + starts_[g + 1]);
+    } else if (const Slot* slot = FindSlot(key)) {
+      out->assign(rows_.begin() + slot->begin, rows_.begin() + slot->end);
+    }
     return;
   }
   bool has_null = false;

@@ -163,10 +163,14 @@ TEST(SortAndRelate, ChildRowsRelateAsTheirKeysDo) {
       Variant(2),          Variant(2.0),       Variant(Currency::FromRaw(30000)), Variant(Currency::FromRaw(35000)),
       Variant("2"),        Variant::Null(),    Variant(true),                     Variant(-1),
       Variant(2.5),        Variant::Int64(INT64_MAX), Variant(),                  Variant(DateTime(2.0)),
-      Variant(7)};
+      Variant(7),          Variant::Int64(8'000'000'000'000'000'000), Variant::Int64(-8'000'000'000'000'000'000)};
   const std::vector<Variant> whole_children = {Variant(2),      Variant(3),   Variant::Null(), Variant(-1),
                                                Variant(2.0),    Variant(Currency::FromRaw(20000)),
                                                Variant::Int64(3), Variant(false), Variant(2)};
+  // Keys far apart are hashed; keys close together index their range.
+  std::vector<Variant> sparse_children = whole_children;
+  sparse_children.push_back(Variant::Int64(8'000'000'000'000'000'000));
+  sparse_children.push_back(Variant::Int64(-8'000'000'000'000'000'000));
   std::vector<Variant> mixed_children = whole_children;
   mixed_children.push_back(Variant("2"));
   mixed_children.push_back(Variant(2.5));
@@ -184,6 +188,7 @@ TEST(SortAndRelate, ChildRowsRelateAsTheirKeysDo) {
     std::vector<int> fields;
   } cases[] = {
       {"whole-number keys", whole_children, {0}},
+      {"whole-number keys far apart", sparse_children, {0}},
       {"a text key among them", mixed_children, {0}},
       {"two columns", whole_children, {0, 1}},
   };
