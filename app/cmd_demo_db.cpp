@@ -78,8 +78,10 @@ int RunDemoDb(const std::vector<std::string>& args) {
     const bool has_value = i + 1 < args.size();
     long long n = 0;
     if (a == "--patients" && has_value) {
-      if (!ParseCount(args[++i], 1, n) || n > 10000000) {
-        std::fprintf(stderr, "orvenda-reports demo-db: --patients wants a number from 1\n");
+      if (!ParseCount(args[++i], 0, n) || n > 10000000) {
+        std::fprintf(stderr,
+                     "orvenda-reports demo-db: --patients wants a number from 0 (0: the empty "
+                     "tables of a new practice)\n");
         return 2;
       }
       options.patients = static_cast<int>(n);
@@ -148,7 +150,7 @@ int RunDemoDb(const std::vector<std::string>& args) {
 const CommandRegistrar kRegister(
     {"demo-db", "demo-db FILE|URL [--patients N] [--seed S] [--today yyyy-mm-dd] [--replace]",
      "Writes a made-up dental practice into a new SQLite file or a PostgreSQL database (--replace "
-     "to write over one).",
+     "to write over one). --patients 0 writes the tables of a new practice with nothing in them.",
      RunDemoDb});
 
 }  // namespace

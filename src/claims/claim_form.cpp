@@ -333,7 +333,8 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
 
   // ---- Table 3: the procedures ----
   // `first_eight` holds the rows the paper form has room for: the first
-  // eight printed lines, or all of them padded with empty lines.
+  // eight printed lines, or all of them (on the claim padded with empty
+  // lines).
   std::string rows, first_eight;
   Currency proposed;
   int printed = 0;
@@ -346,7 +347,7 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
       rows += frame::EscapeCell(code) + "|" + Cell(cf, lines, "Tooth#") + "|" +
               Cell(cf, lines, "Surface") + "|" + Format(cost, "Currency") + ";";
       proposed += cf.ReturnCur(cost);
-      ++printed;
+      if (++printed == 8) first_eight = rows;
     } else if (cf.ReturnCur(cost) != Currency() && vb::InStr(1, code, "-") == 0) {
       // A claim carries no line without a fee and no reversal ("-" code).
       rows += frame::EscapeCell(code) + "|" + Cell(cf, lines, "Tooth#") + "|" +
@@ -358,10 +359,9 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   }
   // The paper form has eight procedure lines: fewer are padded with empty
   // ones; more simply run on and the surface carries them to a next page.
-  if (!pred) {
+  if (!pred)
     for (int i = printed; i <= 7; ++i) rows += "||||;";
-    if (printed <= 8) first_eight = rows;
-  }
+  if (printed <= 8) first_eight = rows;
 
   // ---- Table 4: the total ----
   // The claim states the invoice's stored total, not a sum of the printed
@@ -484,15 +484,16 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   }
 
   // ---- Drawing ----
-  // Lays the form out from the page set-up to the last box, with
-  // `row_extra` added to the height of every procedure row, and returns the
-  // page the last box ends on and the room left under it there.
+  // Lays the form out from the page set-up to the last box, its body after
+  // the title in `body_pt` Tahoma, with `row_extra` added to the height of
+  // every procedure row, and returns the page the last box ends on and the
+  // room left under it there.
   const Twips pen_width = vsp.PenWidth();
   struct Drawn {
     int page;
     Twips room;
   };
-  auto draw = [&](const std::string& procedure_rows, Twips row_extra) {
+  auto draw = [&](const std::string& procedure_rows, Twips row_extra, double body_pt) {
     // Page set-up.
     vsp.DocName(src.doc_name);
     vsp.Orientation(0);
@@ -508,15 +509,14 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
     vsp.FontBold(true);
     vsp.Text(src.title);
     vsp.FontSize(8);
-    vsp.Text(" ");
-    vsp.FontBold(false);
 
     // The foot line stands two heights of "X" above the bottom margin of
     // the last page, drawn by position after the tables. The tables flow
     // above it: their page ends where the foot line begins, so a long claim
     // carries its last boxes over with the foot line instead of running
-    // them under it. The margin the form was given comes back for the foot
-    // line itself, and on the failure path too.
+    // them under it. The band is measured in the foot line's own 8 points
+    // whatever the body's size. The margin the form was given comes back
+    // for the foot line itself, and on the failure path too.
     const Twips margin_bottom = vsp.MarginBottom();
     struct RestoreMargin {
       frame::PrintSurface& vsp;
@@ -524,6 +524,10 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
       ~RestoreMargin() { vsp.MarginBottom(margin); }
     } restore{vsp, margin_bottom};
     vsp.MarginBottom(margin_bottom + vsp.TextHeight("X") * 2.0);
+
+    vsp.FontSize(body_pt);
+    vsp.Text(" ");
+    vsp.FontBold(false);
 
     vsp.TextAlign(7);
     vsp.StartTable();
@@ -614,17 +618,39 @@ void PrintClaimForm(clsReports& r, ClaimSource& src, const ClaimTexts& t) {
   // laid out once with its first eight procedure rows, and the room left on
   // the page is shared out among those eight: with eight lines or fewer the
   // boxes then reach the foot line, and a ninth line runs onto page 2 on
-  // every variant. A form whose eight rows already spill over at their
-  // least height keeps that height and carries its last boxes over: the
-  // French form, with its longer texts and its doubled subscriber rows, is
-  // such a form with an employer or with a predetermination number.
-  if (pred) {
-    draw(rows, Twips(0));
-  } else {
-    const Drawn eight = draw(first_eight, Twips(0));
-    const Twips extra(eight.page == 1 ? std::floor((eight.room.value() - 1) / 8) : 0.0);
-    if (extra > Twips(0) || rows != first_eight) draw(rows, std::max(extra, Twips(0)));
+  // every variant.
+  //
+  // One sheet per claim comes before the 8-point body. The French form's
+  // texts are longer and stay exactly as the insurers print them: in 8
+  // points its procedure header and total row wrap to two lines, its
+  // subscriber box has the doubled secondary holder's two rows and its
+  // policy rows wrap, so with an employer or a predetermination number its
+  // eight rows overrun the page even at their least height. Such a form is
+  // laid out again with the whole body after the title a half point smaller
+  // at a time, down to 7 points, and keeps the largest size at which its
+  // eight rows fit. With an employer that is 7 points: at 7.5 it still
+  // overruns, at 7 it keeps some 1,100 twips to spare with short notes. The
+  // boxes keep their widths and proportions, the title and the foot line
+  // their sizes. A claim of nine lines or more takes the size its first
+  // eight fit at, so that its first page reads like an eight-line claim's.
+  // A form that fits at none of these sizes (notes of half a page) is two
+  // sheets whatever its size and prints in 8 points, carried over like a
+  // long claim.
+  //
+  // The predetermination form has no ruled lines to fill, but the same
+  // sheet: its French form with an employer overruns in 8 points at eight
+  // proposed lines where the English one fits, so it takes the same sizes
+  // by its first eight lines.
+  double body_pt = 8;
+  Drawn eight = draw(first_eight, Twips(0), body_pt);
+  for (double smaller : {7.5, 7.0}) {
+    if (eight.page == 1) break;
+    eight = draw(first_eight, Twips(0), smaller);
+    body_pt = eight.page == 1 ? smaller : 8;
   }
+  const bool fits = eight.page == 1;
+  const Twips extra(fits && !pred ? std::floor((eight.room.value() - 1) / 8) : 0.0);
+  if (extra > Twips(0) || rows != first_eight || !fits) draw(rows, std::max(extra, Twips(0)), body_pt);
 
   // ---- Foot of the form ----
   // Two heights of "X" above the bottom margin of the last page.

@@ -18,6 +18,20 @@ using Result = orv::testing::ShellResult;
 
 Result Shell(const std::string& cmd) { return orv::testing::RunShell(cmd + " 2>&1"); }
 
+// A form that cannot print, run into `dir`/`file`: exit 1, what it says,
+// and no file.
+struct Failing {
+  const char* file;
+  const char* args;
+  const char* says;
+};
+
+void ExpectFailure(const std::string& dir, const Failing& c, const Result& r) {
+  EXPECT_EQ(r.status, 1) << c.file << "\n" << r.out;
+  EXPECT_NE(r.out.find(c.says), std::string::npos) << c.file << "\n" << r.out;
+  EXPECT_FALSE(fs::exists(dir + "/" + c.file)) << c.file;
+}
+
 class ClaimsHost : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -77,22 +91,40 @@ TEST_F(ClaimsHost, FormsAndLettersPrintToTheOutputFile) {
 }
 
 TEST_F(ClaimsHost, FormsThatCannotPrintLeaveNoFileAndFail) {
-  struct Case {
-    const char* file;
-    const char* args;
-    const char* says;
-  };
-  const Case cases[] = {
+  const Failing cases[] = {
       {"bad-claim.pdf", "rptClaimForm 987654 1", "There has been an error printing."},
       {"bad-mode.pdf", "rptClaimFormF 1 1 4", "This could include any insurance information"},
       {"bad-pred.pdf", "rptPredClaimForm 987654 1 ''", "produced no document"},
       {"bad-plan.pdf", "rptLaypersonTreatmentPlan '' '' 987654 ''", "There has been an error printing."}};
-  for (const Case& c : cases) {
-    Result r = Report(c.file, c.args);
-    EXPECT_EQ(r.status, 1) << c.file << "\n" << r.out;
-    EXPECT_NE(r.out.find(c.says), std::string::npos) << c.file << "\n" << r.out;
-    EXPECT_FALSE(fs::exists(dir + "/" + c.file)) << c.file;
-  }
+  for (const Failing& c : cases) ExpectFailure(dir, c, Report(c.file, c.args));
+}
+
+// A new practice with nothing on file: every form says why it cannot print
+// and leaves no file, the billing list prints its heading over an empty
+// table.
+TEST_F(ClaimsHost, ANewPracticePrintsOnlyTheEmptyBillingList) {
+  const std::string empty = dir + "/empty.db";
+  Result made = Shell(std::string(ORVENDA_APP) + " demo-db " + empty + " --patients 0");
+  ASSERT_EQ(made.status, 0) << made.out;
+  auto run = [&](const std::string& out, const std::string& args) {
+    return Shell(std::string(ORVENDA_APP) + " --db " + empty + " --today 2026-11-20 --out " + dir +
+                 "/" + out + " " + args);
+  };
+  const Failing cases[] = {
+      {"new-claim.pdf", "rptClaimForm 1 1", "There has been an error printing."},
+      {"new-claim-fr.pdf", "rptClaimFormF 1 1", "especially the primary account holder"},
+      {"new-pred.pdf", "rptPredClaimForm 1 1 ''", "produced no document"},
+      {"new-pred-fr.pdf", "rptPredClaimFormF 1 1 ''", "produced no document"},
+      {"new-plan.pdf", "rptLaypersonTreatmentPlan '' '' 1 ''", "There has been an error printing."},
+      {"new-plan-fr.pdf", "rptLaypersonTreatmentPlanF '' '' 1 ''", "There has been an error printing."}};
+  for (const Failing& c : cases) ExpectFailure(dir, c, run(c.file, c.args));
+  Result billing = run("new-billing.pdf", "rptInsuranceBilling desk");
+  EXPECT_EQ(billing.status, 0) << billing.out;
+  const std::string text = PdfText("new-billing.pdf");
+  EXPECT_NE(text.find("Insurance Company Billing"), std::string::npos) << text;
+  EXPECT_NE(text.find("Company Name"), std::string::npos) << text;
+  EXPECT_NE(text.find("Received"), std::string::npos) << text;
+  EXPECT_EQ(text.find("$"), std::string::npos) << "no company has billed anything\n" << text;
 }
 
 }  // namespace

@@ -32,60 +32,67 @@ std::vector<render::FilledRect> GreyBands(const render::Page& page) {
 }
 
 TEST_F(ClaimForm, EveryTableSpansTheWholeBodyAndTheFootSitsAboveTheBottomMargin) {
-  reports.rptClaimForm(95101, 1, 0);
-  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  EXPECT_EQ(form.PrintCount(), 1) << "the form goes to the printer";
-  EXPECT_EQ(form.ShowCount(), 0) << "and is never previewed";
-  EXPECT_TRUE(progress.empty());
-  EXPECT_EQ(form.VSP.DocName(), "Claim Form For Invoice# 595101");
-  ASSERT_EQ(form.VSP.PageCount(), 1) << "up to eight lines the form is one page";
-  const render::Page& page = form.VSP.Document().pages[0];
-  EXPECT_EQ(page.width.value(), 12240) << "portrait letter";
-
-  // Tables 1, 3, 5, 6, 7 and 8 carry a grey header band (one fill per
-  // header cell); each band is 7.5 in wide from the left margin.
-  std::map<long, std::pair<long, long>> bands;  // top -> left, right
-  for (const auto& b : GreyBands(page)) {
-    auto [it, fresh] = bands.try_emplace(b.box.y.value(), b.box.x.value(),
-                                         b.box.x.value() + b.box.width.value());
-    it->second.first = std::min(it->second.first, long(b.box.x.value()));
-    it->second.second = std::max(it->second.second, long(b.box.x.value() + b.box.width.value()));
-  }
-  ASSERT_EQ(bands.size(), 6u);
-  for (const auto& [top, band] : bands) {
-    EXPECT_EQ(band.first, kLeft) << "band at " << top;
-    EXPECT_EQ(band.second, kRight) << "band at " << top;
-  }
-  // No line of any table reaches past the margins; tables 2 and 4, without a
-  // header, draw full-width rules too.
-  int full_width = 0;
-  for (const auto& item : page.items) {
-    if (auto l = std::get_if<render::Line>(&item)) {
-      EXPECT_GE(std::min(l->x1, l->x2).value(), kLeft - 10);
-      EXPECT_LE(std::max(l->x1, l->x2).value(), kRight + 10);
-      if (l->y1 == l->y2 && std::min(l->x1, l->x2).value() == kLeft &&
-          std::max(l->x1, l->x2).value() == kRight)
-        ++full_width;
-    }
-  }
-  EXPECT_GT(full_width, 12);
-
-  // The foot line: left margin, two heights of "X" (8 pt) above the bottom
-  // margin.
   form.VSP.FontName("Tahoma");
   form.VSP.FontSize(8);
   const double x_height = form.VSP.TextHeight("X").value();
-  bool found = false;
-  for (const auto& item : page.items) {
-    auto t = std::get_if<render::TextRun>(&item);
-    if (t && t->text.rfind("ALL INFORMATION", 0) == 0) {
-      found = true;
-      EXPECT_EQ(t->x.value(), kLeft);
-      EXPECT_NEAR(t->top.value(), 15840 - 720 - 2 * x_height, 1);
-      EXPECT_FLOAT_EQ(t->size_pt, 8);
+  // The French form of this claim prints its body smaller to stay on one
+  // sheet: its boxes keep their places and widths all the same.
+  for (bool french : {false, true}) {
+    const char* lang = french ? "French" : "English";
+    if (french) reports.rptClaimFormF(95101, 1, 0);
+    else reports.rptClaimForm(95101, 1, 0);
+    ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+    EXPECT_EQ(form.PrintCount(), french ? 2 : 1) << "the form goes to the printer";
+    EXPECT_EQ(form.ShowCount(), 0) << "and is never previewed";
+    EXPECT_TRUE(progress.empty());
+    EXPECT_EQ(form.VSP.DocName(), "Claim Form For Invoice# 595101");
+    ASSERT_EQ(form.VSP.PageCount(), 1) << lang << ": up to eight lines the form is one page";
+    const render::Page& page = form.VSP.Document().pages[0];
+    EXPECT_EQ(page.width.value(), 12240) << "portrait letter";
+
+    // Tables 1, 3, 5, 6, 7 and 8 carry a grey header band (one fill per
+    // header cell); each band is 7.5 in wide from the left margin.
+    std::map<long, std::pair<long, long>> bands;  // top -> left, right
+    for (const auto& b : GreyBands(page)) {
+      auto [it, fresh] = bands.try_emplace(b.box.y.value(), b.box.x.value(),
+                                           b.box.x.value() + b.box.width.value());
+      it->second.first = std::min(it->second.first, long(b.box.x.value()));
+      it->second.second = std::max(it->second.second, long(b.box.x.value() + b.box.width.value()));
     }
+    ASSERT_EQ(bands.size(), 6u) << lang;
+    for (const auto& [top, band] : bands) {
+      EXPECT_EQ(band.first, kLeft) << lang << ", band at " << top;
+      EXPECT_EQ(band.second, kRight) << lang << ", band at " << top;
+    }
+    // No line of any table reaches past the margins; tables 2 and 4,
+    // without a header, draw full-width rules too.
+    int full_width = 0;
+    for (const auto& item : page.items) {
+      if (auto l = std::get_if<render::Line>(&item)) {
+        EXPECT_GE(std::min(l->x1, l->x2).value(), kLeft - 10) << lang;
+        EXPECT_LE(std::max(l->x1, l->x2).value(), kRight + 10) << lang;
+        if (l->y1 == l->y2 && std::min(l->x1, l->x2).value() == kLeft &&
+            std::max(l->x1, l->x2).value() == kRight)
+          ++full_width;
+      }
+    }
+    EXPECT_GT(full_width, 12) << lang;
+
+    // The foot line: left margin, two heights of "X" (8 pt) above the
+    // bottom margin, in 8 points on both forms.
+    const char* foot = french ? "Tous les renseignements" : "ALL INFORMATION";
+    bool found = false;
+    for (const auto& item : page.items) {
+      auto t = std::get_if<render::TextRun>(&item);
+      if (t && t->text.rfind(foot, 0) == 0) {
+        found = true;
+        EXPECT_EQ(t->x.value(), kLeft) << lang;
+        EXPECT_NEAR(t->top.value(), 15840 - 720 - 2 * x_height, 1) << lang;
+        EXPECT_FLOAT_EQ(t->size_pt, 8) << lang;
+      }
+    }
+    EXPECT_TRUE(found) << Text();
   }
-  EXPECT_TRUE(found) << Text();
 }
 
 // Body rows of the procedure table (the form's third table) as the form
@@ -118,11 +125,11 @@ TEST_F(ClaimForm, ProcedureTableHoldsEightRowsAndLongerInvoicesRunOn) {
 // between the boxes above and below it: up to eight lines the form is one
 // page, a ninth runs onto page 2, on both forms, with and without a
 // predetermination number and the insurers' box. The French form with an
-// employer is longer than the page even at the least row height (its
-// doubled subscriber rows and longer texts), as is the French form with a
-// predetermination number: those carry their last boxes over at eight
-// lines already. On no page does a box run under the foot line, and every
-// box is closed where a page cuts it.
+// employer or a predetermination number is longer than the page at 8
+// points even at the least row height: it prints its body smaller, at the
+// largest half point down to 7 at which eight lines fit, and a longer
+// claim keeps that size. On no page does a box run under the foot line,
+// and every box is closed where a page cuts it.
 TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
   form.VSP.FontName("Tahoma");
   form.VSP.FontSize(8);
@@ -137,15 +144,16 @@ TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
   const Patient patients[] = {{"two employers", 95001}, {"one employer", 95002}, {"no employer", 95003}};
   struct Case {
     int lines;
-    int pages_en, pages_fr_short, pages_fr_long;
+    int pages;
   };
-  // pages_fr_short: the French form without an employer or predetermination
-  // number; pages_fr_long: every other French variant.
-  const Case cases[] = {{8, 1, 1, 2}, {9, 2, 2, 2}, {80, 3, 3, 3}};
+  const Case cases[] = {{8, 1}, {9, 2}, {80, 3}};
+  // The size of the procedure rows' text: the body's size.
+  auto body_pt = [&] { return SizeOf("02102"); };
 
   for (const Patient& p : patients) {
     for (bool french : {false, true}) {
       for (bool numbered : {false, true}) {
+        double eight_lines_pt = 0;
         for (const Case& c : cases) {
           const std::string name = std::string(p.name) + (french ? ", French" : ", English") +
                                    (numbered ? ", predetermination number, " : ", ") +
@@ -162,9 +170,25 @@ TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
           else reports.rptClaimForm(95103, 1, 0);
           ASSERT_TRUE(host.messages.empty()) << name << host.messages[0].prompt;
 
-          const bool fr_short = french && !numbered && p.id == 95003;
-          const int pages = !french ? c.pages_en : fr_short ? c.pages_fr_short : c.pages_fr_long;
+          const int pages = c.pages;
           ASSERT_EQ(form.VSP.PageCount(), pages) << name;
+          // 8 points wherever eight lines fit in 8 points: every English
+          // form and the French one without employer or number. The French
+          // form with an employer overruns in 8 points by far more than a
+          // predetermination number's line.
+          if (c.lines == 8) {
+            eight_lines_pt = body_pt();
+            if (!french || (!numbered && p.id == 95003)) {
+              EXPECT_EQ(eight_lines_pt, 8) << name;
+            } else {
+              if (p.id != 95003) {
+                EXPECT_LT(eight_lines_pt, 8) << name;
+              }
+              EXPECT_GE(eight_lines_pt, 7) << name;
+            }
+          } else {
+            EXPECT_EQ(body_pt(), eight_lines_pt) << name << ": a longer claim keeps the size of eight lines";
+          }
           int claimed = 0;
           for (size_t at = Text().find("02102 11 MOD Nov/10/2026 $5.00"); at != std::string::npos;
                at = Text().find("02102 11 MOD Nov/10/2026 $5.00", at + 1))
@@ -188,13 +212,15 @@ TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
             std::vector<render::Line> across;
             for (const auto& item : page.items) {
               if (auto t = std::get_if<render::TextRun>(&item)) {
-                // Nothing but the foot line reaches the foot line's band.
+                // Nothing but the foot line, in 8 points whatever the
+                // body's size, reaches the foot line's band.
                 if (t->top.value() >= foot_top - 1) {
                   EXPECT_TRUE(t->text.rfind("ALL INFORMATION", 0) == 0 ||
                               t->text.rfind("Tous les renseignements", 0) == 0)
                       << name << ", page " << n + 1 << ": " << t->text;
+                  EXPECT_FLOAT_EQ(t->size_pt, 8) << name;
                 } else {
-                  EXPECT_LE(t->top.value() + x_height, foot_top + 1)
+                  EXPECT_LE(t->top.value() + x_height * t->size_pt / 8, foot_top + 1)
                       << name << ", page " << n + 1 << ": " << t->text;
                 }
               } else if (auto l = std::get_if<render::Line>(&item)) {
@@ -223,6 +249,23 @@ TEST_F(ClaimForm, LongClaimsCarryOnAboveTheFootLine) {
       }
     }
   }
+
+  // Notes of forty-five short lines (within the column's 200 characters)
+  // leave no size at which eight lines fit: such a claim is two sheets
+  // whatever its size and keeps its 8 points.
+  std::string notes, eight;
+  for (int i = 0; i < 45; ++i) notes += "x\r\n";
+  for (int i = 0; i < 8; ++i)
+    eight += std::string(i ? "," : "") + "(" + std::to_string(95400 + i) +
+             ", 95103, '02102', '11', 'MOD', 5.00, '2026-11-10 00:00:00')";
+  RawExec("UPDATE Invoices SET PatientID = 95001, PredeterminationNumber = NULL, InsuranceNotes = '" +
+          notes + "' WHERE ID = 95103");
+  RawExec("DELETE FROM InvoiceDetails WHERE InvoiceID = 95103");
+  RawExec("INSERT INTO InvoiceDetails (ID, InvoiceID, Code, [Tooth#], Surface, Cost, [Date]) VALUES " + eight);
+  reports.rptClaimFormF(95103, 1, 0);
+  ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
+  EXPECT_EQ(form.VSP.PageCount(), 2);
+  EXPECT_EQ(body_pt(), 8);
 }
 
 TEST_F(ClaimForm, ClaimRules) {
@@ -339,6 +382,58 @@ TEST_F(ClaimForm, FormsThatCannotPrintShowTheMessageAndPrintNothing) {
       EXPECT_EQ(form.PrintCount(), printed) << c.name;
       EXPECT_EQ(form.VSP.PageCount(), 0) << c.name << ": nothing half-drawn is kept";
     }
+  }
+}
+
+// The cell settings as the insurer's clerk sees them, on both forms and
+// whatever the body's size: which titles stand in bold, and the subscriber
+// box divided down the middle where the patient's box is not.
+TEST_F(ClaimForm, CellSettingsShowOnTheForm) {
+  struct Title {
+    const char* english;
+    const char* french;
+    bool bold;
+  };
+  const Title titles[] = {
+      {"Procedure", "Code de l'acte", true},                    // procedures' header
+      {"Employee/Plan Member", "Renseignements sur", true},     // subscribers' header
+      {"Primary Subscriber", "Premiere employé(e)", true},      // and their heading row
+      {"Policy Holder/Employer", "A remplir par titulaire", true},
+      {"Dentist Information", "Information du Dentiste", false},
+      {"Instructions for Claim", "Directive pour sousmission", false},
+      {"01202", "01202", false},
+      {"Birth Date: Apr", "Date de naissance: Apr", false}};
+  for (bool french : {false, true}) {
+    if (french) reports.rptClaimFormF(95101, 1, 0);
+    else reports.rptClaimForm(95101, 1, 0);
+    ASSERT_EQ(form.VSP.PageCount(), 1);
+    const render::Document& doc = form.VSP.Document();
+    const render::Page& page = doc.pages[0];
+    auto run = [&](const std::string& prefix) -> const render::TextRun* {
+      for (const auto& item : page.items)
+        if (auto t = std::get_if<render::TextRun>(&item); t && t->text.rfind(prefix, 0) == 0) return t;
+      return nullptr;
+    };
+    for (const Title& t : titles) {
+      const char* text = french ? t.french : t.english;
+      const render::TextRun* r = run(text);
+      ASSERT_NE(r, nullptr) << text << "\n" << Text();
+      EXPECT_EQ(doc.fonts[r->font].bold, t.bold) << text;
+    }
+    // A rule at the middle of the page, 3.75 in from the left margin, past
+    // the line of `prefix`.
+    auto divided = [&](const std::string& prefix) {
+      const render::TextRun* r = run(prefix);
+      if (!r) return false;
+      const double y = r->baseline.value();
+      return std::any_of(page.items.begin(), page.items.end(), [&](const auto& item) {
+        auto l = std::get_if<render::Line>(&item);
+        return l && l->x1 == l->x2 && std::abs(l->x1.value() - (kLeft + 3.75 * 1440)) <= 1 &&
+               std::min(l->y1, l->y2).value() < y && std::max(l->y1, l->y2).value() > y;
+      });
+    };
+    EXPECT_TRUE(divided(french ? "No. de certificate" : "Certificate #")) << "subscribers";
+    EXPECT_FALSE(divided(french ? "Rapport: " : "D.O.B. ")) << "the patient's box";
   }
 }
 

@@ -152,6 +152,16 @@ INSERT INTO InvoiceDetails (ID, InvoiceID, Code, [Tooth#], Surface, Cost, [Date]
   }
 
   bool Has(const std::string& what) const { return Text().find(what) != std::string::npos; }
+
+  // The size in points of the first text run that begins with `prefix`; 0
+  // when none does.
+  double SizeOf(const std::string& prefix) const {
+    for (const auto& page : form.VSP.Document().pages)
+      for (const auto& item : page.items)
+        if (auto t = std::get_if<render::TextRun>(&item); t && t->text.rfind(prefix, 0) == 0)
+          return t->size_pt;
+    return 0;
+  }
 };
 
 }  // namespace orv::testing

@@ -54,6 +54,8 @@ TEST_F(PredeterminationAndBilling, PredeterminationPrintsEveryProposedLine) {
   ASSERT_TRUE(host.messages.empty());
   std::string text = Text();
   EXPECT_EQ(form.PrintCount(), 1);
+  EXPECT_EQ(form.ShowCount(), 0) << "printed at once, never previewed";
+  EXPECT_TRUE(progress.empty());
   EXPECT_EQ(form.VSP.DocName(), "Predeterminaion Claim Form");
   EXPECT_TRUE(Has("Predetermination Form\n")) << text;
   // Always the treatment's provider; his CDA# as the billing number.
@@ -118,6 +120,42 @@ TEST_F(PredeterminationAndBilling, FrenchPredetermination) {
   for (const char* title : {"Code de l'acte", "Honoraire du dentiste"})
     EXPECT_TRUE(Shows(title)) << title;
   EXPECT_FALSE(Shows("Date du traitement"));
+}
+
+// Eight proposed lines for Lea, with two employers and so the insurers'
+// box, go on one sheet in both languages: the French form in a smaller
+// body where 8 points overrun, nine lines in the size of eight.
+TEST_F(PredeterminationAndBilling, EightProposedLinesAreOneSheet) {
+  auto body_pt = [&] { return SizeOf("27201"); };
+  for (bool french : {false, true}) {
+    double eight_pt = 0;
+    for (int lines : {8, 9}) {
+      const std::string name = std::string(french ? "French, " : "English, ") + std::to_string(lines);
+      RawExec("DELETE FROM PatientPredTreatmentDetails WHERE PatientPredTreatmentsID = 95501");
+      for (int i = 0; i < lines; ++i)
+        RawExec("INSERT INTO PatientPredTreatmentDetails (ID, PatientPredTreatmentsID, LineNumber, "
+                "Code, [Tooth#], Surface, Cost) VALUES (" + std::to_string(95610 + i) + ", 95501, " +
+                std::to_string(i + 1) + ", '27201', '36', 'MOD', 87.50)");
+      const int printed = form.PrintCount();
+      if (french) reports.rptPredClaimFormF(95501, 1, "");
+      else reports.rptPredClaimForm(95501, 1, "");
+      ASSERT_EQ(form.PrintCount(), printed + 1) << name;
+      EXPECT_NE(Text().find(french ? "Directive pour sousmission" : "Instructions for Claim"),
+                std::string::npos) << name;
+      if (lines == 8) {
+        EXPECT_EQ(form.VSP.PageCount(), 1) << name;
+        eight_pt = body_pt();
+        if (french) {
+          EXPECT_GE(eight_pt, 7) << name;
+          EXPECT_LT(eight_pt, 8) << name;
+        } else {
+          EXPECT_EQ(eight_pt, 8) << name;
+        }
+      } else {
+        EXPECT_EQ(body_pt(), eight_pt) << name;
+      }
+    }
+  }
 }
 
 TEST_F(PredeterminationAndBilling, PredeterminationFailsSilently) {

@@ -3,25 +3,12 @@
 // Sunday. Expected texts are worked out by hand.
 #include <gtest/gtest.h>
 
-#include <ostream>
-
 #include "common/errors.h"
 #include "common/format.h"
 #include "named_cases.h"
 
 namespace orv {
 namespace {
-
-struct FormatCase {
-  const char* name;
-  Variant value;
-  const char* fmt;
-  const char* expected;
-};
-
-void PrintTo(const FormatCase& c, std::ostream* os) {
-  *os << c.name << " [" << c.fmt << "]";
-}
 
 // 2001-03-01 09:05:07, 2001-03-01 13:05:09, 2004-02-29 00:00:00, by serial.
 const Variant kMorning = DateTime(36951 + (9 * 3600 + 5 * 60 + 7) / 86400.0);

@@ -3,25 +3,12 @@
 // text is worked out by hand from the rules in format.h.
 #include <gtest/gtest.h>
 
-#include <ostream>
-
 #include "common/errors.h"
 #include "common/format.h"
 #include "named_cases.h"
 
 namespace orv {
 namespace {
-
-struct FormatCase {
-  const char* name;
-  Variant value;
-  const char* fmt;
-  const char* expected;
-};
-
-void PrintTo(const FormatCase& c, std::ostream* os) {
-  *os << c.name << " [" << c.fmt << "]";
-}
 
 class FormatNumber : public ::testing::TestWithParam<FormatCase> {};
 

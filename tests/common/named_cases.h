@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "common/currency.h"
+#include "common/variant.h"
 
 // In the namespace of the tests that include it, so the tables use them bare.
 namespace orv {
@@ -23,5 +25,14 @@ struct CaseNameOf {
   }
 };
 inline constexpr CaseNameOf CaseName{};
+
+// A value, a format string and the text Format gives for them.
+struct FormatCase {
+  const char* name;
+  Variant value;
+  const char* fmt;
+  const char* expected;
+};
+inline void PrintTo(const FormatCase& c, std::ostream* os) { *os << c.name << " [" << c.fmt << "]"; }
 
 }  // namespace orv

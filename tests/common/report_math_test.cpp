@@ -9,7 +9,7 @@
 namespace orv {
 namespace {
 
-TEST(ReturnPercent, ZeroOrNullGivesTheLiteral) {
+TEST(ReturnPercent, ZeroOrNullGivesTheLiteralElseTheShareOfTheValuesAsTheyCameIn) {
   EXPECT_EQ(ReturnPercent(Variant::Null(), 5), "0.00%");
   EXPECT_EQ(ReturnPercent(5, Variant::Null()), "0.00%");
   EXPECT_EQ(ReturnPercent(5, 0), "0.00%");
@@ -17,18 +17,14 @@ TEST(ReturnPercent, ZeroOrNullGivesTheLiteral) {
   EXPECT_EQ(ReturnPercent("", 5), "0.00%");
   EXPECT_EQ(ReturnPercent("abc", 4), "0.00%");
   EXPECT_EQ(ReturnPercent(Cur("0"), Cur("0")), "0.00%");
-}
-
-TEST(ReturnPercent, DividesInThePercentFormat) {
+  // Otherwise the share in the percent format.
   EXPECT_EQ(ReturnPercent(1, 3), "33.33%");
   EXPECT_EQ(ReturnPercent(2, 3), "66.67%");
   EXPECT_EQ(ReturnPercent(1, 8), "12.50%");
   EXPECT_EQ(ReturnPercent(Cur("50"), Cur("200")), "25.00%");
   EXPECT_EQ(ReturnPercent(-1, 4), "-25.00%");
   EXPECT_EQ(ReturnPercent("$1,000.00", "$4,000.00"), "25.00%");
-}
-
-TEST(ReturnPercent, DividesTheValuesAsTheyCameIn) {
+  // The values are divided as they came in, not as money:
   // 0.00001 rounds to 0.0000 as money, so it counts as zero ...
   EXPECT_EQ(ReturnPercent(0.00001, 1), "0.00%");
   // ... while 0.00006 is 0.0001 as money, and the share is of 0.00006 itself:
@@ -48,30 +44,20 @@ TEST(IsMonthEnd, ComparesWithTheNextDay) {
   EXPECT_FALSE(IsMonthEnd(DateTime::FromParts(2001, 4, 29, 23, 59)));
 }
 
-struct ProgressCase {
-  const char* name;
-  int64_t position, count;
-  int expected;
-};
-void PrintTo(const ProgressCase& c, std::ostream* os) {
-  *os << c.name;
-}
-
-class ProgressPercentCases : public ::testing::TestWithParam<ProgressCase> {};
-TEST_P(ProgressPercentCases, RoundsHalfToEven) {
-  EXPECT_EQ(ProgressPercent(GetParam().position, GetParam().count), GetParam().expected);
-}
-INSTANTIATE_TEST_SUITE_P(
-    Cases, ProgressPercentCases,
-    ::testing::Values(
-        ProgressCase{"OneEighthTieDown", 1, 8, 12}, ProgressCase{"ThreeEighthsTieUp", 3, 8, 38},
-        ProgressCase{"FiveEighthsTieDown", 5, 8, 62}, ProgressCase{"SevenEighthsTieUp", 7, 8, 88},
-        ProgressCase{"LastRecord", 8, 8, 100}, ProgressCase{"Start", 0, 5, 0},
-        ProgressCase{"OneThird", 1, 3, 33}, ProgressCase{"TwoThirds", 2, 3, 67},
-        ProgressCase{"ByteLimit", 255, 100, 255}, ProgressCase{"OneOfMany", 1, 1000, 0}),
-    CaseName);
-
-TEST(ProgressPercent, FailsLikeTheByteConversion) {
+// Rounded half to even, and failing as the byte conversion fails.
+TEST(ProgressPercent, RoundsHalfToEvenAndFailsLikeTheByteConversion) {
+  const struct {
+    const char* name;
+    int64_t position, count;
+    int expected;
+  } cases[] = {
+      {"OneEighthTieDown", 1, 8, 12}, {"ThreeEighthsTieUp", 3, 8, 38},
+      {"FiveEighthsTieDown", 5, 8, 62}, {"SevenEighthsTieUp", 7, 8, 88},
+      {"LastRecord", 8, 8, 100}, {"Start", 0, 5, 0},
+      {"OneThird", 1, 3, 33}, {"TwoThirds", 2, 3, 67},
+      {"ByteLimit", 255, 100, 255}, {"OneOfMany", 1, 1000, 0},
+  };
+  for (const auto& c : cases) EXPECT_EQ(ProgressPercent(c.position, c.count), c.expected) << c.name;
   EXPECT_THROW(ProgressPercent(-1, 10), OverflowError);  // position unknown
   EXPECT_THROW(ProgressPercent(300, 100), OverflowError);
   EXPECT_THROW(ProgressPercent(5, 0), DivisionByZeroError);

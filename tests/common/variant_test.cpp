@@ -12,52 +12,49 @@
 namespace orv {
 namespace {
 
-struct NumberTextCase {
-  const char* name;
-  const char* text;
-  bool numeric;
-  double value;
-};
-void PrintTo(const NumberTextCase& c, std::ostream* os) {
-  *os << c.name << " [" << c.text << "]";
-}
-
-class NumberText : public ::testing::TestWithParam<NumberTextCase> {};
-TEST_P(NumberText, ReadsByTheLocale) {
-  const NumberTextCase& c = GetParam();
-  EXPECT_EQ(IsNumericValue(c.text), c.numeric);
-  double d = 0;
-  EXPECT_EQ(TryTextToDouble(c.text, d), c.numeric);
-  if (c.numeric) {
-    EXPECT_DOUBLE_EQ(CDbl(c.text), c.value);
-  } else {
-    EXPECT_THROW(CDbl(c.text), ConversionError);
+// Number text read by the locale: IsNumericValue, TryTextToDouble and CDbl
+// agree on what is a number.
+TEST(NumberText, ReadsByTheLocale) {
+  const struct {
+    const char* name;
+    const char* text;
+    bool numeric;
+    double value;
+  } cases[] = {
+      {"Plain", "12.5", true, 12.5},
+      {"Padded", "  12.5  ", true, 12.5},
+      {"MoneyText", " $1,234.50 ", true, 1234.5},
+      {"SignBeforeSymbol", "-$5", true, -5},
+      {"SignSymbolBlanks", "- $ 5", true, -5},
+      {"TrailingSign", "5-", true, -5},
+      {"Parentheses", "(5)", true, -5},
+      {"ParenthesesMoney", "($1,234.50)", true, -1234.5},
+      {"Exponent", "1e3", true, 1000},
+      {"LeadingPoint", ".5", true, 0.5},
+      {"TrailingPoint", "5.", true, 5},
+      {"BlanksInside", "416 555 1234", false, 0},
+      {"DashInside", "1-2", false, 0},
+      {"TwoPoints", "1.2.3", false, 0},
+      {"ExponentWithoutDigits", "1e", false, 0},
+      {"GroupingFirst", ",5", false, 0},
+      {"SymbolAlone", "$", false, 0},
+      {"EmptyText", "", false, 0},
+      {"SignAndParentheses", "(-5)", false, 0},
+      {"TwoSigns", "--5", false, 0},
+      {"Word", "abc", false, 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(IsNumericValue(c.text), c.numeric);
+    double d = 0;
+    EXPECT_EQ(TryTextToDouble(c.text, d), c.numeric);
+    if (c.numeric) {
+      EXPECT_DOUBLE_EQ(CDbl(c.text), c.value);
+    } else {
+      EXPECT_THROW(CDbl(c.text), ConversionError);
+    }
   }
 }
-INSTANTIATE_TEST_SUITE_P(
-    Cases, NumberText,
-    ::testing::Values(NumberTextCase{"Plain", "12.5", true, 12.5},
-                      NumberTextCase{"Padded", "  12.5  ", true, 12.5},
-                      NumberTextCase{"MoneyText", " $1,234.50 ", true, 1234.5},
-                      NumberTextCase{"SignBeforeSymbol", "-$5", true, -5},
-                      NumberTextCase{"SignSymbolBlanks", "- $ 5", true, -5},
-                      NumberTextCase{"TrailingSign", "5-", true, -5},
-                      NumberTextCase{"Parentheses", "(5)", true, -5},
-                      NumberTextCase{"ParenthesesMoney", "($1,234.50)", true, -1234.5},
-                      NumberTextCase{"Exponent", "1e3", true, 1000},
-                      NumberTextCase{"LeadingPoint", ".5", true, 0.5},
-                      NumberTextCase{"TrailingPoint", "5.", true, 5},
-                      NumberTextCase{"BlanksInside", "416 555 1234", false, 0},
-                      NumberTextCase{"DashInside", "1-2", false, 0},
-                      NumberTextCase{"TwoPoints", "1.2.3", false, 0},
-                      NumberTextCase{"ExponentWithoutDigits", "1e", false, 0},
-                      NumberTextCase{"GroupingFirst", ",5", false, 0},
-                      NumberTextCase{"SymbolAlone", "$", false, 0},
-                      NumberTextCase{"EmptyText", "", false, 0},
-                      NumberTextCase{"SignAndParentheses", "(-5)", false, 0},
-                      NumberTextCase{"TwoSigns", "--5", false, 0},
-                      NumberTextCase{"Word", "abc", false, 0}),
-    CaseName);
 
 TEST(CStr, TextOfEachKind) {
   EXPECT_EQ(CStr(Variant()), "");

@@ -18,38 +18,27 @@ namespace orv::testing {
 inline constexpr const char* kForgedLastName = "Smith;Evil|9999|Row";
 inline constexpr const char* kForgedStreet = "12 Main St; Apt 4";
 
-// Whether some run of `doc` holds `text`, and whether some run is exactly
-// `text`.
-inline bool RunHolds(const render::Document& doc, const std::string& text) {
-  for (const render::Page& page : doc.pages) {
-    for (const render::DisplayItem& item : page.items) {
-      const auto* run = std::get_if<render::TextRun>(&item);
-      if (run != nullptr && run->text.find(text) != std::string::npos) return true;
-    }
-  }
-  return false;
-}
-inline bool RunIs(const render::Document& doc, const std::string& text) {
-  for (const render::Page& page : doc.pages) {
-    for (const render::DisplayItem& item : page.items) {
-      const auto* run = std::get_if<render::TextRun>(&item);
-      if (run != nullptr && run->text == text) return true;
-    }
-  }
-  return false;
-}
-
-// Every run of `doc` whose text is exactly `text`, in page order.
-inline std::vector<render::TextRun> RunsOf(const render::Document& doc, const std::string& text) {
+// Every run of `doc` whose text is exactly `text` (or, with `within`,
+// holds it), in page order.
+inline std::vector<render::TextRun> RunsOf(const render::Document& doc, const std::string& text,
+                                           bool within = false) {
   std::vector<render::TextRun> runs;
   for (const render::Page& page : doc.pages) {
     for (const render::DisplayItem& item : page.items) {
       const auto* run = std::get_if<render::TextRun>(&item);
-      if (run != nullptr && run->text == text) runs.push_back(*run);
+      if (run != nullptr && (within ? run->text.find(text) != std::string::npos : run->text == text))
+        runs.push_back(*run);
     }
   }
   return runs;
 }
+
+// Whether some run of `doc` holds `text`, and whether some run is exactly
+// `text`.
+inline bool RunHolds(const render::Document& doc, const std::string& text) {
+  return !RunsOf(doc, text, true).empty();
+}
+inline bool RunIs(const render::Document& doc, const std::string& text) { return !RunsOf(doc, text).empty(); }
 
 // `value` printed whole, in one cell: one run holds its text, and the
 // pieces between its separators never stand alone as cells.

@@ -2401,12 +2401,15 @@ void Exec(sqlite3* db, const char* sql) {
 }  // namespace
 
 DemoSummary WriteDemoPractice(sqlite3* db, const DemoOptions& options) {
-  if (options.patients < 1) throw SchemaError("the demo practice needs at least one patient");
+  if (options.patients < 0) throw SchemaError("the demo practice cannot have fewer than no patients");
   Exec(db, "BEGIN");
   try {
     CreateSchema(db);
-    Generator g(db, options);
-    DemoSummary s = g.Run();
+    // No patients is a practice on its first day: every table and nothing
+    // in them, not even an office or a provider, for trying what each
+    // report says with nothing to report.
+    DemoSummary s;
+    if (options.patients > 0) s = Generator(db, options).Run();
     Exec(db, "COMMIT");
     // A practice's database server keeps statistics of its tables; without
     // them SQLite guesses, and drives a period's query from the provider

@@ -14,7 +14,7 @@
 namespace orv::practice {
 
 struct DemoOptions {
-  int patients = 500;        // patients to make, 1 or more
+  int patients = 500;        // patients to make; 0 writes the empty tables alone
   uint64_t seed = 1;
   int today_year = 2026;     // the last day of the history; appointments
   int today_month = 11;      // after it are the booked future

@@ -3,17 +3,11 @@
 // blanks included, where LEN leaves them out. The same on both engines.
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "platform/db/connection.h"
-#include "platform/db/copy_database.h"
-#include "support/postgres.h"
 #include "temp_db.h"
 
 namespace orv::db {
 namespace {
-
-using testing::TempDb;
 
 // A PNG's signature and the start of its first chunk: 16 bytes, the ninth
 // a zero.
@@ -22,28 +16,18 @@ CREATE TABLE Pictures (ID INTEGER PRIMARY KEY, Logo BLOB, Caption VARCHAR(20));
 INSERT INTO Pictures VALUES (1, X'89504E470D0A1A0A0000000D49484452', 'Élise  '), (2, NULL, '');
 )sql";
 
-void ExpectLengths(const std::string& url) {
-  Connection conn(url);
-  auto rows = conn.Query(
-      "SELECT ID, DATALENGTH(Logo) AS Bytes, DATALENGTH(Caption) AS Chars, LEN(Caption) AS Letters "
-      "FROM Pictures "
-      "ORDER BY ID");
-  ASSERT_EQ(rows->RowCount(), 2u);
-  EXPECT_EQ(CStr(rows->Get(0, 1)), "16");
-  EXPECT_EQ(CStr(rows->Get(0, 2)), "7");
-  EXPECT_EQ(CStr(rows->Get(0, 3)), "5");
-  EXPECT_TRUE(rows->Get(1, 1).IsNull());
-  EXPECT_EQ(CStr(rows->Get(1, 2)), "0");
-}
-
-TEST(DataLength, BytesOfAPictureAndCharactersOfTextOnSqlite) {
-  TempDb db(kPictures);
-  ExpectLengths(db.url());
-}
-
-TEST(DataLength, BytesOfAPictureAndCharactersOfTextOnPostgres) {
-  ORV_REQUIRE_POSTGRES();
-  ExpectLengths(testing::PracticeOnServer(kPictures).url());
+TEST(DataLength, BytesOfAPictureAndCharactersOfTextOnEachEngine) {
+  testing::EachEngine(kPictures).Run([](Connection& conn) {
+    auto rows = conn.Query(
+        "SELECT ID, DATALENGTH(Logo) AS Bytes, DATALENGTH(Caption) AS Chars, LEN(Caption) AS Letters "
+        "FROM Pictures ORDER BY ID");
+    ASSERT_EQ(rows->RowCount(), 2u);
+    EXPECT_EQ(CStr(rows->Get(0, 1)), "16");
+    EXPECT_EQ(CStr(rows->Get(0, 2)), "7");
+    EXPECT_EQ(CStr(rows->Get(0, 3)), "5");
+    EXPECT_TRUE(rows->Get(1, 1).IsNull());
+    EXPECT_EQ(CStr(rows->Get(1, 2)), "0");
+  });
 }
 
 }  // namespace

@@ -236,12 +236,6 @@ TEST(FabricatedRecordset, ChunksAndSizes) {
   EXPECT_TRUE(rs["Logo"].GetChunk(10).empty());
 }
 
-}  // namespace
-}  // namespace orv::db
-
-namespace orv::db {
-namespace {
-
 // Equality filters on a number field go through a hash of the rows; it must
 // give what a scan gives, and follow the rows as they change.
 TEST(FabricatedRecordset, RepeatedEqualityFiltersFollowTheRows) {

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "platform/db/connection.h"
-#include "platform/db/copy_database.h"
 #include "platform/db/recordset.h"
 #include "support/postgres.h"
 #include "temp_db.h"
@@ -15,9 +14,7 @@
 namespace orv::db {
 namespace {
 
-using orv::testing::FreshPgDatabase;
 using orv::testing::ServerExec;
-using testing::TempDb;
 
 // Sixty invoices: invoice i belongs to patient i % 7 (none for 0), totals
 // i + 0.005, every fifth is not complete; it has i % 4 payment shares of
@@ -59,9 +56,7 @@ std::string Dump(const RowSet& rows) {
 
 TEST(LookupBatchLive, EveryKeyReadsAsItsOwnStatementAndOnlyInsideTheSnapshot) {
   ORV_REQUIRE_POSTGRES();
-  TempDb file(ManyInvoices());
-  FreshPgDatabase server;
-  CopyDatabase(file.url(), server.url());
+  testing::PracticeOnServer server(ManyInvoices());
   Connection conn(server.url());
 
   const std::vector<std::string> lookups = {
@@ -112,33 +107,10 @@ TEST(LookupBatchLive, EveryKeyReadsAsItsOwnStatementAndOnlyInsideTheSnapshot) {
   EXPECT_EQ(CStr(conn.Query(WithKey(lookups[0], 7))->Get(0, 0)), "107.01");
 }
 
-// A SHAPE's rows as text, each chapter in braces after its parent row.
-std::string DumpShape(Recordset rs) {
-  std::string out;
-  while (!rs.Eof()) {
-    out += out.empty() ? "" : " ";
-    std::string chapters;
-    for (long i = 0; i < rs.Fields().Count(); ++i) {
-      Field f = rs.Fields(i);
-      if (f.IsChapter()) {
-        chapters += "{" + DumpShape(f.Chapter()) + "}";
-      } else {
-        const Variant v = f.Value();
-        out += (i ? "," : "") + (v.IsNull() ? std::string("NULL") : CStr(v));
-      }
-    }
-    out += chapters;
-    rs.MoveNext();
-  }
-  return out;
-}
-
 TEST(ShapeChildrenLive, RestrictedOrKeptChildrenRelateAsTheWholeChildOnTheFile) {
   ORV_REQUIRE_POSTGRES();
-  TempDb file(ManyInvoices());
-  FreshPgDatabase server;
-  CopyDatabase(file.url(), server.url());
-  Connection on_file(file.url());
+  testing::PracticeOnServer server(ManyInvoices());
+  Connection on_file(server.file().url());
   Connection on_server(server.url());
 
   const std::string payments = "{SELECT ID, InvoiceID, Amount FROM InvoicePaymentDetails} AS Pay";
@@ -157,7 +129,7 @@ TEST(ShapeChildrenLive, RestrictedOrKeptChildrenRelateAsTheWholeChildOnTheFile) 
   auto run = [](Connection& conn, const std::string& shape) {
     Recordset rs;
     rs.Open(shape, conn, adOpenStatic, adLockReadOnly);
-    return DumpShape(rs);
+    return testing::DumpRows(rs);
   };
   for (const std::string& shape : shapes) {
     SCOPED_TRACE(shape);

@@ -13,9 +13,9 @@
 namespace orv::db {
 namespace {
 
-TEST(Lookup, ReturnValue) {
-  testing::TempDb db(testing::kPracticeSql);
-  Connection conn(db.url());
+using Lookup = testing::PracticeTest;
+
+TEST_F(Lookup, ReturnValue) {
   struct Case {
     const char* name;
     const char* table;
@@ -37,31 +37,16 @@ TEST(Lookup, ReturnValue) {
       {"quote in a text key breaks the statement, trapped", "Patient", "LastName", Variant("O'Brien"), "ID", ""},
   };
   for (const auto& c : cases) {
-    Variant v = ReturnValue(conn, c.table, c.key_field, c.key, c.field);
+    Variant v = ReturnValue(conn_, c.table, c.key_field, c.key, c.field);
     EXPECT_EQ(v, Variant(c.expected)) << c.name;
   }
 }
 
-TEST(Lookup, ReturnList) {
-  testing::TempDb db(testing::kPracticeSql);
-  Connection conn(db.url());
-  Recordset rs;
-  rs.Open("SELECT ID, [Policy#] FROM Patient ORDER BY ID", conn, adOpenStatic, adLockReadOnly);
-  rs.MoveLast();
-  EXPECT_EQ(ReturnList(rs, "ID", "Policy#"), "|#1;POL-1||#2;||#3;P#3||#4;|");
-  EXPECT_TRUE(rs.Eof());
-  Recordset empty;
-  empty.Open("SELECT ID, LastName FROM Patient WHERE ID < 0", conn, adOpenStatic, adLockReadOnly);
-  EXPECT_EQ(ReturnList(empty, "ID", "LastName"), "");
-}
-
 // The host's list of columns, plain and keyed by its place, from wherever
 // the recordset was left.
-TEST(Lookup, ReturnListOfColumns) {
-  testing::TempDb db(testing::kPracticeSql);
-  Connection conn(db.url());
+TEST_F(Lookup, ReturnListOfColumns) {
   Recordset rs;
-  rs.Open("SELECT ID, FirstName, [Policy#] FROM Patient WHERE ID <= 3 ORDER BY ID", conn,
+  rs.Open("SELECT ID, FirstName, [Policy#] FROM Patient WHERE ID <= 3 ORDER BY ID", conn_,
           adOpenStatic, adLockReadOnly);
   struct Case {
     const char* name;
@@ -81,19 +66,20 @@ TEST(Lookup, ReturnListOfColumns) {
     EXPECT_TRUE(rs.Eof()) << c.name;
   }
   EXPECT_THROW(ReturnList(rs, {"NoSuchColumn"}, ""), ReportError);
-  // The first list builder keeps its own form under the same name.
-  EXPECT_EQ(ReturnList(rs, "ID", "FirstName"), "|#1;Claire||#2;Luc||#3;Priya|");
+  // The first list builder keeps its own form under the same name: Null
+  // as empty, a # in the data kept, nothing for no rows.
+  EXPECT_EQ(ReturnList(rs, "ID", "Policy#"), "|#1;POL-1||#2;||#3;P#3|");
+  EXPECT_TRUE(rs.Eof());
 
   Recordset empty;
-  empty.Open("SELECT ID FROM Patient WHERE ID < 0", conn, adOpenStatic, adLockReadOnly);
+  empty.Open("SELECT ID FROM Patient WHERE ID < 0", conn_, adOpenStatic, adLockReadOnly);
   EXPECT_EQ(ReturnList(empty, {"ID"}, "|#"), "") << "no rows, not even a mark";
+  EXPECT_EQ(ReturnList(empty, "ID", "ID"), "");
 }
 
-TEST(Lookup, ResetRecordsetAndReturnName) {
-  testing::TempDb db(testing::kPracticeSql);
-  Connection conn(db.url());
+TEST_F(Lookup, ResetRecordsetAndReturnName) {
   Recordset rs;
-  rs.Open("SELECT ID, FirstName AS Name FROM Patient ORDER BY ID", conn, adOpenStatic,
+  rs.Open("SELECT ID, FirstName AS Name FROM Patient ORDER BY ID", conn_, adOpenStatic,
           adLockReadOnly);
   rs.MoveLast();
   rs.MoveNext();
@@ -118,7 +104,7 @@ TEST(Lookup, ResetRecordsetAndReturnName) {
   for (const auto& c : cases) EXPECT_EQ(ReturnName(rs, c.id), c.found) << c.name;
 
   Recordset empty;
-  empty.Open("SELECT ID, FirstName AS Name FROM Patient WHERE ID < 0", conn, adOpenStatic,
+  empty.Open("SELECT ID, FirstName AS Name FROM Patient WHERE ID < 0", conn_, adOpenStatic,
              adLockReadOnly);
   ResetRecordset(empty);
   EXPECT_TRUE(empty.Eof() && empty.Bof()) << "an empty recordset is left as it is";

@@ -9,13 +9,7 @@
 namespace orv::db {
 namespace {
 
-using testing::TempDb;
-
-class QueryRecordset : public ::testing::Test {
- protected:
-  TempDb db_{testing::kPracticeSql};
-  Connection conn_{db_.url()};
-};
+using QueryRecordset = testing::PracticeTest;
 
 TEST_F(QueryRecordset, ValuesComeBackTyped) {
   Recordset rs;
@@ -102,12 +96,6 @@ TEST_F(QueryRecordset, StaticAndForwardOnlyCursors) {
   Recordset cl;
   cl.Open("SELECT ID FROM Invoices", client, adOpenForwardOnly, adLockReadOnly);
   EXPECT_EQ(cl.RecordCount(), 5);
-
-  Recordset empty;
-  empty.Open("SELECT ID FROM Invoices WHERE ID > 100", conn_, adOpenStatic);
-  EXPECT_TRUE(empty.Eof());
-  EXPECT_TRUE(empty.Bof());
-  EXPECT_EQ(empty.RecordCount(), 0);
 }
 
 TEST_F(QueryRecordset, TableNameOpensTheTable) {
@@ -123,13 +111,13 @@ TEST_F(QueryRecordset, FilterFindAndSortOnQueryRows) {
     const char* name;
     const char* filter;
     const char* sort;
-    std::vector<int> ids;
+    const char* ids;
   } cases[] = {
-      {"dates with OR", "Date < #2026-10-01# OR Date >= #2026-11-03#", "", {3, 4, 5}},
-      {"date and money", "Date >= '2026-10-15' AND InvoiceTotal > 50", "Date DESC", {3, 1}},
-      {"Null key is no match", "PatientID <> 1", "", {3, 4}},
-      {"grouped ORs", "(PatientID = 1 OR PatientID = 3) AND [Complete?] = 1", "InvoiceTotal", {2, 4, 1}},
-      {"sort by two columns, one descending", "", "[Complete?] DESC, PatientID", {5, 1, 2, 4, 3}},
+      {"dates with OR", "Date < #2026-10-01# OR Date >= #2026-11-03#", "", "3 4 5"},
+      {"date and money", "Date >= '2026-10-15' AND InvoiceTotal > 50", "Date DESC", "3 1"},
+      {"Null key is no match", "PatientID <> 1", "", "3 4"},
+      {"grouped ORs", "(PatientID = 1 OR PatientID = 3) AND [Complete?] = 1", "InvoiceTotal", "2 4 1"},
+      {"sort by two columns, one descending", "", "[Complete?] DESC, PatientID", "5 1 2 4 3"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -138,12 +126,7 @@ TEST_F(QueryRecordset, FilterFindAndSortOnQueryRows) {
             adOpenStatic, adLockReadOnly);
     rs.Filter(c.filter);
     rs.Sort(c.sort);
-    std::vector<int> ids;
-    while (!rs.Eof()) {
-      ids.push_back(static_cast<int>(rs["ID"].Value().AsInteger()));
-      rs.MoveNext();
-    }
-    EXPECT_EQ(ids, c.ids);
+    EXPECT_EQ(testing::Walk(rs, "ID"), c.ids);
   }
   Recordset rs;
   rs.Open("SELECT ID, [Date] FROM Invoices ORDER BY ID", conn_, adOpenStatic, adLockOptimistic, -1);
@@ -174,15 +157,10 @@ TEST_F(QueryRecordset, ExecuteAndTransactions) {
   conn_.CommitTrans();
   EXPECT_THROW(conn_.CommitTrans(), DatabaseError);
 
-  Recordset rs;
-  rs.Open("SELECT COUNT(*) AS N FROM InvoicePaymentDetails WHERE InvoiceID = 1", conn_);
-  EXPECT_EQ(rs["N"].Value(), Variant(2));
-  rs.Close();
-  rs.Open("SELECT [Complete?] FROM Invoices WHERE ID = 3", conn_);
-  EXPECT_EQ(rs[0].Value(), Variant(1));
-  rs.Close();
-  rs.Open("SELECT LastName FROM Patient WHERE ID = 2", conn_);
-  EXPECT_EQ(rs[0].Value(), Variant("Roy"));
+  EXPECT_EQ(conn_.Query("SELECT COUNT(*) AS N FROM InvoicePaymentDetails WHERE InvoiceID = 1")->Get(0, 0),
+            Variant(2));
+  EXPECT_EQ(conn_.Query("SELECT [Complete?] FROM Invoices WHERE ID = 3")->Get(0, 0), Variant(1));
+  EXPECT_EQ(conn_.Query("SELECT LastName FROM Patient WHERE ID = 2")->Get(0, 0), Variant("Roy"));
 }
 
 TEST_F(QueryRecordset, UpdateAndAddNewWriteBackByKey) {

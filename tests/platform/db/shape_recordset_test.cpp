@@ -1,5 +1,5 @@
 // SHAPE statements run on a practice database: chapters hold the child rows
-// of the current parent row, to three levels.
+// of the current parent row, to three levels, alike on each engine.
 #include <gtest/gtest.h>
 
 #include "platform/db/db_error.h"
@@ -10,65 +10,48 @@
 namespace orv::db {
 namespace {
 
-using testing::TempDb;
+using ShapeRecordset = testing::PracticeTest;
+using testing::DumpRows;
 
-// The rows of a recordset as "a,b" texts, chapters as "{...}" after a row.
-std::string Dump(Recordset rs) {
-  std::string out;
-  while (!rs.Eof()) {
-    std::string row;
-    std::string chapters;
-    for (long i = 0; i < rs.Fields().Count(); ++i) {
-      Field f = rs.Fields(i);
-      if (f.IsChapter()) {
-        chapters += "{" + Dump(f.Chapter()) + "}";
-        continue;
-      }
-      Variant v = f.Value();
-      row += (row.empty() ? "" : ",") + (v.IsNull() ? std::string("NULL") : CStr(v));
-    }
-    out += (out.empty() ? "" : " ") + row + chapters;
-    rs.MoveNext();
-  }
-  return out;
-}
-
-class ShapeRecordset : public ::testing::Test {
- protected:
-  TempDb db_{testing::kPracticeSql};
-  Connection conn_{db_.url()};
-};
-
-TEST_F(ShapeRecordset, Statements) {
+TEST(ShapeRecordsetOnEachEngine, Statements) {
   struct Case {
     const char* name;
     const char* statement;
     const char* rows;
+    const char* first_chapter;  // the last chapter of the first row
   } cases[] = {
       {"two children",
        "SHAPE {SELECT ID, FirstName FROM Patient ORDER BY ID} AS Patients APPEND ({SELECT PatientID, ID FROM "
        "Invoices ORDER BY ID} AS PatientInvoices RELATE 'ID' TO 'PatientID') AS PatientInvoices, ({SELECT "
        "PrimaryHolderID, FirstName FROM Patient} AS Family RELATE ID TO PrimaryHolderID) AS Family",
-       "1,Claire{1,1 1,2}{1,Claire 1,Luc} 2,Luc{2,3}{} 3,Priya{3,4}{3,Priya} 4,Seamus{}{}"},
+       "1,Claire{1,1 1,2}{1,Claire 1,Luc} 2,Luc{2,3}{} 3,Priya{3,4}{3,Priya} 4,Seamus{}{}", "1,Claire 1,Luc"},
       {"three levels",
        "SHAPE {SELECT ID, LastName FROM Patient WHERE PrimaryHolderID = ID ORDER BY ID} AS Holders APPEND (( SHAPE "
        "{SELECT FirstName, PrimaryHolderID, ID FROM Patient ORDER BY ID} AS Members APPEND (( SHAPE {SELECT ID, "
-       "PatientID FROM Invoices ORDER BY ID} AS MemberInvoices APPEND ({SELECT InvoiceID, Amount FROM "
+       "PatientID, InvoiceTotal FROM Invoices ORDER BY ID} AS MemberInvoices APPEND ({SELECT InvoiceID, Amount FROM "
        "InvoicePaymentDetails ORDER BY ID} AS Payments RELATE 'ID' TO 'InvoiceID') AS Payments) AS MemberInvoices "
        "RELATE 'ID' TO 'PatientID') AS MemberInvoices) AS Members RELATE 'ID' TO 'PrimaryHolderID') AS Members",
-       "1,Tremblay{Claire,1,1{1,1{1,60 1,40} 2,1{}} Luc,1,2{3,2{3,250}}} 3,Singh{Priya,3,3{4,3{4,0.1 4,0.2}}}"},
+       "1,Tremblay{Claire,1,1{1,1,100{1,60 1,40} 2,1,40.1{}} Luc,1,2{3,2,250{3,250}}} "
+       "3,Singh{Priya,3,3{4,3,75.5{4,0.1 4,0.2}}}",
+       "Claire,1,1{1,1,100{1,60 1,40} 2,1,40.1{}} Luc,1,2{3,2,250{3,250}}"},
       {"a UNION ALL child",
        "SHAPE {SELECT ID FROM Invoices WHERE ID <= 2} AS I APPEND ({SELECT InvoiceID, Amount FROM "
        "InvoicePaymentDetails UNION ALL SELECT ID, InvoiceTotal FROM Invoices} AS Lines RELATE 'ID' TO "
        "'InvoiceID') AS Lines",
-       "1{1,60 1,40 1,100} 2{2,40.1}"},
+       "1{1,60 1,40 1,100} 2{2,40.1}", "1,60 1,40 1,100"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    Recordset rs;
-    rs.Open(c.statement, conn_, adOpenStatic, adLockReadOnly);
-    EXPECT_EQ(Dump(rs), c.rows);
-  }
+  testing::EachEngine engines(testing::kPracticeSql);
+  engines.Run([&](Connection& conn) {
+    for (const auto& c : cases) {
+      SCOPED_TRACE(c.name);
+      Recordset rs;
+      rs.Open(c.statement, conn, adOpenStatic, adLockReadOnly);
+      EXPECT_EQ(DumpRows(rs), c.rows);
+      // A chapter follows its parent back: the first parent row again.
+      rs.MoveFirst();
+      EXPECT_EQ(DumpRows(rs.Fields(rs.Fields().Count() - 1).Chapter()), c.first_chapter);
+    }
+  });
 }
 
 TEST_F(ShapeRecordset, ChapterFollowsTheParent) {

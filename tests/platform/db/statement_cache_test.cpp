@@ -3,21 +3,13 @@
 // what its own text asks, on SQLite and (with ORVENDA_TEST_PG) PostgreSQL.
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
-#include <vector>
 
 #include "platform/db/connection.h"
-#include "platform/db/copy_database.h"
-#include "support/postgres.h"
 #include "temp_db.h"
 
 namespace orv::db {
 namespace {
-
-using orv::testing::FreshPgDatabase;
-using orv::testing::TestServerUrl;
-using testing::TempDb;
 
 // Days off of providers in November 2026. The note of the first holds
 // date-like text, of the last digits; a time part starts the fourth at 1 PM.
@@ -32,21 +24,6 @@ INSERT INTO EmployeeHolidays VALUES
  (5, 3, '2026-12-01 00:00:00', '2026-12-01 00:00:00', NULL, NULL, '600');
 )sql";
 
-// The practice on each engine at hand: the file, and a copy on the server.
-struct Engines {
-  TempDb file{kHolidays};
-  std::unique_ptr<FreshPgDatabase> server;
-  std::vector<std::string> urls;
-  Engines() {
-    urls.push_back(file.url());
-    if (!TestServerUrl().empty()) {
-      server = std::make_unique<FreshPgDatabase>();
-      CopyDatabase(file.url(), server->url());
-      urls.push_back(server->url());
-    }
-  }
-};
-
 std::string Ids(Connection& conn, const std::string& statement) {
   std::string ids;
   const auto rows = conn.Query(statement);
@@ -57,8 +34,8 @@ std::string Ids(Connection& conn, const std::string& statement) {
 std::string Day(int d) { return "2026-11-" + std::string(d < 10 ? "0" : "") + std::to_string(d); }
 
 TEST(StatementCache, DaysAndKeysShareOnePreparedStatementAndReadTheirOwnRows) {
-  Engines engines;
-  for (const std::string& url : engines.urls) {
+  testing::EachEngine engines(kHolidays);
+  for (const std::string& url : engines.urls()) {
     SCOPED_TRACE(url);
     Connection conn(url);
     // The same query with the day read by a cast, which is not lifted: what

@@ -6,8 +6,23 @@
 namespace orv::db {
 namespace {
 
+// The form with its number sentinels written #0, #1, ... and its quoted
+// ones @0, @1, ..., in order.
+std::string Marked(const StatementForm& f) {
+  std::string form = f.form;
+  auto mark = [&form](const std::vector<std::string>& sentinels, const char* sign) {
+    for (size_t i = 0; i < sentinels.size(); ++i) {
+      size_t at = form.find(sentinels[i]);
+      if (at == std::string::npos) return false;
+      form.replace(at, sentinels[i].size(), sign + std::to_string(i));
+    }
+    return true;
+  };
+  if (!mark(f.sentinels, "#") || !mark(f.quoted_sentinels, "@")) return "a sentinel is missing: " + f.form;
+  return form;
+}
+
 TEST(StatementForm, ParameterisesKeyLiteralsOnly) {
-  // In the expected form, #0, #1, ... stand for the sentinels in order.
   struct Case {
     const char* statement;
     const char* form;
@@ -32,21 +47,13 @@ TEST(StatementForm, ParameterisesKeyLiteralsOnly) {
   };
   for (const auto& c : cases) {
     StatementForm f = ParameteriseLiterals(c.statement);
-    std::string form = f.form;
-    for (size_t i = 0; i < f.sentinels.size(); ++i) {
-      size_t at = form.find(f.sentinels[i]);
-      ASSERT_NE(at, std::string::npos);
-      form.replace(at, f.sentinels[i].size(), "#" + std::to_string(i));
-    }
-    EXPECT_EQ(form, c.form) << c.statement;
+    EXPECT_EQ(Marked(f), c.form) << c.statement;
     EXPECT_EQ(f.values, c.values) << c.statement;
   }
 }
 
 TEST(StatementForm, LiftsQuotedKeysAndDatesAfterAComparison) {
-  // In the expected form, #0, ... stand for the number sentinels and @0, ...
-  // for the quoted ones, in order. A date is expected as the server reads
-  // it, a key as its text.
+  // A date is expected as the server reads it, a key as its text.
   struct Case {
     const char* name;
     const char* statement;
@@ -83,18 +90,7 @@ TEST(StatementForm, LiftsQuotedKeysAndDatesAfterAComparison) {
   };
   for (const auto& c : cases) {
     StatementForm f = ParameteriseLiterals(c.statement);
-    std::string form = f.form;
-    for (size_t i = 0; i < f.sentinels.size(); ++i) {
-      size_t at = form.find(f.sentinels[i]);
-      ASSERT_NE(at, std::string::npos) << c.name;
-      form.replace(at, f.sentinels[i].size(), "#" + std::to_string(i));
-    }
-    for (size_t i = 0; i < f.quoted_sentinels.size(); ++i) {
-      size_t at = form.find(f.quoted_sentinels[i]);
-      ASSERT_NE(at, std::string::npos) << c.name;
-      form.replace(at, f.quoted_sentinels[i].size(), "@" + std::to_string(i));
-    }
-    EXPECT_EQ(form, c.form) << c.name;
+    EXPECT_EQ(Marked(f), c.form) << c.name;
     std::vector<std::string> quoted;
     for (const Variant& q : f.quoted) quoted.push_back(q.IsDate() ? CDate(q).ToIso() : CStr(q));
     EXPECT_EQ(quoted, std::vector<std::string>(c.quoted.begin(), c.quoted.end())) << c.name;

@@ -2,15 +2,19 @@
 // the database layer.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "platform/db/copy_database.h"
+#include "platform/db/recordset.h"
 #include "support/postgres.h"
 
 namespace orv::db::testing {
@@ -135,5 +139,67 @@ class PracticeOnServer {
   TempDb file_;
   orv::testing::FreshPgDatabase server_;
 };
+
+// The same rows on each engine the test can reach: the file, and a copy on
+// the test server when ORVENDA_TEST_PG names one. Run() calls the body once
+// per engine with a connection to it, the engine named in the trace.
+class EachEngine {
+ public:
+  explicit EachEngine(const std::string& sql) : file_(sql) {
+    if (!orv::testing::TestServerUrl().empty()) server_.emplace(sql);
+  }
+  void Run(const std::function<void(Connection&)>& body) {
+    for (const std::string& url : urls()) {
+      SCOPED_TRACE(url == file_.url() ? "SQLite" : "PostgreSQL");
+      Connection conn(url);
+      body(conn);
+    }
+  }
+  std::vector<std::string> urls() const {
+    std::vector<std::string> out{file_.url()};
+    if (server_) out.push_back(server_->url());
+    return out;
+  }
+  const TempDb& file() const { return file_; }
+
+ private:
+  TempDb file_;
+  std::optional<PracticeOnServer> server_;
+};
+
+// The small practice open on the file: what most recordset tests start from.
+class PracticeTest : public ::testing::Test {
+ protected:
+  TempDb db_{kPracticeSql};
+  Connection conn_{db_.url()};
+};
+
+// A recordset's rows from the current one on as "a,b" texts (Null as NULL),
+// each row's chapters as "{...}" after it; leaves the recordset at EOF.
+inline std::string DumpRows(Recordset rs) {
+  std::string out;
+  for (; !rs.Eof(); rs.MoveNext()) {
+    std::string row, chapters;
+    for (long i = 0; i < rs.Fields().Count(); ++i) {
+      Field f = rs.Fields(i);
+      if (f.IsChapter()) {
+        chapters += "{" + DumpRows(f.Chapter()) + "}";
+        continue;
+      }
+      const Variant v = f.Value();
+      row += (row.empty() ? "" : ",") + (v.IsNull() ? std::string("NULL") : CStr(v));
+    }
+    out += (out.empty() ? "" : " ") + row + chapters;
+  }
+  return out;
+}
+
+// One field of the current row onwards, as texts parted by blanks; leaves
+// the recordset at EOF.
+inline std::string Walk(Recordset& rs, const char* field) {
+  std::string out;
+  for (; !rs.Eof(); rs.MoveNext()) out += (out.empty() ? "" : " ") + CStr(rs[field].Value());
+  return out;
+}
 
 }  // namespace orv::db::testing

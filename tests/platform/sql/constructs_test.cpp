@@ -333,12 +333,7 @@ TEST(SqlFunctions, ServerResults) {
 // as 0 or as text.
 TEST(SqlFunctions, FailedConversionsFailTheStatement) {
   FixtureDb db;
-  const std::pair<const char*, const char*> cases[] = {
-      {"SELECT COUNT(*) FROM Patient WHERE ManualChartNumber > 5", "Conversion failed when converting the varchar value"},
-      {"SELECT CAST(LastName AS int) FROM Patient WHERE ID = 1", "Conversion failed when converting the varchar value"},
-      {"SELECT DATEADD(d, 1, LastName) FROM Patient WHERE ID = 1", "Conversion failed when converting date"},
-  };
-  for (const auto& [tsql, message] : cases) {
+  for (const auto& [tsql, message] : kFailedConversions) {
     std::string error = db.RunError(tsql);
     EXPECT_NE(std::string::npos, error.find(message)) << tsql << ": " << error;
   }

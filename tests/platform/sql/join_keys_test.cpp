@@ -11,7 +11,6 @@
 namespace orv::sql::testing {
 namespace {
 
-using Rows = std::vector<std::vector<std::string>>;
 
 // Fixture families: holder 1 has patients 1, 2 and 3 (invoices 1, 2, 4);
 // patients 2 and 3 have secondary holder 2; holder 4 has patient 4

@@ -132,17 +132,17 @@ std::string FixtureDb::Scalar(const std::string& engine_sql) const {
 
 namespace {
 
-bool CellMatches(const std::string& want, const std::string& got) {
+bool CellMatches(const std::string& want, const std::string& got, double tolerance) {
   if (want.size() > 1 && want[0] == '~') {
     char* end = nullptr;
     double w = std::strtod(want.c_str() + 1, nullptr);
     double g = std::strtod(got.c_str(), &end);
-    return !got.empty() && end && *end == '\0' && std::fabs(w - g) <= 1e-9 * std::max(1.0, std::fabs(w));
+    return !got.empty() && end && *end == '\0' && std::fabs(w - g) <= tolerance * std::max(1.0, std::fabs(w));
   }
   return want == got;
 }
 
-bool RowMatches(const std::string& want, const std::vector<std::string>& got) {
+bool RowMatches(const std::string& want, const std::vector<std::string>& got, double tolerance) {
   std::vector<std::string> cells;
   size_t start = 0;
   for (;;) {
@@ -153,39 +153,44 @@ bool RowMatches(const std::string& want, const std::vector<std::string>& got) {
   }
   if (cells.size() != got.size()) return false;
   for (size_t i = 0; i < cells.size(); ++i) {
-    if (!CellMatches(cells[i], got[i])) return false;
+    if (!CellMatches(cells[i], got[i], tolerance)) return false;
   }
   return true;
 }
 
 }  // namespace
 
+std::string RowsText(const Rows& rows) {
+  std::string text;
+  for (const auto& row : rows) {
+    text += "\n ";
+    for (size_t i = 0; i < row.size(); ++i) text += (i ? "\t" : "") + row[i];
+  }
+  return text;
+}
+
+bool SameRows(const std::vector<std::string>& want, const Rows& got, bool ordered, double tolerance) {
+  if (want.size() != got.size()) return false;
+  std::vector<bool> used(got.size(), false);
+  for (size_t i = 0; i < want.size(); ++i) {
+    bool found = false;
+    for (size_t j = ordered ? i : 0; j < (ordered ? i + 1 : got.size()) && !found; ++j) {
+      if (!used[j] && RowMatches(want[i], got[j], tolerance)) used[j] = found = true;
+    }
+    if (!found) return false;
+  }
+  return true;
+}
+
 void ExpectRows(const FixtureDb& db, const RowCase& c) {
   SCOPED_TRACE(std::string(c.name) + ": " + c.tsql);
-  FixtureDb::Result r;
   try {
-    r = db.Run(c.tsql);
+    const Rows got = db.Run(c.tsql).rows;
+    std::string want;
+    for (const std::string& row : c.rows) want += "\n " + row;
+    EXPECT_TRUE(SameRows(c.rows, got, c.ordered)) << "want:" << want << "\ngot:" << RowsText(got);
   } catch (const SqlError& e) {
     ADD_FAILURE() << e.description();
-    return;
-  }
-  std::string got;
-  for (const auto& row : r.rows) {
-    got += "\n ";
-    for (size_t i = 0; i < row.size(); ++i) got += (i ? "\t" : "") + row[i];
-  }
-  ASSERT_EQ(c.rows.size(), r.rows.size()) << "rows:" << got;
-  std::vector<bool> used(r.rows.size(), false);
-  for (size_t i = 0; i < c.rows.size(); ++i) {
-    if (c.ordered) {
-      EXPECT_TRUE(RowMatches(c.rows[i], r.rows[i])) << "row " << i << " want " << c.rows[i] << "\nrows:" << got;
-      continue;
-    }
-    bool found = false;
-    for (size_t j = 0; j < r.rows.size() && !found; ++j) {
-      if (!used[j] && RowMatches(c.rows[i], r.rows[j])) used[j] = found = true;
-    }
-    EXPECT_TRUE(found) << "missing row " << c.rows[i] << "\nrows:" << got;
   }
 }
 

@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/sql/translate.h"
@@ -60,9 +61,21 @@ class FixtureDb {
 // plain decimals, everything else as the engine's text.
 std::string FormatValue(sqlite3_stmt* stmt, int column, ValueKind kind);
 
-// A statement and the rows SQL Server returns for it on the fixture, each
-// row's values joined by tabs. A value written `~N` matches any number
-// within 1e-9 of N (decimal and float results).
+using Rows = std::vector<std::vector<std::string>>;
+
+// The rows as text for a failure message: a line per row, values parted by
+// tabs.
+std::string RowsText(const Rows& rows);
+
+// Whether `got` holds the rows `want` lists, each row's values joined by
+// tabs, in order or as a multiset (each listed row takes one row of
+// `got`). A value written `~N` matches any number within `tolerance` of N
+// (relative, and absolute below 1): decimal and float results.
+bool SameRows(const std::vector<std::string>& want, const Rows& got, bool ordered,
+              double tolerance = 1e-9);
+
+// A statement and the rows SQL Server returns for it on the fixture, as
+// SameRows reads them.
 struct RowCase {
   const char* name;
   const char* tsql;
@@ -70,8 +83,18 @@ struct RowCase {
   bool ordered = true;
 };
 
-// Runs `c` on `db` and compares its rows (in order, or as a multiset).
+// Runs `c` on `db` and compares its rows.
 void ExpectRows(const FixtureDb& db, const RowCase& c);
+
+// Statements whose conversions the server refuses, and what its message
+// says: the statement fails instead of reading as 0 or as text.
+inline constexpr std::pair<const char*, const char*> kFailedConversions[] = {
+    {"SELECT COUNT(*) FROM Patient WHERE ManualChartNumber > 5",
+     "Conversion failed when converting the varchar value"},
+    {"SELECT CAST(LastName AS int) FROM Patient WHERE ID = 1",
+     "Conversion failed when converting the varchar value"},
+    {"SELECT DATEADD(d, 1, LastName) FROM Patient WHERE ID = 1", "Conversion failed when converting date"},
+};
 
 using orv::testing::FileBytes;
 
