@@ -324,8 +324,12 @@ void RecordsetState::Rebuild() {
         if (x != kNoRank) x = rank_of[x];
     }
     std::vector<std::vector<uint64_t>> codes(cols.size());
-    for (size_t k = 0; k < cols.size(); ++k)
+    for (size_t k = 0; k < cols.size(); ++k) {
       codes[k] = OrderCodes(cells, view, static_cast<size_t>(cols[k].first), ranks[k]);
+      // The codes hold the ranks now; the sort of a large listing is at
+      // the run's peak.
+      if (!codes[k].empty()) std::vector<uint32_t>().swap(ranks[k]);
+    }
     std::vector<uint32_t> order(n);
     for (size_t i = 0; i < n; ++i) order[i] = static_cast<uint32_t>(i);
     std::stable_sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
