@@ -23,12 +23,12 @@ int RowSet::FindField(std::string_view name) const {
     name = name.substr(1, name.size() - 2);
   uint32_t hash = 2166136261u;
   for (char c : name) hash = (hash ^ static_cast<unsigned char>(std::tolower(static_cast<unsigned char>(c)))) * 16777619u;
-  int& found = found_fields_[hash % found_fields_.size()];
+  int16_t& found = found_fields_[hash % found_fields_.size()];
   if (found >= 0 && static_cast<size_t>(found) < fields.size() && EqualsNoCase(fields[found].name, name)) return found;
   for (size_t i = 0; i < fields.size(); ++i) {
     if (EqualsNoCase(fields[i].name, name)) {
-      found = static_cast<int>(i);
-      return found;
+      if (i <= INT16_MAX) found = static_cast<int16_t>(i);
+      return static_cast<int>(i);
     }
   }
   return -1;

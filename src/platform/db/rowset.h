@@ -148,10 +148,11 @@ struct RowSet {
   // thirty fields per read was a twentieth of a listing's run. An entry is
   // the first field of that name (what the scan found) and is checked
   // against the name before it is used; fields are only appended, so it
-  // stays the first.
-  mutable std::array<int, 64> found_fields_ = FreeFoundFields();
-  static std::array<int, 64> FreeFoundFields() {
-    std::array<int, 64> a;
+  // stays the first. Small, as a server snapshot keeps thousands of small
+  // lookup results.
+  mutable std::array<int16_t, 16> found_fields_ = FreeFoundFields();
+  static std::array<int16_t, 16> FreeFoundFields() {
+    std::array<int16_t, 16> a;
     a.fill(-1);
     return a;
   }
