@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <optional>
+
 #include "frame/surface/surface.h"
 #include "frame/surface/surface_error.h"
 #include "frame/surface/text_layout.h"
@@ -82,6 +85,53 @@ TEST(TextLayout, BreakLines) {
     const Twips first(c.first_width > 0 ? c.first_width : c.width);
     EXPECT_EQ(LineTexts(BreakLines(c.text, measure, first, Twips(c.width), c.wrap)), c.lines)
         << c.name;
+  }
+}
+
+// Table cells take SingleLineWidth in place of BreakLines where the cell
+// is one line; the width must be BreakLines' own, bit for bit, or drawn
+// positions move. The measure here adds a fraction per call, so a width
+// summed over other pieces than BreakLines measures comes out different.
+TEST(TextLayout, SingleLineWidthIsTheWidthBreakLinesGives) {
+  auto measure = [](std::string_view s) {
+    size_t n = 0;
+    for (unsigned char ch : s) n += (ch & 0xC0) != 0x80;
+    return Twips(100.1 * double(n) + 0.37);
+  };
+  const double own = measure("abcd").value();  // a room exactly as wide as "abcd"
+  struct Case {
+    const char* name;
+    const char* text;
+    double room;
+    bool wrap;
+    bool single;  // BreakLines gives one line of the whole text, within the room
+  } cases[] = {
+      {"a name that fits", "Abernathy, Farid", 5000, true, true},
+      {"blanks before and after stay", "  Emma  ", 5000, true, true},
+      {"a hyphenated name that fits", "Smith-Jones Ltd", 5000, true, true},
+      {"accents", "\xC3\xA9t\xC3\xA9 \xC3\xA0", 5000, true, true},
+      {"a word exactly as wide as the room", "abcd", own, true, true},
+      {"without wrapping, within the room", "abc def", 5000, false, true},
+      {"blanks alone", "   ", 5000, true, true},
+      {"text that wraps", "abc def ghi", 750, true, false},
+      {"a hyphenated name that breaks", "Smith-Jones", 700, true, false},
+      {"a word wider than the room", "abcdefghij", 400, true, false},
+      {"without wrapping, wider than the room", "abc def ghi", 300, false, false},
+      {"a tab", "a\tb", 5000, true, false},
+      {"a line break", "a\r\nb", 5000, true, false},
+      {"empty", "", 5000, true, false},
+  };
+  for (const auto& c : cases) {
+    const std::optional<Twips> width = SingleLineWidth(c.text, measure, Twips(c.room), c.wrap);
+    ASSERT_EQ(width.has_value(), c.single) << c.name;
+    if (!c.single) continue;
+    const auto lines = BreakLines(c.text, measure, Twips(c.room), Twips(c.room), c.wrap);
+    ASSERT_EQ(lines.size(), 1u) << c.name;
+    ASSERT_EQ(lines[0].segments.size(), 1u) << c.name;
+    EXPECT_EQ(lines[0].segments[0].text, c.text) << c.name;
+    const double got = width->value(), want = lines[0].width.value();
+    EXPECT_EQ(std::memcmp(&got, &want, sizeof got), 0) << c.name << ": " << got << " against " << want;
+    EXPECT_LE(got, c.room) << c.name;
   }
 }
 

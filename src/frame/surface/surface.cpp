@@ -34,10 +34,16 @@ void PrintSurface::RequireNoTableUnderConstruction(const char* what) const {
 
 void PrintSurface::OpenPage() {
   // The page written so far is finished: it is packed until the document is
-  // written or an overlay reopens it.
-  if (!doc_.pages.empty()) doc_.pages.Seal(size_t(page_));
+  // written or an overlay reopens it. The new page takes room for as many
+  // items as it held, as the pages of a long list hold about as many each.
+  size_t room = 0;
+  if (!doc_.pages.empty()) {
+    room = doc_.pages[page_].items.size();
+    doc_.pages.Seal(size_t(page_));
+  }
   doc_.pages.push_back(render::Page{PageWidth(), PageHeight(), {}});
   page_ = int(doc_.pages.size()) - 1;
+  doc_.pages[page_].items.reserve(room);
   column_ = 0;
 }
 
@@ -332,23 +338,26 @@ MeasureFn PrintSurface::Measurer(const FontMetrics* m, double size) const {
 void PrintSurface::EmitLine(const TextLine& line, Twips x, Twips top, const FontHandle& f,
                             double size, render::Rgb color,
                             const std::optional<render::Box>& clip, double line_size) {
-  const Twips baseline = top + f.metrics->Ascent(line_size > size ? line_size : size);
-  auto& items = CurrentPageRef().items;
-  for (const auto& seg : line.segments) {
-    if (seg.text.find_first_not_of(' ') == std::string::npos) continue;  // blanks paint nothing
-    render::TextRun run;
-    run.text = seg.text;
-    run.font = f.index;
-    run.size_pt = float(size);
-    run.color = color;
-    run.angle = int16_t(angle_);
-    run.x = x + seg.x;
-    run.top = top;
-    run.baseline = baseline;
-    run.width = seg.width;
-    run.clip = clip;
-    items.emplace_back(std::move(run));
-  }
+  for (const auto& seg : line.segments)
+    EmitSegment(seg.text, x, seg.x, seg.width, top, f, size, color, clip, line_size);
+}
+
+void PrintSurface::EmitSegment(std::string_view text, Twips x, Twips seg_x, Twips width, Twips top,
+                               const FontHandle& f, double size, render::Rgb color,
+                               const std::optional<render::Box>& clip, double line_size) {
+  if (text.find_first_not_of(' ') == std::string_view::npos) return;  // blanks paint nothing
+  render::TextRun run;
+  run.text = text;
+  run.font = f.index;
+  run.size_pt = float(size);
+  run.color = color;
+  run.angle = int16_t(angle_);
+  run.x = x + seg_x;
+  run.top = top;
+  run.baseline = top + f.metrics->Ascent(line_size > size ? line_size : size);
+  run.width = width;
+  run.clip = clip;
+  CurrentPageRef().items.emplace_back(std::move(run));
 }
 
 namespace {

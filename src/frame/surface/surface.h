@@ -224,7 +224,12 @@ class PrintSurface {
   void RequireDrawable(const char* what) const;
   void RequireNoTableUnderConstruction(const char* what) const;
   void OpenPage();
-  render::Page& CurrentPageRef() { return doc_.pages[page_]; }
+  // The page being written. An overlay writes into a finished page through
+  // the store's Reopen: what it draws goes after what the page holds,
+  // without the page being unpacked.
+  render::Page& CurrentPageRef() {
+    return state_ == State::kOverlay ? doc_.pages.Reopen(size_t(page_)) : doc_.pages[page_];
+  }
   Twips PageTop() const { return margin_top_; }
   Twips PageBottom() const { return PageHeight() - margin_bottom_; }
   Twips ColumnLeft() const;
@@ -237,6 +242,10 @@ class PrintSurface {
   void EmitLine(const TextLine& line, Twips x, Twips top, const FontHandle& f, double size,
                 render::Rgb color, const std::optional<render::Box>& clip,
                 double line_size = 0);
+  // One piece of a line, `seg_x` from the line's start at `x`.
+  void EmitSegment(std::string_view text, Twips x, Twips seg_x, Twips width, Twips top,
+                   const FontHandle& f, double size, render::Rgb color,
+                   const std::optional<render::Box>& clip, double line_size);
   void LayOutTable(Table& table, bool draw);
   // Keeps the cells of a table being drawn in the document (Document::tables).
   void RecordCells(const Table& table);

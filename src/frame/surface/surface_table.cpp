@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <unordered_map>
 #include <utility>
 
 #include "frame/surface/surface.h"
@@ -197,12 +198,17 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     FontHandle font;
     double size;
   };
+  // The fonts of the table's styles, bold and italic or not, looked up once
+  // a table rather than once a cell.
+  std::vector<std::optional<FontHandle>> style_fonts(table.styles.size() * 4);
   auto cell_font = [&](const Row& row, const Cell& cell) {
     const TextStyle& st = table.styles[row.style];
     const bool bold = cell.attr.bold >= 0 ? cell.attr.bold != 0 : st.bold;
     const bool italic = cell.attr.italic >= 0 ? cell.attr.italic != 0 : st.italic;
     const double size = cell.attr.font_size > 0 ? double(cell.attr.font_size) : st.size;
-    return CellFont{Font(st.family, bold, italic), scaled ? size * scale : size};
+    auto& font = style_fonts[size_t(row.style) * 4 + (bold ? 2 : 0) + (italic ? 1 : 0)];
+    if (!font) font = Font(st.family, bold, italic);
+    return CellFont{*font, scaled ? size * scale : size};
   };
   // A cell's lines. A word or figure wider than the cell is never cut: the
   // cell's text is set smaller until it fits, down to the legible floor.
@@ -225,29 +231,18 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     return col_x[c + cell.attr.col_span] - col_x[c];
   };
 
-  // Most cells are one line holding all their text. For those the breaking
-  // done for the row heights is kept as its size and width (NaN for a cell
-  // not kept) and the line is set again from the cell's text when drawn,
-  // rather than broken a second time; other cells are broken again.
-  std::vector<std::pair<double, Twips>> one_line(
-      draw ? size_t(nrows) * ncols : 0, {std::numeric_limits<double>::quiet_NaN(), Twips(0)});
-  auto keep_one_line = [&](int r, int c, const Cell& cell, const CellLines& cl) {
-    if (!draw || cl.lines.size() != 1 || cl.lines[0].segments.size() != 1) return;
-    const LineSegment& seg = cl.lines[0].segments[0];
-    if (seg.x != Twips(0) || cl.lines[0].width != seg.width || seg.text != cell.text) return;
-    one_line[size_t(r) * ncols + c] = {cl.size, seg.width};
-  };
-  auto lines_of = [&](int r, int c, const Cell& cell, const CellFont& cf, Twips room) {
-    const auto& [size, width] = one_line[size_t(r) * ncols + c];  // drawing: one_line is full
-    if (std::isnan(size)) return cell_lines(cell, cf, room);
-    TextLine line;
-    line.segments.push_back({cell.text, Twips(0), width});
-    line.width = width;
-    line.ends_paragraph = true;
-    CellLines out{{}, size};
-    out.lines.push_back(std::move(line));
-    return out;
-  };
+  // Most cells are one line holding all their text at the row's size. For
+  // those the row heights take the width alone (SingleLineWidth, the width
+  // BreakLines would give) and keep it (NaN for a cell not kept), and the
+  // cell is drawn as one run of its text; other cells are broken into lines.
+  std::vector<Twips> one_line(draw ? size_t(nrows) * ncols : 0,
+                              Twips(std::numeric_limits<double>::quiet_NaN()));
+  // Cells of several lines (an address, a wrapped description) keep the
+  // lines the row heights broke them into for drawing, up to a bound, so
+  // that a table of thousands of such cells does not hold all their lines
+  // at once; past it they are broken again when drawn.
+  constexpr size_t kKeptBroken = 4096;
+  std::unordered_map<size_t, CellLines> broken;
 
   // 1. Row heights: the tallest cell that does not span rows, with the row's
   //    margins; a row spanned over takes no extra height from that cell.
@@ -270,9 +265,17 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
         h = std::max(h, lh);
         continue;
       }
-      const CellLines cl = cell_lines(cell, cf, span_width(c, cell) - pad_x * 2);
+      const Twips room = span_width(c, cell) - pad_x * 2;
+      if (const auto width = SingleLineWidth(cell.text, Measurer(cf.font.metrics, cf.size), room,
+                                             cell.attr.no_wrap <= 0)) {
+        h = std::max(h, lh * 1.0);
+        if (draw) one_line[size_t(drawn[k]) * ncols + c] = *width;
+        continue;
+      }
+      CellLines cl = cell_lines(cell, cf, room);
       h = std::max(h, lh * double(cl.lines.size()));
-      keep_one_line(drawn[k], c, cell, cl);
+      if (draw && broken.size() < kKeptBroken)
+        broken.emplace(size_t(drawn[k]) * ncols + c, std::move(cl));
     }
     heights[k] = std::max(h + kCellPadY * 2 + row.margin_top + row.margin_bottom, row.min_height);
   }
@@ -349,8 +352,21 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     const CellFont cf = cell_font(row, cell);
     const Twips lh = cf.font.metrics->LineHeight(cf.size);
     const Twips room = box.width - pad_x * 2;
-    const CellLines cl = lines_of(r, c, cell, cf, room);
+    const Twips kept = one_line[size_t(r) * ncols + c];  // drawing: one_line is full
+    const bool one = !std::isnan(kept.value());
+    CellLines fresh{{}, cf.size};
+    const CellLines* kept_lines = nullptr;
+    if (!one) {
+      const auto it = broken.find(size_t(r) * ncols + c);
+      if (it != broken.end())
+        kept_lines = &it->second;
+      else
+        fresh = cell_lines(cell, cf, room);
+    }
+    const CellLines& cl = kept_lines ? *kept_lines : fresh;
     const auto& lines = cl.lines;
+    const size_t nlines = one ? 1 : lines.size();
+    auto line_width = [&](size_t i) { return one ? kept : lines[i].width; };
     // tcAlign codes run left, centre, right in threes, each top, middle,
     // bottom; without one the column's flags decide.
     int h = table.columns[c].align, v = table.columns[c].tilde ? 1 : 0;
@@ -360,16 +376,20 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     }
     const Twips inner_top = box.y + row.margin_top + kCellPadY;
     const Twips inner_h = box.height - row.margin_top - row.margin_bottom - kCellPadY * 2;
-    const Twips block = lh * double(lines.size());
+    const Twips block = lh * double(nlines);
     Twips top = inner_top;
     if (v == 1) top += (inner_h - block) / 2;
     if (v == 2) top += inner_h - block;
     bool overruns = block > inner_h + Twips(0.5);
-    for (const auto& l : lines) overruns = overruns || l.width > room + Twips(0.5);
+    Twips widest;
+    for (size_t i = 0; i < nlines; ++i) {
+      overruns = overruns || line_width(i) > room + Twips(0.5);
+      widest = std::max(widest, line_width(i));
+    }
     // Below the floor a word may run into the cell's padding, never past it.
     Twips text_x = box.x + pad_x;
     Twips text_room = room;
-    if (WidestLine(lines) > room + Twips(0.5)) {
+    if (widest > room + Twips(0.5)) {
       text_x = box.x;
       text_room = box.width;
     }
@@ -378,11 +398,14 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
                                                               : table.styles[row.style].color);
     const int keep_angle = angle_;
     angle_ = 0;  // table text is never rotated
-    for (size_t i = 0; i < lines.size(); ++i) {
+    for (size_t i = 0; i < nlines; ++i) {
       const Twips line_top = top + lh * double(i);
       if (line_top >= box.y + box.height) break;
-      EmitLine(lines[i], text_x + AlignOffset(h, text_room, lines[i].width), line_top, cf.font,
-               cl.size, color, clip, cf.size);
+      const Twips x = text_x + AlignOffset(h, text_room, line_width(i));
+      if (one)
+        EmitSegment(cell.text, x, Twips(0), kept, line_top, cf.font, cl.size, color, clip, cf.size);
+      else
+        EmitLine(lines[i], x, line_top, cf.font, cl.size, color, clip, cf.size);
     }
     angle_ = keep_angle;
   };

@@ -1,5 +1,6 @@
 #include "frame/surface/table_model.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -157,6 +158,7 @@ void Table::Add(std::string_view format, std::string_view header, std::string_vi
 
   // One pass over the body: each ";" closes a row; text after the last ";"
   // is a row of its own, and nothing after it is none.
+  rows.reserve(rows.size() + size_t(std::count(body.begin(), body.end(), ';')) + 1);
   size_t start = 0;
   while (start < body.size()) {
     size_t semi = body.find(';', start);

@@ -150,6 +150,40 @@ std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure
   return lines;
 }
 
+std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& measure, Twips room,
+                                     bool wrap) {
+  // BreakLines' walk over blanks, words and word pieces, with its sums in
+  // the same order, stopping where it would do more than add to the line.
+  Twips x;
+  size_t i = 0;
+  while (i < text.size()) {
+    const char c = text[i];
+    if (c == '\r' || c == '\n' || c == '\t') return std::nullopt;
+    size_t j = i;
+    if (c == ' ') {
+      while (j < text.size() && text[j] == ' ') ++j;
+      x += measure(text.substr(i, j - i));
+      i = j;
+      continue;
+    }
+    while (j < text.size() && text[j] != ' ' && text[j] != '\t' && text[j] != '\r' &&
+           text[j] != '\n')
+      ++j;
+    std::string_view word = text.substr(i, j - i);
+    while (!word.empty()) {
+      const std::string_view piece = word.substr(0, FirstPiece(word));
+      const Twips w = measure(piece);
+      if (wrap && x + w > room) return std::nullopt;
+      x += w;
+      word.remove_prefix(piece.size());
+    }
+    i = j;
+  }
+  if (text.empty() || x > room) return std::nullopt;
+  // The line's width is its one piece's, placed at the line's start.
+  return Twips(0) + x;
+}
+
 Twips WidestLine(const std::vector<TextLine>& lines) {
   Twips widest;
   for (const auto& l : lines) widest = std::max(widest, l.width);

@@ -12,6 +12,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,15 @@ struct TextLine {
 // breaks. An empty text gives one empty line.
 std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure, Twips first_width,
                                  Twips next_width, bool wrap = true);
+
+// The width of `text` when BreakLines would set it as one line holding one
+// piece, the whole text, no wider than `room`; nothing otherwise (a line
+// break or tab, a word that would wrap, an empty text). The width is the
+// one BreakLines gives, to the last bit, so a caller that lays most cells
+// out as one line can take this and keep BreakLines for the rest, without
+// building lines it would throw away.
+std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& measure, Twips room,
+                                     bool wrap = true);
 
 // The widest line of `lines`.
 Twips WidestLine(const std::vector<TextLine>& lines);

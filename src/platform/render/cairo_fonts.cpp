@@ -71,6 +71,14 @@ cairo_font_face_t* FaceFor(const FontFace& f) {
   return face;
 }
 
+void SetUnhinted(cairo_t* cr) {
+  cairo_font_options_t* options = cairo_font_options_create();
+  cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+  cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+  cairo_set_font_options(cr, options);
+  cairo_font_options_destroy(options);
+}
+
 namespace {
 
 // Decodes one character of the Basic Multilingual Plane from well-formed
@@ -191,6 +199,37 @@ bool GlyphPlacer::Place(cairo_scaled_font_t* font, uint16_t font_index, float si
   out.insert(out.end(), glyphs, glyphs + count);
   cairo_glyph_free(glyphs);
   return true;
+}
+
+void PlaceGlyphs(cairo_scaled_font_t* font, const TextRun& t, bool synthetic_bold, double x,
+                 double y, GlyphPlacer* placer, std::vector<cairo_glyph_t>& out) {
+  const size_t first = out.size();
+  if (placer) {
+    if (!placer->Place(font, t.font, t.size_pt, t.text, x, y, out)) return;
+  } else {
+    cairo_glyph_t* glyphs = nullptr;
+    int count = 0;
+    if (cairo_scaled_font_text_to_glyphs(font, x, y, t.text.c_str(), int(t.text.size()), &glyphs,
+                                         &count, nullptr, nullptr, nullptr) != CAIRO_STATUS_SUCCESS)
+      return;
+    out.insert(out.end(), glyphs, glyphs + count);
+    cairo_glyph_free(glyphs);
+  }
+  if (synthetic_bold) {
+    const double extra = t.size_pt / 24.0;
+    double shift = 0;
+    for (size_t i = first; i < out.size(); ++i) {
+      const double next = i + 1 < out.size() ? out[i + 1].x : 0;
+      out[i].x += shift;
+      cairo_text_extents_t e;
+      if (i + 1 == out.size()) {
+        cairo_scaled_font_glyph_extents(font, &out[i], 1, &e);
+      } else {
+        e.x_advance = next - (out[i].x - shift);
+      }
+      if (e.x_advance != 0) shift += extra;
+    }
+  }
 }
 
 }  // namespace orv::render

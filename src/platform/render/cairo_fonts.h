@@ -29,6 +29,10 @@ namespace orv::render {
 // be loaded.
 cairo_font_face_t* FaceFor(const FontFace& f);
 
+// Sets `cr` to unhinted outlines and metrics, as the layout measures them:
+// glyphs then advance exactly as measured.
+void SetUnhinted(cairo_t* cr);
+
 class GlyphPlacer {
  public:
   // Appends the glyphs of `utf8` set from the pen (x, y) with `font`, which
@@ -54,5 +58,17 @@ class GlyphPlacer {
   std::pair<uint16_t, float> last_key_{UINT16_MAX, 0.0f};
   std::vector<std::pair<double, double>>* last_ = nullptr;
 };
+
+// The glyphs of a run from the pen (x, y) on, placed as the layout measured
+// them: the unhinted advances of the font file, as cairo places them with
+// hinting of metrics off, and for a face emboldened by FreeType each glyph
+// that advances a 24th of an em further, the width its stroke grew by (the
+// layout's FontMetrics measure synthetic bold the same way).
+//
+// With a `placer` the glyphs come from its tables, which hold for the
+// context's usual transformation only; runs drawn turned or moved take
+// cairo's mapping. The glyphs are appended to `out`.
+void PlaceGlyphs(cairo_scaled_font_t* font, const TextRun& t, bool synthetic_bold, double x,
+                 double y, GlyphPlacer* placer, std::vector<cairo_glyph_t>& out);
 
 }  // namespace orv::render

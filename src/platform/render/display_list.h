@@ -174,9 +174,19 @@ class PageStore {
   // A copy of page `i`, unpacked, that the store does not keep.
   Page Read(size_t i) const;
 
-  // Packs page `i` (a packed page stays as it is).
+  // Page `i` for adding items at its end, without unpacking what it holds:
+  // the page handed back holds only the items added since, and Seal packs
+  // them after the rest. Readers (operator[] const, Read) see the whole
+  // page all the while. A page that is not packed is handed back whole.
+  // The footers stamped on every page of a long list once its page count
+  // is known take this, so that each page is not unpacked and packed again
+  // for a line of text.
+  Page& Reopen(size_t i);
+
+  // Packs page `i` (a packed page stays as it is; a reopened one packs what
+  // was added to it).
   void Seal(size_t i);
-  bool Sealed(size_t i) const { return slots_.at(i).sealed; }
+  bool Sealed(size_t i) const { return slots_.at(i).sealed && !slots_.at(i).reopened; }
 
   // Packed pages held in memory beyond this many bytes go to the temporary
   // file; 0 sends every packed page there.
@@ -224,6 +234,11 @@ class PageStore {
     std::string packed;    // the packed items, when held in memory
     int64_t spilled = -1;  // else their offset in the temporary file
     uint32_t spilled_size = 0;
+    // Items added to the packed page since it was first packed (Reopen),
+    // each batch packed on its own and preceded by its size; always held in
+    // memory, as they are a few bytes a page.
+    std::string added;
+    bool reopened = false;  // page.items holds what is being added
     // A packed page as it was last read, kept for the references handed
     // out; its own allocation, so that they outlive a move of the slots.
     mutable std::shared_ptr<Page> view;

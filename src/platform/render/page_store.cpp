@@ -15,10 +15,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <map>
 #include <stdexcept>
 #include <tuple>
@@ -261,10 +263,17 @@ namespace {
 
 void Pack(const std::vector<DisplayItem>& items, PageStore::Shared& shared, std::string& out) {
   Writer w(out);
+  // The count first, so that unpacking takes the room for the items at once.
+  w.Varint(items.size());
   Predictions prev;
   for (const DisplayItem& item : items) {
     if (const auto* t = std::get_if<TextRun>(&item)) {
-      const auto style = int64_t(shared.TextStyleIndex(*t));
+      // Runs mostly share the style of the run before; the table of styles
+      // is searched only when it changes.
+      const bool as_before = prev.text_style >= 0 && t->font == prev.run.font &&
+                             t->size_pt == prev.run.size_pt && t->color == prev.run.color &&
+                             t->underline == prev.run.underline && t->angle == prev.run.angle;
+      const auto style = as_before ? prev.text_style : int64_t(shared.TextStyleIndex(*t));
       uint8_t kind = kText;
       if (style == prev.text_style) kind |= kSameStyle;
       if (t->clip) kind |= kHasClip;
@@ -282,6 +291,11 @@ void Pack(const std::vector<DisplayItem>& items, PageStore::Shared& shared, std:
         w.Raw(box, sizeof box);
       }
       prev.text_style = style;
+      prev.run.font = t->font;
+      prev.run.size_pt = t->size_pt;
+      prev.run.color = t->color;
+      prev.run.underline = t->underline;
+      prev.run.angle = t->angle;
       prev.run.x = t->x;
       prev.run.top = t->top;
       prev.run.baseline = t->baseline;
@@ -330,6 +344,8 @@ void Pack(const std::vector<DisplayItem>& items, PageStore::Shared& shared, std:
 std::vector<DisplayItem> UnpackItems(const std::string& bytes, const PageStore::Shared& shared) {
   std::vector<DisplayItem> items;
   Reader r(bytes.data(), bytes.size());
+  // Never more items than bytes: a damaged count cannot ask for more.
+  items.reserve(std::min<uint64_t>(r.Varint(), bytes.size()));
   Predictions prev;
   auto read_box = [&](Box& predicted) {
     const uint8_t c = r.Codes();
@@ -440,7 +456,7 @@ PageStore& PageStore::operator=(std::vector<Page> pages) {
 
 void PageStore::resize(size_t n) {
   while (slots_.size() > n) {
-    packed_bytes_ -= slots_.back().packed.size();
+    packed_bytes_ -= slots_.back().packed.size() + slots_.back().added.size();
     slots_.pop_back();
   }
   while (slots_.size() < n) push_back(Page{});
@@ -449,38 +465,78 @@ void PageStore::resize(size_t n) {
 Page& PageStore::operator[](size_t i) {
   Slot& slot = slots_.at(i);
   if (slot.sealed) {
-    // A page already read is taken as it was read, not unpacked again.
-    slot.page.items = slot.view && slot.view.use_count() == 1 ? std::move(slot.view->items)
-                                                              : Unpack(slot);
-    packed_bytes_ -= slot.packed.size();
+    // A page already read is taken as it was read, not unpacked again; a
+    // reopened page's view is never kept, as its additions may change.
+    std::vector<DisplayItem> items = !slot.reopened && slot.view && slot.view.use_count() == 1
+                                         ? std::move(slot.view->items)
+                                         : Unpack(slot);
+    if (slot.reopened) std::move(slot.page.items.begin(), slot.page.items.end(), std::back_inserter(items));
+    slot.page.items = std::move(items);
+    packed_bytes_ -= slot.packed.size() + slot.added.size();
     std::string().swap(slot.packed);
+    std::string().swap(slot.added);
     slot.spilled = -1;
     slot.sealed = false;
+    slot.reopened = false;
   }
   slot.view.reset();
+  return slot.page;
+}
+
+Page& PageStore::Reopen(size_t i) {
+  Slot& slot = slots_.at(i);
+  if (slot.sealed && !slot.reopened) {
+    slot.reopened = true;
+    slot.view.reset();
+  }
   return slot.page;
 }
 
 const Page& PageStore::operator[](size_t i) const {
   const Slot& slot = slots_.at(i);
   if (!slot.sealed) return slot.page;
-  if (!slot.view) slot.view = std::make_shared<Page>(Read(i));
+  if (!slot.view || slot.reopened) slot.view = std::make_shared<Page>(Read(i));
   return *slot.view;
 }
 
 Page PageStore::Read(size_t i) const {
   const Slot& slot = slots_.at(i);
   if (!slot.sealed) return slot.page;
-  return Page{slot.page.width, slot.page.height, Unpack(slot)};
+  Page page{slot.page.width, slot.page.height, Unpack(slot)};
+  if (slot.reopened) page.items.insert(page.items.end(), slot.page.items.begin(), slot.page.items.end());
+  return page;
 }
 
 std::vector<DisplayItem> PageStore::Unpack(const Slot& slot) const {
-  if (slot.spilled >= 0) return UnpackItems(shared_->Load(slot.spilled, slot.spilled_size), *shared_);
-  return UnpackItems(slot.packed, *shared_);
+  std::vector<DisplayItem> items =
+      slot.spilled >= 0 ? UnpackItems(shared_->Load(slot.spilled, slot.spilled_size), *shared_)
+                        : UnpackItems(slot.packed, *shared_);
+  // Each batch added later unpacks alone, as it was packed.
+  Reader r(slot.added.data(), slot.added.size());
+  while (!r.AtEnd()) {
+    const std::string batch = r.Text(size_t(r.Varint()));
+    std::vector<DisplayItem> more = UnpackItems(batch, *shared_);
+    std::move(more.begin(), more.end(), std::back_inserter(items));
+  }
+  return items;
 }
 
 void PageStore::Seal(size_t i) {
   Slot& slot = slots_.at(i);
+  if (slot.reopened) {
+    if (!slot.page.items.empty()) {
+      std::string bytes;
+      Pack(slot.page.items, *shared_, bytes);
+      const size_t before = slot.added.size();
+      Writer(slot.added).Varint(bytes.size());
+      slot.added += bytes;
+      packed_bytes_ += slot.added.size() - before;
+    }
+    std::vector<DisplayItem>().swap(slot.page.items);
+    slot.reopened = false;
+    slot.view.reset();
+    return;
+  }
   if (slot.sealed) return;
   std::string bytes;
   Pack(slot.page.items, *shared_, bytes);

@@ -1,5 +1,5 @@
-// Painting the print surface's display list with cairo: a PDF file of a
-// document or a range of its pages, and a PNG of one page.
+// Painting the print surface's display list: a PDF file of a document or a
+// range of its pages, and a PNG of one page through cairo.
 //
 // The renderers only paint. Positions, line breaks and page breaks were all
 // settled by the layout; text is drawn with the same font files the layout
@@ -20,7 +20,9 @@ class RenderError : public ReportError {
 };
 
 // Writes pages `first` to `last` (from 1; 0 as `last` means the last page) of
-// `doc` to a PDF file, one PDF page per page at its own size.
+// `doc` to a PDF file, one PDF page per page at its own size, with the
+// program's own writer (pdf_renderer.h); ORVENDA_PDF_ENGINE=cairo in the
+// environment writes it through cairo's PDF surface instead.
 void RenderPdf(const Document& doc, const std::string& path, int first = 1, int last = 0);
 
 // Where the renderers set the glyphs of `run`, in points from the page's

@@ -17,11 +17,7 @@ class GlyphPlacerTest : public ::testing::Test {
   void SetUp() override {
     surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
     cr_ = cairo_create(surface_);
-    cairo_font_options_t* options = cairo_font_options_create();
-    cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
-    cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
-    cairo_set_font_options(cr_, options);
-    cairo_font_options_destroy(options);
+    SetUnhinted(cr_);
   }
   void TearDown() override {
     cairo_destroy(cr_);

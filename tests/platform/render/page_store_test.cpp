@@ -177,6 +177,58 @@ TEST(PageStore, ReopenedPagesTakeWhatIsAddedAndArePackedAgain) {
   }
 }
 
+// Footers are added to packed pages through Reopen, which keeps what the
+// page holds packed and packs the additions after it: every reader sees
+// the page whole, in order, bit for bit, whether its body was spilled or
+// not, and writing the page in place afterwards still gives all of it.
+TEST(PageStore, ItemsAddedToAReopenedPageFollowItsPackedItems) {
+  for (const size_t budget : {kInMemory, kSpilled}) {
+    const std::string how = budget == kSpilled ? "spilled" : "in memory";
+    PageStore store;
+    store.MemoryBudget(budget);
+    const auto body = TablePage(40, 5);
+    store.push_back(Page{Twips(12240), Twips(15840), body});
+    store.Seal(0);
+    const size_t packed = store.PackedBytes() + store.SpilledBytes();
+
+    const TextRun date = Cell("Nov/20/2026", 1440, 15000.5, 700.25);
+    const TextRun stamp = Cell("Page 1 of 1", 9000.75, 15000.5, 800.5);
+    Page& adding = store.Reopen(0);
+    EXPECT_TRUE(adding.items.empty()) << how << ": a reopened page holds only what is added";
+    EXPECT_FALSE(store.Sealed(0)) << how;
+    adding.items.emplace_back(date);
+    auto want = body;
+    want.emplace_back(date);
+    ExpectSameItems(want, store.Read(0).items, how + ", read while reopened");
+    ExpectSameItems(want, std::as_const(store)[0].items, how + ", read in place while reopened");
+    store.Reopen(0).items.emplace_back(stamp);
+    store.Seal(0);
+    EXPECT_TRUE(store.Sealed(0)) << how;
+    want.emplace_back(stamp);
+    ExpectSameItems(want, store.Read(0).items, how + ", sealed again");
+    const size_t grew = store.PackedBytes() + store.SpilledBytes() - packed;
+    EXPECT_GT(grew, 0u) << how;
+    EXPECT_LT(grew, 100u) << how << ": the additions alone are packed, not the page again";
+
+    // A second pass adds a second batch; sealing with nothing added changes nothing.
+    store.Reopen(0).items.emplace_back(Cell("Copy", 500, 500, 300));
+    store.Seal(0);
+    store.Reopen(0);
+    store.Seal(0);
+    want.emplace_back(Cell("Copy", 500, 500, 300));
+    ExpectSameItems(want, std::as_const(store)[0].items, how + ", two batches");
+    // Written in place, the page is all of it, unpacked.
+    store[0].items.pop_back();
+    want.pop_back();
+    EXPECT_FALSE(store.Sealed(0)) << how;
+    store.Seal(0);
+    ExpectSameItems(want, store.Read(0).items, how + ", written in place and sealed");
+    // A page that was never packed is handed back whole.
+    store.push_back(Page{Twips(12240), Twips(15840), TablePage(2, 2)});
+    EXPECT_EQ(store.Reopen(1).items.size(), TablePage(2, 2).size()) << how;
+  }
+}
+
 TEST(PageStore, ReadPagesOutliveMorePagesAndCopiesOutliveTheOriginal) {
   PageStore store;
   store.MemoryBudget(kSpilled);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/render/sample_document.h"
 #include "support/shell.h"
 
 #include <cstdio>
@@ -21,68 +22,8 @@ std::string TempPath(const std::string& name) {
       .string();
 }
 
-TextRun At(std::string text, double x, double top, uint16_t font = 0) {
-  TextRun r;
-  r.text = std::move(text);
-  r.font = font;
-  r.size_pt = 12;
-  r.x = Twips(x);
-  r.top = Twips(top);
-  r.baseline = Twips(top + 240);
-  return r;
-}
-
-// Two letter pages: text in two rows, a rule, a shaded box and a picture.
-Document Sample() {
-  Document d;
-  d.name = "Render sample";
-  d.fonts.push_back({"Tahoma", "/usr/share/wine/fonts/tahoma.ttf", false, false, false, false});
-  d.fonts.push_back({"Tahoma", "/usr/share/wine/fonts/tahomabd.ttf", true, false, false, false});
-  Page p1{Twips(12240), Twips(15840), {}};
-  p1.items.push_back(
-      FilledRect{{Twips(1440), Twips(1300), Twips(4000), Twips(400)}, {166, 175, 185}});
-  p1.items.push_back(At("Statement", 1440, 1440, 1));
-  p1.items.push_back(At("Balance", 6000, 1440));
-  p1.items.push_back(At("D\xC3\xA9p\xC3\xB4t \xC3\xA0 la banque", 1440, 2000));
-  p1.items.push_back(Line{Twips(1440), Twips(2500), Twips(10800), Twips(2500), Twips(0), {}, true});
-  auto img = std::make_shared<Image>();
-  img->width = 2;
-  img->height = 2;
-  img->pixels = {0xFFFF0000u, 0xFF00FF00u, 0xFF0000FFu, 0xFF000000u};
-  p1.items.push_back(Picture{{Twips(1440), Twips(3000), Twips(1440), Twips(1440)}, img});
-  Page p2{Twips(15840), Twips(12240), {}};
-  p2.items.push_back(At("Second page", 1440, 1440));
-  d.pages = {p1, p2};
-  return d;
-}
-
-TEST(Renderer, PdfPassesQpdfAndReadsBackInOrder) {
-  const Document d = Sample();
-  const std::string pdf = TempPath("sample.pdf");
-  RenderPdf(d, pdf);
-  EXPECT_NE(Shell("qpdf --check " + pdf + " 2>&1").find("No syntax or stream encoding errors"),
-            std::string::npos);
-  const std::string text = Shell("pdftotext -layout " + pdf + " -");
-  const size_t a = text.find("Statement"), b = text.find("Balance"),
-               c = text.find("D\xC3\xA9p\xC3\xB4t \xC3\xA0 la banque"),
-               e = text.find("Second page");
-  ASSERT_NE(a, std::string::npos) << text;
-  ASSERT_NE(c, std::string::npos) << text;
-  EXPECT_LT(a, b);
-  EXPECT_LT(b, c);
-  EXPECT_LT(c, e);
-  // Each page keeps its own size: the second is landscape.
-  EXPECT_NE(Shell("pdfinfo -f 2 -l 2 " + pdf).find("792 x 612"), std::string::npos);
-  fs::remove(pdf);
-
-  // A range of pages.
-  RenderPdf(d, pdf, 2, 2);
-  EXPECT_EQ(Shell("pdftotext " + pdf + " -").find("Statement"), std::string::npos);
-  fs::remove(pdf);
-}
-
 TEST(Renderer, PngHasThePageSizeAtTheResolution) {
-  const Document d = Sample();
+  const Document d = SampleDocument();
   const std::string png = TempPath("page1.png");
   RenderPng(d, 1, 96, png);
   std::ifstream in(png, std::ios::binary);
@@ -99,7 +40,7 @@ TEST(Renderer, PngHasThePageSizeAtTheResolution) {
 }
 
 TEST(Renderer, BadRequestsRaiseAndWriteNothing) {
-  const Document d = Sample();
+  const Document d = SampleDocument();
   Document bad_font = d;
   bad_font.pages[0].items.push_back(At("x", 0, 0, 7));
   Document missing_file = d;

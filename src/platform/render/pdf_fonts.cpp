@@ -1,0 +1,331 @@
+#include "platform/render/pdf_fonts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "platform/render/renderer.h"
+
+namespace orv::render::pdf {
+namespace {
+
+uint16_t U16(std::string_view d, size_t at) {
+  if (at + 2 > d.size()) throw RenderError("A font file ends inside a table");
+  return uint16_t(uint8_t(d[at]) << 8 | uint8_t(d[at + 1]));
+}
+int16_t S16(std::string_view d, size_t at) {
+  return int16_t(U16(d, at));
+}
+uint32_t U32(std::string_view d, size_t at) {
+  return uint32_t(U16(d, at)) << 16 | U16(d, at + 2);
+}
+void Put16(std::string& d, size_t at, uint16_t v) {
+  d[at] = char(v >> 8);
+  d[at + 1] = char(v);
+}
+void Put32(std::string& d, size_t at, uint32_t v) {
+  Put16(d, at, uint16_t(v >> 16));
+  Put16(d, at + 2, uint16_t(v));
+}
+void Append16(std::string& d, uint16_t v) {
+  d.push_back(char(v >> 8));
+  d.push_back(char(v));
+}
+void Append32(std::string& d, uint32_t v) {
+  Append16(d, uint16_t(v >> 16));
+  Append16(d, uint16_t(v));
+}
+
+uint32_t Checksum(std::string_view t) {
+  uint32_t sum = 0;
+  for (size_t i = 0; i < t.size(); i += 4) {
+    uint32_t word = 0;
+    for (size_t k = 0; k < 4; ++k) word = word << 8 | (i + k < t.size() ? uint8_t(t[i + k]) : 0);
+    sum += word;
+  }
+  return sum;
+}
+
+// The tables of a TrueType file by tag.
+std::map<std::string, std::string_view> Tables(std::string_view font) {
+  const uint32_t version = U32(font, 0);
+  if (version != 0x00010000 && version != 0x74727565)  // 1.0 or 'true'
+    throw RenderError("Not a TrueType font with outlines");
+  std::map<std::string, std::string_view> tables;
+  const uint16_t count = U16(font, 4);
+  for (uint16_t i = 0; i < count; ++i) {
+    const size_t at = 12 + size_t(i) * 16;
+    const uint32_t offset = U32(font, at + 8), length = U32(font, at + 12);
+    if (size_t(offset) + length > font.size()) throw RenderError("A font table lies past its file");
+    tables.emplace(std::string(font.substr(at, 4)), font.substr(offset, length));
+  }
+  for (const char* need : {"head", "hhea", "hmtx", "maxp", "loca", "glyf"})
+    if (!tables.count(need)) throw RenderError(std::string("A font file lacks its ") + need);
+  return tables;
+}
+
+// The glyph data of every glyph in `glyf`, by the offsets in `loca`.
+std::vector<std::string_view> Glyphs(const std::map<std::string, std::string_view>& t) {
+  const std::string_view loca = t.at("loca"), glyf = t.at("glyf");
+  const bool long_offsets = S16(t.at("head"), 50) == 1;
+  const uint16_t count = U16(t.at("maxp"), 4);
+  std::vector<std::string_view> glyphs(count);
+  for (uint16_t g = 0; g < count; ++g) {
+    const size_t begin =
+        long_offsets ? U32(loca, size_t(g) * 4) : size_t(U16(loca, size_t(g) * 2)) * 2;
+    const size_t end =
+        long_offsets ? U32(loca, size_t(g) * 4 + 4) : size_t(U16(loca, size_t(g) * 2 + 2)) * 2;
+    if (end < begin || end > glyf.size()) throw RenderError("A font's glyph lies past its table");
+    glyphs[g] = glyf.substr(begin, end - begin);
+  }
+  return glyphs;
+}
+
+// The glyphs a composite glyph is made of.
+std::vector<uint16_t> Components(std::string_view glyph) {
+  std::vector<uint16_t> parts;
+  if (glyph.size() < 10 || S16(glyph, 0) >= 0) return parts;
+  constexpr uint16_t kWords = 0x0001, kScale = 0x0008, kMore = 0x0020, kXYScale = 0x0040,
+                     kTwoByTwo = 0x0080;
+  size_t at = 10;
+  uint16_t flags;
+  do {
+    flags = U16(glyph, at);
+    parts.push_back(U16(glyph, at + 2));
+    at += 4 + ((flags & kWords) ? 4 : 2);
+    if (flags & kScale)
+      at += 2;
+    else if (flags & kXYScale)
+      at += 4;
+    else if (flags & kTwoByTwo)
+      at += 8;
+  } while (flags & kMore);
+  return parts;
+}
+
+// The PostScript name of the font (name 6), or "" when it has none.
+std::string PostScriptName(const std::map<std::string, std::string_view>& t) {
+  auto it = t.find("name");
+  if (it == t.end()) return "";
+  const std::string_view name = it->second;
+  const uint16_t count = U16(name, 2), strings = U16(name, 4);
+  for (uint16_t i = 0; i < count; ++i) {
+    const size_t at = 6 + size_t(i) * 12;
+    const uint16_t platform = U16(name, at), id = U16(name, at + 6);
+    const uint16_t length = U16(name, at + 8), offset = U16(name, at + 10);
+    if (id != 6 || size_t(strings) + offset + length > name.size()) continue;
+    const std::string_view raw = name.substr(size_t(strings) + offset, length);
+    std::string out;
+    // Windows names are UTF-16BE; Macintosh ones single bytes.
+    for (size_t k = platform == 3 ? 1 : 0; k < raw.size(); k += platform == 3 ? 2 : 1)
+      if (raw[k] > ' ' && raw[k] < 0x7F && raw[k] != '/' && raw[k] != '(' && raw[k] != ')')
+        out.push_back(raw[k]);
+    if (!out.empty()) return out;
+  }
+  return "";
+}
+
+}  // namespace
+
+std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyphs) {
+  const auto tables = Tables(font);
+  const std::vector<std::string_view> data = Glyphs(tables);
+  // The glyphs kept: those asked for, glyph 0, and every part of a
+  // composite among them, followed down.
+  std::set<uint16_t> keep{0};
+  std::vector<uint16_t> todo(glyphs.begin(), glyphs.end());
+  while (!todo.empty()) {
+    const uint16_t g = todo.back();
+    todo.pop_back();
+    if (g >= data.size() || !keep.insert(g).second) continue;
+    for (uint16_t part : Components(data[g])) todo.push_back(part);
+  }
+  keep.erase(keep.upper_bound(uint16_t(data.size() - 1)), keep.end());
+  const uint16_t count = uint16_t(*keep.rbegin() + 1);
+
+  // glyf and loca anew (long offsets); glyphs not kept are empty.
+  std::string glyf, loca;
+  for (uint16_t g = 0; g < count; ++g) {
+    Append32(loca, uint32_t(glyf.size()));
+    if (!keep.count(g)) continue;
+    glyf.append(data[g]);
+    glyf.append((4 - glyf.size() % 4) % 4, '\0');
+  }
+  Append32(loca, uint32_t(glyf.size()));
+
+  // Every glyph kept gets an advance and side bearing of its own.
+  const std::string_view hmtx_in = tables.at("hmtx");
+  const uint16_t metrics = U16(tables.at("hhea"), 34);
+  std::string hmtx;
+  for (uint16_t g = 0; g < count; ++g) {
+    const uint16_t advance = U16(hmtx_in, size_t(std::min<uint16_t>(g, metrics - 1)) * 4);
+    const int16_t lsb = g < metrics ? S16(hmtx_in, size_t(g) * 4 + 2)
+                                    : S16(hmtx_in, size_t(metrics) * 4 + size_t(g - metrics) * 2);
+    Append16(hmtx, advance);
+    Append16(hmtx, uint16_t(lsb));
+  }
+  std::string head(tables.at("head")), hhea(tables.at("hhea")), maxp(tables.at("maxp"));
+  Put32(head, 8, 0);   // checkSumAdjustment, set below
+  Put16(head, 50, 1);  // long loca offsets
+  Put16(hhea, 34, count);
+  Put16(maxp, 4, count);
+
+  std::map<std::string, std::string> out{{"glyf", glyf}, {"loca", loca}, {"hmtx", hmtx},
+                                         {"head", head}, {"hhea", hhea}, {"maxp", maxp}};
+  // The hinting programs and the descriptive tables as they are; glyph
+  // names (post format 2) would name glyphs past the end, so the post
+  // table keeps its header only, as version 3.
+  for (const char* tag : {"cvt ", "fpgm", "prep", "OS/2", "name"})
+    if (auto it = tables.find(tag); it != tables.end()) out.emplace(tag, std::string(it->second));
+  if (auto it = tables.find("post"); it != tables.end() && it->second.size() >= 32) {
+    std::string post(it->second.substr(0, 32));
+    Put32(post, 0, 0x00030000);
+    out.emplace("post", post);
+  }
+
+  // The directory, then the tables in tag order, each on four bytes.
+  const uint16_t n = uint16_t(out.size());
+  uint16_t power = 1, log2 = 0;
+  while (power * 2 <= n) {
+    power *= 2;
+    ++log2;
+  }
+  std::string file;
+  Append32(file, 0x00010000);
+  Append16(file, n);
+  Append16(file, uint16_t(power * 16));
+  Append16(file, log2);
+  Append16(file, uint16_t(n * 16 - power * 16));
+  size_t offset = 12 + size_t(n) * 16, head_at = 0;
+  for (const auto& [tag, body] : out) {
+    file += tag;
+    Append32(file, Checksum(body));
+    Append32(file, uint32_t(offset));
+    Append32(file, uint32_t(body.size()));
+    if (tag == "head") head_at = offset;
+    offset += (body.size() + 3) / 4 * 4;
+  }
+  for (const auto& [tag, body] : out) {
+    file += body;
+    file.append((4 - body.size() % 4) % 4, '\0');
+  }
+  Put32(file, head_at + 8, 0xB1B0AFBA - Checksum(file));
+  return file;
+}
+
+EmbeddedFont::EmbeddedFont(std::string file, int object_id)
+    : file_(std::move(file)), object_id_(object_id) {
+  std::ifstream in(file_, std::ios::binary);
+  data_.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  if (!in.good() && !in.eof()) throw RenderError("Cannot read font file " + file_);
+  if (data_.empty()) throw RenderError("Cannot read font file " + file_);
+  const auto tables = Tables(data_);
+  units_per_em_ = U16(tables.at("head"), 18);
+  if (units_per_em_ == 0) throw RenderError("A font file gives no size of its em: " + file_);
+  advance_count_ = U16(tables.at("hhea"), 34);
+  if (advance_count_ == 0) throw RenderError("A font file gives no advances: " + file_);
+  hmtx_ = size_t(tables.at("hmtx").data() - data_.data());
+  hmtx_length_ = tables.at("hmtx").size();
+}
+
+double EmbeddedFont::Width(uint16_t glyph) const {
+  const size_t at = hmtx_ + size_t(std::min(glyph, uint16_t(advance_count_ - 1))) * 4;
+  if (at + 2 > hmtx_ + hmtx_length_) return 0;
+  return U16(data_, at) * 1000.0 / units_per_em_;
+}
+
+void EmbeddedFont::Write(PdfFile& pdf) const {
+  const auto tables = Tables(data_);
+  std::set<uint16_t> glyphs;
+  for (size_t g = 0; g < text_.size(); ++g)
+    if (text_[g] != kUnused) glyphs.insert(uint16_t(g));
+  const std::string subset = SubsetTrueType(data_, glyphs);
+
+  // A subset is named with a tag of six capitals made from its glyphs, so
+  // that two subsets of one font in different files are told apart.
+  uint32_t hash = 2166136261u;
+  for (uint16_t g : glyphs) hash = (hash ^ g) * 16777619u;
+  std::string name;
+  for (int i = 0; i < 6; ++i, hash /= 26) name.push_back(char('A' + hash % 26));
+  std::string ps = PostScriptName(tables);
+  name += "+" + (ps.empty() ? std::string("Font") : ps);
+
+  const double k = 1000.0 / units_per_em_;
+  const std::string_view head = tables.at("head"), hhea = tables.at("hhea");
+  // Metrics in whole thousandths cut toward zero, and the cap height the
+  // top of the bounding box, as cairo wrote them: readers size the boxes of
+  // words from them (pdftotext -bbox, -layout).
+  auto metric = [&](std::string& out, int16_t units) {
+    AppendNumber(out, std::trunc(units * k), 0);
+  };
+  const int cid = pdf.Reserve(), descriptor = pdf.Reserve(), file = pdf.Reserve(),
+            to_unicode = pdf.Reserve();
+  std::string d = "<< /Type /Font /Subtype /Type0 /BaseFont /" + name +
+                  " /Encoding /Identity-H /DescendantFonts [" + std::to_string(cid) +
+                  " 0 R] /ToUnicode " + std::to_string(to_unicode) + " 0 R >>";
+  pdf.Object(object_id_, d);
+
+  // Widths of the glyphs shown, in runs of consecutive glyph numbers.
+  d = "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /" + name +
+      " /CIDSystemInfo << /Registry (Adobe) /Ordering (Identity) /Supplement 0 >> "
+      "/FontDescriptor " +
+      std::to_string(descriptor) + " 0 R /CIDToGIDMap /Identity /DW 0 /W [";
+  int previous = -2;
+  for (uint16_t g : glyphs) {
+    if (int(g) != previous + 1) {
+      if (previous >= 0) d += "] ";
+      d += std::to_string(g) + " [";
+    } else {
+      d += ' ';
+    }
+    AppendNumber(d, std::floor(Width(g)), 0);
+    previous = g;
+  }
+  if (previous >= 0) d += "]";
+  d += "] >>";
+  pdf.Object(cid, d);
+
+  d = "<< /Type /FontDescriptor /FontName /" + name + " /Flags 32 /FontBBox [";
+  for (size_t at : {36, 38, 40, 42}) {
+    metric(d, S16(head, at));
+    d += at == 42 ? "]" : " ";
+  }
+  d += " /ItalicAngle 0 /Ascent ";
+  metric(d, S16(hhea, 4));
+  d += " /Descent ";
+  metric(d, S16(hhea, 6));
+  d += " /CapHeight ";
+  metric(d, S16(head, 42));
+  d += " /StemV 80 /FontFile2 " + std::to_string(file) + " 0 R >>";
+  pdf.Object(descriptor, d);
+  pdf.Stream(file, "/Length1 " + std::to_string(subset.size()), subset);
+
+  // The character each glyph stands for, as UTF-16BE, a hundred to a block.
+  std::string cmap =
+      "/CIDInit /ProcSet findresource begin\n12 dict begin\nbegincmap\n"
+      "/CIDSystemInfo << /Registry (Adobe) /Ordering (UCS) /Supplement 0 >> def\n"
+      "/CMapName /Adobe-Identity-UCS def\n/CMapType 2 def\n"
+      "1 begincodespacerange\n<0000> <FFFF>\nendcodespacerange\n";
+  std::vector<uint16_t> mapped;
+  for (uint16_t g : glyphs)
+    if (text_[g] != 0 && text_[g] <= 0x10FFFF) mapped.push_back(g);
+  for (size_t i = 0; i < mapped.size(); i += 100) {
+    const size_t n = std::min<size_t>(100, mapped.size() - i);
+    cmap += std::to_string(n) + " beginbfchar\n";
+    for (size_t j = i; j < i + n; ++j) {
+      const char32_t c = text_[mapped[j]];
+      cmap += '<';
+      AppendHex16(cmap, mapped[j]);
+      cmap += "> <";
+      AppendUtf16Hex(cmap, c);
+      cmap += ">\n";
+    }
+    cmap += "endbfchar\n";
+  }
+  cmap += "endcmap\nCMapName currentdict /CMap defineresource pop\nend\nend\n";
+  pdf.Stream(to_unicode, "", cmap);
+}
+
+}  // namespace orv::render::pdf

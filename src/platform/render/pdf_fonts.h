@@ -1,0 +1,68 @@
+// Fonts embedded in the PDFs the program writes: each TrueType file the
+// layout measured goes in once, as a CID-keyed font whose character codes
+// are the file's own glyph numbers (Identity-H), cut down to the glyphs the
+// document shows.
+//
+// Glyph numbers stay as they are in the file, so the page contents show the
+// glyphs the placer chose (cairo_fonts.h) without any renumbering; the
+// subset keeps every table a reader needs to draw them and empties the
+// outlines of the glyphs that are not shown. A ToUnicode map gives the text
+// back to a reader that copies or searches it.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/render/pdf_writer.h"
+
+namespace orv::render::pdf {
+
+// The TrueType font `font` (the bytes of a .ttf file) with only the outlines
+// of `glyphs`, of glyph 0 (the missing glyph) and of the parts of composite
+// glyphs among them; glyph numbers are kept, and the file ends after the
+// last glyph kept. Raises RenderError for a file that is not a TrueType
+// font with outlines.
+std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyphs);
+
+// One font file of a document: the glyphs shown from it and the character
+// each stands for, written into the PDF once the pages are done.
+class EmbeddedFont {
+ public:
+  // Reads the font file; raises RenderError naming it when it cannot.
+  EmbeddedFont(std::string file, int object_id);
+
+  // The object number of the font's dictionary, for page resources.
+  int object_id() const { return object_id_; }
+  // The advance of `glyph` in thousandths of the type size, exact. The
+  // font's widths array gives it cut to whole thousandths, as cairo wrote
+  // widths (see the text of pdf_renderer.cpp).
+  double Width(uint16_t glyph) const;
+  // Marks `glyph` as shown, standing for the character `c` (0 for none
+  // known); the first character a glyph is shown for is the one a reader
+  // gets back.
+  void Use(uint16_t glyph, char32_t c) {
+    uint32_t& known = text_[glyph];
+    if (known == kUnused || known == 0) known = c;
+  }
+
+  // Writes the font's objects: the Type 0 font at object_id(), its CID font,
+  // descriptor, subset file and ToUnicode map.
+  void Write(PdfFile& pdf) const;
+
+ private:
+  std::string file_;
+  std::string data_;
+  int object_id_;
+  uint16_t units_per_em_ = 1000;
+  uint16_t advance_count_ = 0;  // glyphs with an advance of their own
+  size_t hmtx_ = 0;             // offset of the advances in data_
+  size_t hmtx_length_ = 0;
+  static constexpr uint32_t kUnused = UINT32_MAX;
+  std::vector<uint32_t> text_ = std::vector<uint32_t>(0x10000, kUnused);  // glyph -> character
+};
+
+}  // namespace orv::render::pdf

@@ -1,0 +1,184 @@
+#include "platform/render/pdf_writer.h"
+
+#include <zlib.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+
+#include "platform/render/renderer.h"
+
+namespace orv::render::pdf {
+
+void AppendNumber(std::string& out, double v, int decimals) {
+  static constexpr int64_t kScale[] = {1, 10, 100, 1000, 10000, 100000, 1000000};
+  if (decimals < 0) decimals = 0;
+  if (decimals > 6) decimals = 6;
+  if (!std::isfinite(v)) v = 0;
+  int64_t n = std::llround(v * double(kScale[decimals]));
+  if (n == 0) {
+    out.push_back('0');
+    return;
+  }
+  if (n < 0) {
+    out.push_back('-');
+    n = -n;
+  }
+  // Drop the fraction's trailing zeros before writing anything.
+  while (decimals > 0 && n % 10 == 0) {
+    n /= 10;
+    --decimals;
+  }
+  char digits[24];
+  int len = 0;
+  while (n > 0 || len <= decimals) {
+    digits[len++] = char('0' + n % 10);
+    n /= 10;
+  }
+  for (int i = len - 1; i >= 0; --i) {
+    out.push_back(digits[i]);
+    if (i == decimals && i > 0) out.push_back('.');
+  }
+}
+
+void AppendTextString(std::string& out, std::string_view utf8) {
+  bool ascii = true;
+  for (unsigned char c : utf8) ascii = ascii && c >= 0x20 && c < 0x7F;
+  if (ascii) {
+    out.push_back('(');
+    for (char c : utf8) {
+      if (c == '(' || c == ')' || c == '\\') out.push_back('\\');
+      out.push_back(c);
+    }
+    out.push_back(')');
+    return;
+  }
+  out += "<FEFF";
+  for (char32_t c : DecodeUtf8(utf8)) AppendUtf16Hex(out, c);
+  out.push_back('>');
+}
+
+std::u32string DecodeUtf8(std::string_view utf8) {
+  std::u32string chars;
+  chars.reserve(utf8.size());
+  for (size_t i = 0; i < utf8.size();) {
+    const auto b = static_cast<unsigned char>(utf8[i]);
+    const int len = b < 0x80 ? 1 : b >= 0xF0 ? 4 : b >= 0xE0 ? 3 : b >= 0xC0 ? 2 : 1;
+    char32_t c = len == 1 ? b : b & (0x7F >> len);
+    for (int k = 1; k < len && i + k < utf8.size(); ++k)
+      c = c << 6 | (static_cast<unsigned char>(utf8[i + k]) & 0x3F);
+    chars.push_back(c);
+    i += size_t(len);
+  }
+  return chars;
+}
+
+void AppendHex16(std::string& out, uint32_t unit) {
+  static constexpr char kHex[] = "0123456789ABCDEF";
+  for (int shift = 12; shift >= 0; shift -= 4) out.push_back(kHex[(unit >> shift) & 0xF]);
+}
+
+void AppendUtf16Hex(std::string& out, char32_t c) {
+  if (c >= 0x10000) {
+    AppendHex16(out, 0xD800 | ((c - 0x10000) >> 10));
+    AppendHex16(out, 0xDC00 | ((c - 0x10000) & 0x3FF));
+  } else {
+    AppendHex16(out, c);
+  }
+}
+
+std::string Deflate(std::string_view data, int level) {
+  uLongf size = compressBound(uLong(data.size()));
+  std::string out(size, '\0');
+  if (compress2(reinterpret_cast<Bytef*>(out.data()), &size,
+                reinterpret_cast<const Bytef*>(data.data()), uLong(data.size()), level) != Z_OK)
+    throw RenderError("Cannot compress a PDF stream");
+  out.resize(size);
+  return out;
+}
+
+PdfFile::PdfFile(const std::string& path) : path_(path) {
+  file_ = std::fopen(path.c_str(), "wb");
+  if (!file_) throw RenderError("Cannot write " + path + ": " + std::strerror(errno));
+  buffer_.reserve(1 << 20);
+  Put("%PDF-1.7\n%\xE2\xE3\xCF\xD3\n");
+}
+
+PdfFile::~PdfFile() {
+  if (file_) std::fclose(file_);
+  if (!finished_) std::remove(path_.c_str());
+}
+
+int PdfFile::Reserve() {
+  offsets_.push_back(0);
+  return int(offsets_.size());
+}
+
+void PdfFile::Put(std::string_view s) {
+  buffer_.append(s);
+  if (buffer_.size() >= (1 << 20)) Flush();
+}
+
+void PdfFile::Flush() {
+  if (buffer_.empty()) return;
+  if (std::fwrite(buffer_.data(), 1, buffer_.size(), file_) != buffer_.size()) failed_ = true;
+  offset_ += buffer_.size();
+  buffer_.clear();
+}
+
+void PdfFile::Begin(int id) {
+  offsets_.at(size_t(id - 1)) = offset_ + buffer_.size();
+  std::string head = std::to_string(id);
+  head += " 0 obj\n";
+  Put(head);
+}
+
+void PdfFile::Object(int id, std::string_view body) {
+  Begin(id);
+  Put(body);
+  Put("\nendobj\n");
+}
+
+void PdfFile::Stream(int id, std::string_view dict, std::string_view data, int level) {
+  std::string packed;
+  if (level > 0) packed = Deflate(data, level);
+  const std::string_view body = level > 0 ? std::string_view(packed) : data;
+  Begin(id);
+  std::string head = "<< ";
+  head += dict;
+  if (level > 0) head += " /Filter /FlateDecode";
+  head += " /Length ";
+  head += std::to_string(body.size());
+  head += " >>\nstream\n";
+  Put(head);
+  Put(body);
+  Put("\nendstream\nendobj\n");
+}
+
+void PdfFile::Finish(int root, int info) {
+  const uint64_t xref = offset_ + buffer_.size();
+  std::string table = "xref\n0 " + std::to_string(offsets_.size() + 1) + "\n0000000000 65535 f \n";
+  for (uint64_t at : offsets_) {
+    if (at == 0) throw RenderError("Cannot write " + path_ + ": an object was never written");
+    char line[40];
+    std::snprintf(line, sizeof line, "%010llu 00000 n \n", static_cast<unsigned long long>(at));
+    table += line;
+  }
+  table += "trailer\n<< /Size " + std::to_string(offsets_.size() + 1) + " /Root " +
+           std::to_string(root) + " 0 R";
+  if (info) table += " /Info " + std::to_string(info) + " 0 R";
+  table += " >>\nstartxref\n" + std::to_string(xref) + "\n%%EOF\n";
+  Put(table);
+  Flush();
+  const int error = std::fflush(file_) != 0 || std::ferror(file_) ? errno : 0;
+  const bool closed = std::fclose(file_) == 0;
+  file_ = nullptr;
+  if (failed_ || error || !closed)
+    throw RenderError("Cannot write " + path_ + ": " +
+                      std::strerror(error   ? error
+                                    : errno ? errno
+                                            : EIO));
+  finished_ = true;
+}
+
+}  // namespace orv::render::pdf

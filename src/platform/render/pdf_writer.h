@@ -1,0 +1,90 @@
+// The bones of a PDF file: numbered objects, streams, the cross-reference
+// table and the trailer, written front to back into one file.
+//
+// The writer knows nothing of pages or fonts; the page painter
+// (pdf_renderer.cpp) and the font embedder (pdf_fonts.h) hand it finished
+// dictionaries and stream data. Objects may be written in any order: an
+// object number is reserved first, so that a page can name the fonts and the
+// page tree written after it.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orv::render::pdf {
+
+// Appends `v` rounded to `decimals` (at most 6) decimals, trailing zeros and
+// a trailing point dropped, "-0" written as "0". No locale, no printf: a
+// table page prints some thousand numbers.
+void AppendNumber(std::string& out, double v, int decimals = 3);
+
+// Appends `v` as a PDF text string: a literal "(...)" with its specials
+// escaped when the text is ASCII, else UTF-16BE in hex with its byte order
+// mark, as readers expect for names with accents.
+void AppendTextString(std::string& out, std::string_view utf8);
+
+// The characters of `utf8`, read leniently: a broken sequence gives what its
+// bytes spell and never stops the reading.
+std::u32string DecodeUtf8(std::string_view utf8);
+
+// Appends the 16-bit `unit` as four hexadecimal capitals.
+void AppendHex16(std::string& out, uint32_t unit);
+// Appends `c` as UTF-16BE in hexadecimal: one unit, or a surrogate pair
+// past the Basic Multilingual Plane.
+void AppendUtf16Hex(std::string& out, char32_t c);
+
+// `data` compressed with zlib at `level` (1 fastest, 9 smallest).
+std::string Deflate(std::string_view data, int level);
+
+// The level page contents, fonts and pictures are compressed at. On the
+// patient list of a 20,000-patient practice (1,928 pages, 13.3 MB of page
+// contents) level 1 takes 243 ms and gives 3.14 MB, zlib's default (6)
+// 391 ms and 2.69 MB: compressing is the larger half of writing the file,
+// so the fast level, for files a sixth larger.
+inline constexpr int kDeflateLevel = 1;
+
+class PdfFile {
+ public:
+  // Creates (truncates) the file; raises RenderError naming `path` when it
+  // cannot be opened.
+  explicit PdfFile(const std::string& path);
+  // A file that was not finished is closed and removed: a failed run leaves
+  // no half-written PDF behind.
+  ~PdfFile();
+  PdfFile(const PdfFile&) = delete;
+  PdfFile& operator=(const PdfFile&) = delete;
+
+  // A new object number, to be written later with Object or Stream.
+  int Reserve();
+  // Writes object `id`: "id 0 obj <body> endobj".
+  void Object(int id, std::string_view body);
+  // Writes object `id` as a stream of `data`, with `dict` (entries without
+  // the << >> and without /Length) in its dictionary. With `level` > 0 the
+  // data is Flate-compressed at that level first.
+  void Stream(int id, std::string_view dict, std::string_view data, int level = kDeflateLevel);
+  // Writes the cross-reference table and the trailer naming `root` and
+  // `info` (0 for none), then closes the file. Raises RenderError naming the
+  // path when anything could not be written or an object reserved was never
+  // written.
+  void Finish(int root, int info);
+
+  const std::string& path() const { return path_; }
+
+ private:
+  void Put(std::string_view s);
+  void Flush();
+  void Begin(int id);
+
+  std::string path_;
+  FILE* file_ = nullptr;
+  bool failed_ = false;
+  bool finished_ = false;
+  std::string buffer_;
+  uint64_t offset_ = 0;            // bytes written before buffer_
+  std::vector<uint64_t> offsets_;  // per object number from 1; 0 = not yet written
+};
+
+}  // namespace orv::render::pdf

@@ -1,0 +1,282 @@
+// The program's own PDF files, read back as a reader reads them: the text
+// pdftotext gives, the pages pdfinfo and pdftoppm see, the fonts and
+// pictures inside.
+#include "platform/render/pdf_writer.h"
+
+#include <cairo.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <vector>
+
+#include "platform/render/cairo_fonts.h"
+#include "platform/render/pdf_fonts.h"
+#include "platform/render/renderer.h"
+#include "platform/render/sample_document.h"
+#include "support/shell.h"
+#include "support/throws_saying.h"
+
+namespace orv::render {
+namespace {
+
+namespace fs = std::filesystem;
+using orv::testing::Shell;
+
+const char* const kDejaVu = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
+
+std::string TempPath(const std::string& name) {
+  return (fs::temp_directory_path() / ("orv_pdfw_" + std::to_string(getpid()) + "_" + name))
+      .string();
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+TEST(PdfNumbers, FixedDecimalsWithoutLocale) {
+  const struct {
+    const char* name;
+    double value;
+    int decimals;
+    const char* text;
+  } cases[] = {
+      {"whole", 612, 3, "612"},
+      {"trailing zeros dropped", 1.5, 3, "1.5"},
+      {"rounded", 72.00049, 3, "72"},
+      {"rounded up", 0.0996, 3, "0.1"},
+      {"small fraction keeps its zeros", 0.05, 2, "0.05"},
+      {"negative", -41.6667, 2, "-41.67"},
+      {"minus zero", -0.0001, 3, "0"},
+      {"large", 123456.789, 3, "123456.789"},
+      {"no decimals", 545.9, 0, "546"},
+  };
+  for (const auto& c : cases) {
+    std::string out;
+    pdf::AppendNumber(out, c.value, c.decimals);
+    EXPECT_EQ(out, c.text) << c.name;
+  }
+}
+
+// Subsets read back through cairo: a glyph the subset keeps has ink, one it
+// dropped has none.
+class SubsetFont : public ::testing::Test {
+ protected:
+  static std::vector<unsigned long> GlyphsOf(const std::string& file, const std::string& text) {
+    cairo_scaled_font_t* font = Font(file);
+    cairo_glyph_t* glyphs = nullptr;
+    int count = 0;
+    cairo_scaled_font_text_to_glyphs(font, 0, 0, text.data(), int(text.size()), &glyphs, &count,
+                                     nullptr, nullptr, nullptr);
+    std::vector<unsigned long> out;
+    for (int i = 0; i < count; ++i) out.push_back(glyphs[i].index);
+    cairo_glyph_free(glyphs);
+    cairo_scaled_font_destroy(font);
+    return out;
+  }
+  static bool HasInk(const std::string& file, unsigned long glyph) {
+    cairo_scaled_font_t* font = Font(file);
+    cairo_glyph_t g{glyph, 0, 0};
+    cairo_text_extents_t e;
+    cairo_scaled_font_glyph_extents(font, &g, 1, &e);
+    cairo_scaled_font_destroy(font);
+    return e.width > 0 && e.height > 0;
+  }
+  static cairo_scaled_font_t* Font(const std::string& file) {
+    cairo_font_face_t* face = FaceFor({"", file, false, false, false, false});
+    cairo_matrix_t size, identity;
+    cairo_matrix_init_scale(&size, 100, 100);
+    cairo_matrix_init_identity(&identity);
+    cairo_font_options_t* options = cairo_font_options_create();
+    cairo_scaled_font_t* font = cairo_scaled_font_create(face, &size, &identity, options);
+    cairo_font_options_destroy(options);
+    return font;
+  }
+};
+
+TEST_F(SubsetFont, HoldsExactlyTheGlyphsShownAndTheirParts) {
+  const struct {
+    const char* name;
+    const char* file;
+    std::string shown, absent;
+  } cases[] = {
+      {"Tahoma, accents", kTahoma, "D\xC3\xA9p\xC3\xB4t", "ZQx"},
+      // DejaVu builds its accented letters from the plain letter and the
+      // accent: both parts must stay although neither is shown alone.
+      {"DejaVu, composite accents", kDejaVu, "\xC3\xA9\xC3\x89\xC3\xA0", "ZQx"},
+  };
+  for (const auto& c : cases) {
+    const std::vector<unsigned long> shown = GlyphsOf(c.file, c.shown);
+    const std::vector<unsigned long> absent = GlyphsOf(c.file, c.absent);
+    std::set<uint16_t> used(shown.begin(), shown.end());
+    const std::string path = TempPath(std::string("subset_") + c.name[0] + ".ttf");
+    {
+      std::ofstream out(path, std::ios::binary);
+      out << pdf::SubsetTrueType(ReadFile(c.file), used);
+    }
+    EXPECT_LT(fs::file_size(path), fs::file_size(c.file) / 4) << c.name;
+    for (unsigned long g : shown) EXPECT_TRUE(HasInk(path, g)) << c.name << ": glyph " << g;
+    for (unsigned long g : absent) {
+      ASSERT_TRUE(HasInk(c.file, g)) << c.name << ": the whole font draws glyph " << g;
+      EXPECT_FALSE(HasInk(path, g)) << c.name << ": glyph " << g << " was not asked for";
+    }
+    fs::remove(path);
+  }
+}
+
+TEST(PdfWriter, ReadsBackAsWritten) {
+  const Document d = SampleDocument();
+  const std::string pdf = TempPath("sample.pdf");
+  RenderPdf(d, pdf);
+  EXPECT_NE(Shell("qpdf --check " + pdf + " 2>&1").find("No syntax or stream encoding errors"),
+            std::string::npos);
+
+  // The text with its accents, in the order of the pages; the part of the
+  // clipped run past its clip is not drawn, but a reader still finds it.
+  const std::string text = Shell("pdftotext " + pdf + " -");
+  size_t previous = 0;
+  for (const char* expected : {"\xC3\x89tat de compte", "D\xC3\xA9p\xC3\xB4t \xC3\xA0 la banque",
+                               "Balance due", "Visible Hiddenpart", "Second page"}) {
+    const size_t at = text.find(expected);
+    ASSERT_NE(at, std::string::npos) << expected << " in:\n" << text;
+    EXPECT_GE(at, previous) << expected << " in:\n" << text;
+    previous = at;
+  }
+  EXPECT_NE(text.find("Upwards"), std::string::npos) << text;
+
+  // Each page at its own size; the document's name and identity.
+  const std::string info = Shell("pdfinfo -f 1 -l 2 " + pdf);
+  EXPECT_NE(info.find("612 x 792"), std::string::npos) << info;
+  EXPECT_NE(info.find("792 x 612"), std::string::npos) << info;
+  EXPECT_NE(info.find("Title:           Relev\xC3\xA9 de compte"), std::string::npos) << info;
+  EXPECT_NE(info.find("Subject:         rptStatements(PatientIDs=12)"), std::string::npos) << info;
+  EXPECT_NE(info.find("Author:          desk"), std::string::npos) << info;
+  EXPECT_NE(info.find("Creator:         orvenda-reports 0.1"), std::string::npos) << info;
+
+  // One font file in the PDF for the regular and the emboldened face, and
+  // one picture with its mask for both pages.
+  const std::string fonts = Shell("pdffonts " + pdf);
+  EXPECT_NE(fonts.find("CID TrueType"), std::string::npos) << fonts;
+  EXPECT_EQ(std::count(fonts.begin(), fonts.end(), '\n'), 3) << fonts;
+  const std::string images = Shell("pdfimages -list " + pdf);
+  EXPECT_NE(images.find("smask"), std::string::npos) << images;
+  const std::string second = Shell("pdfimages -f 2 -list " + pdf + " | awk 'NR>2 {print $11}'");
+  const std::string first = Shell("pdfimages -l 1 -list " + pdf + " | awk 'NR>2 {print $11}'");
+  EXPECT_EQ(first, second) << "the second page names its own copy of the picture";
+
+  // A range of pages: the second alone, at its size.
+  const std::string second_only = TempPath("second.pdf");
+  RenderPdf(d, second_only, 2, 2);
+  EXPECT_EQ(Shell("pdftotext " + second_only + " -").find("compte"), std::string::npos);
+  EXPECT_NE(Shell("pdfinfo " + second_only).find("792 x 612"), std::string::npos);
+  fs::remove(second_only);
+
+  // The turned run reads upwards: taller than wide.
+  const std::string box = Shell("pdftotext -bbox " + pdf + " - | grep '>Upwards<'");
+  double x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+  ASSERT_EQ(std::sscanf(box.c_str(), " <word xMin=\"%lf\" yMin=\"%lf\" xMax=\"%lf\" yMax=\"%lf\"",
+                        &x0, &y0, &x1, &y1),
+            4)
+      << box;
+  EXPECT_GT(y1 - y0, 3 * (x1 - x0)) << box;
+  fs::remove(pdf);
+}
+
+struct WordBox {
+  std::string text;
+  double x0, x1;
+};
+
+// The words of a PDF with their left and right edges, as pdftotext reads them.
+std::vector<WordBox> Words(const std::string& pdf) {
+  std::vector<WordBox> words;
+  std::istringstream lines(Shell("pdftotext -bbox " + pdf + " -"));
+  std::string line;
+  while (std::getline(lines, line)) {
+    double x0, y0, x1, y1;
+    char text[256];
+    if (std::sscanf(line.c_str(),
+                    " <word xMin=\"%lf\" yMin=\"%lf\" xMax=\"%lf\" yMax=\"%lf\">%255[^<]", &x0, &y0,
+                    &x1, &y1, text) == 5)
+      words.push_back({text, x0, x1});
+  }
+  return words;
+}
+
+// The pixels of a small part of page 1 at 72 dpi, as pdftoppm draws it.
+std::string Pixels(const std::string& pdf, int x, int y, int w, int h) {
+  const std::string ppm = TempPath("crop");
+  Shell("pdftoppm -r 72 -f 1 -l 1 -gray -singlefile -x " + std::to_string(x) + " -y " +
+        std::to_string(y) + " -W " + std::to_string(w) + " -H " + std::to_string(h) + " " + pdf +
+        " " + ppm);
+  std::string data = ReadFile(ppm + ".pgm");
+  fs::remove(ppm + ".pgm");
+  const std::string header = "P5\n" + std::to_string(w) + " " + std::to_string(h) + "\n255\n";
+  return data.size() == header.size() + size_t(w * h) ? data.substr(header.size()) : "";
+}
+
+TEST(PdfWriter, DrawsWhatCairoDraws) {
+  const Document d = SampleDocument();
+  const std::string own = TempPath("own.pdf"), cairo = TempPath("cairo.pdf");
+  RenderPdf(d, own);
+  setenv("ORVENDA_PDF_ENGINE", "cairo", 1);
+  RenderPdf(d, cairo);
+  unsetenv("ORVENDA_PDF_ENGINE");
+  EXPECT_EQ(Shell("pdftotext -layout " + own + " -"), Shell("pdftotext -layout " + cairo + " -"));
+  // Every word where cairo's file put it: the glyphs are written with the
+  // widths and adjustments cairo wrote, so a reader measures the same.
+  const std::vector<WordBox> own_words = Words(own), cairo_words = Words(cairo);
+  ASSERT_EQ(own_words.size(), cairo_words.size());
+  for (size_t i = 0; i < own_words.size(); ++i) {
+    EXPECT_EQ(own_words[i].text, cairo_words[i].text);
+    EXPECT_NEAR(own_words[i].x0, cairo_words[i].x0, 0.01) << own_words[i].text;
+    EXPECT_NEAR(own_words[i].x1, cairo_words[i].x1, 0.01) << own_words[i].text;
+  }
+
+  // Inked and blank parts of the page alike: the clip hides the run past
+  // 117 pt, the picture's transparent quarter shows the paper.
+  const struct {
+    const char* name;
+    int x, y, w, h;
+    bool inked;
+  } parts[] = {
+      {"clipped run, inside", 72, 150, 40, 14, true},
+      {"clipped run, outside", 125, 150, 80, 14, false},
+      {"picture, opaque corner", 73, 201, 20, 20, true},
+      {"picture, transparent corner", 124, 252, 19, 19, false},
+      {"dotted rule", 72, 124, 400, 3, true},
+      {"underline", 300, 113, 50, 3, true},
+  };
+  for (const auto& p : parts) {
+    const std::string a = Pixels(own, p.x, p.y, p.w, p.h), b = Pixels(cairo, p.x, p.y, p.w, p.h);
+    ASSERT_FALSE(a.empty()) << p.name;
+    const bool inked = a.find_first_not_of('\xFF') != std::string::npos;
+    EXPECT_EQ(inked, p.inked) << p.name;
+    size_t differ = 0;
+    for (size_t i = 0; i < a.size() && i < b.size(); ++i) differ += std::abs(a[i] - b[i]) > 64;
+    EXPECT_LE(differ, a.size() / 20) << p.name << ": " << differ << " of " << a.size();
+  }
+  fs::remove(own);
+  fs::remove(cairo);
+}
+
+TEST(PdfWriter, AFailedWriteNamesThePathAndLeavesNoFile) {
+  Document d = SampleDocument();
+  const std::string missing = TempPath("no-such-folder") + "/out.pdf";
+  EXPECT_TRUE(orv::testing::ThrowsSaying([&] { RenderPdf(d, missing); }, {missing}));
+
+  // A font that cannot be read stops the run half way: nothing is left.
+  d.fonts[0].file = TempPath("missing.ttf");
+  const std::string pdf = TempPath("half.pdf");
+  EXPECT_THROW(RenderPdf(d, pdf), ReportError);
+  EXPECT_FALSE(fs::exists(pdf));
+}
+
+}  // namespace
+}  // namespace orv::render
