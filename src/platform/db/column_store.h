@@ -44,6 +44,12 @@ class ColumnStore {
 
   Variant Get(size_t row, size_t column) const;
   void Set(size_t row, size_t column, const Variant& value);
+  // Sets a cell from its kind and payload (as BitsAt reads it), or a
+  // String or Binary cell from its bytes, without a Variant.
+  void SetCell(size_t row, size_t column, Kind kind, uint64_t bits) { Assign(columns_[column], row, kind, bits); }
+  void SetBytes(size_t row, size_t column, Kind kind, std::string_view bytes) {
+    Assign(columns_[column], row, kind, AddBytes(bytes));
+  }
 
   // Reading without making a Variant, for the loops that visit every row
   // (Sort, Filter's index, SHAPE's relating).
@@ -54,6 +60,10 @@ class ColumnStore {
   // A number cell (Long, LongLong, Double, Currency, Boolean) as a double,
   // as CDbl reads it.
   double NumberAt(size_t row, size_t column) const;
+  // The eight payload bytes of a cell, as its kind reads them: a whole
+  // number, the bits of a double or date serial, money's raw count, a
+  // flag's 0 or 1, an arena place.
+  uint64_t BitsAt(size_t row, size_t column) const { return columns_[column].bits(row); }
   // A Long or LongLong cell's whole number; 0 for any other kind.
   int64_t IntegerAt(size_t row, size_t column) const;
   // Three-way order of two cells of one column, as CompareValues orders

@@ -301,16 +301,18 @@ std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr, 
     f.type = FieldTypeOfKind(f.kind);
     rows->fields.push_back(std::move(f));
   }
+  // Each value goes from the engine's row into the cell store as it lies
+  // there; only the rarer conversions make a Variant on the way.
+  StoredView view;
   while (lease.Step()) {
     size_t row = rows->AppendRow();
     for (int i = 0; i < n; ++i) {
-      Variant v;
       try {
-        v = ValueOfKind(lease.Column(i), rows->fields[i].kind);
+        if (lease.ColumnView(i, &view) && rows->SetStored(row, i, view)) continue;
+        rows->Set(row, i, ValueOfKind(lease.Column(i), rows->fields[i].kind));
       } catch (const OverflowError&) {
         FailMoneyOverflow(engine, rows->fields[i].name, statement);
       }
-      rows->Set(row, i, v);
     }
   }
   return rows;
@@ -409,12 +411,7 @@ std::shared_ptr<RowSet> RunShape(StatementCache& cache, const ShapeNode& node, c
       link.parent_fields.push_back(RelateField(*parent, pcol, "parent", statement));
       link.child_fields.push_back(RelateField(*link.child, ccol, "child", statement));
     }
-    const RowSet& child_rows = *link.child;
-    for (size_t r = 0; r < child_rows.RowCount(); ++r) {
-      bool has_null = false;
-      std::string key = RowKey(child_rows, r, link.child_fields, &has_null);
-      if (!has_null) link.rows_by_key[key].push_back(r);
-    }
+    link.index.Build(*link.child, link.child_fields);
     FieldInfo f;
     f.name = c.name;
     f.type = adChapter;

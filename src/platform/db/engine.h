@@ -15,6 +15,17 @@
 
 namespace orv::db {
 
+// A column value as the engine holds it in the current row, without a
+// copy: the text or blob bytes stay the engine's and are good until the
+// next Step or Reset.
+struct StoredView {
+  enum class Class : uint8_t { Null, Integer, Float, Text, Blob };
+  Class cls = Class::Null;
+  int64_t integer = 0;
+  double number = 0;
+  std::string_view bytes;
+};
+
 // One prepared statement of an engine. It is stepped row by row and reset to
 // run again; column values come back in the engine's own storage classes as
 // Variants: Null, a 64-bit integer (Variant::Int64), a double, text or Bytes.
@@ -32,6 +43,9 @@ class EngineStatement {
   virtual std::string ColumnName(int column) const = 0;
   // The value of `column` (0-based) in the current row.
   virtual Variant Column(int column) const = 0;
+  // The same value seen in place, for reading whole results: false when the
+  // engine cannot give it so (the caller then reads Column).
+  virtual bool ColumnView(int column, StoredView* out) const { return false; }
   // The engine's text of the statement.
   virtual const std::string& Sql() const = 0;
 };

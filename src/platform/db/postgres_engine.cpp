@@ -261,6 +261,7 @@ class PostgresStatement : public EngineStatement {
     return n ? n : "";
   }
   Variant Column(int column) const override;
+  bool ColumnView(int column, StoredView* out) const override;
   const std::string& Sql() const override { return sql_; }
 
   // Reads the rest of the results off the connection and keeps them, so
@@ -648,6 +649,45 @@ Variant PostgresStatement::Column(int column) const {
       return Variant(FromHex(v, n));
     default:
       return Variant(std::string(v, n));
+  }
+}
+
+// Numbers and plain text in place; money, dates and blobs, which Column
+// rewrites, go through it.
+bool PostgresStatement::ColumnView(int column, StoredView* out) const {
+  PGresult* r = result_.get();
+  if (!r || row_ < 0 || PQgetisnull(r, row_, column)) {
+    out->cls = StoredView::Class::Null;
+    return true;
+  }
+  const char* v = PQgetvalue(r, row_, column);
+  switch (PQftype(r, column)) {
+    case kInt2:
+    case kInt4:
+    case kInt8:
+    case kOid:
+      out->cls = StoredView::Class::Integer;
+      out->integer = std::strtoll(v, nullptr, 10);
+      return true;
+    case kBool:
+      out->cls = StoredView::Class::Integer;
+      out->integer = v[0] == 't' ? 1 : 0;
+      return true;
+    case kFloat4:
+    case kFloat8:
+      out->cls = StoredView::Class::Float;
+      out->number = std::strtod(v, nullptr);
+      return true;
+    case kNumeric:
+    case kDate:
+    case kTimestamp:
+    case kTimestampTz:
+    case kBytea:
+      return false;
+    default:
+      out->cls = StoredView::Class::Text;
+      out->bytes = std::string_view(v, static_cast<size_t>(PQgetlength(r, row_, column)));
+      return true;
   }
 }
 

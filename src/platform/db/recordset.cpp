@@ -1,6 +1,7 @@
 #include "platform/db/recordset.h"
 
 #include <algorithm>
+#include <bit>
 #include <cctype>
 #include <unordered_map>
 
@@ -105,6 +106,65 @@ bool RowMatches(const Criteria& c, const RowSet& data, size_t row) {
   });
 }
 
+// Sort codes of one sort column over the rows of `view`: unsigned numbers
+// that order as Compare orders the cells, so that a sort compares two
+// numbers in place of two cells. Given when every value of the column is
+// of one class (the usual column): text (by `rank`, the ranks of its
+// texts), whole numbers, money, floats or dates; Null and Empty take 0,
+// below every value, as Compare puts them first. Empty (compare the
+// cells) for a column of mixed kinds, flags or blobs.
+std::vector<uint64_t> OrderCodes(const ColumnStore& cells, const std::vector<size_t>& view, size_t column,
+                                 const std::vector<uint32_t>& rank) {
+  using Kind = ColumnStore::Kind;
+  constexpr uint64_t kSign = uint64_t{1} << 63;
+  enum Class { kNone, kText, kWhole, kMoney, kFloat, kDate, kOther };
+  auto class_of = [](Kind k) {
+    switch (k) {
+      case Kind::Empty:
+      case Kind::Null: return kNone;
+      case Kind::String: return kText;
+      case Kind::Long:
+      case Kind::LongLong: return kWhole;
+      case Kind::Currency: return kMoney;
+      case Kind::Double: return kFloat;
+      case Kind::Date: return kDate;
+      default: return kOther;
+    }
+  };
+  int seen = kNone;
+  for (size_t row : view) {
+    const int c = class_of(cells.KindAt(row, column));
+    if (c == kNone || c == seen) continue;
+    if (seen != kNone || c == kOther) return {};
+    seen = c;
+  }
+  std::vector<uint64_t> codes(view.size(), 0);
+  for (size_t i = 0; i < view.size(); ++i) {
+    if (class_of(cells.KindAt(view[i], column)) == kNone) continue;
+    const uint64_t bits = cells.BitsAt(view[i], column);
+    uint64_t& code = codes[i];
+    if (seen == kText) {
+      code = uint64_t{rank[i]} + 1;
+    } else if (seen == kWhole || seen == kMoney) {
+      // Two's complement with the sign bit flipped orders as unsigned;
+      // the least number would take 0, the code of Null.
+      if (bits == kSign) return {};
+      code = bits ^ kSign;
+    } else {
+      // A float's bits order as unsigned once the negatives are turned
+      // over and the positives raised above them; -0 is 0, as Compare has
+      // it, and no number takes 0. NaN, which orders against nothing, is
+      // left to Compare.
+      double d = std::bit_cast<double>(bits);
+      if (d != d) return {};
+      if (d == 0) d = 0;
+      const uint64_t b = std::bit_cast<uint64_t>(d);
+      code = b & kSign ? ~b : b | kSign;
+    }
+  }
+  return codes;
+}
+
 }  // namespace
 
 // ---- RecordsetState -------------------------------------------------------
@@ -132,14 +192,7 @@ void RecordsetState::Ready() {
   if (row == bound_parent_row) return;
   bound_parent_row = row;
   base.clear();
-  if (row >= 0) {
-    bool has_null = false;
-    std::string key = RowKey(*p->data, static_cast<size_t>(row), link.parent_fields, &has_null);
-    if (!has_null) {
-      auto it = link.rows_by_key.find(key);
-      if (it != link.rows_by_key.end()) base = it->second;
-    }
-  }
+  if (row >= 0) link.index.RowsFor(*p->data, static_cast<size_t>(row), link.parent_fields, &base);
   Rebuild();
 }
 
@@ -270,12 +323,21 @@ void RecordsetState::Rebuild() {
       for (uint32_t& x : rank)
         if (x != kNoRank) x = rank_of[x];
     }
+    std::vector<std::vector<uint64_t>> codes(cols.size());
+    for (size_t k = 0; k < cols.size(); ++k) {
+      codes[k] = OrderCodes(cells, view, static_cast<size_t>(cols[k].first), ranks[k]);
+      // The codes hold the ranks now; the sort of a large listing is at
+      // the run's peak.
+      if (!codes[k].empty()) std::vector<uint32_t>().swap(ranks[k]);
+    }
     std::vector<uint32_t> order(n);
     for (size_t i = 0; i < n; ++i) order[i] = static_cast<uint32_t>(i);
     std::stable_sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
       for (size_t k = 0; k < cols.size(); ++k) {
         int c;
-        if (!ranks[k].empty() && ranks[k][a] != kNoRank && ranks[k][b] != kNoRank) {
+        if (!codes[k].empty()) {
+          c = codes[k][a] < codes[k][b] ? -1 : (codes[k][a] > codes[k][b] ? 1 : 0);
+        } else if (!ranks[k].empty() && ranks[k][a] != kNoRank && ranks[k][b] != kNoRank) {
           c = ranks[k][a] < ranks[k][b] ? -1 : (ranks[k][a] > ranks[k][b] ? 1 : 0);
         } else {
           c = cells.Compare(view[a], view[b], static_cast<size_t>(cols[k].first));

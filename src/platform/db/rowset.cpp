@@ -1,7 +1,11 @@
 #include "platform/db/rowset.h"
 
+#include <algorithm>
 #include <atomic>
+#include <bit>
+#include <cctype>
 #include <charconv>
+#include <cmath>
 
 #include "platform/db/value_compare.h"
 
@@ -17,8 +21,16 @@ uint64_t NextRowSetId() {
 int RowSet::FindField(std::string_view name) const {
   if (name.size() >= 2 && name.front() == '[' && name.back() == ']')
     name = name.substr(1, name.size() - 2);
-  for (size_t i = 0; i < fields.size(); ++i)
-    if (EqualsNoCase(fields[i].name, name)) return static_cast<int>(i);
+  uint32_t hash = 2166136261u;
+  for (char c : name) hash = (hash ^ static_cast<unsigned char>(std::tolower(static_cast<unsigned char>(c)))) * 16777619u;
+  int16_t& found = found_fields_[hash % found_fields_.size()];
+  if (found >= 0 && static_cast<size_t>(found) < fields.size() && EqualsNoCase(fields[found].name, name)) return found;
+  for (size_t i = 0; i < fields.size(); ++i) {
+    if (EqualsNoCase(fields[i].name, name)) {
+      if (i <= INT16_MAX) found = static_cast<int16_t>(i);
+      return static_cast<int>(i);
+    }
+  }
   return -1;
 }
 
@@ -41,6 +53,76 @@ void RowSet::Set(size_t row, int field, const Variant& value) {
   SyncColumns();
   cells_.Set(row, Col(field), value);
   ++version;
+}
+
+bool RowSet::SetStored(size_t row, int field, const StoredView& value) {
+  using Kind = ColumnStore::Kind;
+  using Class = StoredView::Class;
+  using sql::ValueKind;
+  const size_t column = Col(field);
+  auto set = [&](Kind kind, uint64_t bits) {
+    cells_.SetCell(row, column, kind, bits);
+    ++version;
+    return true;
+  };
+  auto set_bytes = [&](Kind kind, std::string_view bytes) {
+    cells_.SetBytes(row, column, kind, bytes);
+    ++version;
+    return true;
+  };
+  auto whole = [&](int64_t n) {
+    const bool small = n >= INT32_MIN && n <= INT32_MAX;
+    return set(small ? Kind::Long : Kind::LongLong, static_cast<uint64_t>(n));
+  };
+  auto date = [&](double serial) { return set(Kind::Date, std::bit_cast<uint64_t>(DateTime(serial).serial())); };
+  const ValueKind kind = fields[field].kind;
+  switch (value.cls) {
+    case Class::Null: return set(Kind::Null, 0);
+    case Class::Blob: return set_bytes(Kind::Binary, value.bytes);
+    case Class::Integer: {
+      const int64_t i = value.integer;
+      switch (kind) {
+        case ValueKind::Integer:
+        case ValueKind::Unknown: return whole(i);
+        case ValueKind::Boolean: return set(Kind::Boolean, i != 0);
+        case ValueKind::Money: return set(Kind::Currency, static_cast<uint64_t>(Currency::FromInt(i).raw()));
+        case ValueKind::Date: return date(static_cast<double>(i));
+        case ValueKind::Float:
+        case ValueKind::Decimal: return set(Kind::Double, std::bit_cast<uint64_t>(static_cast<double>(i)));
+        case ValueKind::Text: {
+          char buf[24];
+          return set_bytes(Kind::String, std::string_view(buf, std::to_chars(buf, buf + sizeof buf, i).ptr - buf));
+        }
+        case ValueKind::Blob: return set(Kind::LongLong, static_cast<uint64_t>(i));
+      }
+      return false;
+    }
+    case Class::Float: {
+      const double d = value.number;
+      switch (kind) {
+        case ValueKind::Integer:
+          if (std::trunc(d) == d && std::fabs(d) < 9.2e18) return whole(static_cast<int64_t>(d));
+          return set(Kind::Double, std::bit_cast<uint64_t>(d));
+        case ValueKind::Boolean: return set(Kind::Boolean, d != 0);
+        case ValueKind::Money: return set(Kind::Currency, static_cast<uint64_t>(Currency::FromDouble(d).raw()));
+        case ValueKind::Date: return date(d);
+        case ValueKind::Text: return false;
+        default: return set(Kind::Double, std::bit_cast<uint64_t>(d));
+      }
+    }
+    case Class::Text:
+      switch (kind) {
+        case ValueKind::Date:
+          if (auto dt = ParseIsoDateTime(value.bytes)) return set(Kind::Date, std::bit_cast<uint64_t>(dt->serial()));
+          return false;
+        case ValueKind::Money:
+        case ValueKind::Float:
+        case ValueKind::Decimal: return false;
+        case ValueKind::Blob: return set_bytes(Kind::Binary, value.bytes);
+        default: return set_bytes(Kind::String, value.bytes);
+      }
+  }
+  return false;
 }
 
 std::vector<Variant> RowSet::GetRow(size_t row) const {
@@ -82,24 +164,50 @@ namespace {
 constexpr int64_t kWholeKeyMax = 9'000'000'000'000'000'000;
 }  // namespace
 
+RelateClass RelateClassOf(const ColumnStore& cells, size_t row, size_t column, int64_t* key) {
+  using Kind = ColumnStore::Kind;
+  if (column >= cells.ColumnCount()) return RelateClass::Null;
+  const uint64_t bits = cells.BitsAt(row, column);
+  switch (cells.KindAt(row, column)) {
+    case Kind::Empty:
+    case Kind::Null: return RelateClass::Null;
+    case Kind::Long:
+    case Kind::LongLong: {
+      const auto n = static_cast<int64_t>(bits);
+      if (n <= -kWholeKeyMax || n >= kWholeKeyMax) return RelateClass::Other;
+      *key = n;
+      return RelateClass::Whole;
+    }
+    case Kind::Double: {
+      const double d = std::bit_cast<double>(bits);
+      if (!(std::fabs(d) < 9e18) || std::trunc(d) != d) return RelateClass::Other;
+      *key = static_cast<int64_t>(d);
+      return RelateClass::Whole;
+    }
+    case Kind::Currency: {
+      const auto raw = static_cast<int64_t>(bits);
+      if (raw % Currency::kScale != 0) return RelateClass::Other;
+      *key = raw / Currency::kScale;
+      return RelateClass::Whole;
+    }
+    case Kind::Boolean: *key = bits ? -1 : 0; return RelateClass::Whole;
+    default: return RelateClass::Other;
+  }
+}
+
 std::string RowKey(const RowSet& rows, size_t row, const std::vector<int>& fields, bool* has_null) {
   std::string key;
   *has_null = false;
   for (size_t i = 0; i < fields.size(); ++i) {
     // A whole-number key, the usual relation, is written straight from its
     // cell, as RelateKey writes it, without making a Variant.
-    const auto column = static_cast<size_t>(fields[i]);
-    const ColumnStore::Kind kind =
-        column < rows.cells().ColumnCount() ? rows.cells().KindAt(row, column) : ColumnStore::Kind::Empty;
-    if (kind == ColumnStore::Kind::Long || kind == ColumnStore::Kind::LongLong) {
-      const int64_t n = rows.cells().IntegerAt(row, column);
-      if (n > -kWholeKeyMax && n < kWholeKeyMax) {
-        if (i) key += '\x1f';
-        key += 'n';
-        char buf[24];
-        key.append(buf, std::to_chars(buf, buf + sizeof buf, n).ptr);
-        continue;
-      }
+    int64_t n = 0;
+    if (RelateClassOf(rows.cells(), row, static_cast<size_t>(fields[i]), &n) == RelateClass::Whole) {
+      if (i) key += '\x1f';
+      key += 'n';
+      char buf[24];
+      key.append(buf, std::to_chars(buf, buf + sizeof buf, n).ptr);
+      continue;
     }
     auto k = RelateKey(rows.Get(row, fields[i]));
     if (!k) {
@@ -112,6 +220,127 @@ std::string RowKey(const RowSet& rows, size_t row, const std::vector<int>& field
     key += *k;
   }
   return key;
+}
+
+namespace {
+uint64_t SlotHash(int64_t key) { return static_cast<uint64_t>(key) * 0x9E3779B97F4A7C15ull; }
+}  // namespace
+
+const RelateIndex::Slot* RelateIndex::FindSlot(int64_t key) const {
+  if (slots_.empty()) return nullptr;
+  const size_t mask = slots_.size() - 1;
+  for (size_t i = SlotHash(key) >> 32 & mask;; i = (i + 1) & mask) {
+    if (slots_[i].begin == kNoGroup) return nullptr;
+    if (slots_[i].key == key) return &slots_[i];
+  }
+}
+
+void RelateIndex::GrowSlots() {
+  std::vector<Slot> old = std::move(slots_);
+  slots_.assign(std::max<size_t>(64, old.size() * 2), Slot());
+  const size_t mask = slots_.size() - 1;
+  for (const Slot& slot : old) {
+    if (slot.begin == kNoGroup) continue;
+    size_t i = SlotHash(slot.key) >> 32 & mask;
+    while (slots_[i].begin != kNoGroup) i = (i + 1) & mask;
+    slots_[i] = slot;
+  }
+}
+
+uint32_t RelateIndex::AddWholeGroup(int64_t key) {
+  if ((whole_count_ + 1) * 2 > slots_.size()) GrowSlots();
+  const size_t mask = slots_.size() - 1;
+  size_t i = SlotHash(key) >> 32 & mask;
+  while (slots_[i].begin != kNoGroup) i = (i + 1) & mask;
+  slots_[i].key = key;
+  slots_[i].begin = static_cast<uint32_t>(whole_count_);
+  return static_cast<uint32_t>(whole_count_++);
+}
+
+void RelateIndex::Build(const RowSet& child, const std::vector<int>& child_fields) {
+  *this = RelateIndex();
+  const size_t n = child.RowCount();
+  const ColumnStore& cells = child.cells();
+  int64_t key = 0;
+  whole_ = child_fields.size() == 1;
+  for (size_t r = 0; whole_ && r < n; ++r)
+    whole_ = RelateClassOf(cells, r, static_cast<size_t>(child_fields[0]), &key) != RelateClass::Other;
+
+  // 1. The group of each row: its key's place in the range of keys when
+  // they are dense, else numbered as keys first appear.
+  std::vector<uint32_t> group_of(n, kNoGroup);
+  uint32_t groups = 0;
+  if (whole_) {
+    int64_t low = INT64_MAX, high = INT64_MIN;
+    for (size_t r = 0; r < n; ++r) {
+      if (RelateClassOf(cells, r, static_cast<size_t>(child_fields[0]), &key) != RelateClass::Whole) continue;
+      low = std::min(low, key);
+      high = std::max(high, key);
+    }
+    // The width in unsigned arithmetic: keys lie within -9e18..9e18.
+    dense_ = low <= high &&
+             static_cast<uint64_t>(high) - static_cast<uint64_t>(low) < 4 * static_cast<uint64_t>(n) + 64;
+    dense_min_ = low;
+  }
+  for (size_t r = 0; r < n; ++r) {
+    if (dense_) {
+      if (RelateClassOf(cells, r, static_cast<size_t>(child_fields[0]), &key) != RelateClass::Whole) continue;
+      group_of[r] = static_cast<uint32_t>(static_cast<uint64_t>(key) - static_cast<uint64_t>(dense_min_));
+    } else if (whole_) {
+      if (RelateClassOf(cells, r, static_cast<size_t>(child_fields[0]), &key) != RelateClass::Whole) continue;
+      const Slot* slot = FindSlot(key);
+      group_of[r] = slot ? slot->begin : AddWholeGroup(key);
+    } else {
+      bool has_null = false;
+      std::string text = RowKey(child, r, child_fields, &has_null);
+      if (has_null) continue;
+      group_of[r] = text_groups_.try_emplace(std::move(text), groups).first->second;
+    }
+    groups = std::max(groups, group_of[r] + 1);
+  }
+  // 2. Where each group starts, from the counts; 3. the rows in place, in
+  // the child's order within each group.
+  starts_.assign(size_t{groups} + 1, 0);
+  for (uint32_t g : group_of)
+    if (g != kNoGroup) ++starts_[g + 1];
+  for (size_t g = 0; g < groups; ++g) starts_[g + 1] += starts_[g];
+  rows_.resize(starts_[groups]);
+  std::vector<uint32_t> next(starts_.begin(), starts_.end() - 1);
+  for (size_t r = 0; r < n; ++r)
+    if (group_of[r] != kNoGroup) rows_[next[group_of[r]]++] = static_cast<uint32_t>(r);
+  // 4. Each whole key's slot takes its group's place in rows_.
+  for (Slot& slot : slots_) {
+    if (slot.begin == kNoGroup) continue;
+    const uint32_t g = slot.begin;
+    slot.begin = starts_[g];
+    slot.end = starts_[g + 1];
+  }
+}
+
+void RelateIndex::RowsFor(const RowSet& parent, size_t row, const std::vector<int>& parent_fields,
+                          std::vector<size_t>* out) const {
+  out->clear();
+  if (whole_) {
+    // A parent value that is no whole number relates to none of the
+    // child's whole keys, as its RelateKey text differs from theirs.
+    int64_t key = 0;
+    if (parent_fields.size() != 1 ||
+        RelateClassOf(parent.cells(), row, static_cast<size_t>(parent_fields[0]), &key) != RelateClass::Whole)
+      return;
+    if (dense_) {
+      const uint64_t g = static_cast<uint64_t>(key) - static_cast<uint64_t>(dense_min_);
+      if (key < dense_min_ || g + 1 >= starts_.size()) return;
+      out->assign(rows_.begin() + starts_[g], rows_.begin() + starts_[g + 1]);
+    } else if (const Slot* slot = FindSlot(key)) {
+      out->assign(rows_.begin() + slot->begin, rows_.begin() + slot->end);
+    }
+    return;
+  }
+  bool has_null = false;
+  std::string text = RowKey(parent, row, parent_fields, &has_null);
+  if (has_null) return;
+  auto it = text_groups_.find(text);
+  if (it != text_groups_.end()) out->assign(rows_.begin() + starts_[it->second], rows_.begin() + starts_[it->second + 1]);
 }
 
 }  // namespace orv::db

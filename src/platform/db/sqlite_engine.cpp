@@ -100,6 +100,34 @@ class SqliteStatement : public EngineStatement {
     }
   }
 
+  bool ColumnView(int column, StoredView* out) const override {
+    switch (sqlite3_column_type(stmt_, column)) {
+      case SQLITE_INTEGER:
+        out->cls = StoredView::Class::Integer;
+        out->integer = sqlite3_column_int64(stmt_, column);
+        return true;
+      case SQLITE_FLOAT:
+        out->cls = StoredView::Class::Float;
+        out->number = sqlite3_column_double(stmt_, column);
+        return true;
+      case SQLITE_TEXT: {
+        auto* p = reinterpret_cast<const char*>(sqlite3_column_text(stmt_, column));
+        out->cls = StoredView::Class::Text;
+        out->bytes = std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(stmt_, column)));
+        return true;
+      }
+      case SQLITE_BLOB: {
+        auto* p = static_cast<const char*>(sqlite3_column_blob(stmt_, column));
+        out->cls = StoredView::Class::Blob;
+        out->bytes = std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(stmt_, column)));
+        return true;
+      }
+      default:
+        out->cls = StoredView::Class::Null;
+        return true;
+    }
+  }
+
   const std::string& Sql() const override { return sql_; }
 
  private:
@@ -122,7 +150,11 @@ SqliteEngine::SqliteEngine(const std::string& path, bool create) : path_(path) {
   // The file must exist: a report never creates a practice database, and a
   // mistyped path should say so rather than yield an empty one. Only the
   // commands that write a whole practice create one.
-  int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | (create ? SQLITE_OPEN_CREATE : 0);
+  // A connection serves one thread at a time (its caches are not shared
+  // across threads; the server guards its own with a lock), so SQLite's
+  // lock around every call is left out: reading a column took the lock
+  // twice, a tenth of the time spent reading a large result into cells.
+  int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0);
   int rc = sqlite3_open_v2(path.c_str(), &db_, flags, nullptr);
   if (rc != SQLITE_OK) {
     std::string msg = db_ ? sqlite3_errmsg(db_) : sqlite3_errstr(rc);

@@ -55,6 +55,7 @@ class StatementCache {
     int ColumnCount() const { return entry_->stmt->ColumnCount(); }
     std::string ColumnName(int i) const { return entry_->stmt->ColumnName(i); }
     Variant Column(int i) const { return entry_->stmt->Column(i); }
+    bool ColumnView(int i, StoredView* out) const { return entry_->stmt->ColumnView(i, out); }
     void Done();
 
    private:

@@ -34,6 +34,27 @@ TEST_F(QueryRecordset, ValuesComeBackTyped) {
   EXPECT_EQ(rs.Source(), "SELECT ID, LastName, BirthDate, Balance, Rate, [Policy#], Photo, [Active?] FROM Patient WHERE ID = 1");
 }
 
+TEST_F(QueryRecordset, FieldsAreFoundByNameAsTheFirstOfThatName) {
+  // Two fields named ID and two named LastName: a name finds the first,
+  // in any case and in brackets, on every read alike.
+  Recordset rs;
+  rs.Open("SELECT Invoices.ID, Patient.ID, LastName, FirstName AS LASTNAME, InvoiceTotal FROM Invoices INNER JOIN "
+          "Patient ON Invoices.PatientID = Patient.ID WHERE Invoices.ID = 3",
+          conn_, adOpenStatic, adLockReadOnly);
+  struct Case {
+    const char* field;
+    Variant expected;
+  } cases[] = {
+      {"ID", Variant(3)}, {"id", Variant(3)}, {"[Id]", Variant(3)},
+      {"LastName", Variant("Tremblay")}, {"LASTNAME", Variant("Tremblay")}, {"invoicetotal", Variant(Currency::FromInt(250))},
+  };
+  for (int pass = 0; pass < 2; ++pass)
+    for (const auto& c : cases) EXPECT_EQ(rs[c.field].Value(), c.expected) << c.field << ", pass " << pass;
+  EXPECT_EQ(rs.Fields(1).Value(), Variant(2));
+  EXPECT_EQ(rs.Fields(3).Value(), Variant("Luc"));
+  EXPECT_THROW(rs["Nope"].Value(), DatabaseError);
+}
+
 TEST_F(QueryRecordset, MoneySumsAreExact) {
   Recordset rs;
   rs.Open("SELECT InvoiceID, SUM(Amount) AS Paid FROM InvoicePaymentDetails GROUP BY InvoiceID ORDER BY InvoiceID",

@@ -1,12 +1,15 @@
 // The row loops that read cells in place rather than through Variants: a
 // Sort keys each text once and must still order rows as CompareValues
 // does, and the relate key of a whole number, written straight from its
-// cell, must be the key RelateKey gives.
+// cell, must be the key RelateKey gives; a SHAPE child grouped by whole
+// numbers must relate the rows RelateKey relates.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 #include <numeric>
+#include <optional>
 
 #include "platform/db/recordset.h"
 #include "platform/db/rowset.h"
@@ -73,6 +76,58 @@ TEST(SortAndRelate, SortOrdersTextByDictionaryKeyAmongOtherKinds) {
   EXPECT_EQ(rs["Name"].Value(), Variant("co-op"));
 }
 
+TEST(SortAndRelate, SortOrdersColumnsOfOneKindAsCompareValuesDoes) {
+  // A column whose values are all of one kind is sorted by codes made
+  // once per row; each column here has negatives, ties, Null and Empty
+  // and the edges of its kind.
+  const double inf = std::numeric_limits<double>::infinity();
+  struct Case {
+    const char* name;
+    std::vector<Variant> values;
+  } cases[] = {
+      {"whole numbers",
+       {Variant(3), Variant(-2), Variant::Null(), Variant::Int64(INT64_MAX), Variant(0), Variant(-2),
+        Variant::Int64(INT64_MIN + 1), Variant(), Variant(INT32_MIN), Variant(3)}},
+      {"the least whole number", {Variant(1), Variant::Int64(INT64_MIN), Variant::Null(), Variant(-1)}},
+      {"money",
+       {Variant(Currency::FromRaw(-1)), Variant(Currency::FromRaw(5)), Variant::Null(), Variant(Currency::FromRaw(0)),
+        Variant(Currency::FromRaw(-500000)), Variant(Currency::FromRaw(5))}},
+      {"floats",
+       {Variant(0.5), Variant(-0.0), Variant(0.0), Variant(-inf), Variant::Null(), Variant(inf), Variant(-1e-300),
+        Variant(1e300), Variant(-0.5), Variant(0.5)}},
+      {"dates",
+       {Variant(DateTime::FromParts(2026, 11, 20, 9, 30, 0)), Variant(DateTime::FromParts(1899, 12, 29)),
+        Variant(DateTime::FromParts(1800, 1, 1, 12, 0, 0)), Variant::Null(), Variant(DateTime::FromParts(2026, 11, 20)),
+        Variant(DateTime(0.0)), Variant(DateTime::FromParts(1800, 1, 1))}},
+      {"text with Null", {Variant("b"), Variant::Null(), Variant("A"), Variant(), Variant("a"), Variant("B ")}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Recordset rs;
+    rs.Fields().Append("Seq", adInteger);
+    rs.Fields().Append("V", adVariant);
+    rs.Open();
+    for (size_t i = 0; i < c.values.size(); ++i) {
+      rs.AddNew();
+      rs["Seq"].Value(static_cast<int>(i));
+      rs["V"].Value(c.values[i]);
+    }
+    rs.Update();
+    for (const bool descending : {false, true}) {
+      std::vector<size_t> want(c.values.size());
+      std::iota(want.begin(), want.end(), 0);
+      std::stable_sort(want.begin(), want.end(), [&](size_t a, size_t b) {
+        const int r = CompareValues(c.values[a], c.values[b]);
+        return descending ? r > 0 : r < 0;
+      });
+      rs.Sort(descending ? "V DESC" : "V");
+      std::vector<size_t> got;
+      for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) got.push_back(static_cast<size_t>(CLng(rs["Seq"].Value())));
+      EXPECT_EQ(got, want) << (descending ? "descending" : "ascending");
+    }
+  }
+}
+
 TEST(SortAndRelate, WholeNumberKeysAreTheKeysRelateKeyGives) {
   RowSet rows;
   rows.fields = {FieldInfo{"A"}, FieldInfo{"B"}};
@@ -96,6 +151,82 @@ TEST(SortAndRelate, WholeNumberKeysAreTheKeysRelateKeyGives) {
     EXPECT_EQ(has_null, !b.has_value());
     EXPECT_EQ(both, b ? *a + '\x1f' + *b : std::string());
   }
+}
+
+
+TEST(SortAndRelate, ChildRowsRelateAsTheirKeysDo) {
+  // Parent values of every kind against children keyed by whole numbers
+  // only (the hashed form), with one text key among them (the text form),
+  // and over two columns. A row relates when both keys are RelateKey's
+  // same text; the child's order is kept.
+  const std::vector<Variant> parent_keys = {
+      Variant(2),          Variant(2.0),       Variant(Currency::FromRaw(30000)), Variant(Currency::FromRaw(35000)),
+      Variant("2"),        Variant::Null(),    Variant(true),                     Variant(-1),
+      Variant(2.5),        Variant::Int64(INT64_MAX), Variant(),                  Variant(DateTime(2.0)),
+      Variant(7),          Variant::Int64(8'000'000'000'000'000'000), Variant::Int64(-8'000'000'000'000'000'000)};
+  const std::vector<Variant> whole_children = {Variant(2),      Variant(3),   Variant::Null(), Variant(-1),
+                                               Variant(2.0),    Variant(Currency::FromRaw(20000)),
+                                               Variant::Int64(3), Variant(false), Variant(2)};
+  // Keys far apart are hashed; keys close together index their range.
+  std::vector<Variant> sparse_children = whole_children;
+  sparse_children.push_back(Variant::Int64(8'000'000'000'000'000'000));
+  sparse_children.push_back(Variant::Int64(-8'000'000'000'000'000'000));
+  std::vector<Variant> mixed_children = whole_children;
+  mixed_children.push_back(Variant("2"));
+  mixed_children.push_back(Variant(2.5));
+
+  auto rowset = [](const std::vector<Variant>& keys) {
+    RowSet rows;
+    rows.fields = {FieldInfo{"K"}, FieldInfo{"Second"}};
+    for (size_t i = 0; i < keys.size(); ++i) rows.AppendRow({keys[i], Variant(static_cast<int>(i % 2))});
+    return rows;
+  };
+  const RowSet parent = rowset(parent_keys);
+  struct Case {
+    const char* name;
+    std::vector<Variant> child;
+    std::vector<int> fields;
+  } cases[] = {
+      {"whole-number keys", whole_children, {0}},
+      {"whole-number keys far apart", sparse_children, {0}},
+      {"a text key among them", mixed_children, {0}},
+      {"two columns", whole_children, {0, 1}},
+  };
+  // The reference key, from the values: RelateKey of each column in turn.
+  auto key_of = [](const RowSet& rows, size_t row, const std::vector<int>& fields) {
+    std::optional<std::string> key = "";
+    for (int f : fields) {
+      const auto k = RelateKey(rows.Get(row, f));
+      if (!k) return std::optional<std::string>();
+      *key += *k + '|';
+    }
+    return key;
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const RowSet child = rowset(c.child);
+    RelateIndex index;
+    index.Build(child, c.fields);
+    for (size_t p = 0; p < parent.RowCount(); ++p) {
+      SCOPED_TRACE("parent row " + std::to_string(p));
+      const auto key = key_of(parent, p, c.fields);
+      std::vector<size_t> want;
+      for (size_t r = 0; r < child.RowCount(); ++r)
+        if (key && key_of(child, r, c.fields) == key) want.push_back(r);
+      std::vector<size_t> got = {99};
+      index.RowsFor(parent, p, c.fields, &got);
+      EXPECT_EQ(got, want);
+    }
+  }
+  // Anchors of the same rule: 2, 2.0 and money 2.0000 relate; "2" does not.
+  RelateIndex index;
+  const RowSet child = rowset(whole_children);
+  index.Build(child, {0});
+  std::vector<size_t> got;
+  index.RowsFor(parent, 0, {0}, &got);
+  EXPECT_EQ(got, (std::vector<size_t>{0, 4, 5, 8}));
+  index.RowsFor(parent, 4, {0}, &got);
+  EXPECT_TRUE(got.empty());
 }
 
 }  // namespace
