@@ -9,6 +9,9 @@
 #include "common/errors.h"
 #include "platform/db/rowset.h"
 
+// The stored values below name only the members their class uses.
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+
 namespace orv::db {
 namespace {
 
