@@ -104,9 +104,12 @@ class PdfPainter {
     for (size_t i = 0; i < fonts_.size(); ++i)
       d += " /F" + std::to_string(i) + " " + std::to_string(fonts_[i]->object_id()) + " 0 R";
     d += " >> /XObject <<";
-    size_t i = 0;
-    for (const auto& [image, id] : images_)
-      d += " /I" + std::to_string(i++) + " " + std::to_string(id.second) + " 0 R";
+    // By resource number, the name the pages draw each picture by; the map
+    // itself runs in the order of the pictures' addresses.
+    std::vector<int> objects(images_.size());
+    for (const auto& [image, id] : images_) objects[id.first] = id.second;
+    for (size_t i = 0; i < objects.size(); ++i)
+      d += " /I" + std::to_string(i) + " " + std::to_string(objects[i]) + " 0 R";
     return d + " >> >>";
   }
 

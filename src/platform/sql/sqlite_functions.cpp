@@ -620,88 +620,45 @@ void RegisterSqliteFunctions(sqlite3* db) {
   }
 }
 
-namespace {
-
-// "the columns of NAME: why" for the first table or view whose columns
-// cannot be read (a view over a column since dropped), or `why` alone when
-// each reads on its own. Only a failed schema load asks.
-std::string UnreadableTable(sqlite3* db, const std::string& why) {
-  sqlite3_stmt* names = nullptr;
-  sqlite3_stmt* columns = nullptr;
-  std::string found = why;
-  if (sqlite3_prepare_v2(db,
-                         "SELECT name FROM sqlite_master WHERE type IN ('table', 'view') AND "
-                         "name NOT LIKE 'sqlite_%' ORDER BY rowid",
-                         -1, &names, nullptr) == SQLITE_OK &&
-      sqlite3_prepare_v2(db, "SELECT name FROM pragma_table_info(?1)", -1, &columns, nullptr) ==
-          SQLITE_OK) {
-    while (sqlite3_step(names) == SQLITE_ROW) {
-      std::string table = reinterpret_cast<const char*>(sqlite3_column_text(names, 0));
-      sqlite3_bind_text(columns, 1, table.c_str(), -1, SQLITE_TRANSIENT);
-      int rc;
-      while ((rc = sqlite3_step(columns)) == SQLITE_ROW) {
-      }
-      if (rc != SQLITE_DONE) {
-        found = "the columns of " + table + ": " + sqlite3_errmsg(db);
-        break;
-      }
-      sqlite3_reset(columns);
-    }
-  }
-  sqlite3_finalize(columns);
-  sqlite3_finalize(names);
-  return found;
-}
-
-}  // namespace
-
 Schema LoadSqliteSchema(sqlite3* db) {
-  // Every column of every table and view in one statement: a PRAGMA per
-  // table cost a statement compiled per table, most of the time a short
-  // report spent before its first query. Columns come in their declared
-  // order within each table.
-  static constexpr const char* kColumns =
-      "SELECT m.name, c.name, c.type, c.pk FROM sqlite_master AS m, pragma_table_info(m.name) AS c "
-      "WHERE m.type IN ('table', 'view') AND m.name NOT LIKE 'sqlite_%' ORDER BY m.rowid, c.cid";
-  sqlite3_stmt* stmt = nullptr;
-  if (sqlite3_prepare_v2(db, kColumns, -1, &stmt, nullptr) != SQLITE_OK) {
-    throw ReportError(kErrDatabase, std::string("Cannot read the schema: ") + sqlite3_errmsg(db));
-  }
-  Schema schema;
-  std::string table;
-  std::vector<ColumnType> columns;
-  std::vector<std::pair<int, std::string>> keyed;  // (place in the key, column)
-  auto add_table = [&] {
-    std::sort(keyed.begin(), keyed.end());
-    std::vector<std::string> key;
-    for (auto& k : keyed) key.push_back(std::move(k.second));
-    schema.AddTable(table, std::move(columns), std::move(key));
-    columns.clear();
-    keyed.clear();
-  };
-  int rc;
-  while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
-    const char* name = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
-    if (columns.empty() || table != name) {
-      if (!columns.empty()) add_table();
-      table = name;
+  // Each table is read when a statement first names it, its columns in
+  // their declared order. Reading every table up front (a statement per
+  // table, or one over all of them) was most of what a short report spent
+  // before its first query.
+  return Schema([db](std::string_view table) -> std::optional<TableColumns> {
+    static constexpr const char* kColumns =
+        "SELECT m.name, c.name, c.type, c.pk FROM sqlite_master AS m, pragma_table_info(m.name) AS c "
+        "WHERE m.type IN ('table', 'view') AND m.name = ?1 COLLATE NOCASE "
+        "AND m.name NOT LIKE 'sqlite_%' ORDER BY c.cid";
+    sqlite3_stmt* stmt = nullptr;
+    if (sqlite3_prepare_v2(db, kColumns, -1, &stmt, nullptr) != SQLITE_OK)
+      throw SchemaError(std::string("Cannot read the schema: ") + sqlite3_errmsg(db));
+    sqlite3_bind_text(stmt, 1, table.data(), int(table.size()), SQLITE_TRANSIENT);
+    TableColumns t;
+    std::vector<std::pair<int, std::string>> keyed;  // (place in the key, column)
+    int rc;
+    while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
+      t.name = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
+      ColumnType c;
+      c.name = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 1));
+      const unsigned char* declared = sqlite3_column_text(stmt, 2);
+      c.declared = declared ? reinterpret_cast<const char*>(declared) : "";
+      c.kind = Schema::KindOfDeclared(c.declared, &c.length);
+      if (int pk = sqlite3_column_int(stmt, 3); pk > 0) keyed.emplace_back(pk, c.name);
+      t.columns.push_back(std::move(c));
     }
-    ColumnType c;
-    c.name = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 1));
-    const unsigned char* declared = sqlite3_column_text(stmt, 2);
-    c.declared = declared ? reinterpret_cast<const char*>(declared) : "";
-    c.kind = Schema::KindOfDeclared(c.declared, &c.length);
-    if (int pk = sqlite3_column_int(stmt, 3); pk > 0) keyed.emplace_back(pk, c.name);
-    columns.push_back(std::move(c));
-  }
-  if (rc != SQLITE_DONE) {
-    std::string msg = sqlite3_errmsg(db);
+    if (rc != SQLITE_DONE) {
+      std::string msg = "Cannot read the columns of " + std::string(table) + ": " + sqlite3_errmsg(db);
+      sqlite3_finalize(stmt);
+      throw SchemaError(msg);
+    }
     sqlite3_finalize(stmt);
-    throw ReportError(kErrDatabase, "Cannot read the schema: " + UnreadableTable(db, msg));
-  }
-  sqlite3_finalize(stmt);
-  if (!columns.empty()) add_table();
-  return schema;
+    // A table has at least one column: none is no such table.
+    if (t.columns.empty()) return std::nullopt;
+    std::sort(keyed.begin(), keyed.end());
+    for (auto& k : keyed) t.primary_key.push_back(std::move(k.second));
+    return t;
+  });
 }
 
 }  // namespace orv::sql
