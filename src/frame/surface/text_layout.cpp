@@ -184,6 +184,51 @@ std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& mea
   return Twips(0) + x;
 }
 
+bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
+                std::vector<ShortLine>& out) {
+  // SingleLineWidth's walk, line by line: BreakLines ends a line at each
+  // line break without trimming it, and starts the next at no width.
+  const size_t start = out.size();
+  auto fail = [&] {
+    out.resize(start);
+    return false;
+  };
+  if (text.size() > UINT32_MAX) return false;
+  size_t line_start = 0, i = 0;
+  Twips x;
+  while (true) {
+    if (i == text.size() || text[i] == '\r' || text[i] == '\n') {
+      if (x > room) return fail();
+      out.push_back({uint32_t(line_start), uint32_t(i - line_start), Twips(0) + x});
+      if (i == text.size()) return true;
+      i += (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ? 2 : 1;
+      line_start = i;
+      x = Twips();
+      continue;
+    }
+    if (text[i] == '\t') return fail();
+    size_t j = i;
+    if (text[i] == ' ') {
+      while (j < text.size() && text[j] == ' ') ++j;
+      x += measure(text.substr(i, j - i));
+      i = j;
+      continue;
+    }
+    while (j < text.size() && text[j] != ' ' && text[j] != '\t' && text[j] != '\r' &&
+           text[j] != '\n')
+      ++j;
+    std::string_view word = text.substr(i, j - i);
+    while (!word.empty()) {
+      const std::string_view piece = word.substr(0, FirstPiece(word));
+      const Twips w = measure(piece);
+      if (wrap && x + w > room) return fail();
+      x += w;
+      word.remove_prefix(piece.size());
+    }
+    i = j;
+  }
+}
+
 Twips WidestLine(const std::vector<TextLine>& lines) {
   Twips widest;
   for (const auto& l : lines) widest = std::max(widest, l.width);
