@@ -436,7 +436,41 @@ std::vector<DisplayItem> UnpackItems(const std::string& bytes, const PageStore::
 
 PageStore::PageStore() : shared_(std::make_shared<Shared>()) {}
 
+PageStore::PageStore(const PageStore& o)
+    : slots_(o.slots_), shared_(o.shared_), packed_bytes_(o.packed_bytes_), budget_(o.budget_) {}
+
+PageStore::PageStore(PageStore&& o) noexcept
+    : slots_(std::move(o.slots_)),
+      shared_(std::move(o.shared_)),
+      packed_bytes_(o.packed_bytes_),
+      budget_(o.budget_) {}
+
+// A store that takes other pages keeps its sink, which forgets what it was
+// handed: none of these pages went through it.
+PageStore& PageStore::operator=(const PageStore& o) {
+  if (this == &o) return *this;
+  if (sink_) sink_->Cleared();
+  slots_ = o.slots_;
+  shared_ = o.shared_;
+  packed_bytes_ = o.packed_bytes_;
+  budget_ = o.budget_;
+  return *this;
+}
+
+PageStore& PageStore::operator=(PageStore&& o) noexcept {
+  if (this == &o) return *this;
+  if (sink_) sink_->Cleared();
+  slots_ = std::move(o.slots_);
+  shared_ = std::move(o.shared_);
+  packed_bytes_ = o.packed_bytes_;
+  budget_ = o.budget_;
+  return *this;
+}
+
+PageStore::~PageStore() = default;
+
 void PageStore::clear() {
+  if (sink_) sink_->Cleared();
   slots_.clear();
   packed_bytes_ = 0;
   shared_ = std::make_shared<Shared>();
@@ -456,6 +490,7 @@ PageStore& PageStore::operator=(std::vector<Page> pages) {
 
 void PageStore::resize(size_t n) {
   while (slots_.size() > n) {
+    if (sink_) sink_->Changed(slots_.size() - 1);
     packed_bytes_ -= slots_.back().packed.size() + slots_.back().added.size();
     slots_.pop_back();
   }
@@ -465,6 +500,7 @@ void PageStore::resize(size_t n) {
 Page& PageStore::operator[](size_t i) {
   Slot& slot = slots_.at(i);
   if (slot.sealed) {
+    if (sink_) sink_->Changed(i);
     // A page already read is taken as it was read, not unpacked again; a
     // reopened page's view is never kept, as its additions may change.
     std::vector<DisplayItem> items = !slot.reopened && slot.view && slot.view.use_count() == 1
@@ -531,6 +567,7 @@ void PageStore::Seal(size_t i) {
       Writer(slot.added).Varint(bytes.size());
       slot.added += bytes;
       packed_bytes_ += slot.added.size() - before;
+      if (sink_) sink_->Added(i, std::move(slot.page.items));
     }
     std::vector<DisplayItem>().swap(slot.page.items);
     slot.reopened = false;
@@ -540,6 +577,7 @@ void PageStore::Seal(size_t i) {
   if (slot.sealed) return;
   std::string bytes;
   Pack(slot.page.items, *shared_, bytes);
+  if (sink_) sink_->Finished(i, slot.page.width, slot.page.height, std::move(slot.page.items));
   std::vector<DisplayItem>().swap(slot.page.items);
   slot.view.reset();
   slot.sealed = true;
