@@ -2,6 +2,7 @@
 
 #include <cairo.h>
 
+#include <atomic>
 #include <cmath>
 #include <condition_variable>
 #include <deque>
@@ -608,27 +609,37 @@ class PdfPaintAhead final : public PageSink {
     std::vector<DisplayItem> items;
     std::vector<FontFace> fonts;  // the document's fonts taken since the last job
   };
-  // Pages handed over and not yet painted, at most: past it the report's
-  // thread waits, so that a report that lays out faster than its pages are
-  // painted does not pile up their items in memory.
-  static constexpr size_t kMostWaiting = 32;
+  // Pages handed over and not yet painted, at most. A page finished while
+  // as many wait is not taken: it is painted when the file is written, as
+  // every page was before. The report's thread then never waits for this
+  // one (on a machine whose other core is busy, the second thread may get
+  // little of it), and the items waiting stay few.
+  static constexpr size_t kMostWaiting = 64;
+  // Jobs the second thread lets gather before it is woken: a page of a
+  // long list is painted faster than it is laid out, and waking the thread
+  // for each page costs two switches of the processor a page.
+  static constexpr size_t kWakeAt = 8;
 
   void Push(Job job) {
     if (doc_fonts_.size() > sent_) {
       job.fonts.assign(doc_fonts_.begin() + std::ptrdiff_t(sent_), doc_fonts_.end());
       sent_ = doc_fonts_.size();
     }
-    std::unique_lock lock(mu_);
+    std::lock_guard lock(mu_);
     if (!worker_.joinable()) {
       stopping_ = false;
       worker_ = std::thread([this] { Run(); });
     }
     if (job.kind == Job::kPage) {
-      room_.wait(lock, [&] { return waiting_pages_ < kMostWaiting; });
-      ++waiting_pages_;
+      if (waiting_pages_ == kMostWaiting) {
+        // Not painted ahead: anything handed over for it before goes.
+        job = Job{Job::kForget, job.page, {}, {}, {}, std::move(job.fonts)};
+      } else {
+        ++waiting_pages_;
+      }
     }
     jobs_.push_back(std::move(job));
-    work_.notify_one();
+    if (jobs_.size() >= kWakeAt) work_.notify_one();
   }
 
   // Stops the second thread once it has done the jobs handed to it, or at
@@ -637,34 +648,41 @@ class PdfPaintAhead final : public PageSink {
     {
       std::lock_guard lock(mu_);
       stopping_ = true;
-      if (!finish) jobs_.clear();
+      if (!finish) {
+        jobs_.clear();
+        abandon_ = true;
+      }
       work_.notify_one();
     }
     if (worker_.joinable()) worker_.join();
     waiting_pages_ = 0;
+    abandon_ = false;
   }
 
+  // The second thread: takes the jobs gathered so far, all at once, and
+  // does them in order.
   void Run() {
     for (;;) {
-      Job job;
+      std::deque<Job> jobs;
       {
         std::unique_lock lock(mu_);
-        work_.wait(lock, [&] { return !jobs_.empty() || stopping_; });
+        work_.wait(lock, [&] { return jobs_.size() >= kWakeAt || stopping_; });
         if (jobs_.empty()) return;
-        job = std::move(jobs_.front());
-        jobs_.pop_front();
-        if (job.kind == Job::kPage) {
-          --waiting_pages_;
-          room_.notify_one();
-        }
+        jobs.swap(jobs_);
+        waiting_pages_ = 0;
       }
-      fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
-      // After a failure the rest is dropped; CatchUp raises the failure.
-      if (error_) continue;
-      try {
-        Do(job);
-      } catch (...) {
-        error_ = std::current_exception();
+      for (Job& job : jobs) {
+        if (abandon_) return;
+        fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
+        // After a failure the rest is dropped; CatchUp raises the failure.
+        if (error_) continue;
+        try {
+          Do(job);
+        } catch (...) {
+          error_ = std::current_exception();
+        }
+        // The items go here, on this thread, as the page is done.
+        std::vector<DisplayItem>().swap(job.items);
       }
     }
   }
@@ -699,10 +717,11 @@ class PdfPaintAhead final : public PageSink {
   size_t sent_ = 0;  // fonts of the document handed to the second thread
 
   std::mutex mu_;
-  std::condition_variable work_, room_;
+  std::condition_variable work_;
   std::deque<Job> jobs_;
   size_t waiting_pages_ = 0;
   bool stopping_ = false;
+  std::atomic<bool> abandon_ = false;  // stop without doing the jobs taken
   std::thread worker_;
 
   // The second thread's while it runs.
