@@ -75,6 +75,17 @@ std::string Pixels(const std::string& pdf, int page) {
   return data;
 }
 
+// Whether the text objects of a file's pages are all ended: as many "BT"
+// as "ET" in its page contents, uncompressed.
+void ExpectTextObjectsEnded(const std::string& pdf) {
+  const std::string qdf = "qpdf --qdf --object-streams=disable " + pdf + " -";
+  const std::string begun = Shell(qdf + " | grep -ac '^BT$'");
+  EXPECT_NE(begun, "0\n") << pdf;
+  EXPECT_EQ(begun, Shell(qdf + " | grep -ac '^ET$'")) << pdf;
+  EXPECT_NE(Shell("qpdf --check " + pdf + " 2>&1").find("No syntax or stream encoding errors"),
+            std::string::npos);
+}
+
 TEST(SurfacePaintAhead, ReadsAsThePagesPaintedWhenWritten) {
   PrintSurface ahead, after;
   ahead.PaintPdfAhead(true);
@@ -110,8 +121,7 @@ TEST(SurfacePaintAhead, ReadsAsThePagesPaintedWhenWritten) {
     ASSERT_GT(pixels.size(), 1000u) << "page " << p;
     EXPECT_TRUE(pixels == Pixels(b, p)) << "pixels of page " << p;
   }
-  EXPECT_NE(Shell("qpdf --check " + a + " 2>&1").find("No syntax or stream encoding errors"),
-            std::string::npos);
+  ExpectTextObjectsEnded(a);
 
   // A document started again is painted afresh.
   ahead.StartDoc();
@@ -120,6 +130,7 @@ TEST(SurfacePaintAhead, ReadsAsThePagesPaintedWhenWritten) {
   render::RenderPdf(ahead.Document(), a);
   EXPECT_EQ(Shell("pdftotext -layout " + a + " -").find("Patient"), std::string::npos);
   EXPECT_EQ(Shell("pdfinfo " + a + " | awk '/^Pages:/ {print $2}'"), "1\n");
+  ExpectTextObjectsEnded(a);
   fs::remove(a);
   fs::remove(b);
 }
