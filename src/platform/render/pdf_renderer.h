@@ -28,6 +28,12 @@ void WritePdf(const Document& doc, const std::string& path, int first, int last)
 // for WritePdf on a second thread as soon as it is finished, while the rest
 // is laid out. `fonts` is the document's font table, read on the thread that
 // hands the pages over; it must outlive the sink.
-std::shared_ptr<PageSink> PaintPdfAhead(const std::vector<FontFace>& fonts);
+//
+// The painted pages' compressed contents past `held_in_memory` bytes go to
+// a temporary file until the PDF is written. The billing list of a
+// 20,000-patient practice paints 7,687 pages into some 17 MB: held whole,
+// they would add that to a run whose recordsets are still in memory.
+std::shared_ptr<PageSink> PaintPdfAhead(const std::vector<FontFace>& fonts,
+                                        size_t held_in_memory = size_t(6) << 20);
 
 }  // namespace orv::render

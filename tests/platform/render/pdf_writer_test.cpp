@@ -316,16 +316,17 @@ size_t Threads() {
 
 // Pages painted on a second thread as they are finished: a picture that
 // cannot be painted on page 40 of 70 fails the write with the painter's
-// own error, on the writer's thread, and no file is left; a document
-// dropped while its pages are painted takes the thread with it.
+// own error, on the writer's thread, and no file is left. Pages painted
+// into the temporary file are read back in order. A document dropped while
+// its pages are painted takes the thread with it.
 TEST(PdfWriter, PaintingAheadFailsTheWriteAndEndsWithTheDocument) {
   const std::string pdf = TempPath("ahead.pdf");
   const size_t threads = Threads();
   auto broken = std::make_shared<Image>();
   broken->width = broken->height = 4;  // and no pixels
-  const auto paint_ahead = [&](Document& d, bool fail) {
+  const auto paint_ahead = [&](Document& d, bool fail, size_t held_in_memory = size_t(1) << 30) {
     d.pages.clear();
-    d.pages.HandOver(PaintPdfAhead(d.fonts));
+    d.pages.HandOver(PaintPdfAhead(d.fonts, held_in_memory));
     for (int i = 1; i <= 70; ++i) {
       Page p{Twips(12240), Twips(15840), {}};
       p.items.push_back(At("Page " + std::to_string(i), 1440, 1440));
@@ -344,6 +345,18 @@ TEST(PdfWriter, PaintingAheadFailsTheWriteAndEndsWithTheDocument) {
     // Again, the painter's thread stopped: the failure stands.
     EXPECT_THROW(RenderPdf(d, pdf), ReportError);
     EXPECT_FALSE(fs::exists(pdf));
+  }
+  {
+    Document d = SampleDocument();
+    paint_ahead(d, false, 0);
+    RenderPdf(d, pdf);
+    const std::string text = Shell("pdftotext " + pdf + " -");
+    size_t at = 0;
+    for (int i = 1; i <= 70; ++i) {
+      at = text.find("Page " + std::to_string(i) + "\n", at);
+      ASSERT_NE(at, std::string::npos) << "page " << i << " in order";
+    }
+    fs::remove(pdf);
   }
   {
     Document d = SampleDocument();
