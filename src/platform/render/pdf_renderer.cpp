@@ -21,6 +21,7 @@
 #include "platform/render/pdf_metadata.h"
 #include "platform/render/pdf_writer.h"
 #include "platform/render/renderer.h"
+#include "platform/render/spill_file.h"
 
 namespace orv::render {
 namespace {
@@ -542,7 +543,9 @@ class PdfPainter {
 struct PaintedPage {
   bool painted = false;
   Twips width, height;
-  std::string contents;      // compressed
+  std::string contents;      // compressed, when held in memory
+  int64_t spilled = -1;      // else their offset in the temporary file
+  uint32_t spilled_size = 0;
   std::string added;         // as painted, the text object left open
   std::string added_packed;  // compressed, the text object ended
   State end;                 // the reader's state where `contents` and `added` end
@@ -564,7 +567,8 @@ struct PaintedPage {
 // the document.
 class PdfPaintAhead final : public PageSink {
  public:
-  explicit PdfPaintAhead(const std::vector<FontFace>& fonts) : doc_fonts_(fonts) {}
+  PdfPaintAhead(const std::vector<FontFace>& fonts, size_t held_in_memory)
+      : doc_fonts_(fonts), held_in_memory_(held_in_memory) {}
   ~PdfPaintAhead() override { Stop(false); }
   PdfPaintAhead(const PdfPaintAhead&) = delete;
   PdfPaintAhead& operator=(const PdfPaintAhead&) = delete;
@@ -579,6 +583,8 @@ class PdfPaintAhead final : public PageSink {
   void Cleared() override {
     Stop(false);
     pages_.clear();
+    spill_ = std::make_unique<SpillFile>();
+    held_ = 0;
     painter_.reset();
     fonts_.clear();
     sent_ = 0;
@@ -596,6 +602,13 @@ class PdfPaintAhead final : public PageSink {
     if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
   }
   PdfPainter& Painter() { return *painter_; }
+  // The compressed contents of `page`, read into `buffer` if they were put
+  // in the temporary file.
+  std::string_view Contents(const PaintedPage& page, std::string& buffer) const {
+    if (page.spilled < 0) return page.contents;
+    buffer = spill_->Read(page.spilled, page.spilled_size);
+    return buffer;
+  }
   // Page `i` as painted, or null when it was not (or no longer holds).
   const PaintedPage* Painted(size_t i) const {
     return i < pages_.size() && pages_[i].painted ? &pages_[i] : nullptr;
@@ -693,11 +706,21 @@ class PdfPaintAhead final : public PageSink {
     PaintedPage& page = pages_[job.page];
     switch (job.kind) {
       case Job::kPage: {
+        held_ -= page.contents.size();
         page = PaintedPage{};
         page.width = job.width;
         page.height = job.height;
         page.contents = deflate_(painter_->Paint(job.items, job.height, page.end, true));
         page.painted = true;
+        if (held_ + page.contents.size() > held_in_memory_) {
+          if (const int64_t at = spill_->Append(page.contents); at >= 0) {
+            page.spilled = at;
+            page.spilled_size = uint32_t(page.contents.size());
+            std::string().swap(page.contents);
+            break;
+          }
+        }
+        held_ += page.contents.size();
         break;
       }
       case Job::kAdded:
@@ -708,12 +731,14 @@ class PdfPaintAhead final : public PageSink {
         page.added_packed = deflate_(page.end.in_text ? page.added + "ET\n" : page.added);
         break;
       case Job::kForget:
+        held_ -= page.contents.size();
         page = PaintedPage{};
         break;
     }
   }
 
   const std::vector<FontFace>& doc_fonts_;
+  const size_t held_in_memory_;
   size_t sent_ = 0;  // fonts of the document handed to the second thread
 
   std::mutex mu_;
@@ -728,6 +753,8 @@ class PdfPaintAhead final : public PageSink {
   std::vector<FontFace> fonts_;
   std::unique_ptr<PdfPainter> painter_;
   std::vector<PaintedPage> pages_;
+  std::unique_ptr<SpillFile> spill_ = std::make_unique<SpillFile>();
+  size_t held_ = 0;  // bytes of pages_' contents in memory
   pdf::Deflater deflate_{pdf::kDeflateLevel};
   std::exception_ptr error_;
 };
@@ -741,6 +768,7 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
             info = file.Reserve();
   std::string kids;
   int end_text = 0;
+  std::string read_back;
   // Pages not painted ahead are painted here in batches, and while one
   // batch is painted the one before is compressed on a second thread: it
   // needs nothing but the pages' own bytes. The file itself is written
@@ -785,7 +813,7 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
       width = painted->width;
       height = painted->height;
       const int content = file.Reserve();
-      file.Stream(content, "/Filter /FlateDecode", painted->contents, 0);
+      file.Stream(content, "/Filter /FlateDecode", ahead->Contents(*painted, read_back), 0);
       contents = std::to_string(content) + " 0 R";
       int more = 0;
       if (!painted->added.empty()) {
@@ -849,8 +877,8 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
 
 }  // namespace
 
-std::shared_ptr<PageSink> PaintPdfAhead(const std::vector<FontFace>& fonts) {
-  return std::make_shared<PdfPaintAhead>(fonts);
+std::shared_ptr<PageSink> PaintPdfAhead(const std::vector<FontFace>& fonts, size_t held_in_memory) {
+  return std::make_shared<PdfPaintAhead>(fonts, held_in_memory);
 }
 
 void WritePdf(const Document& doc, const std::string& path, int first, int last) {
