@@ -30,7 +30,7 @@ std::string ReadFile(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-// A list of some seventy pages, more than the painter takes at once: rows
+// A list of some seventy pages, more than the painter lets wait: rows
 // in Tahoma, grey and black in turn, and a rule under each tenth; a heading in a face first used on
 // the last page; page 2 cleared and written again after the painter had
 // it; the footers stamped on every page once the count is known, the last

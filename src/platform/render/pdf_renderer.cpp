@@ -627,7 +627,7 @@ class PdfPaintAhead final : public PageSink {
   // every page was before. The report's thread then never waits for this
   // one (on a machine whose other core is busy, the second thread may get
   // little of it), and the items waiting stay few.
-  static constexpr size_t kMostWaiting = 64;
+  static constexpr size_t kMostWaiting = 32;
   // Jobs the second thread lets gather before it is woken: a page of a
   // long list is painted faster than it is laid out, and waking the thread
   // for each page costs two switches of the processor a page.

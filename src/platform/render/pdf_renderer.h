@@ -34,6 +34,6 @@ void WritePdf(const Document& doc, const std::string& path, int first, int last)
 // 20,000-patient practice paints 7,687 pages into some 17 MB: held whole,
 // they would add that to a run whose recordsets are still in memory.
 std::shared_ptr<PageSink> PaintPdfAhead(const std::vector<FontFace>& fonts,
-                                        size_t held_in_memory = size_t(6) << 20);
+                                        size_t held_in_memory = size_t(2) << 20);
 
 }  // namespace orv::render
