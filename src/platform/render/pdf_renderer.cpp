@@ -511,9 +511,9 @@ class PdfPainter {
     if (!opaque) {
       const int mask = file.Reserve();
       file.Stream(mask,
-                   "/Type /XObject /Subtype /Image " + size +
-                       " /ColorSpace /DeviceGray /BitsPerComponent 8 /Interpolate true",
-                   alpha);
+                  "/Type /XObject /Subtype /Image " + size +
+                      " /ColorSpace /DeviceGray /BitsPerComponent 8 /Interpolate true",
+                  alpha);
       dict += " /SMask " + std::to_string(mask) + " 0 R";
     }
     file.Stream(id, dict, rgb);
@@ -543,8 +543,8 @@ class PdfPainter {
 struct PaintedPage {
   bool painted = false;
   Twips width, height;
-  std::string contents;      // compressed, when held in memory
-  int64_t spilled = -1;      // else their offset in the temporary file
+  std::string contents;  // compressed, when held in memory
+  int64_t spilled = -1;  // else their offset in the temporary file
   uint32_t spilled_size = 0;
   std::string added;         // as painted, the text object left open
   std::string added_packed;  // compressed, the text object ended
@@ -597,7 +597,8 @@ class PdfPaintAhead final : public PageSink {
   void CatchUp() {
     Stop(true);
     if (error_) std::rethrow_exception(error_);
-    fonts_.insert(fonts_.end(), doc_fonts_.begin() + std::ptrdiff_t(std::min(fonts_.size(), doc_fonts_.size())),
+    fonts_.insert(fonts_.end(),
+                  doc_fonts_.begin() + std::ptrdiff_t(std::min(fonts_.size(), doc_fonts_.size())),
                   doc_fonts_.end());
     if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
   }

@@ -38,7 +38,8 @@ std::string SpillFile::Read(int64_t at, size_t size) const {
   while (done < size) {
     const ssize_t n = ::pread(fd_, bytes.data() + done, size - done, at + int64_t(done));
     if (n <= 0)
-      throw std::runtime_error("a page of the document could not be read back from its temporary file");
+      throw std::runtime_error(
+          "a page of the document could not be read back from its temporary file");
     done += size_t(n);
   }
   return bytes;
