@@ -13,6 +13,7 @@
 #include <mutex>
 #include <numbers>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -642,7 +643,16 @@ class PdfPaintAhead final : public PageSink {
     std::lock_guard lock(mu_);
     if (!worker_.joinable()) {
       stopping_ = false;
-      worker_ = std::thread([this] { Run(); });
+      try {
+        worker_ = std::thread([this] { Run(); });
+      } catch (const std::system_error&) {
+        // No thread to be had: this page, and any painted before that this
+        // job was to change, are painted when the file is written.
+        pages_.clear();
+        held_ = 0;
+        fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
+        return;
+      }
     }
     if (job.kind == Job::kPage) {
       if (waiting_pages_ == kMostWaiting) {
