@@ -23,6 +23,8 @@ int CompareValues(const Variant& a, const Variant& b);
 // relate to nothing.
 std::optional<std::string> RelateKey(const Variant& v);
 
+// ASCII lower case of one byte; other bytes as they are.
+inline char FoldCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 // ASCII lower case.
 std::string Lower(std::string_view s);
 // Equal ignoring ASCII case.
