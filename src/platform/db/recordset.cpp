@@ -513,7 +513,16 @@ void RecordsetState::Cancel() {
   original.clear();
 }
 
-void RecordsetState::Moved() { chunk_row = -1; }
+void RecordsetState::Moved() {
+  chunk_row = -1;
+  const size_t ahead = static_cast<size_t>(pos) + 1;
+  if (fields_read == 0 || pos < 0 || ahead >= view.size()) return;
+  const ColumnStore& cells = data->cells();
+  for (uint64_t f = fields_read; f != 0; f &= f - 1) {
+    const auto column = static_cast<size_t>(std::countr_zero(f));
+    if (column < cells.ColumnCount()) cells.Prefetch(view[ahead], column);
+  }
+}
 
 // ---- Recordset ------------------------------------------------------------
 
