@@ -68,13 +68,6 @@ std::string Lower(std::string_view s) {
   return out;
 }
 
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i)
-    if (FoldCase(a[i]) != FoldCase(b[i])) return false;
-  return true;
-}
-
 int CompareValues(const Variant& a, const Variant& b) {
   Class ca = ClassOf(a), cb = ClassOf(b);
   if (ca == Class::Nothing || cb == Class::Nothing)
