@@ -47,22 +47,10 @@ void ColumnStore::Chunk::SetKind(size_t i, Kind k) {
   kinds[i] = k;
 }
 
-void ColumnStore::Chunk::Push(Kind k, uint64_t b) {
-  if (bits.empty()) only = k;
-  bits.push_back(b);
-  if (mixed)
-    kinds.push_back(k);
-  else if (k != only)
-    SetKind(bits.size() - 1, k);
-}
-
-void ColumnStore::Column::Push(Kind k, uint64_t b) {
-  if (chunks.empty() || chunks.back().bits.size() == kChunkRows) {
-    chunks.emplace_back();
-    // Past the first chunk every chunk is taken whole at once.
-    if (chunks.size() > 1) chunks.back().bits.reserve(kChunkRows);
-  }
-  chunks.back().Push(k, b);
+void ColumnStore::Column::AddChunk() {
+  chunks.emplace_back();
+  // Past the first chunk every chunk is taken whole at once.
+  if (chunks.size() > 1) chunks.back().bits.reserve(kChunkRows);
 }
 
 void ColumnStore::Column::Pop() {

@@ -109,7 +109,15 @@ class ColumnStore {
     bool mixed = false;
     Kind kind(size_t i) const { return mixed ? kinds[i] : only; }
     void SetKind(size_t i, Kind k);
-    void Push(Kind k, uint64_t b);
+    // Inline, as a large result pushes millions of cells.
+    void Push(Kind k, uint64_t b) {
+      if (bits.empty()) only = k;
+      bits.push_back(b);
+      if (mixed)
+        kinds.push_back(k);
+      else if (k != only)
+        SetKind(bits.size() - 1, k);
+    }
   };
   struct Column {
     std::vector<Chunk> chunks;
@@ -117,7 +125,11 @@ class ColumnStore {
     void SetKind(size_t row, Kind k) { chunks[row >> kChunkShift].SetKind(row & (kChunkRows - 1), k); }
     uint64_t& bits(size_t row) { return chunks[row >> kChunkShift].bits[row & (kChunkRows - 1)]; }
     uint64_t bits(size_t row) const { return chunks[row >> kChunkShift].bits[row & (kChunkRows - 1)]; }
-    void Push(Kind k, uint64_t b);
+    void Push(Kind k, uint64_t b) {
+      if (chunks.empty() || chunks.back().bits.size() == kChunkRows) AddChunk();
+      chunks.back().Push(k, b);
+    }
+    void AddChunk();
     void Pop();
   };
   uint64_t AddBytes(std::string_view bytes);
