@@ -81,6 +81,12 @@ void PreviewForm::SetOutput(std::string path) {
         5, "The output " + path + " has no known kind: name it .pdf, .png, .txt or .csv");
   }
   output_ = std::move(path);
+  PaintAheadForPdf();
+}
+
+void PreviewForm::PaintAheadForPdf() {
+  // A printer is sent a PDF file too.
+  VSP.PaintPdfAhead(EndsWith(output_, ".pdf") || !printer_.empty());
 }
 
 std::string PreviewForm::Staged(const std::string& target) {

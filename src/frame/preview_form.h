@@ -57,7 +57,10 @@ class PreviewForm : public frame::PrintHost {
   void DiscardWrites();
   const std::string& Output() const { return output_; }
   // The CUPS printer that PrintDoc sends to; empty: write a PDF instead.
-  void SetPrinter(std::string name) { printer_ = std::move(name); }
+  void SetPrinter(std::string name) {
+    printer_ = std::move(name);
+    PaintAheadForPdf();
+  }
   // Answer of PrintDialog (nonzero confirms). Default: confirm.
   void SetDialogAnswer(int answer) { dialog_answer_ = answer; }
   // Where a PrintDoc without a printer writes its document. Default: the
@@ -84,6 +87,9 @@ class PreviewForm : public frame::PrintHost {
 
  private:
   void WriteDocument(const std::string& path);
+  // Has the surface paint pages for a PDF file as they are finished when
+  // the document goes to one.
+  void PaintAheadForPdf();
   // The temporary name a file is written under until it is complete.
   std::string Staged(const std::string& target);
   void Commit(const std::string& staged, const std::string& target);

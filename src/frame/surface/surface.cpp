@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "frame/surface/surface_error.h"
+#include "platform/render/pdf_renderer.h"
 
 namespace orv::frame {
 
@@ -56,6 +57,7 @@ void PrintSurface::StartDoc() {
   doc_.tables.clear();
   doc_.letters.clear();
   fonts_.clear();
+  doc_.pages.HandOver(paint_pdf_ahead_ ? render::PaintPdfAhead(doc_.fonts) : nullptr);
   building_table_ = false;
   table_.reset();
   print_requests_ = 0;

@@ -57,6 +57,12 @@ class PrintSurface {
   // The form that prints and shows dialogs; may be null (requests are then
   // only recorded).
   void SetHost(PrintHost* host) { host_ = host; }
+  // Whether the document will be written as a PDF file: its pages are then
+  // painted for the file on a second thread as each is finished, while the
+  // report lays out the next (render::PaintPdfAhead). Takes effect at the
+  // next StartDoc. Off by default: a document nobody writes as a PDF would
+  // be painted for nothing.
+  void PaintPdfAhead(bool on) { paint_pdf_ahead_ = on; }
 
   // --- Document ---
   void StartDoc();
@@ -283,6 +289,7 @@ class PrintSurface {
   void CarryToNewPage(const Mark& from);
 
   PrintHost* host_ = nullptr;
+  bool paint_pdf_ahead_ = false;
   render::Document doc_;
   State state_ = State::kNone;
   int page_ = 0;

@@ -135,6 +135,27 @@ inline void Shift(DisplayItem& item, Twips dy) {
       item);
 }
 
+// Told of each page of a store as it is finished, so that work on the
+// finished pages (painting them for a PDF file) can go on while the rest of
+// the document is laid out. Called on the thread that packs the pages, in
+// the order things happen to them.
+class PageSink {
+ public:
+  virtual ~PageSink() = default;
+  // Page `i`, `width` by `height`, was packed holding `items` (the sink
+  // keeps them; the store has its packed copy).
+  virtual void Finished(size_t i, Twips width, Twips height, std::vector<DisplayItem> items) = 0;
+  // `items` were added at the end of page `i` after it was finished (an
+  // overlay reopened it) and are packed now.
+  virtual void Added(size_t i, std::vector<DisplayItem> items) = 0;
+  // Page `i` is open for writing again, or gone: what was handed over for
+  // it no longer holds. A page written again is handed over again when it
+  // is packed.
+  virtual void Changed(size_t i) = 0;
+  // Every page is gone.
+  virtual void Cleared() = 0;
+};
+
 // The pages of a document. The page being written is held as plain items;
 // a finished page is packed (Seal) into a few bytes an item: its text
 // inline, text and line styles and pictures as indices into tables that the
@@ -147,6 +168,18 @@ inline void Shift(DisplayItem& item, Twips dy) {
 class PageStore {
  public:
   PageStore();
+  // A copy (or a store moved from) has the pages and not the sink: what was
+  // handed over belongs to the store it was handed over from.
+  PageStore(const PageStore& o);
+  PageStore(PageStore&& o) noexcept;
+  PageStore& operator=(const PageStore& o);
+  PageStore& operator=(PageStore&& o) noexcept;
+  ~PageStore();
+
+  // Hands every page to `sink` as it is packed from now on (none: stops).
+  // Pages packed before are not handed over.
+  void HandOver(std::shared_ptr<PageSink> sink) { sink_ = std::move(sink); }
+  PageSink* Sink() const { return sink_.get(); }
 
   size_t size() const { return slots_.size(); }
   bool empty() const { return slots_.empty(); }
@@ -251,6 +284,7 @@ class PageStore {
   std::shared_ptr<Shared> shared_;
   size_t packed_bytes_ = 0;
   size_t budget_ = size_t(16) << 20;
+  std::shared_ptr<PageSink> sink_;
 };
 
 struct Document {

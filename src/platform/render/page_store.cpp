@@ -12,20 +12,18 @@
 // item of the same kind before it on the page (the next row's cell starts
 // at the same x, a run's baseline lies as far below its top as the last
 // one's), so each page unpacks alone.
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <iterator>
 #include <map>
 #include <stdexcept>
 #include <tuple>
 
 #include "platform/render/display_list.h"
+#include "platform/render/spill_file.h"
 
 namespace orv::render {
 
@@ -198,15 +196,8 @@ struct PageStore::Shared {
   std::vector<std::shared_ptr<const Image>> images;
   std::map<const Image*, size_t> image_index;
 
-  // The temporary file of spilled pages: made when first needed, unlinked
-  // at once so that nothing is left behind, whatever ends the process.
-  int fd = -1;
-  int64_t end = 0;
-  bool file_failed = false;
-
-  ~Shared() {
-    if (fd >= 0) ::close(fd);
-  }
+  // Packed pages past the memory budget.
+  SpillFile file;
 
   size_t TextStyleIndex(const TextRun& t) {
     const TextStyle s{t.font, t.size_pt, t.color.r, t.color.g, t.color.b, t.underline, t.angle};
@@ -226,37 +217,8 @@ struct PageStore::Shared {
     return it->second;
   }
 
-  // Appends `bytes` to the file; -1 when there is no file to be had (a
-  // full or read-only temporary folder): the page then stays in memory.
-  int64_t Spill(const std::string& bytes) {
-    if (fd < 0 && !file_failed) {
-      std::error_code ec;
-      std::string path = (std::filesystem::temp_directory_path(ec) / "orvenda-pages-XXXXXX").string();
-      fd = ec ? -1 : ::mkstemp(path.data());
-      if (fd >= 0) ::unlink(path.c_str());
-      file_failed = fd < 0;
-    }
-    if (fd < 0) return -1;
-    size_t done = 0;
-    while (done < bytes.size()) {
-      const ssize_t n = ::pwrite(fd, bytes.data() + done, bytes.size() - done, end + int64_t(done));
-      if (n <= 0) return -1;  // the space written is reused by the next page
-      done += size_t(n);
-    }
-    const int64_t at = end;
-    end += int64_t(bytes.size());
-    return at;
-  }
-  std::string Load(int64_t at, size_t size) const {
-    std::string bytes(size, '\0');
-    size_t done = 0;
-    while (done < size) {
-      const ssize_t n = ::pread(fd, bytes.data() + done, size - done, at + int64_t(done));
-      if (n <= 0) throw std::runtime_error("a page of the document could not be read back from its temporary file");
-      done += size_t(n);
-    }
-    return bytes;
-  }
+  int64_t Spill(const std::string& bytes) { return file.Append(bytes); }
+  std::string Load(int64_t at, size_t size) const { return file.Read(at, size); }
 };
 
 namespace {
@@ -436,7 +398,41 @@ std::vector<DisplayItem> UnpackItems(const std::string& bytes, const PageStore::
 
 PageStore::PageStore() : shared_(std::make_shared<Shared>()) {}
 
+PageStore::PageStore(const PageStore& o)
+    : slots_(o.slots_), shared_(o.shared_), packed_bytes_(o.packed_bytes_), budget_(o.budget_) {}
+
+PageStore::PageStore(PageStore&& o) noexcept
+    : slots_(std::move(o.slots_)),
+      shared_(std::move(o.shared_)),
+      packed_bytes_(o.packed_bytes_),
+      budget_(o.budget_) {}
+
+// A store that takes other pages keeps its sink, which forgets what it was
+// handed: none of these pages went through it.
+PageStore& PageStore::operator=(const PageStore& o) {
+  if (this == &o) return *this;
+  if (sink_) sink_->Cleared();
+  slots_ = o.slots_;
+  shared_ = o.shared_;
+  packed_bytes_ = o.packed_bytes_;
+  budget_ = o.budget_;
+  return *this;
+}
+
+PageStore& PageStore::operator=(PageStore&& o) noexcept {
+  if (this == &o) return *this;
+  if (sink_) sink_->Cleared();
+  slots_ = std::move(o.slots_);
+  shared_ = std::move(o.shared_);
+  packed_bytes_ = o.packed_bytes_;
+  budget_ = o.budget_;
+  return *this;
+}
+
+PageStore::~PageStore() = default;
+
 void PageStore::clear() {
+  if (sink_) sink_->Cleared();
   slots_.clear();
   packed_bytes_ = 0;
   shared_ = std::make_shared<Shared>();
@@ -456,6 +452,7 @@ PageStore& PageStore::operator=(std::vector<Page> pages) {
 
 void PageStore::resize(size_t n) {
   while (slots_.size() > n) {
+    if (sink_) sink_->Changed(slots_.size() - 1);
     packed_bytes_ -= slots_.back().packed.size() + slots_.back().added.size();
     slots_.pop_back();
   }
@@ -465,6 +462,7 @@ void PageStore::resize(size_t n) {
 Page& PageStore::operator[](size_t i) {
   Slot& slot = slots_.at(i);
   if (slot.sealed) {
+    if (sink_) sink_->Changed(i);
     // A page already read is taken as it was read, not unpacked again; a
     // reopened page's view is never kept, as its additions may change.
     std::vector<DisplayItem> items = !slot.reopened && slot.view && slot.view.use_count() == 1
@@ -531,6 +529,7 @@ void PageStore::Seal(size_t i) {
       Writer(slot.added).Varint(bytes.size());
       slot.added += bytes;
       packed_bytes_ += slot.added.size() - before;
+      if (sink_) sink_->Added(i, std::move(slot.page.items));
     }
     std::vector<DisplayItem>().swap(slot.page.items);
     slot.reopened = false;
@@ -540,6 +539,7 @@ void PageStore::Seal(size_t i) {
   if (slot.sealed) return;
   std::string bytes;
   Pack(slot.page.items, *shared_, bytes);
+  if (sink_) sink_->Finished(i, slot.page.width, slot.page.height, std::move(slot.page.items));
   std::vector<DisplayItem>().swap(slot.page.items);
   slot.view.reset();
   slot.sealed = true;

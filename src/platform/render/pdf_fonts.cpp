@@ -215,8 +215,7 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
   return file;
 }
 
-EmbeddedFont::EmbeddedFont(std::string file, int object_id)
-    : file_(std::move(file)), object_id_(object_id) {
+EmbeddedFont::EmbeddedFont(std::string file) : file_(std::move(file)) {
   std::ifstream in(file_, std::ios::binary);
   data_.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
   if (!in.good() && !in.eof()) throw RenderError("Cannot read font file " + file_);
@@ -236,7 +235,7 @@ double EmbeddedFont::Width(uint16_t glyph) const {
   return U16(data_, at) * 1000.0 / units_per_em_;
 }
 
-void EmbeddedFont::Write(PdfFile& pdf) const {
+int EmbeddedFont::Write(PdfFile& pdf) const {
   const auto tables = Tables(data_);
   std::set<uint16_t> glyphs;
   for (size_t g = 0; g < text_.size(); ++g)
@@ -260,12 +259,12 @@ void EmbeddedFont::Write(PdfFile& pdf) const {
   auto metric = [&](std::string& out, int16_t units) {
     AppendNumber(out, std::trunc(units * k), 0);
   };
-  const int cid = pdf.Reserve(), descriptor = pdf.Reserve(), file = pdf.Reserve(),
+  const int type0 = pdf.Reserve(), cid = pdf.Reserve(), descriptor = pdf.Reserve(), file = pdf.Reserve(),
             to_unicode = pdf.Reserve();
   std::string d = "<< /Type /Font /Subtype /Type0 /BaseFont /" + name +
                   " /Encoding /Identity-H /DescendantFonts [" + std::to_string(cid) +
                   " 0 R] /ToUnicode " + std::to_string(to_unicode) + " 0 R >>";
-  pdf.Object(object_id_, d);
+  pdf.Object(type0, d);
 
   // Widths of the glyphs shown, in runs of consecutive glyph numbers.
   d = "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /" + name +
@@ -326,6 +325,7 @@ void EmbeddedFont::Write(PdfFile& pdf) const {
   }
   cmap += "endcmap\nCMapName currentdict /CMap defineresource pop\nend\nend\n";
   pdf.Stream(to_unicode, "", cmap);
+  return type0;
 }
 
 }  // namespace orv::render::pdf

@@ -33,10 +33,7 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
 class EmbeddedFont {
  public:
   // Reads the font file; raises RenderError naming it when it cannot.
-  EmbeddedFont(std::string file, int object_id);
-
-  // The object number of the font's dictionary, for page resources.
-  int object_id() const { return object_id_; }
+  explicit EmbeddedFont(std::string file);
   // The advance of `glyph` in thousandths of the type size, exact. The
   // font's widths array gives it cut to whole thousandths, as cairo wrote
   // widths (see the text of pdf_renderer.cpp).
@@ -49,14 +46,14 @@ class EmbeddedFont {
     if (known == kUnused || known == 0) known = c;
   }
 
-  // Writes the font's objects: the Type 0 font at object_id(), its CID font,
-  // descriptor, subset file and ToUnicode map.
-  void Write(PdfFile& pdf) const;
+  // Writes the font's objects: the Type 0 font, its CID font, descriptor,
+  // subset file and ToUnicode map. Returns the object number of the Type 0
+  // font, which page resources name.
+  int Write(PdfFile& pdf) const;
 
  private:
   std::string file_;
   std::string data_;
-  int object_id_;
   uint16_t units_per_em_ = 1000;
   uint16_t advance_count_ = 0;  // glyphs with an advance of their own
   size_t hmtx_ = 0;             // offset of the advances in data_

@@ -2,12 +2,19 @@
 
 #include <cairo.h>
 
+#include <atomic>
 #include <cmath>
+#include <condition_variable>
+#include <deque>
+#include <exception>
 #include <future>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <numbers>
 #include <optional>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 #include "platform/render/cairo_fonts.h"
@@ -15,6 +22,7 @@
 #include "platform/render/pdf_metadata.h"
 #include "platform/render/pdf_writer.h"
 #include "platform/render/renderer.h"
+#include "platform/render/spill_file.h"
 
 namespace orv::render {
 namespace {
@@ -38,13 +46,18 @@ struct State {
   int font = -1;
   double size = 0;
   int render_mode = 0;
+  // Inside a text object; its text line matrix a translation to
+  // (line_x, line_y) while upright.
+  bool in_text = false;
+  bool upright = true;
+  double line_x = 0, line_y = 0;
 };
 
 // The glyphs and positions of the runs, through a cairo context set up as
 // the cairo renderers set theirs: the same placer, so the same doubles.
 class Glyphs {
  public:
-  explicit Glyphs(const Document& doc) : doc_(doc) {
+  explicit Glyphs(const std::vector<FontFace>& fonts) : fonts_(fonts) {
     surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
     cr_ = cairo_create(surface_);
     SetUnhinted(cr_);
@@ -58,7 +71,7 @@ class Glyphs {
 
   // The glyphs of `t`, set from the origin.
   const std::vector<cairo_glyph_t>& Of(const TextRun& t) {
-    const FontFace& face = doc_.fonts[t.font];
+    const FontFace& face = fonts_[t.font];
     if (t.font != font_ || t.size_pt != size_) {
       cairo_set_font_face(cr_, FaceFor(face));
       cairo_set_font_size(cr_, t.size_pt);
@@ -71,7 +84,7 @@ class Glyphs {
   }
 
  private:
-  const Document& doc_;
+  const std::vector<FontFace>& fonts_;
   cairo_surface_t* surface_;
   cairo_t* cr_;
   GlyphPlacer placer_;
@@ -80,38 +93,56 @@ class Glyphs {
   std::vector<cairo_glyph_t> out_;
 };
 
+// Paints pages into content streams. Fonts and pictures are named by
+// resource numbers given in the order of first use and written into the
+// file once every page is painted, so that pages may be painted before the
+// file is opened (PdfPaintAhead below) and a font first shown on the last
+// page is still embedded with every glyph shown.
 class PdfPainter {
  public:
-  PdfPainter(const Document& doc, pdf::PdfFile& file)
-      : doc_(doc), file_(file), glyphs_(doc), font_of_(doc.fonts.size(), -1) {}
+  // `fonts` is the document's font table; it may grow between pages.
+  explicit PdfPainter(const std::vector<FontFace>& fonts) : fonts_of_doc_(fonts), glyphs_(fonts) {}
 
-  // The content stream of `page`.
-  const std::string& Paint(const Page& page) {
+  // The content stream of `items` on a page `height` high, painted from
+  // `state`, the reader's graphics state where the stream begins (State{}
+  // at the start of a page); `state` is left as the stream leaves it. A
+  // page's contents may be painted in parts that follow one another (the
+  // items an overlay added after the page was painted): each part begins
+  // in the state the part before left, as the reader reads them.
+  //
+  // With `open` the stream may end inside a text object (its last TJ array
+  // closed), as the stream of the next part goes on where it ends: a page
+  // painted in parts then holds the operators of the page painted at once,
+  // the text an overlay adds set from the same text matrix, so a reader
+  // puts every glyph where it would have. The last part ends the object
+  // (an "ET" of its own when nothing follows).
+  const std::string& Paint(const std::vector<DisplayItem>& items, Twips height, State& state,
+                           bool open = false) {
     out_.clear();
-    state_ = State{};
+    state_ = state;
     saved_.clear();
-    in_text_ = false;
     line_ = TextLine{};
-    height_ = Pt(page.height);
-    for (const auto& item : page.items) std::visit([&](const auto& x) { Draw(x); }, item);
-    EndText();
+    height_ = Pt(height);
+    for (const auto& item : items) std::visit([&](const auto& x) { Draw(x); }, item);
+    if (open) {
+      CloseLine();
+    } else {
+      EndText();
+    }
+    state = state_;
     return out_;
   }
 
-  // The fonts and pictures every page names, as one resource dictionary.
-  std::string Resources() const {
+  // Writes the fonts and pictures the pages painted so far show, and
+  // returns the resource dictionary every page names.
+  std::string WriteResources(pdf::PdfFile& file) const {
     std::string d = "<< /Font <<";
     for (size_t i = 0; i < fonts_.size(); ++i)
-      d += " /F" + std::to_string(i) + " " + std::to_string(fonts_[i]->object_id()) + " 0 R";
+      d += " /F" + std::to_string(i) + " " + std::to_string(fonts_[i]->Write(file)) + " 0 R";
     d += " >> /XObject <<";
-    size_t i = 0;
-    for (const auto& [image, id] : images_)
-      d += " /I" + std::to_string(i++) + " " + std::to_string(id.second) + " 0 R";
+    for (size_t i = 0; i < images_.size(); ++i)
+      d += " /I" + std::to_string(i) + " " + std::to_string(WriteImage(file, *images_[i])) + " 0 R";
     return d + " >> >>";
-  }
-
-  void WriteFonts() {
-    for (const auto& f : fonts_) f->Write(file_);
   }
 
  private:
@@ -159,18 +190,18 @@ class PdfPainter {
     state_.dash = dot;
   }
   void BeginText() {
-    if (in_text_) return;
+    if (state_.in_text) return;
     Op("BT");
-    in_text_ = true;
+    state_.in_text = true;
     // A text object begins at the identity matrix.
-    upright_ = true;
-    line_x_ = line_y_ = 0;
+    state_.upright = true;
+    state_.line_x = state_.line_y = 0;
   }
   void EndText() {
     CloseLine();
-    if (!in_text_) return;
+    if (!state_.in_text) return;
     Op("ET");
-    in_text_ = false;
+    state_.in_text = false;
   }
   void Save() {
     EndText();
@@ -184,13 +215,14 @@ class PdfPainter {
     saved_.pop_back();
   }
 
-  // The document's font `index` as a font of the file, embedded on first use.
+  // The document's font `index` as a font of the file, read on first use.
   pdf::EmbeddedFont& FontOf(uint16_t index, int& resource) {
+    if (index >= font_of_.size()) font_of_.resize(size_t(index) + 1, -1);
     if (font_of_[index] < 0) {
-      const std::string& path = doc_.fonts[index].file;
+      const std::string& path = fonts_of_doc_[index].file;
       auto it = by_file_.find(path);
       if (it == by_file_.end()) {
-        fonts_.push_back(std::make_unique<pdf::EmbeddedFont>(path, file_.Reserve()));
+        fonts_.push_back(std::make_unique<pdf::EmbeddedFont>(path));
         it = by_file_.emplace(path, int(fonts_.size() - 1)).first;
       }
       font_of_[index] = it->second;
@@ -236,9 +268,9 @@ class PdfPainter {
     e = std::round(e * 10000) / 10000;
     f = std::round(f * 10000) / 10000;
     const bool upright = a == 1 && b == 0 && c == 0 && d == 1;
-    if (upright && upright_) {
-      Num(e - line_x_, 4);
-      Num(f - line_y_, 4);
+    if (upright && state_.upright) {
+      Num(e - state_.line_x, 4);
+      Num(f - state_.line_y, 4);
       out_ += "Td\n[(";
     } else {
       Num(a, 5);
@@ -249,9 +281,9 @@ class PdfPainter {
       Num(f, 4);
       out_ += "Tm\n[(";
     }
-    upright_ = upright;
-    line_x_ = e;
-    line_y_ = f;
+    state_.upright = upright;
+    state_.line_x = e;
+    state_.line_y = f;
     line_ = TextLine{true, e, f, 0, 0, 0};
   }
 
@@ -273,8 +305,9 @@ class PdfPainter {
   // above; synthetic bold strokes the outlines in the fill colour at the
   // width FreeType grows them by, synthetic italic slants the matrix.
   void Draw(const TextRun& t) {
-    if (t.font >= doc_.fonts.size()) throw RenderError("Text run names a font the document lacks");
-    const FontFace& face = doc_.fonts[t.font];
+    if (t.font >= fonts_of_doc_.size())
+      throw RenderError("Text run names a font the document lacks");
+    const FontFace& face = fonts_of_doc_[t.font];
     const std::vector<cairo_glyph_t>& glyphs = glyphs_.Of(t);
     if (glyphs.empty() && !t.underline) return;
     int resource = 0;
@@ -432,15 +465,22 @@ class PdfPainter {
 
   void Draw(const ScaledBlock&) {}  // a record of the layout, nothing to paint
 
-  // The resource number of a picture, written on first use: pages share one
-  // image object for a logo printed on each of them (the page store hands
-  // every page the same Image).
+  // The resource number of a picture: pages share one image object for a
+  // logo printed on each of them (the page store hands every page the same
+  // Image). The picture is kept alive, so that no other picture takes an
+  // address written down here.
   size_t ImageOf(const std::shared_ptr<const Image>& image) {
-    auto it = images_.find(image.get());
-    if (it != images_.end()) return it->second.first;
     const Image& img = *image;
+    if (img.pixels.size() < size_t(img.width) * size_t(img.height))
+      throw RenderError("A picture holds fewer pixels than its size");
+    auto [it, added] = image_numbers_.emplace(image.get(), images_.size());
+    if (added) images_.push_back(image);
+    return it->second;
+  }
+
+  // Writes a picture and returns its object number.
+  static int WriteImage(pdf::PdfFile& file, const Image& img) {
     const size_t n = size_t(img.width) * size_t(img.height);
-    if (img.pixels.size() < n) throw RenderError("A picture holds fewer pixels than its size");
     // Premultiplied ARGB to plain RGB beside an alpha mask, the mask left
     // out when every pixel is opaque.
     std::string rgb(n * 3, '\0'), alpha(n, '\0');
@@ -466,61 +506,286 @@ class PdfPainter {
     }
     const std::string size =
         "/Width " + std::to_string(img.width) + " /Height " + std::to_string(img.height);
-    const int id = file_.Reserve();
+    const int id = file.Reserve();
     std::string dict = "/Type /XObject /Subtype /Image " + size +
                        " /ColorSpace /DeviceRGB /BitsPerComponent 8 /Interpolate true";
     if (!opaque) {
-      const int mask = file_.Reserve();
-      file_.Stream(mask,
-                   "/Type /XObject /Subtype /Image " + size +
-                       " /ColorSpace /DeviceGray /BitsPerComponent 8 /Interpolate true",
-                   alpha);
+      const int mask = file.Reserve();
+      file.Stream(mask,
+                  "/Type /XObject /Subtype /Image " + size +
+                      " /ColorSpace /DeviceGray /BitsPerComponent 8 /Interpolate true",
+                  alpha);
       dict += " /SMask " + std::to_string(mask) + " 0 R";
     }
-    file_.Stream(id, dict, rgb);
-    const size_t number = images_.size();
-    images_.emplace(image.get(), std::pair{number, id});
-    kept_.push_back(image);
-    return number;
+    file.Stream(id, dict, rgb);
+    return id;
   }
 
-  const Document& doc_;
-  pdf::PdfFile& file_;
+  const std::vector<FontFace>& fonts_of_doc_;
   Glyphs glyphs_;
   std::vector<int> font_of_;  // document font -> index in fonts_, -1 before use
   std::map<std::string, int> by_file_;
   std::vector<std::unique_ptr<pdf::EmbeddedFont>> fonts_;
-  // Picture -> (resource number, object number); the pictures are kept
-  // alive so that no other picture takes an address written down here.
-  std::map<const Image*, std::pair<size_t, int>> images_;
-  std::vector<std::shared_ptr<const Image>> kept_;
+  std::map<const Image*, size_t> image_numbers_;
+  std::vector<std::shared_ptr<const Image>> images_;  // by resource number
 
   std::string out_;
   State state_;
   std::vector<State> saved_;
-  bool in_text_ = false;
   TextLine line_;
-  // The text line matrix of the open text object: a translation to
-  // (line_x_, line_y_) while upright_.
-  bool upright_ = true;
-  double line_x_ = 0, line_y_ = 0;
   double height_ = 0;
 };
 
-}  // namespace
+// A page painted before the file was opened: its contents compressed, and
+// the contents of the items added to it afterwards (the footers stamped on
+// every page once the page count is known), which go into a second stream
+// of the page. The contents may end inside a text object (PdfPainter::Paint
+// with `open`); the stream after them ends it.
+struct PaintedPage {
+  bool painted = false;
+  Twips width, height;
+  std::string contents;  // compressed, when held in memory
+  int64_t spilled = -1;  // else their offset in the temporary file
+  uint32_t spilled_size = 0;
+  std::string added;         // as painted, the text object left open
+  std::string added_packed;  // compressed, the text object ended
+  State end;                 // the reader's state where `contents` and `added` end
+};
 
-void WritePdf(const Document& doc, const std::string& path, int first, int last) {
+// Paints the pages of a document for a PDF file on a second thread while
+// the report lays out the rest: each page as it is finished, the items an
+// overlay adds to it as they are added. Laying a long list out (its SQL,
+// its rows, its tables) and painting and compressing its pages then share
+// the machine's two cores, and writing the file is little more than
+// copying the painted pages into it.
+//
+// Everything the second thread reads it is handed: the page's items (the
+// store keeps its packed copy) and the fonts the document took since the
+// last page, as the report's thread may add fonts while a page is painted.
+// The painter and the painted pages are the second thread's until CatchUp
+// has it stop; the thread is started again by the next page handed over,
+// and stopped and joined by Cleared and by the destructor, so none outlives
+// the document.
+class PdfPaintAhead final : public PageSink {
+ public:
+  PdfPaintAhead(const std::vector<FontFace>& fonts, size_t held_in_memory)
+      : doc_fonts_(fonts), held_in_memory_(held_in_memory) {}
+  ~PdfPaintAhead() override { Stop(false); }
+  PdfPaintAhead(const PdfPaintAhead&) = delete;
+  PdfPaintAhead& operator=(const PdfPaintAhead&) = delete;
+
+  void Finished(size_t i, Twips width, Twips height, std::vector<DisplayItem> items) override {
+    Push(Job{Job::kPage, i, width, height, std::move(items), {}});
+  }
+  void Added(size_t i, std::vector<DisplayItem> items) override {
+    Push(Job{Job::kAdded, i, {}, {}, std::move(items), {}});
+  }
+  void Changed(size_t i) override { Push(Job{Job::kForget, i, {}, {}, {}, {}}); }
+  void Cleared() override {
+    Stop(false);
+    pages_.clear();
+    spill_ = std::make_unique<SpillFile>();
+    held_ = 0;
+    painter_.reset();
+    fonts_.clear();
+    sent_ = 0;
+    error_ = nullptr;
+  }
+
+  // Waits until every page handed over is painted and stops the second
+  // thread; raises what it raised. The painter and the pages are then this
+  // thread's, the painter knowing every font of the document.
+  void CatchUp() {
+    Stop(true);
+    if (error_) std::rethrow_exception(error_);
+    fonts_.insert(fonts_.end(),
+                  doc_fonts_.begin() + std::ptrdiff_t(std::min(fonts_.size(), doc_fonts_.size())),
+                  doc_fonts_.end());
+    if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
+  }
+  PdfPainter& Painter() { return *painter_; }
+  // The compressed contents of `page`, read into `buffer` if they were put
+  // in the temporary file.
+  std::string_view Contents(const PaintedPage& page, std::string& buffer) const {
+    if (page.spilled < 0) return page.contents;
+    buffer = spill_->Read(page.spilled, page.spilled_size);
+    return buffer;
+  }
+  // Page `i` as painted, or null when it was not (or no longer holds).
+  const PaintedPage* Painted(size_t i) const {
+    return i < pages_.size() && pages_[i].painted ? &pages_[i] : nullptr;
+  }
+
+ private:
+  struct Job {
+    enum Kind { kPage, kAdded, kForget } kind;
+    size_t page;
+    Twips width, height;
+    std::vector<DisplayItem> items;
+    std::vector<FontFace> fonts;  // the document's fonts taken since the last job
+  };
+  // Pages handed over and not yet painted, at most. A page finished while
+  // as many wait is not taken: it is painted when the file is written, as
+  // every page was before. The report's thread then never waits for this
+  // one (on a machine whose other core is busy, the second thread may get
+  // little of it), and the items waiting stay few.
+  static constexpr size_t kMostWaiting = 32;
+  // Jobs the second thread lets gather before it is woken: a page of a
+  // long list is painted faster than it is laid out, and waking the thread
+  // for each page costs two switches of the processor a page.
+  static constexpr size_t kWakeAt = 8;
+
+  void Push(Job job) {
+    if (doc_fonts_.size() > sent_) {
+      job.fonts.assign(doc_fonts_.begin() + std::ptrdiff_t(sent_), doc_fonts_.end());
+      sent_ = doc_fonts_.size();
+    }
+    std::lock_guard lock(mu_);
+    if (!worker_.joinable()) {
+      stopping_ = false;
+      try {
+        worker_ = std::thread([this] { Run(); });
+      } catch (const std::system_error&) {
+        // No thread to be had: this page, and any painted before that this
+        // job was to change, are painted when the file is written.
+        pages_.clear();
+        held_ = 0;
+        fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
+        return;
+      }
+    }
+    if (job.kind == Job::kPage) {
+      if (waiting_pages_ == kMostWaiting) {
+        // Not painted ahead: anything handed over for it before goes.
+        job = Job{Job::kForget, job.page, {}, {}, {}, std::move(job.fonts)};
+      } else {
+        ++waiting_pages_;
+      }
+    }
+    jobs_.push_back(std::move(job));
+    if (jobs_.size() >= kWakeAt) work_.notify_one();
+  }
+
+  // Stops the second thread once it has done the jobs handed to it, or at
+  // once, dropping them.
+  void Stop(bool finish) {
+    {
+      std::lock_guard lock(mu_);
+      stopping_ = true;
+      if (!finish) {
+        jobs_.clear();
+        abandon_ = true;
+      }
+      work_.notify_one();
+    }
+    if (worker_.joinable()) worker_.join();
+    waiting_pages_ = 0;
+    abandon_ = false;
+  }
+
+  // The second thread: takes the jobs gathered so far, all at once, and
+  // does them in order.
+  void Run() {
+    for (;;) {
+      std::deque<Job> jobs;
+      {
+        std::unique_lock lock(mu_);
+        work_.wait(lock, [&] { return jobs_.size() >= kWakeAt || stopping_; });
+        if (jobs_.empty()) return;
+        jobs.swap(jobs_);
+        waiting_pages_ = 0;
+      }
+      for (Job& job : jobs) {
+        if (abandon_) return;
+        fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
+        // After a failure the rest is dropped; CatchUp raises the failure.
+        if (error_) continue;
+        try {
+          Do(job);
+        } catch (...) {
+          error_ = std::current_exception();
+        }
+        // The items go here, on this thread, as the page is done.
+        std::vector<DisplayItem>().swap(job.items);
+      }
+    }
+  }
+
+  void Do(const Job& job) {
+    if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
+    if (job.page >= pages_.size()) pages_.resize(job.page + 1);
+    PaintedPage& page = pages_[job.page];
+    switch (job.kind) {
+      case Job::kPage: {
+        held_ -= page.contents.size();
+        page = PaintedPage{};
+        page.width = job.width;
+        page.height = job.height;
+        page.contents = deflate_(painter_->Paint(job.items, job.height, page.end, true));
+        page.painted = true;
+        if (held_ + page.contents.size() > held_in_memory_) {
+          if (const int64_t at = spill_->Append(page.contents); at >= 0) {
+            page.spilled = at;
+            page.spilled_size = uint32_t(page.contents.size());
+            std::string().swap(page.contents);
+            break;
+          }
+        }
+        held_ += page.contents.size();
+        break;
+      }
+      case Job::kAdded:
+        // Items added to a page that was not painted go with it when the
+        // file is written.
+        if (!page.painted) break;
+        page.added += painter_->Paint(job.items, page.height, page.end, true);
+        page.added_packed = deflate_(page.end.in_text ? page.added + "ET\n" : page.added);
+        break;
+      case Job::kForget:
+        held_ -= page.contents.size();
+        page = PaintedPage{};
+        break;
+    }
+  }
+
+  const std::vector<FontFace>& doc_fonts_;
+  const size_t held_in_memory_;
+  size_t sent_ = 0;  // fonts of the document handed to the second thread
+
+  std::mutex mu_;
+  std::condition_variable work_;
+  std::deque<Job> jobs_;
+  size_t waiting_pages_ = 0;
+  bool stopping_ = false;
+  std::atomic<bool> abandon_ = false;  // stop without doing the jobs taken
+  std::thread worker_;
+
+  // The second thread's while it runs.
+  std::vector<FontFace> fonts_;
+  std::unique_ptr<PdfPainter> painter_;
+  std::vector<PaintedPage> pages_;
+  std::unique_ptr<SpillFile> spill_ = std::make_unique<SpillFile>();
+  size_t held_ = 0;  // bytes of pages_' contents in memory
+  pdf::Deflater deflate_{pdf::kDeflateLevel};
+  std::exception_ptr error_;
+};
+
+// Writes pages `first` to `last` with `painter`; pages painted ahead are
+// taken from `ahead` (null: none).
+void Write(const Document& doc, const std::string& path, int first, int last, PdfPainter& painter,
+           const PdfPaintAhead* ahead) {
   pdf::PdfFile file(path);
   const int catalog = file.Reserve(), pages = file.Reserve(), resources = file.Reserve(),
             info = file.Reserve();
-  PdfPainter painter(doc, file);
   std::string kids;
-  // Compressing page contents is about half of the writer's time on a long
-  // table, and it needs nothing but the page's own bytes: pages are painted
-  // in batches, and while one batch is painted the one before is compressed
-  // on a second thread. The file itself is written from this thread only,
-  // in page order. A batch of pages rather than one page a thread keeps the
-  // cost of starting threads small on a report of thousands of pages.
+  int end_text = 0;
+  std::string read_back;
+  // Pages not painted ahead are painted here in batches, and while one
+  // batch is painted the one before is compressed on a second thread: it
+  // needs nothing but the pages' own bytes. The file itself is written
+  // from this thread only, in page order. A batch of pages rather than one
+  // page a thread keeps the cost of starting threads small on a report of
+  // thousands of pages.
   struct Packed {
     std::vector<int> ids;
     std::future<std::vector<std::string>> data;
@@ -538,9 +803,10 @@ void WritePdf(const Document& doc, const std::string& path, int first, int last)
   const auto send_batch = [&] {
     if (batch.empty()) return;
     Packed next{std::move(batch_ids), std::async(std::launch::async, [pages = std::move(batch)] {
+                  pdf::Deflater deflate(pdf::kDeflateLevel);
                   std::vector<std::string> out;
                   out.reserve(pages.size());
-                  for (const auto& p : pages) out.push_back(pdf::Deflate(p, pdf::kDeflateLevel));
+                  for (const auto& p : pages) out.push_back(deflate(p));
                   return out;
                 })};
     batch_ids.clear();
@@ -549,24 +815,53 @@ void WritePdf(const Document& doc, const std::string& path, int first, int last)
     pending = std::move(next);
   };
   for (int i = first; i <= last; ++i) {
-    const Page page = doc.pages.Read(size_t(i - 1));
-    const int content = file.Reserve(), id = file.Reserve();
-    batch_ids.push_back(content);
-    batch.push_back(painter.Paint(page));
-    if (batch.size() == kPagesABatch) send_batch();
+    // A page reopened and not yet packed again holds items not handed over.
+    const PaintedPage* painted =
+        ahead && doc.pages.Sealed(size_t(i - 1)) ? ahead->Painted(size_t(i - 1)) : nullptr;
+    Twips width, height;
+    std::string contents;
+    if (painted) {
+      width = painted->width;
+      height = painted->height;
+      const int content = file.Reserve();
+      file.Stream(content, "/Filter /FlateDecode", ahead->Contents(*painted, read_back), 0);
+      contents = std::to_string(content) + " 0 R";
+      int more = 0;
+      if (!painted->added.empty()) {
+        more = file.Reserve();
+        file.Stream(more, "/Filter /FlateDecode", painted->added_packed, 0);
+      } else if (painted->end.in_text) {
+        // Pages without additions share one stream that ends their text.
+        if (!end_text) {
+          end_text = file.Reserve();
+          file.Stream(end_text, "", "ET\n", 0);
+        }
+        more = end_text;
+      }
+      if (more) contents = "[" + contents + " " + std::to_string(more) + " 0 R]";
+    } else {
+      const Page page = doc.pages.Read(size_t(i - 1));
+      width = page.width;
+      height = page.height;
+      const int content = file.Reserve();
+      State state;
+      batch_ids.push_back(content);
+      batch.push_back(painter.Paint(page.items, page.height, state));
+      if (batch.size() == kPagesABatch) send_batch();
+      contents = std::to_string(content) + " 0 R";
+    }
+    const int id = file.Reserve();
     std::string d = "<< /Type /Page /Parent " + std::to_string(pages) + " 0 R /MediaBox [0 0 ";
-    AppendNumber(d, Pt(page.width));
+    AppendNumber(d, Pt(width));
     d += ' ';
-    AppendNumber(d, Pt(page.height));
-    d += "] /Resources " + std::to_string(resources) + " 0 R /Contents " + std::to_string(content) +
-         " 0 R >>";
+    AppendNumber(d, Pt(height));
+    d += "] /Resources " + std::to_string(resources) + " 0 R /Contents " + contents + " >>";
     file.Object(id, d);
     kids += std::to_string(id) + " 0 R ";
   }
   send_batch();
   write_pending();
-  painter.WriteFonts();
-  file.Object(resources, painter.Resources());
+  file.Object(resources, painter.WriteResources(file));
   file.Object(pages, "<< /Type /Pages /Kids [" + kids + "] /Count " +
                          std::to_string(last - first + 1) + " >>");
   file.Object(catalog, "<< /Type /Catalog /Pages " + std::to_string(pages) + " 0 R >>");
@@ -589,6 +884,26 @@ void WritePdf(const Document& doc, const std::string& path, int first, int last)
   }
   file.Object(info, d + " >>");
   file.Finish(catalog, info);
+}
+
+}  // namespace
+
+std::shared_ptr<PageSink> PaintPdfAhead(const std::vector<FontFace>& fonts, size_t held_in_memory) {
+  return std::make_shared<PdfPaintAhead>(fonts, held_in_memory);
+}
+
+void WritePdf(const Document& doc, const std::string& path, int first, int last) {
+  // Pages painted ahead serve a file of the whole document; a file of some
+  // of its pages (one letter of a run) is painted afresh, so that it holds
+  // only the fonts and pictures of its own pages.
+  auto* ahead = dynamic_cast<PdfPaintAhead*>(doc.pages.Sink());
+  if (ahead && first == 1 && last == int(doc.pages.size())) {
+    ahead->CatchUp();
+    Write(doc, path, first, last, ahead->Painter(), ahead);
+    return;
+  }
+  PdfPainter painter(doc.fonts);
+  Write(doc, path, first, last, painter, nullptr);
 }
 
 }  // namespace orv::render

@@ -97,6 +97,34 @@ std::string Deflate(std::string_view data, int level) {
   return out;
 }
 
+struct Deflater::State {
+  z_stream z{};
+  std::string buffer;
+};
+
+Deflater::Deflater(int level) : state_(std::make_unique<State>()) {
+  if (deflateInit(&state_->z, level) != Z_OK) throw RenderError("Cannot compress a PDF stream");
+}
+
+Deflater::~Deflater() {
+  deflateEnd(&state_->z);
+}
+
+std::string Deflater::operator()(std::string_view data) {
+  z_stream& z = state_->z;
+  if (deflateReset(&z) != Z_OK) throw RenderError("Cannot compress a PDF stream");
+  // Into a buffer kept from stream to stream, then copied at its size: the
+  // pages painted ahead keep their compressed contents until the file is
+  // written, and a string cut down to size would keep the room it had.
+  state_->buffer.resize(deflateBound(&z, uLong(data.size())));
+  z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
+  z.avail_in = uInt(data.size());
+  z.next_out = reinterpret_cast<Bytef*>(state_->buffer.data());
+  z.avail_out = uInt(state_->buffer.size());
+  if (deflate(&z, Z_FINISH) != Z_STREAM_END) throw RenderError("Cannot compress a PDF stream");
+  return std::string(state_->buffer.data(), state_->buffer.size() - z.avail_out);
+}
+
 PdfFile::PdfFile(const std::string& path) : path_(path) {
   file_ = std::fopen(path.c_str(), "wb");
   if (!file_) throw RenderError("Cannot write " + path + ": " + std::strerror(errno));

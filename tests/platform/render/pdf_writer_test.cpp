@@ -7,16 +7,19 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
 #include <sstream>
+#include <thread>
 #include <vector>
 
 #include "platform/render/cairo_fonts.h"
 #include "platform/render/pdf_fonts.h"
+#include "platform/render/pdf_renderer.h"
 #include "platform/render/renderer.h"
 #include "platform/render/sample_document.h"
 #include "support/shell.h"
@@ -302,6 +305,67 @@ TEST(PdfWriter, AFailedWriteNamesThePathAndLeavesNoFile) {
   const std::string pdf = TempPath("half.pdf");
   EXPECT_THROW(RenderPdf(d, pdf), ReportError);
   EXPECT_FALSE(fs::exists(pdf));
+}
+
+// The threads of this process.
+size_t Threads() {
+  size_t n = 0;
+  for ([[maybe_unused]] const auto& t : fs::directory_iterator("/proc/self/task")) ++n;
+  return n;
+}
+
+// Pages painted on a second thread as they are finished: a picture that
+// cannot be painted on page 40 of 70 fails the write with the painter's
+// own error, on the writer's thread, and no file is left. Pages painted
+// into the temporary file are read back in order. A document dropped while
+// its pages are painted takes the thread with it.
+TEST(PdfWriter, PaintingAheadFailsTheWriteAndEndsWithTheDocument) {
+  const std::string pdf = TempPath("ahead.pdf");
+  const size_t threads = Threads();
+  auto broken = std::make_shared<Image>();
+  broken->width = broken->height = 4;  // and no pixels
+  const auto paint_ahead = [&](Document& d, bool fail, size_t held_in_memory = size_t(1) << 30) {
+    d.pages.clear();
+    d.pages.HandOver(PaintPdfAhead(d.fonts, held_in_memory));
+    for (int i = 1; i <= 70; ++i) {
+      Page p{Twips(12240), Twips(15840), {}};
+      p.items.push_back(At("Page " + std::to_string(i), 1440, 1440));
+      if (fail && i == 40)
+        p.items.push_back(Picture{{Twips(1440), Twips(4000), Twips(720), Twips(720)}, broken});
+      d.pages.push_back(std::move(p));
+      d.pages.Seal(size_t(i - 1));
+    }
+  };
+  {
+    Document d = SampleDocument();
+    paint_ahead(d, true);
+    EXPECT_GT(Threads(), threads) << "pages are painted on a second thread";
+    EXPECT_TRUE(orv::testing::ThrowsSaying([&] { RenderPdf(d, pdf); }, {"fewer pixels"}));
+    EXPECT_FALSE(fs::exists(pdf));
+    // Again, the painter's thread stopped: the failure stands.
+    EXPECT_THROW(RenderPdf(d, pdf), ReportError);
+    EXPECT_FALSE(fs::exists(pdf));
+  }
+  {
+    Document d = SampleDocument();
+    paint_ahead(d, false, 0);
+    RenderPdf(d, pdf);
+    const std::string text = Shell("pdftotext " + pdf + " -");
+    size_t at = 0;
+    for (int i = 1; i <= 70; ++i) {
+      at = text.find("Page " + std::to_string(i) + "\n", at);
+      ASSERT_NE(at, std::string::npos) << "page " << i << " in order";
+    }
+    fs::remove(pdf);
+  }
+  {
+    Document d = SampleDocument();
+    paint_ahead(d, false);
+  }
+  // A thread joined may linger in /proc for a moment.
+  for (int wait = 0; wait < 100 && Threads() != threads; ++wait)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  EXPECT_EQ(Threads(), threads);
 }
 
 }  // namespace
