@@ -36,23 +36,28 @@ int Sign(T a, T b) {
 
 }  // namespace
 
-void ColumnStore::Column::Push(Kind k, uint64_t b) {
-  if (chunks.empty() || chunks.back().kinds.size() == kChunkRows) {
-    chunks.emplace_back();
-    // Past the first chunk every chunk is taken whole at once.
-    if (chunks.size() > 1) {
-      chunks.back().kinds.reserve(kChunkRows);
-      chunks.back().bits.reserve(kChunkRows);
-    }
+void ColumnStore::Chunk::SetKind(size_t i, Kind k) {
+  if (!mixed) {
+    if (k == only) return;
+    // The first cell of another kind: every cell takes its byte.
+    kinds.reserve(bits.capacity());
+    kinds.assign(bits.size(), only);
+    mixed = true;
   }
-  chunks.back().kinds.push_back(k);
-  chunks.back().bits.push_back(b);
+  kinds[i] = k;
+}
+
+void ColumnStore::Column::AddChunk() {
+  chunks.emplace_back();
+  // Past the first chunk every chunk is taken whole at once.
+  if (chunks.size() > 1) chunks.back().bits.reserve(kChunkRows);
 }
 
 void ColumnStore::Column::Pop() {
-  chunks.back().kinds.pop_back();
-  chunks.back().bits.pop_back();
-  if (chunks.back().kinds.empty()) chunks.pop_back();
+  Chunk& last = chunks.back();
+  last.bits.pop_back();
+  if (last.mixed) last.kinds.pop_back();
+  if (last.bits.empty()) chunks.pop_back();
 }
 
 void ColumnStore::AddColumn() {
@@ -77,7 +82,7 @@ size_t ColumnStore::AppendRowFrom(const ColumnStore& from, size_t row, size_t fi
       std::string bytes(from.BytesAt(row, first_column + c));
       bits = AddBytes(bytes);
     }
-    columns_[c].kind(r) = k;
+    columns_[c].SetKind(r, k);
     columns_[c].bits(r) = bits;
   }
   return r;
@@ -100,7 +105,6 @@ void ColumnStore::Reserve(size_t rows) {
   // Only the first chunk grows by reallocation; the others are whole.
   for (Column& c : columns_) {
     if (c.chunks.empty()) c.chunks.emplace_back();
-    c.chunks.front().kinds.reserve(std::min(rows, kChunkRows));
     c.chunks.front().bits.reserve(std::min(rows, kChunkRows));
     c.chunks.reserve((rows + kChunkRows - 1) >> kChunkShift);
   }
@@ -148,14 +152,13 @@ std::string_view ColumnStore::BytesAt(size_t row, size_t column) const {
 }
 
 void ColumnStore::Assign(Column& c, size_t row, Kind kind, uint64_t bits) {
-  Kind& k = c.kind(row);
   uint64_t& b = c.bits(row);
-  if (HoldsBytes(k) && b != 0) {
+  if (HoldsBytes(c.kind(row)) && b != 0) {
     size_t taken = 0;
     EntryAt(b, &taken);
     garbage_ += taken;
   }
-  k = kind;
+  c.SetKind(row, kind);
   b = bits;
   // A fabricated recordset whose text fields are rewritten row after row
   // would otherwise grow its arena without bound.
@@ -201,6 +204,11 @@ void ColumnStore::Set(size_t row, size_t column, const Variant& value) {
       return Assign(c, row, Kind::Binary, at);
     }
   }
+}
+
+void ColumnStore::PushValue(size_t column, const Variant& value) {
+  columns_[column].Push(Kind::Null, 0);
+  Set(rows_, column, value);
 }
 
 Variant ColumnStore::Get(size_t row, size_t column) const {
@@ -270,7 +278,10 @@ int ColumnStore::Compare(size_t a, size_t b, size_t column) const {
 }
 
 size_t ColumnStore::MemoryBytes() const {
-  return columns_.size() * rows_ * (sizeof(Kind) + sizeof(uint64_t)) + arena_bytes_;
+  size_t bytes = arena_bytes_;
+  for (const Column& c : columns_)
+    for (const Chunk& chunk : c.chunks) bytes += chunk.bits.size() * sizeof(uint64_t) + chunk.kinds.size() * sizeof(Kind);
+  return bytes;
 }
 
 }  // namespace orv::db

@@ -302,18 +302,19 @@ std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr, 
     rows->fields.push_back(std::move(f));
   }
   // Each value goes from the engine's row into the cell store as it lies
-  // there; only the rarer conversions make a Variant on the way.
+  // there, appended to its column; only the rarer conversions make a
+  // Variant on the way.
   StoredView view;
   while (lease.Step()) {
-    size_t row = rows->AppendRow();
     for (int i = 0; i < n; ++i) {
       try {
-        if (lease.ColumnView(i, &view) && rows->SetStored(row, i, view)) continue;
-        rows->Set(row, i, ValueOfKind(lease.Column(i), rows->fields[i].kind));
+        if (lease.ColumnView(i, &view) && rows->PushStored(i, view)) continue;
+        rows->PushValue(i, ValueOfKind(lease.Column(i), rows->fields[i].kind));
       } catch (const OverflowError&) {
         FailMoneyOverflow(engine, rows->fields[i].name, statement);
       }
     }
+    rows->EndRow();
   }
   return rows;
 }

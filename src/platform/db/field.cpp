@@ -18,6 +18,7 @@ Variant Field::Value() const {
   const FieldInfo& f = s_->FieldAt(index_);
   if (f.chapter >= 0)
     throw DatabaseError(kErrNotAllowed, "the field '" + f.name + "' is a chapter; read its rows with Chapter()");
+  s_->NoteRead(index_);
   return s_->data->Get(row, index_);
 }
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 namespace orv::db {
@@ -45,11 +46,31 @@ Variant IntegerVariant(int64_t v) {
 }  // namespace
 
 std::optional<DateTime> ParseIsoDateTime(std::string_view t) {
-  int y, mo, d, h = 0, mi = 0, s = 0;
-  if (!Digits(t, 0, 4, &y) || t.size() < 10 || t[4] != '-' || !Digits(t, 5, 2, &mo) ||
-      t[7] != '-' || !Digits(t, 8, 2, &d))
-    return std::nullopt;
-  if (!IsValidDate(y, mo, d)) return std::nullopt;
+  // The dates of a result repeat row after row (the payments of one day,
+  // an entry date beside its check date), so the day of the last date
+  // read is kept with its text and only the time is read again: a listing
+  // of payments reads two dates a row.
+  struct LastDay {
+    char text[10];
+    double serial = 0;
+    bool held = false;
+  };
+  static thread_local LastDay last;
+  int h = 0, mi = 0, s = 0;
+  if (t.size() < 10) return std::nullopt;
+  double day;
+  if (last.held && std::memcmp(last.text, t.data(), 10) == 0) {
+    day = last.serial;
+  } else {
+    int y, mo, d;
+    if (!Digits(t, 0, 4, &y) || t[4] != '-' || !Digits(t, 5, 2, &mo) || t[7] != '-' || !Digits(t, 8, 2, &d))
+      return std::nullopt;
+    if (!IsValidDate(y, mo, d)) return std::nullopt;
+    day = DateTime::FromParts(y, mo, d).serial();
+    std::memcpy(last.text, t.data(), 10);
+    last.serial = day;
+    last.held = true;
+  }
   double fraction = 0;
   if (t.size() > 10) {
     if ((t[10] != ' ' && t[10] != 'T') || !Digits(t, 11, 2, &h) || t.size() < 16 || t[13] != ':' ||
@@ -69,7 +90,10 @@ std::optional<DateTime> ParseIsoDateTime(std::string_view t) {
     }
     if (h > 23 || mi > 59 || s > 59) return std::nullopt;
   }
-  DateTime dt = DateTime::FromParts(y, mo, d, h, mi, s);
+  // As DateTime::FromParts joins a day and a time of day: the time runs
+  // forward from midnight on either side of the base day.
+  const double time = static_cast<double>(h * 3600 + mi * 60 + s) / 86400.0;
+  DateTime dt(day < 0 ? day - time : day + time);
   if (fraction > 0) {
     // Milliseconds move the serial within the day: forward for dates on or
     // after the base day, where the fraction grows with the time.

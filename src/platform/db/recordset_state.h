@@ -82,6 +82,14 @@ struct RecordsetState {
   void Commit();
   void Cancel();
   void Moved();
+  // The fields read by Value (the first 64), so that a move forward can
+  // bring their cells in the row after the new one into the cache while
+  // the report works on this one: a sorted listing reads its rows out of
+  // their stored order, and each value read was a wait on memory.
+  uint64_t fields_read = 0;
+  void NoteRead(int field) {
+    if (field < 64) fields_read |= uint64_t{1} << field;
+  }
   const FieldInfo& FieldAt(int index) const;
   int FieldIndex(std::string_view name) const;
 };

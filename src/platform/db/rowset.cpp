@@ -18,19 +18,47 @@ uint64_t NextRowSetId() {
   return ++next;
 }
 
+namespace {
+
+uint32_t NameHash(std::string_view name) {
+  uint32_t hash = 2166136261u;
+  for (char c : name) hash = (hash ^ static_cast<unsigned char>(FoldCase(c))) * 16777619u;
+  return hash;
+}
+
+}  // namespace
+
 int RowSet::FindField(std::string_view name) const {
   if (name.size() >= 2 && name.front() == '[' && name.back() == ']')
     name = name.substr(1, name.size() - 2);
-  uint32_t hash = 2166136261u;
-  for (char c : name) hash = (hash ^ static_cast<unsigned char>(std::tolower(static_cast<unsigned char>(c)))) * 16777619u;
-  int16_t& found = found_fields_[hash % found_fields_.size()];
-  if (found >= 0 && static_cast<size_t>(found) < fields.size() && EqualsNoCase(fields[found].name, name)) return found;
-  for (size_t i = 0; i < fields.size(); ++i) {
-    if (EqualsNoCase(fields[i].name, name)) {
-      if (i <= INT16_MAX) found = static_cast<int16_t>(i);
-      return static_cast<int>(i);
+  const uint32_t hash = NameHash(name);
+  if (!names_ || names_->field_count != fields.size()) {
+    // Each name once, at its first field: a scan finds the first field of a
+    // name that two fields share (SELECT a.ID, b.ID).
+    auto table = std::make_shared<NameTable>();
+    table->field_count = fields.size();
+    table->slots.resize(std::bit_ceil(fields.size() * 2 + 2));
+    const size_t mask = table->slots.size() - 1;
+    for (size_t i = 0; i < fields.size(); ++i) {
+      const uint32_t h = NameHash(fields[i].name);
+      size_t at = h & mask;
+      for (; table->slots[at].index >= 0; at = (at + 1) & mask)
+        if (table->slots[at].hash == h && EqualsNoCase(fields[table->slots[at].index].name, fields[i].name)) break;
+      if (table->slots[at].index < 0) table->slots[at] = {h, static_cast<int>(i)};
     }
+    names_ = std::move(table);
   }
+  const auto& slots = names_->slots;
+  const size_t mask = slots.size() - 1;
+  for (size_t at = hash & mask; slots[at].index >= 0; at = (at + 1) & mask) {
+    const int i = slots[at].index;
+    if (slots[at].hash == hash && static_cast<size_t>(i) < fields.size() && EqualsNoCase(fields[i].name, name))
+      return i;
+  }
+  // Not in the table: no field has the name, unless a field was renamed
+  // in place since the table was built, which a scan still finds.
+  for (size_t i = 0; i < fields.size(); ++i)
+    if (EqualsNoCase(fields[i].name, name)) return static_cast<int>(i);
   return -1;
 }
 
@@ -55,19 +83,34 @@ void RowSet::Set(size_t row, int field, const Variant& value) {
   ++version;
 }
 
-bool RowSet::SetStored(size_t row, int field, const StoredView& value) {
+namespace {
+
+// A cell made from an engine's value: its kind and payload, or its bytes
+// for a String or Binary cell.
+struct StoredCell {
+  ColumnStore::Kind kind = ColumnStore::Kind::Null;
+  uint64_t bits = 0;
+  bool has_bytes = false;
+  std::string_view bytes;
+  char digits[24];  // the text of a whole number read into a text field
+};
+
+// The cell a value as the engine holds it makes in a field of `kind`, as
+// ValueOfKind converts it; false for the rarer conversions that only
+// ValueOfKind makes. Throws OverflowError for money beyond its range.
+bool CellOfStored(sql::ValueKind kind, const StoredView& value, StoredCell* out) {
   using Kind = ColumnStore::Kind;
   using Class = StoredView::Class;
   using sql::ValueKind;
-  const size_t column = Col(field);
-  auto set = [&](Kind kind, uint64_t bits) {
-    cells_.SetCell(row, column, kind, bits);
-    ++version;
+  auto set = [&](Kind k, uint64_t bits) {
+    out->kind = k;
+    out->bits = bits;
     return true;
   };
-  auto set_bytes = [&](Kind kind, std::string_view bytes) {
-    cells_.SetBytes(row, column, kind, bytes);
-    ++version;
+  auto set_bytes = [&](Kind k, std::string_view bytes) {
+    out->kind = k;
+    out->has_bytes = true;
+    out->bytes = bytes;
     return true;
   };
   auto whole = [&](int64_t n) {
@@ -75,7 +118,6 @@ bool RowSet::SetStored(size_t row, int field, const StoredView& value) {
     return set(small ? Kind::Long : Kind::LongLong, static_cast<uint64_t>(n));
   };
   auto date = [&](double serial) { return set(Kind::Date, std::bit_cast<uint64_t>(DateTime(serial).serial())); };
-  const ValueKind kind = fields[field].kind;
   switch (value.cls) {
     case Class::Null: return set(Kind::Null, 0);
     case Class::Blob: return set_bytes(Kind::Binary, value.bytes);
@@ -90,8 +132,8 @@ bool RowSet::SetStored(size_t row, int field, const StoredView& value) {
         case ValueKind::Float:
         case ValueKind::Decimal: return set(Kind::Double, std::bit_cast<uint64_t>(static_cast<double>(i)));
         case ValueKind::Text: {
-          char buf[24];
-          return set_bytes(Kind::String, std::string_view(buf, std::to_chars(buf, buf + sizeof buf, i).ptr - buf));
+          const char* end = std::to_chars(out->digits, out->digits + sizeof out->digits, i).ptr;
+          return set_bytes(Kind::String, std::string_view(out->digits, end - out->digits));
         }
         case ValueKind::Blob: return set(Kind::LongLong, static_cast<uint64_t>(i));
       }
@@ -123,6 +165,40 @@ bool RowSet::SetStored(size_t row, int field, const StoredView& value) {
       }
   }
   return false;
+}
+
+}  // namespace
+
+bool RowSet::SetStored(size_t row, int field, const StoredView& value) {
+  StoredCell cell;
+  if (!CellOfStored(fields[field].kind, value, &cell)) return false;
+  if (cell.has_bytes)
+    cells_.SetBytes(row, Col(field), cell.kind, cell.bytes);
+  else
+    cells_.SetCell(row, Col(field), cell.kind, cell.bits);
+  ++version;
+  return true;
+}
+
+bool RowSet::PushStored(int field, const StoredView& value) {
+  StoredCell cell;
+  if (!CellOfStored(fields[field].kind, value, &cell)) return false;
+  SyncColumns();
+  if (cell.has_bytes)
+    cells_.PushBytes(Col(field), cell.kind, cell.bytes);
+  else
+    cells_.PushCell(Col(field), cell.kind, cell.bits);
+  return true;
+}
+
+void RowSet::PushValue(int field, const Variant& value) {
+  SyncColumns();
+  cells_.PushValue(Col(field), value);
+}
+
+size_t RowSet::EndRow() {
+  ++version;
+  return cells_.EndRow();
 }
 
 std::vector<Variant> RowSet::GetRow(size_t row) const {

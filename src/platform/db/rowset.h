@@ -2,7 +2,6 @@
 // recordset handle, clone and chapter that looks at them.
 #pragma once
 
-#include <array>
 #include <cstdint>
 
 #include <memory>
@@ -118,6 +117,14 @@ struct RowSet {
   // text read as money, a number or a date in another form, a float as
   // text. Throws OverflowError for money beyond its range.
   bool SetStored(size_t row, int field, const StoredView& value);
+  // Appends a row of a result cell by cell, in field order, without a row
+  // of Nulls first: PushStored takes the next value as the engine holds it
+  // and converts it as SetStored does (false, nothing added, where
+  // SetStored gives false), PushValue takes a value made otherwise. EndRow
+  // ends the row once every field has its cell and returns its index.
+  bool PushStored(int field, const StoredView& value);
+  void PushValue(int field, const Variant& value);
+  size_t EndRow();
   // Every value of a row, and all of them at once (a cancelled edit).
   std::vector<Variant> GetRow(size_t row) const;
   void SetRow(size_t row, const std::vector<Variant>& values);
@@ -143,19 +150,24 @@ struct RowSet {
 
  private:
   size_t Col(int field) const { return static_cast<size_t>(field); }
-  // Fields found by name, by a hash of the name folded to lower case: a
-  // report reads rs["Value"] on every row, and a scan of a SELECT * of
-  // thirty fields per read was a twentieth of a listing's run. An entry is
-  // the first field of that name (what the scan found) and is checked
-  // against the name before it is used; fields are only appended, so it
-  // stays the first. Small, as a server snapshot keeps thousands of small
-  // lookup results.
-  mutable std::array<int16_t, 16> found_fields_ = FreeFoundFields();
-  static std::array<int16_t, 16> FreeFoundFields() {
-    std::array<int16_t, 16> a;
-    a.fill(-1);
-    return a;
-  }
+  // Fields found by name: every field's name folded to lower case in one
+  // open-addressed table, built at the first lookup. A report reads
+  // rs["Value"] on every row; a scan of a SELECT * of thirty fields per
+  // read was a twentieth of a listing's run, and a cache of the last few
+  // names still missed whenever a row read more names than it held (the
+  // patient list reads sixteen). A pointer, shared by the copies of the
+  // rows, while no lookup has run: a server snapshot keeps thousands of
+  // small lookup results. The table knows how many fields it was built on
+  // and is built again when fields have been added since.
+  struct NameTable {
+    struct Slot {
+      uint32_t hash = 0;
+      int index = -1;  // -1: a free slot
+    };
+    size_t field_count = 0;
+    std::vector<Slot> slots;  // a power of two, at most half full
+  };
+  mutable std::shared_ptr<const NameTable> names_;
   // Gives the store a column for every field.
   void SyncColumns();
   ColumnStore cells_;

@@ -100,26 +100,32 @@ class SqliteStatement : public EngineStatement {
     }
   }
 
+  // The column's value is taken once and read with the sqlite3_value
+  // calls: each sqlite3_column_* call checks the statement and its row
+  // again, three times for a text, and a large result reads millions of
+  // values. The value is the statement's own (unprotected), which is safe
+  // here as a connection serves one thread at a time.
   bool ColumnView(int column, StoredView* out) const override {
-    switch (sqlite3_column_type(stmt_, column)) {
+    sqlite3_value* v = sqlite3_column_value(stmt_, column);
+    switch (sqlite3_value_type(v)) {
       case SQLITE_INTEGER:
         out->cls = StoredView::Class::Integer;
-        out->integer = sqlite3_column_int64(stmt_, column);
+        out->integer = sqlite3_value_int64(v);
         return true;
       case SQLITE_FLOAT:
         out->cls = StoredView::Class::Float;
-        out->number = sqlite3_column_double(stmt_, column);
+        out->number = sqlite3_value_double(v);
         return true;
       case SQLITE_TEXT: {
-        auto* p = reinterpret_cast<const char*>(sqlite3_column_text(stmt_, column));
+        auto* p = reinterpret_cast<const char*>(sqlite3_value_text(v));
         out->cls = StoredView::Class::Text;
-        out->bytes = std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(stmt_, column)));
+        out->bytes = std::string_view(p, static_cast<size_t>(sqlite3_value_bytes(v)));
         return true;
       }
       case SQLITE_BLOB: {
-        auto* p = static_cast<const char*>(sqlite3_column_blob(stmt_, column));
+        auto* p = static_cast<const char*>(sqlite3_value_blob(v));
         out->cls = StoredView::Class::Blob;
-        out->bytes = std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(stmt_, column)));
+        out->bytes = std::string_view(p, static_cast<size_t>(sqlite3_value_bytes(v)));
         return true;
       }
       default:

@@ -64,17 +64,8 @@ int Sign(T a, T b) {
 
 std::string Lower(std::string_view s) {
   std::string out(s);
-  for (auto& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  for (auto& c : out) c = FoldCase(c);
   return out;
-}
-
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i)
-    if (std::tolower(static_cast<unsigned char>(a[i])) !=
-        std::tolower(static_cast<unsigned char>(b[i])))
-      return false;
-  return true;
 }
 
 int CompareValues(const Variant& a, const Variant& b) {

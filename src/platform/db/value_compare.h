@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "common/variant.h"
 
@@ -23,9 +24,17 @@ int CompareValues(const Variant& a, const Variant& b);
 // relate to nothing.
 std::optional<std::string> RelateKey(const Variant& v);
 
+// ASCII lower case of one byte; other bytes as they are.
+inline char FoldCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 // ASCII lower case.
 std::string Lower(std::string_view s);
-// Equal ignoring ASCII case.
-bool EqualsNoCase(std::string_view a, std::string_view b);
+// Equal ignoring ASCII case. Inline: a report finds its fields by name
+// for every value it reads.
+inline bool EqualsNoCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i)
+    if (FoldCase(a[i]) != FoldCase(b[i])) return false;
+  return true;
+}
 
 }  // namespace orv::db

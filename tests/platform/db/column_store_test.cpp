@@ -154,5 +154,61 @@ TEST(ColumnStore, LargeStoresKeepEveryCellAcrossChunksAndBlocks) {
   EXPECT_EQ(store.IntegerAt(0, 1), 0);
 }
 
+TEST(ColumnStore, CellsPushedRowByRowKeepTheirKinds) {
+  // A result read cell by cell: whole numbers with a Null now and then,
+  // text in every row, dates that stop for Nulls partway through a chunk.
+  // Most chunks hold cells of one kind; a cell of another kind, pushed or
+  // written later, must change that cell alone.
+  constexpr size_t kRows = 10000;
+  auto number = [](size_t r) { return r % 4096 == 100 ? Variant::Null() : Variant(static_cast<int>(r)); };
+  auto text = [](size_t r) { return "Patient " + std::to_string(r); };
+  auto day = [](size_t r) {
+    return r >= 9000 ? Variant::Null() : Variant(DateTime::FromParts(2026, 1, 1 + static_cast<int>(r % 300)));
+  };
+  ColumnStore store;
+  for (int c = 0; c < 3; ++c) store.AddColumn();
+  for (size_t r = 0; r < kRows; ++r) {
+    const Variant n = number(r);
+    if (n.IsNull())
+      store.PushCell(0, ColumnStore::Kind::Null, 0);
+    else
+      store.PushCell(0, ColumnStore::Kind::Long, static_cast<uint64_t>(r));
+    store.PushBytes(1, ColumnStore::Kind::String, text(r));
+    store.PushValue(2, day(r));
+    ASSERT_EQ(store.EndRow(), r);
+  }
+  auto check = [&](size_t r) {
+    ASSERT_EQ(store.Get(r, 0), number(r)) << r;
+    ASSERT_EQ(store.TypeAt(r, 0), number(r).type()) << r;
+    ASSERT_EQ(store.Get(r, 1), Variant(text(r))) << r;
+    ASSERT_EQ(store.Get(r, 2), day(r)) << r;
+  };
+  for (size_t r = 0; r < kRows; ++r) check(r);
+  // One cell of a chunk of texts becomes a number, then text again.
+  store.Set(5000, 1, Variant(7));
+  EXPECT_EQ(store.Get(5000, 1), Variant(7));
+  EXPECT_EQ(store.Get(4999, 1), Variant(text(4999)));
+  EXPECT_EQ(store.Get(5001, 1), Variant(text(5001)));
+  EXPECT_EQ(store.Compare(4999, 5000, 1), CompareValues(Variant(text(4999)), Variant(7)));
+  store.Set(5000, 1, Variant(text(5000)));
+  // Rows dropped across the edge of a chunk and the change of kind, then
+  // rows added both ways; a column added now is Empty throughout.
+  while (store.RowCount() > 8000) store.PopRow();
+  const size_t added = store.AppendRow();
+  store.PushValue(0, Variant(-1));
+  store.PushValue(1, Variant("pushed"));
+  store.PushValue(2, Variant::Null());
+  store.EndRow();
+  store.AddColumn();
+  for (size_t r = 0; r < 8000; ++r) {
+    check(r);
+    ASSERT_TRUE(store.Get(r, 3).IsEmpty()) << r;
+  }
+  for (size_t c = 0; c < 3; ++c) EXPECT_TRUE(store.Get(added, c).IsNull()) << c;
+  EXPECT_EQ(store.Get(added + 1, 0), Variant(-1));
+  EXPECT_EQ(store.Get(added + 1, 1), Variant("pushed"));
+  EXPECT_TRUE(store.Get(added + 1, 2).IsNull());
+}
+
 }  // namespace
 }  // namespace orv::db

@@ -99,6 +99,35 @@ TEST(FieldType, StoredValuesBecomeTheCellsValueOfKindMakes) {
   EXPECT_GT(taken, 100);
 }
 
+TEST(FieldType, IsoDateTimesOfOneDayInARowKeepTheirOwnTimes) {
+  // Read in this order, as a result gives them: the same day with other
+  // times, a day before the base day, a bad time or a bad day after a good
+  // text of the same day.
+  struct Case {
+    const char* text;
+    std::optional<DateTime> expected;
+  } cases[] = {
+      {"2026-11-03", DateTime::FromParts(2026, 11, 3)},
+      {"2026-11-03 14:05:09", DateTime::FromParts(2026, 11, 3, 14, 5, 9)},
+      {"2026-11-03 00:00:01", DateTime::FromParts(2026, 11, 3, 0, 0, 1)},
+      {"2026-11-03 25:00:00", std::nullopt},
+      {"2026-11-03T23:59", DateTime::FromParts(2026, 11, 3, 23, 59, 0)},
+      {"2026-11-04 08:00:00", DateTime::FromParts(2026, 11, 4, 8, 0, 0)},
+      {"1899-12-29 06:00:00", DateTime::FromParts(1899, 12, 29, 6, 0, 0)},
+      {"1899-12-29 18:00:00", DateTime::FromParts(1899, 12, 29, 18, 0, 0)},
+      {"1899-12-29", DateTime::FromParts(1899, 12, 29)},
+      {"2026-02-29 10:00:00", std::nullopt},
+      {"2026-11-03 14:05:09.5", DateTime(DateTime::FromParts(2026, 11, 3, 14, 5, 9).serial() + 0.5 / 86400)},
+  };
+  for (const auto& c : cases) {
+    const std::optional<DateTime> got = ParseIsoDateTime(c.text);
+    ASSERT_EQ(got.has_value(), c.expected.has_value()) << c.text;
+    if (got) {
+      EXPECT_EQ(got->serial(), c.expected->serial()) << c.text;
+    }
+  }
+}
+
 TEST(FieldType, IsoDateTimeRejectsNonsense) {
   for (const char* t : {"2026-02-30", "2026-11-03 25:00:00", "2026-11-03 10", "20261103", "2026-11-03 10:00:00x"})
     EXPECT_FALSE(ParseIsoDateTime(t).has_value()) << t;

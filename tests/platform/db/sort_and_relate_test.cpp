@@ -128,6 +128,68 @@ TEST(SortAndRelate, SortOrdersColumnsOfOneKindAsCompareValuesDoes) {
   }
 }
 
+TEST(SortAndRelate, SortsOnSeveralKeysOrderAsCompareValuesDoesKeyByKey) {
+  // A listing sorted by provider, date and name, as the reports sort: few
+  // providers, dates in runs of one day, names that recur, Nulls among
+  // them, and each key ascending or descending. Rows with equal keys keep
+  // their order.
+  constexpr int kRows = 3000;
+  const char* providers[] = {"Nadeau", "adams", "Ouellet", "Côté"};
+  Recordset rs;
+  rs.Fields().Append("Seq", adInteger);
+  rs.Fields().Append("Provider", adVarChar, 40);
+  rs.Fields().Append("Day", adDBTimeStamp);
+  rs.Fields().Append("Name", adVarChar, 40);
+  rs.Fields().Append("Amount", adCurrency);
+  rs.Open();
+  std::vector<std::vector<Variant>> rows;
+  uint32_t seed = 7;
+  auto next = [&](uint32_t n) {
+    seed = seed * 1103515245u + 12345u;
+    return (seed >> 8) % n;
+  };
+  for (int i = 0; i < kRows; ++i) {
+    std::vector<Variant> row = {
+        Variant(i),
+        next(50) == 0 ? Variant::Null() : Variant(providers[next(4)]),
+        Variant(DateTime::FromParts(2026, 1, 1 + i / 40, 0, 0, 0)),
+        next(30) == 0 ? Variant::Null() : Variant("Patient " + std::to_string(next(400))),
+        Variant(Currency::FromRaw(static_cast<int64_t>(next(2000)) * 2500 - 2500000)),
+    };
+    rs.AddNew();
+    for (size_t f = 1; f < row.size(); ++f) rs[static_cast<long>(f)].Value(row[f]);
+    rs["Seq"].Value(row[0]);
+    rows.push_back(std::move(row));
+  }
+  rs.Update();
+  struct Case {
+    const char* sort;
+    std::vector<std::pair<int, bool>> keys;  // field, descending
+  } cases[] = {
+      {"Provider, Day, Name", {{1, false}, {2, false}, {3, false}}},
+      {"Provider DESC, Day, Name DESC", {{1, true}, {2, false}, {3, true}}},
+      {"Day DESC, Amount", {{2, true}, {4, false}}},
+      {"Amount DESC, Provider", {{4, true}, {1, false}}},
+      {"Name, Amount DESC, Day DESC", {{3, false}, {4, true}, {2, true}}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.sort);
+    std::vector<int> want(kRows);
+    std::iota(want.begin(), want.end(), 0);
+    std::stable_sort(want.begin(), want.end(), [&](int a, int b) {
+      for (const auto& [field, descending] : c.keys) {
+        const int r = CompareValues(rows[a][field], rows[b][field]);
+        if (r != 0) return descending ? r > 0 : r < 0;
+      }
+      return false;
+    });
+    rs.Sort(c.sort);
+    std::vector<int> got;
+    for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) got.push_back(CLng(rs["Seq"].Value()));
+    EXPECT_EQ(got, want);
+  }
+}
+
 TEST(SortAndRelate, WholeNumberKeysAreTheKeysRelateKeyGives) {
   RowSet rows;
   rows.fields = {FieldInfo{"A"}, FieldInfo{"B"}};
