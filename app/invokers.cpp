@@ -2,7 +2,6 @@
 
 #include <climits>
 #include <cstdint>
-#include <regex>
 #include <stdexcept>
 
 #include "common/errors.h"
@@ -93,16 +92,40 @@ std::optional<int64_t> ParseWholeNumber(const std::string& text, int64_t min, in
   return value;
 }
 
+namespace {
+
+// Reads `min` to `max` digits at `i` into `value`; false when fewer stand
+// there.
+template <typename Int>
+bool Digits(const std::string& text, size_t& i, int min, int max, Int& value) {
+  value = 0;
+  int n = 0;
+  while (n < max && i < text.size() && text[i] >= '0' && text[i] <= '9') {
+    value = value * 10 + (text[i++] - '0');
+    ++n;
+  }
+  return n >= min;
+}
+
+}  // namespace
+
 std::optional<DateTime> ParseDateArgument(const std::string& text) {
   // yyyy-mm-dd, then optionally a blank or "T" and hh:mm or hh:mm:ss. The
   // database's dates start in 1753, so earlier ones are no dates here.
-  static const std::regex form(
-      R"((\d{4})-(\d{1,2})-(\d{1,2})(?:[ T](\d{1,2}):(\d{2})(?::(\d{2}))?)?)");
-  std::smatch m;
-  if (!std::regex_match(text, m, form)) return std::nullopt;
-  int year = std::stoi(m[1]), month = std::stoi(m[2]), day = std::stoi(m[3]);
-  int hour = m[4].matched ? std::stoi(m[4]) : 0, minute = m[5].matched ? std::stoi(m[5]) : 0;
-  int second = m[6].matched ? std::stoi(m[6]) : 0;
+  // Scanned by hand: every run parses --today.
+  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+  size_t i = 0;
+  auto sep = [&](char c) { return i < text.size() && text[i] == c && (++i, true); };
+  if (!Digits(text, i, 4, 4, year) || !sep('-') || !Digits(text, i, 1, 2, month) || !sep('-') ||
+      !Digits(text, i, 1, 2, day))
+    return std::nullopt;
+  if (i < text.size()) {
+    if (!(sep(' ') || sep('T')) || !Digits(text, i, 1, 2, hour) || !sep(':') ||
+        !Digits(text, i, 2, 2, minute))
+      return std::nullopt;
+    if (i < text.size() && (!sep(':') || !Digits(text, i, 2, 2, second))) return std::nullopt;
+    if (i < text.size()) return std::nullopt;
+  }
   static const int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
   if (year < 1753 || month < 1 || month > 12) return std::nullopt;
@@ -110,6 +133,22 @@ std::optional<DateTime> ParseDateArgument(const std::string& text) {
   if (hour > 23 || minute > 59 || second > 59) return std::nullopt;
   return DateTime::FromParts(year, month, day, hour, minute, second);
 }
+
+namespace {
+
+// An optional sign, 1 to 15 digits, then optionally a point and 1 to 4
+// digits.
+bool IsPlainAmount(const std::string& text) {
+  size_t i = text.empty() || (text[0] != '-' && text[0] != '+') ? 0 : 1;
+  int64_t whole = 0, cents = 0;
+  if (!Digits(text, i, 1, 15, whole)) return false;
+  if (i == text.size()) return true;
+  if (text[i] != '.') return false;
+  ++i;
+  return Digits(text, i, 1, 4, cents) && i == text.size();
+}
+
+}  // namespace
 
 Variant ParseArgument(const Param& p, const std::string& text) {
   auto bad = [&](const std::string& want) {
@@ -150,8 +189,7 @@ Variant ParseArgument(const Param& p, const std::string& text) {
   if (t == "Currency") {
     // Plain decimal text with at most four decimals, within the money
     // type's range (a wider value would wrap).
-    static const std::regex money(R"([-+]?\d{1,15}(\.\d{1,4})?)");
-    if (!std::regex_match(text, money))
+    if (!IsPlainAmount(text))
       throw bad("an amount with up to four decimals, e.g. 125.50");
     try {
       return Variant(Currency::FromDecimalText(text));

@@ -135,6 +135,63 @@ TEST(TextLayout, SingleLineWidthIsTheWidthBreakLinesGives) {
   }
 }
 
+// Cells of a few lines between line breaks keep ShortLines in place of
+// BreakLines' lines: the same lines, the same texts and widths bit for bit,
+// and a refusal wherever BreakLines would wrap, trim or tab.
+TEST(TextLayout, ShortLinesAreTheLinesBreakLinesGives) {
+  auto measure = [](std::string_view s) {
+    size_t n = 0;
+    for (unsigned char ch : s) n += (ch & 0xC0) != 0x80;
+    return Twips(100.1 * double(n) + 0.37);
+  };
+  const double own = measure("abcd").value();
+  struct Case {
+    const char* name;
+    const char* text;
+    double room;
+    bool wrap;
+    bool short_lines;  // every line fits whole and none holds a tab
+  } cases[] = {
+      {"two phone numbers", "555-0100 [12]\r\n555-0199", 5000, true, true},
+      {"lone line feeds and returns", "a\nb\rc", 5000, true, true},
+      {"an empty second line", "Jun/04/1980\r\n", 5000, true, true},
+      {"an empty first line", "\r\nAcme Dental Plan", 5000, true, true},
+      {"two breaks in a row", "a\r\n\r\nb", 5000, true, true},
+      {"blanks at the ends stay", "  Emma  \r\n b ", 5000, true, true},
+      {"one line", "Abernathy, Farid", 5000, true, true},
+      {"empty", "", 5000, true, true},
+      {"a line exactly as wide as the room", "ab\r\nabcd", own, true, true},
+      {"accents", "\xC3\xA9t\xC3\xA9\r\n\xC3\xA0", 5000, true, true},
+      {"a second line that wraps", "a\r\nabc def ghi", 750, true, false},
+      {"a hyphenated name that breaks", "x\nSmith-Jones", 700, true, false},
+      {"a word wider than the room", "ab\r\nabcdefghij", 400, true, false},
+      {"without wrapping, wider than the room", "a\nabc def ghi", 300, false, false},
+      {"a tab", "a\r\nb\tc", 5000, true, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::vector<ShortLine> got{{7, 7, Twips(7)}};  // what was there stays
+    ASSERT_EQ(ShortLines(c.text, measure, Twips(c.room), c.wrap, got), c.short_lines);
+    ASSERT_EQ(got.front().offset, 7u);
+    if (!c.short_lines) {
+      EXPECT_EQ(got.size(), 1u);
+      continue;
+    }
+    const std::string_view text = c.text;
+    const auto lines = BreakLines(text, measure, Twips(c.room), Twips(c.room), c.wrap);
+    ASSERT_EQ(got.size(), lines.size() + 1);
+    for (size_t i = 0; i < lines.size(); ++i) {
+      const ShortLine& line = got[i + 1];
+      const std::string piece(text.substr(line.offset, line.length));
+      EXPECT_EQ(piece.empty() ? std::string() : lines[i].segments.at(0).text, piece) << i;
+      EXPECT_EQ(lines[i].segments.size(), piece.empty() ? 0u : 1u) << i;
+      const double w = line.width.value(), want = lines[i].width.value();
+      EXPECT_EQ(std::memcmp(&w, &want, sizeof w), 0) << i << ": " << w << " against " << want;
+      EXPECT_LE(w, c.room) << i;
+    }
+  }
+}
+
 TEST(TextLayout, TabsAdvanceToTheNextHalfInchStop) {
   struct Case {
     const char* text;

@@ -1,7 +1,12 @@
 #include "frame/surface/font_metrics.h"
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <mutex>
 #include <tuple>
@@ -11,12 +16,44 @@
 namespace orv::frame {
 namespace {
 
+// The bytes of a font file, mapped rather than read: loading touches only
+// the few tables it parses, not the glyph outlines that make up most of
+// the file.
+class MappedFile {
+ public:
+  explicit MappedFile(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) throw SurfaceError("Font file not found: " + path);
+    struct stat st {};
+    if (::fstat(fd, &st) == 0 && st.st_size > 0) {
+      void* p = ::mmap(nullptr, size_t(st.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
+      if (p != MAP_FAILED) {
+        data_ = static_cast<const uint8_t*>(p);
+        size_ = size_t(st.st_size);
+      }
+    }
+    ::close(fd);
+    // An empty or unmappable file reads as no bytes: damaged.
+  }
+  ~MappedFile() {
+    if (data_) ::munmap(const_cast<uint8_t*>(data_), size_);
+  }
+  MappedFile(const MappedFile&) = delete;
+  MappedFile& operator=(const MappedFile&) = delete;
+  const uint8_t* data() const { return data_; }
+  size_t size() const { return size_; }
+
+ private:
+  const uint8_t* data_ = nullptr;
+  size_t size_ = 0;
+};
+
 // Big-endian readers with bounds checks: a truncated file is an error, never
 // a read past the buffer.
 class Reader {
  public:
-  explicit Reader(const std::vector<uint8_t>& data, const std::string& path)
-      : d_(data), path_(path) {}
+  Reader(const MappedFile& file, const std::string& path)
+      : d_(file.data()), size_(file.size()), path_(path) {}
   uint16_t U16(size_t at) const {
     Need(at, 2);
     return uint16_t(d_[at] << 8 | d_[at + 1]);
@@ -28,16 +65,21 @@ class Reader {
            d_[at + 3];
   }
   void Need(size_t at, size_t n) const {
-    if (at + n > d_.size() || at + n < at) throw SurfaceError("Damaged font file: " + path_);
+    if (at + n > size_ || at + n < at) throw SurfaceError("Damaged font file: " + path_);
+  }
+  std::string_view Tag(size_t at) const {
+    Need(at, 4);
+    return std::string_view(reinterpret_cast<const char*>(d_ + at), 4);
   }
 
  private:
-  const std::vector<uint8_t>& d_;
+  const uint8_t* d_;
+  size_t size_;
   const std::string& path_;
 };
 
 struct TableDirectory {
-  std::map<std::string, size_t> offsets;
+  std::map<std::string, size_t, std::less<>> offsets;
   size_t Find(const std::string& tag, const std::string& path) const {
     auto it = offsets.find(tag);
     if (it == offsets.end()) throw SurfaceError("Font file lacks the " + tag + " table: " + path);
@@ -45,9 +87,10 @@ struct TableDirectory {
   }
 };
 
-// Glyph index of every BMP code point from a format 4 subtable.
-std::vector<uint16_t> ReadFormat4(const Reader& r, size_t sub) {
-  std::vector<uint16_t> glyphs(0x10000, 0);
+// Calls glyph(c, g) for every BMP code point c that a format 4 subtable
+// maps, in the subtable's order.
+template <typename F>
+void ReadFormat4(const Reader& r, size_t sub, F&& glyph) {
   const int segs = r.U16(sub + 6) / 2;
   const size_t ends = sub + 14, starts = ends + 2 * segs + 2, deltas = starts + 2 * segs,
                ranges = deltas + 2 * segs;
@@ -63,39 +106,35 @@ std::vector<uint16_t> ReadFormat4(const Reader& r, size_t sub) {
         g = r.U16(at);
         if (g != 0) g = uint16_t(g + delta);
       }
-      glyphs[c] = g;
+      glyph(c, g);
     }
   }
-  return glyphs;
 }
 
-// Glyph index of every BMP code point from a format 12 subtable.
-std::vector<uint16_t> ReadFormat12(const Reader& r, size_t sub) {
-  std::vector<uint16_t> glyphs(0x10000, 0);
+// The same for a format 12 subtable.
+template <typename F>
+void ReadFormat12(const Reader& r, size_t sub, F&& glyph) {
   const uint32_t groups = r.U32(sub + 12);
   for (uint32_t i = 0; i < groups; ++i) {
     const size_t at = sub + 16 + 12 * size_t(i);
-    const uint32_t first = r.U32(at), last = r.U32(at + 4), glyph = r.U32(at + 8);
-    for (uint32_t c = first; c <= last && c < 0x10000; ++c) glyphs[c] = uint16_t(glyph + c - first);
+    const uint32_t first = r.U32(at), last = r.U32(at + 4), start = r.U32(at + 8);
+    for (uint32_t c = first; c <= last && c < 0x10000; ++c) glyph(c, uint16_t(start + c - first));
   }
-  return glyphs;
 }
 
 }  // namespace
 
 std::shared_ptr<const FontMetrics> FontMetrics::Load(const std::string& path,
                                                      bool synthetic_bold) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) throw SurfaceError("Font file not found: " + path);
-  std::vector<uint8_t> data((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  Reader r(data, path);
+  const MappedFile file(path);
+  const Reader r(file, path);
 
   TableDirectory dir;
   const int tables = r.U16(4);
   for (int i = 0; i < tables; ++i) {
     const size_t rec = 12 + 16 * size_t(i);
     r.Need(rec, 16);
-    dir.offsets[std::string(reinterpret_cast<const char*>(&data[rec]), 4)] = r.U32(rec + 8);
+    dir.offsets[std::string(r.Tag(rec))] = r.U32(rec + 8);
   }
 
   auto m = std::make_shared<FontMetrics>();
@@ -113,9 +152,10 @@ std::shared_ptr<const FontMetrics> FontMetrics::Load(const std::string& path,
   const int metrics = r.U16(hhea + 34);
   if (metrics == 0) throw SurfaceError("Damaged font file: " + path);
 
-  // Prefer the full Unicode subtable (3,10) and fall back to the BMP one (3,1).
-  std::vector<uint16_t> glyphs;
-  int best = -1;
+  // Prefer the full Unicode subtable (3,10) and fall back to the BMP one
+  // (3,1); of equals, the first.
+  size_t best_sub = 0;
+  int best = -1, best_format = 0;
   const int subtables = r.U16(cmap + 2);
   for (int i = 0; i < subtables; ++i) {
     const size_t rec = cmap + 4 + 8 * size_t(i);
@@ -130,8 +170,9 @@ std::shared_ptr<const FontMetrics> FontMetrics::Load(const std::string& path,
     else if (platform == 0 && format == 4)
       rank = 1;
     if (rank > best) {
-      glyphs = format == 12 ? ReadFormat12(r, sub) : ReadFormat4(r, sub);
       best = rank;
+      best_sub = sub;
+      best_format = format;
     }
   }
   if (best < 0) throw SurfaceError("Font file has no Unicode character map: " + path);
@@ -146,10 +187,35 @@ std::shared_ptr<const FontMetrics> FontMetrics::Load(const std::string& path,
     const uint32_t a = advance_of(glyph);
     return a == 0 ? 0 : a * kSubUnits + extra;
   };
+  // A character the font does not map takes the missing glyph's advance.
   m->missing_advance_ = advance(0);
-  m->advances_.resize(0x10000);
-  for (uint32_t c = 0; c < 0x10000; ++c) m->advances_[c] = advance(glyphs[c]);
+  m->direct_.fill(m->missing_advance_);
+  auto mapped = [&](uint32_t c, uint16_t glyph) {
+    const uint32_t a = advance(glyph);
+    if (c < kDirect)
+      m->direct_[c] = a;
+    else
+      m->beyond_.emplace_back(c, a);
+  };
+  if (best_format == 12)
+    ReadFormat12(r, best_sub, mapped);
+  else
+    ReadFormat4(r, best_sub, mapped);
+  // Subtables list their ranges in order, but nothing forbids overlaps: the
+  // last mapping of a character counts, as it would in a flat table.
+  std::stable_sort(m->beyond_.begin(), m->beyond_.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  auto last = std::unique(m->beyond_.rbegin(), m->beyond_.rend(),
+                          [](const auto& a, const auto& b) { return a.first == b.first; });
+  m->beyond_.erase(m->beyond_.begin(), last.base());
+  m->beyond_.shrink_to_fit();
   return m;
+}
+
+uint32_t FontMetrics::Beyond(char32_t c) const {
+  auto it = std::lower_bound(beyond_.begin(), beyond_.end(), c,
+                             [](const auto& entry, char32_t key) { return entry.first < key; });
+  return it != beyond_.end() && it->first == c ? it->second : missing_advance_;
 }
 
 char32_t NextCodePoint(std::string_view s, size_t& i) {
@@ -178,7 +244,7 @@ int64_t FontMetrics::Units(std::string_view utf8) const {
   while (i < utf8.size()) {
     const auto b = static_cast<unsigned char>(utf8[i]);
     if (b < 0x80) {  // the common case, without the decoder
-      sum += advances_[b];
+      sum += direct_[b];
       ++i;
     } else {
       sum += Advance(NextCodePoint(utf8, i));
@@ -234,7 +300,13 @@ ResolvedFont FontLibrary::Resolve(std::string_view family, bool bold, bool itali
   std::lock_guard lock(mu);
   const std::string key = Lower(family);
   auto found = cache.find({key, bold, italic});
-  if (found != cache.end()) return found->second;
+  if (found != cache.end()) {
+    // The face names what this caller asked for ("tahoma" or "Tahoma"),
+    // not what the first caller of the process did.
+    ResolvedFont out = found->second;
+    out.face.family = std::string(family);
+    return out;
+  }
 
   const Family* fam = &kFamilies[3];
   for (const auto& f : kFamilies)

@@ -7,10 +7,12 @@
 // it either, so measured and painted widths agree.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/render/display_list.h"
@@ -18,8 +20,12 @@
 
 namespace orv::frame {
 
-// Metrics of one font file. Advances of the Basic Multilingual Plane are read
-// into a flat table once, which makes measuring a string a sum of lookups.
+// Metrics of one font file. Advances of the first 2,048 code points (the
+// Latin, Greek and Cyrillic scripts and their accents) sit in a flat table,
+// which makes measuring a string a sum of lookups; the rest of the Basic
+// Multilingual Plane that the font maps is kept sorted and searched. Only
+// the tables named above are read from the file, so loading a font costs
+// little more than its character map.
 class FontMetrics {
  public:
   // Reads the file; throws SurfaceError when it is missing or not TrueType.
@@ -41,9 +47,7 @@ class FontMetrics {
   static constexpr int kSubUnits = 24;
   // Advance of one character in 24ths of a font unit; characters the font
   // lacks take the advance of its missing-glyph shape.
-  uint32_t Advance(char32_t c) const {
-    return c < advances_.size() ? advances_[c] : missing_advance_;
-  }
+  uint32_t Advance(char32_t c) const { return c < kDirect ? direct_[c] : Beyond(c); }
   // Sum of the advances of a UTF-8 string, in 24ths of a font unit.
   int64_t Units(std::string_view utf8) const;
 
@@ -61,8 +65,14 @@ class FontMetrics {
   int units_per_em_ = 2048;
   int ascent_ = 0;
   int descent_ = 0;
+  static constexpr char32_t kDirect = 0x800;
+  uint32_t Beyond(char32_t c) const;
+
   uint32_t missing_advance_ = 0;
-  std::vector<uint32_t> advances_;  // indexed by code point, 0..0xFFFF
+  std::array<uint32_t, kDirect> direct_{};  // indexed by code point
+  // (code point, advance) from kDirect to 0xFFFF, in code point order, for
+  // the characters the font maps.
+  std::vector<std::pair<char32_t, uint32_t>> beyond_;
 };
 
 // A font as the reports name it, resolved to a file and its metrics.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <unordered_map>
 #include <utility>
 
 #include "frame/surface/surface.h"
@@ -241,8 +240,18 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   // lines the row heights broke them into for drawing, up to a bound, so
   // that a table of thousands of such cells does not hold all their lines
   // at once; past it they are broken again when drawn.
+  // Cells of a few whole lines between line breaks (an address, two phone
+  // numbers on two lines) keep them as places in their text (ShortLines),
+  // for every cell: `short_of` says which of `short_lines` are a cell's.
+  struct ShortSpan {
+    uint32_t first = 0, count = 0;
+  };
+  std::vector<ShortLine> short_lines;
+  std::vector<ShortSpan> short_of(draw ? size_t(nrows) * ncols : 0);
+  // The others are kept by cell number (row * columns + column), made in
+  // rising order.
   constexpr size_t kKeptBroken = 4096;
-  std::unordered_map<size_t, CellLines> broken;
+  std::vector<std::pair<size_t, CellLines>> broken;
 
   // 1. Row heights: the tallest cell that does not span rows, with the row's
   //    margins; a row spanned over takes no extra height from that cell.
@@ -272,10 +281,21 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
         if (draw) one_line[size_t(drawn[k]) * ncols + c] = *width;
         continue;
       }
+      const size_t before = short_lines.size();
+      if (ShortLines(cell.text, Measurer(cf.font.metrics, cf.size), room, cell.attr.no_wrap <= 0,
+                     short_lines)) {
+        const size_t count = short_lines.size() - before;
+        h = std::max(h, lh * double(count));
+        if (draw)
+          short_of[size_t(drawn[k]) * ncols + c] = {uint32_t(before), uint32_t(count)};
+        else
+          short_lines.resize(before);
+        continue;
+      }
       CellLines cl = cell_lines(cell, cf, room);
       h = std::max(h, lh * double(cl.lines.size()));
       if (draw && broken.size() < kKeptBroken)
-        broken.emplace(size_t(drawn[k]) * ncols + c, std::move(cl));
+        broken.emplace_back(size_t(drawn[k]) * ncols + c, std::move(cl));
     }
     heights[k] = std::max(h + kCellPadY * 2 + row.margin_top + row.margin_bottom, row.min_height);
   }
@@ -354,19 +374,26 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     const Twips room = box.width - pad_x * 2;
     const Twips kept = one_line[size_t(r) * ncols + c];  // drawing: one_line is full
     const bool one = !std::isnan(kept.value());
+    const ShortSpan shorts = short_of[size_t(r) * ncols + c];
+    const ShortLine* short_line = short_lines.data() + shorts.first;
     CellLines fresh{{}, cf.size};
     const CellLines* kept_lines = nullptr;
-    if (!one) {
-      const auto it = broken.find(size_t(r) * ncols + c);
-      if (it != broken.end())
+    if (!one && shorts.count == 0) {
+      const size_t cell_number = size_t(r) * ncols + c;
+      const auto it =
+          std::lower_bound(broken.begin(), broken.end(), cell_number,
+                           [](const auto& kept, size_t number) { return kept.first < number; });
+      if (it != broken.end() && it->first == cell_number)
         kept_lines = &it->second;
       else
         fresh = cell_lines(cell, cf, room);
     }
     const CellLines& cl = kept_lines ? *kept_lines : fresh;
     const auto& lines = cl.lines;
-    const size_t nlines = one ? 1 : lines.size();
-    auto line_width = [&](size_t i) { return one ? kept : lines[i].width; };
+    const size_t nlines = one ? 1 : shorts.count > 0 ? shorts.count : lines.size();
+    auto line_width = [&](size_t i) {
+      return one ? kept : shorts.count > 0 ? short_line[i].width : lines[i].width;
+    };
     // tcAlign codes run left, centre, right in threes, each top, middle,
     // bottom; without one the column's flags decide.
     int h = table.columns[c].align, v = table.columns[c].tilde ? 1 : 0;
@@ -404,6 +431,10 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       const Twips x = text_x + AlignOffset(h, text_room, line_width(i));
       if (one)
         EmitSegment(cell.text, x, Twips(0), kept, line_top, cf.font, cl.size, color, clip, cf.size);
+      else if (shorts.count > 0)
+        EmitSegment(std::string_view(cell.text).substr(short_line[i].offset, short_line[i].length),
+                    x, Twips(0), short_line[i].width, line_top, cf.font, cl.size, color, clip,
+                    cf.size);
       else
         EmitLine(lines[i], x, line_top, cf.font, cl.size, color, clip, cf.size);
     }

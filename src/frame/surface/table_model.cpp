@@ -142,7 +142,15 @@ void Table::Add(std::string_view format, std::string_view header, std::string_vi
   const bool fresh = !append || columns.empty();
   if (fresh) {
     // Parse before changing anything, so a bad format leaves the table as it was.
-    auto cols = ParseFormat(format);
+    // A list that prints each record as a table of its own passes the same
+    // format thousands of times: the last one parsed is kept per thread.
+    thread_local std::string last_format;
+    thread_local std::vector<ColumnFormat> last_columns;
+    if (last_columns.empty() || format != last_format) {
+      last_columns = ParseFormat(format);
+      last_format.assign(format);
+    }
+    std::vector<ColumnFormat> cols = last_columns;
     *this = Table();
     columns = std::move(cols);
   }

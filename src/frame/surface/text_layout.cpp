@@ -150,26 +150,30 @@ std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure
   return lines;
 }
 
-std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& measure, Twips room,
-                                     bool wrap) {
-  // BreakLines' walk over blanks, words and word pieces, with its sums in
-  // the same order, stopping where it would do more than add to the line.
+namespace {
+
+// The width BreakLines gives `line` when it sets it as one piece that fits
+// `room`, summed as BreakLines sums it (blanks, words and word pieces, in
+// order); nothing when a piece would wrap or the text holds a tab or line
+// break. An empty line is no width.
+std::optional<Twips> WholeLineWidth(std::string_view line, const MeasureFn& measure, Twips room,
+                                    bool wrap) {
   Twips x;
   size_t i = 0;
-  while (i < text.size()) {
-    const char c = text[i];
+  while (i < line.size()) {
+    const char c = line[i];
     if (c == '\r' || c == '\n' || c == '\t') return std::nullopt;
     size_t j = i;
     if (c == ' ') {
-      while (j < text.size() && text[j] == ' ') ++j;
-      x += measure(text.substr(i, j - i));
+      while (j < line.size() && line[j] == ' ') ++j;
+      x += measure(line.substr(i, j - i));
       i = j;
       continue;
     }
-    while (j < text.size() && text[j] != ' ' && text[j] != '\t' && text[j] != '\r' &&
-           text[j] != '\n')
+    while (j < line.size() && line[j] != ' ' && line[j] != '\t' && line[j] != '\r' &&
+           line[j] != '\n')
       ++j;
-    std::string_view word = text.substr(i, j - i);
+    std::string_view word = line.substr(i, j - i);
     while (!word.empty()) {
       const std::string_view piece = word.substr(0, FirstPiece(word));
       const Twips w = measure(piece);
@@ -179,9 +183,39 @@ std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& mea
     }
     i = j;
   }
-  if (text.empty() || x > room) return std::nullopt;
+  if (x > room) return std::nullopt;
   // The line's width is its one piece's, placed at the line's start.
   return Twips(0) + x;
+}
+
+}  // namespace
+
+std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& measure, Twips room,
+                                     bool wrap) {
+  if (text.empty()) return std::nullopt;
+  return WholeLineWidth(text, measure, room, wrap);
+}
+
+bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
+                std::vector<ShortLine>& out) {
+  // BreakLines ends a line at each line break without trimming it, and
+  // starts the next at no width; after the last break comes one more line.
+  if (text.size() > UINT32_MAX) return false;
+  const size_t start = out.size();
+  size_t line_start = 0;
+  while (true) {
+    size_t end = line_start;
+    while (end < text.size() && text[end] != '\r' && text[end] != '\n') ++end;
+    const auto width =
+        WholeLineWidth(text.substr(line_start, end - line_start), measure, room, wrap);
+    if (!width) {
+      out.resize(start);
+      return false;
+    }
+    out.push_back({uint32_t(line_start), uint32_t(end - line_start), *width});
+    if (end == text.size()) return true;
+    line_start = end + (text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n' ? 2 : 1);
+  }
 }
 
 Twips WidestLine(const std::vector<TextLine>& lines) {

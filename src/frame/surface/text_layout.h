@@ -11,6 +11,7 @@
 // function, so tests can use any.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -53,6 +54,22 @@ std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure
 // building lines it would throw away.
 std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& measure, Twips room,
                                      bool wrap = true);
+
+// One line of a text that BreakLines would set as the text between two
+// line breaks: where it stands in the text, and its width.
+struct ShortLine {
+  uint32_t offset, length;
+  Twips width;
+};
+
+// The lines BreakLines would give `text` when every line between its line
+// breaks fits `room` whole and holds no tab: one per line break and one
+// more, each with the width BreakLines gives it, appended to `out`. False,
+// with `out` as it was, for any other text. Like SingleLineWidth it lets a
+// table keep most cells of a few lines (an address, two phone numbers) as
+// places in their text rather than as lines of their own.
+bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
+                std::vector<ShortLine>& out);
 
 // The widest line of `lines`.
 Twips WidestLine(const std::vector<TextLine>& lines);

@@ -1,7 +1,7 @@
 #include "platform/db/connection_url.h"
 
 #include <cctype>
-#include <regex>
+#include <string_view>
 
 namespace orv::db {
 
@@ -36,6 +36,68 @@ bool IsPostgresScheme(const std::string& scheme) {
 bool EndsToken(char c) {
   return std::isspace(static_cast<unsigned char>(c)) || c == '"' || c == '\'' || c == '<' ||
          c == '>';
+}
+
+bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
+}
+
+// The end of a libpq "password = value" item that starts at `i` ("password"
+// in any case, blanks around "=", the value up to the next blank, or quoted
+// with backslash escapes and possibly unclosed), or npos when none starts
+// there.
+size_t PasswordItemEnd(const std::string& s, size_t i) {
+  static constexpr std::string_view kWord = "password";
+  if (s.size() - i < kWord.size()) return std::string::npos;
+  for (size_t k = 0; k < kWord.size(); ++k)
+    if (std::tolower(static_cast<unsigned char>(s[i + k])) != kWord[k]) return std::string::npos;
+  i += kWord.size();
+  while (i < s.size() && IsBlank(s[i])) ++i;
+  if (i == s.size() || s[i] != '=') return std::string::npos;
+  ++i;
+  while (i < s.size() && IsBlank(s[i])) ++i;
+  if (i < s.size() && s[i] == '\'') {
+    ++i;
+    while (i < s.size() && s[i] != '\'') {
+      // An escape takes the next character, save a line end, which ends
+      // the value before its backslash.
+      if (s[i] == '\\') {
+        if (i + 1 == s.size() || s[i + 1] == '\n' || s[i + 1] == '\r') return i;
+        ++i;
+      }
+      ++i;
+    }
+    return i < s.size() ? i + 1 : i;
+  }
+  while (i < s.size() && !IsBlank(s[i])) ++i;
+  return i;
+}
+
+// Drops the "password=value" items of a libpq connection text, each with
+// the blanks before it, by plain scanning: this runs on every message the
+// host prints.
+std::string DropPasswordItems(const std::string& s) {
+  std::string out;
+  size_t copied = 0;  // s[0, copied) is in out or dropped
+  size_t i = 0;
+  if (size_t end = PasswordItemEnd(s, 0); end != std::string::npos) copied = i = end;
+  while (i < s.size()) {
+    if (!IsBlank(s[i])) {
+      ++i;
+      continue;
+    }
+    size_t word = i;
+    while (word < s.size() && IsBlank(s[word])) ++word;
+    size_t end = PasswordItemEnd(s, word);
+    if (end == std::string::npos) {
+      i = word;
+      continue;
+    }
+    out.append(s, copied, i - copied);
+    copied = i = end;
+  }
+  out.append(s, copied, std::string::npos);
+  return out;
 }
 
 // Drops "password=..." items from the query part of one URL.
@@ -151,8 +213,7 @@ std::string MaskSecrets(const std::string& text) {
   out += text.substr(i);
   // 2. libpq's "password=value" items, where they stand as items (at the
   //    start or after a blank), quoted values included.
-  static const std::regex kv(R"((^|\s+)password\s*=\s*('([^'\\]|\\.)*'?|\S*))", std::regex::icase);
-  out = std::regex_replace(out, kv, "");
+  out = DropPasswordItems(out);
   size_t b = out.find_first_not_of(' ');
   return b == std::string::npos ? std::string() : out.substr(b);
 }

@@ -219,9 +219,19 @@ StatementForm ParameteriseLiterals(const std::string& s, bool dates) {
   return f;
 }
 
+sql::Translation StatementCache::Translate(const std::string& text, const std::string& statement) {
+  // The schema reads a table when a statement first names it; a table that
+  // cannot be read fails the statement as the database's answer to it.
+  try {
+    return sql::Translate(text, schema_, engine_.dialect());
+  } catch (const sql::SchemaError& e) {
+    throw DatabaseError(DescribeStatementError(e.description(), statement));
+  }
+}
+
 std::unique_ptr<StatementCache::Entry> StatementCache::Build(const std::string& statement) {
   auto e = std::make_unique<Entry>();
-  e->translation = sql::Translate(statement, schema_, engine_.dialect());
+  e->translation = Translate(statement, statement);
   e->stmt = engine_.Prepare(e->translation.sql, statement);
   return e;
 }
@@ -230,7 +240,9 @@ std::unique_ptr<StatementCache::Entry> StatementCache::BuildForm(const Statement
                                                                 const std::string& statement) {
   sql::Translation tr;
   try {
-    tr = sql::Translate(f.form, schema_, engine_.dialect());
+    tr = Translate(f.form, statement);
+  } catch (const DatabaseError&) {
+    throw;
   } catch (const ReportError&) {
     return nullptr;
   }

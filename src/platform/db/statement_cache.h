@@ -75,6 +75,7 @@ class StatementCache {
   Engine& engine() const { return engine_; }
 
  private:
+  sql::Translation Translate(const std::string& text, const std::string& statement);
   std::unique_ptr<Entry> Build(const std::string& statement);
   std::unique_ptr<Entry> BuildForm(const StatementForm& f, const std::string& statement);
 

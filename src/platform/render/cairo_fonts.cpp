@@ -117,9 +117,15 @@ char32_t NextBmpChar(std::string_view s, size_t& i) {
 
 uint32_t GlyphPlacer::GlyphOf(cairo_scaled_font_t* font, uint16_t font_index, char32_t c) {
   if (glyphs_.size() <= font_index) glyphs_.resize(size_t(font_index) + 1);
-  std::vector<uint32_t>& table = glyphs_[font_index];
-  if (table.empty()) table.assign(0x10000, kUnknown);
-  if (table[c] != kUnknown) return table[c];
+  auto& blocks = glyphs_[font_index];
+  if (blocks.empty()) blocks.resize(0x10000 / 256);
+  auto& block = blocks[c >> 8];
+  if (!block) {
+    block = std::make_unique<GlyphBlock>();
+    block->fill(kUnknown);
+  }
+  uint32_t& entry = (*block)[c & 0xFF];
+  if (entry != kUnknown) return entry;
   // cairo's own mapping of the one character, once.
   char utf8[3];
   int len = 1;
@@ -142,7 +148,7 @@ uint32_t GlyphPlacer::GlyphOf(cairo_scaled_font_t* font, uint16_t font_index, ch
     return kUnknown;
   const uint32_t glyph = count == 1 ? uint32_t(glyphs[0].index) : kUnknown;
   cairo_glyph_free(glyphs);
-  table[c] = glyph;
+  entry = glyph;
   return glyph;
 }
 

@@ -13,8 +13,10 @@
 
 #include <cairo.h>
 
+#include <array>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -52,7 +54,11 @@ class GlyphPlacer {
                                              std::vector<std::pair<double, double>>& advances,
                                              uint32_t glyph);
 
-  std::vector<std::vector<uint32_t>> glyphs_;  // per font: code point -> glyph
+  // Per font: code point -> glyph, in blocks of 256 code points made on
+  // first use (a document prints from a few blocks; a whole plane per font
+  // was a quarter megabyte of fresh pages for every document).
+  using GlyphBlock = std::array<uint32_t, 256>;
+  std::vector<std::vector<std::unique_ptr<GlyphBlock>>> glyphs_;
   std::map<std::pair<uint16_t, float>, std::vector<std::pair<double, double>>> advances_;
   // The advances of the last font and size asked for.
   std::pair<uint16_t, float> last_key_{UINT16_MAX, 0.0f};

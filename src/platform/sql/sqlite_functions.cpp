@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -620,46 +622,94 @@ void RegisterSqliteFunctions(sqlite3* db) {
   }
 }
 
-Schema LoadSqliteSchema(sqlite3* db) {
-  Schema schema;
-  std::vector<std::string> tables;
-  sqlite3_stmt* stmt = nullptr;
-  const char* list = "SELECT name FROM sqlite_master WHERE type IN ('table', 'view') AND name NOT LIKE 'sqlite_%'";
-  if (sqlite3_prepare_v2(db, list, -1, &stmt, nullptr) != SQLITE_OK) {
-    throw ReportError(kErrDatabase, std::string("Cannot read the schema: ") + sqlite3_errmsg(db));
-  }
-  while (sqlite3_step(stmt) == SQLITE_ROW) {
-    tables.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0)));
-  }
-  sqlite3_finalize(stmt);
-  for (const std::string& table : tables) {
-    std::string pragma = "PRAGMA table_info(\"";
-    for (char c : table) {
-      if (c == '"') pragma += '"';
-      pragma += c;
+namespace {
+
+// What the schema of one SQLite connection reads its tables with: the
+// declared names of the tables and views, and one statement for the
+// columns of any of them, prepared once.
+class SqliteTableReader {
+ public:
+  explicit SqliteTableReader(sqlite3* db) : db_(db) {}
+  ~SqliteTableReader() { sqlite3_finalize(columns_); }
+  SqliteTableReader(const SqliteTableReader&) = delete;
+  SqliteTableReader& operator=(const SqliteTableReader&) = delete;
+
+  std::optional<TableColumns> Read(std::string_view table) {
+    auto name = names_.find(Lower(table));
+    if (name == names_.end()) {
+      // Not there when the names were read: a table made since is found.
+      ReadNames();
+      name = names_.find(Lower(table));
+      if (name == names_.end()) return std::nullopt;
     }
-    pragma += "\")";
-    if (sqlite3_prepare_v2(db, pragma.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
-      throw ReportError(kErrDatabase, std::string("Cannot read the columns of ") + table + ": " + sqlite3_errmsg(db));
-    }
-    std::vector<ColumnType> columns;
+    if (!columns_ && sqlite3_prepare_v2(db_, "SELECT name, type, pk FROM pragma_table_info(?1)", -1,
+                                        &columns_, nullptr) != SQLITE_OK)
+      Fail("Cannot read the schema: ");
+    TableColumns t;
+    t.name = name->second;
+    sqlite3_bind_text(columns_, 1, t.name.data(), int(t.name.size()), SQLITE_TRANSIENT);
     std::vector<std::pair<int, std::string>> keyed;  // (place in the key, column)
-    while (sqlite3_step(stmt) == SQLITE_ROW) {
+    int rc;
+    while ((rc = sqlite3_step(columns_)) == SQLITE_ROW) {
       ColumnType c;
-      c.name = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 1));
-      const unsigned char* declared = sqlite3_column_text(stmt, 2);
+      c.name = reinterpret_cast<const char*>(sqlite3_column_text(columns_, 0));
+      const unsigned char* declared = sqlite3_column_text(columns_, 1);
       c.declared = declared ? reinterpret_cast<const char*>(declared) : "";
       c.kind = Schema::KindOfDeclared(c.declared, &c.length);
-      if (int pk = sqlite3_column_int(stmt, 5); pk > 0) keyed.emplace_back(pk, c.name);
-      columns.push_back(std::move(c));
+      if (int pk = sqlite3_column_int(columns_, 2); pk > 0) keyed.emplace_back(pk, c.name);
+      t.columns.push_back(std::move(c));
+    }
+    if (rc != SQLITE_DONE) Fail("Cannot read the columns of " + t.name + ": ");
+    sqlite3_reset(columns_);
+    std::sort(keyed.begin(), keyed.end());
+    for (auto& k : keyed) t.primary_key.push_back(std::move(k.second));
+    return t;
+  }
+
+ private:
+  static std::string Lower(std::string_view s) {
+    std::string out(s);
+    for (char& c : out) c = char(std::tolower(static_cast<unsigned char>(c)));
+    return out;
+  }
+
+  void ReadNames() {
+    sqlite3_stmt* stmt = nullptr;
+    if (sqlite3_prepare_v2(db_,
+                           "SELECT name FROM sqlite_master WHERE type IN ('table', 'view') AND "
+                           "name NOT LIKE 'sqlite_%'",
+                           -1, &stmt, nullptr) != SQLITE_OK)
+      Fail("Cannot read the schema: ");
+    names_.clear();
+    int rc;
+    while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
+      std::string name = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
+      names_.emplace(Lower(name), name);
     }
     sqlite3_finalize(stmt);
-    std::sort(keyed.begin(), keyed.end());
-    std::vector<std::string> key;
-    for (auto& k : keyed) key.push_back(std::move(k.second));
-    schema.AddTable(table, std::move(columns), std::move(key));
+    if (rc != SQLITE_DONE) Fail("Cannot read the schema: ");
   }
-  return schema;
+
+  [[noreturn]] void Fail(const std::string& what) {
+    std::string msg = what + sqlite3_errmsg(db_);
+    if (columns_) sqlite3_reset(columns_);
+    throw SchemaError(msg);
+  }
+
+  sqlite3* db_;
+  sqlite3_stmt* columns_ = nullptr;
+  std::map<std::string, std::string> names_;  // lower-case name -> as declared
+};
+
+}  // namespace
+
+Schema LoadSqliteSchema(sqlite3* db) {
+  // Each table is read when a statement first names it, its columns in
+  // their declared order. Reading every table up front (a statement per
+  // table, or one over all of them) was most of what a short report spent
+  // before its first query.
+  auto reader = std::make_shared<SqliteTableReader>(db);
+  return Schema([reader](std::string_view table) { return reader->Read(table); });
 }
 
 }  // namespace orv::sql

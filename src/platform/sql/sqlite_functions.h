@@ -29,8 +29,10 @@ namespace orv::sql {
 // Throws ReportError when SQLite refuses a registration.
 void RegisterSqliteFunctions(sqlite3* db);
 
-// Reads the declared type of every column of every table and view of `db`
-// (PRAGMA table_info), in declaration order, and each table's primary key.
+// The schema of `db`: the declared type of every column of a table or view
+// (pragma_table_info), in declaration order, and its primary key, each
+// table read from `db` when first named. `db` must outlive the schema's
+// lookups. A table that cannot be read throws SchemaError from the lookup.
 Schema LoadSqliteSchema(sqlite3* db);
 
 }  // namespace orv::sql

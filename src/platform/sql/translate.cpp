@@ -31,25 +31,35 @@ SqlError::SqlError(const std::string& reason, int line, int column, const std::s
 
 void Schema::AddTable(const std::string& table, std::vector<ColumnType> columns,
                       std::vector<std::string> primary_key) {
-  tables_[Lower(table)] = std::move(columns);
-  names_[Lower(table)] = table;
-  keys_[Lower(table)] = std::move(primary_key);
+  tables_[Lower(table)] = Entry{table, std::move(columns), std::move(primary_key)};
+}
+
+const Schema::Entry* Schema::Find(std::string_view table) const {
+  std::string key = Lower(table);
+  auto it = tables_.find(key);
+  if (it != tables_.end()) return &it->second;
+  if (!reader_) return nullptr;
+  std::optional<TableColumns> read = reader_(table);
+  if (!read) return nullptr;
+  Entry& e = tables_[std::move(key)];
+  e = Entry{std::move(read->name), std::move(read->columns), std::move(read->primary_key)};
+  return &e;
 }
 
 const std::vector<std::string>& Schema::PrimaryKey(std::string_view table) const {
   static const std::vector<std::string> kNone;
-  auto it = keys_.find(Lower(table));
-  return it == keys_.end() ? kNone : it->second;
+  const Entry* e = Find(table);
+  return e ? e->key : kNone;
 }
 
 std::string Schema::TableName(std::string_view table) const {
-  auto it = names_.find(Lower(table));
-  return it == names_.end() ? std::string(table) : it->second;
+  const Entry* e = Find(table);
+  return e ? e->name : std::string(table);
 }
 
 const std::vector<ColumnType>* Schema::FindTable(std::string_view table) const {
-  auto it = tables_.find(Lower(table));
-  return it == tables_.end() ? nullptr : &it->second;
+  const Entry* e = Find(table);
+  return e ? &e->columns : nullptr;
 }
 
 ValueKind Schema::KindOfDeclared(std::string_view declared, int* length) {

@@ -8,8 +8,10 @@
 // statement apart and hands each inner command to Translate.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,10 +32,38 @@ struct ColumnType {
   int length = 0;            // n of VARCHAR(n)/CHAR(n), 0 when none
 };
 
+// A table the schema could not read from the database (the file locked by
+// another program's write, a view that no longer reads).
+class SchemaError : public ReportError {
+ public:
+  explicit SchemaError(const std::string& description) : ReportError(kErrDatabase, description) {}
+};
+
+// One table as a schema reader finds it.
+struct TableColumns {
+  std::string name;  // as declared
+  std::vector<ColumnType> columns;
+  std::vector<std::string> primary_key;  // column names in key order
+};
+
 // The tables of a database with their columns in declaration order and
 // their primary keys. Names compare case-insensitively, as on SQL Server.
+//
+// A schema is filled up front (AddTable) or, given a reader, one table at a
+// time the first time a statement names it: a short report names a handful
+// of the practice's tables, and reading all of them cost more than the
+// report's own queries. A table once read keeps its columns; a name not
+// found is asked of the reader again next time, so a table made after the
+// first statement is found when a later one names it.
 class Schema {
  public:
+  // Reads the table of that name (any case); nullopt when there is none.
+  // Throws SchemaError when the table cannot be read.
+  using Reader = std::function<std::optional<TableColumns>(std::string_view table)>;
+
+  Schema() = default;
+  explicit Schema(Reader reader) : reader_(std::move(reader)) {}
+
   // `primary_key`: the key's column names in key order; empty when the
   // table has none.
   void AddTable(const std::string& table, std::vector<ColumnType> columns,
@@ -46,15 +76,23 @@ class Schema {
   // The name as declared (engines that keep names case-sensitive need it);
   // `table` itself when there is no such table.
   std::string TableName(std::string_view table) const;
-  bool empty() const { return tables_.empty(); }
   // Kind of a declared type text ("MONEY" -> Money, "DATETIME" -> Date,
   // "VARCHAR(n)" -> Text, "INTEGER" -> Integer, ...).
   static ValueKind KindOfDeclared(std::string_view declared, int* length = nullptr);
 
  private:
-  std::map<std::string, std::vector<ColumnType>> tables_;  // key: lower-case name
-  std::map<std::string, std::string> names_;               // lower-case name -> as declared
-  std::map<std::string, std::vector<std::string>> keys_;   // lower-case name -> primary key
+  struct Entry {
+    std::string name;  // as declared
+    std::vector<ColumnType> columns;
+    std::vector<std::string> key;
+  };
+  // The entry of `table`, read on first use when there is a reader.
+  const Entry* Find(std::string_view table) const;
+
+  // Key: the lower-case name. Filled lazily from const lookups, hence
+  // mutable; entries never move once made.
+  mutable std::map<std::string, Entry, std::less<>> tables_;
+  Reader reader_;
 };
 
 enum class Dialect { SQLite, PostgreSQL };

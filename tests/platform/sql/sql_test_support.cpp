@@ -38,6 +38,7 @@ FixtureDb::FixtureDb(const std::string& fixture_sql) {
 }
 
 FixtureDb::~FixtureDb() {
+  schema_ = Schema();  // its reader's statement goes before the connection
   sqlite3_close(db_);
   Clock::UseSystem();
 }
