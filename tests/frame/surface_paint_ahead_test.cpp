@@ -123,6 +123,18 @@ TEST(SurfacePaintAhead, ReadsAsThePagesPaintedWhenWritten) {
   }
   ExpectTextObjectsEnded(a);
 
+  // The same list painted ahead again gives the same file to the byte,
+  // however far the painting thread fell behind the layout either time.
+  {
+    PrintSurface again;
+    again.PaintPdfAhead(true);
+    WriteList(again);
+    const std::string c = TempPath("again.pdf");
+    render::RenderPdf(again.Document(), c);
+    EXPECT_TRUE(ReadFile(a) == ReadFile(c)) << "two runs, two files";
+    fs::remove(c);
+  }
+
   // A document started again is painted afresh.
   ahead.StartDoc();
   ahead.Text("A second document");

@@ -625,10 +625,13 @@ class PdfPaintAhead final : public PageSink {
     std::vector<FontFace> fonts;  // the document's fonts taken since the last job
   };
   // Pages handed over and not yet painted, at most. A page finished while
-  // as many wait is not taken: it is painted when the file is written, as
-  // every page was before. The report's thread then never waits for this
-  // one (on a machine whose other core is busy, the second thread may get
-  // little of it), and the items waiting stay few.
+  // as many wait holds the report's thread until the second thread takes
+  // them. Skipping the page instead (to paint it when the file is written)
+  // would spare the report's thread a wait on a busy machine, but which
+  // pages were skipped would then depend on timing, and with it the order
+  // fonts are named in and how each page's contents are split: two runs of
+  // one report would give different files. The items waiting stay few
+  // either way.
   static constexpr size_t kMostWaiting = 32;
   // Jobs the second thread lets gather before it is woken: a page of a
   // long list is painted faster than it is laid out, and waking the thread
@@ -640,7 +643,7 @@ class PdfPaintAhead final : public PageSink {
       job.fonts.assign(doc_fonts_.begin() + std::ptrdiff_t(sent_), doc_fonts_.end());
       sent_ = doc_fonts_.size();
     }
-    std::lock_guard lock(mu_);
+    std::unique_lock lock(mu_);
     if (!worker_.joinable()) {
       stopping_ = false;
       try {
@@ -655,12 +658,9 @@ class PdfPaintAhead final : public PageSink {
       }
     }
     if (job.kind == Job::kPage) {
-      if (waiting_pages_ == kMostWaiting) {
-        // Not painted ahead: anything handed over for it before goes.
-        job = Job{Job::kForget, job.page, {}, {}, {}, std::move(job.fonts)};
-      } else {
-        ++waiting_pages_;
-      }
+      // The second thread was woken when the jobs reached kWakeAt.
+      room_.wait(lock, [&] { return waiting_pages_ < kMostWaiting; });
+      ++waiting_pages_;
     }
     jobs_.push_back(std::move(job));
     if (jobs_.size() >= kWakeAt) work_.notify_one();
@@ -695,6 +695,7 @@ class PdfPaintAhead final : public PageSink {
         jobs.swap(jobs_);
         waiting_pages_ = 0;
       }
+      room_.notify_all();
       for (Job& job : jobs) {
         if (abandon_) return;
         fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
@@ -754,6 +755,7 @@ class PdfPaintAhead final : public PageSink {
 
   std::mutex mu_;
   std::condition_variable work_;
+  std::condition_variable room_;  // the report's thread waits here for room
   std::deque<Job> jobs_;
   size_t waiting_pages_ = 0;
   bool stopping_ = false;
