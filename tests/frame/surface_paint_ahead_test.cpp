@@ -18,16 +18,11 @@ namespace orv::frame {
 namespace {
 
 namespace fs = std::filesystem;
+using orv::testing::FileBytes;
 using orv::testing::Shell;
 
 std::string TempPath(const std::string& name) {
-  return (fs::temp_directory_path() / ("orv_ahead_" + std::to_string(getpid()) + "_" + name))
-      .string();
-}
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  return orv::testing::TempPath("orv_ahead_", name);
 }
 
 // A list of some seventy pages, more than the painter lets wait: rows
@@ -70,7 +65,7 @@ std::string Pixels(const std::string& pdf, int page) {
   const std::string out = TempPath("page");
   Shell("pdftoppm -r 50 -gray -singlefile -f " + std::to_string(page) + " -l " +
         std::to_string(page) + " " + pdf + " " + out);
-  std::string data = ReadFile(out + ".pgm");
+  std::string data = FileBytes(out + ".pgm");
   fs::remove(out + ".pgm");
   return data;
 }
@@ -131,7 +126,7 @@ TEST(SurfacePaintAhead, ReadsAsThePagesPaintedWhenWritten) {
     WriteList(again);
     const std::string c = TempPath("again.pdf");
     render::RenderPdf(again.Document(), c);
-    EXPECT_TRUE(ReadFile(a) == ReadFile(c)) << "two runs, two files";
+    EXPECT_TRUE(FileBytes(a) == FileBytes(c)) << "two runs, two files";
     fs::remove(c);
   }
 

@@ -1,11 +1,13 @@
 // Runs a shell command from a test and collects what it prints on standard
-// output, with its exit status, and reads back the files it wrote. Tests that check a built program or an
-// outside tool (qpdf, pdftotext) go through it.
+// output, with its exit status, and reads back the files it wrote. Tests that check a built program
+// or an outside tool (qpdf, pdftotext) go through it.
 #pragma once
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -30,7 +32,9 @@ inline ShellResult RunShell(const std::string& cmd) {
 }
 
 // The standard output alone.
-inline std::string Shell(const std::string& cmd) { return RunShell(cmd).out; }
+inline std::string Shell(const std::string& cmd) {
+  return RunShell(cmd).out;
+}
 
 // `text` quoted for the shell as one word.
 inline std::string ShellQuote(const std::string& text) {
@@ -43,6 +47,14 @@ inline std::string ShellQuote(const std::string& text) {
 inline std::string FileBytes(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// A path in the temporary folder, unique to this test process:
+// `prefix`, the process id and `name`.
+inline std::string TempPath(const std::string& prefix, const std::string& name) {
+  return (std::filesystem::temp_directory_path() /
+          (prefix + std::to_string(::getpid()) + "_" + name))
+      .string();
 }
 
 }  // namespace orv::testing

@@ -29,18 +29,13 @@ namespace orv::render {
 namespace {
 
 namespace fs = std::filesystem;
+using orv::testing::FileBytes;
 using orv::testing::Shell;
 
 const char* const kDejaVu = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
 
 std::string TempPath(const std::string& name) {
-  return (fs::temp_directory_path() / ("orv_pdfw_" + std::to_string(getpid()) + "_" + name))
-      .string();
-}
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  return orv::testing::TempPath("orv_pdfw_", name);
 }
 
 TEST(PdfNumbers, FixedDecimalsWithoutLocale) {
@@ -121,7 +116,7 @@ TEST_F(SubsetFont, HoldsExactlyTheGlyphsShownAndTheirParts) {
     const std::string path = TempPath(std::string("subset_") + c.name[0] + ".ttf");
     {
       std::ofstream out(path, std::ios::binary);
-      out << pdf::SubsetTrueType(ReadFile(c.file), used);
+      out << pdf::SubsetTrueType(FileBytes(c.file), used);
     }
     EXPECT_LT(fs::file_size(path), fs::file_size(c.file) / 4) << c.name;
     for (unsigned long g : shown) EXPECT_TRUE(HasInk(path, g)) << c.name << ": glyph " << g;
@@ -218,7 +213,7 @@ std::string Pixels(const std::string& pdf, int x, int y, int w, int h) {
   Shell("pdftoppm -r 72 -f 1 -l 1 -gray -singlefile -x " + std::to_string(x) + " -y " +
         std::to_string(y) + " -W " + std::to_string(w) + " -H " + std::to_string(h) + " " + pdf +
         " " + ppm);
-  std::string data = ReadFile(ppm + ".pgm");
+  std::string data = FileBytes(ppm + ".pgm");
   fs::remove(ppm + ".pgm");
   const std::string header = "P5\n" + std::to_string(w) + " " + std::to_string(h) + "\n255\n";
   return data.size() == header.size() + size_t(w * h) ? data.substr(header.size()) : "";

@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/render/sample_document.h"
-#include "support/shell.h"
-
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+
+#include "platform/render/sample_document.h"
+#include "support/shell.h"
 
 namespace orv::render {
 namespace {
@@ -18,8 +18,7 @@ namespace fs = std::filesystem;
 using orv::testing::Shell;
 
 std::string TempPath(const std::string& name) {
-  return (fs::temp_directory_path() / ("orv_render_" + std::to_string(getpid()) + "_" + name))
-      .string();
+  return orv::testing::TempPath("orv_render_", name);
 }
 
 TEST(Renderer, PngHasThePageSizeAtTheResolution) {
