@@ -290,15 +290,19 @@ class PdfPainter {
   // Appends glyph `g` to a literal string: its two bytes, escaped where
   // the string's syntax needs it.
   void Glyph(uint16_t g) {
+    char bytes[4];
+    size_t n = 0;
     for (const auto byte : {char(g >> 8), char(g & 0xFF)}) {
       if (byte == '(' || byte == ')' || byte == '\\') {
-        out_.push_back('\\');
+        bytes[n++] = '\\';
       } else if (byte == '\r') {
-        out_ += "\\r";
+        bytes[n++] = '\\';
+        bytes[n++] = 'r';
         continue;
       }
-      out_.push_back(byte);
+      bytes[n++] = byte;
     }
+    out_.append(bytes, n);
   }
 
   // A run: glyphs placed as the cairo renderers place them, written as
@@ -314,7 +318,8 @@ class PdfPainter {
     pdf::EmbeddedFont& font = FontOf(t.font, resource);
     // The character each glyph stands for: the placer sets one glyph per
     // character, so the two line up unless the text was not plain UTF-8.
-    const std::u32string chars = pdf::DecodeUtf8(t.text);
+    pdf::DecodeUtf8(t.text, chars_);
+    const std::u32string& chars = chars_;
     const bool paired = chars.size() == glyphs.size();
     const bool plain = !t.clip && t.angle == 0 && !t.underline && !face.synthetic_italic;
 
@@ -530,6 +535,7 @@ class PdfPainter {
   std::vector<std::shared_ptr<const Image>> images_;  // by resource number
 
   std::string out_;
+  std::u32string chars_;  // the characters of the run being drawn
   State state_;
   std::vector<State> saved_;
   TextLine line_;

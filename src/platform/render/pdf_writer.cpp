@@ -60,6 +60,12 @@ void AppendTextString(std::string& out, std::string_view utf8) {
 
 std::u32string DecodeUtf8(std::string_view utf8) {
   std::u32string chars;
+  DecodeUtf8(utf8, chars);
+  return chars;
+}
+
+void DecodeUtf8(std::string_view utf8, std::u32string& chars) {
+  chars.clear();
   chars.reserve(utf8.size());
   for (size_t i = 0; i < utf8.size();) {
     const auto b = static_cast<unsigned char>(utf8[i]);
@@ -70,7 +76,6 @@ std::u32string DecodeUtf8(std::string_view utf8) {
     chars.push_back(c);
     i += size_t(len);
   }
-  return chars;
 }
 
 void AppendHex16(std::string& out, uint32_t unit) {

@@ -30,6 +30,9 @@ void AppendTextString(std::string& out, std::string_view utf8);
 // The characters of `utf8`, read leniently: a broken sequence gives what its
 // bytes spell and never stops the reading.
 std::u32string DecodeUtf8(std::string_view utf8);
+// The same into `out`, which it replaces: a caller that decodes run after
+// run keeps one buffer.
+void DecodeUtf8(std::string_view utf8, std::u32string& out);
 
 // Appends the 16-bit `unit` as four hexadecimal capitals.
 void AppendHex16(std::string& out, uint32_t unit);
