@@ -76,8 +76,12 @@ TEST_F(SummaryAnalysis, DayRowsOfAllPaymentsMoveACreditWhenItIsApplied) {
 }
 
 TEST_F(SummaryAnalysis, OpeningPlusTheDayRowsIsTheClosingReceivable) {
-  // From the 13th, 902 is owed before the period and paid in it, and
-  // Seamus's cheque of the 12th is applied in it.
+  // From the 13th, 902 is owed before the period and paid in it, Seamus's
+  // cheque of the 12th is applied in it, and Priya's cheque entered on the
+  // 10th is dated within it.
+  Exec("INSERT INTO InvoicePayments (ID, PatientID, PaymentTypeID, AccountID, InitialProviderID, "
+       "Value, TotalAllocated, TotalToCredit, [Date], CheckDate, IsInsurance) VALUES (958, 3, 1, "
+       "1, 11, 35, 0, 35, '2026-02-10 00:00:00', '2026-02-16 00:00:00', 0)");
   struct Case {
     const char* filter;
     int16_t view;
