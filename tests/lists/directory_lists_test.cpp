@@ -311,13 +311,7 @@ TEST_F(ComponentServices, ReturnConnectionReusesTheRunsOrOpensTheSettingsDatabas
   EXPECT_EQ(reports.ReturnConnection(server_side).State(), db::adStateOpen);
 }
 
-TEST_F(ComponentServices, PercentMonthEndAndPayrollList) {
-  EXPECT_EQ(reports.ReturnPercent(Variant(Currency::FromInt(1)), Variant(Currency::FromInt(4))),
-            "25.00%");
-  EXPECT_EQ(reports.ReturnPercent(Variant::Null(), Variant(5)), "0.00%");
-  EXPECT_EQ(reports.ReturnPercent(Variant(5), Variant(0)), "0.00%");
-  EXPECT_TRUE(reports.IsMonthEnd(DateTime::FromParts(2028, 2, 29)));
-  EXPECT_FALSE(reports.IsMonthEnd(DateTime::FromParts(2028, 2, 28)));
+TEST_F(ComponentServices, PayrollList) {
   // The payroll list is searched from index 1; slot 0 never counts.
   EXPECT_FALSE(reports.IsPayrollEmployee(7));
   reports.EmployeeIDs() = {7, 3, 9};
