@@ -32,10 +32,24 @@ std::vector<render::FilledRect> GreyBands(const render::Page& page) {
   return out;
 }
 
-TEST_F(ClaimForm, EveryTableSpansTheWholeBodyAndTheFootSitsAboveTheBottomMargin) {
+TEST_F(ClaimForm, TablesSpanTheBodyWithTheirCellSettingsAndTheFootSitsAboveTheMargin) {
   form.VSP.FontName("Tahoma");
   form.VSP.FontSize(8);
   const double x_height = form.VSP.TextHeight("X").value();
+  struct Title {
+    const char* english;
+    const char* french;
+    bool bold;
+  };
+  const Title titles[] = {
+      {"Procedure", "Code de l'acte", true},                    // procedures' header
+      {"Employee/Plan Member", "Renseignements sur", true},     // subscribers' header
+      {"Primary Subscriber", "Premiere employé(e)", true},      // and their heading row
+      {"Policy Holder/Employer", "A remplir par titulaire", true},
+      {"Dentist Information", "Information du Dentiste", false},
+      {"Instructions for Claim", "Directive pour sousmission", false},
+      {"01202", "01202", false},
+      {"Birth Date: Apr", "Date de naissance: Apr", false}};
   // The French form of this claim prints its body smaller to stay on one
   // sheet: its boxes keep their places and widths all the same.
   for (bool french : {false, true}) {
@@ -93,6 +107,36 @@ TEST_F(ClaimForm, EveryTableSpansTheWholeBodyAndTheFootSitsAboveTheBottomMargin)
       }
     }
     EXPECT_TRUE(found) << Text();
+
+    // The cell settings as the insurer's clerk sees them: which titles stand
+    // in bold, and the subscriber box divided down the middle where the
+    // patient's box is not.
+    const render::Document& doc = form.VSP.Document();
+    auto run = [&](const std::string& prefix) -> const render::TextRun* {
+      for (const auto& item : page.items)
+        if (auto t = std::get_if<render::TextRun>(&item); t && t->text.rfind(prefix, 0) == 0) return t;
+      return nullptr;
+    };
+    for (const Title& t : titles) {
+      const char* text = french ? t.french : t.english;
+      const render::TextRun* r = run(text);
+      ASSERT_NE(r, nullptr) << text << "\n" << Text();
+      EXPECT_EQ(doc.fonts[r->font].bold, t.bold) << text;
+    }
+    // A rule at the middle of the page, 3.75 in from the left margin, past
+    // the line of `prefix`.
+    auto divided = [&](const std::string& prefix) {
+      const render::TextRun* r = run(prefix);
+      if (!r) return false;
+      const double y = r->baseline.value();
+      return std::any_of(page.items.begin(), page.items.end(), [&](const auto& item) {
+        auto l = std::get_if<render::Line>(&item);
+        return l && l->x1 == l->x2 && std::abs(l->x1.value() - (kLeft + 3.75 * 1440)) <= 1 &&
+               std::min(l->y1, l->y2).value() < y && std::max(l->y1, l->y2).value() > y;
+      });
+    };
+    EXPECT_TRUE(divided(french ? "No. de certificate" : "Certificate #")) << "subscribers";
+    EXPECT_FALSE(divided(french ? "Rapport: " : "D.O.B. ")) << "the patient's box";
   }
 }
 
@@ -364,58 +408,6 @@ TEST_F(ClaimForm, FormsThatCannotPrintShowTheMessageAndPrintNothing) {
       EXPECT_EQ(form.PrintCount(), printed) << c.name;
       EXPECT_EQ(form.VSP.PageCount(), 0) << c.name << ": nothing half-drawn is kept";
     }
-  }
-}
-
-// The cell settings as the insurer's clerk sees them, on both forms and
-// whatever the body's size: which titles stand in bold, and the subscriber
-// box divided down the middle where the patient's box is not.
-TEST_F(ClaimForm, CellSettingsShowOnTheForm) {
-  struct Title {
-    const char* english;
-    const char* french;
-    bool bold;
-  };
-  const Title titles[] = {
-      {"Procedure", "Code de l'acte", true},                    // procedures' header
-      {"Employee/Plan Member", "Renseignements sur", true},     // subscribers' header
-      {"Primary Subscriber", "Premiere employé(e)", true},      // and their heading row
-      {"Policy Holder/Employer", "A remplir par titulaire", true},
-      {"Dentist Information", "Information du Dentiste", false},
-      {"Instructions for Claim", "Directive pour sousmission", false},
-      {"01202", "01202", false},
-      {"Birth Date: Apr", "Date de naissance: Apr", false}};
-  for (bool french : {false, true}) {
-    if (french) reports.rptClaimFormF(95101, 1, 0);
-    else reports.rptClaimForm(95101, 1, 0);
-    ASSERT_EQ(form.VSP.PageCount(), 1);
-    const render::Document& doc = form.VSP.Document();
-    const render::Page& page = doc.pages[0];
-    auto run = [&](const std::string& prefix) -> const render::TextRun* {
-      for (const auto& item : page.items)
-        if (auto t = std::get_if<render::TextRun>(&item); t && t->text.rfind(prefix, 0) == 0) return t;
-      return nullptr;
-    };
-    for (const Title& t : titles) {
-      const char* text = french ? t.french : t.english;
-      const render::TextRun* r = run(text);
-      ASSERT_NE(r, nullptr) << text << "\n" << Text();
-      EXPECT_EQ(doc.fonts[r->font].bold, t.bold) << text;
-    }
-    // A rule at the middle of the page, 3.75 in from the left margin, past
-    // the line of `prefix`.
-    auto divided = [&](const std::string& prefix) {
-      const render::TextRun* r = run(prefix);
-      if (!r) return false;
-      const double y = r->baseline.value();
-      return std::any_of(page.items.begin(), page.items.end(), [&](const auto& item) {
-        auto l = std::get_if<render::Line>(&item);
-        return l && l->x1 == l->x2 && std::abs(l->x1.value() - (kLeft + 3.75 * 1440)) <= 1 &&
-               std::min(l->y1, l->y2).value() < y && std::max(l->y1, l->y2).value() > y;
-      });
-    };
-    EXPECT_TRUE(divided(french ? "No. de certificate" : "Certificate #")) << "subscribers";
-    EXPECT_FALSE(divided(french ? "Rapport: " : "D.O.B. ")) << "the patient's box";
   }
 }
 

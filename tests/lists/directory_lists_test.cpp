@@ -120,20 +120,15 @@ TEST_F(DirectoryLists, SimplePatientListByEmployer) {
   EXPECT_EQ(progress.size(), static_cast<size_t>(expected));
 }
 
-TEST_F(DirectoryLists, DetailedPatientListRaisesProgressSparsely) {
+// Only every 100th patient raises Progress. A patient's block (name,
+// address, employer, insurance) breaks to a new page whole: no page opens
+// with one of its tables without the name.
+TEST_F(DirectoryLists, DetailedPatientListRaisesProgressSparselyAndKeepsEachBlockOnOnePage) {
   reports.rptPatientListDetailed("");
-  int patients = CLng(ValueOf("SELECT COUNT(*) FROM Patient"));
-  // Only every 100th patient raises Progress.
+  const int patients = CLng(ValueOf("SELECT COUNT(*) FROM Patient"));
   EXPECT_EQ(progress.size(), static_cast<size_t>(patients / 100));
-  std::string text = Text();
   EXPECT_TRUE(HasAll(
-      text, {"Patient Contact List - Detailed Version 4 Only", "Address Phones Global Notes"}));
-}
-
-// A patient's block (name, address, employer, insurance) breaks to a new
-// page whole: no page opens with one of its tables without the name.
-TEST_F(DirectoryLists, DetailedPatientListKeepsEachBlockOnOnePage) {
-  reports.rptPatientListDetailed("");
+      Text(), {"Patient Contact List - Detailed Version 4 Only", "Address Phones Global Notes"}));
   const auto lines = PagedLines(Text());
   ASSERT_GT(lines.back().first, 2) << "the fixture should need several pages";
   for (size_t i = 1; i < lines.size(); ++i) {
