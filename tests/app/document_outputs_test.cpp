@@ -151,26 +151,6 @@ TEST_F(DocumentOutputs, BalanceListCsvTotalsEqualItsRowsToTheCent) {
   EXPECT_TRUE(found);
 }
 
-TEST_F(DocumentOutputs, AReportWithoutTablesWritesItsTextLines) {
-  ASSERT_EQ(Report("--out " + dir + "/letter.txt", "rptRefferalLetter 12 True").status, 0);
-  ShellResult r = Report("--out " + dir + "/letter.csv", "rptRefferalLetter 12 True");
-  ASSERT_EQ(r.status, 0) << r.out;
-  std::vector<std::string> lines;
-  std::string text = ReadFile(dir + "/letter.txt");
-  for (size_t start = 0; start < text.size();) {
-    size_t end = text.find('\n', start);
-    lines.push_back(text.substr(start, end - start));
-    start = end + 1;
-  }
-  const std::vector<Record> records = ParseCsv(ReadFile(dir + "/letter.csv"));
-  ASSERT_EQ(records.size(), lines.size());
-  ASSERT_GT(lines.size(), 3u);
-  // The date line as a date; every other line as it prints, one field.
-  EXPECT_EQ(lines[0], "Nov/20/2026");
-  EXPECT_EQ(records[0], Record{"2026-11-20"});
-  for (size_t i = 1; i < lines.size(); ++i) EXPECT_EQ(records[i], Record{lines[i]});
-}
-
 TEST_F(DocumentOutputs, StatementsSplitIntoOnePdfPerAccount) {
   // Two patients of one family addressed to the same member, the French
   // addressee, and one more.
