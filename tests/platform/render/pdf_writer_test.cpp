@@ -203,9 +203,12 @@ TEST(PdfWriter, DrawsWhatCairoDraws) {
   setenv("ORVENDA_PDF_ENGINE", "cairo", 1);
   RenderPdf(d, cairo);
   unsetenv("ORVENDA_PDF_ENGINE");
+  // The text a reader gets, accents, the clipped run's hidden part and the
+  // turned run included, is the text of cairo's file.
   EXPECT_EQ(Shell("pdftotext -layout " + own + " -"), Shell("pdftotext -layout " + cairo + " -"));
-  // Every word where cairo's file put it: the glyphs are written with the
-  // widths and adjustments cairo wrote, so a reader measures the same.
+  // Every word where cairo's file put it, the turned one standing upright:
+  // the glyphs are written with the widths and adjustments cairo wrote, so
+  // a reader measures the same.
   const std::vector<WordBox> own_words = Words(own), cairo_words = Words(cairo);
   ASSERT_EQ(own_words.size(), cairo_words.size());
   for (size_t i = 0; i < own_words.size(); ++i) {
