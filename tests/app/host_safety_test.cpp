@@ -322,8 +322,7 @@ TEST_F(HostSafety, PngPagesAreAnnouncedOnce) {
 // where it tried, and leaves no document.
 TEST(HostSecrets, NoPasswordIsEverPrinted) {
   const std::string app = ORVENDA_APP;
-  const std::string out =
-      (fs::temp_directory_path() / ("orv-secret-" + std::to_string(::getpid()) + ".pdf")).string();
+  const std::string out = orv::testing::TempPath("orv-secret-", "out.pdf");
   struct Case {
     const char* name;
     const char* url;
