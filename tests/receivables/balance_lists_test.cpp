@@ -55,13 +55,10 @@ TEST_F(PatientsWithABalance, AgesEachInvoiceAndSplitsTheObligations) {
                       "Post Dates and Interest Columns are for informational purposes only.",
                       "This report DOES NOT include credits."}));
   EXPECT_EQ(form.VSP.Orientation(), 0);
-}
 
-// The cells of the rows under a patient, by position: the name column is
-// empty, the label stands in the first figure column; and the line naming
-// the providers is centred between the margins.
-TEST_F(PatientsWithABalance, ObligationLabelsAndProvidersLine) {
-  reports.rptPatientsWithABalance("dana", kEnd, "ProviderID = 1");
+  // The cells of the rows under the patient, by position: the name column
+  // is empty, the label stands in the first figure column; and the line
+  // naming the providers is centred between the margins.
   const render::Document& doc = form.VSP.Document();
   const Twips left = form.VSP.MarginLeft();
   const Twips name_column = Twips::Inches(1.5);
