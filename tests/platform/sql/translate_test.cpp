@@ -217,22 +217,6 @@ TEST(SqlSchema, KindsOfDeclaredTypes) {
   }
 }
 
-TEST(SqlSchema, LoadedFromTheDatabaseInDeclaredOrder) {
-  FixtureDb db;
-  const std::vector<ColumnType>* invoices = db.schema().FindTable("INVOICES");
-  ASSERT_NE(nullptr, invoices);
-  ASSERT_EQ(22u, invoices->size());
-  EXPECT_EQ("Invoice#", (*invoices)[1].name);
-  EXPECT_EQ("Complete?", (*invoices)[11].name);
-  EXPECT_EQ("MONEY", (*invoices)[14].declared);
-  EXPECT_EQ(ValueKind::Money, (*invoices)[14].kind);
-  const std::vector<ColumnType>* details = db.schema().FindTable("invoicedetails");
-  ASSERT_NE(nullptr, details);
-  EXPECT_EQ(ValueKind::Text, (*details)[2].kind);
-  EXPECT_EQ(6, (*details)[2].length);
-  EXPECT_EQ(nullptr, db.schema().FindTable("Invoice"));
-}
-
 // Date text as the server reads it (DATEFORMAT mdy).
 TEST(SqlDateText, ServerForms) {
   const std::pair<const char*, const char*> cases[] = {
