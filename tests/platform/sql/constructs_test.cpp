@@ -1,8 +1,9 @@
-// Rows of statements per construct, run on the shared fixture. Each
-// expected row is what SQL Server returns under the server assumptions of
-// the conformance cases (us_english, case-insensitive collation,
-// CONCAT_NULL_YIELDS_NULL, ANSI_NULLS), worked out from the fixture's rows
-// and the vendor documentation named beside the less obvious ones.
+// Rows of statements per construct, run on the project's fixture in SQLite
+// and, with ORVENDA_TEST_PG, on its copy on the server. Each expected row is
+// what SQL Server returns under the server assumptions of the conformance
+// cases (us_english, case-insensitive collation, CONCAT_NULL_YIELDS_NULL,
+// ANSI_NULLS), worked out from the fixture's rows and the vendor
+// documentation named beside the less obvious ones.
 #include <gtest/gtest.h>
 
 #include "common/datetime.h"

@@ -6,9 +6,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "common/datetime.h"
 #include "platform/sql/sqlite_functions.h"

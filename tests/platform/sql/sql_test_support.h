@@ -1,6 +1,7 @@
-// Shared by the T-SQL layer's tests: the practice fixture in memory, and
-// running a translated statement into rows printed the way the conformance
-// cases print them (money with four decimals, NULL, dates as stored).
+// Shared by the T-SQL layer's tests: the practice fixture in memory and on
+// the test server, and running a translated statement into rows printed the
+// way the conformance cases print them (money with four decimals, NULL,
+// dates as stored).
 #pragma once
 
 #include <sqlite3.h>
@@ -95,6 +96,8 @@ class ServerFixture {
   // server's message.
   std::string ScalarWithBigint(const std::string& engine_sql, const std::string& value) const;
   ~ServerFixture();
+  ServerFixture(const ServerFixture&) = delete;
+  ServerFixture& operator=(const ServerFixture&) = delete;
 
  private:
   ServerFixture();
