@@ -50,10 +50,8 @@ TEST_F(CommonFunctions, ReturnCur) {
                         {"EmptyText", "", Cur("0")},
                         {"Empty", Variant(), Cur("0")},
                         {"NoNumber", "abc", Cur("0")},
-                        {"LocaleText", "$1,234.50", Cur("1234.5")},
                         {"Parentheses", "(5.00)", Cur("-5")},
                         {"FloatToFourDecimals", 12.34567, Cur("12.3457")},
-                        {"TextHalfToEvenDown", "12.34565", Cur("12.3456")},
                         {"TextHalfToEvenUp", "12.34575", Cur("12.3458")},
                         {"TrueIsMinusOne", true, Cur("-1")},
                         {"Money", Cur("-0.0001"), Cur("-0.0001")},
@@ -89,14 +87,11 @@ TEST_F(CommonFunctions, ReturnNumberConvertsAndCleans) {
 }
 
 // ---- ReturnVal, Return01 ---------------------------------------------------
+// Text is read by Val (its forms: currency_vbstrings_test.cpp); here what
+// ReturnVal does around it.
 
 TEST_F(CommonFunctions, ReturnValReadsTheLeadingNumber) {
   ExpectEach<double>({{"TrailingLetters", "12abc", 12},
-                      {"NoNumber", "abc", 0},
-                      {"BlanksInside", " - 1 2.5e1x", -125},
-                      {"NoGrouping", "1,234", 1},
-                      {"Hex", "&HFF", 255},
-                      {"HexWraps16Bit", "&HFFFF", -1},
                       {"Null", Variant::Null(), 0},
                       {"Float", 12.5, 12.5},
                       {"Money", Cur("3.25"), 3.25},
