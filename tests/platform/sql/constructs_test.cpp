@@ -92,6 +92,12 @@ TEST(SqlExpressions, ConcatenationAndArithmetic) {
       {"replace_under_collation", "SELECT REPLACE(FullName, 'TREMBLAY', 'T.') FROM Patient WHERE ID = 1",
        {"Claire T."}},
       {"upper", "SELECT UPPER(FirstName) FROM Patient WHERE ID = 4", {"KENJI"}},
+      // DATALENGTH counts what is stored: every byte of a picture, zero bytes
+      // included, and every character of text, where LEN leaves out
+      // trailing blanks.
+      {"datalength_bytes_and_characters",
+       "SELECT DATALENGTH(Logo), DATALENGTH(Caption), LEN(Caption) FROM Pictures ORDER BY ID",
+       {"16\t7\t5", "NULL\t0\t0"}},
   };
   for (const RowCase& c : cases) ExpectRows(db, c);
 }
