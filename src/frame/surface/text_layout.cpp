@@ -156,7 +156,8 @@ namespace {
 // `room`, summed as BreakLines sums it (blanks, words and word pieces, in
 // order); nothing when a piece would wrap or the text holds a tab or line
 // break. An empty line is no width.
-std::optional<Twips> WholeLineWidth(std::string_view line, const MeasureFn& measure, Twips room,
+template <typename Measure>
+std::optional<Twips> WholeLineWidth(std::string_view line, const Measure& measure, Twips room,
                                     bool wrap) {
   Twips x;
   size_t i = 0;
@@ -188,16 +189,16 @@ std::optional<Twips> WholeLineWidth(std::string_view line, const MeasureFn& meas
   return Twips(0) + x;
 }
 
-}  // namespace
-
-std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& measure, Twips room,
-                                     bool wrap) {
+template <typename Measure>
+std::optional<Twips> SingleLineWidthWith(std::string_view text, const Measure& measure, Twips room,
+                                         bool wrap) {
   if (text.empty()) return std::nullopt;
   return WholeLineWidth(text, measure, room, wrap);
 }
 
-bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
-                std::vector<ShortLine>& out) {
+template <typename Measure>
+bool ShortLinesWith(std::string_view text, const Measure& measure, Twips room, bool wrap,
+                    std::vector<ShortLine>& out) {
   // BreakLines ends a line at each line break without trimming it, and
   // starts the next at no width; after the last break comes one more line.
   if (text.size() > UINT32_MAX) return false;
@@ -216,6 +217,26 @@ bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, boo
     if (end == text.size()) return true;
     line_start = end + (text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n' ? 2 : 1);
   }
+}
+
+}  // namespace
+
+std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& measure, Twips room,
+                                     bool wrap) {
+  return SingleLineWidthWith(text, measure, room, wrap);
+}
+std::optional<Twips> SingleLineWidth(std::string_view text, const FontMeasure& measure, Twips room,
+                                     bool wrap) {
+  return SingleLineWidthWith(text, measure, room, wrap);
+}
+
+bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
+                std::vector<ShortLine>& out) {
+  return ShortLinesWith(text, measure, room, wrap, out);
+}
+bool ShortLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
+                std::vector<ShortLine>& out) {
+  return ShortLinesWith(text, measure, room, wrap, out);
 }
 
 Twips WidestLine(const std::vector<TextLine>& lines) {
