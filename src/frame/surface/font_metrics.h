@@ -70,9 +70,10 @@ class FontMetrics {
     return sum;
   }
 
-  Twips Width(std::string_view utf8, double size_pt) const {
-    return Twips(double(Units(utf8)) * size_pt * Twips::kPerPoint /
-                 (double(units_per_em_) * kSubUnits));
+  Twips Width(std::string_view utf8, double size_pt) const { return Width(Units(utf8), size_pt); }
+  // The width of `units` (24ths of a font unit, as Units sums them).
+  Twips Width(int64_t units, double size_pt) const {
+    return Twips(double(units) * size_pt * Twips::kPerPoint / (double(units_per_em_) * kSubUnits));
   }
   Twips Scale(int64_t units, double size_pt) const {
     return Twips(double(units) * size_pt * Twips::kPerPoint / units_per_em_);

@@ -189,6 +189,64 @@ std::optional<Twips> WholeLineWidth(std::string_view line, const Measure& measur
   return Twips(0) + x;
 }
 
+// The same width for text measured in a font, in one pass over the text:
+// each run of blanks and each word piece (FirstPiece's pieces) is summed in
+// font units as it is read and converted as FontMeasure converts it, so the
+// widths agree to the last bit. A piece holding a character past ASCII is
+// measured whole, as the decoder reads it.
+std::optional<Twips> WholeLineWidth(std::string_view line, const FontMeasure& measure, Twips room,
+                                    bool wrap) {
+  const FontMetrics& m = *measure.metrics;
+  const size_t n = line.size();
+  Twips x;
+  size_t i = 0;
+  while (i < n) {
+    const char c = line[i];
+    if (c == '\r' || c == '\n' || c == '\t') return std::nullopt;
+    size_t j = i;
+    if (c == ' ') {
+      while (j < n && line[j] == ' ') ++j;
+      x += m.Width(int64_t(j - i) * m.Advance(U' '), measure.size_pt);
+      i = j;
+      continue;
+    }
+    size_t piece = i;  // where the piece being summed starts
+    int64_t units = 0;
+    bool ascii = true;
+    auto add_piece = [&](size_t end) {
+      const Twips w = ascii ? m.Width(units, measure.size_pt)
+                            : measure(line.substr(piece, end - piece));
+      if (wrap && x + w > room) return false;
+      x += w;
+      return true;
+    };
+    while (true) {
+      if (j == n || line[j] == ' ' || line[j] == '\t' || line[j] == '\r' || line[j] == '\n') {
+        if (!add_piece(j)) return std::nullopt;
+        break;
+      }
+      const auto b = static_cast<unsigned char>(line[j]);
+      if (b < 0x80)
+        units += m.Advance(b);
+      else
+        ascii = false;
+      // A hyphen or slash with a letter on each side ends a piece, never
+      // the piece's first character.
+      if ((b == '-' || b == '/') && j > piece && j + 1 < n && IsLetter(line[j - 1]) &&
+          IsLetter(line[j + 1])) {
+        if (!add_piece(j + 1)) return std::nullopt;
+        piece = j + 1;
+        units = 0;
+        ascii = true;
+      }
+      ++j;
+    }
+    i = j;
+  }
+  if (x > room) return std::nullopt;
+  return Twips(0) + x;
+}
+
 template <typename Measure>
 std::optional<Twips> SingleLineWidthWith(std::string_view text, const Measure& measure, Twips room,
                                          bool wrap) {
