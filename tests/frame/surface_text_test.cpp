@@ -233,6 +233,18 @@ TEST(TextLayout, FontMeasureGivesTheWidthsOfAMeasureFn) {
   }
 }
 
+// Texts are read eight bytes at a time: a character past ASCII is seen
+// wherever it stands, in a whole word of eight or in the tail.
+TEST(TextLayout, PlainAsciiSeesAnAccentAnywhere) {
+  for (size_t length = 1; length <= 19; ++length)
+    for (size_t at = 0; at < length; ++at) {
+      std::string text(length, 'a');
+      EXPECT_TRUE(IsPlainAscii(text));
+      text[at] = '\xE9';
+      EXPECT_FALSE(IsPlainAscii(text)) << length << " " << at;
+    }
+}
+
 TEST(TextLayout, TabsAdvanceToTheNextHalfInchStop) {
   struct Case {
     const char* text;
