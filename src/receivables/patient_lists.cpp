@@ -392,36 +392,47 @@ void clsReports::rptBillingByClient(std::string UserName, std::string txtfilter,
       "'ID' "
       "TO 'InvoiceID') AS PatientInvoiceDetails) AS PatientInvoices RELATE 'ID' TO 'PatientID') AS "
       "PatientInvoices";
-  db::Recordset patients =
-      Open(txtfilter.empty() ? "SHAPE {SELECT FirstName, LastName, ID FROM Patient" + invoices
-                             : "SHAPE {SELECT FirstName, LastName, ID FROM Patient WHERE " +
-                                   txtfilter + invoices);
+  // The invoices and their lines come with columns the list does not
+  // print (the provider's and fee code's keys, the invoice's total and
+  // date): only what it prints is read.
+  db::Recordset patients;
+  patients.KeepFields({"FirstName", "LastName", "PatientInvoices.FullName", "PatientInvoices.Invoice#",
+                       "PatientInvoices.PatientInvoiceDetails.Date", "PatientInvoices.PatientInvoiceDetails.Code",
+                       "PatientInvoices.PatientInvoiceDetails.Description",
+                       "PatientInvoices.PatientInvoiceDetails.Cost"});
+  patients.Open(txtfilter.empty() ? "SHAPE {SELECT FirstName, LastName, ID FROM Patient" + invoices
+                                  : "SHAPE {SELECT FirstName, LastName, ID FROM Patient WHERE " + txtfilter +
+                                        invoices,
+                conn_, db::adOpenStatic, db::adLockReadOnly, db::adCmdText);
   vsp.StartDoc();
   PrintReportHeading(vsp.DocName(), UserName, "");
   vsp.TextAlign(1);
   vsp.FontBold(false);
   vsp.FontSize(10);
 
+  // Fields found by name once; the chapters follow their parents' rows.
+  const db::Field first_name = patients["FirstName"], last_name = patients["LastName"];
+  db::Recordset bills = patients["PatientInvoices"].Chapter();
+  const db::Field provider = bills["FullName"], invoice_number = bills["Invoice#"];
+  db::Recordset lines = bills["PatientInvoiceDetails"].Chapter();
+  const db::Field line_date = lines["Date"], code = lines["Code"], description = lines["Description"],
+                  cost = lines["Cost"];
   while (!patients.Eof()) {
-    db::Recordset bills = patients["PatientInvoices"].Chapter();
     if (!bills.Eof()) {
       vsp.AddTable("<6.5in|>1in", "",
-                   frame::EscapeCell(cf.returnStr(patients["FirstName"].Value()) + " " +
-                                     cf.returnStr(patients["LastName"].Value())) +
+                   frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value())) +
                        "|;",
                    std::nullopt, kHeaderColor);
       // The name bar introduces the patient's invoice lines.
       vsp.KeepWithNext();
       std::string body;
       while (!bills.Eof()) {
-        db::Recordset lines = bills["PatientInvoiceDetails"].Chapter();
         while (!lines.Eof()) {
-          body += frame::EscapeCell(cf.returnStr(bills["FullName"].Value())) + "|" +
-                  frame::EscapeCell(cf.returnStr(bills["Invoice#"].Value())) + "|" +
-                  Format(lines["Date"].Value(), "mmm/dd/yyyy") + "|" +
-                  frame::EscapeCell(cf.returnStr(lines["Code"].Value())) + "|" +
-                  frame::EscapeCell(cf.returnStr(lines["Description"].Value())) + "|" +
-                  Format(lines["Cost"].Value(), "Currency") + ";";
+          body += frame::EscapeCell(cf.returnStr(provider.Value())) + "|" +
+                  frame::EscapeCell(cf.returnStr(invoice_number.Value())) + "|" +
+                  Format(line_date.Value(), "mmm/dd/yyyy") + "|" + frame::EscapeCell(cf.returnStr(code.Value())) +
+                  "|" + frame::EscapeCell(cf.returnStr(description.Value())) + "|" +
+                  Format(cost.Value(), "Currency") + ";";
           lines.MoveNext();
         }
         bills.MoveNext();

@@ -96,6 +96,7 @@ Recordset Field::Chapter() const {
     child->lock_type = adLockReadOnly;
     child->data = s_->data->chapters[f.chapter].child;
     child->parent = s_;
+    child->parent_state = s_.get();
     child->parent_chapter = f.chapter;
   }
   return Recordset(child);

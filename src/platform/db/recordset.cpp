@@ -237,8 +237,12 @@ void RecordsetState::Ready() {
   if (!open)
     throw DatabaseError(kErrObjectClosed, "Operation is not allowed when the object is closed.");
   if (parent_chapter < 0) return;
-  auto p = parent.lock();
-  if (!p) return;
+  // The parent is looked at without taking a count of it: lock() is two
+  // atomic operations, and every value a report reads from a chapter two
+  // levels down walks up twice. A parent that still has an owner is alive,
+  // and only the report's own thread could let it go meanwhile.
+  if (parent.expired()) return;
+  RecordsetState* p = parent_state;
   p->Ready();
   if (parent_chapter >= static_cast<int>(p->data->chapters.size())) {
     // The parent was opened again on other rows: this chapter is empty.

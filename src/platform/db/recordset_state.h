@@ -54,6 +54,7 @@ struct RecordsetState {
 
   // A chapter follows the current row of its parent.
   std::weak_ptr<RecordsetState> parent;
+  RecordsetState* parent_state = nullptr;  // what `parent` points at
   int parent_chapter = -1;
   long bound_parent_row = -2;
   std::vector<std::shared_ptr<RecordsetState>> chapter_states;

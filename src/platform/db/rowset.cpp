@@ -161,6 +161,7 @@ bool CellOfStored(sql::ValueKind kind, const StoredView& value, StoredCell* out)
   switch (value.cls) {
     case Class::Null: return set(Kind::Null, 0);
     case Class::Blob: return set_bytes(Kind::Binary, value.bytes);
+    case Class::Money: return set(Kind::Currency, static_cast<uint64_t>(value.integer));
     case Class::Integer: {
       const int64_t i = value.integer;
       switch (kind) {
