@@ -34,4 +34,19 @@ std::string PatientContactRow(clsCommonFunctions& cf, const db::Recordset& rs,
                               const std::string& employer1, const std::string& employer2,
                               const std::string& insurer1, const std::string& insurer2);
 
+// The fields of a patient row that PatientContactRow reads, looked up by
+// name once: each reads the row the recordset is on, so a list of
+// thousands of patients need not look nine names up again for each.
+struct PatientContactFields {
+  explicit PatientContactFields(const db::Recordset& rs);
+  db::Field address, home_phone, home_ext, other_phone, other_ext, birth_date, signup_date,
+      emergency_contact, emergency_phone;
+};
+
+// The same row, read through fields looked up once.
+std::string PatientContactRow(clsCommonFunctions& cf, const PatientContactFields& fields,
+                              const std::string& name_line, const std::string& second_name_line,
+                              const std::string& employer1, const std::string& employer2,
+                              const std::string& insurer1, const std::string& insurer2);
+
 }  // namespace orv

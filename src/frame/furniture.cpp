@@ -1,6 +1,9 @@
 // Page furniture: the heading of a list, the footer stamped on every page,
 // the single-value lookup, the office letterhead and the provider blocks.
+#include <unistd.h>
+
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <utility>
 #include <vector>
@@ -192,7 +195,13 @@ void clsReports::PrintLetterHead(Twips EndAbove) {
 
   Twips bottom_of_picture = vsp.MarginHeader();
   if (has_logo) {
-    std::string file = host::GetTempDirectory() + "OfficePicture.jpg";
+    // A name of this run's own: two reports printing letterheads at once
+    // (two workstations' runs on one server, the web host's requests) would
+    // otherwise write and remove one another's file, and a letter would
+    // come out without its logo.
+    static std::atomic<unsigned> pictures{0};
+    std::string file = host::GetTempDirectory() + "OfficePicture-" + std::to_string(::getpid()) +
+                       "-" + std::to_string(pictures++) + ".jpg";
     // The picture steps ignore their errors: a bad picture only leaves the
     // letterhead without it.
     try {

@@ -1,5 +1,7 @@
 // The directory lists: the fee guide, the insurance company and employer
 // lists, and the simple and detailed patient lists.
+#include <optional>
+
 #include "common/common_functions.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
@@ -204,19 +206,42 @@ void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserNam
   // The column heads, drawn as a shaded body row.
   vsp.AddTable(format, "", header, std::nullopt, kHeaderColor);
 
-  auto child_value = [&](const char* link, const char* chapter, const char* field) {
-    if (rs[link].Value().IsNull()) return std::string();
-    db::Recordset child = rs[chapter].Chapter();
-    if (child.Eof()) return std::string();
-    return cf.returnStr(child[field].Value());
+  // The fields are looked up by name at the first patient and read row by
+  // row after: a chapter's recordset follows its parent as it moves.
+  struct Related {
+    db::Field link;
+    db::Recordset child;
+    db::Field name;
   };
+  auto related = [&](const char* link, const char* chapter, const char* field) {
+    db::Recordset child = rs[chapter].Chapter();
+    const db::Field name = child[field];
+    return Related{rs[link], std::move(child), name};
+  };
+  auto child_value = [&](const Related& r) {
+    if (r.link.Value().IsNull()) return std::string();
+    if (r.child.Eof()) return std::string();
+    return cf.returnStr(r.name.Value());
+  };
+  struct PatientFields {
+    db::Field last_name, first_name;
+    Related prim_employer, sec_employer, prim_insurance, sec_insurance;
+    PatientContactFields contact;
+  };
+  std::optional<PatientFields> f;
   while (!rs.Eof()) {
+    if (!f)
+      f = PatientFields{rs["LastName"],
+                        rs["FirstName"],
+                        related("EmployerID", "PrimEmployer", "Name"),
+                        related("SecondaryEmployerID", "SecEmployer", "Name"),
+                        related("InsuranceID", "PrimInsurance", "CompanyName"),
+                        related("SecondaryInsuranceID", "SecInsurance", "CompanyName"),
+                        PatientContactFields(rs)};
     const std::string row = PatientContactRow(
-        cf, rs, cf.returnStr(rs["LastName"].Value()) + ", " + cf.returnStr(rs["FirstName"].Value()),
-        "", child_value("EmployerID", "PrimEmployer", "Name"),
-        child_value("SecondaryEmployerID", "SecEmployer", "Name"),
-        child_value("InsuranceID", "PrimInsurance", "CompanyName"),
-        child_value("SecondaryInsuranceID", "SecInsurance", "CompanyName"));
+        cf, f->contact, cf.returnStr(f->last_name.Value()) + ", " + cf.returnStr(f->first_name.Value()),
+        "", child_value(f->prim_employer), child_value(f->sec_employer),
+        child_value(f->prim_insurance), child_value(f->sec_insurance));
     // Each patient is a table of its own; past 9500 twips (landscape
     // letter) a new page starts with the column heads as a header.
     if (vsp.CurrentY() > Twips(9500)) {

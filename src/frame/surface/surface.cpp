@@ -484,28 +484,42 @@ void PrintSurface::TextBox(std::string_view raw, Length x, Length y, Length widt
   const Twips paper_right = PageWidth() - kPaperInset;
   if (box.x + box.width > paper_right && box.x < paper_right) box.width = paper_right - box.x;
   double size = style_.size;
-  auto lines = BreakLines(text, Measurer(f.metrics, size), box.width, box.width);
-  // A word wider than the box is set smaller to stay whole in it.
-  if (const double fitted = FitSize(size, WidestLine(lines), box.width); fitted < size) {
-    size = fitted;
+  const int h = ((align_ % 4) + 4) % 4;
+  // Most boxes hold a few whole lines (a label's name and address lines):
+  // those are kept as places in the text, as table cells keep theirs,
+  // rather than built into lines of their own; they are the lines
+  // BreakLines gives. Each ends at a line break or the end of the text, so
+  // justifying leaves it as it is.
+  std::vector<ShortLine> shorts;
+  std::vector<TextLine> lines;
+  if (!ShortLines(text, Measurer(f.metrics, size), box.width, true, shorts)) {
     lines = BreakLines(text, Measurer(f.metrics, size), box.width, box.width);
+    // A word wider than the box is set smaller to stay whole in it.
+    if (const double fitted = FitSize(size, WidestLine(lines), box.width); fitted < size) {
+      size = fitted;
+      lines = BreakLines(text, Measurer(f.metrics, size), box.width, box.width);
+    }
   }
-  const MeasureFn measure = Measurer(f.metrics, size);
-  const Twips block = lh * double(lines.size());
+  const size_t nlines = shorts.empty() ? lines.size() : shorts.size();
+  auto line_width = [&](size_t i) { return shorts.empty() ? lines[i].width : shorts[i].width; };
+  const Twips block = lh * double(nlines);
   const Twips top = box.y + VerticalOffset(align_, box.height, block);
   bool overruns = block > box.height;
-  for (const auto& l : lines) overruns = overruns || l.width > box.width + Twips(0.5);
+  for (size_t i = 0; i < nlines; ++i) overruns = overruns || line_width(i) > box.width + Twips(0.5);
   const std::optional<render::Box> clip = overruns ? std::optional(box) : std::nullopt;
   const render::Rgb color = ToRgb(style_.color);
-  const int h = ((align_ % 4) + 4) % 4;
   const size_t first_item = CurrentPageRef().items.size();
-  for (size_t i = 0; i < lines.size(); ++i) {
+  for (size_t i = 0; i < nlines; ++i) {
     const Twips line_top = top + lh * double(i);
     // Lines wholly outside the box are cut off here; the clip does the rest.
     if (line_top + lh <= box.y || line_top >= box.y + box.height) continue;
-    if (h == 3) {
-      EmitLine(Justify(lines[i], measure, box.width), box.x, line_top, f, size, color, clip,
-               style_.size);
+    if (!shorts.empty()) {
+      EmitSegment(text.substr(shorts[i].offset, shorts[i].length),
+                  box.x + AlignOffset(h, box.width, shorts[i].width), Twips(0), shorts[i].width,
+                  line_top, f, size, color, clip, style_.size);
+    } else if (h == 3) {
+      EmitLine(Justify(lines[i], Measurer(f.metrics, size), box.width), box.x, line_top, f, size,
+               color, clip, style_.size);
     } else {
       EmitLine(lines[i], box.x + AlignOffset(h, box.width, lines[i].width), line_top, f, size,
                color, clip, style_.size);

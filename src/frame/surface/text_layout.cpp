@@ -236,8 +236,27 @@ bool IsPlainAscii(std::string_view text) {
   return true;
 }
 
+namespace {
+
+// True when every character of `text` lies below U+0300, where the
+// combining accents begin: no such character decomposes into one that
+// composes differently, nor combines with the one before it, so the text
+// is its own composed form. Names in French and the other Latin-1
+// languages take this path; bytes that are not UTF-8 also come back
+// unchanged, as from the normaliser.
+bool BelowCombiningMarks(std::string_view text) {
+  for (const char c : text) {
+    const auto u = static_cast<unsigned char>(c);
+    // Lead bytes 0xCC and up begin U+0300 and above.
+    if (u >= 0xCC) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
 std::string ComposeText(std::string_view text) {
-  if (IsPlainAscii(text)) return std::string(text);
+  if (IsPlainAscii(text) || BelowCombiningMarks(text)) return std::string(text);
   // GLib's normaliser comes into the build with the renderers' text stack.
   if (!g_utf8_validate(text.data(), gssize(text.size()), nullptr)) return std::string(text);
   gchar* composed = g_utf8_normalize(text.data(), gssize(text.size()), G_NORMALIZE_NFC);

@@ -290,15 +290,19 @@ class PdfPainter {
   // Appends glyph `g` to a literal string: its two bytes, escaped where
   // the string's syntax needs it.
   void Glyph(uint16_t g) {
+    char bytes[4];
+    size_t n = 0;
     for (const auto byte : {char(g >> 8), char(g & 0xFF)}) {
       if (byte == '(' || byte == ')' || byte == '\\') {
-        out_.push_back('\\');
+        bytes[n++] = '\\';
       } else if (byte == '\r') {
-        out_ += "\\r";
+        bytes[n++] = '\\';
+        bytes[n++] = 'r';
         continue;
       }
-      out_.push_back(byte);
+      bytes[n++] = byte;
     }
+    out_.append(bytes, n);
   }
 
   // A run: glyphs placed as the cairo renderers place them, written as
@@ -314,7 +318,8 @@ class PdfPainter {
     pdf::EmbeddedFont& font = FontOf(t.font, resource);
     // The character each glyph stands for: the placer sets one glyph per
     // character, so the two line up unless the text was not plain UTF-8.
-    const std::u32string chars = pdf::DecodeUtf8(t.text);
+    pdf::DecodeUtf8(t.text, chars_);
+    const std::u32string& chars = chars_;
     const bool paired = chars.size() == glyphs.size();
     const bool plain = !t.clip && t.angle == 0 && !t.underline && !face.synthetic_italic;
 
@@ -530,6 +535,7 @@ class PdfPainter {
   std::vector<std::shared_ptr<const Image>> images_;  // by resource number
 
   std::string out_;
+  std::u32string chars_;  // the characters of the run being drawn
   State state_;
   std::vector<State> saved_;
   TextLine line_;
@@ -550,6 +556,9 @@ struct PaintedPage {
   std::string added;         // as painted, the text object left open
   std::string added_packed;  // compressed, the text object ended
   State end;                 // the reader's state where `contents` and `added` end
+  // Painted and waiting to be compressed (PdfPaintAhead's raw pages): the
+  // number its raw contents were queued under, 0 when none wait.
+  uint64_t waiting = 0;
 };
 
 // Paints the pages of a document for a PDF file on a second thread while
@@ -566,6 +575,19 @@ struct PaintedPage {
 // has it stop; the thread is started again by the next page handed over,
 // and stopped and joined by Cleared and by the destructor, so none outlives
 // the document.
+//
+// Compressing a page takes longer than painting it, and on a long list the
+// two together take longer than laying the page out: the report's thread
+// used to sit waiting for room among the pages handed over, and again at
+// CatchUp, while the second thread painted and compressed alone. A page's
+// compressed bytes depend only on its painted bytes, so that half of the
+// work goes to whichever thread is free: the second thread paints, and
+// queues the painted contents; the report's thread, instead of waiting,
+// compresses the oldest queued page, and the second thread compresses
+// what is queued whenever it has nothing to paint. Painting itself stays
+// on the second thread, in page order (fonts are named in order of first
+// use and each page carries on from the state the one before left), so
+// the file is the same byte for byte whichever thread compressed a page.
 class PdfPaintAhead final : public PageSink {
  public:
   PdfPaintAhead(const std::vector<FontFace>& fonts, size_t held_in_memory)
@@ -592,11 +614,27 @@ class PdfPaintAhead final : public PageSink {
     error_ = nullptr;
   }
 
-  // Waits until every page handed over is painted and stops the second
-  // thread; raises what it raised. The painter and the pages are then this
-  // thread's, the painter knowing every font of the document.
+  // Waits until every page handed over is painted and compressed, taking
+  // its share of the compressing, and stops the second thread; raises what
+  // either thread raised. The painter and the pages are then this thread's,
+  // the painter knowing every font of the document.
   void CatchUp() {
+    {
+      std::unique_lock lock(mu_);
+      stopping_ = true;
+      work_.notify_one();
+      // While the second thread paints what is left, compress what it
+      // queues; it compresses the rest itself once it has painted all.
+      while (worker_.joinable() && !worker_done_) {
+        if (!SqueezeOne(lock)) {
+          report_waiting_ = true;
+          room_.wait(lock);
+          report_waiting_ = false;
+        }
+      }
+    }
     Stop(true);
+    TakeSqueezed();
     if (error_) std::rethrow_exception(error_);
     fonts_.insert(fonts_.end(),
                   doc_fonts_.begin() + std::ptrdiff_t(std::min(fonts_.size(), doc_fonts_.size())),
@@ -613,7 +651,7 @@ class PdfPaintAhead final : public PageSink {
   }
   // Page `i` as painted, or null when it was not (or no longer holds).
   const PaintedPage* Painted(size_t i) const {
-    return i < pages_.size() && pages_[i].painted ? &pages_[i] : nullptr;
+    return i < pages_.size() && pages_[i].painted && pages_[i].waiting == 0 ? &pages_[i] : nullptr;
   }
 
  private:
@@ -637,6 +675,19 @@ class PdfPaintAhead final : public PageSink {
   // long list is painted faster than it is laid out, and waking the thread
   // for each page costs two switches of the processor a page.
   static constexpr size_t kWakeAt = 8;
+  // Painted pages left waiting to be compressed, at most: past it the
+  // second thread compresses one itself after each page it paints, so that
+  // the raw contents (some 7 KB a page of a list) never pile up.
+  static constexpr size_t kMostRaw = 64;
+
+  // Painted contents waiting to be compressed, and compressed contents
+  // waiting to be kept with their page, each under the number its page
+  // was queued with (PaintedPage::waiting).
+  struct Squeeze {
+    size_t page;
+    uint64_t number;
+    std::string data;
+  };
 
   void Push(Job job) {
     if (doc_fonts_.size() > sent_) {
@@ -658,8 +709,15 @@ class PdfPaintAhead final : public PageSink {
       }
     }
     if (job.kind == Job::kPage) {
-      // The second thread was woken when the jobs reached kWakeAt.
-      room_.wait(lock, [&] { return waiting_pages_ < kMostWaiting; });
+      // The second thread was woken when the jobs reached kWakeAt. While
+      // it is behind, compress what it has painted rather than wait.
+      while (waiting_pages_ >= kMostWaiting) {
+        if (!SqueezeOne(lock)) {
+          report_waiting_ = true;
+          room_.wait(lock);
+          report_waiting_ = false;
+        }
+      }
       ++waiting_pages_;
     }
     jobs_.push_back(std::move(job));
@@ -681,6 +739,78 @@ class PdfPaintAhead final : public PageSink {
     if (worker_.joinable()) worker_.join();
     waiting_pages_ = 0;
     abandon_ = false;
+    worker_done_ = false;
+    if (!finish) {
+      raw_.clear();
+      squeezed_.clear();
+    }
+  }
+
+  // On the report's thread, `lock` held: compresses the oldest painted
+  // page waiting, the lock let go meanwhile. False when none waits.
+  bool SqueezeOne(std::unique_lock<std::mutex>& lock) {
+    if (raw_.empty()) return false;
+    Squeeze s = std::move(raw_.front());
+    raw_.pop_front();
+    lock.unlock();
+    try {
+      if (!report_deflate_) report_deflate_ = std::make_unique<pdf::Deflater>(pdf::kDeflateLevel);
+      s.data = (*report_deflate_)(s.data);
+    } catch (...) {
+      lock.lock();
+      if (!report_error_) report_error_ = std::current_exception();
+      return true;
+    }
+    lock.lock();
+    squeezed_.push_back(std::move(s));
+    return true;
+  }
+
+  // Keeps the pages the report's thread compressed with their pages, on
+  // the thread that owns the pages; a page painted again or forgotten since
+  // it was queued drops what was compressed for it.
+  void TakeSqueezed() {
+    std::deque<Squeeze> done;
+    {
+      std::lock_guard lock(mu_);
+      done.swap(squeezed_);
+      if (report_error_ && !error_) error_ = report_error_;
+      report_error_ = nullptr;
+    }
+    for (Squeeze& s : done)
+      if (s.page < pages_.size() && pages_[s.page].waiting == s.number)
+        Keep(pages_[s.page], std::move(s.data));
+  }
+
+  // Keeps `compressed` as `page`'s contents: in memory up to the budget,
+  // past it in the temporary file.
+  void Keep(PaintedPage& page, std::string compressed) {
+    page.waiting = 0;
+    page.contents = std::move(compressed);
+    if (held_ + page.contents.size() > held_in_memory_) {
+      if (const int64_t at = spill_->Append(page.contents); at >= 0) {
+        page.spilled = at;
+        page.spilled_size = uint32_t(page.contents.size());
+        std::string().swap(page.contents);
+        return;
+      }
+    }
+    held_ += page.contents.size();
+  }
+
+  // On the second thread: compresses the oldest painted page waiting
+  // itself. False when none waits.
+  bool SqueezeHere() {
+    Squeeze s;
+    {
+      std::lock_guard lock(mu_);
+      if (raw_.empty()) return false;
+      s = std::move(raw_.front());
+      raw_.pop_front();
+    }
+    if (s.page < pages_.size() && pages_[s.page].waiting == s.number)
+      Keep(pages_[s.page], deflate_(s.data));
+    return true;
   }
 
   // The second thread: takes the jobs gathered so far, all at once, and
@@ -690,12 +820,32 @@ class PdfPaintAhead final : public PageSink {
       std::deque<Job> jobs;
       {
         std::unique_lock lock(mu_);
-        work_.wait(lock, [&] { return jobs_.size() >= kWakeAt || stopping_; });
-        if (jobs_.empty()) return;
+        work_.wait(lock, [&] { return jobs_.size() >= kWakeAt || stopping_ || !raw_.empty(); });
+        if (jobs_.size() < kWakeAt && !stopping_) {
+          // Nothing to paint yet: compress what waits.
+          lock.unlock();
+          TakeSqueezed();
+          SqueezeHere();
+          continue;
+        }
+        if (jobs_.empty()) {
+          // Stopping, every page painted: what is still raw is compressed
+          // here and by the report's thread together.
+          lock.unlock();
+          if (abandon_) return;
+          while (!abandon_ && SqueezeHere()) {
+          }
+          TakeSqueezed();
+          std::lock_guard done(mu_);
+          worker_done_ = true;
+          room_.notify_all();
+          return;
+        }
         jobs.swap(jobs_);
         waiting_pages_ = 0;
       }
       room_.notify_all();
+      TakeSqueezed();
       for (Job& job : jobs) {
         if (abandon_) return;
         fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
@@ -722,17 +872,17 @@ class PdfPaintAhead final : public PageSink {
         page = PaintedPage{};
         page.width = job.width;
         page.height = job.height;
-        page.contents = deflate_(painter_->Paint(job.items, job.height, page.end, true));
         page.painted = true;
-        if (held_ + page.contents.size() > held_in_memory_) {
-          if (const int64_t at = spill_->Append(page.contents); at >= 0) {
-            page.spilled = at;
-            page.spilled_size = uint32_t(page.contents.size());
-            std::string().swap(page.contents);
-            break;
-          }
+        page.waiting = ++queued_;
+        Squeeze raw{job.page, page.waiting, painter_->Paint(job.items, job.height, page.end, true)};
+        bool crowded = false;
+        {
+          std::lock_guard lock(mu_);
+          raw_.push_back(std::move(raw));
+          crowded = raw_.size() > kMostRaw;
+          if (report_waiting_) room_.notify_all();
         }
-        held_ += page.contents.size();
+        if (crowded) SqueezeHere();
         break;
       }
       case Job::kAdded:
@@ -759,6 +909,12 @@ class PdfPaintAhead final : public PageSink {
   std::deque<Job> jobs_;
   size_t waiting_pages_ = 0;
   bool stopping_ = false;
+  bool worker_done_ = false;     // the second thread has done every job and returns
+  bool report_waiting_ = false;  // the report's thread waits on room_
+  std::deque<Squeeze> raw_;      // painted, to be compressed
+  std::deque<Squeeze> squeezed_;  // compressed by the report's thread
+  std::exception_ptr report_error_;  // raised compressing on the report's thread
+  std::unique_ptr<pdf::Deflater> report_deflate_;  // the report's thread's
   std::atomic<bool> abandon_ = false;  // stop without doing the jobs taken
   std::thread worker_;
 
@@ -768,6 +924,7 @@ class PdfPaintAhead final : public PageSink {
   std::vector<PaintedPage> pages_;
   std::unique_ptr<SpillFile> spill_ = std::make_unique<SpillFile>();
   size_t held_ = 0;  // bytes of pages_' contents in memory
+  uint64_t queued_ = 0;  // the last number a painted page was queued under
   pdf::Deflater deflate_{pdf::kDeflateLevel};
   std::exception_ptr error_;
 };

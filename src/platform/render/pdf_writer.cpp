@@ -1,6 +1,6 @@
 #include "platform/render/pdf_writer.h"
 
-#include <zlib.h>
+#include <libdeflate.h>
 
 #include <cerrno>
 #include <cmath>
@@ -60,6 +60,12 @@ void AppendTextString(std::string& out, std::string_view utf8) {
 
 std::u32string DecodeUtf8(std::string_view utf8) {
   std::u32string chars;
+  DecodeUtf8(utf8, chars);
+  return chars;
+}
+
+void DecodeUtf8(std::string_view utf8, std::u32string& chars) {
+  chars.clear();
   chars.reserve(utf8.size());
   for (size_t i = 0; i < utf8.size();) {
     const auto b = static_cast<unsigned char>(utf8[i]);
@@ -70,7 +76,6 @@ std::u32string DecodeUtf8(std::string_view utf8) {
     chars.push_back(c);
     i += size_t(len);
   }
-  return chars;
 }
 
 void AppendHex16(std::string& out, uint32_t unit) {
@@ -87,42 +92,44 @@ void AppendUtf16Hex(std::string& out, char32_t c) {
   }
 }
 
+namespace {
+
+// libdeflate's levels run 1 to 12; zlib's 1 to 9 ask for the same balance
+// at the same number, and anything past 12 is its smallest.
+int CompressorLevel(int level) {
+  return level < 1 ? 1 : level > 12 ? 12 : level;
+}
+
+}  // namespace
+
 std::string Deflate(std::string_view data, int level) {
-  uLongf size = compressBound(uLong(data.size()));
-  std::string out(size, '\0');
-  if (compress2(reinterpret_cast<Bytef*>(out.data()), &size,
-                reinterpret_cast<const Bytef*>(data.data()), uLong(data.size()), level) != Z_OK)
-    throw RenderError("Cannot compress a PDF stream");
-  out.resize(size);
-  return out;
+  Deflater deflate(level);
+  return deflate(data);
 }
 
 struct Deflater::State {
-  z_stream z{};
+  libdeflate_compressor* compressor = nullptr;
   std::string buffer;
 };
 
 Deflater::Deflater(int level) : state_(std::make_unique<State>()) {
-  if (deflateInit(&state_->z, level) != Z_OK) throw RenderError("Cannot compress a PDF stream");
+  state_->compressor = libdeflate_alloc_compressor(CompressorLevel(level));
+  if (state_->compressor == nullptr) throw RenderError("Cannot compress a PDF stream");
 }
 
 Deflater::~Deflater() {
-  deflateEnd(&state_->z);
+  libdeflate_free_compressor(state_->compressor);
 }
 
 std::string Deflater::operator()(std::string_view data) {
-  z_stream& z = state_->z;
-  if (deflateReset(&z) != Z_OK) throw RenderError("Cannot compress a PDF stream");
   // Into a buffer kept from stream to stream, then copied at its size: the
   // pages painted ahead keep their compressed contents until the file is
   // written, and a string cut down to size would keep the room it had.
-  state_->buffer.resize(deflateBound(&z, uLong(data.size())));
-  z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
-  z.avail_in = uInt(data.size());
-  z.next_out = reinterpret_cast<Bytef*>(state_->buffer.data());
-  z.avail_out = uInt(state_->buffer.size());
-  if (deflate(&z, Z_FINISH) != Z_STREAM_END) throw RenderError("Cannot compress a PDF stream");
-  return std::string(state_->buffer.data(), state_->buffer.size() - z.avail_out);
+  state_->buffer.resize(libdeflate_zlib_compress_bound(state_->compressor, data.size()));
+  const size_t size = libdeflate_zlib_compress(state_->compressor, data.data(), data.size(),
+                                               state_->buffer.data(), state_->buffer.size());
+  if (size == 0) throw RenderError("Cannot compress a PDF stream");
+  return std::string(state_->buffer.data(), size);
 }
 
 PdfFile::PdfFile(const std::string& path) : path_(path) {
