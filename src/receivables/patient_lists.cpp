@@ -431,10 +431,13 @@ void clsReports::rptBillingByClient(std::string UserName, std::string txtfilter,
       vsp.KeepWithNext();
       std::string body;
       while (!bills.Eof()) {
+        // The provider and invoice number open every line of the invoice.
+        const std::string invoice = lines.Eof() ? std::string()
+                                                : frame::EscapeCell(cf.returnStr(provider.Value())) + "|" +
+                                                      frame::EscapeCell(cf.returnStr(invoice_number.Value())) + "|";
         while (!lines.Eof()) {
-          body += frame::EscapeCell(cf.returnStr(provider.Value())) + "|" +
-                  frame::EscapeCell(cf.returnStr(invoice_number.Value())) + "|" +
-                  Format(line_date.Value(), "mmm/dd/yyyy") + "|" + frame::EscapeCell(cf.returnStr(code.Value())) +
+          body += invoice;
+          body += Format(line_date.Value(), "mmm/dd/yyyy") + "|" + frame::EscapeCell(cf.returnStr(code.Value())) +
                   "|" + frame::EscapeCell(cf.returnStr(description.Value())) + "|" +
                   Format(cost.Value(), "Currency") + ";";
           lines.MoveNext();
