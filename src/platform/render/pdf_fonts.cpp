@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 #include "platform/render/renderer.h"
@@ -215,12 +213,11 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
   return file;
 }
 
-EmbeddedFont::EmbeddedFont(std::string file) : file_(std::move(file)) {
-  std::ifstream in(file_, std::ios::binary);
-  data_.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-  if (!in.good() && !in.eof()) throw RenderError("Cannot read font file " + file_);
+EmbeddedFont::EmbeddedFont(std::string file) : file_(std::move(file)), mapped_(file_) {
+  data_ = mapped_.bytes();
   if (data_.empty()) throw RenderError("Cannot read font file " + file_);
   const auto tables = Tables(data_);
+  text_.assign(U16(tables.at("maxp"), 4), kUnused);
   units_per_em_ = U16(tables.at("head"), 18);
   if (units_per_em_ == 0) throw RenderError("A font file gives no size of its em: " + file_);
   advance_count_ = U16(tables.at("hhea"), 34);

@@ -96,12 +96,21 @@ class PdfFile {
   void Flush();
   void Begin(int id);
 
+  // Bytes gathered before they go to the file. Below the allocator's
+  // threshold for a mapping of their own (128 KB), so that a one-page
+  // document takes no fresh pages from the kernel for them; a stream larger
+  // than this goes straight to the file.
+  static constexpr size_t kBuffer = 64 << 10;
+
   std::string path_;
   FILE* file_ = nullptr;
   bool failed_ = false;
   bool finished_ = false;
   std::string buffer_;
   uint64_t offset_ = 0;            // bytes written before buffer_
+  // One zlib state for the file's streams, made at the first: a one-page
+  // document still compresses a font file and a character map per font.
+  std::unique_ptr<Deflater> deflater_;
   std::vector<uint64_t> offsets_;  // per object number from 1; 0 = not yet written
 };
 
