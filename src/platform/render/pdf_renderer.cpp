@@ -608,6 +608,12 @@ class PdfPaintAhead final : public PageSink {
     if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
   }
   PdfPainter& Painter() { return *painter_; }
+  // The zlib state the pages were compressed with, for the file's other
+  // streams; made here when no page was compressed.
+  pdf::Deflater& Deflater() {
+    if (!deflate_) deflate_ = std::make_unique<pdf::Deflater>(pdf::kDeflateLevel);
+    return *deflate_;
+  }
   // The compressed contents of `page`, read into `buffer` if they were put
   // in the temporary file.
   std::string_view Contents(const PaintedPage& page, std::string& buffer) const {
@@ -729,10 +735,7 @@ class PdfPaintAhead final : public PageSink {
     }
   }
 
-  std::string Deflate(std::string_view data) {
-    if (!deflate_) deflate_ = std::make_unique<pdf::Deflater>(pdf::kDeflateLevel);
-    return (*deflate_)(data);
-  }
+  std::string Deflate(std::string_view data) { return Deflater()(data); }
 
   void Do(const Job& job) {
     if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
@@ -797,8 +800,8 @@ class PdfPaintAhead final : public PageSink {
 // Writes pages `first` to `last` with `painter`; pages painted ahead are
 // taken from `ahead` (null: none).
 void Write(const Document& doc, const std::string& path, int first, int last, PdfPainter& painter,
-           const PdfPaintAhead* ahead) {
-  pdf::PdfFile file(path);
+           PdfPaintAhead* ahead) {
+  pdf::PdfFile file(path, ahead ? &ahead->Deflater() : nullptr);
   const int catalog = file.Reserve(), pages = file.Reserve(), resources = file.Reserve(),
             info = file.Reserve();
   std::string kids;

@@ -125,7 +125,7 @@ std::string Deflater::operator()(std::string_view data) {
   return std::string(state_->buffer.data(), state_->buffer.size() - z.avail_out);
 }
 
-PdfFile::PdfFile(const std::string& path) : path_(path) {
+PdfFile::PdfFile(const std::string& path, Deflater* deflater) : path_(path), deflater_(deflater) {
   file_ = std::fopen(path.c_str(), "wb");
   if (!file_) throw RenderError("Cannot write " + path + ": " + std::strerror(errno));
   buffer_.reserve(kBuffer);
@@ -176,7 +176,7 @@ void PdfFile::Object(int id, std::string_view body) {
 void PdfFile::Stream(int id, std::string_view dict, std::string_view data, int level) {
   std::string packed;
   if (level == kDeflateLevel) {
-    if (!deflater_) deflater_ = std::make_unique<Deflater>(level);
+    if (!deflater_) deflater_ = (own_deflater_ = std::make_unique<Deflater>(level)).get();
     packed = (*deflater_)(data);
   } else if (level > 0) {
     packed = Deflate(data, level);

@@ -67,8 +67,10 @@ inline constexpr int kDeflateLevel = 1;
 class PdfFile {
  public:
   // Creates (truncates) the file; raises RenderError naming `path` when it
-  // cannot be opened.
-  explicit PdfFile(const std::string& path);
+  // cannot be opened. Streams compressed at kDeflateLevel go through
+  // `deflater` when given (the one the pages were compressed with), else
+  // through one of the file's own.
+  explicit PdfFile(const std::string& path, Deflater* deflater = nullptr);
   // A file that was not finished is closed and removed: a failed run leaves
   // no half-written PDF behind.
   ~PdfFile();
@@ -108,9 +110,11 @@ class PdfFile {
   bool finished_ = false;
   std::string buffer_;
   uint64_t offset_ = 0;            // bytes written before buffer_
-  // One zlib state for the file's streams, made at the first: a one-page
-  // document still compresses a font file and a character map per font.
-  std::unique_ptr<Deflater> deflater_;
+  // One zlib state for the file's streams, made at the first when none was
+  // given: a one-page document still compresses a font file and a
+  // character map per font, and a state is some 260 KB of fresh memory.
+  Deflater* deflater_ = nullptr;
+  std::unique_ptr<Deflater> own_deflater_;
   std::vector<uint64_t> offsets_;  // per object number from 1; 0 = not yet written
 };
 
