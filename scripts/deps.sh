@@ -3,7 +3,7 @@
 # only those that are missing. Safe to run again.
 set -euo pipefail
 pkgs=(build-essential cmake pkg-config libgtest-dev libsqlite3-dev sqlite3 libpq-dev
-      libcairo2-dev libpango1.0-dev libfmt-dev libfreetype-dev libfontconfig-dev libjpeg-dev fonts-dejavu-core fonts-wine fonts-liberation
+      libcairo2-dev libpango1.0-dev libfmt-dev libfreetype-dev libfontconfig-dev libjpeg-dev libdeflate-dev fonts-dejavu-core fonts-wine fonts-liberation
       libcpp-httplib-dev nlohmann-json3-dev
       poppler-utils qpdf python3 chromium
       postgresql postgresql-client

@@ -608,7 +608,7 @@ class PdfPaintAhead final : public PageSink {
     if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
   }
   PdfPainter& Painter() { return *painter_; }
-  // The zlib state the pages were compressed with, for the file's other
+  // The compressor the pages were compressed with, for the file's other
   // streams; made here when no page was compressed.
   pdf::Deflater& Deflater() {
     if (!deflate_) deflate_ = std::make_unique<pdf::Deflater>(pdf::kDeflateLevel);

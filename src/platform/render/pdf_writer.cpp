@@ -1,6 +1,6 @@
 #include "platform/render/pdf_writer.h"
 
-#include <zlib.h>
+#include <libdeflate.h>
 
 #include <cerrno>
 #include <cmath>
@@ -88,41 +88,32 @@ void AppendUtf16Hex(std::string& out, char32_t c) {
 }
 
 std::string Deflate(std::string_view data, int level) {
-  uLongf size = compressBound(uLong(data.size()));
-  std::string out(size, '\0');
-  if (compress2(reinterpret_cast<Bytef*>(out.data()), &size,
-                reinterpret_cast<const Bytef*>(data.data()), uLong(data.size()), level) != Z_OK)
-    throw RenderError("Cannot compress a PDF stream");
-  out.resize(size);
-  return out;
+  return Deflater(level)(data);
 }
 
 struct Deflater::State {
-  z_stream z{};
+  libdeflate_compressor* compressor = nullptr;
   std::string buffer;
 };
 
 Deflater::Deflater(int level) : state_(std::make_unique<State>()) {
-  if (deflateInit(&state_->z, level) != Z_OK) throw RenderError("Cannot compress a PDF stream");
+  state_->compressor = libdeflate_alloc_compressor(level);
+  if (!state_->compressor) throw RenderError("Cannot compress a PDF stream");
 }
 
 Deflater::~Deflater() {
-  deflateEnd(&state_->z);
+  libdeflate_free_compressor(state_->compressor);
 }
 
 std::string Deflater::operator()(std::string_view data) {
-  z_stream& z = state_->z;
-  if (deflateReset(&z) != Z_OK) throw RenderError("Cannot compress a PDF stream");
   // Into a buffer kept from stream to stream, then copied at its size: the
   // pages painted ahead keep their compressed contents until the file is
   // written, and a string cut down to size would keep the room it had.
-  state_->buffer.resize(deflateBound(&z, uLong(data.size())));
-  z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
-  z.avail_in = uInt(data.size());
-  z.next_out = reinterpret_cast<Bytef*>(state_->buffer.data());
-  z.avail_out = uInt(state_->buffer.size());
-  if (deflate(&z, Z_FINISH) != Z_STREAM_END) throw RenderError("Cannot compress a PDF stream");
-  return std::string(state_->buffer.data(), state_->buffer.size() - z.avail_out);
+  state_->buffer.resize(libdeflate_zlib_compress_bound(state_->compressor, data.size()));
+  const size_t size = libdeflate_zlib_compress(state_->compressor, data.data(), data.size(),
+                                               state_->buffer.data(), state_->buffer.size());
+  if (size == 0) throw RenderError("Cannot compress a PDF stream");
+  return std::string(state_->buffer.data(), size);
 }
 
 PdfFile::PdfFile(const std::string& path, Deflater* deflater) : path_(path), deflater_(deflater) {
