@@ -266,18 +266,31 @@ TEST(PdfWriter, DrawsWhatCairoDraws) {
 
 // Page contents are compressed in batches on a second thread: a document of
 // several batches and a part-batch keeps every page, in order, each with its
-// own contents.
+// own contents. A picture whose stream is larger than the file's write
+// buffer goes to the file past the buffer, and the objects after it are
+// still found where the cross-reference table says.
 TEST(PdfWriter, LongDocumentsKeepTheirPagesInOrder) {
   Document d = SampleDocument();
   std::vector<Page> pages;
+  auto noise = std::make_shared<Image>();
+  noise->width = noise->height = 160;
+  uint32_t seed = 1;
+  for (int i = 0; i < 160 * 160; ++i) {
+    seed = seed * 1664525u + 1013904223u;
+    noise->pixels.push_back(0xFF000000u | (seed >> 8));
+  }
   for (int i = 1; i <= 70; ++i) {
     Page p{Twips(12240), Twips(15840), {}};
     p.items.push_back(At("Page " + std::to_string(i) + " of 70", 1440, 1440));
+    if (i == 35) p.items.push_back(Picture{{Twips(1440), Twips(4000), Twips(2400), Twips(2400)}, noise});
     pages.push_back(std::move(p));
   }
   d.pages = pages;
   const std::string pdf = TempPath("long.pdf");
   RenderPdf(d, pdf);
+  const std::string check = Shell("qpdf --check " + pdf + " 2>&1");
+  EXPECT_EQ(check.find("WARNING"), std::string::npos) << check;
+  EXPECT_NE(check.find("No syntax or stream encoding errors"), std::string::npos) << check;
   const std::string text = Shell("pdftotext " + pdf + " -");
   size_t previous = 0;
   for (int i = 1; i <= 70; ++i) {
