@@ -59,6 +59,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <list>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -72,6 +73,7 @@
 #include "platform/db/connection.h"
 #include "platform/host/host_services.h"
 #include "platform/practice/schema.h"
+#include "support/paged_lines.h"
 #include "support/test_engine.h"
 
 namespace orv {
@@ -304,6 +306,55 @@ class AccountReportTest : public AccountFixture {
     return "";
   }
 
+  // Runs `section` `runs` times, each in a fresh document started `step`
+  // twips further above the page's foot, and checks that every line
+  // `heading` picks stands on the page of the line after it and every line
+  // `closing` picks on the page of the line before. Returns in how many
+  // runs a page broke right beside such a line, where keeping them together
+  // had work to do.
+  static bool StartsWith(const std::string& line, const char* start) {
+    return line.rfind(start, 0) == 0;
+  }
+  template <class Section, class Heading, class Closing>
+  int ExpectKeptTogether(double step, int runs, Section section, Heading heading,
+                         Closing closing) {
+    int kept = 0;
+    for (int n = 1; n <= runs; ++n) {
+      form.VSP.KillDoc();
+      form.VSP.StartDoc();
+      form.VSP.CurrentY(form.VSP.PageHeight() - form.VSP.MarginBottom() - Twips(step * n));
+      section();
+      const auto lines = PagedLines(Text());
+      bool at_break = false;
+      for (size_t i = 0; i < lines.size(); ++i) {
+        const std::string& l = lines[i].second;
+        SCOPED_TRACE("start " + std::to_string(step * n) + " twips above the foot, line '" + l +
+                     "'");
+        if (heading(l)) {
+          EXPECT_TRUE(i + 1 < lines.size() && lines[i].first == lines[i + 1].first);
+          at_break |= i > 0 && lines[i - 1].first != lines[i].first;
+        }
+        if (closing(l)) {
+          EXPECT_TRUE(i > 0 && lines[i].first == lines[i - 1].first);
+          at_break |= i + 1 < lines.size() && lines[i + 1].first != lines[i].first;
+        }
+      }
+      kept += at_break;
+    }
+    return kept;
+  }
+
+  // Points the component at a fresh preview form, which the test keeps
+  // to read: a report run next starts a document of its own there.
+  PreviewForm& FreshForm() {
+    PreviewForm& fresh = fresh_forms_.emplace_back();
+    fresh.SetNotifier([](const std::string&) {});
+    reports.SetPrintPreview(&fresh);
+    return fresh;
+  }
+
+  // Before the component, which may point at one of them until it goes.
+  std::list<PreviewForm> fresh_forms_;
   PreviewForm form;
   host::RecordingHost host;
   clsReports reports;

@@ -117,22 +117,15 @@ TEST_F(Statements, PatientStatementRunsThePortionsFromTheOpeningBalance) {
   EXPECT_TRUE(HasAll(Text(), {"Anne Roy\nSummary\n5 Elm St\n", "\nOttawa, ON K1A 0B1\n",
                               // Empty opening cells for the insurance figures, which are 0.
                               "Opening Balance $60.00 $60.00 $60.00\n"}));
-  const char* rows[] = {
-      "Oct/5/2026 Dental Treatment $200.00 $120.00 $80.00 $120.00 $140.00\n",
-      "Oct/5/2026 Cheque - Cheque:777 -$80.00 $.00 -$80.00 $120.00 $60.00\n",
-      // The description wraps in its column.
-      "Oct/5/2026 Credit from Partial Allocation - -$20.00 $.00 -$20.00 $120.00 "
-      "$40.00\nCheque:777\n",
-      "Oct/20/2026 Cheque - Cheque:5521 -$100.00 -$100.00 $.00 $20.00 $40.00\n",
-      "Oct/25/2026 Cash -$25.00 $.00 -$25.00 $20.00 $15.00\n",
-      "Patient Totals $35.00 $20.00 $15.00 $20.00 $15.00\n",
-  };
-  size_t at = 0;
-  for (const char* row : rows) {
-    size_t found = text.find(row, at);
-    ASSERT_NE(found, std::string::npos) << "missing or out of order: " << row << text;
-    at = found;
-  }
+  EXPECT_TRUE(InOrder(
+      text, {"Oct/5/2026 Dental Treatment $200.00 $120.00 $80.00 $120.00 $140.00\n",
+             "Oct/5/2026 Cheque - Cheque:777 -$80.00 $.00 -$80.00 $120.00 $60.00\n",
+             // The description wraps in its column.
+             "Oct/5/2026 Credit from Partial Allocation - -$20.00 $.00 -$20.00 $120.00 "
+             "$40.00\nCheque:777\n",
+             "Oct/20/2026 Cheque - Cheque:5521 -$100.00 -$100.00 $.00 $20.00 $40.00\n",
+             "Oct/25/2026 Cash -$25.00 $.00 -$25.00 $20.00 $15.00\n",
+             "Patient Totals $35.00 $20.00 $15.00 $20.00 $15.00\n"}));
   EXPECT_TRUE(HasAll(
       Text(), {"Current Balance as of Oct/31/2026: $35.00\n", "Patient Payment YTD $165.00\n",
                "Patient Insurance Payment YTD $100.00\n",

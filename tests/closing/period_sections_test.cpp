@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "closing/cash_in_fixture.h"
-#include "support/paged_lines.h"
 
 namespace orv::testing {
 namespace {
@@ -107,26 +106,14 @@ TEST_F(PeriodSections, EdiTransactionsAndTheirShares) {
 // Wherever the list ends on a page, its four lines of counts stand together
 // on one page with the list's last row.
 TEST_F(PeriodSections, EdiCountsStayTogether) {
-  int reached_foot = 0;
-  for (int step = 1; step <= 30; ++step) {
-    NewDocument();
-    form.VSP.CurrentY(form.VSP.PageHeight() - form.VSP.MarginBottom() - Twips(60.0 * step));
-    reports.srptEDITransactions(Mar(10), Mar(12), "Ana");
-    const auto lines = PagedLines(Text());
-    reached_foot += lines.back().first > 1;
-    std::vector<int> pages;
-    for (size_t i = 0; i < lines.size(); ++i) {
-      const std::string& l = lines[i].second;
-      if (l.rfind("Mar/11/2026 Priya Singh", 0) == 0 || l.rfind("EOB ", 0) == 0 ||
-          l.rfind("Acknowledgment ", 0) == 0 || l.rfind("Rejection ", 0) == 0 ||
-          l.rfind("Total Transactions ", 0) == 0)
-        pages.push_back(lines[i].first);
-    }
-    ASSERT_EQ(pages.size(), 5u);
-    EXPECT_EQ(std::count(pages.begin(), pages.end(), pages.back()), 5)
-        << "start " << step * 60 << " twips above the foot";
-  }
-  EXPECT_GT(reached_foot, 5);
+  const int kept = ExpectKeptTogether(
+      60, 30, [&] { reports.srptEDITransactions(Mar(10), Mar(12), "Ana"); },
+      [](const std::string& l) { return StartsWith(l, "Mar/11/2026 Priya Singh"); },
+      [](const std::string& l) {
+        return StartsWith(l, "EOB ") || StartsWith(l, "Acknowledgment ") ||
+               StartsWith(l, "Rejection ") || StartsWith(l, "Total Transactions ");
+      });
+  EXPECT_GT(kept, 2);
 }
 
 TEST_F(PeriodSections, NewPatientsOfThePeriod) {

@@ -48,9 +48,7 @@ TEST_F(ProviderSummary, AReversedLabFeeIsLabInProductionButDentalHere) {
   InDocument([&] { reports.srptProductionByProvider(Nov(1), Nov(30), "", "", "", 0); });
   EXPECT_TRUE(Has("Overall Total: Production Total 410.00 Lab Total 170.00")) << Text();
   // The summary's lab is "99" only: the reversal lowers Moreau's dental.
-  PreviewForm summary;
-  summary.SetNotifier([](const std::string&) {});
-  reports.SetPrintPreview(&summary);
+  PreviewForm& summary = FreshForm();
   reports.ProductSumReport(Nov(1), Nov(30), "dana");
   const std::string text = DocumentText(summary.VSP.Document());
   EXPECT_NE(text.find("Moreau, Anne 70.00 200.00 0.00 0.00 270.00"), std::string::npos) << text;
@@ -59,16 +57,12 @@ TEST_F(ProviderSummary, AReversedLabFeeIsLabInProductionButDentalHere) {
 TEST_F(ProviderSummary, PartnershipIsTheSameReportAndDrawsIntoARun) {
   reports.ProductSumReport(Nov(1), Nov(30), "dana");
   const std::string alone = Text();
-  PreviewForm second;
-  second.SetNotifier([](const std::string&) {});
-  reports.SetPrintPreview(&second);
+  PreviewForm& second = FreshForm();
   reports.rptPartnershipReport(Nov(1), Nov(30), "dana");
   EXPECT_EQ(DocumentText(second.VSP.Document()), alone);
 
   // Inside a running document it neither starts nor ends one.
-  PreviewForm run;
-  run.SetNotifier([](const std::string&) {});
-  reports.SetPrintPreview(&run);
+  PreviewForm& run = FreshForm();
   run.VSP.StartDoc();
   run.VSP.Text("Month end");
   reports.rptPartnershipReport(Nov(1), Nov(30), "dana");
@@ -119,9 +113,7 @@ TEST_F(HygieneCompany, NoHygienistsNoCodesAndBadFilters) {
   EXPECT_TRUE(HasNone(Text(), {"Net Billing", "Breakdown"}));
 
   // An office without codes: the two sentences, and no document.
-  PreviewForm other;
-  other.SetNotifier([](const std::string&) {});
-  reports.SetPrintPreview(&other);
+  PreviewForm& other = FreshForm();
   reports.OfficeID = 9;
   reports.rptHygieneCompanyReport(Nov(1), Nov(30), "", "dana");
   ASSERT_EQ(host.messages.size(), 1u);
@@ -167,16 +159,12 @@ TEST_F(ProductionSeparators, NamesStayInTheirCells) {
   ExpectWholeCell(form.VSP.Document(), "RDH " + hygienist, "production summary");
   ExpectWholeCell(form.VSP.Document(), "11101: Scaling; one unit|x", "code heading");
 
-  PreviewForm summary;
-  summary.SetNotifier([](const std::string&) {});
-  reports.SetPrintPreview(&summary);
+  PreviewForm& summary = FreshForm();
   reports.ProductSumReport(Nov(1), Nov(30), "dana");
   ExpectWholeCell(summary.VSP.Document(), std::string(kForgedLastName) + ", Paul",
                   "provider summary");
 
-  PreviewForm hygiene;
-  hygiene.SetNotifier([](const std::string&) {});
-  reports.SetPrintPreview(&hygiene);
+  PreviewForm& hygiene = FreshForm();
   reports.rptHygieneCompanyReport(Nov(1), Nov(30), "", "dana");
   ExpectWholeCell(hygiene.VSP.Document(), hygienist, "hygiene company");
   ExpectWholeCell(hygiene.VSP.Document(), "Cash|Till;2", "payment type breakdown");

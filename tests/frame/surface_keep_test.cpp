@@ -181,7 +181,10 @@ TEST_F(SurfaceKeep, ClosingNotesTakeTheLastRowAlong) {
   EXPECT_EQ(highest, s.MarginTop().value());
 }
 
+// A long table in a grid: every page opens with the heading and the
+// header, nothing passes the bottom margin, and the grid closes on each page.
 TEST_F(SurfaceKeep, ContinuedTableRepeatsItsHeaderAndHeading) {
+  s.TableBorder(7);
   s.FontBold(true);
   s.Text("Transactions");
   s.KeepWithNext();
@@ -200,9 +203,16 @@ TEST_F(SurfaceKeep, ContinuedTableRepeatsItsHeaderAndHeading) {
     EXPECT_TRUE(s.Document().fonts[runs[0].font].bold) << "the heading as it was written";
   }
   int seen = 0;
-  for (int p = 0; p < s.PageCount(); ++p)
-    for (const auto& t : PageTexts(p)) seen += t.rfind("visit ", 0) == 0;
-  EXPECT_EQ(seen, 120) << "every row once";
+  for (int p = 0; p < s.PageCount(); ++p) {
+    for (const auto& r : Runs(s.Document().pages[p])) {
+      EXPECT_LE(r.baseline.value(), Bottom().value()) << "page " << p + 1;
+      if (r.text.rfind("visit ", 0) == 0) EXPECT_EQ(r.text, "visit " + std::to_string(++seen));
+    }
+    double lowest = 0;
+    for (const auto& l : Lines(s.Document().pages[p])) lowest = std::max(lowest, l.y2.value());
+    EXPECT_LE(lowest, Bottom().value()) << "page " << p + 1;
+  }
+  EXPECT_EQ(seen, 120) << "every row once, in order";
 }
 
 TEST_F(SurfaceKeep, GroupRowsMarkedInATableKeepWithTheirFirstMember) {

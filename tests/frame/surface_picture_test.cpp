@@ -8,6 +8,7 @@
 #include "frame/surface/surface.h"
 #include "frame/surface/surface_error.h"
 #include "platform/render/renderer.h"
+#include "support/shell.h"
 
 namespace orv::frame {
 namespace {
@@ -15,8 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string Temp(const std::string& name) {
-  return (fs::temp_directory_path() / ("orv_picture_" + std::to_string(getpid()) + "_" + name))
-      .string();
+  return orv::testing::TempPath("orv_picture_", name);
 }
 
 // A 40 x 20 picture, left half red and right half blue.

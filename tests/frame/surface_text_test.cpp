@@ -58,7 +58,6 @@ TEST(TextLayout, BreakLines) {
       {"no wrap keeps a long line", "abc def ghi", 300, false, {"abc def ghi"}},
       {"empty gives one empty line", "", 1000, true, {""}},
       {"tab splits segments", "a\tb", 5000, true, {"a|b"}},
-      {"a tab within the line stays", "abc\tij", 1000, true, {"abc|ij"}},
       {"without wrapping a tab runs on", "abcdefgh\tij", 1000, false, {"abcdefgh|ij"}},
       {"a tab kept clear of its text may end the line", "abcdefg\tij", 1000, true,
        {"abcdefg", "ij"}},
@@ -108,7 +107,6 @@ TEST(TextLayout, SingleLineWidthIsTheWidthBreakLinesGives) {
   } cases[] = {
       {"a name that fits", "Abernathy, Farid", 5000, true, true},
       {"blanks before and after stay", "  Emma  ", 5000, true, true},
-      {"a hyphenated name that fits", "Smith-Jones Ltd", 5000, true, true},
       {"accents", "\xC3\xA9t\xC3\xA9 \xC3\xA0", 5000, true, true},
       {"a word exactly as wide as the room", "abcd", own, true, true},
       {"without wrapping, within the room", "abc def", 5000, false, true},
@@ -152,7 +150,6 @@ TEST(TextLayout, ShortLinesAreTheLinesBreakLinesGives) {
     bool wrap;
     bool short_lines;  // every line fits whole and none holds a tab
   } cases[] = {
-      {"two phone numbers", "555-0100 [12]\r\n555-0199", 5000, true, true},
       {"lone line feeds and returns", "a\nb\rc", 5000, true, true},
       {"an empty second line", "Jun/04/1980\r\n", 5000, true, true},
       {"an empty first line", "\r\nAcme Dental Plan", 5000, true, true},
@@ -228,21 +225,6 @@ TEST(TextLayout, TabsAdvanceToTheNextHalfInchStop) {
     std::vector<double> xs;
     for (const auto& s : lines[0].segments) xs.push_back(s.x.value());
     EXPECT_EQ(xs, c.xs) << c.text;
-  }
-}
-
-TEST(TextLayout, Alignment) {
-  struct Case {
-    int code;
-    double offset;    // of a 400 line in a 1000 band
-    double vertical;  // of a 200 block in a 1000 box
-  } cases[] = {
-      {0, 0, 0},     {1, 300, 0},   {2, 600, 0}, {3, 0, 0},   {4, 0, 400},
-      {5, 300, 400}, {6, 600, 400}, {7, 0, 400}, {8, 0, 800}, {9, 300, 800},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(AlignOffset(c.code, Twips(1000), Twips(400)).value(), c.offset) << c.code;
-    EXPECT_EQ(VerticalOffset(c.code, Twips(1000), Twips(200)).value(), c.vertical) << c.code;
   }
 }
 
@@ -375,19 +357,11 @@ TEST(SurfaceText, LongTextWrapsAndOverflowsToANewPage) {
   EXPECT_EQ(Runs(s.Document().pages[1]).front().top, s.MarginTop());
 }
 
-TEST(SurfaceText, TabsInTextAdvanceToHalfInchStops) {
-  OpenSurface s;
-  s.Text("a\tb\tc");
-  const auto& page = s.Document().pages[0];
-  EXPECT_EQ(RunOf(page, "b").x, s.MarginLeft() + Twips(720));
-  EXPECT_EQ(RunOf(page, "c").x, s.MarginLeft() + Twips(1440));
-}
-
 TEST(SurfaceText, TextBoxWrapsPlacesAndClips) {
   struct Case {
     int align;
     double top_offset;  // of the first line, in lines, in a box four lines tall
-  } cases[] = {{0, 0}, {1, 0}, {4, 1}, {7, 1}, {9, 2}};
+  } cases[] = {{0, 0}, {1, 0}, {4, 1}, {7, 1}, {8, 2}, {9, 2}};
   for (const auto& c : cases) {
     OpenSurface s;
     const Twips lh = s.TextHeight("X");

@@ -75,13 +75,10 @@ TEST_F(DirectoryLists, ZeroFilterIsNoFilterAndEmployerListStaysHidden) {
   std::string zero = Text();
   reports.rptInsuranceCompanyList("", "desk");
   EXPECT_EQ(Text(), zero);
-  int companies = CLng(ValueOf("SELECT COUNT(*) FROM InsuranceCompany"));
-  // One row per company below the header row (all fit on one page here).
   EXPECT_EQ(form.ShowCount(), 2);
 
   reports.rptInsuranceCompanyList("ID = 1", "desk");
   EXPECT_LT(Text().size(), zero.size());
-  ASSERT_GT(companies, 1);
 
   reports.rptEmployerList("0", "desk");
   std::string employers = Text();
@@ -123,21 +120,15 @@ TEST_F(DirectoryLists, SimplePatientListByEmployer) {
   EXPECT_EQ(progress.size(), static_cast<size_t>(expected));
 }
 
-TEST_F(DirectoryLists, DetailedPatientListRaisesProgressSparsely) {
+// Only every 100th patient raises Progress. A patient's block (name,
+// address, employer, insurance) breaks to a new page whole: no page opens
+// with one of its tables without the name.
+TEST_F(DirectoryLists, DetailedPatientListRaisesProgressSparselyAndKeepsEachBlockOnOnePage) {
   reports.rptPatientListDetailed("");
-  int patients = CLng(ValueOf("SELECT COUNT(*) FROM Patient"));
-  // Only every 100th patient raises Progress.
+  const int patients = CLng(ValueOf("SELECT COUNT(*) FROM Patient"));
   EXPECT_EQ(progress.size(), static_cast<size_t>(patients / 100));
-  EXPECT_EQ(form.VSP.MarginLeft().value(), 1440);
-  std::string text = Text();
   EXPECT_TRUE(HasAll(
-      text, {"Patient Contact List - Detailed Version 4 Only", "Address Phones Global Notes"}));
-}
-
-// A patient's block (name, address, employer, insurance) breaks to a new
-// page whole: no page opens with one of its tables without the name.
-TEST_F(DirectoryLists, DetailedPatientListKeepsEachBlockOnOnePage) {
-  reports.rptPatientListDetailed("");
+      Text(), {"Patient Contact List - Detailed Version 4 Only", "Address Phones Global Notes"}));
   const auto lines = PagedLines(Text());
   ASSERT_GT(lines.back().first, 2) << "the fixture should need several pages";
   for (size_t i = 1; i < lines.size(); ++i) {
@@ -315,13 +306,7 @@ TEST_F(ComponentServices, ReturnConnectionReusesTheRunsOrOpensTheSettingsDatabas
   EXPECT_EQ(reports.ReturnConnection(server_side).State(), db::adStateOpen);
 }
 
-TEST_F(ComponentServices, PercentMonthEndAndPayrollList) {
-  EXPECT_EQ(reports.ReturnPercent(Variant(Currency::FromInt(1)), Variant(Currency::FromInt(4))),
-            "25.00%");
-  EXPECT_EQ(reports.ReturnPercent(Variant::Null(), Variant(5)), "0.00%");
-  EXPECT_EQ(reports.ReturnPercent(Variant(5), Variant(0)), "0.00%");
-  EXPECT_TRUE(reports.IsMonthEnd(DateTime::FromParts(2028, 2, 29)));
-  EXPECT_FALSE(reports.IsMonthEnd(DateTime::FromParts(2028, 2, 28)));
+TEST_F(ComponentServices, PayrollList) {
   // The payroll list is searched from index 1; slot 0 never counts.
   EXPECT_FALSE(reports.IsPayrollEmployee(7));
   reports.EmployeeIDs() = {7, 3, 9};

@@ -216,8 +216,6 @@ TEST_F(Envelopes, EveryEnvelopeIsANumberTenOnEitherDriver) {
     double width;
   } cases[] = {
       {"patients", false, [&] { reports.rptPatientEnvelope("ID <= 2", true); }, 9.5},
-      {"companies", false, [&] { reports.rptInsuranceCompanyEnvelopes("ID <= 2"); }, 9.5},
-      {"dentists", false, [&] { reports.rptReferringDentistMailingEnvelopes("ID <= 2"); }, 9.5},
       {"patients, narrow driver", true, [&] { reports.rptPatientEnvelope("ID <= 2", true); }, 9.5},
       {"companies, narrow driver", true, [&] { reports.rptInsuranceCompanyEnvelopes("ID <= 2"); }, 9.5},
       {"dentists, narrow driver: no check", true,

@@ -6,6 +6,7 @@
 
 #include "frame/surface/surface.h"
 #include "support/report_fixture.h"
+#include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
@@ -47,116 +48,83 @@ UPDATE OfficeInformation SET LaypersonHeader = NULL WHERE ID = 1;
 )sql");
     reports.OfficeID = 1;
   }
-  bool Has(const std::string& what) const { return Text().find(what) != std::string::npos; }
-  size_t At(const std::string& what) const { return Text().find(what); }
 };
 
 TEST_F(LaypersonPlan, AssignedPatientSeesSectionsFiguresAndFallbacks) {
   reports.rptLaypersonTreatmentPlan("ignored office", "ignored address", 96001, "");
   ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  std::string text = Text();
   EXPECT_EQ(form.PrintCount(), 1);
   EXPECT_EQ(form.ShowCount(), 0);
   EXPECT_TRUE(progress.empty());
   EXPECT_EQ(form.VSP.DocName(), "Layperson Treatment Plan");
-  // The patient's office rules the letterhead and stays the component's.
+  // The patient's office rules the letterhead and stays the component's,
+  // and its text stands trimmed in place of the stock introduction.
   EXPECT_EQ(reports.OfficeID, 2);
-  EXPECT_TRUE(Has("Plan Office Two")) << text;
-  EXPECT_FALSE(Has("ignored office"));
-  EXPECT_TRUE(Has("Proposed Dental Treatment\n")) << text;
-  EXPECT_TRUE(Has("Friday November 20, 2026")) << text;
-  EXPECT_TRUE(Has("Estimate prepared for: Eve Roy")) << text;
-  EXPECT_TRUE(Has("\nOur own words for you.\n")) << "the office's text, trimmed";
-  EXPECT_FALSE(Has("Below you will find"));
-
-  // Sections in order; the Bogus line nowhere.
-  const size_t required = At("Required Treatment:"), phase4 = At("Phase 4 Treatment:"),
-               option3 = At("Option 3 Treatment:");
-  ASSERT_NE(required, std::string::npos) << text;
-  ASSERT_NE(phase4, std::string::npos);
-  ASSERT_NE(option3, std::string::npos);
-  EXPECT_LT(required, phase4);
-  EXPECT_LT(phase4, option3);
-  EXPECT_FALSE(Has("Suggested Treatment:")) << "a section without lines prints nothing";
-  EXPECT_FALSE(Has("99.00"));
-  EXPECT_TRUE(Has("Code Tooth Description Total Fee Benefits Your Portion")) << text;
-
-  // Plain words with the reason below; blank-only plain words fall back to
-  // the clinical wording; an unknown code prints the bare reason key.
-  EXPECT_TRUE(Has("96001 16 Cleaning of your teeth $100.00 $70.00 $30.00\nDecay")) << text;
-  EXPECT_TRUE(Has("96002 Scaling, one unit $50.00 $0.00 $50.00")) << text;
-  EXPECT_TRUE(Has("96009 12 $30.00 $0.00 $30.00")) << text;
-  EXPECT_FALSE(Has("Prophylaxis"));
-
-  // Totals from the database's sums: Required 150.00, benefits 60 + 10
-  // (the Null benefit left out of SUM), patient 80.00. In Phase 4 the
-  // section's second benefits are all Null: SUM is Null, both figures 0.
-  EXPECT_TRUE(Has("Totals $150.00 $70.00 $80.00")) << text;
-  EXPECT_TRUE(Has("Totals $40.00 $0.00 $0.00")) << text;
-  EXPECT_TRUE(Has("Totals $30.00 $0.00 $30.00")) << "assigned rows say Totals in Option 3 too";
-  EXPECT_TRUE(Has("Should you have any questions regarding the proposed treatment")) << text;
-  EXPECT_TRUE(Has("Sincerely,"));
+  EXPECT_TRUE(HasAll(Text(), {"Plan Office Two", "Proposed Dental Treatment\n",
+                              "Friday November 20, 2026", "Estimate prepared for: Eve Roy",
+                              "\nOur own words for you.\n",
+                              "Code Tooth Description Total Fee Benefits Your Portion"}));
+  // Sections in order; a section without lines prints nothing, the Bogus
+  // line nowhere. Plain words with the reason below; blank-only plain words
+  // fall back to the clinical wording; an unknown code prints the bare
+  // reason key. Totals from the database's sums: Required 150.00, benefits
+  // 60 + 10 (the Null benefit left out of SUM), patient 80.00. In Phase 4
+  // the section's second benefits are all Null: SUM is Null, both figures
+  // 0. Assigned rows say Totals in Option 3 too.
+  EXPECT_TRUE(InOrder(Text(), {"Required Treatment:",
+                               "96001 16 Cleaning of your teeth $100.00 $70.00 $30.00\nDecay",
+                               "96002 Scaling, one unit $50.00 $0.00 $50.00",
+                               "Totals $150.00 $70.00 $80.00", "Phase 4 Treatment:",
+                               "Totals $40.00 $0.00 $0.00", "Option 3 Treatment:",
+                               "96009 12 $30.00 $0.00 $30.00", "Totals $30.00 $0.00 $30.00",
+                               "Should you have any questions regarding the proposed treatment",
+                               "Sincerely,"}));
+  EXPECT_TRUE(HasNone(Text(), {"ignored office", "Below you will find", "Suggested Treatment:",
+                               "99.00", "Prophylaxis"}));
 }
 
 TEST_F(LaypersonPlan, UnassignedPatientSeesFeesOnlyAndTheOfficeNote) {
   reports.rptLaypersonTreatmentPlan("", "", 96002, "0");
   ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  std::string text = Text();
   EXPECT_EQ(reports.OfficeID, 1);
-  EXPECT_TRUE(Has("Code Tooth Description Total Fee\n")) << text;
-  EXPECT_FALSE(Has("Benefits"));
-  EXPECT_TRUE(Has("Below you will find a break down of the work")) << "the stock introduction";
-  // Two columns: the surplus benefit and portion figures are dropped.
-  EXPECT_TRUE(Has("Totals $80.00\n")) << text;
-  EXPECT_TRUE(Has("Total $20.00\n")) << "Option 3 of a patient without assignment: Total";
-  EXPECT_FALSE(Has("$12.00"));
-  // The office's note replaces the closing and the signature.
-  EXPECT_TRUE(Has("Bring your plan booklet; we will call you.")) << text;
-  EXPECT_FALSE(Has("Should you have any questions"));
-  EXPECT_FALSE(Has("Sincerely,"));
+  // Two columns: the surplus benefit and portion figures are dropped;
+  // Option 3 of a patient without assignment says Total. The office's note
+  // replaces the closing and the signature.
+  EXPECT_TRUE(HasAll(Text(), {"Code Tooth Description Total Fee\n",
+                              "Below you will find a break down of the work", "Totals $80.00\n",
+                              "Total $20.00\n", "Bring your plan booklet; we will call you."}));
+  EXPECT_TRUE(HasNone(Text(), {"Benefits", "$12.00", "Should you have any questions",
+                               "Sincerely,"}));
 }
 
 TEST_F(LaypersonPlan, FilterSelectsLinesAndTotalsAlike) {
   reports.rptLaypersonTreatmentPlan("", "", 96001, " and Code = '96002'");
-  std::string text = Text();
-  EXPECT_TRUE(Has("96002 Scaling, one unit $50.00")) << text;
-  EXPECT_FALSE(Has("Cleaning of your teeth"));
   // The one line left has a Null first benefit: SUM over it is Null, so
   // benefits and patient portion total 0 while the line itself shows 50.00.
-  EXPECT_TRUE(Has("Totals $50.00 $0.00 $0.00")) << text;
-  EXPECT_FALSE(Has("Phase 4 Treatment:"));
+  EXPECT_TRUE(HasAll(Text(), {"96002 Scaling, one unit $50.00", "Totals $50.00 $0.00 $0.00"}));
+  EXPECT_TRUE(HasNone(Text(), {"Cleaning of your teeth", "Phase 4 Treatment:"}));
 }
 
 TEST_F(LaypersonPlan, FrenchLetterKnowsNineSections) {
   reports.rptLaypersonTreatmentPlanF("", "", 96001, "");
   ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
-  std::string text = Text();
   EXPECT_EQ(form.VSP.DocName(), "Layperson Treatment Plan");
-  EXPECT_TRUE(Has("Traitement Dentaire Propose\n")) << text;
-  EXPECT_TRUE(Has("vendredi novembre 20, 2026")) << text;
-  EXPECT_TRUE(Has("Coûts estimatifs préparés pour: Eve Roy")) << text;
-  EXPECT_TRUE(Has("Our own words for you.")) << "the office's text is the same on both letters";
-  EXPECT_TRUE(Has("Traitement Requis:")) << text;
-  EXPECT_TRUE(Has("3e option Traitement:")) << text;
-  EXPECT_FALSE(Has("Phase 4")) << "the French letter leaves out Phase 4 to 6 and Option 4 to 6";
-  EXPECT_FALSE(Has("$40.00"));
-  EXPECT_TRUE(Has("Total des honoraires demandés $150.00 $70.00 $80.00")) << text;
-  EXPECT_TRUE(Has("Notre Personnel est disponsible pour répondre à vos Questions")) << text;
-  EXPECT_TRUE(Has("Bien à vous,"));
+  // The office's text is the same on both letters; the half-inch code
+  // columns wrap their titles word by word; the French letter leaves out
+  // Phase 4 to 6 and Option 4 to 6.
+  EXPECT_TRUE(HasAll(
+      Text(), {"Traitement Dentaire Propose\n", "vendredi novembre 20, 2026",
+               "Coûts estimatifs préparés pour: Eve Roy", "Our own words for you.",
+               "Code Code Description Honoraire du Avantages Portion du\nde de dentiste vous\n"
+               "l'acte dents\n",
+               "Traitement Requis:", "3e option Traitement:",
+               "Total des honoraires demandés $150.00 $70.00 $80.00",
+               "Notre Personnel est disponsible pour répondre à vos Questions", "Bien à vous,"}));
+  EXPECT_TRUE(HasNone(Text(), {"Phase 4", "$40.00"}));
 
   reports.rptLaypersonTreatmentPlanF("", "", 96002, "");
-  text = Text();
-  EXPECT_TRUE(Has("Ci-dessous, vous trouvez un plan detaille du traitement dentaire")) << text;
-  EXPECT_TRUE(Has("Total des honoraires demandés $20.00\n")) << text;
-}
-
-TEST_F(LaypersonPlan, FrenchHeadersOfBothTables) {
-  reports.rptLaypersonTreatmentPlanF("", "", 96001, "");
-  // The half-inch code columns wrap their titles word by word.
-  EXPECT_TRUE(Has("Code Code Description Honoraire du Avantages Portion du\nde de dentiste vous\nl'acte dents\n"))
-      << Text();
-  for (const char* title : {"Honoraire du", "Avantages", "Portion du"})
-    EXPECT_TRUE(Has(title)) << title << "\n" << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Ci-dessous, vous trouvez un plan detaille du traitement dentaire",
+                              "Total des honoraires demandés $20.00\n"}));
 }
 
 TEST_F(LaypersonPlan, UnknownPlanShowsTheClaimMessageAndPrintsNothing) {

@@ -62,11 +62,10 @@ inline const char* kCancelledInvoice =
     "Cancelled, CancellationDate, InvoiceTotal, PatientTotal, IsAssignment) VALUES "
     "(703, 1703, 4, 1, '2026-11-10 00:00:00', 1, 1, '2026-11-12 00:00:00', 55, 55, 0);";
 
-class Reconciliation : public AccountFixture {
+class Reconciliation : public AccountReportTest {
  protected:
   void SetUp() override {
-    AccountFixture::SetUpPractice(kAgreeingBooks);
-    if (IsSkipped() || HasFatalFailure()) return;
+    if (!SetUpReports(kAgreeingBooks)) return;
     // A settings store of the test's own, with the reconciliation on.
     settings_ = (std::filesystem::temp_directory_path() /
                  ("orv-reconcile-" + std::to_string(::getpid()) + ".ini"))
@@ -74,15 +73,11 @@ class Reconciliation : public AccountFixture {
     std::filesystem::remove(settings_);
     host::SetAppSettings(host::SettingsStore(settings_));
     host::AppSettings().Override("Settings", "MonthEndReconciliation", "True");
-    form.SetNotifier([](const std::string&) {});
-    reports.Connection(conn_);
-    reports.SetPrintPreview(&form);
-    reports.SetHostServices(&host);
   }
   void TearDown() override {
     host::SetAppSettings(host::SettingsStore(settings_ + ".unused"));
     std::filesystem::remove(settings_);
-    AccountFixture::TearDown();
+    AccountReportTest::TearDown();
   }
 
   // The month-end package with every section off: the reconciliation alone.
@@ -91,9 +86,8 @@ class Reconciliation : public AccountFixture {
                               Day(2026, 11, 20), 0, "dana", "", false, false, false, false, false,
                               "", false);
   }
-  std::string Text() const { return DocumentText(form.VSP.Document()); }
   // Lines wrapped by the page read as one.
-  bool Has(const std::string& s) const {
+  bool HasJoined(const std::string& s) const {
     std::string text = Text();
     for (char& c : text) c = c == '\n' ? ' ' : c;
     return text.find(s) != std::string::npos;
@@ -111,9 +105,6 @@ class Reconciliation : public AccountFixture {
     return false;
   }
 
-  PreviewForm form;
-  host::RecordingHost host;
-  clsReports reports;
   std::string settings_;
 };
 
@@ -160,9 +151,9 @@ TEST_F(Reconciliation, CancelledCompleteInvoiceIsFlaggedByItsAmount) {
   // its amount.
   EXPECT_TRUE(HasAll(Text(), {"Where they differ",
                               "1 patient differs:", "Singh, Arjun $0.00 $55.00 $55.00 $55.00"}));
-  EXPECT_FALSE(Has("Tremblay, Claire $"));
+  EXPECT_FALSE(HasJoined("Tremblay, Claire $"));
   EXPECT_TRUE(
-      Has("Cancelled invoices, which the patient balances and the balance lists still "
+      HasJoined("Cancelled invoices, which the patient balances and the balance lists still "
           "count at their total and the aged list by their complete lines: 1, $55.00. "
           "invoice #1703, Singh, Arjun, $55.00 (complete lines $0.00)."))
       << Text();
@@ -198,7 +189,7 @@ TEST_F(Reconciliation, LargestDifferencesFirst) {
   RunPackage();
   EXPECT_TRUE(HasAll(Text(), {"30 patients differ; the 25 with the largest difference:",
                               "N905, P $0.00 $15.00 $15.00 $15.00"}));
-  EXPECT_FALSE(Has("N904, P $"));
+  EXPECT_FALSE(HasJoined("N904, P $"));
 }
 
 }  // namespace

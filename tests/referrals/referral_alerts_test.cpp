@@ -47,9 +47,7 @@ TEST_F(ReferralAlerts, WholeRatioStoppedAndSlackenedDentists) {
     SCOPED_TRACE(c.name);
     Exec("UPDATE ReferralAlerts SET AtLeast = " + std::to_string(c.at_least) +
          " WHERE EmployeeID = 1;");
-    PreviewForm page;
-    page.SetNotifier([](const std::string&) {});
-    reports.SetPrintPreview(&page);
+    PreviewForm& page = FreshForm();
     page.VSP.StartDoc();
     reports.srptReferralAlerts("1");
     page.VSP.EndDoc();

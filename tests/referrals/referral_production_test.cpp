@@ -61,9 +61,7 @@ TEST_F(ReferralProduction, CancelledInThePeriodCountsNegativeAndAMinusOneFlagBri
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    PreviewForm doc;
-    doc.SetNotifier([](const std::string&) {});
-    reports.SetPrintPreview(&doc);
+    PreviewForm& doc = FreshForm();
     reports.ReferralProductSumReport(c.start, c.end, "dana");
     const std::string text = DocumentText(doc.VSP.Document());
     if (c.kerr_row)
@@ -74,9 +72,7 @@ TEST_F(ReferralProduction, CancelledInThePeriodCountsNegativeAndAMinusOneFlagBri
   // A write-off type whose flag is stored -1 is no adjustment to this
   // report: its allocation brings no W/O.
   Exec("UPDATE PaymentTypes SET [Adjustment?] = -1 WHERE ID = 2;");
-  PreviewForm doc;
-  doc.SetNotifier([](const std::string&) {});
-  reports.SetPrintPreview(&doc);
+  PreviewForm& doc = FreshForm();
   reports.ReferralProductSumReport(Nov(1), Nov(30), "dana");
   EXPECT_NE(DocumentText(doc.VSP.Document()).find("Lind, Ada 250.00 200.00 0.00 450.00 (5.00)"),
             std::string::npos)
@@ -130,9 +126,7 @@ TEST_F(ReferralRepair, AnsweredNoTheReportDropsPatientsWithoutADentistRow) {
   EXPECT_TRUE(HasNone(Text(), {"Lind", "Deleted"}));
   EXPECT_TRUE(Has("Total (120.00) 0.00 0.00 (120.00)")) << Text();
   // Answered Yes they come back under the Deleted placeholder.
-  PreviewForm doc;
-  doc.SetNotifier([](const std::string&) {});
-  reports.SetPrintPreview(&doc);
+  PreviewForm& doc = FreshForm();
   host.answer = host::vbYes;
   reports.ReferralProductSumReport(Nov(1), Nov(30), "dana");
   EXPECT_NE(

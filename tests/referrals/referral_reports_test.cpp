@@ -5,7 +5,6 @@
 
 #include "referral_fixture.h"
 #include "support/text_order.h"
-#include "support/paged_lines.h"
 
 namespace orv::testing {
 namespace {
@@ -76,9 +75,7 @@ TEST_F(ReferralPackage, DetailsInEachOrder) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    PreviewForm doc;
-    doc.SetNotifier([](const std::string&) {});
-    reports.SetPrintPreview(&doc);
+    PreviewForm& doc = FreshForm();
     reports.rptReferralReports(true, false, true, true, false, false, Oct1(), Nov(30), "dana", "",
                                7, {}, c.order);
     const std::string text = DocumentText(doc.VSP.Document());
@@ -88,12 +85,7 @@ TEST_F(ReferralPackage, DetailsInEachOrder) {
       const bool expected = c.order_line && std::string(c.order_line) == line;
       EXPECT_EQ(text.find(line) != std::string::npos, expected) << line << "\n" << text;
     }
-    size_t at = 0;
-    for (const auto& total : c.in_order) {
-      const size_t found = text.find(total, at);
-      EXPECT_NE(found, std::string::npos) << total << "\n" << text;
-      at = found == std::string::npos ? at : found;
-    }
+    EXPECT_TRUE(InOrder(text, c.in_order));
     EXPECT_EQ(text.find("Cy Moss"), std::string::npos) << "an empty group prints nothing";
     if (c.grand)
       EXPECT_NE(text.find(c.grand), std::string::npos) << text;
@@ -145,34 +137,12 @@ TEST_F(ReferralPackage, PublicSections) {
 // Wherever the details start on a page, a dentist's name goes with the
 // first rows of the group and its "Total:" line with the last.
 TEST_F(ReferralPackage, DetailGroupsKeepTheirHeadingAndTotal) {
-  const DateTime aug1 = DateTime::FromParts(2026, 8, 1);
-  int broken = 0;
-  for (int step = 1; step <= 40; ++step) {
-    PreviewForm doc;
-    doc.SetNotifier([](const std::string&) {});
-    reports.SetPrintPreview(&doc);
-    doc.VSP.StartDoc();
-    doc.VSP.CurrentY(doc.VSP.PageHeight() - doc.VSP.MarginBottom() - Twips(90.0 * step));
-    reports.srptReferringDentistDetailed(aug1, Nov(30), {}, 1);
-    doc.VSP.EndDoc();
-    const auto lines = PagedLines(DocumentText(doc.VSP.Document()));
-    for (size_t i = 0; i < lines.size(); ++i) {
-      const std::string& l = lines[i].second;
-      SCOPED_TRACE("start " + std::to_string(step * 90) + " twips above the foot, line '" + l +
-                   "'");
-      if (l.rfind("Dr. ", 0) == 0 && l.find(" for ") == std::string::npos) {
-        ASSERT_LT(i + 1, lines.size());
-        EXPECT_EQ(lines[i].first, lines[i + 1].first);
-      }
-      if (l.rfind("Total: ", 0) == 0) {
-        ASSERT_GT(i, 0u);
-        EXPECT_EQ(lines[i].first, lines[i - 1].first);
-        broken += lines.front().first != lines.back().first;
-      }
-    }
-  }
-  // The groups did meet the page's foot.
-  EXPECT_GT(broken, 0);
+  const int kept = ExpectKeptTogether(
+      90, 40,
+      [&] { reports.srptReferringDentistDetailed(DateTime::FromParts(2026, 8, 1), Nov(30), {}, 1); },
+      [](const std::string& l) { return StartsWith(l, "Dr. ") && l.find(" for ") == std::string::npos; },
+      [](const std::string& l) { return StartsWith(l, "Total: "); });
+  EXPECT_GT(kept, 0);
 }
 
 TEST_F(ReferralPackage, ADentistWithoutPatientsIsNotApplicable) {

@@ -147,36 +147,6 @@ TEST(PageStore, PackedPagesReadBackBitForBit) {
   }
 }
 
-TEST(PageStore, ReopenedPagesTakeWhatIsAddedAndArePackedAgain) {
-  for (const size_t budget : {kInMemory, kSpilled}) {
-    PageStore store;
-    store.MemoryBudget(budget);
-    const auto body = TablePage(40, 5);
-    for (int p = 0; p < 3; ++p) {
-      store.push_back(Page{Twips(12240), Twips(15840), body});
-      store.Seal(size_t(p));
-    }
-    // The footers stamped once the page count is known.
-    for (size_t p = 0; p < store.size(); ++p) {
-      Page& page = store[p];
-      EXPECT_FALSE(store.Sealed(p));
-      page.items.emplace_back(Cell("Page " + std::to_string(p + 1) + " of 3", 9000, 15000, 800));
-      store.Seal(p);
-    }
-    for (size_t p = 0; p < store.size(); ++p) {
-      auto want = body;
-      want.emplace_back(Cell("Page " + std::to_string(p + 1) + " of 3", 9000, 15000, 800));
-      EXPECT_TRUE(store.Sealed(p));
-      ExpectSameItems(want, store.Read(p).items, "page " + std::to_string(p + 1));
-    }
-    // A page read in place and then written is written as it was read.
-    const size_t items = std::as_const(store)[0].items.size();
-    store[0].items.pop_back();
-    store.Seal(0);
-    EXPECT_EQ(store.Read(0).items.size(), items - 1);
-  }
-}
-
 // Footers are added to packed pages through Reopen, which keeps what the
 // page holds packed and packs the additions after it: every reader sees
 // the page whole, in order, bit for bit, whether its body was spilled or
@@ -254,23 +224,6 @@ TEST(PageStore, ReadPagesOutliveMorePagesAndCopiesOutliveTheOriginal) {
   copy.Seal(5);
   EXPECT_EQ(copy.Read(5).items.size(), TablePage(2, 2).size() + 1);
   ExpectSameItems(TablePage(2, 2), copy.Read(6).items, "the page after the one written again");
-}
-
-TEST(PageStore, TablePagesPackToAFewBytesAnItemBesideTheirText) {
-  // A row of a long list: each cell's x and width are written whole, its
-  // top and baseline come from the cell before, its style from the table
-  // of styles. 20 bytes a cell beside its text leaves room for the kind
-  // and coordinate bytes and the text's length, not for a missed
-  // prediction (8 more bytes a cell); 20 a row for the row's rule and its
-  // first cell's top.
-  size_t text_bytes = 0;
-  const int rows = 50, cols = 6;
-  PageStore store;
-  store.push_back(Page{Twips(12240), Twips(15840), TablePage(rows, cols, &text_bytes)});
-  store.Seal(0);
-  const size_t cells = size_t(rows * cols);
-  EXPECT_LE(store.PackedBytes(), cells * 20 + text_bytes + size_t(rows) * 20);
-  EXPECT_GT(store.PackedBytes(), text_bytes);
 }
 
 }  // namespace
