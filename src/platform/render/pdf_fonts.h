@@ -40,6 +40,14 @@ class EmbeddedFont {
   // font's widths array gives it cut to whole thousandths, as cairo wrote
   // widths (see the text of pdf_renderer.cpp).
   double Width(uint16_t glyph) const;
+  // The advance of `glyph` in font units, as the file gives it.
+  uint16_t AdvanceUnits(uint16_t glyph) const;
+  uint16_t units_per_em() const { return units_per_em_; }
+  // The glyph of character `c` in the Unicode character map FreeType
+  // chooses for the file (a UCS-4 map when the file has one, else the
+  // last UCS-2 one); 0 for a character it does not map or when the file has
+  // no such map in format 4 or 12.
+  uint16_t GlyphOf(char32_t c) const;
   // Marks `glyph` as shown, standing for the character `c` (0 for none
   // known); the first character a glyph is shown for is the one a reader
   // gets back.
@@ -65,6 +73,9 @@ class EmbeddedFont {
   uint16_t advance_count_ = 0;  // glyphs with an advance of their own
   size_t hmtx_ = 0;             // offset of the advances in data_
   size_t hmtx_length_ = 0;
+  size_t cmap_ = 0;             // offset in data_ of the character map read, 0: none
+  uint16_t cmap_format_ = 0;
+  uint32_t MappedGlyph(char32_t c) const;
   static constexpr uint32_t kUnused = UINT32_MAX;
   std::vector<uint32_t> text_;  // glyph -> character, one entry per glyph of the file
 };

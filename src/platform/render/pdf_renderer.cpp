@@ -2,6 +2,7 @@
 
 #include <cairo.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <condition_variable>
@@ -53,40 +54,74 @@ struct State {
   double line_x = 0, line_y = 0;
 };
 
-// The glyphs and positions of the runs, through a cairo context set up as
-// the cairo renderers set theirs: the same placer, so the same doubles.
+// The glyphs and positions of the runs as the cairo renderers place them,
+// the very doubles. The glyphs come from the font file's own character map
+// and advances where that gives what cairo gives: with metrics unhinted,
+// cairo advances a glyph by its advance in font units times the size over
+// the units per em, and with units per em a power of two (2,048 in every
+// font the layout loads) that product is exact whichever way it is
+// computed. Elsewhere (another font, a character the map lacks, text that
+// is not well-formed UTF-8 of the Basic Multilingual Plane) a cairo context
+// set up as the cairo renderers set theirs places them, made on first
+// need: opening FreeType and a face, and loading each glyph to measure it,
+// was a tenth of a one-page report's time. The test
+// GlyphPlacerTest.FontFilesGiveCairosGlyphsAndAdvances holds the two ways
+// to the same glyphs.
 class Glyphs {
  public:
-  explicit Glyphs(const std::vector<FontFace>& fonts) : fonts_(fonts) {
-    surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
-    cr_ = cairo_create(surface_);
-    SetUnhinted(cr_);
-  }
+  explicit Glyphs(const std::vector<FontFace>& fonts) : fonts_(fonts) {}
   ~Glyphs() {
-    cairo_destroy(cr_);
-    cairo_surface_destroy(surface_);
+    if (cr_) cairo_destroy(cr_);
+    if (surface_) cairo_surface_destroy(surface_);
   }
   Glyphs(const Glyphs&) = delete;
   Glyphs& operator=(const Glyphs&) = delete;
 
-  // The glyphs of `t`, set from the origin.
-  const std::vector<cairo_glyph_t>& Of(const TextRun& t) {
+  // The glyphs of `t`, set from the origin; `file` is its font's file.
+  const std::vector<cairo_glyph_t>& Of(const TextRun& t, const pdf::EmbeddedFont& file) {
     const FontFace& face = fonts_[t.font];
+    out_.clear();
+    if (Own(t, face, file)) return out_;
+    out_.clear();
+    if (!cr_) {
+      surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
+      cr_ = cairo_create(surface_);
+      SetUnhinted(cr_);
+    }
     if (t.font != font_ || t.size_pt != size_) {
       cairo_set_font_face(cr_, FaceFor(face));
       cairo_set_font_size(cr_, t.size_pt);
       font_ = t.font;
       size_ = t.size_pt;
     }
-    out_.clear();
     PlaceGlyphs(cairo_get_scaled_font(cr_), t, face.synthetic_bold, 0, 0, &placer_, out_);
     return out_;
   }
 
  private:
+  // Places `t` from the file's tables into out_; false when they do not
+  // serve.
+  bool Own(const TextRun& t, const FontFace& face, const pdf::EmbeddedFont& file) {
+    const unsigned units = file.units_per_em();
+    if (units == 0 || (units & (units - 1)) != 0) return false;
+    const double size = t.size_pt;
+    const std::string_view text = t.text;
+    double x = 0, advance = 0;
+    for (size_t i = 0; i < text.size();) {
+      const char32_t c = NextBmpChar(text, i);
+      const uint16_t glyph = c == 0 ? 0 : file.GlyphOf(c);
+      if (glyph == 0) return false;
+      out_.push_back(cairo_glyph_t{glyph, x, 0});
+      advance = double(file.AdvanceUnits(glyph)) * size / units;
+      x += advance;
+    }
+    if (face.synthetic_bold) SpaceEmboldened(out_, 0, t.size_pt, advance);
+    return true;
+  }
+
   const std::vector<FontFace>& fonts_;
-  cairo_surface_t* surface_;
-  cairo_t* cr_;
+  cairo_surface_t* surface_ = nullptr;
+  cairo_t* cr_ = nullptr;
   GlyphPlacer placer_;
   uint16_t font_ = UINT16_MAX;
   float size_ = 0;
@@ -215,17 +250,23 @@ class PdfPainter {
     saved_.pop_back();
   }
 
-  // The document's font `index` as a font of the file, read on first use.
+  // The file of the document's font `index`, mapped on first use.
+  pdf::EmbeddedFont& FileOf(uint16_t index) {
+    const std::string& path = fonts_of_doc_[index].file;
+    auto it = files_.find(path);
+    if (it == files_.end()) it = files_.emplace(path, std::make_unique<pdf::EmbeddedFont>(path)).first;
+    return *it->second;
+  }
+
+  // The document's font `index` as a font of the file, numbered as a
+  // resource when first shown.
   pdf::EmbeddedFont& FontOf(uint16_t index, int& resource) {
     if (index >= font_of_.size()) font_of_.resize(size_t(index) + 1, -1);
     if (font_of_[index] < 0) {
-      const std::string& path = fonts_of_doc_[index].file;
-      auto it = by_file_.find(path);
-      if (it == by_file_.end()) {
-        fonts_.push_back(std::make_unique<pdf::EmbeddedFont>(path));
-        it = by_file_.emplace(path, int(fonts_.size() - 1)).first;
-      }
-      font_of_[index] = it->second;
+      pdf::EmbeddedFont* file = &FileOf(index);
+      auto it = std::find(fonts_.begin(), fonts_.end(), file);
+      if (it == fonts_.end()) it = fonts_.insert(fonts_.end(), file);
+      font_of_[index] = int(it - fonts_.begin());
     }
     resource = font_of_[index];
     return *fonts_[size_t(resource)];
@@ -308,7 +349,7 @@ class PdfPainter {
     if (t.font >= fonts_of_doc_.size())
       throw RenderError("Text run names a font the document lacks");
     const FontFace& face = fonts_of_doc_[t.font];
-    const std::vector<cairo_glyph_t>& glyphs = glyphs_.Of(t);
+    const std::vector<cairo_glyph_t>& glyphs = glyphs_.Of(t, FileOf(t.font));
     if (glyphs.empty() && !t.underline) return;
     int resource = 0;
     pdf::EmbeddedFont& font = FontOf(t.font, resource);
@@ -524,8 +565,8 @@ class PdfPainter {
   const std::vector<FontFace>& fonts_of_doc_;
   Glyphs glyphs_;
   std::vector<int> font_of_;  // document font -> index in fonts_, -1 before use
-  std::map<std::string, int> by_file_;
-  std::vector<std::unique_ptr<pdf::EmbeddedFont>> fonts_;
+  std::map<std::string, std::unique_ptr<pdf::EmbeddedFont>> files_;
+  std::vector<pdf::EmbeddedFont*> fonts_;  // by resource number
   std::map<const Image*, size_t> image_numbers_;
   std::vector<std::shared_ptr<const Image>> images_;  // by resource number
 
