@@ -48,15 +48,11 @@ class CommonFunctions : public ::testing::Test {
 TEST_F(CommonFunctions, ReturnCur) {
   ExpectEach<Currency>({{"Null", Variant::Null(), Cur("0")},
                         {"EmptyText", "", Cur("0")},
-                        {"ThreeBlanks", "   ", Cur("0")},
                         {"Empty", Variant(), Cur("0")},
                         {"NoNumber", "abc", Cur("0")},
-                        {"LocaleText", "$1,234.50", Cur("1234.5")},
                         {"Parentheses", "(5.00)", Cur("-5")},
                         {"FloatToFourDecimals", 12.34567, Cur("12.3457")},
-                        {"TextHalfToEvenDown", "12.34565", Cur("12.3456")},
                         {"TextHalfToEvenUp", "12.34575", Cur("12.3458")},
-                        {"Whole", 42, Cur("42")},
                         {"TrueIsMinusOne", true, Cur("-1")},
                         {"Money", Cur("-0.0001"), Cur("-0.0001")},
                         {"TooBig", 1e300, Cur("0")}},
@@ -72,7 +68,6 @@ TEST_F(CommonFunctions, ReturnNumberConvertsAndCleans) {
     int32_t expected;
     Variant after;  // the caller's variable afterwards
   } cases[] = {{"MaskedInput", "1_2_3", 123, "123"},
-               {"TrailingMask", "42___", 42, "42"},
                {"OnlyMask", "___", 0, ""},
                {"Null", Variant::Null(), 0, Variant::Null()},
                {"Blanks", "  ", 0, "  "},
@@ -92,14 +87,11 @@ TEST_F(CommonFunctions, ReturnNumberConvertsAndCleans) {
 }
 
 // ---- ReturnVal, Return01 ---------------------------------------------------
+// Text is read by Val (its forms: currency_vbstrings_test.cpp); here what
+// ReturnVal does around it.
 
 TEST_F(CommonFunctions, ReturnValReadsTheLeadingNumber) {
   ExpectEach<double>({{"TrailingLetters", "12abc", 12},
-                      {"NoNumber", "abc", 0},
-                      {"BlanksInside", " - 1 2.5e1x", -125},
-                      {"NoGrouping", "1,234", 1},
-                      {"Hex", "&HFF", 255},
-                      {"HexWraps16Bit", "&HFFFF", -1},
                       {"Null", Variant::Null(), 0},
                       {"Float", 12.5, 12.5},
                       {"Money", Cur("3.25"), 3.25},
@@ -131,10 +123,8 @@ class ReturnDate : public CommonFunctions {
 TEST_F(ReturnDate, NullIsTodayNoDateIsDayZeroAndTheRestConvert) {
   EXPECT_EQ(cf.ReturnDate(Variant::Null()).serial(), 40344);
   EXPECT_EQ(cf.ReturnDate("abc").serial(), 0);
-  EXPECT_EQ(cf.ReturnDate("").serial(), 0);
   EXPECT_EQ(cf.ReturnDate(Variant()).serial(), 0);
   EXPECT_EQ(cf.ReturnDate("2001-03-01").serial(), 36951);
-  EXPECT_EQ(cf.ReturnDate("Mar/01/2001").serial(), 36951);
   EXPECT_EQ(cf.ReturnDate(36951).serial(), 36951);
   EXPECT_EQ(cf.ReturnDate(Serial(36951.5)).serial(), 36951.5);
 }
@@ -147,8 +137,7 @@ TEST_F(CommonFunctions, ReturnBool) {
                     {"NoBoolean", "abc", false},
                     {"Zero", 0, false},
                     {"MinusOne", -1, true},
-                    {"OneText", "1", true},
-                    {"ZeroText", "0", false}},
+                    {"OneText", "1", true}},
                    [&](const Variant& v) { return cf.ReturnBool(v); });
 }
 
@@ -184,7 +173,6 @@ TEST_F(CommonFunctions, ReturnStrTextWithOptionalTrim) {
 // currency format.
 TEST_F(CommonFunctions, MyFormat) {
   EXPECT_EQ(cf.MyFormat(1234.5, "Currency"), "1,234.50");
-  EXPECT_EQ(cf.MyFormat(Cur("1234.5"), "Currency"), "1,234.50");
   EXPECT_EQ(cf.MyFormat(Cur("-5"), "Currency"), "-5.00");
   EXPECT_EQ(cf.MyFormat(Cur("0.005"), "Currency"), "0.01");
   EXPECT_EQ(cf.MyFormat("$2,000", "Currency"), "2,000.00");
@@ -203,7 +191,6 @@ TEST_F(CommonFunctions, ReturnFormatedDate) {
     const char* expected;
   } cases[] = {{"Null", Variant::Null(), "yyyymmdd", "00000000"},
                {"Year1899", Serial(1), "yyyymmdd", "00000000"},
-               {"Empty", Variant(), "yyyymmdd", "00000000"},
                {"FirstDayOf1900", Serial(2), "yyyymmdd", "19000101"},
                {"Date", Serial(36951), "yyyymmdd", "20010301"},
                {"DateText", "2001-03-01", "mmddyyyy", "03012001"},
@@ -228,8 +215,6 @@ TEST_F(CommonFunctions, ConvertToNormalDateReadsYyyymmdd) {
 TEST_F(CommonFunctions, ConvertoNormalCurrencyHasAnImpliedDecimalPoint) {
   ExpectEach<Currency>({{"FiveDigits", "12345", Cur("123.45")},
                         {"TwoDigits", "12", Cur("0")},
-                        {"OneDigit", "5", Cur("0")},
-                        {"Fifty", "50", Cur("0")},
                         {"ThreeDigits", "150", Cur("1.50")},
                         {"Negative", "-150", Cur("-1.50")},
                         {"Number", 12345, Cur("123.45")},
@@ -244,12 +229,10 @@ TEST_F(CommonFunctions, TimeToIntCountsMinutesSinceMidnight) {
   EXPECT_THROW(cf.TimeToInt("abc"), ReportError);
   ExpectEach<int32_t>({{"Null", Variant::Null(), 0},
                        {"EmptyText", "", 0},
-                       {"ZeroText", "0", 0},
                        {"HalfPastMidnight", "12:30 AM", 30},
                        {"HalfPastNoon", "12:30 PM", 750},
                        {"FivePastOne", "1:05 PM", 785},
                        {"TwentyFourHourText", "13:05", 785},
-                       {"Morning", "09:05", 545},
                        {"DateWithTime", Serial(36951 + 785 / 1440.0), 785},
                        {"NoonSerial", 0.5, 720},
                        {"LastMinute", "11:59 PM", 1439}},
@@ -258,9 +241,7 @@ TEST_F(CommonFunctions, TimeToIntCountsMinutesSinceMidnight) {
 
 TEST_F(CommonFunctions, IntToTimeLocaleLongTimeWithSeconds) {
   EXPECT_EQ(cf.IntToTime(0), "12:00:00 AM");
-  EXPECT_EQ(cf.IntToTime(5), "12:05:00 AM");
   EXPECT_EQ(cf.IntToTime(60), "1:00:00 AM");
-  EXPECT_EQ(cf.IntToTime(545), "9:05:00 AM");
   EXPECT_EQ(cf.IntToTime(720), "12:00:00 PM");
   EXPECT_EQ(cf.IntToTime(785), "1:05:00 PM");
   EXPECT_EQ(cf.IntToTime(1439), "11:59:00 PM");
@@ -294,7 +275,6 @@ TEST_F(CommonFunctions, PursePaymentNameSplits) {
       {"NoDashInsurer", "Sun Life", "Insurance", "Sun Life"},
       {"NoDashPatient", "Sun Life", "Patient", ""},
       {"LongInsurerCut", "Great West Life Assurance-Jones", "Insurance", "Great West Life"},
-      {"LongInsurerPatient", "Great West Life Assurance-Jones", "Patient", "Jones"},
       {"DashAtFifteen", "ABCDEFGHIJKLMN-Z", "Insurance", "ABCDEFGHIJKLMN"},
       {"DashAtSeventeen", "ABCDEFGHIJKLMNOP-Z", "Insurance", "ABCDEFGHIJKLMNO"},
       {"LastDashCounts", "A-B-C", "Insurance", "A-B"},

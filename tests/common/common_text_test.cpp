@@ -87,13 +87,11 @@ TEST_F(CommonText, PadStringCutsAndFillsByItsSide) {
 }
 
 TEST_F(CommonText, ColourBytes) {
-  const auto c = cf.returnRGBColor(12169126);  // the table headers' grey-blue
-  EXPECT_EQ(c.red, 12169126 & 0xFF);
-  EXPECT_EQ(c.green, (12169126 >> 8) & 0xFF);
-  EXPECT_EQ(c.blue, 12169126 >> 16);
+  // The colour number holds red in its lowest byte, blue in its highest.
   const auto red = cf.returnRGBColor(0x0000FF);
   EXPECT_EQ(red.red, 255);
   EXPECT_EQ(red.blue, 0);
+  EXPECT_EQ(cf.returnRGBColor(0x102030).green, 0x20);
 }
 
 // Two screens' lists side by side: names in any case, keys exactly.

@@ -42,11 +42,9 @@ const ParseCase kDates[] = {
     {"Iso", "2001-03-01", "2001-03-01 00:00:00"},
     {"IsoSlashes", "2001/03/01", "2001-03-01 00:00:00"},
     {"MonthFirstSlashes", "03/01/2001", "2001-03-01 00:00:00"},
-    {"MonthFirstNoZeros", "3/1/2001", "2001-03-01 00:00:00"},
     {"MonthFirstDashes", "03-01-2001", "2001-03-01 00:00:00"},
     {"DayFirstWhenMonthTooBig", "13/01/2001", "2001-01-13 00:00:00"},
     {"AbbrevSlashes", "Mar/1/2001", "2001-03-01 00:00:00"},
-    {"AbbrevSlashesPadded", "Mar/01/2001", "2001-03-01 00:00:00"},
     {"AbbrevCommaLowerCase", "mar 1, 2001", "2001-03-01 00:00:00"},
     {"FullNameUpperCase", "MARCH 1 2001", "2001-03-01 00:00:00"},
     {"DayMonthYear", "1 Mar 2001", "2001-03-01 00:00:00"},
@@ -63,8 +61,6 @@ const ParseCase kDates[] = {
     {"Hashes", "#03/01/2001#", "2001-03-01 00:00:00"},
     {"YearWindowLow", "3/1/29", "2029-03-01 00:00:00"},
     {"YearWindowHigh", "3/1/30", "1930-03-01 00:00:00"},
-    {"YearWindowNinetyNine", "3/1/99", "1999-03-01 00:00:00"},
-    {"LeapDay", "2004-02-29", "2004-02-29 00:00:00"},
     {"MonthDayThisYear", "3/5", "2010-03-05 00:00:00"},
     {"NameDayThisYear", "Mar 5", "2010-03-05 00:00:00"},
     {"MonthYear", "3/2001", "2001-03-01 00:00:00"},
@@ -76,7 +72,6 @@ INSTANTIATE_TEST_SUITE_P(Dates, ParseDate, ::testing::ValuesIn(kDates), CaseName
 
 const ParseCase kTimes[] = {
     {"IsoWithMinutes", "2001-03-01 09:05", "2001-03-01 09:05:00"},
-    {"IsoWithSeconds", "2001-03-01 09:05:07", "2001-03-01 09:05:07"},
     {"IsoWithT", "2001-03-01T13:05:09", "2001-03-01 13:05:09"},
     {"IsoWithFraction", "2001-03-01 13:05:09.000", "2001-03-01 13:05:09"},
     {"LongTimeAm", "2001-03-01 9:05:07 AM", "2001-03-01 09:05:07"},
@@ -89,7 +84,6 @@ const ParseCase kTimes[] = {
     {"TimeAlone", "9:05 AM", "1899-12-30 09:05:00"},
     {"TimeAlone24", "13:05", "1899-12-30 13:05:00"},
     {"HourAndMarker", "9 PM", "1899-12-30 21:00:00"},
-    {"TwelveAm", "12:00 AM", "1899-12-30 00:00:00"},
     {"ThirteenPmStays", "13:00 PM", "1899-12-30 13:00:00"},
     {"BlanksInTime", "9 : 05 : 07", "1899-12-30 09:05:07"},
     {"TimeBeforeBaseDay", "1899-12-29 06:00", "1899-12-29 06:00:00"},
@@ -98,7 +92,6 @@ INSTANTIATE_TEST_SUITE_P(Times, ParseDate, ::testing::ValuesIn(kTimes), CaseName
 
 const ParseCase kNotDates[] = {
     {"EmptyText", "", nullptr},
-    {"Blanks", "   ", nullptr},
     {"Word", "abc", nullptr},
     {"YearAlone", "2001", nullptr},
     {"Decimal", "12.5", nullptr},

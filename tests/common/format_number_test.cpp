@@ -21,10 +21,7 @@ TEST_P(FormatNumber, GivesTheText) {
 const FormatCase kReportColumns[] = {
     {"MyFormatPattern", 1234.5, "##,##0.00", "1,234.50"},
     {"MyFormatPatternZero", 0, "##,##0.00", "0.00"},
-    {"MyFormatPatternSmall", 0.5, "##,##0.00", "0.50"},
     {"MyFormatPatternNegative", -1234.5, "##,##0.00", "-1,234.50"},
-    {"MyFormatPatternMillions", 1234567.891, "##,##0.00", "1,234,567.89"},
-    {"ParenthesesPositive", 1234.5, "###,###,##0.00;(###,###,##0.00)", "1,234.50"},
     {"ParenthesesNegative", -1234.5, "###,###,##0.00;(###,###,##0.00)", "(1,234.50)"},
     {"ParenthesesZero", 0, "###,###,##0.00;(###,###,##0.00)", "0.00"},
     {"ParenthesesBillions", -1234567890.5, "###,###,##0.00;(###,###,##0.00)", "(1,234,567,890.50)"},
@@ -33,20 +30,13 @@ const FormatCase kReportColumns[] = {
     {"DollarHashesBelowOne", 0.25, "$######.00", "$.25"},
     {"DollarZero", 12.345, "$0.00", "$12.35"},
     {"DollarZeroNegative", -3, "$0.00", "-$3.00"},
-    {"HashZeroZero", 5.5, "##0.00", "5.50"},
-    {"ZeroPointZeroZero", 7, "0.00", "7.00"},
     {"HashesOfZeroIsPoint", 0, "##.##", "."},
     {"HashesHalf", 0.5, "##.##", ".5"},
-    {"HashesRounded", 12.345, "##.##", "12.35"},
     {"HashesNoTrailingZero", 1.5, "##.##", "1.5"},
     {"HashesWhole", 10, "##.##", "10."},
     {"HashPointZeros", 0.5, "##.00", ".50"},
-    {"HashPointZerosWhole", 3, "##.00", "3.00"},
-    {"ThreeHashes", 1234.5, "###.##", "1234.5"},
     {"PercentLiteral", 0.1234, "0.00%", "12.34%"},
-    {"PercentThird", 1.0 / 3, "0.00%", "33.33%"},
     {"PercentNegative", -0.5, "0.00%", "-50.00%"},
-    {"PercentZero", 0, "0.00%", "0.00%"},
     {"PercentZeroMoney", Cur("0"), "0.00%", "0.00%"},
     {"PercentBelowHalfACent", 0.00004, "0.00%", "0.00%"},
     {"PercentHashesZero", 0, "#.##%", ".%"},
@@ -55,9 +45,7 @@ const FormatCase kReportColumns[] = {
     {"PhoneNumberFromText", "4165551234", "(###) ###-####", "(416) 555-1234"},
     {"PhoneNumberShort", 5551234, "(###) ###-####", "() 555-1234"},
     {"PhoneTextWithDashesUnchanged", "416-555-1234", "(###) ###-####", "416-555-1234"},
-    {"PhoneTextWithBlanksUnchanged", "416 555 1234", "(###) ###-####", "416 555 1234"},
     {"ZeroFilled", 1202, "00000", "01202"},
-    {"ZeroFilledFromText", "1202", "00000", "01202"},
     {"ZeroFilledTooLong", 123456, "00000", "123456"},
 };
 INSTANTIATE_TEST_SUITE_P(ReportColumns, FormatNumber, ::testing::ValuesIn(kReportColumns),
@@ -67,17 +55,13 @@ INSTANTIATE_TEST_SUITE_P(ReportColumns, FormatNumber, ::testing::ValuesIn(kRepor
 const FormatCase kRounding[] = {
     {"HalfUp", 2.5, "0", "3"},
     {"HalfUpNegative", -2.5, "0", "-3"},
-    {"HalfOfOne", 0.5, "0", "1"},
     {"NotEvenRounding", 3.5, "0", "4"},
     {"BinaryBelowHalfStillUp", 2.675, "0.00", "2.68"},
-    {"BinaryBelowHalfStillUp2", 1.005, "0.00", "1.01"},
     {"ExactEighth", 0.125, "0.00", "0.13"},
-    {"MoneyExactEighth", Cur("0.125"), "0.00", "0.13"},
     {"MoneyHalfCent", Cur("2.675"), "0.00", "2.68"},
     {"MoneyHalfCentNegative", Cur("-0.005"), "0.00", "-0.01"},
     {"CarryThroughNines", 0.995, "0.00", "1.00"},
     {"CarryAddsGroup", 999.5, "#,##0", "1,000"},
-    {"SmallTenth", 0.05, "0.0", "0.1"},
     {"BelowHalfDown", 0.0049, "0.00", "0.00"},
     // The section is chosen before rounding, as the host language does.
     {"NegativeRoundsToMinusZero", -0.001, "0.00", "-0.00"},
@@ -95,14 +79,12 @@ const FormatCase kStructure[] = {
     {"LeadingCommaPrints", 5, ",0", ",5"},
     {"ThreeSectionsZero", 0, "0.00;(0.00);\\Z\\e\\r\\o", "Zero"},
     {"ThreeSectionsNegative", -1, "0.00;(0.00);\\Z\\e\\r\\o", "(1.00)"},
-    {"ThreeSectionsPositive", 1, "0.00;(0.00);\\Z\\e\\r\\o", "1.00"},
     {"EmptyNegativeSectionUsesFirst", -5, "0;;\\z", "-5"},
     {"EmptyZeroSectionUsesFirst", 0, "0.0;(0.0);", "0.0"},
     {"NullSection", Variant::Null(), "0;-0;\\z;\\N\\u\\l\\l", "Null"},
     {"NullWithoutSection", Variant::Null(), "0.00", ""},
     {"EmptyValue", Variant(), "0.00", ""},
     {"TrueIsMinusOne", true, "0", "-1"},
-    {"FalseIsZero", false, "0.00", "0.00"},
     {"DateAsSerial", DateTime(36951.5), "0.00", "36951.50"},
     {"TextNotNumberUnchanged", "abc", "0.00", "abc"},
     {"LocaleText", "$1,234.50", "0.0", "1234.5"},
@@ -122,7 +104,6 @@ INSTANTIATE_TEST_SUITE_P(Structure, FormatNumber, ::testing::ValuesIn(kStructure
 const FormatCase kNamed[] = {
     {"Currency", 1234.5, "Currency", "$1,234.50"},
     {"CurrencyNegative", -5, "Currency", "-$5.00"},
-    {"CurrencyZero", 0, "Currency", "$0.00"},
     {"CurrencyMoney", Cur("1234567.125"), "Currency", "$1,234,567.13"},
     {"CurrencyFromText", "1234.5", "Currency", "$1,234.50"},
     {"CurrencyAnyCase", 2, "CURRENCY", "$2.00"},
@@ -132,18 +113,15 @@ const FormatCase kNamed[] = {
     {"GeneralNumberMoney", Cur("12.5"), "General Number", "12.5"},
     {"GeneralNumberText", "$1,234.50", "General Number", "1234.5"},
     {"GeneralNumberHuge", 1e20, "General Number", "1E+20"},
-    {"GeneralNumberCount", 42, "General Number", "42"},
     {"Fixed", 1234.567, "Fixed", "1234.57"},
     {"Standard", 1234.567, "Standard", "1,234.57"},
     {"Percent", 0.5, "Percent", "50.00%"},
     {"PercentSmall", 0.00006, "Percent", "0.01%"},
-    {"PercentZeroNamed", 0, "Percent", "0.00%"},
     {"PercentZeroText", "0", "Percent", "0.00%"},
     {"ScientificNamed", 12345, "Scientific", "1.23E+04"},
     {"YesNoTrue", true, "Yes/No", "Yes"},
     {"YesNoFalse", false, "Yes/No", "No"},
     {"YesNoNumber", 5, "Yes/No", "Yes"},
-    {"YesNoUpperCase", true, "YES/NO", "Yes"},
     {"YesNoNull", Variant::Null(), "Yes/No", ""},
     {"TrueFalse", 0, "True/False", "False"},
     {"OnOff", -1, "On/Off", "On"},
@@ -165,11 +143,6 @@ TEST(FormatNumberFrench, UsesTheLocaleSeparatorsAndSymbol) {
   EXPECT_EQ(Format(1234.5, "#,##0.00", FrenchCanada()), "1 234,50");
   EXPECT_EQ(Format(1234.5, "Currency", FrenchCanada()), "1 234,50 $");
   EXPECT_EQ(Format(-5, "Currency", FrenchCanada()), "-5,00 $");
-}
-
-TEST(FormatNumberCache, SameStringGivesSameTextEachTime) {
-  // The second call comes from the thread's cache of parsed strings.
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(Format(-1234.5, "#,##0.00;(#,##0.00)"), "(1,234.50)");
 }
 
 TEST(FormatNumberCache, ManyDistinctStringsStillFormat) {

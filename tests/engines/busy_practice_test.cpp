@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <libpq-fe.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <regex>
@@ -21,6 +22,7 @@
 #include "platform/host/settings.h"
 #include "platform/practice/demo_practice.h"
 #include "support/postgres.h"
+#include "support/shell.h"
 
 namespace orv {
 namespace {
@@ -78,11 +80,8 @@ std::vector<std::string> Lines(const std::string& text) {
   std::string line;
   std::istringstream in(text);
   while (std::getline(in, line)) {
-    for (auto& part : std::vector<std::string>{line}) {
-      size_t ff;
-      while ((ff = part.find('\f')) != std::string::npos) part.erase(ff, 1);
-      out.push_back(part);
-    }
+    line.erase(std::remove(line.begin(), line.end(), '\f'), line.end());
+    out.push_back(line);
   }
   return out;
 }
@@ -93,7 +92,7 @@ class BusyPractice : public ::testing::Test {
     if (testing::TestServerUrl().empty())
       GTEST_SKIP() << "ORVENDA_TEST_PG is not set: no PostgreSQL server to test against";
     Clock::SetFixed(DateTime::FromParts(2026, 11, 23));
-    file_ = (std::filesystem::temp_directory_path() / ("orv-busy-" + std::to_string(::getpid()) + ".db")).string();
+    file_ = testing::TempPath("orv-busy-", "demo.db");
     std::filesystem::remove(file_);
     practice::DemoOptions opt;
     opt.patients = 80;
@@ -140,12 +139,8 @@ class BusyPractice : public ::testing::Test {
   }
 
   int64_t Count(const char* table) {
-    PGconn* c = PQconnectdb(db_->url().c_str());
-    PGresult* r = PQexec(c, (std::string("SELECT COUNT(*) FROM \"") + table + "\"").c_str());
-    int64_t n = PQresultStatus(r) == PGRES_TUPLES_OK ? std::atoll(PQgetvalue(r, 0, 0)) : -1;
-    PQclear(r);
-    PQfinish(c);
-    return n;
+    const std::string sql = std::string("SELECT COUNT(*) FROM \"") + table + "\"";
+    return std::stoll(testing::ServerSession(db_->url()).Column(sql)[0]);
   }
 
   std::string file_, settings_;

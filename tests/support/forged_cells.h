@@ -33,25 +33,18 @@ inline std::vector<render::TextRun> RunsOf(const render::Document& doc, const st
   return runs;
 }
 
-// Whether some run of `doc` holds `text`, and whether some run is exactly
-// `text`.
-inline bool RunHolds(const render::Document& doc, const std::string& text) {
-  return !RunsOf(doc, text, true).empty();
-}
-inline bool RunIs(const render::Document& doc, const std::string& text) { return !RunsOf(doc, text).empty(); }
-
 // `value` printed whole, in one cell: one run holds its text, and the
 // pieces between its separators never stand alone as cells.
 inline void ExpectWholeCell(const render::Document& doc, const std::string& value,
                             const std::string& report) {
-  EXPECT_TRUE(RunHolds(doc, value)) << report << ": \"" << value << "\" is not one cell";
+  EXPECT_FALSE(RunsOf(doc, value, true).empty()) << report << ": \"" << value << "\" is not one cell";
   size_t start = 0;
   while (start <= value.size()) {
     size_t end = value.find_first_of("|;", start);
     if (end == std::string::npos) end = value.size();
     const std::string piece = value.substr(start, end - start);
     if (!piece.empty() && piece != value) {
-      EXPECT_FALSE(RunIs(doc, piece)) << report << ": \"" << piece << "\" stands as its own cell";
+      EXPECT_TRUE(RunsOf(doc, piece).empty()) << report << ": \"" << piece << "\" stands as its own cell";
     }
     start = end + 1;
   }

@@ -1,6 +1,7 @@
 // Runs a shell command from a test and collects what it prints on standard
-// output, with its exit status, and reads back the files it wrote. Tests that check a built program
-// or an outside tool (qpdf, pdftotext) go through it.
+// output, with its exit status, and reads back the files it wrote. Tests
+// that check a built program or an outside tool (qpdf, pdftotext) go
+// through it.
 #pragma once
 
 #include <sys/wait.h>

@@ -9,7 +9,6 @@
 #include <string_view>
 
 #include "common/errors.h"
-#include "support/throws_saying.h"
 
 namespace orv::testing {
 

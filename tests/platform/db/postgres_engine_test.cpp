@@ -47,18 +47,14 @@ TEST(PostgresEngine, PracticeGoesToTheServerAndBackUnchanged) {
   auto engine = OpenEngine(server.url());
   // Money is numeric(19,4) and comes back as Currency to the last digit,
   // even at the top of Currency's range, where a double is off by hundreds.
+  // (Null, the smallest money, dates and blobs on each engine:
+  // recordset_storage_test.cpp.)
   ServerExec("UPDATE \"Invoices\" SET \"InvoiceTotal\" = 922337203685477.5807 WHERE \"ID\" = 6", server.url());
   Variant big = ReadOne(*engine, "SELECT \"InvoiceTotal\" FROM \"Invoices\" WHERE \"ID\" = 6");
   ASSERT_TRUE(std::holds_alternative<Currency>(big.storage()));
   EXPECT_EQ(std::get<Currency>(big.storage()).raw(), INT64_MAX);
   ServerExec("UPDATE \"Invoices\" SET \"InvoiceTotal\" = NULL WHERE \"ID\" = 6", server.url());
-  EXPECT_EQ(ReadOne(*engine, "SELECT \"InvoiceTotal\" FROM \"Invoices\" WHERE \"ID\" = 2"),
-            Variant(Currency::FromRaw(-1)));
-  EXPECT_EQ(CStr(ReadOne(*engine, "SELECT \"Date\" FROM \"Invoices\" WHERE \"ID\" = 2")), "2026-11-21 14:05:00");
   EXPECT_EQ(ReadInt(*engine, "SELECT \"Complete?\" FROM \"Invoices\" WHERE \"ID\" = 1"), -1);
-  Variant logo = ReadOne(*engine, "SELECT \"Logo\" FROM \"Invoices\" WHERE \"ID\" = 1");
-  EXPECT_EQ(std::get<Bytes>(logo.storage()), (Bytes{0x00, 0xff, 0x10}));
-  EXPECT_TRUE(ReadOne(*engine, "SELECT \"Notes\" FROM \"Invoices\" WHERE \"ID\" = 6").IsNull());
 
   // Text compares without regard to case or trailing blanks, through the
   // column's own type, as on SQL Server.
@@ -260,14 +256,10 @@ TEST(PostgresEngine, FaultsGiveClearErrorsWithoutThePassword) {
   EXPECT_NE(down.find("127.0.0.1"), std::string::npos) << down;
   EXPECT_EQ(down.find("s3cret"), std::string::npos) << down;
 
-  // A statement over the server's time limit.
-  FreshPgDatabase db;
-  auto slow = OpenEngine(db.url() + "?options=-c%20statement_timeout%3D100");
-  EXPECT_TRUE(ThrowsSaying([&] { ReadOne(*slow, "SELECT pg_sleep(2)"); }, {"statement timeout", "pg_sleep"}));
-
   // The session is ended under a running report (server stopped,
   // restarted, network gone): the next statement says the connection is
   // lost and names the statement and the server.
+  FreshPgDatabase db;
   auto engine = OpenEngine(db.url());
   ReadOne(*engine, "SELECT 1");
   ServerExec("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = '" + db.name() +

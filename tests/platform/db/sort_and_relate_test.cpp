@@ -18,6 +18,35 @@
 namespace orv::db {
 namespace {
 
+// A fabricated recordset: a Seq field holding each row's place, then
+// `fields`, one row per entry of `rows`.
+Recordset Fabricated(const std::vector<std::pair<const char*, FieldType>>& fields,
+                     const std::vector<std::vector<Variant>>& rows) {
+  Recordset rs;
+  rs.Fields().Append("Seq", adInteger);
+  for (const auto& [name, type] : fields) rs.Fields().Append(name, type, 40);
+  rs.Open();
+  for (size_t r = 0; r < rows.size(); ++r) {
+    rs.AddNew();
+    rs["Seq"].Value(static_cast<int>(r));
+    for (size_t f = 0; f < rows[r].size(); ++f) rs[static_cast<long>(f + 1)].Value(rows[r][f]);
+  }
+  rs.Update();
+  return rs;
+}
+
+// The order the reference comparison gives (rows with equal keys keep
+// their places) against the order Sort(sort) gives, as row places.
+void ExpectSortedAs(Recordset& rs, const std::string& sort, const std::function<int(size_t, size_t)>& compare) {
+  std::vector<size_t> want(static_cast<size_t>(rs.RecordCount()));
+  std::iota(want.begin(), want.end(), 0);
+  std::stable_sort(want.begin(), want.end(), [&](size_t a, size_t b) { return compare(a, b) < 0; });
+  rs.Sort(sort);
+  std::vector<size_t> got;
+  for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) got.push_back(static_cast<size_t>(CLng(rs["Seq"].Value())));
+  EXPECT_EQ(got, want) << sort;
+}
+
 TEST(SortAndRelate, SortOrdersTextByDictionaryKeyAmongOtherKinds) {
   // Accents, case, hyphens, apostrophes and trailing blanks, beside Null,
   // Empty, numbers and a date in the same column (a fabricated Variant
@@ -29,44 +58,15 @@ TEST(SortAndRelate, SortOrdersTextByDictionaryKeyAmongOtherKinds) {
       Variant("Émile"),   Variant("Ærø"),        Variant("aero"),   Variant(DateTime::FromParts(2026, 11, 20)),
       Variant("Abbott"),  Variant(Currency::FromRaw(5)),
   };
-  Recordset rs;
-  rs.Fields().Append("Seq", adInteger);
-  rs.Fields().Append("Name", adVariant);
-  rs.Fields().Append("Group", adInteger);
-  rs.Open();
-  for (size_t i = 0; i < names.size(); ++i) {
-    rs.AddNew();
-    rs["Seq"].Value(static_cast<int>(i));
-    rs["Name"].Value(names[i]);
-    rs["Group"].Value(static_cast<int>(i % 2));
-  }
-  rs.Update();
-
-  struct Case {
-    const char* name;
-    const char* sort;
-    // The expected order by the reference comparison: keys in turn.
-    std::function<int(size_t, size_t)> compare;
-  };
+  std::vector<std::vector<Variant>> rows;
+  for (size_t i = 0; i < names.size(); ++i) rows.push_back({names[i], Variant(static_cast<int>(i % 2))});
+  Recordset rs = Fabricated({{"Name", adVariant}, {"Group", adInteger}}, rows);
   auto by_name = [&](size_t a, size_t b) { return CompareValues(names[a], names[b]); };
   auto by_group = [](size_t a, size_t b) { return static_cast<int>(a % 2) - static_cast<int>(b % 2); };
-  const Case cases[] = {
-      {"text ascending", "Name", by_name},
-      {"text descending", "Name DESC", [&](size_t a, size_t b) { return -by_name(a, b); }},
-      {"a number first, then text",
-       "Group DESC, Name",
-       [&](size_t a, size_t b) { return by_group(b, a) != 0 ? by_group(b, a) : by_name(a, b); }},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    std::vector<size_t> want(names.size());
-    std::iota(want.begin(), want.end(), 0);
-    std::stable_sort(want.begin(), want.end(), [&](size_t a, size_t b) { return c.compare(a, b) < 0; });
-    rs.Sort(c.sort);
-    std::vector<size_t> got;
-    for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) got.push_back(static_cast<size_t>(CLng(rs["Seq"].Value())));
-    EXPECT_EQ(got, want);
-  }
+  ExpectSortedAs(rs, "Name", by_name);
+  ExpectSortedAs(rs, "Name DESC", [&](size_t a, size_t b) { return -by_name(a, b); });
+  ExpectSortedAs(rs, "Group DESC, Name",
+                 [&](size_t a, size_t b) { return by_group(b, a) != 0 ? by_group(b, a) : by_name(a, b); });
   // Readable anchors of the same order: the plain letter before the
   // accented one, and "coop" before "co-op".
   rs.Sort("Name");
@@ -103,90 +103,54 @@ TEST(SortAndRelate, SortOrdersColumnsOfOneKindAsCompareValuesDoes) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    Recordset rs;
-    rs.Fields().Append("Seq", adInteger);
-    rs.Fields().Append("V", adVariant);
-    rs.Open();
-    for (size_t i = 0; i < c.values.size(); ++i) {
-      rs.AddNew();
-      rs["Seq"].Value(static_cast<int>(i));
-      rs["V"].Value(c.values[i]);
-    }
-    rs.Update();
-    for (const bool descending : {false, true}) {
-      std::vector<size_t> want(c.values.size());
-      std::iota(want.begin(), want.end(), 0);
-      std::stable_sort(want.begin(), want.end(), [&](size_t a, size_t b) {
-        const int r = CompareValues(c.values[a], c.values[b]);
-        return descending ? r > 0 : r < 0;
-      });
-      rs.Sort(descending ? "V DESC" : "V");
-      std::vector<size_t> got;
-      for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) got.push_back(static_cast<size_t>(CLng(rs["Seq"].Value())));
-      EXPECT_EQ(got, want) << (descending ? "descending" : "ascending");
-    }
+    std::vector<std::vector<Variant>> rows;
+    for (const Variant& v : c.values) rows.push_back({v});
+    Recordset rs = Fabricated({{"V", adVariant}}, rows);
+    auto compare = [&](size_t a, size_t b) { return CompareValues(c.values[a], c.values[b]); };
+    ExpectSortedAs(rs, "V", compare);
+    ExpectSortedAs(rs, "V DESC", [&](size_t a, size_t b) { return -compare(a, b); });
   }
 }
 
 TEST(SortAndRelate, SortsOnSeveralKeysOrderAsCompareValuesDoesKeyByKey) {
   // A listing sorted by provider, date and name, as the reports sort: few
   // providers, dates in runs of one day, names that recur, Nulls among
-  // them, and each key ascending or descending. Rows with equal keys keep
-  // their order.
-  constexpr int kRows = 3000;
+  // them, and each key ascending or descending.
   const char* providers[] = {"Nadeau", "adams", "Ouellet", "Côté"};
-  Recordset rs;
-  rs.Fields().Append("Seq", adInteger);
-  rs.Fields().Append("Provider", adVarChar, 40);
-  rs.Fields().Append("Day", adDBTimeStamp);
-  rs.Fields().Append("Name", adVarChar, 40);
-  rs.Fields().Append("Amount", adCurrency);
-  rs.Open();
   std::vector<std::vector<Variant>> rows;
   uint32_t seed = 7;
   auto next = [&](uint32_t n) {
     seed = seed * 1103515245u + 12345u;
     return (seed >> 8) % n;
   };
-  for (int i = 0; i < kRows; ++i) {
-    std::vector<Variant> row = {
-        Variant(i),
+  for (int i = 0; i < 3000; ++i) {
+    rows.push_back({
         next(50) == 0 ? Variant::Null() : Variant(providers[next(4)]),
         Variant(DateTime::FromParts(2026, 1, 1 + i / 40, 0, 0, 0)),
         next(30) == 0 ? Variant::Null() : Variant("Patient " + std::to_string(next(400))),
         Variant(Currency::FromRaw(static_cast<int64_t>(next(2000)) * 2500 - 2500000)),
-    };
-    rs.AddNew();
-    for (size_t f = 1; f < row.size(); ++f) rs[static_cast<long>(f)].Value(row[f]);
-    rs["Seq"].Value(row[0]);
-    rows.push_back(std::move(row));
+    });
   }
-  rs.Update();
+  Recordset rs = Fabricated(
+      {{"Provider", adVarChar}, {"Day", adDBTimeStamp}, {"Name", adVarChar}, {"Amount", adCurrency}}, rows);
   struct Case {
     const char* sort;
     std::vector<std::pair<int, bool>> keys;  // field, descending
   } cases[] = {
-      {"Provider, Day, Name", {{1, false}, {2, false}, {3, false}}},
-      {"Provider DESC, Day, Name DESC", {{1, true}, {2, false}, {3, true}}},
-      {"Day DESC, Amount", {{2, true}, {4, false}}},
-      {"Amount DESC, Provider", {{4, true}, {1, false}}},
-      {"Name, Amount DESC, Day DESC", {{3, false}, {4, true}, {2, true}}},
+      {"Provider, Day, Name", {{0, false}, {1, false}, {2, false}}},
+      {"Provider DESC, Day, Name DESC", {{0, true}, {1, false}, {2, true}}},
+      {"Day DESC, Amount", {{1, true}, {3, false}}},
+      {"Amount DESC, Provider", {{3, true}, {0, false}}},
+      {"Name, Amount DESC, Day DESC", {{2, false}, {3, true}, {1, true}}},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.sort);
-    std::vector<int> want(kRows);
-    std::iota(want.begin(), want.end(), 0);
-    std::stable_sort(want.begin(), want.end(), [&](int a, int b) {
+    ExpectSortedAs(rs, c.sort, [&](size_t a, size_t b) {
       for (const auto& [field, descending] : c.keys) {
         const int r = CompareValues(rows[a][field], rows[b][field]);
-        if (r != 0) return descending ? r > 0 : r < 0;
+        if (r != 0) return descending ? -r : r;
       }
-      return false;
+      return 0;
     });
-    rs.Sort(c.sort);
-    std::vector<int> got;
-    for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) got.push_back(CLng(rs["Seq"].Value()));
-    EXPECT_EQ(got, want);
   }
 }
 
@@ -214,7 +178,6 @@ TEST(SortAndRelate, WholeNumberKeysAreTheKeysRelateKeyGives) {
     EXPECT_EQ(both, b ? *a + '\x1f' + *b : std::string());
   }
 }
-
 
 TEST(SortAndRelate, ChildRowsRelateAsTheirKeysDo) {
   // Parent values of every kind against children keyed by whole numbers

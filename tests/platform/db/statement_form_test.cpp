@@ -25,19 +25,19 @@ std::string Marked(const StatementForm& f) {
 TEST(StatementForm, ParameterisesKeyLiteralsOnly) {
   struct Case {
     const char* statement;
-    const char* form;
+    const char* form;  // nullptr: the statement as it stands
     std::vector<int64_t> values;
   } cases[] = {
       {"Select LastName from Patient where ID = 17", "Select LastName from Patient where ID = #0", {17}},
       {"SELECT x FROM t WHERE a=5 AND b = -3 AND c <= 12", "SELECT x FROM t WHERE a=#0 AND b = -#1 AND c <= #2", {5, 3, 12}},
       // Not after "=": positions, sizes, TOP, CASE arms, IN lists.
-      {"SELECT TOP 5 CAST(x AS VARCHAR(50)) FROM t ORDER BY 1", "SELECT TOP 5 CAST(x AS VARCHAR(50)) FROM t ORDER BY 1", {}},
-      {"SELECT CASE a WHEN 1 THEN 2 END FROM t WHERE b IN (1, 2)", "SELECT CASE a WHEN 1 THEN 2 END FROM t WHERE b IN (1, 2)", {}},
+      {"SELECT TOP 5 CAST(x AS VARCHAR(50)) FROM t ORDER BY 1", nullptr, {}},
+      {"SELECT CASE a WHEN 1 THEN 2 END FROM t WHERE b IN (1, 2)", nullptr, {}},
       // Not whole numbers, not in text, names or comments.
       {"SELECT 1 FROM t WHERE a = 1.5 AND b = 'x = 7' AND [c = 8] = 1 -- = 9",
        "SELECT 1 FROM t WHERE a = 1.5 AND b = 'x = 7' AND [c = 8] = #0 -- = 9",
        {1}},
-      {"SELECT 1 FROM t WHERE a = 12e3 AND b = 1234567890", "SELECT 1 FROM t WHERE a = 12e3 AND b = 1234567890", {}},
+      {"SELECT 1 FROM t WHERE a = 12e3 AND b = 1234567890", nullptr, {}},
       {"SELECT 1 FROM t WHERE Invoice# = 5 AND x =4/*= 3*/", "SELECT 1 FROM t WHERE Invoice# = #0 AND x =#1/*= 3*/", {5, 4}},
       // A keyword straight after the number ends it, as the lexer reads it;
       // other letters make it no whole number.
@@ -47,7 +47,7 @@ TEST(StatementForm, ParameterisesKeyLiteralsOnly) {
   };
   for (const auto& c : cases) {
     StatementForm f = ParameteriseLiterals(c.statement);
-    EXPECT_EQ(Marked(f), c.form) << c.statement;
+    EXPECT_EQ(Marked(f), c.form ? c.form : c.statement) << c.statement;
     EXPECT_EQ(f.values, c.values) << c.statement;
   }
 }
@@ -57,7 +57,7 @@ TEST(StatementForm, LiftsQuotedKeysAndDatesAfterAComparison) {
   struct Case {
     const char* name;
     const char* statement;
-    const char* form;
+    const char* form;  // nullptr: the statement as it stands
     std::vector<const char*> quoted;
   } cases[] = {
       {"a day's holidays",
@@ -79,9 +79,7 @@ TEST(StatementForm, LiftsQuotedKeysAndDatesAfterAComparison) {
        "SELECT '2026-11-20', DATEADD(d, 1, '2026-11-20') FROM t WHERE a = 'Smith' AND b = '' AND c = 'O''Brien' "
        "AND d = N'2026-11-20' AND e BETWEEN '2026-11-01' AND '2026-11-30' AND f IN ('2026-11-02') AND "
        "g LIKE '2026%' AND h = '13/45/2026'",
-       "SELECT '2026-11-20', DATEADD(d, 1, '2026-11-20') FROM t WHERE a = 'Smith' AND b = '' AND c = 'O''Brien' "
-       "AND d = N'2026-11-20' AND e BETWEEN '2026-11-01' AND '2026-11-30' AND f IN ('2026-11-02') AND "
-       "g LIKE '2026%' AND h = '13/45/2026'",
+       nullptr,
        {}},
       {"inside names and comments",
        "SELECT 1 FROM t WHERE [x = '2026-11-20'] = 1 -- a = '2026-11-20'\n AND b = '2026-11-21'",
@@ -90,7 +88,7 @@ TEST(StatementForm, LiftsQuotedKeysAndDatesAfterAComparison) {
   };
   for (const auto& c : cases) {
     StatementForm f = ParameteriseLiterals(c.statement);
-    EXPECT_EQ(Marked(f), c.form) << c.name;
+    EXPECT_EQ(Marked(f), c.form ? c.form : c.statement) << c.name;
     std::vector<std::string> quoted;
     for (const Variant& q : f.quoted) quoted.push_back(q.IsDate() ? CDate(q).ToIso() : CStr(q));
     EXPECT_EQ(quoted, std::vector<std::string>(c.quoted.begin(), c.quoted.end())) << c.name;

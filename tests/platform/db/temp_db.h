@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <filesystem>
@@ -16,6 +15,7 @@
 #include "platform/db/copy_database.h"
 #include "platform/db/recordset.h"
 #include "support/postgres.h"
+#include "support/shell.h"
 
 namespace orv::db::testing {
 
@@ -23,10 +23,7 @@ class TempDb {
  public:
   explicit TempDb(const std::string& sql) {
     static std::atomic<int> counter{0};
-    path_ =
-        (std::filesystem::temp_directory_path() / ("orvenda_db_test_" + std::to_string(::getpid()) +
-                                                   "_" + std::to_string(counter++) + ".db"))
-            .string();
+    path_ = orv::testing::TempPath("orvenda_db_test_", std::to_string(counter++) + ".db");
     std::filesystem::remove(path_);
     sqlite3* db = nullptr;
     sqlite3_open(path_.c_str(), &db);
@@ -99,9 +96,7 @@ INSERT INTO "Splits" VALUES (3, 'HYG', 0.4), (3, 'DDS', 0.6);
 // A path in the temporary folder, unique to this process, for a file a test
 // makes (the test removes it).
 inline std::string TempFilePath(const std::string& name) {
-  return (std::filesystem::temp_directory_path() /
-          ("orvenda_db_test_" + std::to_string(::getpid()) + "_" + name))
-      .string();
+  return orv::testing::TempPath("orvenda_db_test_", name);
 }
 
 // Rows of `table` in file `a` that file `b` lacks, plus the other way round:

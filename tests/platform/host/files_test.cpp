@@ -39,7 +39,6 @@ TEST(Files, TaggedPathsResolveWithoutRegardToCase) {
     const char* in;
     const char* out;
   } cases[] = {
-      {"<MYDOCUMENTS>\\Letters\\Recall.rtf", "/home/desk/Documents/Letters/Recall.rtf"},
       {"<mydocuments>\\Letters\\Recall.rtf", "/home/desk/Documents/Letters/Recall.rtf"},
       {"<Desktop>\\x.pdf", "/home/desk/Desktop/x.pdf"},
       {"<APPDATA>\\Orvenda\\a.ini", "/home/desk/.cfg/Orvenda/a.ini"},

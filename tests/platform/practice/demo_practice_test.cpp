@@ -14,6 +14,16 @@
 namespace orv::practice {
 namespace {
 
+// The first value `sql` reads as a number; -1 when it reads no row.
+long long CountIn(sqlite3* db, const std::string& sql) {
+  sqlite3_stmt* st = nullptr;
+  EXPECT_EQ(sqlite3_prepare_v2(db, sql.c_str(), -1, &st, nullptr), SQLITE_OK) << sql;
+  long long n = -1;
+  if (sqlite3_step(st) == SQLITE_ROW) n = sqlite3_column_int64(st, 0);
+  sqlite3_finalize(st);
+  return n;
+}
+
 class DemoPractice : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -25,14 +35,7 @@ class DemoPractice : public ::testing::Test {
   }
   static void TearDownTestSuite() { sqlite3_close(db_); }
 
-  static long long Count(const std::string& sql) {
-    sqlite3_stmt* st = nullptr;
-    EXPECT_EQ(sqlite3_prepare_v2(db_, sql.c_str(), -1, &st, nullptr), SQLITE_OK) << sql;
-    long long n = -1;
-    if (sqlite3_step(st) == SQLITE_ROW) n = sqlite3_column_int64(st, 0);
-    sqlite3_finalize(st);
-    return n;
-  }
+  static long long Count(const std::string& sql) { return CountIn(db_, sql); }
 
   static sqlite3* db_;
   static DemoSummary summary_;
@@ -282,14 +285,8 @@ TEST(DemoPracticeFile, NoPatientsIsANewPracticesEmptyTables) {
   o.patients = 0;
   const DemoSummary s = WriteDemoPractice(db, o);
   EXPECT_EQ(s.rows, 0);
-  for (const Table& t : Tables()) {
-    sqlite3_stmt* st = nullptr;
-    const std::string sql = "SELECT COUNT(*) FROM " + QuoteName(t.name);
-    ASSERT_EQ(sqlite3_prepare_v2(db, sql.c_str(), -1, &st, nullptr), SQLITE_OK) << sql;
-    ASSERT_EQ(sqlite3_step(st), SQLITE_ROW) << sql;
-    EXPECT_EQ(sqlite3_column_int64(st, 0), 0) << t.name;
-    sqlite3_finalize(st);
-  }
+  for (const Table& t : Tables())
+    EXPECT_EQ(CountIn(db, "SELECT COUNT(*) FROM " + QuoteName(t.name)), 0) << t.name;
   o.patients = -1;
   EXPECT_THROW(WriteDemoPractice(db, o), SchemaError);
   sqlite3_close(db);

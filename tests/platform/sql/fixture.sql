@@ -274,3 +274,8 @@ INSERT INTO Memos VALUES
 
 CREATE TABLE OfficeHygieneCompanyCodes (OfficeID INTEGER, Startcode VARCHAR(6), EndCode VARCHAR(6));
 INSERT INTO OfficeHygieneCompanyCodes VALUES (1, '11000', '11999'), (1, '13000', '13999');
+
+-- A PNG's signature and the start of its first chunk: 16 bytes, the ninth a
+-- zero; a caption with an accent and trailing blanks.
+CREATE TABLE Pictures (ID INTEGER PRIMARY KEY, Logo BLOB, Caption VARCHAR(20));
+INSERT INTO Pictures VALUES (1, X'89504E470D0A1A0A0000000D49484452', 'Élise  '), (2, NULL, '');

@@ -43,10 +43,6 @@ const Shape kShapes[] = {
      [](int n) {
        return "SELECT " + Repeat("ISNULL(", n) + "LastName" + Repeat(", '')", n) + " FROM Patient";
      }},
-    {"nested UPPER",
-     [](int n) {
-       return "SELECT " + Repeat("UPPER(", n) + "LastName" + Repeat(")", n) + " FROM Patient";
-     }},
     {"parentheses",
      [](int n) { return "SELECT " + Repeat("(", n) + "1" + Repeat(")", n) + " FROM Patient"; }},
     {"unary minus", [](int n) { return "SELECT " + Repeat("- ", n) + "ID FROM Patient"; }},

@@ -41,15 +41,6 @@ TEST(SqlLexer, ServerSpellings) {
   for (const auto& [text, kinds] : cases) EXPECT_EQ(kinds, Kinds(Tokenize(text))) << text;
 }
 
-TEST(SqlLexer, PositionsCountLinesAndColumns) {
-  std::vector<Token> t = Tokenize("SELECT a,\n  [b]");
-  ASSERT_EQ(5u, t.size());
-  EXPECT_EQ(1, t[1].pos.line);
-  EXPECT_EQ(8, t[1].pos.column);
-  EXPECT_EQ(2, t[3].pos.line);
-  EXPECT_EQ(3, t[3].pos.column);
-}
-
 TEST(SqlParser, TreeShapes) {
   Statement st = Parse(
       "SELECT TOP 5 'x' = a.b, c AS d, t.* FROM dbo.T t LEFT OUTER JOIN (U INNER JOIN V ON U.k = V.k) ON t.k = U.k "
@@ -91,15 +82,6 @@ TEST(SqlParser, NodesKeepTheirSourcePositions) {
   EXPECT_EQ(17, s.where->pos.column);
   EXPECT_EQ(8, s.where->args[0]->pos.column);
   EXPECT_EQ(19, s.where->args[1]->pos.column);
-}
-
-TEST(SqlParser, LongChainsStayFlat) {
-  std::string text = "SELECT a FROM t WHERE a = 0";
-  for (int i = 1; i < 5000; ++i) text += " OR a = " + std::to_string(i);
-  Statement st = Parse(text);
-  const Expr& where = *st.query->selects[0]->where;
-  EXPECT_EQ(5000u, where.args.size());
-  EXPECT_EQ(3, where.depth);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // The PostgreSQL text of statements where the text itself matters: quoted
 // names as declared, whole numbers printed once as written (the statement
 // cache turns them into $n parameters), the casts and helpers that keep SQL
-// Server's meaning. Rows are tested live in postgres_live_test.cpp.
+// Server's meaning. Rows are run on both engines in constructs_test.cpp.
 #include <gtest/gtest.h>
 
 #include "sql_test_support.h"

@@ -6,23 +6,23 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "common/datetime.h"
 #include "platform/sql/sqlite_functions.h"
 #include "test_paths.h"
 
+#if ORVENDA_HAVE_LIBPQ
+#include <libpq-fe.h>
+
+#include <memory>
+
+#include "platform/sql/postgres_support.h"
+#include "support/postgres.h"
+#endif
+
 namespace orv::sql::testing {
 
 std::string ProjectFixture() { return std::string(ORVENDA_SOURCE_DIR) + "/tests/platform/sql/fixture.sql"; }
-
-std::string SampleCasesDir() {
-  std::string dir = std::string(ORVENDA_SHARED_DIR) + "/tsql-cases";
-  bool there = std::filesystem::is_directory(dir + "/cases") && std::filesystem::exists(dir + "/fixture.sql");
-  return there ? dir : std::string();
-}
 
 FixtureDb::FixtureDb(const std::string& fixture_sql) {
   Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
@@ -185,14 +185,170 @@ bool SameRows(const std::vector<std::string>& want, const Rows& got, bool ordere
 
 void ExpectRows(const FixtureDb& db, const RowCase& c) {
   SCOPED_TRACE(std::string(c.name) + ": " + c.tsql);
+  std::string want;
+  for (const std::string& row : c.rows) want += "\n " + row;
   try {
     const Rows got = db.Run(c.tsql).rows;
-    std::string want;
-    for (const std::string& row : c.rows) want += "\n " + row;
-    EXPECT_TRUE(SameRows(c.rows, got, c.ordered)) << "want:" << want << "\ngot:" << RowsText(got);
+    EXPECT_TRUE(SameRows(c.rows, got, c.ordered)) << "want:" << want << "\nsqlite:" << RowsText(got);
+    if (const ServerFixture* server = ServerFixture::Get()) {
+      const Rows on_server = server->Run(c.tsql);
+      EXPECT_TRUE(SameRows(c.rows, on_server, c.ordered))
+          << "want:" << want << "\npostgres:" << RowsText(on_server) << "\n"
+          << Translate(c.tsql, db.schema(), Dialect::PostgreSQL).sql;
+    }
   } catch (const SqlError& e) {
     ADD_FAILURE() << e.description();
   }
 }
+
+#if ORVENDA_HAVE_LIBPQ
+
+namespace {
+
+std::string PgType(ValueKind kind) {
+  switch (kind) {
+    case ValueKind::Integer:
+    case ValueKind::Boolean: return "integer";
+    case ValueKind::Money: return "numeric(19,4)";
+    case ValueKind::Date: return "timestamp";
+    case ValueKind::Text: return "bpchar COLLATE orvenda.orv_ci";
+    case ValueKind::Float: return "double precision";
+    case ValueKind::Decimal: return "numeric";
+    case ValueKind::Blob: return "bytea";
+    case ValueKind::Unknown: return "text";
+  }
+  return "text";
+}
+
+std::string Ident(const std::string& name) {
+  std::string out = "\"";
+  for (char ch : name) out += ch == '"' ? std::string("\"\"") : std::string(1, ch);
+  return out + "\"";
+}
+
+void Exec(PGconn* conn, const std::string& sql) {
+  PGresult* r = PQexec(conn, sql.c_str());
+  if (PQresultStatus(r) != PGRES_COMMAND_OK && PQresultStatus(r) != PGRES_TUPLES_OK)
+    ADD_FAILURE() << PQresultErrorMessage(r) << "  " << sql.substr(0, 200);
+  PQclear(r);
+}
+
+}  // namespace
+
+struct ServerFixture::State {
+  FixtureDb sqlite;
+  orv::testing::FreshPgDatabase database;
+  PGconn* conn = nullptr;
+};
+
+const ServerFixture* ServerFixture::Get() {
+  if (orv::testing::TestServerUrl().empty()) return nullptr;
+  static const std::unique_ptr<ServerFixture> fixture(new ServerFixture());
+  return fixture.get();
+}
+
+ServerFixture::ServerFixture() : state_(new State) {
+  PGconn* conn = state_->conn = PQconnectdb(state_->database.url().c_str());
+  if (PQstatus(conn) != CONNECTION_OK) ADD_FAILURE() << "cannot connect: " << PQerrorMessage(conn);
+  Exec(conn, "SET client_min_messages = warning");
+  Exec(conn, "BEGIN");
+  for (const std::string& s : PostgresSupportStatements()) Exec(conn, s);
+  Exec(conn, "COMMIT");
+  Exec(conn, "SET orvenda.now = '2026-11-20 10:00:00'");
+  // Every table of the SQLite fixture, row by row, its values as SQLite's
+  // text (blobs in the server's hex form).
+  sqlite3_stmt* list = nullptr;
+  sqlite3_prepare_v2(state_->sqlite.db(), "SELECT name FROM sqlite_master WHERE type = 'table'", -1, &list, nullptr);
+  while (sqlite3_step(list) == SQLITE_ROW) {
+    std::string table = reinterpret_cast<const char*>(sqlite3_column_text(list, 0));
+    const std::vector<ColumnType>& columns = *state_->sqlite.schema().FindTable(table);
+    std::string ddl = "CREATE TABLE " + Ident(table) + " (";
+    std::string insert = "INSERT INTO " + Ident(table) + " VALUES (";
+    for (size_t i = 0; i < columns.size(); ++i) {
+      ddl += (i ? ", " : "") + Ident(columns[i].name) + " " + PgType(columns[i].kind);
+      insert += (i ? ", $" : "$") + std::to_string(i + 1);
+    }
+    Exec(conn, ddl + ")");
+    sqlite3_stmt* rows = nullptr;
+    sqlite3_prepare_v2(state_->sqlite.db(), ("SELECT * FROM " + Ident(table)).c_str(), -1, &rows, nullptr);
+    while (sqlite3_step(rows) == SQLITE_ROW) {
+      std::vector<std::string> values(columns.size());
+      std::vector<const char*> params(columns.size());
+      for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
+        const int type = sqlite3_column_type(rows, i);
+        if (type == SQLITE_BLOB) {
+          static const char* kHex = "0123456789abcdef";
+          auto* b = static_cast<const unsigned char*>(sqlite3_column_blob(rows, i));
+          values[i] = "\\x";
+          for (int k = 0; k < sqlite3_column_bytes(rows, i); ++k) values[i] += {kHex[b[k] >> 4], kHex[b[k] & 15]};
+        } else if (type != SQLITE_NULL) {
+          values[i] = FormatValue(rows, i, ValueKind::Unknown);
+        }
+        params[i] = type == SQLITE_NULL ? nullptr : values[i].c_str();
+      }
+      PGresult* r = PQexecParams(conn, (insert + ")").c_str(), static_cast<int>(params.size()), nullptr,
+                                 params.data(), nullptr, nullptr, 0);
+      if (PQresultStatus(r) != PGRES_COMMAND_OK) ADD_FAILURE() << table << ": " << PQresultErrorMessage(r);
+      PQclear(r);
+    }
+    sqlite3_finalize(rows);
+  }
+  sqlite3_finalize(list);
+}
+
+ServerFixture::~ServerFixture() {
+  PQfinish(state_->conn);
+  delete state_;
+}
+
+Rows ServerFixture::Run(const std::string& tsql, std::string* error) const {
+  Translation t = Translate(tsql, state_->sqlite.schema(), Dialect::PostgreSQL);
+  PGresult* r = PQexec(state_->conn, t.sql.c_str());
+  Rows rows;
+  if (PQresultStatus(r) != PGRES_TUPLES_OK && PQresultStatus(r) != PGRES_COMMAND_OK) {
+    if (error)
+      *error = PQresultErrorMessage(r);
+    else
+      ADD_FAILURE() << "engine failed: " << PQresultErrorMessage(r) << "  " << t.sql;
+    PQclear(r);
+    return rows;
+  }
+  for (int i = 0; i < PQntuples(r); ++i) {
+    std::vector<std::string> row;
+    for (int j = 0; j < PQnfields(r); ++j) {
+      const ValueKind kind = j < static_cast<int>(t.columns.size()) ? t.columns[j].kind : ValueKind::Unknown;
+      std::string cell = PQgetisnull(r, i, j) ? "NULL" : PQgetvalue(r, i, j);
+      if (kind == ValueKind::Money && cell != "NULL") {
+        // numeric(19,4) prints its scale; SQLite's money is printed "%.4f".
+        char buf[64];
+        const double v = std::round(std::strtod(cell.c_str(), nullptr) * 10000.0) / 10000.0;
+        std::snprintf(buf, sizeof buf, "%.4f", v == 0 ? 0.0 : v);
+        cell = buf;
+      }
+      row.push_back(cell);
+    }
+    rows.push_back(std::move(row));
+  }
+  PQclear(r);
+  return rows;
+}
+
+std::string ServerFixture::ScalarWithBigint(const std::string& engine_sql, const std::string& value) const {
+  const Oid int8 = 20;
+  const char* params[] = {value.c_str()};
+  PGresult* r = PQexecParams(state_->conn, engine_sql.c_str(), 1, &int8, params, nullptr, nullptr, 0);
+  std::string out = PQresultStatus(r) == PGRES_TUPLES_OK ? PQgetvalue(r, 0, 0) : PQresultErrorMessage(r);
+  PQclear(r);
+  return out;
+}
+
+#else
+
+const ServerFixture* ServerFixture::Get() { return nullptr; }
+Rows ServerFixture::Run(const std::string&, std::string*) const { return {}; }
+std::string ServerFixture::ScalarWithBigint(const std::string&, const std::string&) const { return ""; }
+ServerFixture::~ServerFixture() = default;
+
+#endif
 
 }  // namespace orv::sql::testing

@@ -1,6 +1,7 @@
-// Shared by the T-SQL layer's tests: the practice fixture in memory, and
-// running a translated statement into rows printed the way the conformance
-// cases print them (money with four decimals, NULL, dates as stored).
+// Shared by the T-SQL layer's tests: the practice fixture in memory and on
+// the test server, and running a translated statement into rows printed the
+// way the conformance cases print them (money with four decimals, NULL,
+// dates as stored).
 #pragma once
 
 #include <sqlite3.h>
@@ -16,10 +17,6 @@ namespace orv::sql::testing {
 
 // The project's fixture (tests/platform/sql/fixture.sql).
 std::string ProjectFixture();
-// The sample T-SQL cases kept beside the checkout (../shared/tsql-cases):
-// the folder when it is there with its cases and fixture, else "". Tests of
-// those cases skip, saying so, on a checkout without it.
-std::string SampleCasesDir();
 
 // An in-memory database built from a fixture (by default the project's),
 // with the layer's functions registered and the clock fixed to 2026-11-20
@@ -83,18 +80,34 @@ struct RowCase {
   bool ordered = true;
 };
 
-// Runs `c` on `db` and compares its rows.
-void ExpectRows(const FixtureDb& db, const RowCase& c);
+// The project's fixture copied to a database of its own on the test server
+// (ORVENDA_TEST_PG; text as bpchar under orvenda.orv_ci, money
+// numeric(19,4), dates timestamp, as the engine's schema has them), with the
+// support statements installed and the clock at 2026-11-20 10:00:00. Made
+// on first use, dropped when the program ends; nullptr without a server.
+class ServerFixture {
+ public:
+  static const ServerFixture* Get();
+  // Translates `tsql` for PostgreSQL and runs it; values printed as
+  // FormatValue prints the SQLite path's. An engine error fails the test,
+  // or goes to `error` when one is given.
+  Rows Run(const std::string& tsql, std::string* error = nullptr) const;
+  // Runs engine SQL with one bigint parameter; the first value, or the
+  // server's message.
+  std::string ScalarWithBigint(const std::string& engine_sql, const std::string& value) const;
+  ~ServerFixture();
+  ServerFixture(const ServerFixture&) = delete;
+  ServerFixture& operator=(const ServerFixture&) = delete;
 
-// Statements whose conversions the server refuses, and what its message
-// says: the statement fails instead of reading as 0 or as text.
-inline constexpr std::pair<const char*, const char*> kFailedConversions[] = {
-    {"SELECT COUNT(*) FROM Patient WHERE ManualChartNumber > 5",
-     "Conversion failed when converting the varchar value"},
-    {"SELECT CAST(LastName AS int) FROM Patient WHERE ID = 1",
-     "Conversion failed when converting the varchar value"},
-    {"SELECT DATEADD(d, 1, LastName) FROM Patient WHERE ID = 1", "Conversion failed when converting date"},
+ private:
+  ServerFixture();
+  struct State;
+  State* state_;
 };
+
+// Runs `c` on the project's fixture `db`, and on its server copy when there
+// is one, and compares its rows on each engine.
+void ExpectRows(const FixtureDb& db, const RowCase& c);
 
 using orv::testing::FileBytes;
 
