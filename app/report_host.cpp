@@ -322,7 +322,7 @@ std::string DefaultDatabase() {
   return env && *env ? env : ORVENDA_DEMO_DB;
 }
 
-int RunReportHost(const std::vector<std::string>& args, int* pages_made) {
+int RunReportHost(const std::vector<std::string>& args, RunWatch* watch) {
   Invocation inv;
   try {
     inv = ParseCommandLine(args);
@@ -460,6 +460,7 @@ int RunReportHost(const std::vector<std::string>& args, int* pages_made) {
     if (tty) reports.Progress = [](uint8_t& p) { ShowProgress(p); };
 
     cli_host.ClearFailure();
+    if (watch && watch->report_called) watch->report_called();
     // Each report reads one moment of the database itself (clsReports holds
     // a snapshot for every report call).
     Variant result = CallMethod(reports, form, *sig, *margs, inv.user);
@@ -496,6 +497,7 @@ int RunReportHost(const std::vector<std::string>& args, int* pages_made) {
       }
       std::vector<std::string> letters = render::WriteLetterPdfs(form.VSP.Document(), inv.out);
       form.CommitWrites();
+      if (watch && watch->document_written) watch->document_written();
       Say("wrote " + std::to_string(letters.size()) + " statement" +
           (letters.size() == 1 ? "" : "s") + " to " + inv.out + ": " +
           fs::path(letters.front()).filename().string() +
@@ -503,6 +505,7 @@ int RunReportHost(const std::vector<std::string>& args, int* pages_made) {
       return 0;
     }
     form.CommitWrites();
+    if (watch && watch->document_written) watch->document_written();
     for (const auto& job : form.PrintJobs()) Say("printed on " + inv.printer + " as job " + job);
     const auto& files = form.WrittenFiles();
     // A report that ends without a word and without a document (the
@@ -512,7 +515,7 @@ int RunReportHost(const std::vector<std::string>& args, int* pages_made) {
       return 1;
     }
     int pages = form.VSP.PageCount();
-    if (pages_made) *pages_made = pages;
+    if (watch) watch->pages = pages;
     std::string count = std::to_string(pages) + " page" + (pages == 1 ? "" : "s");
     if (files.size() == 1)
       Say("wrote " + files.front() + " (" + count + ")");

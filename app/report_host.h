@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -32,11 +33,22 @@ class MethodArgs;
 Variant CallMethod(clsReports& reports, PreviewForm& form, const MethodSignature& sig,
                    const MethodArgs& args, const std::string& user);
 
+// What a caller that measures runs learns of one: the pages of the
+// document, and two moments that set the report's own part of the command
+// apart from the host's. `report_called` is called just before the method,
+// with the practice open and the component set up as a host hands it over;
+// `document_written` once the document stands where --out names (not on a
+// failed run). Either may be empty.
+struct RunWatch {
+  int pages = 0;
+  std::function<void()> report_called;
+  std::function<void()> document_written;
+};
+
 // `args` are the command line after the program name: options (before or
 // after the method), the method name, then its arguments. Returns 0 done,
-// 1 the report failed (nothing written), 2 bad usage (nothing run). When
-// `pages` is given it receives the pages of the document the run made.
-int RunReportHost(const std::vector<std::string>& args, int* pages = nullptr);
+// 1 the report failed (nothing written), 2 bad usage (nothing run).
+int RunReportHost(const std::vector<std::string>& args, RunWatch* watch = nullptr);
 
 // The database a report runs on when --db is not given: ORVENDA_DB, else
 // the demo practice of the README's checkout, by absolute path.

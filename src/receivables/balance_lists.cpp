@@ -392,36 +392,47 @@ UnappliedFigures UnappliedPaymentFigures(clsReports& r, DateTime dtEndDate,
   }
   sql += "({SELECT * FROM InvoicePaymentDetails WHERE [Date] <= '" + end +
          "'}  AS rptPaymentDetails RELATE 'ID' TO 'InvoicePaymentID') AS rptPaymentDetails";
-  db::Recordset rs = r.Open(sql);
+  // The statement gives every column of the payment (22 with the two
+  // names) and every column of its lines; the list reads eight and one.
+  db::Recordset rs;
+  rs.KeepFields({"ID", "PatientID", "PatientName", "InitialProviderName", "CheckDate", "Value", "RefundDate",
+                 "RefundAmount", "rptPaymentDetails.Amount"});
+  rs.Open(sql, r.conn(), db::adOpenStatic, db::adLockReadOnly, db::adCmdText);
   rs.Sort("InitialProviderName, CheckDate, PatientName");
 
+  // The fields are found by name once; each handle reads the current row,
+  // and the chapter follows the current payment.
+  const db::Field value = rs["Value"], refund_date_field = rs["RefundDate"], refund_amount = rs["RefundAmount"],
+                  patient_id = rs["PatientID"], patient_name = rs["PatientName"], id = rs["ID"],
+                  provider = rs["InitialProviderName"], check_date = rs["CheckDate"];
+  db::Recordset details = rs["rptPaymentDetails"].Chapter();
+  const db::Field amount = details["Amount"];
   UnappliedFigures figures;
   while (!rs.Eof()) {
     // Money left on the payment: its value less its shares on invoices by
     // the end date, less a refund paid back by then. Whole days, as every
     // other date test of the list: a refund at 3 p.m. on the end date is
     // paid back by it.
-    Currency credit = cf.ReturnCur(rs["Value"].Value());
-    db::Recordset details = rs["rptPaymentDetails"].Chapter();
+    Currency credit = cf.ReturnCur(value.Value());
     while (!details.Eof()) {
-      credit -= cf.ReturnCur(details["Amount"].Value());
+      credit -= cf.ReturnCur(amount.Value());
       details.MoveNext();
     }
-    const Variant refund_date = rs["RefundDate"].Value();
+    const Variant refund_date = refund_date_field.Value();
     if (!refund_date.IsNull() && CDate(refund_date).DatePart() <= dtEndDate.DatePart()) {
-      credit -= cf.ReturnCur(rs["RefundAmount"].Value());
+      credit -= cf.ReturnCur(refund_amount.Value());
     }
     // Only money left over prints. A payment applied beyond its value
     // (a negative credit) is an error of allocation, not money on file,
     // and stays out of the list and its total.
     if (credit > Currency()) {
       UnappliedRow row;
-      row.patient_id = static_cast<int32_t>(cf.ReturnVal(rs["PatientID"].Value()));
-      row.patient_name = cf.returnStr(rs["PatientName"].Value());
-      row.id = cf.returnStr(rs["ID"].Value());
-      row.provider = cf.returnStr(rs["InitialProviderName"].Value());
-      row.check_date = rs["CheckDate"].Value();
-      row.value = cf.ReturnCur(rs["Value"].Value());
+      row.patient_id = static_cast<int32_t>(cf.ReturnVal(patient_id.Value()));
+      row.patient_name = cf.returnStr(patient_name.Value());
+      row.id = cf.returnStr(id.Value());
+      row.provider = cf.returnStr(provider.Value());
+      row.check_date = check_date.Value();
+      row.value = cf.ReturnCur(value.Value());
       row.credit = credit;
       figures.total += credit;
       figures.rows.push_back(std::move(row));

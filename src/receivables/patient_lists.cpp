@@ -169,30 +169,35 @@ void clsReports::rptFamiliesWithABalance(std::string UserName) {
   // is kept on the page of its first member.
   std::vector<int> holder_rows;
   int rows = 0;
+  // Fields found by name once; each chapter follows its parent's row.
+  const db::Field holder_last = holders["LastName"], holder_first = holders["FirstName"];
+  db::Recordset people = holders["FamilyMembers"].Chapter();
+  const db::Field member_first = people["FirstName"];
+  db::Recordset invoices = people["MemberInvoices"].Chapter();
+  const db::Field invoice_id = invoices["ID"], invoice_date = invoices["Date"];
+  db::Recordset details = invoices["MemberInvoiceDetails"].Chapter();
+  const db::Field check_date_field = details["CheckDate"], amount_field = details["Amount"];
   while (!holders.Eof()) {
     Row family{};
     std::string members;
     int member_rows = 0;
-    db::Recordset people = holders["FamilyMembers"].Chapter();
     while (!people.Eof()) {
       Row member{};
-      db::Recordset invoices = people["MemberInvoices"].Chapter();
       while (!invoices.Eof()) {
-        const int32_t id = static_cast<int32_t>(cf.ReturnVal(invoices["ID"].Value()));
+        const int32_t id = static_cast<int32_t>(cf.ReturnVal(invoice_id.Value()));
         const Currency amount = accounts.ReturnInvoiceAmount(id);
         // Paid: the shares on cheques dated up to today. A post-dated
         // cheque is not money yet, as everywhere in the account model.
         Currency paid;
-        db::Recordset details = invoices["MemberInvoiceDetails"].Chapter();
         while (!details.Eof()) {
-          const Variant check_date = details["CheckDate"].Value();
+          const Variant check_date = check_date_field.Value();
           if (!check_date.IsNull() && CDate(check_date).DatePart() <= today) {
-            paid += cf.ReturnCur(details["Amount"].Value());
+            paid += cf.ReturnCur(amount_field.Value());
           }
           details.MoveNext();
         }
         const Currency open = amount - paid;
-        const Variant date = invoices["Date"].Value();
+        const Variant date = invoice_date.Value();
         // An undated invoice is of no known age: overdue, as the oldest
         // class takes it in the other aged lists.
         if (date.IsNull() || CDate(date).DatePart() < overdue_before) {
@@ -207,15 +212,14 @@ void clsReports::rptFamiliesWithABalance(std::string UserName) {
       member[0] = member[1] + member[2] + member[3];
       // Every member of a family that owes has a row, a member who owes
       // nothing with its zeros: the holder sees the whole family.
-      members += "  " + frame::EscapeCell(cf.returnStr(people["FirstName"].Value())) +
+      members += "  " + frame::EscapeCell(cf.returnStr(member_first.Value())) +
                  cells(member) + ";";
       ++member_rows;
       for (size_t i = 0; i < member.size(); ++i) family[i] += member[i];
       people.MoveNext();
     }
     if (!family[0].IsZero()) {
-      body += frame::EscapeCell(cf.returnStr(holders["LastName"].Value()) + ", " +
-                                cf.returnStr(holders["FirstName"].Value())) +
+      body += frame::EscapeCell(cf.returnStr(holder_last.Value()) + ", " + cf.returnStr(holder_first.Value())) +
               cells(family) + ";" + members;
       if (member_rows > 0) holder_rows.push_back(rows + 1);
       rows += 1 + member_rows;
@@ -392,36 +396,50 @@ void clsReports::rptBillingByClient(std::string UserName, std::string txtfilter,
       "'ID' "
       "TO 'InvoiceID') AS PatientInvoiceDetails) AS PatientInvoices RELATE 'ID' TO 'PatientID') AS "
       "PatientInvoices";
-  db::Recordset patients =
-      Open(txtfilter.empty() ? "SHAPE {SELECT FirstName, LastName, ID FROM Patient" + invoices
-                             : "SHAPE {SELECT FirstName, LastName, ID FROM Patient WHERE " +
-                                   txtfilter + invoices);
+  // The invoices and their lines come with columns the list does not
+  // print (the provider's and fee code's keys, the invoice's total and
+  // date): only what it prints is read.
+  db::Recordset patients;
+  patients.KeepFields({"FirstName", "LastName", "PatientInvoices.FullName", "PatientInvoices.Invoice#",
+                       "PatientInvoices.PatientInvoiceDetails.Date", "PatientInvoices.PatientInvoiceDetails.Code",
+                       "PatientInvoices.PatientInvoiceDetails.Description",
+                       "PatientInvoices.PatientInvoiceDetails.Cost"});
+  patients.Open(txtfilter.empty() ? "SHAPE {SELECT FirstName, LastName, ID FROM Patient" + invoices
+                                  : "SHAPE {SELECT FirstName, LastName, ID FROM Patient WHERE " + txtfilter +
+                                        invoices,
+                conn_, db::adOpenStatic, db::adLockReadOnly, db::adCmdText);
   vsp.StartDoc();
   PrintReportHeading(vsp.DocName(), UserName, "");
   vsp.TextAlign(1);
   vsp.FontBold(false);
   vsp.FontSize(10);
 
+  // Fields found by name once; the chapters follow their parents' rows.
+  const db::Field first_name = patients["FirstName"], last_name = patients["LastName"];
+  db::Recordset bills = patients["PatientInvoices"].Chapter();
+  const db::Field provider = bills["FullName"], invoice_number = bills["Invoice#"];
+  db::Recordset lines = bills["PatientInvoiceDetails"].Chapter();
+  const db::Field line_date = lines["Date"], code = lines["Code"], description = lines["Description"],
+                  cost = lines["Cost"];
   while (!patients.Eof()) {
-    db::Recordset bills = patients["PatientInvoices"].Chapter();
     if (!bills.Eof()) {
       vsp.AddTable("<6.5in|>1in", "",
-                   frame::EscapeCell(cf.returnStr(patients["FirstName"].Value()) + " " +
-                                     cf.returnStr(patients["LastName"].Value())) +
+                   frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value())) +
                        "|;",
                    std::nullopt, kHeaderColor);
       // The name bar introduces the patient's invoice lines.
       vsp.KeepWithNext();
       std::string body;
       while (!bills.Eof()) {
-        db::Recordset lines = bills["PatientInvoiceDetails"].Chapter();
+        // The provider and invoice number open every line of the invoice.
+        const std::string invoice = lines.Eof() ? std::string()
+                                                : frame::EscapeCell(cf.returnStr(provider.Value())) + "|" +
+                                                      frame::EscapeCell(cf.returnStr(invoice_number.Value())) + "|";
         while (!lines.Eof()) {
-          body += frame::EscapeCell(cf.returnStr(bills["FullName"].Value())) + "|" +
-                  frame::EscapeCell(cf.returnStr(bills["Invoice#"].Value())) + "|" +
-                  Format(lines["Date"].Value(), "mmm/dd/yyyy") + "|" +
-                  frame::EscapeCell(cf.returnStr(lines["Code"].Value())) + "|" +
-                  frame::EscapeCell(cf.returnStr(lines["Description"].Value())) + "|" +
-                  Format(lines["Cost"].Value(), "Currency") + ";";
+          body += invoice;
+          body += Format(line_date.Value(), "mmm/dd/yyyy") + "|" + frame::EscapeCell(cf.returnStr(code.Value())) +
+                  "|" + frame::EscapeCell(cf.returnStr(description.Value())) + "|" +
+                  Format(cost.Value(), "Currency") + ";";
           lines.MoveNext();
         }
         bills.MoveNext();

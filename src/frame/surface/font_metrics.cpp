@@ -1,10 +1,5 @@
 #include "frame/surface/font_metrics.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <map>
@@ -12,48 +7,22 @@
 #include <tuple>
 
 #include "frame/surface/surface_error.h"
+#include "platform/host/mapped_file.h"
 
 namespace orv::frame {
 namespace {
-
-// The bytes of a font file, mapped rather than read: loading touches only
-// the few tables it parses, not the glyph outlines that make up most of
-// the file.
-class MappedFile {
- public:
-  explicit MappedFile(const std::string& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) throw SurfaceError("Font file not found: " + path);
-    struct stat st {};
-    if (::fstat(fd, &st) == 0 && st.st_size > 0) {
-      void* p = ::mmap(nullptr, size_t(st.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
-      if (p != MAP_FAILED) {
-        data_ = static_cast<const uint8_t*>(p);
-        size_ = size_t(st.st_size);
-      }
-    }
-    ::close(fd);
-    // An empty or unmappable file reads as no bytes: damaged.
-  }
-  ~MappedFile() {
-    if (data_) ::munmap(const_cast<uint8_t*>(data_), size_);
-  }
-  MappedFile(const MappedFile&) = delete;
-  MappedFile& operator=(const MappedFile&) = delete;
-  const uint8_t* data() const { return data_; }
-  size_t size() const { return size_; }
-
- private:
-  const uint8_t* data_ = nullptr;
-  size_t size_ = 0;
-};
 
 // Big-endian readers with bounds checks: a truncated file is an error, never
 // a read past the buffer.
 class Reader {
  public:
-  Reader(const MappedFile& file, const std::string& path)
-      : d_(file.data()), size_(file.size()), path_(path) {}
+  Reader(const host::MappedFile& file, const std::string& path)
+      : d_(reinterpret_cast<const uint8_t*>(file.bytes().data())),
+        size_(file.bytes().size()),
+        path_(path) {
+    // An empty or unmappable file reads as no bytes: damaged.
+    if (!file.opened()) throw SurfaceError("Font file not found: " + path);
+  }
   uint16_t U16(size_t at) const {
     Need(at, 2);
     return uint16_t(d_[at] << 8 | d_[at + 1]);
@@ -126,7 +95,9 @@ void ReadFormat12(const Reader& r, size_t sub, F&& glyph) {
 
 std::shared_ptr<const FontMetrics> FontMetrics::Load(const std::string& path,
                                                      bool synthetic_bold) {
-  const MappedFile file(path);
+  // Mapped rather than read: loading touches only the few tables it
+  // parses, not the glyph outlines that make up most of the file.
+  const host::MappedFile file(path);
   const Reader r(file, path);
 
   TableDirectory dir;

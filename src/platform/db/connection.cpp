@@ -95,7 +95,8 @@ class Connection::Impl {
   std::unordered_set<std::string> shape_children_seen_;
   int64_t shape_child_rows_ = 0;
   // The rows of a SHAPE child command (not itself a SHAPE) for `parent`.
-  std::shared_ptr<RowSet> ReadShapeChild(StatementCache& cache, const ShapeChild& child, const RowSet& parent);
+  std::shared_ptr<RowSet> ReadShapeChild(StatementCache& cache, const ShapeChild& child, const RowSet& parent,
+                                         const FieldSelection& keep);
   bool batch_lookups_ = true;
   std::unique_ptr<LookupBatcher> batcher_;
   int cursor_location_ = adUseServer;
@@ -285,11 +286,12 @@ bool MentionsTable(const std::string& statement, const std::string& table) {
 }
 
 // The rows of a running statement (a cache lease or an engine statement),
-// typed by its translation's result columns. `engine` and `statement` serve
-// the message of a money value out of range.
+// typed by its translation's result columns, holding the values of the
+// fields `keep` holds. `engine` and `statement` serve the message of a
+// money value out of range.
 template <typename Running>
 std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr, Engine& engine,
-                                    const std::string& statement) {
+                                    const std::string& statement, const FieldSelection& keep) {
   auto rows = std::make_shared<RowSet>();
   int n = lease.ColumnCount();
   bool typed = static_cast<int>(tr.columns.size()) == n;
@@ -299,14 +301,19 @@ std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr, 
     f.name = typed ? tr.columns[i].name : lease.ColumnName(i);
     f.kind = typed ? tr.columns[i].kind : sql::ValueKind::Unknown;
     f.type = FieldTypeOfKind(f.kind);
+    f.held = keep.Holds(f.name);
     rows->fields.push_back(std::move(f));
   }
+  std::vector<int> held;
+  for (int i = 0; i < n; ++i)
+    if (rows->fields[i].held) held.push_back(i);
   // Each value goes from the engine's row into the cell store as it lies
   // there, appended to its column; only the rarer conversions make a
-  // Variant on the way.
+  // Variant on the way. A field not held is not read at all, and its
+  // column takes no cells.
   StoredView view;
   while (lease.Step()) {
-    for (int i = 0; i < n; ++i) {
+    for (const int i : held) {
       try {
         if (lease.ColumnView(i, &view) && rows->PushStored(i, view)) continue;
         rows->PushValue(i, ValueOfKind(lease.Column(i), rows->fields[i].kind));
@@ -320,12 +327,12 @@ std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr, 
 }
 
 std::shared_ptr<RowSet> ReadRows(StatementCache& cache, const std::string& statement,
-                                 StatementForm* form = nullptr) {
+                                 StatementForm* form = nullptr, const FieldSelection& keep = {}) {
   StatementCache::Lease lease = form ? cache.Get(statement, std::move(*form)) : cache.Get(statement);
   const sql::Translation& tr = lease.translation();
   if (!tr.is_query)
     throw DatabaseError("the statement returns no rows; run it with Execute: " + statement);
-  auto rows = CollectRows(lease, tr, cache.engine(), statement);
+  auto rows = CollectRows(lease, tr, cache.engine(), statement, keep);
   lease.Done();
   return rows;
 }
@@ -342,7 +349,7 @@ int RelateField(const RowSet& rows, const std::string& name, const char* side,
 }  // namespace
 
 std::shared_ptr<RowSet> Connection::Impl::ReadShapeChild(StatementCache& cache, const ShapeChild& child,
-                                                          const RowSet& parent) {
+                                                          const RowSet& parent, const FieldSelection& keep) {
   const std::string& command = child.node.command;
   // The child is read for the parent's keys only, not every row of its
   // table: one invoice relates to all the practice's invoice lines (0.8 s
@@ -372,12 +379,14 @@ std::shared_ptr<RowSet> Connection::Impl::ReadShapeChild(StatementCache& cache, 
     }
     if (restricted) {
       auto stmt = cache.engine().Prepare(restricted->sql, command);
-      auto rows = CollectRows(*stmt, *restricted, cache.engine(), command);
+      auto rows = CollectRows(*stmt, *restricted, cache.engine(), command, keep);
       stmt->Reset();
       return rows;
     }
   }
-  if (&cache != cache_.get() || !ReadsFromSnapshot()) return ReadRows(cache, command);
+  // A child read in part is nobody else's child: it is not kept.
+  if (&cache != cache_.get() || !ReadsFromSnapshot() || !keep.All())
+    return ReadRows(cache, command, nullptr, keep);
   auto kept = shape_children_.find(command);
   if (kept == shape_children_.end()) {
     auto rows = ReadRows(*cache_, command);
@@ -400,14 +409,23 @@ namespace {
 // parent in memory: the child's rows are hashed by the child's relate
 // columns, so a chapter is one lookup per parent row. `read_child` reads a
 // child command.
-using ChildReader = std::function<std::shared_ptr<RowSet>(const ShapeChild&, const RowSet& parent)>;
+using ChildReader =
+    std::function<std::shared_ptr<RowSet>(const ShapeChild&, const RowSet& parent, const FieldSelection& keep)>;
 
+// `keep` names the fields held at this level and below; the fields a
+// chapter relates by are held on both sides.
 std::shared_ptr<RowSet> RunShape(StatementCache& cache, const ShapeNode& node, const std::string& statement,
-                                 const ChildReader& read_child) {
-  auto parent = ReadRows(cache, node.command);
+                                 const ChildReader& read_child, const FieldSelection& keep) {
+  FieldSelection keep_here = keep;
+  for (const ShapeChild& c : node.children)
+    for (const auto& [pcol, ccol] : c.relate) keep_here.Add(pcol);
+  auto parent = ReadRows(cache, node.command, nullptr, keep_here);
   for (const ShapeChild& c : node.children) {
     ChapterLink link;
-    link.child = c.node.children.empty() ? read_child(c, *parent) : RunShape(cache, c.node, statement, read_child);
+    FieldSelection keep_child = keep.Chapter(c.name);
+    for (const auto& [pcol, ccol] : c.relate) keep_child.Add(ccol);
+    link.child = c.node.children.empty() ? read_child(c, *parent, keep_child)
+                                         : RunShape(cache, c.node, statement, read_child, keep_child);
     for (const auto& [pcol, ccol] : c.relate) {
       link.parent_fields.push_back(RelateField(*parent, pcol, "parent", statement));
       link.child_fields.push_back(RelateField(*link.child, ccol, "child", statement));
@@ -425,15 +443,18 @@ std::shared_ptr<RowSet> RunShape(StatementCache& cache, const ShapeNode& node, c
 
 }  // namespace
 
-std::shared_ptr<RowSet> Connection::Query(const std::string& statement) const {
+std::shared_ptr<RowSet> Connection::Query(const std::string& statement, const FieldSelection& keep) const {
   Impl& im = impl();
   if (IsShapeStatement(statement)) {
     ShapeNode node = ParseShape(statement);
     try {
       StatementCache& cache = im.cache(false);
-      return RunShape(cache, node, statement, [&](const ShapeChild& child, const RowSet& parent) {
-        return im.ReadShapeChild(cache, child, parent);
-      });
+      return RunShape(
+          cache, node, statement,
+          [&](const ShapeChild& child, const RowSet& parent, const FieldSelection& keep_child) {
+            return im.ReadShapeChild(cache, child, parent, keep_child);
+          },
+          keep);
     } catch (const ReportError& e) {
       // A command's own message names the inner command; add the SHAPE
       // statement it came from.
@@ -445,6 +466,7 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement) const {
   // listing is read once anyway. Each caller gets its own copy, since a
   // recordset may change its rows.
   constexpr size_t kCachedRowsMax = 16, kCachedStatementsMax = 50000;
+  if (!keep.All()) return ReadRows(im.cache(false), statement, nullptr, keep);
   bool cacheable = im.ReadsFromSnapshot();
   if (cacheable) {
     auto hit = im.snapshot_rows_.find(statement);
@@ -501,7 +523,7 @@ std::shared_ptr<RowSet> Connection::Impl::ReadBatch(const sql::Translation& tr, 
   RunPlain("SAVEPOINT orv_lookup_batch");
   try {
     auto stmt = engine_->Prepare(tr.sql, original);
-    auto rows = CollectRows(*stmt, tr, *engine_, original);
+    auto rows = CollectRows(*stmt, tr, *engine_, original, FieldSelection());
     stmt->Reset();
     RunPlain("RELEASE SAVEPOINT orv_lookup_batch");
     return rows;

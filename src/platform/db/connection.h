@@ -79,7 +79,10 @@ class Connection {
   void RefreshSchema();
 
   // Runs a query, SHAPE included, and returns its rows. Used by Recordset.
-  std::shared_ptr<RowSet> Query(const std::string& statement) const;
+  // With a selection other than the whole, only the values of the fields
+  // it holds are read from the result (the others are marked not held),
+  // and the result is neither taken from nor kept in the snapshot's caches.
+  std::shared_ptr<RowSet> Query(const std::string& statement, const FieldSelection& keep = {}) const;
 
   // Columns of the primary key of `table`. Used by Recordset's writes.
   std::vector<std::string> PrimaryKey(const std::string& table);

@@ -19,7 +19,10 @@ namespace orv::db {
 // copy: the text or blob bytes stay the engine's and are good until the
 // next Step or Reset.
 struct StoredView {
-  enum class Class : uint8_t { Null, Integer, Float, Text, Blob };
+  // Money: `integer` holds an amount's raw count (Currency::raw), read
+  // exactly from a server's decimal text; it stays money whatever the
+  // field's kind.
+  enum class Class : uint8_t { Null, Integer, Float, Text, Blob, Money };
   Class cls = Class::Null;
   int64_t integer = 0;
   double number = 0;

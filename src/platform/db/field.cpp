@@ -18,6 +18,10 @@ Variant Field::Value() const {
   const FieldInfo& f = s_->FieldAt(index_);
   if (f.chapter >= 0)
     throw DatabaseError(kErrNotAllowed, "the field '" + f.name + "' is a chapter; read its rows with Chapter()");
+  if (!f.held)
+    throw DatabaseError(kErrNotAllowed, "the value of the field '" + f.name +
+                                            "' was not read: the recordset was opened to hold only the fields "
+                                            "named to KeepFields: " + s_->source);
   s_->NoteRead(index_);
   return s_->data->Get(row, index_);
 }
@@ -30,6 +34,7 @@ void Field::Value(const Variant& v) {
     throw DatabaseError(kErrNotUpdatable,
                         "Current Recordset does not support updating (it was opened read-only): " +
                             s_->source);
+  s_->CheckHoldsAll();
   Variant coerced = CoerceToFieldType(v, f.type);
   if (s_->edit == adEditNone) {
     s_->edit = adEditInProgress;
@@ -91,6 +96,7 @@ Recordset Field::Chapter() const {
     child->lock_type = adLockReadOnly;
     child->data = s_->data->chapters[f.chapter].child;
     child->parent = s_;
+    child->parent_state = s_.get();
     child->parent_chapter = f.chapter;
   }
   return Recordset(child);

@@ -652,8 +652,39 @@ Variant PostgresStatement::Column(int column) const {
   }
 }
 
-// Numbers and plain text in place; money, dates and blobs, which Column
-// rewrites, go through it.
+// The raw count of the amount a numeric's text writes, when NumericValue
+// makes it money (at most fifteen whole digits and four decimals) and the
+// text is plain digits, as the server prints them; false for anything else
+// (NaN, a longer fraction, an amount at or past money's edge), which
+// NumericValue then reads.
+bool PlainMoneyText(std::string_view text, int64_t* raw) {
+  size_t i = 0;
+  const bool negative = !text.empty() && text[0] == '-';
+  if (negative) ++i;
+  int64_t whole = 0;
+  size_t whole_digits = 0;
+  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i, ++whole_digits) whole = whole * 10 + (text[i] - '0');
+  // Past what money holds (its edge too), NumericValue decides.
+  if (whole_digits == 0 || whole_digits > 15 || whole >= 922337203685477) return false;
+  int64_t fraction = 0;
+  size_t scale = 0;
+  if (i < text.size() && text[i] == '.') {
+    for (++i; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i, ++scale) {
+      if (scale == 4) return false;
+      fraction = fraction * 10 + (text[i] - '0');
+    }
+  }
+  if (i != text.size()) return false;
+  for (size_t s = scale; s < 4; ++s) fraction *= 10;
+  const int64_t count = whole * Currency::kScale + fraction;
+  *raw = negative ? -count : count;
+  return true;
+}
+
+// Numbers, money, timestamps and text in place, as Column would give them;
+// a numeric that is no plain amount, a date (Column adds its time) and
+// blobs go through Column. Money and timestamps through Column made a
+// string and a Variant per cell, parsed again as they were stored.
 bool PostgresStatement::ColumnView(int column, StoredView* out) const {
   PGresult* r = result_.get();
   if (!r || row_ < 0 || PQgetisnull(r, row_, column)) {
@@ -678,13 +709,16 @@ bool PostgresStatement::ColumnView(int column, StoredView* out) const {
       out->cls = StoredView::Class::Float;
       out->number = std::strtod(v, nullptr);
       return true;
-    case kNumeric:
+    case kNumeric: {
+      const std::string_view text(v, static_cast<size_t>(PQgetlength(r, row_, column)));
+      if (!PlainMoneyText(text, &out->integer)) return false;
+      out->cls = StoredView::Class::Money;
+      return true;
+    }
     case kDate:
-    case kTimestamp:
-    case kTimestampTz:
     case kBytea:
       return false;
-    default:
+    default:  // text, and timestamps, which Column gives as their text
       out->cls = StoredView::Class::Text;
       out->bytes = std::string_view(v, static_cast<size_t>(PQgetlength(r, row_, column)));
       return true;

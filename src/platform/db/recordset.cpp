@@ -237,8 +237,12 @@ void RecordsetState::Ready() {
   if (!open)
     throw DatabaseError(kErrObjectClosed, "Operation is not allowed when the object is closed.");
   if (parent_chapter < 0) return;
-  auto p = parent.lock();
-  if (!p) return;
+  // The parent is looked at without taking a count of it: lock() is two
+  // atomic operations, and every value a report reads from a chapter two
+  // levels down walks up twice. A parent that still has an owner is alive,
+  // and only the report's own thread could let it go meanwhile.
+  if (parent.expired()) return;
+  RecordsetState* p = parent_state;
   p->Ready();
   if (parent_chapter >= static_cast<int>(p->data->chapters.size())) {
     // The parent was opened again on other rows: this chapter is empty.
@@ -284,6 +288,22 @@ int RecordsetState::FieldIndex(std::string_view name) const {
                         "name or ordinal: '" +
                             std::string(name) + "' in " + (source.empty() ? "the recordset" : source));
   return i;
+}
+
+int RecordsetState::ComparedField(std::string_view name, const char* what) const {
+  const int f = data->FindField(name);
+  if (f >= 0 && !data->fields[f].held)
+    throw DatabaseError(kErrNotAllowed, std::string("the ") + what + " names the field '" + data->fields[f].name +
+                                            "', which the recordset was opened without (KeepFields): " + source);
+  return f;
+}
+
+void RecordsetState::CheckHoldsAll() const {
+  if (data)
+    for (const FieldInfo& f : data->fields)
+      if (!f.held)
+        throw DatabaseError(kErrNotUpdatable, "the recordset was opened with only some of its fields (KeepFields) "
+                                              "and cannot be written: " + source);
 }
 
 // Rows whose `field` may equal the number `key`: a hash of the base rows by
@@ -344,7 +364,7 @@ void RecordsetState::Rebuild() {
   if (!keys.empty()) {
     std::vector<std::pair<int, bool>> cols;
     for (const auto& k : keys) {
-      int f = data->FindField(k.field);
+      int f = ComparedField(k.field, "sort");
       if (f < 0)
         throw DatabaseError(kErrItemNotFound, "the sort names a field the recordset does not have: '" +
                                                   k.field + "' in: " + sort);
@@ -540,7 +560,7 @@ void Recordset::Open(const std::string& source, const Connection& connection, in
                               ? "SELECT * FROM " + std::string(trimmed)
                               : source;
   // Run first, so that a failure leaves this recordset closed and as it was.
-  std::shared_ptr<RowSet> data = connection.Query(statement);
+  std::shared_ptr<RowSet> data = connection.Query(statement, s_->keep);
   RecordsetState& s = *s_;
   s.connection = connection;
   s.source = source;
@@ -556,6 +576,11 @@ void Recordset::Open(const std::string& source, const Connection& connection, in
   for (size_t i = 0; i < s.base.size(); ++i) s.base[i] = i;
   s.open = true;
   s.Rebuild();
+}
+
+void Recordset::KeepFields(std::vector<std::string> names) {
+  if (s_->open) throw DatabaseError(kErrNotAllowed, "Operation is not allowed when the object is open.");
+  s_->keep = FieldSelection(std::move(names));
 }
 
 void Recordset::Open() {
@@ -679,7 +704,7 @@ void Recordset::Find(const std::string& criteria, long skip, int direction, int 
   Criteria c = Criteria::Parse(criteria);
   if (c.ComparisonCount() != 1)
     throw DatabaseError(kErrNotAllowed, "Find takes exactly one comparison: " + criteria);
-  c.Bind([&](std::string_view name) { return s_->data->FindField(name); });
+  c.Bind([&](std::string_view name) { return s_->ComparedField(name, "Find"); });
   if (direction == adSearchBackward && s_->cursor_type == adOpenForwardOnly)
     throw DatabaseError(kErrNotAllowed, "Rowset does not support fetching backward: " + s_->source);
   s_->Commit();
@@ -711,7 +736,7 @@ void Recordset::Filter(const Variant& criteria) {
   }
   if (!none) {
     compiled = Criteria::Parse(CStr(criteria));
-    compiled->Bind([&](std::string_view name) { return s_->data->FindField(name); });
+    compiled->Bind([&](std::string_view name) { return s_->ComparedField(name, "Filter"); });
   }
   s_->criteria = std::move(compiled);
   s_->filter = none ? Variant(std::string()) : criteria;
@@ -741,11 +766,11 @@ void Recordset::Requery() {
   if (s_->fabricated || !s_->connection || s_->parent_chapter >= 0)
     throw DatabaseError(kErrNotAllowed, "Requery needs a recordset opened from a statement");
   s_->Commit();
-  s_->data = s_->connection->Query(s_->statement);
+  s_->data = s_->connection->Query(s_->statement, s_->keep);
   s_->base.resize(s_->data->RowCount());
   for (size_t i = 0; i < s_->base.size(); ++i) s_->base[i] = i;
   s_->chapter_states.clear();
-  if (s_->criteria) s_->criteria->Bind([&](std::string_view name) { return s_->data->FindField(name); });
+  if (s_->criteria) s_->criteria->Bind([&](std::string_view name) { return s_->ComparedField(name, "Filter"); });
   s_->Rebuild();
 }
 
@@ -756,6 +781,7 @@ void Recordset::AddNew() {
   if (!s_->fabricated && (s_->lock_type == adLockReadOnly || s_->lock_type == adLockUnspecified))
     NotUpdatable(s_->source);
   if (s_->parent_chapter >= 0) NotUpdatable(s_->source);
+  s_->CheckHoldsAll();
   s_->Commit();
   size_t r = s_->data->AppendRow();
   s_->base.push_back(r);

@@ -27,6 +27,8 @@ struct RecordsetState {
   int options = -1;
 
   std::shared_ptr<RowSet> data;
+  // The fields whose values Open and Requery read (Recordset::KeepFields).
+  FieldSelection keep;
   std::vector<FieldInfo> pending_fields;  // appended before a fabricated Open
 
   // Row numbers of `data`: `base` are the rows of this recordset (all,
@@ -52,6 +54,7 @@ struct RecordsetState {
 
   // A chapter follows the current row of its parent.
   std::weak_ptr<RecordsetState> parent;
+  RecordsetState* parent_state = nullptr;  // what `parent` points at
   int parent_chapter = -1;
   long bound_parent_row = -2;
   std::vector<std::shared_ptr<RecordsetState>> chapter_states;
@@ -92,6 +95,11 @@ struct RecordsetState {
   }
   const FieldInfo& FieldAt(int index) const;
   int FieldIndex(std::string_view name) const;
+  // The index of field `name` for a Sort, Filter or Find (`what`): -1 when
+  // there is no such field; throws when its values were not read.
+  int ComparedField(std::string_view name, const char* what) const;
+  // Throws when some field's values were not read, for the writes.
+  void CheckHoldsAll() const;
 };
 
 }  // namespace orv::db

@@ -62,6 +62,46 @@ int RowSet::FindField(std::string_view name) const {
   return -1;
 }
 
+namespace {
+
+std::string_view Unbracketed(std::string_view name) {
+  if (name.size() >= 2 && name.front() == '[' && name.back() == ']') name = name.substr(1, name.size() - 2);
+  return name;
+}
+
+}  // namespace
+
+FieldSelection::FieldSelection(std::vector<std::string> names) {
+  for (std::string& name : names) {
+    if (name.find('.') == std::string::npos)
+      here_.emplace_back(Unbracketed(name));
+    else
+      below_.push_back(std::move(name));
+  }
+}
+
+bool FieldSelection::Holds(std::string_view field) const {
+  if (here_.empty()) return true;
+  field = Unbracketed(field);
+  for (const std::string& name : here_)
+    if (EqualsNoCase(name, field)) return true;
+  return false;
+}
+
+void FieldSelection::Add(std::string_view field) {
+  if (!here_.empty() && !Holds(field)) here_.emplace_back(Unbracketed(field));
+}
+
+FieldSelection FieldSelection::Chapter(std::string_view chapter) const {
+  std::vector<std::string> names;
+  for (const std::string& name : below_) {
+    const size_t dot = name.find('.');
+    if (EqualsNoCase(Unbracketed(std::string_view(name).substr(0, dot)), Unbracketed(chapter)))
+      names.push_back(name.substr(dot + 1));
+  }
+  return FieldSelection(std::move(names));
+}
+
 int RowSet::AddField(FieldInfo f) {
   fields.push_back(std::move(f));
   SyncColumns();
@@ -121,6 +161,7 @@ bool CellOfStored(sql::ValueKind kind, const StoredView& value, StoredCell* out)
   switch (value.cls) {
     case Class::Null: return set(Kind::Null, 0);
     case Class::Blob: return set_bytes(Kind::Binary, value.bytes);
+    case Class::Money: return set(Kind::Currency, static_cast<uint64_t>(value.integer));
     case Class::Integer: {
       const int64_t i = value.integer;
       switch (kind) {

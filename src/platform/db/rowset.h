@@ -26,6 +26,34 @@ struct FieldInfo {
   sql::ValueKind kind = sql::ValueKind::Unknown;
   int defined_size = 0;
   int chapter = -1;  // index into RowSet::chapters for a chapter field
+  // False for a field whose values were left unread (FieldSelection): it
+  // keeps its name and type, and its cells hold nothing.
+  bool held = true;
+};
+
+// The fields whose values a query holds, named as a report reads them:
+// "Value" for a field of the statement itself, "Lines.Amount" for a field
+// of its SHAPE chapter Lines (and "Lines.Taxes.Rate" one level further).
+// A level of the statement of which no field is named holds every field,
+// so a list only ever narrows what it speaks of. The fields a SHAPE
+// relates by are held on both sides whatever the list says.
+class FieldSelection {
+ public:
+  // Holds every field.
+  FieldSelection() = default;
+  explicit FieldSelection(std::vector<std::string> names);
+
+  // Whether every field of this level is held.
+  bool All() const { return here_.empty(); }
+  bool Holds(std::string_view field) const;
+  // Holds `field` as well (a relate field); nothing when All.
+  void Add(std::string_view field);
+  // The selection of the chapter named `chapter` of this level.
+  FieldSelection Chapter(std::string_view chapter) const;
+
+ private:
+  std::vector<std::string> here_;   // this level's fields, brackets off
+  std::vector<std::string> below_;  // "Chapter.Field" and deeper
 };
 
 // The rows of a SHAPE child grouped by their relate key, so that the rows
@@ -105,9 +133,10 @@ struct RowSet {
   uint64_t id = NextRowSetId();
 
   size_t RowCount() const { return cells_.RowCount(); }
-  // The value of `field` in `row`; a chapter field holds Empty.
+  // The value of `field` in `row`; a chapter field, and a field not held,
+  // hold Empty.
   Variant Get(size_t row, int field) const {
-    return Col(field) < cells_.ColumnCount() ? cells_.Get(row, Col(field)) : Variant();
+    return Col(field) < cells_.ColumnCount() && fields[Col(field)].held ? cells_.Get(row, Col(field)) : Variant();
   }
   // Sets one value (bumps `version`).
   void Set(size_t row, int field, const Variant& value);

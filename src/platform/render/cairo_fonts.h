@@ -77,4 +77,17 @@ class GlyphPlacer {
 void PlaceGlyphs(cairo_scaled_font_t* font, const TextRun& t, bool synthetic_bold, double x,
                  double y, GlyphPlacer* placer, std::vector<cairo_glyph_t>& out);
 
+// Spaces the glyphs of a run from `first` on as a face FreeType emboldens
+// is measured: each glyph after one with an advance sits a 24th of an em
+// (of `size_pt`) further right. `last_advance` is the advance of the run's
+// last glyph, which no glyph after it gives.
+void SpaceEmboldened(std::vector<cairo_glyph_t>& out, size_t first, double size_pt,
+                     double last_advance);
+
+// Decodes one character of the Basic Multilingual Plane from well-formed
+// UTF-8 at `i`, advancing `i`; 0 for anything else (a NUL, a malformed or
+// overlong sequence, a surrogate, a character past the plane), which sends
+// the whole run to cairo's own mapping.
+char32_t NextBmpChar(std::string_view s, size_t& i);
+
 }  // namespace orv::render

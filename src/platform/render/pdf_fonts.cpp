@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 #include "platform/render/renderer.h"
@@ -215,18 +213,100 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
   return file;
 }
 
-EmbeddedFont::EmbeddedFont(std::string file) : file_(std::move(file)) {
-  std::ifstream in(file_, std::ios::binary);
-  data_.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-  if (!in.good() && !in.eof()) throw RenderError("Cannot read font file " + file_);
+EmbeddedFont::EmbeddedFont(std::string file) : file_(std::move(file)), mapped_(file_) {
+  data_ = mapped_.bytes();
   if (data_.empty()) throw RenderError("Cannot read font file " + file_);
   const auto tables = Tables(data_);
+  text_.assign(U16(tables.at("maxp"), 4), kUnused);
   units_per_em_ = U16(tables.at("head"), 18);
   if (units_per_em_ == 0) throw RenderError("A font file gives no size of its em: " + file_);
   advance_count_ = U16(tables.at("hhea"), 34);
   if (advance_count_ == 0) throw RenderError("A font file gives no advances: " + file_);
   hmtx_ = size_t(tables.at("hmtx").data() - data_.data());
   hmtx_length_ = tables.at("hmtx").size();
+
+  // The Unicode map FreeType selects (find_unicode_charmap): a UCS-4 one
+  // (3,10 or 0,4), else any Unicode one (platform 0, or 3,1), each the last
+  // of its kind in the directory. Only formats 4 and 12 are read.
+  if (auto it = tables.find("cmap"); it != tables.end() && it->second.size() >= 4) {
+    const std::string_view cmap = it->second;
+    const size_t base = size_t(cmap.data() - data_.data());
+    const uint16_t count = U16(cmap, 2);
+    size_t chosen = 0;
+    for (int pass = 0; pass < 2 && !chosen; ++pass) {
+      for (int i = count - 1; i >= 0 && !chosen; --i) {
+        const size_t at = 4 + size_t(i) * 8;
+        if (at + 8 > cmap.size()) continue;
+        const uint16_t platform = U16(cmap, at), encoding = U16(cmap, at + 2);
+        const uint32_t offset = U32(cmap, at + 4);
+        const bool ucs4 = (platform == 3 && encoding == 10) || (platform == 0 && encoding == 4);
+        const bool unicode = platform == 0 || (platform == 3 && (encoding == 1 || encoding == 10));
+        if ((pass == 0 ? ucs4 : unicode) && offset + 4 <= cmap.size()) chosen = offset;
+      }
+    }
+    if (chosen) {
+      const uint16_t format = U16(cmap, chosen);
+      if (format == 4 || format == 12) {
+        cmap_ = base + chosen;
+        cmap_format_ = format;
+      }
+    }
+  }
+}
+
+uint16_t EmbeddedFont::AdvanceUnits(uint16_t glyph) const {
+  const size_t at = hmtx_ + size_t(std::min(glyph, uint16_t(advance_count_ - 1))) * 4;
+  if (at + 2 > hmtx_ + hmtx_length_) return 0;
+  return U16(data_, at);
+}
+
+uint16_t EmbeddedFont::GlyphOf(char32_t c) const {
+  const uint32_t g = MappedGlyph(c);
+  // A glyph number past the file's glyphs is none, as FreeType takes it.
+  return g < text_.size() ? uint16_t(g) : 0;
+}
+
+uint32_t EmbeddedFont::MappedGlyph(char32_t c) const {
+  if (!cmap_) return 0;
+  const size_t sub = cmap_;
+  if (cmap_format_ == 12) {
+    // Groups of (first, last, first glyph), in order: a binary search.
+    const uint32_t groups = U32(data_, sub + 12);
+    uint32_t lo = 0, hi = groups;
+    while (lo < hi) {
+      const uint32_t mid = (lo + hi) / 2;
+      const size_t at = sub + 16 + size_t(mid) * 12;
+      if (c > U32(data_, at + 4)) {
+        lo = mid + 1;
+      } else if (c < U32(data_, at)) {
+        hi = mid;
+      } else {
+        return U32(data_, at + 8) + (c - U32(data_, at));
+      }
+    }
+    return 0;
+  }
+  if (c > 0xFFFF) return 0;
+  // Format 4: segments by their last character, in order.
+  const uint16_t segments = U16(data_, sub + 6) / 2;
+  const size_t ends = sub + 14, starts = ends + 2 + size_t(segments) * 2,
+               deltas = starts + size_t(segments) * 2, ranges = deltas + size_t(segments) * 2;
+  uint16_t lo = 0, hi = segments;
+  while (lo < hi) {
+    const uint16_t mid = uint16_t((lo + hi) / 2);
+    if (U16(data_, ends + size_t(mid) * 2) < c)
+      lo = uint16_t(mid + 1);
+    else
+      hi = mid;
+  }
+  if (lo == segments) return 0;
+  const uint16_t start = U16(data_, starts + size_t(lo) * 2);
+  if (c < start) return 0;
+  const uint16_t delta = U16(data_, deltas + size_t(lo) * 2);
+  const uint16_t range = U16(data_, ranges + size_t(lo) * 2);
+  if (range == 0) return uint16_t(c + delta);
+  const uint16_t g = U16(data_, ranges + size_t(lo) * 2 + range + 2 * (c - start));
+  return g == 0 ? 0u : uint16_t(g + delta);
 }
 
 double EmbeddedFont::Width(uint16_t glyph) const {

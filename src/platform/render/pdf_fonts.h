@@ -17,6 +17,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/host/mapped_file.h"
 #include "platform/render/pdf_writer.h"
 
 namespace orv::render::pdf {
@@ -32,16 +33,27 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
 // each stands for, written into the PDF once the pages are done.
 class EmbeddedFont {
  public:
-  // Reads the font file; raises RenderError naming it when it cannot.
+  // Maps the font file; raises RenderError naming it when it cannot be
+  // read or is no TrueType font.
   explicit EmbeddedFont(std::string file);
   // The advance of `glyph` in thousandths of the type size, exact. The
   // font's widths array gives it cut to whole thousandths, as cairo wrote
   // widths (see the text of pdf_renderer.cpp).
   double Width(uint16_t glyph) const;
+  // The advance of `glyph` in font units, as the file gives it.
+  uint16_t AdvanceUnits(uint16_t glyph) const;
+  uint16_t units_per_em() const { return units_per_em_; }
+  // The glyph of character `c` in the Unicode character map FreeType
+  // chooses for the file (a UCS-4 map when the file has one, else the
+  // last UCS-2 one); 0 for a character it does not map or when the file has
+  // no such map in format 4 or 12.
+  uint16_t GlyphOf(char32_t c) const;
   // Marks `glyph` as shown, standing for the character `c` (0 for none
   // known); the first character a glyph is shown for is the one a reader
   // gets back.
+  // Glyph numbers past the file's glyphs are not in it and are left out.
   void Use(uint16_t glyph, char32_t c) {
+    if (glyph >= text_.size()) return;
     uint32_t& known = text_[glyph];
     if (known == kUnused || known == 0) known = c;
   }
@@ -53,13 +65,19 @@ class EmbeddedFont {
 
  private:
   std::string file_;
-  std::string data_;
+  // Mapped, not read: of a file of some hundreds of kilobytes a document
+  // touches its metrics and the outlines of the glyphs it shows.
+  host::MappedFile mapped_;
+  std::string_view data_;
   uint16_t units_per_em_ = 1000;
   uint16_t advance_count_ = 0;  // glyphs with an advance of their own
   size_t hmtx_ = 0;             // offset of the advances in data_
   size_t hmtx_length_ = 0;
+  size_t cmap_ = 0;             // offset in data_ of the character map read, 0: none
+  uint16_t cmap_format_ = 0;
+  uint32_t MappedGlyph(char32_t c) const;
   static constexpr uint32_t kUnused = UINT32_MAX;
-  std::vector<uint32_t> text_ = std::vector<uint32_t>(0x10000, kUnused);  // glyph -> character
+  std::vector<uint32_t> text_;  // glyph -> character, one entry per glyph of the file
 };
 
 }  // namespace orv::render::pdf

@@ -2,6 +2,7 @@
 
 #include <cairo.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <condition_variable>
@@ -53,40 +54,74 @@ struct State {
   double line_x = 0, line_y = 0;
 };
 
-// The glyphs and positions of the runs, through a cairo context set up as
-// the cairo renderers set theirs: the same placer, so the same doubles.
+// The glyphs and positions of the runs as the cairo renderers place them,
+// the very doubles. The glyphs come from the font file's own character map
+// and advances where that gives what cairo gives: with metrics unhinted,
+// cairo advances a glyph by its advance in font units times the size over
+// the units per em, and with units per em a power of two (2,048 in every
+// font the layout loads) that product is exact whichever way it is
+// computed. Elsewhere (another font, a character the map lacks, text that
+// is not well-formed UTF-8 of the Basic Multilingual Plane) a cairo context
+// set up as the cairo renderers set theirs places them, made on first
+// need: opening FreeType and a face, and loading each glyph to measure it,
+// was a tenth of a one-page report's time. The test
+// GlyphPlacerTest.FontFilesGiveCairosGlyphsAndAdvances holds the two ways
+// to the same glyphs.
 class Glyphs {
  public:
-  explicit Glyphs(const std::vector<FontFace>& fonts) : fonts_(fonts) {
-    surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
-    cr_ = cairo_create(surface_);
-    SetUnhinted(cr_);
-  }
+  explicit Glyphs(const std::vector<FontFace>& fonts) : fonts_(fonts) {}
   ~Glyphs() {
-    cairo_destroy(cr_);
-    cairo_surface_destroy(surface_);
+    if (cr_) cairo_destroy(cr_);
+    if (surface_) cairo_surface_destroy(surface_);
   }
   Glyphs(const Glyphs&) = delete;
   Glyphs& operator=(const Glyphs&) = delete;
 
-  // The glyphs of `t`, set from the origin.
-  const std::vector<cairo_glyph_t>& Of(const TextRun& t) {
+  // The glyphs of `t`, set from the origin; `file` is its font's file.
+  const std::vector<cairo_glyph_t>& Of(const TextRun& t, const pdf::EmbeddedFont& file) {
     const FontFace& face = fonts_[t.font];
+    out_.clear();
+    if (Own(t, face, file)) return out_;
+    out_.clear();
+    if (!cr_) {
+      surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
+      cr_ = cairo_create(surface_);
+      SetUnhinted(cr_);
+    }
     if (t.font != font_ || t.size_pt != size_) {
       cairo_set_font_face(cr_, FaceFor(face));
       cairo_set_font_size(cr_, t.size_pt);
       font_ = t.font;
       size_ = t.size_pt;
     }
-    out_.clear();
     PlaceGlyphs(cairo_get_scaled_font(cr_), t, face.synthetic_bold, 0, 0, &placer_, out_);
     return out_;
   }
 
  private:
+  // Places `t` from the file's tables into out_; false when they do not
+  // serve.
+  bool Own(const TextRun& t, const FontFace& face, const pdf::EmbeddedFont& file) {
+    const unsigned units = file.units_per_em();
+    if (units == 0 || (units & (units - 1)) != 0) return false;
+    const double size = t.size_pt;
+    const std::string_view text = t.text;
+    double x = 0, advance = 0;
+    for (size_t i = 0; i < text.size();) {
+      const char32_t c = NextBmpChar(text, i);
+      const uint16_t glyph = c == 0 ? 0 : file.GlyphOf(c);
+      if (glyph == 0) return false;
+      out_.push_back(cairo_glyph_t{glyph, x, 0});
+      advance = double(file.AdvanceUnits(glyph)) * size / units;
+      x += advance;
+    }
+    if (face.synthetic_bold) SpaceEmboldened(out_, 0, t.size_pt, advance);
+    return true;
+  }
+
   const std::vector<FontFace>& fonts_;
-  cairo_surface_t* surface_;
-  cairo_t* cr_;
+  cairo_surface_t* surface_ = nullptr;
+  cairo_t* cr_ = nullptr;
   GlyphPlacer placer_;
   uint16_t font_ = UINT16_MAX;
   float size_ = 0;
@@ -215,17 +250,23 @@ class PdfPainter {
     saved_.pop_back();
   }
 
-  // The document's font `index` as a font of the file, read on first use.
+  // The file of the document's font `index`, mapped on first use.
+  pdf::EmbeddedFont& FileOf(uint16_t index) {
+    const std::string& path = fonts_of_doc_[index].file;
+    auto it = files_.find(path);
+    if (it == files_.end()) it = files_.emplace(path, std::make_unique<pdf::EmbeddedFont>(path)).first;
+    return *it->second;
+  }
+
+  // The document's font `index` as a font of the file, numbered as a
+  // resource when first shown.
   pdf::EmbeddedFont& FontOf(uint16_t index, int& resource) {
     if (index >= font_of_.size()) font_of_.resize(size_t(index) + 1, -1);
     if (font_of_[index] < 0) {
-      const std::string& path = fonts_of_doc_[index].file;
-      auto it = by_file_.find(path);
-      if (it == by_file_.end()) {
-        fonts_.push_back(std::make_unique<pdf::EmbeddedFont>(path));
-        it = by_file_.emplace(path, int(fonts_.size() - 1)).first;
-      }
-      font_of_[index] = it->second;
+      pdf::EmbeddedFont* file = &FileOf(index);
+      auto it = std::find(fonts_.begin(), fonts_.end(), file);
+      if (it == fonts_.end()) it = fonts_.insert(fonts_.end(), file);
+      font_of_[index] = int(it - fonts_.begin());
     }
     resource = font_of_[index];
     return *fonts_[size_t(resource)];
@@ -312,7 +353,7 @@ class PdfPainter {
     if (t.font >= fonts_of_doc_.size())
       throw RenderError("Text run names a font the document lacks");
     const FontFace& face = fonts_of_doc_[t.font];
-    const std::vector<cairo_glyph_t>& glyphs = glyphs_.Of(t);
+    const std::vector<cairo_glyph_t>& glyphs = glyphs_.Of(t, FileOf(t.font));
     if (glyphs.empty() && !t.underline) return;
     int resource = 0;
     pdf::EmbeddedFont& font = FontOf(t.font, resource);
@@ -529,8 +570,8 @@ class PdfPainter {
   const std::vector<FontFace>& fonts_of_doc_;
   Glyphs glyphs_;
   std::vector<int> font_of_;  // document font -> index in fonts_, -1 before use
-  std::map<std::string, int> by_file_;
-  std::vector<std::unique_ptr<pdf::EmbeddedFont>> fonts_;
+  std::map<std::string, std::unique_ptr<pdf::EmbeddedFont>> files_;
+  std::vector<pdf::EmbeddedFont*> fonts_;  // by resource number
   std::map<const Image*, size_t> image_numbers_;
   std::vector<std::shared_ptr<const Image>> images_;  // by resource number
 
@@ -617,7 +658,8 @@ class PdfPaintAhead final : public PageSink {
   // Waits until every page handed over is painted and compressed, taking
   // its share of the compressing, and stops the second thread; raises what
   // either thread raised. The painter and the pages are then this thread's,
-  // the painter knowing every font of the document.
+  // the painter knowing every font of the document. Jobs that never
+  // gathered enough to start the thread are done here.
   void CatchUp() {
     {
       std::unique_lock lock(mu_);
@@ -634,7 +676,9 @@ class PdfPaintAhead final : public PageSink {
       }
     }
     Stop(true);
-    TakeSqueezed();
+    std::deque<Job> rest;
+    rest.swap(jobs_);
+    DoHere(rest);
     if (error_) std::rethrow_exception(error_);
     fonts_.insert(fonts_.end(),
                   doc_fonts_.begin() + std::ptrdiff_t(std::min(fonts_.size(), doc_fonts_.size())),
@@ -642,6 +686,12 @@ class PdfPaintAhead final : public PageSink {
     if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
   }
   PdfPainter& Painter() { return *painter_; }
+  // The compressor the pages were compressed with, for the file's other
+  // streams; made here when no page was compressed.
+  pdf::Deflater& Deflater() {
+    if (!deflate_) deflate_ = std::make_unique<pdf::Deflater>(pdf::kDeflateLevel);
+    return *deflate_;
+  }
   // The compressed contents of `page`, read into `buffer` if they were put
   // in the temporary file.
   std::string_view Contents(const PaintedPage& page, std::string& buffer) const {
@@ -673,7 +723,12 @@ class PdfPaintAhead final : public PageSink {
   static constexpr size_t kMostWaiting = 32;
   // Jobs the second thread lets gather before it is woken: a page of a
   // long list is painted faster than it is laid out, and waking the thread
-  // for each page costs two switches of the processor a page.
+  // for each page costs two switches of the processor a page. The thread
+  // itself is started when the first jobs have gathered: a letter or a
+  // form of a page or two is painted when its file is written, on the
+  // report's thread, as painting it ahead would win nothing and starting a
+  // thread (its stack, its own heap arena) costs a one-page report about a
+  // tenth of its time. The pages come out the same either way.
   static constexpr size_t kWakeAt = 8;
   // Painted pages left waiting to be compressed, at most: past it the
   // second thread compresses one itself after each page it paints, so that
@@ -695,19 +750,6 @@ class PdfPaintAhead final : public PageSink {
       sent_ = doc_fonts_.size();
     }
     std::unique_lock lock(mu_);
-    if (!worker_.joinable()) {
-      stopping_ = false;
-      try {
-        worker_ = std::thread([this] { Run(); });
-      } catch (const std::system_error&) {
-        // No thread to be had: this page, and any painted before that this
-        // job was to change, are painted when the file is written.
-        pages_.clear();
-        held_ = 0;
-        fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
-        return;
-      }
-    }
     if (job.kind == Job::kPage) {
       // The second thread was woken when the jobs reached kWakeAt. While
       // it is behind, compress what it has painted rather than wait.
@@ -721,7 +763,22 @@ class PdfPaintAhead final : public PageSink {
       ++waiting_pages_;
     }
     jobs_.push_back(std::move(job));
-    if (jobs_.size() >= kWakeAt) work_.notify_one();
+    if (jobs_.size() < kWakeAt) return;
+    if (worker_.joinable()) {
+      work_.notify_one();
+      return;
+    }
+    stopping_ = false;
+    try {
+      worker_ = std::thread([this] { Run(); });
+    } catch (const std::system_error&) {
+      // No thread to be had: the jobs are done here as they gather.
+      std::deque<Job> jobs;
+      jobs.swap(jobs_);
+      waiting_pages_ = 0;
+      lock.unlock();
+      DoHere(jobs);
+    }
   }
 
   // Stops the second thread once it has done the jobs handed to it, or at
@@ -809,7 +866,7 @@ class PdfPaintAhead final : public PageSink {
       raw_.pop_front();
     }
     if (s.page < pages_.size() && pages_[s.page].waiting == s.number)
-      Keep(pages_[s.page], deflate_(s.data));
+      Keep(pages_[s.page], Deflate(s.data));
     return true;
   }
 
@@ -846,21 +903,38 @@ class PdfPaintAhead final : public PageSink {
       }
       room_.notify_all();
       TakeSqueezed();
-      for (Job& job : jobs) {
-        if (abandon_) return;
-        fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
-        // After a failure the rest is dropped; CatchUp raises the failure.
-        if (error_) continue;
-        try {
-          Do(job);
-        } catch (...) {
-          error_ = std::current_exception();
-        }
-        // The items go here, on this thread, as the page is done.
-        std::vector<DisplayItem>().swap(job.items);
-      }
+      Do(jobs);
+      if (abandon_) return;
     }
   }
+
+  // Does `jobs` in order, on whichever thread holds the painter.
+  void Do(std::deque<Job>& jobs) {
+    for (Job& job : jobs) {
+      if (abandon_) return;
+      fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
+      // After a failure the rest is dropped; CatchUp raises the failure.
+      if (error_) continue;
+      try {
+        Do(job);
+      } catch (...) {
+        error_ = std::current_exception();
+      }
+      // The items go here, on this thread, as the page is done.
+      std::vector<DisplayItem>().swap(job.items);
+    }
+  }
+
+  // On the report's thread, no second thread running: does `jobs` and
+  // compresses what they painted.
+  void DoHere(std::deque<Job>& jobs) {
+    Do(jobs);
+    while (SqueezeHere()) {
+    }
+    TakeSqueezed();
+  }
+
+  std::string Deflate(std::string_view data) { return Deflater()(data); }
 
   void Do(const Job& job) {
     if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
@@ -890,7 +964,7 @@ class PdfPaintAhead final : public PageSink {
         // file is written.
         if (!page.painted) break;
         page.added += painter_->Paint(job.items, page.height, page.end, true);
-        page.added_packed = deflate_(page.end.in_text ? page.added + "ET\n" : page.added);
+        page.added_packed = Deflate(page.end.in_text ? page.added + "ET\n" : page.added);
         break;
       case Job::kForget:
         held_ -= page.contents.size();
@@ -925,15 +999,15 @@ class PdfPaintAhead final : public PageSink {
   std::unique_ptr<SpillFile> spill_ = std::make_unique<SpillFile>();
   size_t held_ = 0;  // bytes of pages_' contents in memory
   uint64_t queued_ = 0;  // the last number a painted page was queued under
-  pdf::Deflater deflate_{pdf::kDeflateLevel};
+  std::unique_ptr<pdf::Deflater> deflate_;  // made at the first page
   std::exception_ptr error_;
 };
 
 // Writes pages `first` to `last` with `painter`; pages painted ahead are
 // taken from `ahead` (null: none).
 void Write(const Document& doc, const std::string& path, int first, int last, PdfPainter& painter,
-           const PdfPaintAhead* ahead) {
-  pdf::PdfFile file(path);
+           PdfPaintAhead* ahead) {
+  pdf::PdfFile file(path, ahead ? &ahead->Deflater() : nullptr);
   const int catalog = file.Reserve(), pages = file.Reserve(), resources = file.Reserve(),
             info = file.Reserve();
   std::string kids;

@@ -132,10 +132,10 @@ std::string Deflater::operator()(std::string_view data) {
   return std::string(state_->buffer.data(), size);
 }
 
-PdfFile::PdfFile(const std::string& path) : path_(path) {
+PdfFile::PdfFile(const std::string& path, Deflater* deflater) : path_(path), deflater_(deflater) {
   file_ = std::fopen(path.c_str(), "wb");
   if (!file_) throw RenderError("Cannot write " + path + ": " + std::strerror(errno));
-  buffer_.reserve(1 << 20);
+  buffer_.reserve(kBuffer);
   Put("%PDF-1.7\n%\xE2\xE3\xCF\xD3\n");
 }
 
@@ -150,8 +150,14 @@ int PdfFile::Reserve() {
 }
 
 void PdfFile::Put(std::string_view s) {
-  buffer_.append(s);
-  if (buffer_.size() >= (1 << 20)) Flush();
+  if (buffer_.size() + s.size() > kBuffer) Flush();
+  if (s.size() < kBuffer) {
+    buffer_.append(s);
+    return;
+  }
+  // A large stream goes straight to the file.
+  if (std::fwrite(s.data(), 1, s.size(), file_) != s.size()) failed_ = true;
+  offset_ += s.size();
 }
 
 void PdfFile::Flush() {
@@ -176,7 +182,12 @@ void PdfFile::Object(int id, std::string_view body) {
 
 void PdfFile::Stream(int id, std::string_view dict, std::string_view data, int level) {
   std::string packed;
-  if (level > 0) packed = Deflate(data, level);
+  if (level == kDeflateLevel) {
+    if (!deflater_) deflater_ = (own_deflater_ = std::make_unique<Deflater>(level)).get();
+    packed = (*deflater_)(data);
+  } else if (level > 0) {
+    packed = Deflate(data, level);
+  }
   const std::string_view body = level > 0 ? std::string_view(packed) : data;
   Begin(id);
   std::string head = "<< ";

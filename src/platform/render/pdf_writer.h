@@ -45,8 +45,9 @@ void AppendUtf16Hex(std::string& out, char32_t c);
 std::string Deflate(std::string_view data, int level);
 
 // Compresses one stream after another at `level` with one compressor: a
-// long document has thousands of small page streams, and a new compressor
-// allocates its tables each time. Gives the bytes Deflate gives.
+// long document has thousands of small page streams, and a compressor's
+// tables are some hundreds of kilobytes of fresh memory. Gives the bytes
+// Deflate gives.
 class Deflater {
  public:
   explicit Deflater(int level);
@@ -73,8 +74,10 @@ inline constexpr int kDeflateLevel = 1;
 class PdfFile {
  public:
   // Creates (truncates) the file; raises RenderError naming `path` when it
-  // cannot be opened.
-  explicit PdfFile(const std::string& path);
+  // cannot be opened. Streams compressed at kDeflateLevel go through
+  // `deflater` when given (the one the pages were compressed with), else
+  // through one of the file's own.
+  explicit PdfFile(const std::string& path, Deflater* deflater = nullptr);
   // A file that was not finished is closed and removed: a failed run leaves
   // no half-written PDF behind.
   ~PdfFile();
@@ -102,12 +105,23 @@ class PdfFile {
   void Flush();
   void Begin(int id);
 
+  // Bytes gathered before they go to the file. Below the allocator's
+  // threshold for a mapping of their own (128 KB), so that a one-page
+  // document takes no fresh pages from the kernel for them; a stream larger
+  // than this goes straight to the file.
+  static constexpr size_t kBuffer = 64 << 10;
+
   std::string path_;
   FILE* file_ = nullptr;
   bool failed_ = false;
   bool finished_ = false;
   std::string buffer_;
   uint64_t offset_ = 0;            // bytes written before buffer_
+  // One compressor for the file's streams, made at the first when none was
+  // given: a one-page document still compresses a font file and a
+  // character map per font.
+  Deflater* deflater_ = nullptr;
+  std::unique_ptr<Deflater> own_deflater_;
   std::vector<uint64_t> offsets_;  // per object number from 1; 0 = not yet written
 };
 

@@ -54,6 +54,71 @@ TEST(ShapeRecordsetOnEachEngine, Statements) {
   });
 }
 
+// A field's value as text, or "-" when the recordset was opened without it.
+std::string HeldOrDash(const Field& f) {
+  std::string text;
+  const std::string error = orv::testing::ErrorOf([&] { text = CStr(f.Value()); });
+  if (error == "(no error)") return text;
+  return error.find("KeepFields") != std::string::npos ? "-" : "?";
+}
+
+// KeepFields: the named fields (and those a SHAPE relates by) read as in a
+// recordset opened whole; a level the list names no field of is held
+// whole; the rest keep their names but refuse to be read, sorted on,
+// filtered or found on, and the recordset refuses writes. Requery reads the
+// same fields again.
+TEST(ShapeRecordsetOnEachEngine, KeepFieldsHoldsWhatIsNamedAndRefusesTheRest) {
+  struct Case {
+    const char* name;
+    const char* statement;
+    std::vector<std::string> keep;
+    const char* rows;
+  } cases[] = {
+      {"a plain statement, names in any case", "SELECT ID, FirstName, LastName FROM Patient ORDER BY ID",
+       {"lastname", "[FirstName]"}, "-,Claire,Tremblay -,Luc,Tremblay -,Priya,Singh -,Seamus,O'Brien"},
+      {"relate fields held unnamed",
+       "SHAPE {SELECT ID, FirstName, LastName FROM Patient ORDER BY ID} AS P APPEND ({SELECT PatientID, ID, "
+       "InvoiceTotal FROM Invoices ORDER BY ID} AS Inv RELATE 'ID' TO 'PatientID') AS Inv",
+       {"FirstName", "Inv.InvoiceTotal"}, "1,Claire,-{1,-,100 1,-,40.1} 2,Luc,-{2,-,250} 3,Priya,-{3,-,75.5} 4,Seamus,-{}"},
+      {"levels not named are whole",
+       "SHAPE {SELECT ID, LastName FROM Patient WHERE PrimaryHolderID = ID ORDER BY ID} AS Holders APPEND (( SHAPE "
+       "{SELECT FirstName, LastName, PrimaryHolderID, ID FROM Patient ORDER BY ID} AS Members APPEND (( SHAPE "
+       "{SELECT ID, PatientID, InvoiceTotal FROM Invoices ORDER BY ID} AS MemberInvoices APPEND ({SELECT ID, "
+       "InvoiceID, Amount FROM InvoicePaymentDetails ORDER BY ID} AS Payments RELATE 'ID' TO 'InvoiceID') AS "
+       "Payments) AS MemberInvoices RELATE 'ID' TO 'PatientID') AS MemberInvoices) AS Members RELATE 'ID' TO "
+       "'PrimaryHolderID') AS Members",
+       {"Members.FirstName", "Members.MemberInvoices.Payments.Amount"},
+       "1,Tremblay{Claire,-,1,1{1,1,100{-,1,60 -,1,40} 2,1,40.1{}} Luc,-,1,2{3,2,250{-,3,250}}} "
+       "3,Singh{Priya,-,3,3{4,3,75.5{-,4,0.1 -,4,0.2}}}"},
+  };
+  testing::EachEngine engines(testing::kPracticeSql);
+  engines.Run([&](Connection& conn) {
+    for (const auto& c : cases) {
+      SCOPED_TRACE(c.name);
+      Recordset rs;
+      rs.KeepFields(c.keep);
+      rs.Open(c.statement, conn, adOpenStatic, adLockOptimistic);
+      EXPECT_EQ(DumpRows(rs, HeldOrDash), c.rows);
+      rs.Requery();
+      EXPECT_EQ(DumpRows(rs, HeldOrDash), c.rows);
+    }
+    Recordset rs;
+    rs.KeepFields({"FirstName"});
+    rs.Open("SELECT ID, FirstName, LastName FROM Patient", conn, adOpenStatic, adLockOptimistic);
+    EXPECT_EQ(rs.Fields().Count(), 3);
+    EXPECT_EQ(rs.Fields(2).Name(), "LastName");
+    using orv::testing::ThrowsSaying;
+    EXPECT_TRUE(ThrowsSaying([&] { rs.Sort("FirstName, LastName"); }, {"sort", "'LastName'", "KeepFields"}));
+    EXPECT_TRUE(ThrowsSaying([&] { rs.Filter("LastName = 'Singh'"); }, {"Filter", "'LastName'"}));
+    EXPECT_TRUE(ThrowsSaying([&] { rs.Find("LastName = 'Singh'"); }, {"Find", "'LastName'"}));
+    EXPECT_TRUE(ThrowsSaying([&] { rs["FirstName"].Value("Clara"); }, {"cannot be written"}));
+    EXPECT_TRUE(ThrowsSaying([&] { rs.AddNew(); }, {"cannot be written"}));
+    // What failed changed nothing: the order and the rows are the statement's.
+    rs.Sort("FirstName DESC");
+    EXPECT_EQ(testing::Walk(rs, "FirstName"), "Seamus Priya Luc Claire");
+  });
+}
+
 TEST_F(ShapeRecordset, ChapterFollowsTheParent) {
   Recordset rs;
   rs.Open("SHAPE {SELECT ID FROM Patient ORDER BY ID} AS P APPEND ({SELECT PatientID, InvoiceTotal FROM Invoices} "

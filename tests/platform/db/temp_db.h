@@ -169,16 +169,21 @@ class PracticeTest : public ::testing::Test {
   Connection conn_{db_.url()};
 };
 
-// A recordset's rows from the current one on as "a,b" texts (Null as NULL),
-// each row's chapters as "{...}" after it; leaves the recordset at EOF.
-inline std::string DumpRows(Recordset rs) {
+// A recordset's rows from the current one on as "a,b" texts (Null as NULL,
+// or each field as `shown` gives it), each row's chapters as "{...}" after
+// it; leaves the recordset at EOF.
+inline std::string DumpRows(Recordset rs, const std::function<std::string(const Field&)>& shown = nullptr) {
   std::string out;
   for (; !rs.Eof(); rs.MoveNext()) {
     std::string row, chapters;
     for (long i = 0; i < rs.Fields().Count(); ++i) {
       Field f = rs.Fields(i);
       if (f.IsChapter()) {
-        chapters += "{" + DumpRows(f.Chapter()) + "}";
+        chapters += "{" + DumpRows(f.Chapter(), shown) + "}";
+        continue;
+      }
+      if (shown) {
+        row += (row.empty() ? "" : ",") + shown(f);
         continue;
       }
       const Variant v = f.Value();

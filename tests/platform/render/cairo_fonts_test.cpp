@@ -1,5 +1,7 @@
 #include "platform/render/cairo_fonts.h"
 
+#include "platform/render/pdf_fonts.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -100,6 +102,63 @@ TEST_F(GlyphPlacerTest, GivesCairosGlyphsAndPositionsBitForBit) {
                 << where << ", glyph " << i;
           }
         }
+      }
+    }
+  }
+}
+
+// The PDF painter takes glyphs and advances from the font files' own
+// tables where they serve, and must then place every glyph where cairo
+// would: the glyph of each character the file's Unicode map gives, and an
+// advance of its units times the size over the units per em, bit for bit,
+// for every face the layout loads, regular and emboldened.
+TEST_F(GlyphPlacerTest, FontFilesGiveCairosGlyphsAndAdvances) {
+  const char* const files[] = {
+      "/usr/share/wine/fonts/tahoma.ttf",
+      "/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf",
+      "/usr/share/fonts/truetype/liberation/LiberationSans-Bold.ttf",
+      "/usr/share/fonts/truetype/liberation/LiberationSansNarrow-Regular.ttf",
+      "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf",
+      "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf",
+  };
+  // Latin, Greek and Cyrillic, punctuation and currency, ligatures, the
+  // replacement character.
+  std::vector<char32_t> chars;
+  for (char32_t c = 0x20; c < 0x800; ++c) chars.push_back(c);
+  for (char32_t c = 0x2000; c < 0x20D0; ++c) chars.push_back(c);
+  for (char32_t c : {0xFB01, 0xFB02, 0xFFFD}) chars.push_back(c);
+  for (const char* file : files) {
+    const pdf::EmbeddedFont font(file);
+    const unsigned units = font.units_per_em();
+    EXPECT_EQ(units & (units - 1), 0u) << file << ": " << units << " units per em";
+    for (const bool bold : {false, true}) {
+      for (const float size : {10.0f, 8.666667f}) {
+        cairo_scaled_font_t* scaled = Font({"", file, bold, false, bold, false}, size);
+        int mapped = 0;
+        for (const char32_t c : chars) {
+          const uint16_t glyph = font.GlyphOf(c);
+          if (glyph == 0) continue;
+          ++mapped;
+          std::string utf8;
+          if (c < 0x80) {
+            utf8 = {char(c)};
+          } else if (c < 0x800) {
+            utf8 = {char(0xC0 | c >> 6), char(0x80 | (c & 0x3F))};
+          } else {
+            utf8 = {char(0xE0 | c >> 12), char(0x80 | ((c >> 6) & 0x3F)), char(0x80 | (c & 0x3F))};
+          }
+          bool ok = false;
+          const auto want = CairoGlyphs(scaled, utf8, 0, 0, ok);
+          ASSERT_TRUE(ok && want.size() == 1) << file << " U+" << std::hex << uint32_t(c);
+          EXPECT_EQ(glyph, want[0].index) << file << " U+" << std::hex << uint32_t(c);
+          cairo_text_extents_t e;
+          cairo_scaled_font_glyph_extents(scaled, &want[0], 1, &e);
+          const double advance = double(font.AdvanceUnits(glyph)) * double(size) / units;
+          EXPECT_EQ(std::memcmp(&advance, &e.x_advance, sizeof(double)), 0)
+              << file << (bold ? " bold" : "") << " U+" << std::hex << uint32_t(c) << std::dec
+              << " at " << size << ": " << advance << " against " << e.x_advance;
+        }
+        EXPECT_GT(mapped, 180) << file;
       }
     }
   }

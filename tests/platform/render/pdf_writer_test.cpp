@@ -244,6 +244,31 @@ TEST(PdfWriter, DrawsWhatCairoDraws) {
   fs::remove(cairo);
 }
 
+// A picture whose stream is larger than the file's write buffer goes to the
+// file past the buffer: the objects after it are still found where the
+// cross-reference table says.
+TEST(PdfWriter, StreamsLargerThanTheWriteBufferKeepTheCrossReferenceTrue) {
+  Document d = SampleDocument();
+  auto noise = std::make_shared<Image>();
+  noise->width = noise->height = 160;
+  uint32_t seed = 1;
+  for (int i = 0; i < 160 * 160; ++i) {
+    seed = seed * 1664525u + 1013904223u;
+    noise->pixels.push_back(0xFF000000u | (seed >> 8));
+  }
+  Page first{Twips(12240), Twips(15840), {}}, second = first;
+  first.items.push_back(Picture{{Twips(1440), Twips(1440), Twips(2400), Twips(2400)}, noise});
+  second.items.push_back(At("After the picture", 1440, 1440));
+  d.pages = {first, second};
+  const std::string pdf = TempPath("large.pdf");
+  RenderPdf(d, pdf);
+  const std::string check = Shell("qpdf --check " + pdf + " 2>&1");
+  EXPECT_EQ(check.find("WARNING"), std::string::npos) << check;
+  EXPECT_NE(check.find("No syntax or stream encoding errors"), std::string::npos) << check;
+  EXPECT_NE(Shell("pdftotext " + pdf + " -").find("After the picture"), std::string::npos);
+  fs::remove(pdf);
+}
+
 TEST(PdfWriter, AFailedWriteNamesThePathAndLeavesNoFile) {
   Document d = SampleDocument();
   const std::string missing = TempPath("no-such-folder") + "/out.pdf";

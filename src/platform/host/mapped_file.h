@@ -1,0 +1,33 @@
+// A file read by mapping it into memory: the bytes a reader touches are
+// paged in from the system's file cache, the rest never are. Font files are
+// read this way (a TrueType file is mostly glyph outlines, of which a
+// document shows a few dozen), and a mapped file costs no fresh memory of
+// the process's own.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace orv::host {
+
+class MappedFile {
+ public:
+  // Maps the whole file at `path`, read only. A file that cannot be opened
+  // leaves opened() false; an empty one, or one that cannot be mapped,
+  // opens with no bytes.
+  explicit MappedFile(const std::string& path);
+  ~MappedFile();
+  MappedFile(const MappedFile&) = delete;
+  MappedFile& operator=(const MappedFile&) = delete;
+
+  bool opened() const { return opened_; }
+  std::string_view bytes() const { return {data_, size_}; }
+
+ private:
+  bool opened_ = false;
+  const char* data_ = nullptr;
+  size_t size_ = 0;
+};
+
+}  // namespace orv::host
