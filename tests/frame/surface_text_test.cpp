@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 #include <optional>
 
+#include "frame/surface/font_metrics.h"
 #include "frame/surface/surface.h"
 #include "frame/surface/surface_error.h"
 #include "frame/surface/text_layout.h"
@@ -187,6 +189,60 @@ TEST(TextLayout, ShortLinesAreTheLinesBreakLinesGives) {
       EXPECT_LE(w, c.room) << i;
     }
   }
+}
+
+// Table cells measure with FontMeasure, which sums a line's pieces in one
+// pass; the widths and refusals must be those of the same font measured
+// piece by piece through a MeasureFn, bit for bit, at every room.
+TEST(TextLayout, FontMeasureGivesTheWidthsOfAMeasureFn) {
+  const auto font = FontLibrary::Resolve("Tahoma", true, false).metrics;
+  const double size = 9.5;
+  const FontMeasure fast{font.get(), size};
+  const MeasureFn slow = [&](std::string_view s) { return font->Width(s, size); };
+  const char* texts[] = {
+      "Abernathy, Farid",  "  Emma  ",       "Smith-Jones",       "Smith-Jones-Lee",
+      "-ab a-b- x/y/z a-", "Jun/04/1980",    "905-555-0100[12]",  "\xC3\xA9t\xC3\xA9-\xC3\xA0" "b",
+      "caf\xE9-bar",       "a--b //x",       "123 Main St.\r\nUnit 4", "a\tb",
+      "\r\nAcme Dental Plan", "",
+  };
+  for (const char* text : texts) {
+    const std::optional<Twips> whole = SingleLineWidth(text, slow, Twips(1e6));
+    // Rooms around the text's own width and its pieces' widths.
+    std::vector<double> rooms = {1e6, 0, 300};
+    if (whole) rooms.insert(rooms.end(), {whole->value(), std::nextafter(whole->value(), 0.0)});
+    for (std::string_view rest = text; !rest.empty(); rest.remove_suffix(1))
+      rooms.push_back(slow(rest).value());
+    for (const double room : rooms)
+      for (const bool wrap : {true, false}) {
+        SCOPED_TRACE(std::string(text) + " in " + std::to_string(room) + (wrap ? "" : " unwrapped"));
+        const auto want = SingleLineWidth(text, slow, Twips(room), wrap);
+        const auto got = SingleLineWidth(text, fast, Twips(room), wrap);
+        ASSERT_EQ(got.has_value(), want.has_value());
+        if (want) {
+          EXPECT_EQ(std::memcmp(&*got, &*want, sizeof(Twips)), 0);
+        }
+        std::vector<ShortLine> want_lines, got_lines;
+        ASSERT_EQ(ShortLines(text, fast, Twips(room), wrap, got_lines),
+                  ShortLines(text, slow, Twips(room), wrap, want_lines));
+        ASSERT_EQ(got_lines.size(), want_lines.size());
+        for (size_t i = 0; i < got_lines.size(); ++i) {
+          EXPECT_EQ(got_lines[i].offset, want_lines[i].offset);
+          EXPECT_EQ(std::memcmp(&got_lines[i].width, &want_lines[i].width, sizeof(Twips)), 0) << i;
+        }
+      }
+  }
+}
+
+// Texts are read eight bytes at a time: a character past ASCII is seen
+// wherever it stands, in a whole word of eight or in the tail.
+TEST(TextLayout, PlainAsciiSeesAnAccentAnywhere) {
+  for (size_t length = 1; length <= 19; ++length)
+    for (size_t at = 0; at < length; ++at) {
+      std::string text(length, 'a');
+      EXPECT_TRUE(IsPlainAscii(text));
+      text[at] = '\xE9';
+      EXPECT_FALSE(IsPlainAscii(text)) << length << " " << at;
+    }
 }
 
 TEST(TextLayout, TabsAdvanceToTheNextHalfInchStop) {

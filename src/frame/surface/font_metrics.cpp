@@ -209,21 +209,6 @@ char32_t NextCodePoint(std::string_view s, size_t& i) {
   return c;
 }
 
-int64_t FontMetrics::Units(std::string_view utf8) const {
-  int64_t sum = 0;
-  size_t i = 0;
-  while (i < utf8.size()) {
-    const auto b = static_cast<unsigned char>(utf8[i]);
-    if (b < 0x80) {  // the common case, without the decoder
-      sum += direct_[b];
-      ++i;
-    } else {
-      sum += Advance(NextCodePoint(utf8, i));
-    }
-  }
-  return sum;
-}
-
 namespace {
 
 struct Family {

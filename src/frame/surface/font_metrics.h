@@ -20,6 +20,11 @@
 
 namespace orv::frame {
 
+// Decodes one code point from UTF-8 at `i` and advances `i`. A byte that does
+// not start a valid sequence is taken as a Latin-1 character, so text from an
+// older code page still measures and prints.
+char32_t NextCodePoint(std::string_view s, size_t& i);
+
 // Metrics of one font file. Advances of the first 2,048 code points (the
 // Latin, Greek and Cyrillic scripts and their accents) sit in a flat table,
 // which makes measuring a string a sum of lookups; the rest of the Basic
@@ -48,12 +53,27 @@ class FontMetrics {
   // Advance of one character in 24ths of a font unit; characters the font
   // lacks take the advance of its missing-glyph shape.
   uint32_t Advance(char32_t c) const { return c < kDirect ? direct_[c] : Beyond(c); }
-  // Sum of the advances of a UTF-8 string, in 24ths of a font unit.
-  int64_t Units(std::string_view utf8) const;
+  // Sum of the advances of a UTF-8 string, in 24ths of a font unit. Inline,
+  // as layout measures every word of every cell with it.
+  int64_t Units(std::string_view utf8) const {
+    int64_t sum = 0;
+    size_t i = 0;
+    while (i < utf8.size()) {
+      const auto b = static_cast<unsigned char>(utf8[i]);
+      if (b < 0x80) {  // the common case, without the decoder
+        sum += direct_[b];
+        ++i;
+      } else {
+        sum += Advance(NextCodePoint(utf8, i));
+      }
+    }
+    return sum;
+  }
 
-  Twips Width(std::string_view utf8, double size_pt) const {
-    return Twips(double(Units(utf8)) * size_pt * Twips::kPerPoint /
-                 (double(units_per_em_) * kSubUnits));
+  Twips Width(std::string_view utf8, double size_pt) const { return Width(Units(utf8), size_pt); }
+  // The width of `units` (24ths of a font unit, as Units sums them).
+  Twips Width(int64_t units, double size_pt) const {
+    return Twips(double(units) * size_pt * Twips::kPerPoint / (double(units_per_em_) * kSubUnits));
   }
   Twips Scale(int64_t units, double size_pt) const {
     return Twips(double(units) * size_pt * Twips::kPerPoint / units_per_em_);
@@ -95,10 +115,5 @@ class FontLibrary {
  public:
   static ResolvedFont Resolve(std::string_view family, bool bold, bool italic);
 };
-
-// Decodes one code point from UTF-8 at `i` and advances `i`. A byte that does
-// not start a valid sequence is taken as a Latin-1 character, so text from an
-// older code page still measures and prints.
-char32_t NextCodePoint(std::string_view s, size_t& i);
 
 }  // namespace orv::frame

@@ -253,6 +253,30 @@ class PrintSurface {
                    const FontHandle& f, double size, render::Rgb color,
                    const std::optional<render::Box>& clip, double line_size);
   void LayOutTable(Table& table, bool draw);
+  // The working lists of one table's layout (LayOutTable says what each
+  // holds), kept from one table to the next: a list that prints each record
+  // as a table of its own lays out thousands of tables, and each would
+  // otherwise allocate and free them all again.
+  struct TableScratch {
+    struct ShortSpan {
+      uint32_t first = 0, count = 0;
+    };
+    struct Placed {
+      int row;  // table row
+      Twips y, h;
+      size_t k;  // index in `drawn`
+    };
+    std::vector<uint8_t> covered;
+    std::vector<Twips> col_x;
+    std::vector<std::optional<FontHandle>> style_fonts;
+    std::vector<Twips> one_line;
+    std::vector<ShortLine> short_lines;
+    std::vector<ShortSpan> short_of;
+    std::vector<int> drawn;
+    std::vector<Twips> heights;
+    std::vector<bool> keep_with_next;
+    std::vector<Placed> segment;
+  };
   // Keeps the cells of a table being drawn in the document (Document::tables).
   void RecordCells(const Table& table);
 
@@ -328,6 +352,10 @@ class PrintSurface {
   bool building_table_ = false;
   std::unique_ptr<Table> table_;
   Twips measured_height_;
+  // Layout does not call back into the surface's tables, so one set of
+  // lists serves; `table_scratch_busy_` guards against it all the same.
+  TableScratch table_scratch_;
+  bool table_scratch_busy_ = false;
 
   // Fonts resolved for this document, by family, bold and italic.
   struct FontKey {

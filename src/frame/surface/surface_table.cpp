@@ -152,8 +152,21 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   const int ncols = int(table.columns.size());
   const int nrows = int(table.rows.size());
 
+  TableScratch own;
+  const bool shared = !table_scratch_busy_;
+  TableScratch& scratch = shared ? table_scratch_ : own;
+  struct Release {
+    bool& busy;
+    bool shared;
+    ~Release() {
+      if (shared) busy = false;
+    }
+  } release{table_scratch_busy_, shared};
+  table_scratch_busy_ = true;
+
   // Which cells another cell's span covers.
-  std::vector<uint8_t> covered(size_t(nrows) * ncols, 0);
+  std::vector<uint8_t>& covered = scratch.covered;
+  covered.assign(size_t(nrows) * ncols, 0);
   bool any_row_span = false;
   for (int r = 0; r < nrows; ++r) {
     for (int c = 0; c < ncols; ++c) {
@@ -183,7 +196,8 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       natural_width > room && room.value() > 0 ? room.value() / natural_width.value() : 1.0;
   const bool scaled = scale < 1.0;
 
-  std::vector<Twips> col_x(ncols + 1);
+  std::vector<Twips>& col_x = scratch.col_x;
+  col_x.assign(size_t(ncols) + 1, Twips(0));
   for (int c = 0; c < ncols; ++c)
     col_x[c + 1] = col_x[c] + (scaled ? table.columns[c].width * scale : table.columns[c].width);
   const Twips total_width = col_x[ncols];
@@ -199,7 +213,8 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   };
   // The fonts of the table's styles, bold and italic or not, looked up once
   // a table rather than once a cell.
-  std::vector<std::optional<FontHandle>> style_fonts(table.styles.size() * 4);
+  std::vector<std::optional<FontHandle>>& style_fonts = scratch.style_fonts;
+  style_fonts.assign(table.styles.size() * 4, std::nullopt);
   auto cell_font = [&](const Row& row, const Cell& cell) {
     const TextStyle& st = table.styles[row.style];
     const bool bold = cell.attr.bold >= 0 ? cell.attr.bold != 0 : st.bold;
@@ -234,8 +249,8 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   // those the row heights take the width alone (SingleLineWidth, the width
   // BreakLines would give) and keep it (NaN for a cell not kept), and the
   // cell is drawn as one run of its text; other cells are broken into lines.
-  std::vector<Twips> one_line(draw ? size_t(nrows) * ncols : 0,
-                              Twips(std::numeric_limits<double>::quiet_NaN()));
+  std::vector<Twips>& one_line = scratch.one_line;
+  one_line.assign(draw ? size_t(nrows) * ncols : 0, Twips(std::numeric_limits<double>::quiet_NaN()));
   // Cells of several lines (an address, a wrapped description) keep the
   // lines the row heights broke them into for drawing, up to a bound, so
   // that a table of thousands of such cells does not hold all their lines
@@ -243,11 +258,11 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   // Cells of a few whole lines between line breaks (an address, two phone
   // numbers on two lines) keep them as places in their text (ShortLines),
   // for every cell: `short_of` says which of `short_lines` are a cell's.
-  struct ShortSpan {
-    uint32_t first = 0, count = 0;
-  };
-  std::vector<ShortLine> short_lines;
-  std::vector<ShortSpan> short_of(draw ? size_t(nrows) * ncols : 0);
+  using ShortSpan = TableScratch::ShortSpan;
+  std::vector<ShortLine>& short_lines = scratch.short_lines;
+  short_lines.clear();
+  std::vector<ShortSpan>& short_of = scratch.short_of;
+  short_of.assign(draw ? size_t(nrows) * ncols : 0, ShortSpan{});
   // The others are kept by cell number (row * columns + column), made in
   // rising order.
   constexpr size_t kKeptBroken = 4096;
@@ -255,10 +270,12 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
 
   // 1. Row heights: the tallest cell that does not span rows, with the row's
   //    margins; a row spanned over takes no extra height from that cell.
-  std::vector<int> drawn;  // table rows in drawing order
+  std::vector<int>& drawn = scratch.drawn;  // table rows in drawing order
+  drawn.clear();
   if (table.has_header) drawn.push_back(0);
   for (int r = 1; r < nrows; ++r) drawn.push_back(r);
-  std::vector<Twips> heights(drawn.size());
+  std::vector<Twips>& heights = scratch.heights;
+  heights.assign(drawn.size(), Twips(0));
   for (size_t k = 0; k < drawn.size(); ++k) {
     const Row& row = table.rows[drawn[k]];
     const TextStyle& st = table.styles[row.style];
@@ -275,15 +292,14 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
         continue;
       }
       const Twips room = span_width(c, cell) - pad_x * 2;
-      if (const auto width = SingleLineWidth(cell.text, Measurer(cf.font.metrics, cf.size), room,
-                                             cell.attr.no_wrap <= 0)) {
+      const FontMeasure measure{cf.font.metrics, cf.size};
+      if (const auto width = SingleLineWidth(cell.text, measure, room, cell.attr.no_wrap <= 0)) {
         h = std::max(h, lh * 1.0);
         if (draw) one_line[size_t(drawn[k]) * ncols + c] = *width;
         continue;
       }
       const size_t before = short_lines.size();
-      if (ShortLines(cell.text, Measurer(cf.font.metrics, cf.size), room, cell.attr.no_wrap <= 0,
-                     short_lines)) {
+      if (ShortLines(cell.text, measure, room, cell.attr.no_wrap <= 0, short_lines)) {
         const size_t count = short_lines.size() - before;
         h = std::max(h, lh * double(count));
         if (draw)
@@ -318,7 +334,10 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   rules.header_rows = table.has_header ? std::max(1, header_rows_) : 0;
   rules.repeat_header = table.repeat_header;
   rules.keep_together = table.keep_together;
-  rules.keep_with_next.resize(drawn.size());
+  // The rows' flags are the scratch list's, lent to the rules until the
+  // rows are placed.
+  rules.keep_with_next.swap(scratch.keep_with_next);
+  rules.keep_with_next.assign(drawn.size(), false);
   for (size_t k = 0; k < drawn.size(); ++k)
     rules.keep_with_next[k] = table.rows[drawn[k]].keep_with_next;
   const size_t nbody = drawn.size() - size_t(table.has_header ? 1 : 0);
@@ -351,14 +370,12 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   const Twips bottom =
       state_ == State::kOpen ? PageBottom() : Twips(std::numeric_limits<double>::max() / 4);
   const TablePlacement placement = PlaceRows(heights, rules, y_, PageTop(), bottom);
+  rules.keep_with_next.swap(scratch.keep_with_next);
 
   // Rows drawn on one page, for the borders of that page's part of the table.
-  struct Placed {
-    int row;  // table row
-    Twips y, h;
-    size_t k;  // index in `drawn`
-  };
-  std::vector<Placed> segment;
+  using Placed = TableScratch::Placed;
+  std::vector<Placed>& segment = scratch.segment;
+  segment.clear();
 
   auto draw_cell = [&](int r, int c, const render::Box& box) {
     const Row& row = table.rows[r];

@@ -83,9 +83,18 @@ std::vector<ColumnFormat> ParseFormat(std::string_view format) {
 }
 
 std::string EscapeCell(std::string_view value) {
-  std::string out;
+  // Most values hold neither separator: they are copied whole, and only
+  // the rest from the first separator on is looked at character by
+  // character.
+  auto special = [](char c) {
+    return c == '|' || c == ';' || c == kEscapedBar || c == kEscapedSemicolon;
+  };
+  size_t plain = 0;
+  while (plain < value.size() && !special(value[plain])) ++plain;
+  std::string out(value.substr(0, plain));
+  if (plain == value.size()) return out;
   out.reserve(value.size());
-  for (const char c : value) {
+  for (const char c : value.substr(plain)) {
     if (c == '|')
       out += kEscapedBar;
     else if (c == ';')

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace orv::frame {
 namespace {
@@ -156,7 +157,8 @@ namespace {
 // `room`, summed as BreakLines sums it (blanks, words and word pieces, in
 // order); nothing when a piece would wrap or the text holds a tab or line
 // break. An empty line is no width.
-std::optional<Twips> WholeLineWidth(std::string_view line, const MeasureFn& measure, Twips room,
+template <typename Measure>
+std::optional<Twips> WholeLineWidth(std::string_view line, const Measure& measure, Twips room,
                                     bool wrap) {
   Twips x;
   size_t i = 0;
@@ -188,16 +190,74 @@ std::optional<Twips> WholeLineWidth(std::string_view line, const MeasureFn& meas
   return Twips(0) + x;
 }
 
-}  // namespace
+// The same width for text measured in a font, in one pass over the text:
+// each run of blanks and each word piece (FirstPiece's pieces) is summed in
+// font units as it is read and converted as FontMeasure converts it, so the
+// widths agree to the last bit. A piece holding a character past ASCII is
+// measured whole, as the decoder reads it.
+std::optional<Twips> WholeLineWidth(std::string_view line, const FontMeasure& measure, Twips room,
+                                    bool wrap) {
+  const FontMetrics& m = *measure.metrics;
+  const size_t n = line.size();
+  Twips x;
+  size_t i = 0;
+  while (i < n) {
+    const char c = line[i];
+    if (c == '\r' || c == '\n' || c == '\t') return std::nullopt;
+    size_t j = i;
+    if (c == ' ') {
+      while (j < n && line[j] == ' ') ++j;
+      x += m.Width(int64_t(j - i) * m.Advance(U' '), measure.size_pt);
+      i = j;
+      continue;
+    }
+    size_t piece = i;  // where the piece being summed starts
+    int64_t units = 0;
+    bool ascii = true;
+    auto add_piece = [&](size_t end) {
+      const Twips w = ascii ? m.Width(units, measure.size_pt)
+                            : measure(line.substr(piece, end - piece));
+      if (wrap && x + w > room) return false;
+      x += w;
+      return true;
+    };
+    while (true) {
+      if (j == n || line[j] == ' ' || line[j] == '\t' || line[j] == '\r' || line[j] == '\n') {
+        if (!add_piece(j)) return std::nullopt;
+        break;
+      }
+      const auto b = static_cast<unsigned char>(line[j]);
+      if (b < 0x80)
+        units += m.Advance(b);
+      else
+        ascii = false;
+      // A hyphen or slash with a letter on each side ends a piece, never
+      // the piece's first character.
+      if ((b == '-' || b == '/') && j > piece && j + 1 < n && IsLetter(line[j - 1]) &&
+          IsLetter(line[j + 1])) {
+        if (!add_piece(j + 1)) return std::nullopt;
+        piece = j + 1;
+        units = 0;
+        ascii = true;
+      }
+      ++j;
+    }
+    i = j;
+  }
+  if (x > room) return std::nullopt;
+  return Twips(0) + x;
+}
 
-std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& measure, Twips room,
-                                     bool wrap) {
+template <typename Measure>
+std::optional<Twips> SingleLineWidthWith(std::string_view text, const Measure& measure, Twips room,
+                                         bool wrap) {
   if (text.empty()) return std::nullopt;
   return WholeLineWidth(text, measure, room, wrap);
 }
 
-bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
-                std::vector<ShortLine>& out) {
+template <typename Measure>
+bool ShortLinesWith(std::string_view text, const Measure& measure, Twips room, bool wrap,
+                    std::vector<ShortLine>& out) {
   // BreakLines ends a line at each line break without trimming it, and
   // starts the next at no width; after the last break comes one more line.
   if (text.size() > UINT32_MAX) return false;
@@ -218,6 +278,26 @@ bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, boo
   }
 }
 
+}  // namespace
+
+std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& measure, Twips room,
+                                     bool wrap) {
+  return SingleLineWidthWith(text, measure, room, wrap);
+}
+std::optional<Twips> SingleLineWidth(std::string_view text, const FontMeasure& measure, Twips room,
+                                     bool wrap) {
+  return SingleLineWidthWith(text, measure, room, wrap);
+}
+
+bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
+                std::vector<ShortLine>& out) {
+  return ShortLinesWith(text, measure, room, wrap, out);
+}
+bool ShortLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
+                std::vector<ShortLine>& out) {
+  return ShortLinesWith(text, measure, room, wrap, out);
+}
+
 Twips WidestLine(const std::vector<TextLine>& lines) {
   Twips widest;
   for (const auto& l : lines) widest = std::max(widest, l.width);
@@ -231,8 +311,15 @@ double FitSize(double size_pt, Twips widest, Twips room, double floor_pt) {
 }
 
 bool IsPlainAscii(std::string_view text) {
-  for (const char c : text)
-    if (static_cast<unsigned char>(c) >= 0x80) return false;
+  // Eight bytes at a time: every cell of every table passes through here.
+  size_t i = 0;
+  for (; i + 8 <= text.size(); i += 8) {
+    uint64_t word;
+    std::memcpy(&word, text.data() + i, 8);
+    if (word & 0x8080808080808080u) return false;
+  }
+  for (; i < text.size(); ++i)
+    if (static_cast<unsigned char>(text[i]) >= 0x80) return false;
   return true;
 }
 

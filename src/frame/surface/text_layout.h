@@ -18,6 +18,7 @@
 #include <string_view>
 #include <vector>
 
+#include "frame/surface/font_metrics.h"
 #include "platform/render/twips.h"
 
 namespace orv::frame {
@@ -26,6 +27,16 @@ inline constexpr Twips kTabStop = Twips(720);
 
 // Width of a piece of text that holds no line break or tab.
 using MeasureFn = std::function<Twips(std::string_view)>;
+
+// The width of text in one font at one size, as a MeasureFn built from the
+// same font and size gives it. A plain value rather than a MeasureFn, so that
+// a table measuring every word of thousands of cells does so without a call
+// through a pointer for each word.
+struct FontMeasure {
+  const FontMetrics* metrics;
+  double size_pt;
+  Twips operator()(std::string_view s) const { return metrics->Width(s, size_pt); }
+};
 
 // A piece of a line without tabs, at `x` from the line's start.
 struct LineSegment {
@@ -54,6 +65,8 @@ std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure
 // building lines it would throw away.
 std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& measure, Twips room,
                                      bool wrap = true);
+std::optional<Twips> SingleLineWidth(std::string_view text, const FontMeasure& measure, Twips room,
+                                     bool wrap = true);
 
 // One line of a text that BreakLines would set as the text between two
 // line breaks: where it stands in the text, and its width.
@@ -69,6 +82,8 @@ struct ShortLine {
 // table keep most cells of a few lines (an address, two phone numbers) as
 // places in their text rather than as lines of their own.
 bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
+                std::vector<ShortLine>& out);
+bool ShortLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
                 std::vector<ShortLine>& out);
 
 // The widest line of `lines`.
