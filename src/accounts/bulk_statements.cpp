@@ -94,8 +94,9 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
   // its holders and of everyone who names one of them as primary holder.
   // They are read for many accounts at once, by the keys the accounts find
   // them by, and not by a statement per account: on the server each
-  // statement is a round trip, and the month's run of 1,241 families spent
-  // more of its time on them than SQLite spent on the whole run. The keys
+  // statement is a round trip, and with the stamp a page used to make,
+  // the run for 1,241 families (5,000 patients) waited about 0.5 s on
+  // them where SQLite ran the whole report in 0.35 s. The keys
   // are each patient's number, or each family's holders as the pages below
   // take them (the first row of a holder names the secondary holder).
   std::vector<int32_t> keys;
