@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -23,6 +24,18 @@ inline ShellResult HostShell(const std::string& cmd) {
 
 inline std::string HostProgram() {
   return ORVENDA_APP;
+}
+
+// Changes the practice file `db` behind the host's back, in SQLite's own
+// dialect; a statement SQLite refuses fails the test with its message.
+inline void EditPractice(const std::string& db, const std::string& sql) {
+  sqlite3* h = nullptr;
+  char* err = nullptr;
+  if (sqlite3_open(db.c_str(), &h) != SQLITE_OK ||
+      sqlite3_exec(h, sql.c_str(), nullptr, nullptr, &err) != SQLITE_OK)
+    ADD_FAILURE() << db << ": " << (err ? err : sqlite3_errmsg(h)) << "\n" << sql;
+  sqlite3_free(err);
+  sqlite3_close(h);
 }
 
 // A scratch folder named for the suite and this process, with a demo

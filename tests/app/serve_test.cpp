@@ -136,12 +136,9 @@ class Serve : public orv::testing::HostSuite {
   // A copy of the demo practice named `name`, changed by `updates`.
   static std::string ChangedCopy(const std::string& name,
                                  std::initializer_list<std::string> updates) {
-    std::string db = dir + "/" + name;
+    std::string db = At(name);
     fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
-    for (const auto& update : updates) {
-      auto w = Host("sql --write --db " + db + " " + ShellQuote(update));
-      EXPECT_EQ(w.status, 0) << w.out;
-    }
+    for (const auto& update : updates) orv::testing::EditPractice(db, update);
     return db;
   }
   static std::string ReferralOfPatient5(const std::string& db) {
