@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -84,6 +85,15 @@ class HostSuite : public ::testing::Test {
 
   static inline std::string dir;
 };
+
+// The file a CUPS queue of this machine writes its jobs to; "" for a queue
+// that prints on paper or is not there. lpstat names a file device
+// "file:///tmp/q.prn" or, in some versions, "///tmp/q.prn".
+inline std::string QueueFile(const std::string& queue) {
+  std::smatch m;
+  const std::string line = RunShell("lpstat -v " + ShellQuote(queue) + " 2>/dev/null").out;
+  return std::regex_search(line, m, std::regex(R"(: (?:file:)?/*(/\S+))")) ? m[1].str() : "";
+}
 
 // The whole of a file, as bytes.
 inline std::string ReadFile(const std::string& path) {

@@ -580,24 +580,6 @@ TEST_F(Serve, PatientSearchFoldsAccentsAndCase) {
   PatientSearchFoldsAccentsAndCase(pg.url());
 }
 
-}  // namespace
-
-namespace {
-
-// The file a queue of this machine writes its jobs to, or "" for a queue
-// that prints on paper. lpstat names a file device "file:///tmp/q.prn" or,
-// in some versions, "///tmp/q.prn".
-std::string QueueFile(const std::string& queue) {
-  std::string line = orv::testing::RunShell("lpstat -v " + ShellQuote(queue) + " 2>/dev/null").out;
-  size_t colon = line.find(": ");
-  if (colon == std::string::npos) return "";
-  std::string device = line.substr(colon + 2);
-  while (!device.empty() && (device.back() == '\n' || device.back() == ' ')) device.pop_back();
-  if (device.rfind("file://", 0) == 0) device = device.substr(7);
-  if (device.rfind("///", 0) == 0) device = device.substr(2);
-  return device.rfind("/", 0) == 0 ? device : "";
-}
-
 TEST_F(Serve, PrintsToAQueueOfThisMachine) {
   LiveServer live(Options(Db()));
   auto c = live.Client();
@@ -616,7 +598,7 @@ TEST_F(Serve, PrintsToAQueueOfThisMachine) {
   json printers = Json(c.Get("/api/printers"))["printers"];
   std::string queue, file;
   for (const auto& p : printers)
-    if (file.empty() && !(file = QueueFile(p)).empty()) queue = p;
+    if (file.empty() && !(file = orv::testing::QueueFile(p)).empty()) queue = p;
   if (queue.empty()) GTEST_SKIP() << "no CUPS queue that prints to a file on this machine";
   fs::remove(file);
   auto printed = PostJson(c, run + "/print", json{{"printer", queue}}.dump());
