@@ -24,14 +24,19 @@ using lists::JoinedName;
 // only started for a label that exists, so 30 labels make one page.
 class LabelSheet {
  public:
-  explicit LabelSheet(frame::PrintSurface& vsp) : vsp_(vsp) {}
+  // The thirteen corners are read once: a sheet of 20,000 patients spent a
+  // tenth of its run writing and parsing the same lengths for every label.
+  explicit LabelSheet(frame::PrintSurface& vsp) : vsp_(vsp) {
+    for (int c = 0; c < 3; ++c) across_[c] = Inches(c * 2.75 + 0.25);
+    for (int r = 0; r < 10; ++r) down_[r] = Inches(r + 0.5);
+  }
 
   void Place(const std::string& text) {
     if (row_ == 10) {
       vsp_.NewPage();
       row_ = 0;
     }
-    vsp_.TextBox(text, Inches(column_ * 2.75 + 0.25), Inches(row_ + 0.5), "2.55in", "0.89in", false);
+    vsp_.TextBox(text, across_[column_], down_[row_], width_, height_, false);
     if (++column_ == 3) {
       column_ = 0;
       ++row_;
@@ -40,9 +45,12 @@ class LabelSheet {
 
  private:
   // The number and "in", as the sheet's positions are written.
-  static std::string Inches(double v) { return CStr(Variant(v)) + "in"; }
+  static frame::Length Inches(double v) { return frame::Length(CStr(Variant(v)) + "in"); }
 
   frame::PrintSurface& vsp_;
+  frame::Length across_[3] = {0, 0, 0};
+  frame::Length down_[10] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+  const frame::Length width_{"2.55in"}, height_{"0.89in"};
   int column_ = 0;
   int row_ = 0;
 };
