@@ -64,10 +64,26 @@ std::string PatientLabelSql(const std::string& txtfilter) {
                                  txtfilter + " ORDER BY LastName, FirstName, ID";
 }
 
-std::string PatientLabelText(clsCommonFunctions& cf, const db::Recordset& rs) {
-  return JoinedName(cf, rs, {"Title", "FirstName", "LastName"}) + "\r\n" +
-         cf.returnStr(rs["Address"].Value());
-}
+// A patient's label: the name as JoinedName joins it, then the address.
+// The fields are found once for the sheet, not by name for every label.
+class PatientLabel {
+ public:
+  explicit PatientLabel(const db::Recordset& rs)
+      : title_(rs["Title"]), first_(rs["FirstName"]), last_(rs["LastName"]), address_(rs["Address"]) {}
+
+  std::string Text(clsCommonFunctions& cf) const {
+    std::string text;
+    lists::AppendNamePart(text, cf.returnStr(title_.Value(), true));
+    lists::AppendNamePart(text, cf.returnStr(first_.Value(), true));
+    lists::AppendNamePart(text, cf.returnStr(last_.Value(), true));
+    text += "\r\n";
+    text += cf.returnStr(address_.Value());
+    return text;
+  }
+
+ private:
+  db::Field title_, first_, last_, address_;
+};
 
 // The one-label-per-page frame: margins of 200 twips all round, the page
 // the way given, the document started and the text centred.
@@ -96,8 +112,9 @@ void clsReports::rptMailingLabels(std::string txtfilter) {
   vsp.StartDoc();
   vsp.TextAlign(7);
   LabelSheet sheet(vsp);
+  const PatientLabel label(rs);
   while (!rs.Eof()) {
-    sheet.Place(PatientLabelText(cf, rs));
+    sheet.Place(label.Text(cf));
     RaiseProgress(rs);
     rs.MoveNext();
   }
@@ -160,8 +177,9 @@ void clsReports::rptMailingLabelsSinglePage(std::string txtfilter) {
   if (vsp.PrintDialog(2) == 0) return;
   db::Recordset rs = Open(PatientLabelSql(NoZeroFilter(txtfilter)));
   StartSingleLabels(vsp, 1);
+  const PatientLabel label(rs);
   while (!rs.Eof()) {
-    vsp.Text(PatientLabelText(cf, rs));
+    vsp.Text(label.Text(cf));
     RaiseProgress(rs);
     rs.MoveNext();
     if (!rs.Eof()) vsp.NewPage();
