@@ -90,6 +90,11 @@ struct PhoneFields {
   db::Field home, work, ext;
 };
 
+// The appointments' days from `dtStart` to `dtEnd`, both whole.
+std::string DayBookDays(const DateTime& dtStart, const DateTime& dtEnd) {
+  return "([Date] >= '" + Day(dtStart) + "' AND [Date] <= '" + Day(dtEnd) + "')";
+}
+
 // The joins, the period, the providers and the category that the day book
 // and the operatory list read alike.
 std::string DayBookFrom(const DateTime& dtStart, const DateTime& dtEnd, const std::string& ProviderFilter,
@@ -97,10 +102,8 @@ std::string DayBookFrom(const DateTime& dtStart, const DateTime& dtEnd, const st
   std::string sql =
       " FROM PatientAppointments INNER JOIN Patient ON PatientAppointments.PatientID = Patient.ID "
       "INNER JOIN Employees ON PatientAppointments.ProviderID = Employees.ID INNER JOIN "
-      "ProcedureCategories ON PatientAppointments.ProcedureCat = ProcedureCategories.ID WHERE "
-      "([Date] >= '" +
-      Day(dtStart) + "' AND [Date] <= '" + Day(dtEnd) + "')" +
-      ProviderCondition(ProviderFilter, "PatientAppointments.ProviderID");
+      "ProcedureCategories ON PatientAppointments.ProcedureCat = ProcedureCategories.ID WHERE " +
+      DayBookDays(dtStart, dtEnd) + ProviderCondition(ProviderFilter, "PatientAppointments.ProviderID");
   if (Category != 0) sql += " AND ProcedureCat = " + std::to_string(Category);
   return sql;
 }
@@ -319,14 +322,16 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
     // one statement per appointment, each patient's in the order of the
     // practice's alert list: the join alone leaves their order to the
     // engine's plan, and the same sheet printed from the file and from the
-    // server must read alike.
+    // server must read alike. The patients are those booked in the period
+    // with the providers asked for, without the listing's joins: a few
+    // more than the sheet shows cost nothing, running the joins twice did.
     std::unordered_map<std::string, std::string> alerts_of;
     {
       db::Recordset alerts = Open(
           "SELECT PatientAlerts.PatientID, ListAlerts.Name AS AlertName FROM PatientAlerts INNER JOIN ListAlerts "
-          "ON PatientAlerts.AlertID = ListAlerts.ID WHERE PatientAlerts.PatientID IN (SELECT "
-          "PatientAppointments.PatientID" +
-          DayBookFrom(dtStart, dtEnd, ProviderFilter, Category) +
+          "ON PatientAlerts.AlertID = ListAlerts.ID WHERE PatientAlerts.PatientID IN (SELECT PatientID FROM "
+          "PatientAppointments WHERE " +
+          DayBookDays(dtStart, dtEnd) + ProviderCondition(ProviderFilter, "PatientAppointments.ProviderID") +
           ") ORDER BY PatientAlerts.PatientID, PatientAlerts.AlertID");
       const db::Field patient = alerts["PatientID"], name = alerts["AlertName"];
       while (!alerts.Eof()) {
