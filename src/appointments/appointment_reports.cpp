@@ -90,6 +90,27 @@ struct PhoneFields {
   db::Field home, work, ext;
 };
 
+// The patient's cells of the day book and the planned list: the name over
+// the category, the units, and the phones.
+struct PatientCells {
+  explicit PatientCells(const db::Recordset& rs)
+      : first_name(rs["PatientFirstName"]), last_name(rs["PatientLastName"]), category(rs["CategoryName"]),
+        units(rs["Units"]), phones(rs) {}
+
+  void Append(clsCommonFunctions& cf, std::string& out) const {
+    out += frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value()));
+    out += "\r\n";
+    out += Esc(cf, category.Value());
+    out += "|";
+    out += Esc(cf, units.Value());
+    out += "|";
+    phones.AppendCell(cf, out);
+  }
+
+  db::Field first_name, last_name, category, units;
+  PhoneFields phones;
+};
+
 // The appointments' days from `dtStart` to `dtEnd`, both whole.
 std::string DayBookDays(const DateTime& dtStart, const DateTime& dtEnd) {
   return "([Date] >= '" + Day(dtStart) + "' AND [Date] <= '" + Day(dtEnd) + "')";
@@ -239,10 +260,9 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
   db::Recordset rs = OpenKeeping(sql, {"Date", "Provider", "Time", "PatientFirstName", "PatientLastName",
                                        "CategoryName", "Units", "HomePhone", "WorkPhone", "WorkExt", "Confirmed",
                                        "Estimate"});
-  const db::Field date = rs["Date"], provider = rs["Provider"], time = rs["Time"], first_name = rs["PatientFirstName"],
-                  last_name = rs["PatientLastName"], category = rs["CategoryName"], units = rs["Units"],
-                  confirmed = rs["Confirmed"], estimate_field = rs["Estimate"];
-  const PhoneFields phones(rs);
+  const db::Field date = rs["Date"], provider = rs["Provider"], time = rs["Time"], confirmed = rs["Confirmed"],
+                  estimate_field = rs["Estimate"];
+  const PatientCells patient(rs);
   appointments::TimeTexts times(cf);
   vsp.TextAlign(0);
 
@@ -272,13 +292,7 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
     std::string& b = walk.body;
     b += times(time.Value());
     b += "|";
-    b += frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value()));
-    b += "\r\n";
-    b += Esc(cf, category.Value());
-    b += "|";
-    b += Esc(cf, units.Value());
-    b += "|";
-    phones.AppendCell(cf, b);
+    patient.Append(cf, b);
     b += "|";
     b += Format(confirmed.Value(), "Yes/No");
     b += "|";
@@ -424,23 +438,15 @@ void clsReports::srptPlannedAppointmentsList(std::string ProviderFilter, DateTim
       "PatientFuture.EstScheduleDate";
   db::Recordset rs = OpenKeeping(sql, {"EstScheduleDate", "ProviderName", "PatientFirstName", "PatientLastName",
                                        "CategoryName", "Units", "HomePhone", "WorkPhone", "WorkExt", "Estimate"});
-  const db::Field scheduled = rs["EstScheduleDate"], provider = rs["ProviderName"],
-                  first_name = rs["PatientFirstName"], last_name = rs["PatientLastName"],
-                  category = rs["CategoryName"], units = rs["Units"], estimate = rs["Estimate"];
-  const PhoneFields phones(rs);
+  const db::Field scheduled = rs["EstScheduleDate"], provider = rs["ProviderName"], estimate = rs["Estimate"];
+  const PatientCells patient(rs);
   std::string body;
   while (!rs.Eof()) {
     body += frame::EscapeCell(Format(scheduled.Value(), "dddd mmmm d, yyyy"));
     body += "\r\n";
     body += Esc(cf, provider.Value());
     body += "|";
-    body += frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value()));
-    body += "\r\n";
-    body += Esc(cf, category.Value());
-    body += "|";
-    body += Esc(cf, units.Value());
-    body += "|";
-    phones.AppendCell(cf, body);
+    patient.Append(cf, body);
     body += "|";
     body += EstimateText(estimate.Value());
     body += ";";
