@@ -475,8 +475,8 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
       ") AND STATUS <> 'In Progress' AND Code <> '-00100'" +
       AndProviders(ProviderFilter, "InvoiceDetails.ProviderID");
   struct Line {
-    // The sort keys, made once per line: the day (0 for none) and the
-    // provider's name in lower case.
+    // The sort keys, made once per line: the date with its time as a
+    // serial (0 for none) and the provider's name in lower case.
     double day;
     std::string provider_key, cells;
     Currency cost;
@@ -484,11 +484,11 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
   };
   std::map<std::string, std::vector<Line>> by_code;
   // The lines of a month fall on a few dozen days: each day's text is
-  // formatted once.
+  // formatted once (the format shows the day alone, not the time).
   std::unordered_map<double, std::string> day_texts;
   auto day_text = [&](const Variant& date) -> std::string {
     if (!date.IsDate()) return EscapeCell(Format(date, "mmm/dd/yyyy"));
-    auto [it, added] = day_texts.try_emplace(date.AsDate().serial());
+    auto [it, added] = day_texts.try_emplace(date.AsDate().DatePart().serial());
     if (added) it->second = EscapeCell(Format(date, "mmm/dd/yyyy"));
     return it->second;
   };
