@@ -20,7 +20,8 @@
 // set: not). Server settings for a trial come through libpq's environment,
 // e.g. PGOPTIONS="-c jit=off". BENCH_ENGINES_KEEP set keeps the practice
 // file and the reports' texts; BENCH_ENGINES_STATEMENTS=FILE writes every
-// server statement with its time and runs.
+// server statement with its time and runs; BENCH_ENGINES_ONLY=NAME,...
+// runs only the reports named.
 //
 // SERVER_URL names any database of the server, e.g. the one pg.sh prints
 // (postgresql://orvenda@127.0.0.1:PORT/postgres); the practice goes into
@@ -63,7 +64,7 @@ using BenchClock = std::chrono::steady_clock;
 struct ServerCalls {
   BenchClock::duration wait{};
   long prepares = 0;
-  long executes = 0;  // PQexecPrepared
+  long executes = 0;  // PQexecPrepared and PQsendQueryPrepared
   long others = 0;    // PQexec and PQexecParams (session, transaction, DEALLOCATE)
   long round_trips() const { return prepares + executes + others; }
 };
@@ -79,6 +80,25 @@ std::map<std::string, StatementTime> g_server_by_statement;
 std::map<std::string, StatementTime*> g_prepared;
 // What PQexec sent, by its first word (BEGIN, DEALLOCATE, SELECT, ...).
 std::map<std::string, long> g_exec_by_word;
+
+// libpq calls its own exported functions (PQexec calls PQgetResult), so
+// only the outermost call is timed and counted.
+int g_pq_depth = 0;
+// The statement whose results PQgetResult is reading, to charge its wait.
+StatementTime* g_reading = nullptr;
+
+struct PqCall {
+  PqCall() : outer(g_pq_depth++ == 0), start(BenchClock::now()) {}
+  ~PqCall() { --g_pq_depth; }
+  // The time since the call began, added to the wait when outermost.
+  BenchClock::duration Done() {
+    const auto spent = BenchClock::now() - start;
+    if (outer) g_server.wait += spent;
+    return spent;
+  }
+  bool outer;
+  BenchClock::time_point start;
+};
 
 template <typename F>
 F RealPq(const char* name) {
@@ -99,10 +119,12 @@ F RealPq(const char* name) {
 // database layer lands here first and is passed on.
 extern "C" PGresult* PQexec(PGconn* conn, const char* query) {
   static auto real = RealPq<PGresult* (*)(PGconn*, const char*)>("PQexec");
-  const auto start = BenchClock::now();
+  PqCall call;
   PGresult* r = real(conn, query);
-  g_server.wait += BenchClock::now() - start;
+  call.Done();
+  if (!call.outer) return r;
   ++g_server.others;
+  g_reading = nullptr;
   std::string text(query ? query : "");
   ++g_exec_by_word[text.substr(0, text.find_first_of(" (;"))];
   return r;
@@ -113,38 +135,70 @@ extern "C" PGresult* PQexecParams(PGconn* conn, const char* command, int nParams
                                   const int* paramFormats, int resultFormat) {
   static auto real = RealPq<PGresult* (*)(PGconn*, const char*, int, const Oid*, const char* const*,
                                           const int*, const int*, int)>("PQexecParams");
-  const auto start = BenchClock::now();
+  PqCall call;
   PGresult* r = real(conn, command, nParams, paramTypes, paramValues, paramLengths, paramFormats, resultFormat);
-  g_server.wait += BenchClock::now() - start;
-  ++g_server.others;
+  call.Done();
+  if (call.outer) ++g_server.others;
   return r;
 }
 
 extern "C" PGresult* PQprepare(PGconn* conn, const char* stmtName, const char* query, int nParams,
                                const Oid* paramTypes) {
   static auto real = RealPq<PGresult* (*)(PGconn*, const char*, const char*, int, const Oid*)>("PQprepare");
-  const auto start = BenchClock::now();
+  PqCall call;
   PGresult* r = real(conn, stmtName, query, nParams, paramTypes);
-  g_server.wait += BenchClock::now() - start;
+  call.Done();
+  if (!call.outer) return r;
   ++g_server.prepares;
   g_prepared[stmtName ? stmtName : ""] = &g_server_by_statement[query ? query : ""];
   return r;
 }
 
+// A prepared statement run whole.
 extern "C" PGresult* PQexecPrepared(PGconn* conn, const char* stmtName, int nParams,
                                     const char* const* paramValues, const int* paramLengths,
                                     const int* paramFormats, int resultFormat) {
   static auto real = RealPq<PGresult* (*)(PGconn*, const char*, int, const char* const*, const int*,
                                           const int*, int)>("PQexecPrepared");
-  const auto start = BenchClock::now();
+  PqCall call;
   PGresult* r = real(conn, stmtName, nParams, paramValues, paramLengths, paramFormats, resultFormat);
-  const auto spent = BenchClock::now() - start;
-  g_server.wait += spent;
+  const auto spent = call.Done();
+  if (!call.outer) return r;
   ++g_server.executes;
   if (auto it = g_prepared.find(stmtName ? stmtName : ""); it != g_prepared.end()) {
     it->second->spent += spent;
     ++it->second->runs;
   }
+  return r;
+}
+
+// A prepared statement sent, its rows read after by PQgetResult (in
+// portions), whose waits are charged to it.
+extern "C" int PQsendQueryPrepared(PGconn* conn, const char* stmtName, int nParams,
+                                   const char* const* paramValues, const int* paramLengths,
+                                   const int* paramFormats, int resultFormat) {
+  static auto real = RealPq<int (*)(PGconn*, const char*, int, const char* const*, const int*, const int*,
+                                    int)>("PQsendQueryPrepared");
+  PqCall call;
+  const int sent = real(conn, stmtName, nParams, paramValues, paramLengths, paramFormats, resultFormat);
+  const auto spent = call.Done();
+  if (!call.outer) return sent;
+  ++g_server.executes;
+  g_reading = nullptr;
+  if (auto it = g_prepared.find(stmtName ? stmtName : ""); it != g_prepared.end()) {
+    g_reading = it->second;
+    g_reading->spent += spent;
+    ++g_reading->runs;
+  }
+  return sent;
+}
+
+extern "C" PGresult* PQgetResult(PGconn* conn) {
+  static auto real = RealPq<PGresult* (*)(PGconn*)>("PQgetResult");
+  PqCall call;
+  PGresult* r = real(conn);
+  const auto spent = call.Done();
+  if (call.outer && g_reading != nullptr) g_reading->spent += spent;
   return r;
 }
 
@@ -344,7 +398,10 @@ int main(int argc, char** argv) {
               "batched");
   double total[3] = {0, 0, 0};
   bool all_same = true;
+  // BENCH_ENGINES_ONLY=rptA,rptB runs those reports alone.
+  const std::string only = std::getenv("BENCH_ENGINES_ONLY") ? std::getenv("BENCH_ENGINES_ONLY") : "";
   for (const Report& report : reports) {
+    if (!only.empty() && ("," + only + ",").find("," + report.name + ",") == std::string::npos) continue;
     const Run lite = run(engines[0], report.name, report.body);
     const Run single = run(engines[2], report.name, report.body);
     const Run pg = run(engines[1], report.name, report.body);

@@ -3,8 +3,12 @@
 // invoices and an age table set at the foot of the page. Each account's
 // pages are numbered within it.
 #include <algorithm>
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
+#include <utility>
+#include <vector>
 
 #include "accounts/account_model.h"
 #include "accounts/stamp_transaction.h"
@@ -60,10 +64,12 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
   }
   db::Recordset rs = Open(sql);
 
+  // With the invoice's own figures (its completion, final total and date)
+  // for what it stands for, and the patient's holder to find a family's.
   const std::string invoice_select =
-      "SELECT Invoices.ID, Invoices.PatientID, Patient.FullName as FullName, Invoices.[Invoice#], "
-      "Invoices.Date, Invoices.InvoiceTotal FROM Invoices INNER JOIN Patient ON Invoices.PatientID "
-      "= Patient.ID ";
+      "SELECT Invoices.ID, Invoices.PatientID, Patient.PrimaryHolderID, Patient.FullName as FullName, "
+      "Invoices.[Invoice#], Invoices.Date, Invoices.InvoiceTotal, Invoices.[Complete?], "
+      "Invoices.InvoiceFinalTotal FROM Invoices INNER JOIN Patient ON Invoices.PatientID = Patient.ID ";
   const std::string age_format = "^!~+1.3in|^!~+1.3in|^!~+1.3in|^!~+1.3in|^!~+1.3in";
   const std::string age_header = "Current|> 30 Days|> 60 Days|> 90 Days|Total Due($)";
 
@@ -83,6 +89,110 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     }
   }
 
+  // 1. The run's open invoices. A page lists an account's invoices that are
+  // still owed: for a patient, the patient's own; for a family, those of
+  // its holders and of everyone who names one of them as primary holder.
+  // They are read for many accounts at once, by the keys the accounts find
+  // them by, and not by a statement per account: on the server each
+  // statement is a round trip, and with the stamp a page used to make,
+  // the run for 1,241 families (5,000 patients) waited about 0.5 s on
+  // them where SQLite ran the whole report in 0.35 s. The keys
+  // are each patient's number, or each family's holders as the pages below
+  // take them (the first row of a holder names the secondary holder).
+  std::vector<int32_t> keys;
+  {
+    std::set<int32_t> holders_seen;
+    while (!rs.Eof()) {
+      if (!IsFamilyStatement) {
+        keys.push_back(CLng(rs["ID"].Value()));
+      } else if (holders_seen.insert(CLng(rs["PrimaryHolderID"].Value())).second) {
+        keys.push_back(CLng(rs["PrimaryHolderID"].Value()));
+        const Variant secondary = rs["SecondaryHolderID"].Value();
+        if (!secondary.IsNull() && CLng(secondary) != 0) keys.push_back(CLng(secondary));
+      }
+      rs.MoveNext();
+    }
+    if (rs.RecordCount() > 0) rs.MoveFirst();
+    std::sort(keys.begin(), keys.end());
+    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+  }
+  struct Row {
+    std::string cells;
+    Currency balance;
+    long long days;
+    DateTime date;
+    double number;
+    int32_t id;
+    int32_t patient;
+    std::optional<int32_t> holder;
+  };
+  std::vector<Row> open_rows;
+  // A few hundred keys a statement keeps its text short.
+  constexpr size_t kKeysPerRead = 500;
+  // Each open invoice by its patient and by its patient's primary holder.
+  std::vector<std::pair<int32_t, uint32_t>> by_patient, by_holder;
+  {
+    // An invoice whose patient and holder are keys of two reads comes
+    // twice; the page takes it once.
+    for (size_t first = 0; first < keys.size(); first += kKeysPerRead) {
+      std::string list;
+      for (size_t i = first; i < keys.size() && i < first + kKeysPerRead; ++i)
+        list += (list.empty() ? "" : ", ") + std::to_string(keys[i]);
+      std::string condition =
+          IsFamilyStatement
+              ? "WHERE (Invoices.[Complete?] = - 1 or Invoices.[Complete?] = 1) and (Invoices.PatientID IN (" +
+                    list + ") or Patient.PrimaryHolderID IN (" + list + ")) AND Cancelled IS NULL"
+              : "WHERE (Invoices.[Complete?] = - 1 or [Complete?] = 1) and Cancelled IS NULL AND Patient.ID IN (" +
+                    list + ")";
+      if (!IsFamilyStatement && !txtFamilyFilter.empty())
+        condition += " and (" + txtFamilyFilter + ") AND Cancelled IS NULL";
+      db::Recordset inv = Open(invoice_select + condition);
+      while (!inv.Eof()) {
+        const int32_t id = CLng(inv["ID"].Value());
+        // The invoice's worth from its own row; one without a total is
+        // worth nothing, as when it is looked up by its number.
+        const Currency amount =
+            inv["InvoiceTotal"].Value().IsNull() ? Currency() : model.ReturnInvoiceAmount(id, Variant::Null(), &inv);
+        const Currency paid = model.ReturnInvoicePaid(true, id, DateTime(), 0);
+        if (paid < amount) {
+          const Currency balance = amount - paid;
+          std::string total_cell = cf.MyFormat(amount, "Currency");
+          if (auto charged = interest.find(id); charged != interest.end()) {
+            Currency added = charged->second;
+            total_cell = "Sub Total " + cf.MyFormat(amount, "Currency") + "\r\nInterest " +
+                         cf.MyFormat(added, "Currency") + "\r\nGrand Total " +
+                         cf.MyFormat(amount + added, "Currency");
+          }
+          const DateTime date = cf.ReturnDate(inv["Date"].Value());
+          const Variant holder = inv["PrimaryHolderID"].Value();
+          const auto index = static_cast<uint32_t>(open_rows.size());
+          open_rows.push_back(
+              {frame::EscapeCell(cf.returnStr(inv["Invoice#"].Value())) + "|" +
+                   Format(inv["Date"].Value(), "MMM/d/yyyy") + "|" +
+                   frame::EscapeCell(cf.returnStr(inv["FullName"].Value())) + "|" + total_cell + "|" +
+                   cf.MyFormat(paid, "Currency") + "|" + cf.MyFormat(balance, "Currency") + ";",
+               balance, DateDiff("d", date, today), date, cf.ReturnVal(inv["Invoice#"].Value()), id,
+               CLng(inv["PatientID"].Value()),
+               holder.IsNull() ? std::nullopt : std::optional<int32_t>(CLng(holder))});
+          by_patient.emplace_back(open_rows.back().patient, index);
+          if (open_rows.back().holder) by_holder.emplace_back(*open_rows.back().holder, index);
+        }
+        inv.MoveNext();
+      }
+      inv.Close();
+    }
+    std::sort(by_patient.begin(), by_patient.end());
+    std::sort(by_holder.begin(), by_holder.end());
+  }
+  // The open invoices of the rows of `index` whose key is `key`, added to
+  // `found`.
+  auto add_found = [](const std::vector<std::pair<int32_t, uint32_t>>& index, int32_t key,
+                      std::vector<uint32_t>& found) {
+    for (auto it = std::lower_bound(index.begin(), index.end(), std::make_pair(key, uint32_t{0}));
+         it != index.end() && it->first == key; ++it)
+      found.push_back(it->second);
+  };
+
   // Families come sorted by the holder's name, so each holder's rows stand
   // together; holders already done are remembered all the same, so that two
   // holders of one name cannot interleave into a second page.
@@ -91,11 +201,16 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
   // Each account's first page: the pages of one account are numbered
   // within it, since each goes out as a letter of its own.
   std::vector<frame::DocumentPart> accounts;
+  // The accounts stamped as sent a statement, written together at the end
+  // of the run (one statement for many, not a round trip a page), within
+  // the run's transaction as before: a run that fails stamps no one.
+  std::vector<int32_t> stamped;
   StampTransaction stamps(conn());
   while (!rs.Eof()) {
     int32_t account = CLng(rs["ID"].Value());
-    std::string name, address, condition;
+    std::string name, address;
     std::string printed_name;  // as it prints, unescaped, for the letter's file
+    std::vector<uint32_t> found;
     if (IsFamilyStatement) {
       int32_t holder = CLng(rs["PrimaryHolderID"].Value());
       if (!holders_done.insert(holder).second) {
@@ -108,75 +223,46 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
                               cf.returnStr(rs["PolicyLastName"].Value()));
       name = frame::EscapeCell(printed_name);
       address = frame::EscapeCell(cf.returnStr(rs["PolicyAddress"].Value()));
-      // Both terms take the holder's ID, the row's patient's too: the page
-      // is the holder's account, so it holds the holder's own invoices and
-      // those of everyone who names the holder. The member whose row came
-      // first in the sort has no standing of their own; with that member's
-      // ID the page would change with the order of the rows.
-      std::string h = std::to_string(holder);
-      condition = "(PatientID = " + h + " or PrimaryHolderID = " + h + ")";
-      // A secondary holder stored as 0 is no holder: "PatientID = 0 or
-      // PrimaryHolderID = 0" would bring in strangers who store 0.
+      // The holder's ID finds the invoices, the row's patient's does not:
+      // the page is the holder's account, so it holds the holder's own
+      // invoices and those of everyone who names the holder. The member
+      // whose row came first in the sort has no standing of their own; with
+      // that member's ID the page would change with the order of the rows.
+      // A secondary holder stored as 0 is no holder: it would bring in
+      // strangers who store 0.
+      std::vector<int32_t> family = {holder};
       const Variant secondary = rs["SecondaryHolderID"].Value();
-      if (!secondary.IsNull() && CLng(secondary) != 0) {
-        std::string s = std::to_string(CLng(secondary));
-        condition += " or (PatientID = " + s + " or PrimaryHolderID = " + s + ")";
+      if (!secondary.IsNull() && CLng(secondary) != 0) family.push_back(CLng(secondary));
+      for (int32_t key : family) {
+        add_found(by_patient, key, found);
+        add_found(by_holder, key, found);
       }
-      condition = "WHERE (Invoices.[Complete?] = - 1 or Invoices.[Complete?] = 1) and (" +
-                  condition + ") AND Cancelled IS NULL";
     } else {
       printed_name = vb::Trim(cf.returnStr(rs["FirstName"].Value()) + " " +
                               cf.returnStr(rs["LastName"].Value()));
       name = frame::EscapeCell(printed_name);
       address = frame::EscapeCell(cf.returnStr(rs["Address"].Value()));
-      condition =
-          "WHERE (Invoices.[Complete?] = - 1 or [Complete?] = 1) and Cancelled IS NULL AND "
-          "Patient.ID = " +
-          std::to_string(account);
-      if (!txtFamilyFilter.empty())
-        condition += " and (" + txtFamilyFilter + ") AND Cancelled IS NULL";
+      add_found(by_patient, account, found);
     }
-    db::Recordset inv = Open(invoice_select + condition);
-
-    // 1. The figures first: a page is made only once the account is known
-    // to owe something, where NoZeros asks for that.
-    struct Row {
-      std::string cells;
-      Currency balance;
-      long long days;
-      DateTime date;
-      double number;
-    };
+    // Each invoice once (a family's holder may find it by the patient and
+    // by the holder, and two reads may both bring it), in the order of
+    // their numbers, as a statement of the account's own would give them.
+    std::sort(found.begin(), found.end(),
+              [&](uint32_t a, uint32_t b) { return open_rows[a].id < open_rows[b].id; });
+    found.erase(std::unique(found.begin(), found.end(),
+                            [&](uint32_t a, uint32_t b) { return open_rows[a].id == open_rows[b].id; }),
+                found.end());
+    // The account's figures first: a page is made only once the account is
+    // known to owe something, where NoZeros asks for that.
     std::vector<Row> rows;
     Currency balances;
-    while (!inv.Eof()) {
-      int32_t id = CLng(inv["ID"].Value());
-      Currency amount = model.ReturnInvoiceAmount(id);
-      Currency paid = model.ReturnInvoicePaid(true, id, DateTime(), 0);
-      if (paid < amount) {
-        Currency balance = amount - paid;
-        balances += balance;
-        std::string total_cell = cf.MyFormat(amount, "Currency");
-        if (auto charged = interest.find(id); charged != interest.end()) {
-          Currency added = charged->second;
-          total_cell = "Sub Total " + cf.MyFormat(amount, "Currency") + "\r\nInterest " +
-                       cf.MyFormat(added, "Currency") + "\r\nGrand Total " +
-                       cf.MyFormat(amount + added, "Currency");
-        }
-        DateTime date = cf.ReturnDate(inv["Date"].Value());
-        rows.push_back(
-            {frame::EscapeCell(cf.returnStr(inv["Invoice#"].Value())) + "|" +
-                 Format(inv["Date"].Value(), "MMM/d/yyyy") + "|" +
-                 frame::EscapeCell(cf.returnStr(inv["FullName"].Value())) + "|" + total_cell + "|" +
-                 cf.MyFormat(paid, "Currency") + "|" + cf.MyFormat(balance, "Currency") + ";",
-             balance, DateDiff("d", date, today), date, cf.ReturnVal(inv["Invoice#"].Value())});
-      }
-      inv.MoveNext();
+    for (uint32_t i : found) {
+      rows.push_back(open_rows[i]);
+      balances += open_rows[i].balance;
     }
-    inv.Close();
-    // Oldest first. Sorted here and not by the query: an ORDER BY on the
-    // family's OR condition makes the engine walk the whole invoice table in
-    // date order, ten times slower than reading it once.
+    // Oldest first. Sorted here and not by the reads: an ORDER BY on the
+    // families' OR condition makes the engine walk the whole invoice table
+    // in date order, ten times slower than reading it once.
     std::stable_sort(rows.begin(), rows.end(), [](const Row& a, const Row& b) {
       return a.date != b.date ? a.date < b.date : a.number < b.number;
     });
@@ -211,8 +297,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
                  name + "\r\n" + address + "|" + std::to_string(account) + "|" +
                      Format(Variant(today), "MMM/dd/yyyy"),
                  kHeaderColor);
-    conn().Execute("UPDATE Patient SET LastStatement = GETDATE() WHERE ID = " +
-                   std::to_string(account));
+    stamped.push_back(account);
     vsp.Text(" ");
 
     // 3. The open invoices, and their balances into the age sums.
@@ -253,6 +338,12 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     rs.MoveNext();
   }
   rs.Close();
+  for (size_t first = 0; first < stamped.size(); first += kKeysPerRead) {
+    std::string list;
+    for (size_t i = first; i < stamped.size() && i < first + kKeysPerRead; ++i)
+      list += (list.empty() ? "" : ", ") + std::to_string(stamped[i]);
+    conn().Execute("UPDATE Patient SET LastStatement = GETDATE() WHERE ID IN (" + list + ")");
+  }
   stamps.Commit();
 
   // The footers go on by overlay once the page count is known: the office's

@@ -376,19 +376,28 @@ UnappliedFigures UnappliedPaymentFigures(clsReports& r, DateTime dtEndDate,
   clsCommonFunctions& cf = r.Common();
   strFilter = NoZeroFilter(strFilter);
   const std::string end = dtEndDate.ToIsoDate();
+  // The payee's and the provider's names come by outer joins on their keys,
+  // not by a subquery per payment: the server ran the subqueries once per
+  // row of 170,000 payments (0.54 s at 20,000 patients, against 0.2 s
+  // joined). The joined tables name only their key and the name, so a
+  // filter over the payments' columns (InsuranceID, say, which Patient has
+  // too) stays unambiguous. The payments come in the order of their
+  // numbers, as a plain scan gives them, so that payments of equal sort
+  // keys print in one order on both engines.
   std::string sql =
-      "SHAPE {SELECT InvoicePayments.*, (SELECT LastName + ', ' + FirstName FROM Patient WHERE "
-      "Patient.ID = InvoicePayments.PatientID) AS PatientName, (SELECT LastName FROM Employees "
-      "WHERE Employees.ID = InvoicePayments.InitialProviderID) AS InitialProviderName FROM "
-      "InvoicePayments INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = "
-      "PaymentTypes.ID "
+      "SHAPE {SELECT InvoicePayments.*, Payees.PatientName, Providers.InitialProviderName FROM "
+      "InvoicePayments INNER JOIN PaymentTypes ON InvoicePayments.PaymentTypeID = PaymentTypes.ID "
+      "LEFT OUTER JOIN (SELECT ID AS PayeeKey, LastName + ', ' + FirstName AS PatientName FROM Patient) "
+      "AS Payees ON Payees.PayeeKey = InvoicePayments.PatientID "
+      "LEFT OUTER JOIN (SELECT ID AS ProviderKey, LastName AS InitialProviderName FROM Employees) "
+      "AS Providers ON Providers.ProviderKey = InvoicePayments.InitialProviderID "
       "WHERE CheckDate <= '" +
       end + "' AND (CancellationDate IS NULL OR CancellationDate > '" + end;
   if (strFilter.empty()) {
-    sql += "') AND ([Adjustment?] = 0 AND OfficePayment = 0)}  as rptPayment APPEND ";
+    sql += "') AND ([Adjustment?] = 0 AND OfficePayment = 0) ORDER BY InvoicePayments.ID}  as rptPayment APPEND ";
   } else {
     sql += "') AND ([Adjustment?] = 0 AND OfficePayment = 0) AND (" + strFilter +
-           ")}  as rptPayment APPEND ";
+           ") ORDER BY InvoicePayments.ID}  as rptPayment APPEND ";
   }
   sql += "({SELECT * FROM InvoicePaymentDetails WHERE [Date] <= '" + end +
          "'}  AS rptPaymentDetails RELATE 'ID' TO 'InvoicePaymentID') AS rptPaymentDetails";

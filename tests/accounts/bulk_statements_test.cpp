@@ -251,6 +251,8 @@ TEST_F(BulkStatements, FamiliesComeOncePerHolderInHolderNameOrder) {
   // first. Each family has its holder and one member.
   //   Aube: 590131 Leo 70.00 (Nov/15), 590132 Anne 30.00 (Nov/16) -> 100.00
   //   Bell: 590133 Tim 45.00 (Nov/17)                              ->  45.00
+  // Anne's invoice is hers and her holder's: it comes once. Tim's 590134
+  // has a final total but no total, and is worth nothing.
   RawExec(R"sql(
 INSERT INTO Patient (ID, FirstName, LastName, FullName, Address, PrimaryHolderID) VALUES
  (90021, 'Bob', 'Bell', 'Bell, Bob', '9 Pine Rd', 90021),
@@ -261,6 +263,8 @@ INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], In
  (90131, 590131, 90032, '2026-11-15 00:00:00', 600, 1, 70.00),
  (90132, 590132, 90031, '2026-11-16 00:00:00', 600, 1, 30.00),
  (90133, 590133, 90022, '2026-11-17 00:00:00', 600, 1, 45.00);
+INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], InvoiceTotal, InvoiceFinalTotal)
+ VALUES (90134, 590134, 90022, '2026-11-18 00:00:00', 600, 1, NULL, 40.00);
 )sql");
   reports.rptBulkStatements("Patient.ID IN (90021, 90022, 90031, 90032)", "", true, "");
   ASSERT_EQ(form.VSP.PageCount(), 2) << Text();
@@ -272,6 +276,7 @@ INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], In
        "590132 Nov/16/2026 Aube, Anne 30.00 0.00 30.00", "100.00 0.00 0.00 0.00 100.00\n"}));
   EXPECT_EQ(first.find("590133"), std::string::npos);
   EXPECT_TRUE(HasAll(second, {"Bob Bell\n90021 Nov/20/2026", "45.00 0.00 0.00 0.00 45.00\n"}));
+  EXPECT_EQ(second.find("590134"), std::string::npos);
   // The stamp goes on the holder, whose number the account carries.
   EXPECT_TRUE(LastStatementSet(90031));
   EXPECT_TRUE(LastStatementSet(90021));
