@@ -1,14 +1,14 @@
 // Cash in, detailed and summary, and the deposit slip, on three days of
-// March (cash_in_fixture.h); every figure below is worked out by hand from
+// March (closing_practice.h); every figure below is worked out by hand from
 // the fixture's table.
 #include <gtest/gtest.h>
 
-#include "closing/cash_in_fixture.h"
+#include "closing/closing_practice.h"
 
 namespace orv::testing {
 namespace {
 
-class CashIn : public CashInTest {};
+using CashIn = ClosingTest;
 
 // Cash 265 gross (102 cancelled the same day comes off the bank, 110
 // cancelled after the period stays), Cheque 570 (106 cancelled a later day

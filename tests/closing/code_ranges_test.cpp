@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "closing/code_ranges.h"
-#include "production_fixture.h"
+#include "closing/closing_practice.h"
 
 namespace orv::testing {
 namespace {
@@ -61,10 +61,15 @@ TEST_F(CodeRangeOnEngine, SqlConditionSelectsWhatTheCodeTestSelects) {
     std::set<int> lines;
   };
   const Case cases[] = {
-      {"hygiene codes take the reversal", {"11000", "11999"}, {2, 73, 75, 79}},
+      {"hygiene codes take the reversals",
+       {"11000", "11999"},
+       {2, 73, 75, 79, 95, 9212, 9213, 9214}},
       {"internal codes take -00100", {"00000", "00299"}, {76, 77}},
-      {"one code", {"01202", "01202"}, {1, 71, 74, 78}},
-      {"all", {"00000", "99999"}, {1, 2, 3, 71, 72, 73, 74, 75, 76, 77, 78, 79}},
+      {"one code", {"01202", "01202"}, {1, 71, 74, 78, 91, 97, 3311, 3321, 9211}},
+      {"all",
+       {"00000", "99999"},
+       {1, 2, 3, 71, 72, 73, 74, 75, 76, 77, 78, 79, 91, 92, 93, 94, 95, 96, 97, 3311, 3312, 3321,
+        9211, 9212, 9213, 9214, 9241, 9251}},
   };
   for (const Case& c : cases) {
     db::Recordset rs;

@@ -1,18 +1,15 @@
-// The small closing sections on the March practice with its invoices, EDI
-// sends and sign-ups (cash_in_fixture.h).
+// The small closing sections on March of the closing practice, with its
+// invoices, EDI sends and sign-ups (closing_practice.h).
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "closing/cash_in_fixture.h"
+#include "closing/closing_practice.h"
 
 namespace orv::testing {
 namespace {
 
-class PeriodSections : public CashInTest {
- protected:
-  std::string Rows() const override { return std::string(kCashInRows) + kSectionRows; }
-};
+using PeriodSections = ClosingTest;
 
 TEST_F(PeriodSections, IncompleteInvoicesIgnoreTheDates) {
   struct Case {
@@ -22,9 +19,9 @@ TEST_F(PeriodSections, IncompleteInvoicesIgnoreTheDates) {
     const char* complete;
     const char* in_progress;
   } const cases[] = {
-      // 1086 and 1004 of the account practice (no provider, by date) are
-      // incomplete too, though far from March.
-      {"everyone", "", {"1086", "1004", "1310"}, nullptr, nullptr},
+      // 1086 and 1004 of the account practice (no provider, by patient)
+      // and November's 7005 (Moreau) are incomplete too, far from March.
+      {"everyone", "", {"1086", "1004", "7005", "1310"}, nullptr, nullptr},
       {"one provider", "ProviderID = 21", {"1310"},
        "Total Complete Status Treatment($): 100.00",
        "Total In-Progress Status Treatment($): 40.00"},
