@@ -92,9 +92,8 @@ TEST_F(SummaryAnalysis, OpeningPlusTheDayRowsIsTheClosingReceivable) {
     int16_t view;
     int from = 1;
   } const cases[] = {{"", 0},          {"ID = 11", 0}, {"ID = 12", 0}, {"ID = 13", 0},
-                     {"ID = 11 OR ID = 12", 0}, {"ID = 11", 1}, {"ID = 12", 1},
-                     {"ID = 11", 2},   {"ID = 12", 3}, {"0", 3},       {"", 0, 13},
-                     {"ID = 11", 0, 13}};
+                     {"ID = 11 OR ID = 12", 0}, {"ID = 11", 1}, {"ID = 11", 2},
+                     {"ID = 12", 3},   {"0", 3},       {"", 0, 13},    {"ID = 11", 0, 13}};
   for (const Case& c : cases) {
     for (bool by_allocated : {true, false}) {
       SCOPED_TRACE(std::string(c.filter) + " view " + std::to_string(c.view) + " from " +
