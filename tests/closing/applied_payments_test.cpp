@@ -1,13 +1,13 @@
-// Applied payments and income by provider on the February fixture
-// (closing_fixture.h).
+// Applied payments and income by provider on February of the closing
+// practice (closing_practice.h).
 #include <gtest/gtest.h>
 
-#include "closing/closing_fixture.h"
+#include "closing/closing_practice.h"
 
 namespace orv::testing {
 namespace {
 
-class AppliedPayments : public ClosingTest {};
+using AppliedPayments = ClosingTest;
 
 TEST_F(AppliedPayments, EachPersonsMoneyOnTheDayItWasApplied) {
   struct Case {

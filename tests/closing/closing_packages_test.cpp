@@ -1,5 +1,5 @@
-// The day-end and month-end packages on the February practice of
-// closing_fixture.h (Bell 11 dentist, Hill 12 hygienist, Stone 13): the
+// The day-end and month-end packages on February of the closing practice
+// (closing_practice.h: Bell 11 dentist, Hill 12 hygienist, Stone 13): the
 // fixed order of the sections, the page rule, the empty run, the summary
 // per provider, the hygiene messages and the trap.
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "closing/closing_fixture.h"
+#include "closing/closing_practice.h"
 #include "support/host_said.h"
 #include "support/text_order.h"
 
@@ -18,6 +18,10 @@ namespace {
 
 class ClosingPackages : public ClosingTest {
  protected:
+  void SetUp() override {
+    ClosingTest::SetUp();
+    NewDocument();
+  }
   // Every title the heading routine or a self-headed section printed (the
   // 20-point runs), with the page it stands on (from 1), in page order.
   struct Title {
@@ -75,10 +79,6 @@ class ClosingPackages : public ClosingTest {
 // the arguments would print "Summary Analysis" last in the day-end and
 // "Summary Analysis Report" second to the hygiene section in the month-end.
 TEST_F(ClosingPackages, SectionsComeInTheirFixedOrder) {
-  reports.OfficeID = 1;
-  Exec(
-      "INSERT INTO OfficeHygieneCompanyCodes (OfficeID, Startcode, EndCode) VALUES "
-      "(1, '11101', '11101');");
   DayEnd({true, true, true, true, true, true, true, true, true, true, true, true});
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   const std::vector<std::string> day_end = {"Day End Report - Detailed Analysis",
@@ -209,7 +209,7 @@ TEST_F(ClosingPackages, PracticeTotalsOnlyForMoreThanOneProvider) {
 
 // The hygiene section's two messages, word for word: no hygienist among
 // the chosen providers skips it before its heading; no codes for the
-// office stops it under its heading.
+// office (office 9 has none) stops it under its heading.
 TEST_F(ClosingPackages, HygieneMessagesWordForWord) {
   MonthEndFlags flags;
   flags.hygiene = true;
@@ -221,7 +221,7 @@ TEST_F(ClosingPackages, HygieneMessagesWordForWord) {
 
   // The codes' message is the hygiene report's own (product_summary_test).
   host.messages.clear();
-  reports.OfficeID = 1;
+  reports.OfficeID = 9;
   MonthEnd(flags, kAllThree);
   ASSERT_TRUE(SaidOnce(host, "You must setup the codes you wish to use for your hygiene company"));
   EXPECT_EQ(TitleTexts(), std::vector<std::string>{"Hygiene Company Report"});

@@ -1,8 +1,8 @@
-// The detailed analysis on the February fixture (closing_fixture.h), with
-// the figures worked by hand from the rows listed there.
+// The detailed analysis on February of the closing practice
+// (closing_practice.h), figures worked by hand from its table.
 #include <gtest/gtest.h>
 
-#include "closing/closing_fixture.h"
+#include "closing/closing_practice.h"
 #include "common/errors.h"
 #include "support/host_said.h"
 
@@ -11,6 +11,10 @@ namespace {
 
 class DetailedAnalysis : public ClosingTest {
  protected:
+  void SetUp() override {
+    ClosingTest::SetUp();
+    NewDocument();
+  }
   void Run(int16_t view, bool by_allocated, const std::string& providers = kAllThree) {
     reports.srptDetailedAnalysis(Feb(1), Feb(28), view, "Ana", providers, by_allocated);
   }

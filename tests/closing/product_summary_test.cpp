@@ -1,8 +1,8 @@
-// The provider summary and the hygiene company report on the hand-made
-// November of production_fixture.h; figures by hand.
+// The provider summary and the hygiene company report on November of
+// the closing practice (closing_practice.h); figures by hand.
 #include <gtest/gtest.h>
 
-#include "production_fixture.h"
+#include "closing/closing_practice.h"
 #include "support/forged_cells.h"
 #include "support/host_said.h"
 #include "support/text_order.h"
@@ -86,10 +86,14 @@ TEST_F(HygieneCompany, SplitsEachPaymentByTheHygieneLines) {
                               "Paul Chen $20.00 $150.00 -$26.67 $100.00 $46.67 $50.00",
                               "Ben Okafor $0.00 $0.00 $0.00 $0.00 $0.00 $0.00",
                               "Overall $20.00 $150.00 -$26.67 $100.00 $46.67 $50.00",
-                              "Opening AR From Selected Hygienists: $0.00",
-                              "Opening AR From Hygiene Company : $0.00",
-                              "Closing AR From Selected Hygienists: -$130.00",
-                              "Closing AR From Hygiene Company : -$126.67",
+                              // Hill's February invoice 904 opens the period owing 70, of
+                              // which the company's line 95 (90): Seamus's cheque on it is of
+                              // a type without an adjustment flag, which takes no side.
+                              // Closing: 70 + 20 - 150 and 90 - 26.67 - 100.
+                              "Opening AR From Selected Hygienists: $70.00",
+                              "Opening AR From Hygiene Company : $90.00",
+                              "Closing AR From Selected Hygienists: -$60.00",
+                              "Closing AR From Hygiene Company : -$36.67",
                               // The company's payments by type, whatever the types' IDs.
                               "Breakdown of the Hygiene applied payments:", "Cash $86.67",
                               "Insurance Cheque $13.33", "Total $100.00"}));

@@ -1,4 +1,4 @@
-// The production sections on the hand-made November of production_fixture.h.
+// The production sections on the November of closing_practice.h.
 // Figures by hand; the period is 2026-11-01 to 2026-11-30 unless a test
 // says otherwise.
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 #include <regex>
 
 #include "common/errors.h"
-#include "production_fixture.h"
+#include "closing/closing_practice.h"
 #include "support/host_said.h"
 #include "support/text_order.h"
 
@@ -43,8 +43,10 @@ TEST_F(ProductionSections, ByDateChoosesTheDateThatDecides) {
       // Line 71 was treated on 10-28 and entered on 11-02.
       {"entry date", 0, "Total($): $410.00", "Production Total 440.00"},
       {"treatment date", 1, "Total($): $310.00", "Production Total 340.00"},
-      // No date term: every line of a provider, whenever.
-      {"no date", 7, "Total($): $410.00", "Production Total 440.00"},
+      // No date term: every line of a provider, whenever. February adds
+      // Bell 830, Hill 70 (lab -20), Stone 30; March Ng 100 + 80 (the line
+      // in progress out); the lines of 2032 have no status and stay out.
+      {"no date", 7, "Total($): $410.00", "Production Total 1,550.00 Lab Total 330.00"},
   };
   for (const Case& c : cases) {
     InDocument([&] { reports.srptProductionByProvider(Nov(1), Nov(30), "", "", "", c.by_date); });
@@ -79,15 +81,19 @@ TEST_F(ProductionSections, ByCategorySharesTheTotal) {
                "Adjunctive General Services 90000-99999 1 $200.00 45.45%",
                "Restorative Services 20000-29999 0 $0.00 0.00%", "Total 6 $440.00 100"}));
 
-  // Two providers are named; without a date every line counts, the
-  // account practice's three lines of September and October included.
+  // Two providers are named; without a date every line counts: the
+  // account practice's three of September and October (350, no provider),
+  // February's seven (930: 500 + 150 + 80 + 90 - 20 + 100 + 30, the
+  // reversal no procedure) and March's two complete (180).
   InDocument([&] {
     reports.srptProductionByCategory(Nov(1), Nov(30), "ProviderID = 1 OR ProviderID = 2", "", "",
                                      0);
   });
   EXPECT_TRUE(Has("Providers: Chen, Paul; Moreau, Anne")) << Text();
   InDocument([&] { reports.srptProductionByCategory(Nov(1), Nov(30), "", "", "", 2); });
-  EXPECT_TRUE(Has("Total 9 $790.00 100")) << Text();
+  EXPECT_TRUE(HasAll(Text(), {"Adjunctive General Services 90000-99999 2 $330.00 17.37%",
+                              "Total 17 $1,900.00 100"}))
+      << Text();
   // An empty period shares nothing: "0%".
   InDocument([&] {
     reports.srptProductionByCategory(DateTime::FromParts(2020, 1, 1),
@@ -101,21 +107,24 @@ TEST_F(ProductionSections, SummaryByCodeNetsReversalsInFourPeriods) {
   EXPECT_TRUE(HasAll(Text(), {"This Year (2026) Last Year (2025)",
                               "Month To Date (November) Year To Date Month To Date Year To Date",
                               // November: 100 + 60 - 120 and one procedure net. The year adds
-                              // September's 80 of line 2: 120 of the year's 790 (15.19%).
-                              "11101 1 40.00 9.09 2 120.00 15.19 0 0.00 0 0 0.00 0",
-                              "01202 2 150.00 34.09 3 270.00 34.18 0 0.00 0 0 0.00 0",
-                              "23111 0 0.00 0.00 1 150.00 18.99 0 0.00 0 0 0.00 0"}));
+                              // September's 80 of line 2 and February's 90 of line 95: 210 of
+                              // the year's 1,900 (the category table's total).
+                              "11101 1 40.00 9.09 3 210.00 11.05 0 0.00 0 0 0.00 0",
+                              "01202 2 150.00 34.09 7 580.00 30.53 0 0.00 0 0 0.00 0",
+                              "23111 0 0.00 0.00 2 230.00 12.11 0 0.00 0 0 0.00 0"}));
   // The reversed internal code is no row and in no total.
   EXPECT_FALSE(Has("-00100"));
-  EXPECT_TRUE(HasAll(Text(), {"00100 1 50.00 11.36 1 50.00 6.33",
-                              "Total 5 440.00 100 8 790.00 100 0 0.00 100 0 0.00 100"}));
+  // The year's lab: 150 + 200 - 20, one procedure net.
+  EXPECT_TRUE(HasAll(Text(), {"00100 1 50.00 11.36 1 50.00 2.63",
+                              "99111 1 200.00 45.45 1 330.00 17.37 0 0.00 0 0 0.00 0",
+                              "Total 5 440.00 100 15 1,900.00 100 0 0.00 100 0 0.00 100"}));
   // Seen from the end of 2027, 2026 is last year: its whole year holds
-  // the 790, and the three empty periods share nothing ("0").
+  // the 1,900, and the three empty periods share nothing ("0").
   InDocument([&] {
     reports.srptProductionSummaryByCode(Nov(1), DateTime::FromParts(2027, 12, 31), "", "", "",
                                         0);
   });
-  EXPECT_TRUE(Has("11101 0 0.00 0 0 0.00 0 0 0.00 0 2 120.00 15.19")) << Text();
+  EXPECT_TRUE(Has("11101 0 0.00 0 0 0.00 0 0 0.00 0 3 210.00 11.05")) << Text();
   // From 2024 every period is empty: the fee codes take no row at all.
   InDocument([&] {
     reports.srptProductionSummaryByCode(Nov(1), DateTime::FromParts(2024, 12, 31), "", "", "",

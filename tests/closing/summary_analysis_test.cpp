@@ -1,12 +1,13 @@
-// The summary analysis on the February fixture (closing_fixture.h): day
-// rows worked by hand, and the receivable before the period plus the rows
-// equal to the receivable at its end in every view and payment reading.
+// The summary analysis on February of the closing practice
+// (closing_practice.h): day rows worked by hand, and the receivable before
+// the period plus the rows equal to the receivable at its end in every view
+// and payment reading.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
 
-#include "closing/closing_fixture.h"
+#include "closing/closing_practice.h"
 #include "common/common_functions.h"
 #include "common/errors.h"
 #include "common/vbstrings.h"
@@ -16,6 +17,10 @@ namespace {
 
 class SummaryAnalysis : public ClosingTest {
  protected:
+  void SetUp() override {
+    ClosingTest::SetUp();
+    NewDocument();
+  }
   void Run(const std::string& filter, int16_t view, bool by_allocated, int from = 1, int to = 28) {
     reports.srptSummaryAnalysis(Feb(from), Feb(to), filter, view, "Practice", by_allocated);
   }
@@ -87,9 +92,8 @@ TEST_F(SummaryAnalysis, OpeningPlusTheDayRowsIsTheClosingReceivable) {
     int16_t view;
     int from = 1;
   } const cases[] = {{"", 0},          {"ID = 11", 0}, {"ID = 12", 0}, {"ID = 13", 0},
-                     {"ID = 11 OR ID = 12", 0}, {"ID = 11", 1}, {"ID = 12", 1},
-                     {"ID = 11", 2},   {"ID = 12", 3}, {"0", 3},       {"", 0, 13},
-                     {"ID = 11", 0, 13}};
+                     {"ID = 11 OR ID = 12", 0}, {"ID = 11", 1}, {"ID = 11", 2},
+                     {"ID = 12", 3},   {"0", 3},       {"", 0, 13},    {"ID = 11", 0, 13}};
   for (const Case& c : cases) {
     for (bool by_allocated : {true, false}) {
       SCOPED_TRACE(std::string(c.filter) + " view " + std::to_string(c.view) + " from " +
@@ -111,18 +115,20 @@ TEST_F(SummaryAnalysis, AdjustmentsStoredNegativeCountByTheirSize) {
   // on nothing: it raises what is owed on its day and shows by its size in
   // the totals.
   Exec("INSERT INTO InvoicePayments (ID, PatientID, PaymentTypeID, AccountID, InitialProviderID, "
-       "Value, TotalAllocated, TotalToCredit, [Date], CheckDate, IsInsurance) VALUES (957, 1, 5, "
+       "Value, TotalAllocated, TotalToCredit, [Date], CheckDate, IsInsurance) VALUES (957, 1, 13, "
        "1, 11, -25, 0, -25, '2026-02-27 00:00:00', '2026-02-27 00:00:00', 0)");
   Run("", 0, false);
   EXPECT_EQ(LineWith("02/27/2026"), "02/27/2026 0.00 0.00 0.00 0.00 0.00 -25.00 -25.00 275.00");
   EXPECT_EQ(TotalRow(), "Total 670.00 130.00 70.00 730.00 550.00 25.00 525.00 275.00");
-  EXPECT_EQ(LineWith("Refund Payment Adj."), "Refund Payment Adj. Credit paid back -25.00");
+  EXPECT_EQ(LineWith("Refund Payment Adj."),
+            "Patient Refund Payment Adj. Credit paid back -25.00");
   EXPECT_EQ(LineWith("Refunds"), "Refunds 25.00");
   EXPECT_EQ(LineWith("Net Payments"), "Net Payments 525.00");
 }
 
 TEST_F(SummaryAnalysis, APeriodWithNothingPrintsTheOpeningAndZeroTotals) {
-  reports.srptSummaryAnalysis(Day(2026, 3, 1), Day(2026, 3, 31), "", 0, "Practice", false);
+  // Nothing happens after 02-26: what is owed then (250) opens and closes.
+  Run("", 0, false, 27, 28);
   EXPECT_EQ(LineWith("- - - -"), "- - - - - - - - 250.00");
   EXPECT_EQ(TotalRow(), "Total 0.00 0.00 0.00 0.00 0.00 0.00 0.00 250.00");
   EXPECT_EQ(LinesWith("/2026 ").size(), 0u);

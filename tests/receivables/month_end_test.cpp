@@ -1,28 +1,28 @@
-// The month-end analysis on the March practice of the cash-in tests
-// (closing/cash_in_fixture.h): invoice 1320 of the 11th (80.00, complete)
+// The month-end analysis on March of the closing practice
+// (closing/closing_practice.h): invoice 1320 of the 11th (80.00, complete)
 // with lab lines, a write-off applied to it, and idle days around it.
 #include <gtest/gtest.h>
 
-#include "closing/cash_in_fixture.h"
+#include "closing/closing_practice.h"
 #include "common/common_functions.h"
 #include "common/vbstrings.h"
 
 namespace orv::testing {
 namespace {
 
-class MonthEnd : public CashInTest {
+class MonthEnd : public ClosingTest {
  protected:
-  std::string Rows() const override {
+  void SetUp() override {
     // Lines 99111 (lab) and -99111 (a lab credit, which this report does
     // not read as lab); 20 of the write-off applied to the invoice, and 50
     // of cheque 103 (of the 10th) applied without a date of its own.
-    return std::string(kCashInRows) + kSectionRows + R"sql(
+    SetUpWith(R"sql(
 INSERT INTO InvoiceDetails (ID, InvoiceID, Code, Cost, Status, [Date], EntryDate, ProviderID)
  VALUES (3322, 332, '99111', 30, 'Complete', '2026-03-11 00:00:00', '2026-03-11 00:00:00', 21),
         (3323, 332, '-99111', -10, 'Complete', '2026-03-11 00:00:00', '2026-03-11 00:00:00', 21);
 INSERT INTO InvoicePaymentDetails (ID, InvoicePaymentID, InvoiceID, Amount, [Date]) VALUES
  (3301, 119, 332, 20, '2026-03-11 00:00:00'), (3302, 103, 332, 50, NULL);
-)sql";
+)sql");
   }
 };
 

@@ -1,5 +1,5 @@
 // Referring dentists, their patients and alert criteria on top of the
-// hand-made November of closing/production_fixture.h. Today is 2026-11-20.
+// November of closing/closing_practice.h. Today is 2026-11-20.
 //
 // Referring dentists: 1 Dr. Ada Lind, 2 Dr. Bo Kerr, 3 Dr. Cy Moss,
 // 4 Dr. Di Park (phones 555000000N). No placeholders yet.
@@ -20,7 +20,7 @@
 // 1, 30 of 45 days, 25 %; Okafor (3) none.
 #pragma once
 
-#include "closing/production_fixture.h"
+#include "closing/closing_practice.h"
 
 namespace orv::testing {
 
