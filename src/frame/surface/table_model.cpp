@@ -83,6 +83,12 @@ std::vector<ColumnFormat> ParseFormat(std::string_view format) {
 }
 
 std::string EscapeCell(std::string_view value) {
+  std::string out;
+  AppendEscapedCell(out, value);
+  return out;
+}
+
+void AppendEscapedCell(std::string& out, std::string_view value) {
   // Most values hold neither separator: they are copied whole, and only
   // the rest from the first separator on is looked at character by
   // character.
@@ -91,9 +97,9 @@ std::string EscapeCell(std::string_view value) {
   };
   size_t plain = 0;
   while (plain < value.size() && !special(value[plain])) ++plain;
-  std::string out(value.substr(0, plain));
-  if (plain == value.size()) return out;
-  out.reserve(value.size());
+  out.append(value.substr(0, plain));
+  if (plain == value.size()) return;
+  out.reserve(out.size() + value.size() - plain);
   for (const char c : value.substr(plain)) {
     if (c == '|')
       out += kEscapedBar;
@@ -102,7 +108,6 @@ std::string EscapeCell(std::string_view value) {
     else if (c != kEscapedBar && c != kEscapedSemicolon)
       out += c;
   }
-  return out;
 }
 
 uint16_t Table::StyleIndex(const TextStyle& s) {
