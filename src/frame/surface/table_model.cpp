@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 #include "frame/surface/length.h"
 #include "frame/surface/surface_error.h"
@@ -95,7 +96,18 @@ void AppendEscapedCell(std::string& out, std::string_view value) {
   auto special = [](char c) {
     return c == '|' || c == ';' || c == kEscapedBar || c == kEscapedSemicolon;
   };
+  // Eight bytes at a time while none of them is one of the four: a byte
+  // equal to the pattern's is a zero byte of their difference. FS and GS
+  // differ only in their last bit, and are looked for together.
+  constexpr uint64_t kOnes = 0x0101010101010101, kHighs = 0x8080808080808080;
+  auto has_zero_byte = [](uint64_t x) { return (x - kOnes) & ~x & kHighs; };
   size_t plain = 0;
+  for (uint64_t w; plain + 8 <= value.size(); plain += 8) {
+    std::memcpy(&w, value.data() + plain, 8);
+    if (has_zero_byte(w ^ (kOnes * '|')) | has_zero_byte(w ^ (kOnes * ';')) |
+        has_zero_byte((w ^ (kOnes * kEscapedBar)) & (kOnes * 0xFE)))
+      break;
+  }
   while (plain < value.size() && !special(value[plain])) ++plain;
   out.append(value.substr(0, plain));
   if (plain == value.size()) return;
