@@ -21,13 +21,6 @@ PatientContactFields::PatientContactFields(const db::Recordset& rs)
       emergency_contact(rs["EmergencyContact"]),
       emergency_phone(rs["EmergencyPhone"]) {}
 
-std::string_view TextOf(const Variant& v, std::string& scratch) {
-  if (v.type() == VarType::String) return v.AsString();
-  if (v.IsNull() || v.IsEmpty()) return {};
-  scratch = CStr(v);
-  return scratch;
-}
-
 std::string PatientContactRow(clsCommonFunctions&, const db::Recordset& rs, const std::string& name_line,
                               const std::string& second_name_line, const std::string& employer1,
                               const std::string& employer2, const std::string& insurer1,
@@ -43,10 +36,7 @@ void AppendPatientContactRow(std::string& row, const PatientContactFields& field
                              std::string_view employer1, std::string_view employer2,
                              std::string_view insurer1, std::string_view insurer2) {
   std::string scratch;
-  auto text = [&](const db::Field& f) {
-    const Variant v = f.Value();
-    frame::AppendEscapedCell(row, TextOf(v, scratch));
-  };
+  auto text = [&](const db::Field& f) { frame::AppendEscapedCell(row, f.Text(scratch)); };
   // Two values on two lines of one cell: each escaped, the line break is
   // the row's own.
   auto two_lines = [&](std::string_view a, std::string_view b) {
@@ -57,8 +47,7 @@ void AppendPatientContactRow(std::string& row, const PatientContactFields& field
   // The number, then the extension in brackets when there is one.
   auto phone = [&](const db::Field& number, const db::Field& ext) {
     text(number);
-    const Variant e = ext.Value();
-    const std::string_view ext_text = TextOf(e, scratch);
+    const std::string_view ext_text = ext.Text(scratch);
     if (ext_text.empty()) return;
     row += '[';
     frame::AppendEscapedCell(row, ext_text);

@@ -17,11 +17,6 @@ namespace orv {
 std::string PhoneWithExt(const std::string& number, const std::string& ext,
                          const std::string& before, const std::string& after = "");
 
-// A value's text as returnStr gives it (no trimming; "" for Null and
-// Empty), read in place for text, which `v` holds: `scratch` holds any
-// other kind's.
-std::string_view TextOf(const Variant& v, std::string& scratch);
-
 // The patient contact table: seven columns, the fourth holding the birth
 // and the signup date on two lines.
 inline constexpr const char* kPatientContactFormat =

@@ -222,18 +222,16 @@ void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserNam
     db::Field link;
     db::Recordset child;
     db::Field name;
-    Variant value;  // the name of the current patient's row, while it is read
     std::string scratch;
   };
   auto related = [&](const char* link, const char* chapter, const char* field) {
     db::Recordset child = rs[chapter].Chapter();
     const db::Field name = child[field];
-    return Related{rs[link], std::move(child), name, Variant(), std::string()};
+    return Related{rs[link], std::move(child), name, std::string()};
   };
   auto child_text = [](Related& r) -> std::string_view {
     if (r.link.Value().IsNull() || r.child.Eof()) return {};
-    r.value = r.name.Value();
-    return TextOf(r.value, r.scratch);
+    return r.name.Text(r.scratch);
   };
   struct PatientFields {
     db::Field last_name, first_name;
@@ -253,9 +251,9 @@ void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserNam
                               related("SecondaryInsuranceID", "SecInsurance", "CompanyName"),
                               PatientContactFields(rs)});
     name.clear();
-    name += TextOf(f->last_name.Value(), scratch);
+    name += f->last_name.Text(scratch);
     name += ", ";
-    name += TextOf(f->first_name.Value(), scratch);
+    name += f->first_name.Text(scratch);
     row.clear();
     AppendPatientContactRow(row, f->contact, name, "", child_text(f->prim_employer),
                             child_text(f->sec_employer), child_text(f->prim_insurance),
