@@ -799,6 +799,34 @@ std::string Format(const Variant& value, std::string_view fmt, const LocaleInfo&
   return FormatNumber(pf, value, locale);
 }
 
+DateFormatter::DateFormatter(std::string_view fmt, const LocaleInfo& locale) : fmt_(fmt), locale_(&locale) {
+  // The short path takes what Format would send to FormatDate: a format
+  // that is no named one and whose first section is a date section.
+  if (fmt_.empty() || FindNamed(fmt_) != Named::kNone) return;
+  ParsedFormat parsed = format_detail::ParseFormat(fmt_);
+  if (parsed.sections[0].kind == SectionKind::kDate)
+    date_ = std::make_shared<const Section>(std::move(parsed.sections[0]));
+}
+
+void DateFormatter::Append(const Variant& value, std::string& out) const {
+  if (date_) {
+    // As FormatDate reads these three kinds: a date is rendered as it is,
+    // Null and Empty print nothing. Every other kind (a serial, a text
+    // that reads as a date) takes the whole way.
+    switch (value.type()) {
+      case VarType::Date:
+        RenderDate(*date_, value.AsDate(), *locale_, out);
+        return;
+      case VarType::Null:
+      case VarType::Empty:
+        return;
+      default:
+        break;
+    }
+  }
+  out += Format(value, fmt_, *locale_);
+}
+
 std::string DateToLocaleText(DateTime d, const LocaleInfo& locale) {
   std::string out;
   AppendGeneralDate(d, locale, out);

@@ -46,6 +46,7 @@
 // OverflowError. Parsed format strings are cached per thread.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -61,5 +62,28 @@ std::string Format(const Variant& value, std::string_view fmt = {});
 // and thousands separators, currency symbol and the named formats it defines
 // ("Long Date", "Short Date", "Long Time"). Used by the French forms.
 std::string Format(const Variant& value, std::string_view fmt, const LocaleInfo& locale);
+
+namespace format_detail {
+struct Section;
+}
+
+// One format string read once, for a loop that prints thousands of values
+// with it (a birth date on every line of a patient list). Append adds to
+// `out` exactly the text Format(value, fmt, locale) returns, for every
+// value; a date, Null or Empty under a format of one date section is
+// rendered straight into `out`, without looking the format string up again
+// or building a text of its own. `locale` must outlive the formatter.
+class DateFormatter {
+ public:
+  explicit DateFormatter(std::string_view fmt, const LocaleInfo& locale = CurrentLocale());
+  void Append(const Variant& value, std::string& out) const;
+
+ private:
+  std::string fmt_;
+  const LocaleInfo* locale_;
+  // The date section when the short path serves; null when every value
+  // goes through Format (a named format, a number or text format).
+  std::shared_ptr<const format_detail::Section> date_;
+};
 
 }  // namespace orv

@@ -21,38 +21,66 @@ PatientContactFields::PatientContactFields(const db::Recordset& rs)
       emergency_contact(rs["EmergencyContact"]),
       emergency_phone(rs["EmergencyPhone"]) {}
 
-std::string PatientContactRow(clsCommonFunctions& cf, const db::Recordset& rs,
-                              const std::string& name_line, const std::string& second_name_line,
-                              const std::string& employer1, const std::string& employer2,
-                              const std::string& insurer1, const std::string& insurer2) {
-  return PatientContactRow(cf, PatientContactFields(rs), name_line, second_name_line, employer1,
-                           employer2, insurer1, insurer2);
+std::string PatientContactRow(clsCommonFunctions&, const db::Recordset& rs, const std::string& name_line,
+                              const std::string& second_name_line, const std::string& employer1,
+                              const std::string& employer2, const std::string& insurer1,
+                              const std::string& insurer2) {
+  std::string row;
+  AppendPatientContactRow(row, PatientContactFields(rs), name_line, second_name_line, employer1, employer2,
+                          insurer1, insurer2);
+  return row;
 }
 
-std::string PatientContactRow(clsCommonFunctions& cf, const PatientContactFields& fields,
-                              const std::string& name_line, const std::string& second_name_line,
-                              const std::string& employer1, const std::string& employer2,
-                              const std::string& insurer1, const std::string& insurer2) {
-  auto str = [&](const db::Field& f) { return cf.returnStr(f.Value()); };
+void AppendPatientContactRow(std::string& row, const PatientContactFields& fields,
+                             std::string_view name_line, std::string_view second_name_line,
+                             std::string_view employer1, std::string_view employer2,
+                             std::string_view insurer1, std::string_view insurer2) {
+  std::string scratch;
+  auto text = [&](const db::Field& f) { frame::AppendEscapedCell(row, f.Text(scratch)); };
   // Two values on two lines of one cell: each escaped, the line break is
   // the row's own.
-  auto two_lines = [](const std::string& a, const std::string& b) {
-    return frame::EscapeCell(a) + "\r\n" + frame::EscapeCell(b);
+  auto two_lines = [&](std::string_view a, std::string_view b) {
+    frame::AppendEscapedCell(row, a);
+    row += "\r\n";
+    frame::AppendEscapedCell(row, b);
   };
+  // The number, then the extension in brackets when there is one.
   auto phone = [&](const db::Field& number, const db::Field& ext) {
-    return PhoneWithExt(str(number), str(ext), "[", "]");
+    text(number);
+    const std::string_view ext_text = ext.Text(scratch);
+    if (ext_text.empty()) return;
+    row += '[';
+    frame::AppendEscapedCell(row, ext_text);
+    row += ']';
   };
-  std::string row = second_name_line.empty() ? frame::EscapeCell(name_line)
-                                             : two_lines(name_line, second_name_line);
-  row += "|" + frame::EscapeCell(str(fields.address));
-  row += "|" + two_lines(phone(fields.home_phone, fields.home_ext),
-                         phone(fields.other_phone, fields.other_ext));
-  row += "|" + two_lines(Format(fields.birth_date.Value(), "mmm/dd/yyyy"),
-                         Format(fields.signup_date.Value(), "mmm/dd/yyyy"));
-  row += "|" + two_lines(str(fields.emergency_contact), str(fields.emergency_phone));
-  row += "|" + two_lines(employer1, employer2);
-  row += "|" + two_lines(insurer1, insurer2);
-  return row + ";";
+  auto date = [&](const db::Field& f) {
+    scratch.clear();
+    fields.dates.Append(f.Value(), scratch);
+    frame::AppendEscapedCell(row, scratch);
+  };
+  if (second_name_line.empty())
+    frame::AppendEscapedCell(row, name_line);
+  else
+    two_lines(name_line, second_name_line);
+  row += '|';
+  text(fields.address);
+  row += '|';
+  phone(fields.home_phone, fields.home_ext);
+  row += "\r\n";
+  phone(fields.other_phone, fields.other_ext);
+  row += '|';
+  date(fields.birth_date);
+  row += "\r\n";
+  date(fields.signup_date);
+  row += '|';
+  text(fields.emergency_contact);
+  row += "\r\n";
+  text(fields.emergency_phone);
+  row += '|';
+  two_lines(employer1, employer2);
+  row += '|';
+  two_lines(insurer1, insurer2);
+  row += ';';
 }
 
 }  // namespace orv

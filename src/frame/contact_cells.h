@@ -3,8 +3,10 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "common/common_functions.h"
+#include "common/format.h"
 #include "platform/db/recordset.h"
 
 namespace orv {
@@ -34,19 +36,28 @@ std::string PatientContactRow(clsCommonFunctions& cf, const db::Recordset& rs,
                               const std::string& employer1, const std::string& employer2,
                               const std::string& insurer1, const std::string& insurer2);
 
+// The fields of a patient row that PatientContactRow reads, by name; a
+// recordset opened for the row holds at least these (KeepFields).
+inline constexpr const char* kPatientContactFieldNames[] = {
+    "Address",   "HomePhone",  "HomeExt",          "OtherPhone",    "OtherExt",
+    "BirthDate", "SignupDate", "EmergencyContact", "EmergencyPhone"};
+
 // The fields of a patient row that PatientContactRow reads, looked up by
 // name once: each reads the row the recordset is on, so a list of
-// thousands of patients need not look nine names up again for each.
+// thousands of patients need not look nine names up again for each. The
+// date format is read once with them.
 struct PatientContactFields {
   explicit PatientContactFields(const db::Recordset& rs);
   db::Field address, home_phone, home_ext, other_phone, other_ext, birth_date, signup_date,
       emergency_contact, emergency_phone;
+  DateFormatter dates{"mmm/dd/yyyy"};
 };
 
-// The same row, read through fields looked up once.
-std::string PatientContactRow(clsCommonFunctions& cf, const PatientContactFields& fields,
-                              const std::string& name_line, const std::string& second_name_line,
-                              const std::string& employer1, const std::string& employer2,
-                              const std::string& insurer1, const std::string& insurer2);
+// The same row, read through fields looked up once and added to the end of
+// `row`: a list of thousands of rows builds each in one string.
+void AppendPatientContactRow(std::string& row, const PatientContactFields& fields,
+                             std::string_view name_line, std::string_view second_name_line,
+                             std::string_view employer1, std::string_view employer2,
+                             std::string_view insurer1, std::string_view insurer2);
 
 }  // namespace orv

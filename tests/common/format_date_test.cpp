@@ -132,5 +132,38 @@ TEST(FormatDateLocaleText, CStrOfDates) {
   EXPECT_EQ(DateToLocaleText(kAfternoon.AsDate(), FrenchCanada()), "2001-03-01 13:05:09");
 }
 
+// A formatter made once prints what Format prints, for every value and
+// format: dates over the whole range with and without a time of day, the
+// kinds that are no dates, the named and the non-date formats, and the
+// French names. It appends: what `out` held stays in front.
+TEST(DateFormatterMatchesFormat, OverASweepOfValues) {
+  std::vector<Variant> values = {Variant::Null(), Variant(),       "2001-03-01", "March 1, 2001",
+                                 "13:05",         "abc",           "",           36951,
+                                 36951.75,        Variant(true),   Cur("12.5")};
+  // Every 997th day from the year 100 to 9999, each at midnight and at a
+  // time of day that moves with it, and the days around the base day.
+  for (double day = -657434; day < 2958465; day += 997) {
+    values.emplace_back(DateTime(day));
+    values.emplace_back(DateTime(day + (static_cast<long long>(day) % 86400 + 86400) % 86400 / 86400.0));
+  }
+  for (double day = -2.75; day <= 2; day += 0.25) values.emplace_back(DateTime(day));
+  const char* formats[] = {"mmm/dd/yyyy", "MMM/d/yyyy", "dddd mmmm d, yyyy h:nn AMPM", "yyyy-mm-dd hh:nn:ss",
+                           "c",           "Long Date",  "General Date",                "@@@@",
+                           "0.00",        ""};
+  for (const LocaleInfo* locale : {&EnglishCanada(), &FrenchCanada()}) {
+    for (const char* fmt : formats) {
+      const DateFormatter formatter(fmt, *locale);
+      for (const Variant& v : values) {
+        std::string out = "x";
+        formatter.Append(v, out);
+        EXPECT_EQ(out, "x" + Format(v, fmt, *locale)) << "format " << fmt << ", value " << CStr(v);
+      }
+    }
+  }
+  // Beyond the year 9999 both refuse the serial.
+  std::string out;
+  EXPECT_THROW(DateFormatter("mm/dd/yyyy").Append(1e10, out), OverflowError);
+}
+
 }  // namespace
 }  // namespace orv

@@ -86,6 +86,20 @@ TEST(TableLanguage, EscapedDataStaysInItsCell) {
   u.Add("1in", "", EscapeCell(std::string("x\x1Cy\x1Dz")), std::nullopt, std::nullopt, false,
         TextStyle());
   EXPECT_EQ(u.rows[1].cells[0].text, "xyz");
+  // Each separator and control character at every place of a longer value,
+  // which is looked at eight bytes at a time.
+  for (const char special : {'|', ';', '\x1C', '\x1D'}) {
+    for (size_t at = 0; at < 21; ++at) {
+      std::string value(21, 'a');
+      value[at] = special;
+      std::string expected = value;
+      if (special == '|' || special == ';')
+        expected[at] = special == '|' ? '\x1C' : '\x1D';
+      else
+        expected.erase(at, 1);
+      EXPECT_EQ(EscapeCell(value), expected) << "byte " << int(special) << " at " << at;
+    }
+  }
 }
 
 // Placement of rows 100 tall on pages whose rows run from 1000 to 1450.

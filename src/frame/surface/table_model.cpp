@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 #include "frame/surface/length.h"
 #include "frame/surface/surface_error.h"
@@ -83,17 +84,34 @@ std::vector<ColumnFormat> ParseFormat(std::string_view format) {
 }
 
 std::string EscapeCell(std::string_view value) {
+  std::string out;
+  AppendEscapedCell(out, value);
+  return out;
+}
+
+void AppendEscapedCell(std::string& out, std::string_view value) {
   // Most values hold neither separator: they are copied whole, and only
   // the rest from the first separator on is looked at character by
   // character.
   auto special = [](char c) {
     return c == '|' || c == ';' || c == kEscapedBar || c == kEscapedSemicolon;
   };
+  // Eight bytes at a time while none of them is one of the four: a byte
+  // equal to the pattern's is a zero byte of their difference. FS and GS
+  // differ only in their last bit, and are looked for together.
+  constexpr uint64_t kOnes = 0x0101010101010101, kHighs = 0x8080808080808080;
+  auto has_zero_byte = [](uint64_t x) { return (x - kOnes) & ~x & kHighs; };
   size_t plain = 0;
+  for (uint64_t w; plain + 8 <= value.size(); plain += 8) {
+    std::memcpy(&w, value.data() + plain, 8);
+    if (has_zero_byte(w ^ (kOnes * '|')) | has_zero_byte(w ^ (kOnes * ';')) |
+        has_zero_byte((w ^ (kOnes * kEscapedBar)) & (kOnes * 0xFE)))
+      break;
+  }
   while (plain < value.size() && !special(value[plain])) ++plain;
-  std::string out(value.substr(0, plain));
-  if (plain == value.size()) return out;
-  out.reserve(value.size());
+  out.append(value.substr(0, plain));
+  if (plain == value.size()) return;
+  out.reserve(out.size() + value.size() - plain);
   for (const char c : value.substr(plain)) {
     if (c == '|')
       out += kEscapedBar;
@@ -102,7 +120,6 @@ std::string EscapeCell(std::string_view value) {
     else if (c != kEscapedBar && c != kEscapedSemicolon)
       out += c;
   }
-  return out;
 }
 
 uint16_t Table::StyleIndex(const TextStyle& s) {

@@ -84,6 +84,8 @@ class CellValue {
 // out. Practice data never holds control characters; any FS or GS already
 // in the value is dropped so that it cannot pose as an escaped separator.
 std::string EscapeCell(std::string_view value);
+// The same text added to the end of `out`, for a row built in one string.
+void AppendEscapedCell(std::string& out, std::string_view value);
 
 // A format entry: flags, then the width.
 struct ColumnFormat {

@@ -13,7 +13,7 @@ FieldType Field::Type() const { return s_->FieldAt(index_).type; }
 long Field::DefinedSize() const { return s_->FieldAt(index_).defined_size; }
 bool Field::IsChapter() const { return s_->FieldAt(index_).chapter >= 0; }
 
-Variant Field::Value() const {
+size_t Field::ReadableRow() const {
   size_t row = s_->CurrentRow();
   const FieldInfo& f = s_->FieldAt(index_);
   if (f.chapter >= 0)
@@ -23,7 +23,18 @@ Variant Field::Value() const {
                                             "' was not read: the recordset was opened to hold only the fields "
                                             "named to KeepFields: " + s_->source);
   s_->NoteRead(index_);
-  return s_->data->Get(row, index_);
+  return row;
+}
+
+Variant Field::Value() const { return s_->data->Get(ReadableRow(), index_); }
+
+std::string_view Field::Text(std::string& scratch) const {
+  const size_t row = ReadableRow();
+  if (const auto text = s_->data->TextAt(row, index_)) return *text;
+  const Variant v = s_->data->Get(row, index_);
+  if (v.IsNull() || v.IsEmpty()) return {};
+  scratch = CStr(v);
+  return scratch;
 }
 
 void Field::Value(const Variant& v) {

@@ -29,6 +29,12 @@ class Field {
   // EOF, and for a chapter field (read it with Chapter()).
   Variant Value() const;
   operator Variant() const { return Value(); }
+  // The value's text as CStr gives it, "" for Null and Empty, read where
+  // the recordset holds it when the value is text: a list that prints
+  // thousands of names need not copy each into a Variant first. The view
+  // lasts until the recordset moves or changes; `scratch` holds the text
+  // of a value of any other kind. Throws as Value does.
+  std::string_view Text(std::string& scratch) const;
   // Sets the value in the current row, converted to the field's type; the
   // row is written by Update (or by moving off it).
   void Value(const Variant& v);
@@ -48,6 +54,9 @@ class Field {
   int index() const { return index_; }
 
  private:
+  // The current row, once the field is known to hold a readable value.
+  size_t ReadableRow() const;
+
   std::shared_ptr<RecordsetState> s_;
   int index_;
 };
