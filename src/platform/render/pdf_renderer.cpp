@@ -78,10 +78,12 @@ class Glyphs {
   Glyphs& operator=(const Glyphs&) = delete;
 
   // The glyphs of `t`, set from the origin; `file` is its font's file.
-  const std::vector<cairo_glyph_t>& Of(const TextRun& t, const pdf::EmbeddedFont& file) {
+  const std::vector<cairo_glyph_t>& Of(const TextRun& t, pdf::EmbeddedFont& file) {
     const FontFace& face = fonts_[t.font];
     out_.clear();
-    if (Own(t, face, file)) return out_;
+    chars_.clear();
+    own_ = Own(t, face, file);
+    if (own_) return out_;
     out_.clear();
     if (!cr_) {
       surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
@@ -97,11 +99,16 @@ class Glyphs {
     PlaceGlyphs(cairo_get_scaled_font(cr_), t, face.synthetic_bold, 0, 0, &placer_, out_);
     return out_;
   }
+  // The character each glyph of the last Of stands for, one a glyph, when
+  // they came from the file's tables (its text was then well-formed UTF-8 of
+  // the Basic Multilingual Plane, as pdf::DecodeUtf8 reads it too); null
+  // when cairo placed them.
+  const std::u32string* Chars() const { return own_ ? &chars_ : nullptr; }
 
  private:
-  // Places `t` from the file's tables into out_; false when they do not
-  // serve.
-  bool Own(const TextRun& t, const FontFace& face, const pdf::EmbeddedFont& file) {
+  // Places `t` from the file's tables into out_ and its characters into
+  // chars_; false when they do not serve.
+  bool Own(const TextRun& t, const FontFace& face, pdf::EmbeddedFont& file) {
     const unsigned units = file.units_per_em();
     if (units == 0 || (units & (units - 1)) != 0) return false;
     const double size = t.size_pt;
@@ -109,10 +116,11 @@ class Glyphs {
     double x = 0, advance = 0;
     for (size_t i = 0; i < text.size();) {
       const char32_t c = NextBmpChar(text, i);
-      const uint16_t glyph = c == 0 ? 0 : file.GlyphOf(c);
-      if (glyph == 0) return false;
-      out_.push_back(cairo_glyph_t{glyph, x, 0});
-      advance = double(file.AdvanceUnits(glyph)) * size / units;
+      const pdf::EmbeddedFont::Mapped m = c == 0 ? pdf::EmbeddedFont::Mapped{0, 0} : file.Map(c);
+      if (m.glyph == 0) return false;
+      out_.push_back(cairo_glyph_t{m.glyph, x, 0});
+      chars_.push_back(c);
+      advance = double(m.advance) * size / units;
       x += advance;
     }
     if (face.synthetic_bold) SpaceEmboldened(out_, 0, t.size_pt, advance);
@@ -126,6 +134,8 @@ class Glyphs {
   uint16_t font_ = UINT16_MAX;
   float size_ = 0;
   std::vector<cairo_glyph_t> out_;
+  std::u32string chars_;
+  bool own_ = false;
 };
 
 // Paints pages into content streams. Fonts and pictures are named by
@@ -359,8 +369,9 @@ class PdfPainter {
     pdf::EmbeddedFont& font = FontOf(t.font, resource);
     // The character each glyph stands for: the placer sets one glyph per
     // character, so the two line up unless the text was not plain UTF-8.
-    pdf::DecodeUtf8(t.text, chars_);
-    const std::u32string& chars = chars_;
+    const std::u32string* placed = glyphs_.Chars();
+    if (!placed) pdf::DecodeUtf8(t.text, chars_);
+    const std::u32string& chars = placed ? *placed : chars_;
     const bool paired = chars.size() == glyphs.size();
     const bool plain = !t.clip && t.angle == 0 && !t.underline && !face.synthetic_italic;
 
@@ -428,8 +439,11 @@ class PdfPainter {
         }
         const auto g = uint16_t(glyphs[i].index);
         font.Use(g, paired ? chars[i] : 0);
-        if (at != line_.pen) {
-          const double adjust = std::round(-1000 * (at - line_.pen));
+        // Rounding half away from zero, a move of less than 2.5 thousandths
+        // rounds below 3 and is dropped: most glyphs stand within that of
+        // the pen, and are written without rounding anything.
+        if (const double move = -1000 * (at - line_.pen); std::abs(move) >= 2.5) {
+          const double adjust = std::round(move);
           if (std::abs(adjust) >= 3) {
             out_ += ')';
             AppendNumber(out_, adjust, 0);
