@@ -651,13 +651,14 @@ class PdfPaintAhead final : public PageSink {
   PdfPaintAhead(const PdfPaintAhead&) = delete;
   PdfPaintAhead& operator=(const PdfPaintAhead&) = delete;
 
-  void Finished(size_t i, Twips width, Twips height, std::vector<DisplayItem> items) override {
-    Push(Job{Job::kPage, i, width, height, std::move(items), {}});
+  void Finished(size_t i, Twips width, Twips height, std::vector<DisplayItem> items,
+                PageStore::Packer pack) override {
+    Push(Job{Job::kPage, i, width, height, std::move(items), {}, std::move(pack)});
   }
   void Added(size_t i, std::vector<DisplayItem> items) override {
-    Push(Job{Job::kAdded, i, {}, {}, std::move(items), {}});
+    Push(Job{Job::kAdded, i, {}, {}, std::move(items), {}, {}});
   }
-  void Changed(size_t i) override { Push(Job{Job::kForget, i, {}, {}, {}, {}}); }
+  void Changed(size_t i) override { Push(Job{Job::kForget, i, {}, {}, {}, {}, {}}); }
   void Cleared() override {
     Stop(false);
     pages_.clear();
@@ -669,12 +670,26 @@ class PdfPaintAhead final : public PageSink {
     error_ = nullptr;
   }
 
+  // Every page handed over is packed once it is painted: the store reading
+  // a page waits for all of them, as CatchUp does, without raising what
+  // painting raised (the file's writing does).
+  void Drain() override { Finish(); }
+
   // Waits until every page handed over is painted and compressed, taking
   // its share of the compressing, and stops the second thread; raises what
   // either thread raised. The painter and the pages are then this thread's,
   // the painter knowing every font of the document. Jobs that never
   // gathered enough to start the thread are done here.
   void CatchUp() {
+    Finish();
+    if (error_) std::rethrow_exception(error_);
+    fonts_.insert(fonts_.end(),
+                  doc_fonts_.begin() + std::ptrdiff_t(std::min(fonts_.size(), doc_fonts_.size())),
+                  doc_fonts_.end());
+    if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
+  }
+  // CatchUp's waiting: every job handed over done, the thread stopped.
+  void Finish() {
     {
       std::unique_lock lock(mu_);
       stopping_ = true;
@@ -693,11 +708,6 @@ class PdfPaintAhead final : public PageSink {
     std::deque<Job> rest;
     rest.swap(jobs_);
     DoHere(rest);
-    if (error_) std::rethrow_exception(error_);
-    fonts_.insert(fonts_.end(),
-                  doc_fonts_.begin() + std::ptrdiff_t(std::min(fonts_.size(), doc_fonts_.size())),
-                  doc_fonts_.end());
-    if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
   }
   PdfPainter& Painter() { return *painter_; }
   // The compressor the pages were compressed with, for the file's other
@@ -725,6 +735,7 @@ class PdfPaintAhead final : public PageSink {
     Twips width, height;
     std::vector<DisplayItem> items;
     std::vector<FontFace> fonts;  // the document's fonts taken since the last job
+    PageStore::Packer pack;       // a finished page's, for the store
   };
   // Pages handed over and not yet painted, at most. A page finished while
   // as many wait holds the report's thread until the second thread takes
@@ -927,6 +938,8 @@ class PdfPaintAhead final : public PageSink {
     for (Job& job : jobs) {
       if (abandon_) return;
       fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
+      // The store's copy of a page is packed here, painted or not.
+      if (job.pack) job.pack(job.items);
       // After a failure the rest is dropped; CatchUp raises the failure.
       if (error_) continue;
       try {
