@@ -260,11 +260,15 @@ class PdfPainter {
     saved_.pop_back();
   }
 
-  // The file of the document's font `index`, mapped on first use.
+  // The file of the document's font `index`, mapped on first use; found
+  // by the font's index after its first run.
   pdf::EmbeddedFont& FileOf(uint16_t index) {
+    if (index < file_of_.size() && file_of_[index]) return *file_of_[index];
     const std::string& path = fonts_of_doc_[index].file;
     auto it = files_.find(path);
     if (it == files_.end()) it = files_.emplace(path, std::make_unique<pdf::EmbeddedFont>(path)).first;
+    if (index >= file_of_.size()) file_of_.resize(size_t(index) + 1, nullptr);
+    file_of_[index] = it->second.get();
     return *it->second;
   }
 
@@ -585,6 +589,7 @@ class PdfPainter {
   Glyphs glyphs_;
   std::vector<int> font_of_;  // document font -> index in fonts_, -1 before use
   std::map<std::string, std::unique_ptr<pdf::EmbeddedFont>> files_;
+  std::vector<pdf::EmbeddedFont*> file_of_;  // document font -> its file, null before use
   std::vector<pdf::EmbeddedFont*> fonts_;  // by resource number
   std::map<const Image*, size_t> image_numbers_;
   std::vector<std::shared_ptr<const Image>> images_;  // by resource number
