@@ -177,6 +177,15 @@ TEST(SurfaceTable, EdgeCasesOfAddTable) {
   EXPECT_GT(s.CurrentY(), y0);
   EXPECT_EQ(RunOf(page, "Fee").x, s.MarginLeft() + Twips(1440) + PrintSurface::kCellPadX)
       << "a width without a flag is left aligned";
+
+  // A table keeps nothing of the one before it: the cells a row leaves out
+  // are blank, and rows without a colour are not filled.
+  s.AddTable("1in|1in|1in", "", "a|b|c;d|e|f;");
+  s.AddTable("1in|1in|1in", "", "x;y|z");
+  const auto& after = s.Document().pages[0];
+  EXPECT_EQ(Texts(after),
+            (std::vector<std::string>{"Code", "Fee", "a", "b", "c", "d", "e", "f", "x", "y", "z"}));
+  EXPECT_EQ(Fills(after).size(), 2u);
 }
 
 TEST(SurfaceTable, RowsGrowToTheirTallestCellAndThePenGoesBelow) {

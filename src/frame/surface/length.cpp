@@ -8,8 +8,8 @@
 namespace orv::frame {
 
 Twips ParseLength(std::string_view text) {
-  const std::string original(text);
-  auto bad = [&]() { return SurfaceError("Invalid length: \"" + original + "\""); };
+  const std::string_view original = text;
+  auto bad = [&]() { return SurfaceError("Invalid length: \"" + std::string(original) + "\""); };
   while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front())))
     text.remove_prefix(1);
   while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
@@ -42,10 +42,11 @@ Twips ParseLength(std::string_view text) {
       !(std::isdigit(static_cast<unsigned char>(text.front())) || text.front() == '.'))
     throw bad();
   // from_chars takes neither a sign nor a leading "." without a digit before
-  // it; a leading zero makes ".5" readable.
-  std::string digits;
-  if (text.front() == '.') digits.push_back('0');
-  digits.append(text);
+  // it; a leading zero makes ".5" readable. Other numbers are read where
+  // they stand: a sheet of labels gives thousands of positions.
+  std::string with_zero;
+  std::string_view digits = text;
+  if (text.front() == '.') digits = with_zero.append("0").append(text);
   double value = 0;
   auto [end, ec] = std::from_chars(digits.data(), digits.data() + digits.size(), value,
                                    std::chars_format::fixed);

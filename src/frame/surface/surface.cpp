@@ -489,10 +489,11 @@ void PrintSurface::TextBox(std::string_view raw, Length x, Length y, Length widt
   // those are kept as places in the text, as table cells keep theirs,
   // rather than built into lines of their own; they are the lines
   // BreakLines gives. Each ends at a line break or the end of the text, so
-  // justifying leaves it as it is.
+  // justifying leaves it as it is. They are measured as cells are, in one
+  // pass over the text: a sheet of labels sets thousands of boxes.
   std::vector<ShortLine> shorts;
   std::vector<TextLine> lines;
-  if (!ShortLines(text, Measurer(f.metrics, size), box.width, true, shorts)) {
+  if (!ShortLines(text, FontMeasure{f.metrics, size}, box.width, true, shorts)) {
     lines = BreakLines(text, Measurer(f.metrics, size), box.width, box.width);
     // A word wider than the box is set smaller to stay whole in it.
     if (const double fitted = FitSize(size, WidestLine(lines), box.width); fitted < size) {

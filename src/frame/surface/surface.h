@@ -351,6 +351,7 @@ class PrintSurface {
   int header_rows_ = 1;
   bool building_table_ = false;
   std::unique_ptr<Table> table_;
+  Table one_call_table_;  // AddTable's outside StartTable ... EndTable
   Twips measured_height_;
   // Layout does not call back into the surface's tables, so one set of
   // lists serves; `table_scratch_busy_` guards against it all the same.

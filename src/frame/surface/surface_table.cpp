@@ -19,9 +19,10 @@ void PrintSurface::AddTable(std::string_view format, std::string_view header, st
     table_->Add(format, header, body, header_color, body_color, append, style_);
     return;
   }
-  Table t;
-  t.Add(format, header, body, header_color, body_color, false, style_);
-  LayOutTable(t, true);
+  // A table of one call is laid out at once: one Table serves them all,
+  // its rows' room kept from one to the next.
+  one_call_table_.Add(format, header, body, header_color, body_color, false, style_);
+  LayOutTable(one_call_table_, true);
 }
 
 void PrintSurface::RecordCells(const Table& table) {

@@ -176,9 +176,8 @@ void Table::Add(std::string_view format, std::string_view header, std::string_vi
       last_columns = ParseFormat(format);
       last_format.assign(format);
     }
-    std::vector<ColumnFormat> cols = last_columns;
-    *this = Table();
-    columns = std::move(cols);
+    Reset();
+    columns = last_columns;
   }
   const uint16_t st = StyleIndex(style);
   const size_t ncols = columns.size();
@@ -197,13 +196,48 @@ void Table::Add(std::string_view format, std::string_view header, std::string_vi
   while (start < body.size()) {
     size_t semi = body.find(';', start);
     if (semi == std::string_view::npos) semi = body.size();
-    Row row;
+    Row row = NewRow();
     row.style = st;
     row.fill = fill;
     FillRow(row, body.substr(start, semi - start), ncols);
     rows.push_back(std::move(row));
     start = semi + 1;
   }
+}
+
+void Table::Reset() {
+  // A few rows are kept: enough for the tables of a record or two, not the
+  // whole of a long list held past its layout.
+  constexpr size_t kSpareRows = 64;
+  for (Row& r : rows) {
+    if (spare_.size() == kSpareRows) break;
+    spare_.push_back(std::move(r));
+  }
+  rows.clear();
+  rows.push_back(NewRow());
+  columns.clear();
+  styles.clear();
+  has_header = false;
+  indent = Twips();
+  repeat_header = true;
+  header_rows = 1;
+  keep_header_with_body = false;
+  keep_together = false;
+}
+
+Row Table::NewRow() {
+  if (spare_.empty()) return Row();
+  Row row = std::move(spare_.back());
+  spare_.pop_back();
+  // Its cells keep the room of their texts, and nothing else.
+  for (Cell& c : row.cells) {
+    c.text.clear();
+    c.attr = CellAttributes();
+  }
+  std::vector<Cell> cells = std::move(row.cells);
+  row = Row();
+  row.cells = std::move(cells);
+  return row;
 }
 
 void Table::Resize(int nrows, int ncols) {

@@ -156,6 +156,11 @@ class Table {
            std::optional<uint32_t> header_color, std::optional<uint32_t> body_color, bool append,
            const TextStyle& style);
 
+  // As a new Table, keeping the room its rows, cells and texts took for the
+  // next table added to it: a list that prints each record as a table of
+  // its own adds thousands, each as large as the one before.
+  void Reset();
+
   // `TableCell`. Rows and columns of -1 are "not given". Out-of-range rows or
   // columns raise CellRangeError.
   CellValue Get(int selector, int row1, int col1, int row2, int col2) const;
@@ -168,6 +173,9 @@ class Table {
  private:
   uint16_t StyleIndex(const TextStyle& s);
   void Resize(int rows, int cols);
+  // A blank row, made from a spare one where there is one.
+  Row NewRow();
+  std::vector<Row> spare_;  // rows of the tables before Reset, for NewRow
 };
 
 }  // namespace orv::frame

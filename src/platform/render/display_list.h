@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -135,26 +136,7 @@ inline void Shift(DisplayItem& item, Twips dy) {
       item);
 }
 
-// Told of each page of a store as it is finished, so that work on the
-// finished pages (painting them for a PDF file) can go on while the rest of
-// the document is laid out. Called on the thread that packs the pages, in
-// the order things happen to them.
-class PageSink {
- public:
-  virtual ~PageSink() = default;
-  // Page `i`, `width` by `height`, was packed holding `items` (the sink
-  // keeps them; the store has its packed copy).
-  virtual void Finished(size_t i, Twips width, Twips height, std::vector<DisplayItem> items) = 0;
-  // `items` were added at the end of page `i` after it was finished (an
-  // overlay reopened it) and are packed now.
-  virtual void Added(size_t i, std::vector<DisplayItem> items) = 0;
-  // Page `i` is open for writing again, or gone: what was handed over for
-  // it no longer holds. A page written again is handed over again when it
-  // is packed.
-  virtual void Changed(size_t i) = 0;
-  // Every page is gone.
-  virtual void Cleared() = 0;
-};
+class PageSink;
 
 // The pages of a document. The page being written is held as plain items;
 // a finished page is packed (Seal) into a few bytes an item: its text
@@ -176,9 +158,9 @@ class PageStore {
   PageStore& operator=(PageStore&& o) noexcept;
   ~PageStore();
 
-  // Hands every page to `sink` as it is packed from now on (none: stops).
-  // Pages packed before are not handed over.
-  void HandOver(std::shared_ptr<PageSink> sink) { sink_ = std::move(sink); }
+  // Hands every page to `sink` as it is finished from now on (none:
+  // stops), to be packed there. Pages finished before are not handed over.
+  void HandOver(std::shared_ptr<PageSink> sink);
   PageSink* Sink() const { return sink_.get(); }
 
   size_t size() const { return slots_.size(); }
@@ -258,7 +240,25 @@ class PageStore {
   const_iterator begin() const { return {this, 0}; }
   const_iterator end() const { return {this, slots_.size()}; }
 
-  struct Shared;  // the style and picture tables and the temporary file
+  struct Shared;   // the style and picture tables and the temporary file
+  struct Packing;  // a page's packed bytes, made where its sink works
+
+  // Packs the items of one page handed to a sink into its store's form
+  // (PageSink::Finished). The tables it adds styles to are the store's,
+  // guarded there, so it may run on any thread.
+  class Packer {
+   public:
+    Packer() = default;
+    explicit operator bool() const { return into_ != nullptr; }
+    void operator()(const std::vector<DisplayItem>& items) const;
+
+   private:
+    friend class PageStore;
+    Packer(std::shared_ptr<Shared> shared, std::shared_ptr<Packing> into)
+        : shared_(std::move(shared)), into_(std::move(into)) {}
+    std::shared_ptr<Shared> shared_;
+    std::shared_ptr<Packing> into_;
+  };
 
  private:
   struct Slot {
@@ -272,11 +272,24 @@ class PageStore {
     // memory, as they are a few bytes a page.
     std::string added;
     bool reopened = false;  // page.items holds what is being added
+    // Handed to the sink to be packed, and not yet taken into `packed`
+    // (Settle); its bytes, once done, are the page's.
+    std::shared_ptr<Packing> packing;
     // A packed page as it was last read, kept for the references handed
     // out; its own allocation, so that they outlive a move of the slots.
     mutable std::shared_ptr<Page> view;
   };
   std::vector<DisplayItem> Unpack(const Slot& slot) const;
+  // The packed bytes of a page handed to the sink, once packed: waits for
+  // the sink to pack every page handed over when this one is not yet.
+  const std::string& Packed(const Packing& packing) const;
+  // Waits until every page handed to the sink is packed.
+  void AwaitPacking() const;
+  // Keeps `bytes` as the packed items of `slot`: in memory, or in the
+  // temporary file past the budget.
+  void Keep(Slot& slot, std::string bytes);
+  // Takes the pages the sink has packed, oldest first, into their slots.
+  void Settle();
 
   std::vector<Slot> slots_;
   // Shared with copies of the store: the tables and the file only grow, so
@@ -285,6 +298,35 @@ class PageStore {
   size_t packed_bytes_ = 0;
   size_t budget_ = size_t(16) << 20;
   std::shared_ptr<PageSink> sink_;
+  std::deque<size_t> pending_;  // pages handed to the sink, in order, to Settle
+};
+
+// Told of each page of a store as it is finished, so that work on the
+// finished pages (painting them for a PDF file) can go on while the rest of
+// the document is laid out. Called on the thread that packs the pages, in
+// the order things happen to them.
+class PageSink {
+ public:
+  virtual ~PageSink() = default;
+  // Page `i`, `width` by `height`, is finished holding `items`, which the
+  // sink keeps. The sink calls `pack` with them once, on whichever thread
+  // it does its work, before or after its own use of them: that makes the
+  // store's packed copy, so the packing leaves the thread that lays pages
+  // out. The store waits for it (Drain) only where it reads the page.
+  virtual void Finished(size_t i, Twips width, Twips height, std::vector<DisplayItem> items,
+                        PageStore::Packer pack) = 0;
+  // `items` were added at the end of page `i` after it was finished (an
+  // overlay reopened it) and are packed now.
+  virtual void Added(size_t i, std::vector<DisplayItem> items) = 0;
+  // Page `i` is open for writing again, or gone: what was handed over for
+  // it no longer holds. A page written again is handed over again when it
+  // is packed.
+  virtual void Changed(size_t i) = 0;
+  // Every page is gone.
+  virtual void Cleared() = 0;
+  // Returns once every page handed over has been packed (its Packer
+  // called), doing on this thread what waits to be done.
+  virtual void Drain() = 0;
 };
 
 struct Document {

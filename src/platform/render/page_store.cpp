@@ -14,11 +14,14 @@
 // one's), so each page unpacks alone.
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <iterator>
 #include <map>
+#include <mutex>
 #include <stdexcept>
 #include <tuple>
 
@@ -189,6 +192,9 @@ double Baseline(double top, const TextRun& prev) {
 }  // namespace
 
 struct PageStore::Shared {
+  // The tables grow as pages are packed, on the thread that paints them as
+  // well as on the store's; packing and unpacking a page each hold this.
+  std::mutex mu;
   std::vector<TextStyle> text_styles;
   std::map<TextStyle, size_t> text_index;
   std::vector<LineStyle> line_styles;
@@ -224,6 +230,7 @@ struct PageStore::Shared {
 namespace {
 
 void Pack(const std::vector<DisplayItem>& items, PageStore::Shared& shared, std::string& out) {
+  const std::lock_guard lock(shared.mu);
   Writer w(out);
   // The count first, so that unpacking takes the room for the items at once.
   w.Varint(items.size());
@@ -303,7 +310,8 @@ void Pack(const std::vector<DisplayItem>& items, PageStore::Shared& shared, std:
   }
 }
 
-std::vector<DisplayItem> UnpackItems(const std::string& bytes, const PageStore::Shared& shared) {
+std::vector<DisplayItem> UnpackItems(const std::string& bytes, PageStore::Shared& shared) {
+  const std::lock_guard lock(shared.mu);
   std::vector<DisplayItem> items;
   Reader r(bytes.data(), bytes.size());
   // Never more items than bytes: a damaged count cannot ask for more.
@@ -396,37 +404,117 @@ std::vector<DisplayItem> UnpackItems(const std::string& bytes, const PageStore::
 
 }  // namespace
 
+struct PageStore::Packing {
+  std::string bytes;
+  std::exception_ptr error;  // raised packing
+  std::atomic<bool> done = false;
+};
+
+void PageStore::Packer::operator()(const std::vector<DisplayItem>& items) const {
+  if (!into_) return;
+  try {
+    Pack(items, *shared_, into_->bytes);
+  } catch (...) {
+    into_->error = std::current_exception();
+  }
+  into_->done.store(true, std::memory_order_release);
+}
+
 PageStore::PageStore() : shared_(std::make_shared<Shared>()) {}
 
+// A copy takes the pages packed: what the sink still packs is waited for,
+// and the copy holds bytes of its own.
 PageStore::PageStore(const PageStore& o)
-    : slots_(o.slots_), shared_(o.shared_), packed_bytes_(o.packed_bytes_), budget_(o.budget_) {}
+    : slots_((o.AwaitPacking(), o.slots_)),
+      shared_(o.shared_),
+      packed_bytes_(o.packed_bytes_),
+      budget_(o.budget_) {
+  for (Slot& slot : slots_) {
+    if (!slot.packing) continue;
+    slot.packed = Packed(*slot.packing);
+    packed_bytes_ += slot.packed.size();
+    slot.packing.reset();
+  }
+}
 
+// The pages the sink packs are waited for, as it stays with the store
+// moved from; the store moved to takes their bytes as it settles.
 PageStore::PageStore(PageStore&& o) noexcept
-    : slots_(std::move(o.slots_)),
+    : slots_((o.AwaitPacking(), std::move(o.slots_))),
       shared_(std::move(o.shared_)),
       packed_bytes_(o.packed_bytes_),
-      budget_(o.budget_) {}
+      budget_(o.budget_),
+      pending_(std::move(o.pending_)) {}
 
 // A store that takes other pages keeps its sink, which forgets what it was
 // handed: none of these pages went through it.
 PageStore& PageStore::operator=(const PageStore& o) {
   if (this == &o) return *this;
-  if (sink_) sink_->Cleared();
-  slots_ = o.slots_;
-  shared_ = o.shared_;
-  packed_bytes_ = o.packed_bytes_;
-  budget_ = o.budget_;
-  return *this;
+  PageStore copy(o);
+  return *this = std::move(copy);
 }
 
 PageStore& PageStore::operator=(PageStore&& o) noexcept {
   if (this == &o) return *this;
+  o.AwaitPacking();
   if (sink_) sink_->Cleared();
   slots_ = std::move(o.slots_);
   shared_ = std::move(o.shared_);
   packed_bytes_ = o.packed_bytes_;
   budget_ = o.budget_;
+  pending_ = std::move(o.pending_);
   return *this;
+}
+
+void PageStore::HandOver(std::shared_ptr<PageSink> sink) {
+  // The pages handed to the sink that goes are packed before it goes.
+  if (sink_ != sink) AwaitPacking();
+  sink_ = std::move(sink);
+}
+
+const std::string& PageStore::Packed(const Packing& packing) const {
+  if (!packing.done.load(std::memory_order_acquire) && sink_) sink_->Drain();
+  if (!packing.done.load(std::memory_order_acquire))
+    throw std::runtime_error("a page of the document was handed over and never packed");
+  if (packing.error) std::rethrow_exception(packing.error);
+  return packing.bytes;
+}
+
+void PageStore::AwaitPacking() const {
+  if (!sink_) return;
+  for (const Slot& slot : slots_) {
+    if (slot.packing && !slot.packing->done.load(std::memory_order_acquire)) {
+      sink_->Drain();
+      return;
+    }
+  }
+}
+
+void PageStore::Keep(Slot& slot, std::string bytes) {
+  if (packed_bytes_ + bytes.size() > budget_) {
+    if (const int64_t at = shared_->Spill(bytes); at >= 0) {
+      slot.spilled = at;
+      slot.spilled_size = uint32_t(bytes.size());
+      return;
+    }
+  }
+  packed_bytes_ += bytes.size();
+  bytes.shrink_to_fit();
+  slot.packed = std::move(bytes);
+}
+
+void PageStore::Settle() {
+  while (!pending_.empty()) {
+    const size_t i = pending_.front();
+    Slot* slot = i < slots_.size() ? &slots_[i] : nullptr;
+    if (slot && slot->packing) {
+      if (!slot->packing->done.load(std::memory_order_acquire)) return;
+      std::shared_ptr<Packing> packing = std::move(slot->packing);
+      if (packing->error) std::rethrow_exception(packing->error);
+      Keep(*slot, std::move(packing->bytes));
+    }
+    pending_.pop_front();
+  }
 }
 
 PageStore::~PageStore() = default;
@@ -434,6 +522,7 @@ PageStore::~PageStore() = default;
 void PageStore::clear() {
   if (sink_) sink_->Cleared();
   slots_.clear();
+  pending_.clear();
   packed_bytes_ = 0;
   shared_ = std::make_shared<Shared>();
 }
@@ -462,17 +551,18 @@ void PageStore::resize(size_t n) {
 Page& PageStore::operator[](size_t i) {
   Slot& slot = slots_.at(i);
   if (slot.sealed) {
-    if (sink_) sink_->Changed(i);
     // A page already read is taken as it was read, not unpacked again; a
     // reopened page's view is never kept, as its additions may change.
     std::vector<DisplayItem> items = !slot.reopened && slot.view && slot.view.use_count() == 1
                                          ? std::move(slot.view->items)
                                          : Unpack(slot);
+    if (sink_) sink_->Changed(i);
     if (slot.reopened) std::move(slot.page.items.begin(), slot.page.items.end(), std::back_inserter(items));
     slot.page.items = std::move(items);
     packed_bytes_ -= slot.packed.size() + slot.added.size();
     std::string().swap(slot.packed);
     std::string().swap(slot.added);
+    slot.packing.reset();
     slot.spilled = -1;
     slot.sealed = false;
     slot.reopened = false;
@@ -507,8 +597,9 @@ Page PageStore::Read(size_t i) const {
 
 std::vector<DisplayItem> PageStore::Unpack(const Slot& slot) const {
   std::vector<DisplayItem> items =
-      slot.spilled >= 0 ? UnpackItems(shared_->Load(slot.spilled, slot.spilled_size), *shared_)
-                        : UnpackItems(slot.packed, *shared_);
+      slot.packing        ? UnpackItems(Packed(*slot.packing), *shared_)
+      : slot.spilled >= 0 ? UnpackItems(shared_->Load(slot.spilled, slot.spilled_size), *shared_)
+                          : UnpackItems(slot.packed, *shared_);
   // Each batch added later unpacks alone, as it was packed.
   Reader r(slot.added.data(), slot.added.size());
   while (!r.AtEnd()) {
@@ -537,22 +628,23 @@ void PageStore::Seal(size_t i) {
     return;
   }
   if (slot.sealed) return;
-  std::string bytes;
-  Pack(slot.page.items, *shared_, bytes);
-  if (sink_) sink_->Finished(i, slot.page.width, slot.page.height, std::move(slot.page.items));
-  std::vector<DisplayItem>().swap(slot.page.items);
   slot.view.reset();
   slot.sealed = true;
-  if (packed_bytes_ + bytes.size() > budget_) {
-    if (const int64_t at = shared_->Spill(bytes); at >= 0) {
-      slot.spilled = at;
-      slot.spilled_size = uint32_t(bytes.size());
-      return;
-    }
+  if (sink_) {
+    // The sink packs the page where it paints it; its bytes are taken in
+    // as they are done.
+    slot.packing = std::make_shared<Packing>();
+    pending_.push_back(i);
+    sink_->Finished(i, slot.page.width, slot.page.height, std::move(slot.page.items),
+                    Packer(shared_, slot.packing));
+    std::vector<DisplayItem>().swap(slot.page.items);
+    Settle();
+    return;
   }
-  packed_bytes_ += bytes.size();
-  bytes.shrink_to_fit();
-  slot.packed = std::move(bytes);
+  std::string bytes;
+  Pack(slot.page.items, *shared_, bytes);
+  std::vector<DisplayItem>().swap(slot.page.items);
+  Keep(slot, std::move(bytes));
 }
 
 size_t PageStore::SpilledBytes() const {

@@ -214,6 +214,7 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
 }
 
 EmbeddedFont::EmbeddedFont(std::string file) : file_(std::move(file)), mapped_(file_) {
+  latin_.fill(Mapped{kNotLooked, 0});
   data_ = mapped_.bytes();
   if (data_.empty()) throw RenderError("Cannot read font file " + file_);
   const auto tables = Tables(data_);

@@ -10,6 +10,7 @@
 // back to a reader that copies or searches it.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -48,6 +49,22 @@ class EmbeddedFont {
   // last UCS-2 one); 0 for a character it does not map or when the file has
   // no such map in format 4 or 12.
   uint16_t GlyphOf(char32_t c) const;
+  // GlyphOf(c) and the AdvanceUnits of that glyph together. Characters
+  // below 256, nearly all a practice's text, are looked up in the file once
+  // and kept: a long list shows millions of them, and searching the
+  // character map for each was a third of the painting.
+  struct Mapped {
+    uint16_t glyph;
+    uint16_t advance;
+  };
+  Mapped Map(char32_t c) {
+    if (c < latin_.size()) {
+      Mapped& m = latin_[c];
+      if (m.glyph == kNotLooked) m = Look(c);
+      return m;
+    }
+    return Look(c);
+  }
   // Marks `glyph` as shown, standing for the character `c` (0 for none
   // known); the first character a glyph is shown for is the one a reader
   // gets back.
@@ -76,6 +93,13 @@ class EmbeddedFont {
   size_t cmap_ = 0;             // offset in data_ of the character map read, 0: none
   uint16_t cmap_format_ = 0;
   uint32_t MappedGlyph(char32_t c) const;
+  Mapped Look(char32_t c) const {
+    const uint16_t g = GlyphOf(c);
+    return {g, AdvanceUnits(g)};
+  }
+  // No glyph number reaches it: a file holds at most 65,535 glyphs.
+  static constexpr uint16_t kNotLooked = UINT16_MAX;
+  std::array<Mapped, 256> latin_;  // by character; kNotLooked until met
   static constexpr uint32_t kUnused = UINT32_MAX;
   std::vector<uint32_t> text_;  // glyph -> character, one entry per glyph of the file
 };

@@ -78,10 +78,12 @@ class Glyphs {
   Glyphs& operator=(const Glyphs&) = delete;
 
   // The glyphs of `t`, set from the origin; `file` is its font's file.
-  const std::vector<cairo_glyph_t>& Of(const TextRun& t, const pdf::EmbeddedFont& file) {
+  const std::vector<cairo_glyph_t>& Of(const TextRun& t, pdf::EmbeddedFont& file) {
     const FontFace& face = fonts_[t.font];
     out_.clear();
-    if (Own(t, face, file)) return out_;
+    chars_.clear();
+    own_ = Own(t, face, file);
+    if (own_) return out_;
     out_.clear();
     if (!cr_) {
       surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
@@ -97,11 +99,16 @@ class Glyphs {
     PlaceGlyphs(cairo_get_scaled_font(cr_), t, face.synthetic_bold, 0, 0, &placer_, out_);
     return out_;
   }
+  // The character each glyph of the last Of stands for, one a glyph, when
+  // they came from the file's tables (its text was then well-formed UTF-8 of
+  // the Basic Multilingual Plane, as pdf::DecodeUtf8 reads it too); null
+  // when cairo placed them.
+  const std::u32string* Chars() const { return own_ ? &chars_ : nullptr; }
 
  private:
-  // Places `t` from the file's tables into out_; false when they do not
-  // serve.
-  bool Own(const TextRun& t, const FontFace& face, const pdf::EmbeddedFont& file) {
+  // Places `t` from the file's tables into out_ and its characters into
+  // chars_; false when they do not serve.
+  bool Own(const TextRun& t, const FontFace& face, pdf::EmbeddedFont& file) {
     const unsigned units = file.units_per_em();
     if (units == 0 || (units & (units - 1)) != 0) return false;
     const double size = t.size_pt;
@@ -109,10 +116,11 @@ class Glyphs {
     double x = 0, advance = 0;
     for (size_t i = 0; i < text.size();) {
       const char32_t c = NextBmpChar(text, i);
-      const uint16_t glyph = c == 0 ? 0 : file.GlyphOf(c);
-      if (glyph == 0) return false;
-      out_.push_back(cairo_glyph_t{glyph, x, 0});
-      advance = double(file.AdvanceUnits(glyph)) * size / units;
+      const pdf::EmbeddedFont::Mapped m = c == 0 ? pdf::EmbeddedFont::Mapped{0, 0} : file.Map(c);
+      if (m.glyph == 0) return false;
+      out_.push_back(cairo_glyph_t{m.glyph, x, 0});
+      chars_.push_back(c);
+      advance = double(m.advance) * size / units;
       x += advance;
     }
     if (face.synthetic_bold) SpaceEmboldened(out_, 0, t.size_pt, advance);
@@ -126,6 +134,8 @@ class Glyphs {
   uint16_t font_ = UINT16_MAX;
   float size_ = 0;
   std::vector<cairo_glyph_t> out_;
+  std::u32string chars_;
+  bool own_ = false;
 };
 
 // Paints pages into content streams. Fonts and pictures are named by
@@ -250,11 +260,15 @@ class PdfPainter {
     saved_.pop_back();
   }
 
-  // The file of the document's font `index`, mapped on first use.
+  // The file of the document's font `index`, mapped on first use; found
+  // by the font's index after its first run.
   pdf::EmbeddedFont& FileOf(uint16_t index) {
+    if (index < file_of_.size() && file_of_[index]) return *file_of_[index];
     const std::string& path = fonts_of_doc_[index].file;
     auto it = files_.find(path);
     if (it == files_.end()) it = files_.emplace(path, std::make_unique<pdf::EmbeddedFont>(path)).first;
+    if (index >= file_of_.size()) file_of_.resize(size_t(index) + 1, nullptr);
+    file_of_[index] = it->second.get();
     return *it->second;
   }
 
@@ -359,8 +373,9 @@ class PdfPainter {
     pdf::EmbeddedFont& font = FontOf(t.font, resource);
     // The character each glyph stands for: the placer sets one glyph per
     // character, so the two line up unless the text was not plain UTF-8.
-    pdf::DecodeUtf8(t.text, chars_);
-    const std::u32string& chars = chars_;
+    const std::u32string* placed = glyphs_.Chars();
+    if (!placed) pdf::DecodeUtf8(t.text, chars_);
+    const std::u32string& chars = placed ? *placed : chars_;
     const bool paired = chars.size() == glyphs.size();
     const bool plain = !t.clip && t.angle == 0 && !t.underline && !face.synthetic_italic;
 
@@ -428,8 +443,11 @@ class PdfPainter {
         }
         const auto g = uint16_t(glyphs[i].index);
         font.Use(g, paired ? chars[i] : 0);
-        if (at != line_.pen) {
-          const double adjust = std::round(-1000 * (at - line_.pen));
+        // Rounding half away from zero, a move of less than 2.5 thousandths
+        // rounds below 3 and is dropped: most glyphs stand within that of
+        // the pen, and are written without rounding anything.
+        if (const double move = -1000 * (at - line_.pen); std::abs(move) >= 2.5) {
+          const double adjust = std::round(move);
           if (std::abs(adjust) >= 3) {
             out_ += ')';
             AppendNumber(out_, adjust, 0);
@@ -571,6 +589,7 @@ class PdfPainter {
   Glyphs glyphs_;
   std::vector<int> font_of_;  // document font -> index in fonts_, -1 before use
   std::map<std::string, std::unique_ptr<pdf::EmbeddedFont>> files_;
+  std::vector<pdf::EmbeddedFont*> file_of_;  // document font -> its file, null before use
   std::vector<pdf::EmbeddedFont*> fonts_;  // by resource number
   std::map<const Image*, size_t> image_numbers_;
   std::vector<std::shared_ptr<const Image>> images_;  // by resource number
@@ -637,13 +656,14 @@ class PdfPaintAhead final : public PageSink {
   PdfPaintAhead(const PdfPaintAhead&) = delete;
   PdfPaintAhead& operator=(const PdfPaintAhead&) = delete;
 
-  void Finished(size_t i, Twips width, Twips height, std::vector<DisplayItem> items) override {
-    Push(Job{Job::kPage, i, width, height, std::move(items), {}});
+  void Finished(size_t i, Twips width, Twips height, std::vector<DisplayItem> items,
+                PageStore::Packer pack) override {
+    Push(Job{Job::kPage, i, width, height, std::move(items), {}, std::move(pack)});
   }
   void Added(size_t i, std::vector<DisplayItem> items) override {
-    Push(Job{Job::kAdded, i, {}, {}, std::move(items), {}});
+    Push(Job{Job::kAdded, i, {}, {}, std::move(items), {}, {}});
   }
-  void Changed(size_t i) override { Push(Job{Job::kForget, i, {}, {}, {}, {}}); }
+  void Changed(size_t i) override { Push(Job{Job::kForget, i, {}, {}, {}, {}, {}}); }
   void Cleared() override {
     Stop(false);
     pages_.clear();
@@ -655,12 +675,26 @@ class PdfPaintAhead final : public PageSink {
     error_ = nullptr;
   }
 
+  // Every page handed over is packed once it is painted: the store reading
+  // a page waits for all of them, as CatchUp does, without raising what
+  // painting raised (the file's writing does).
+  void Drain() override { Finish(); }
+
   // Waits until every page handed over is painted and compressed, taking
   // its share of the compressing, and stops the second thread; raises what
   // either thread raised. The painter and the pages are then this thread's,
   // the painter knowing every font of the document. Jobs that never
   // gathered enough to start the thread are done here.
   void CatchUp() {
+    Finish();
+    if (error_) std::rethrow_exception(error_);
+    fonts_.insert(fonts_.end(),
+                  doc_fonts_.begin() + std::ptrdiff_t(std::min(fonts_.size(), doc_fonts_.size())),
+                  doc_fonts_.end());
+    if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
+  }
+  // CatchUp's waiting: every job handed over done, the thread stopped.
+  void Finish() {
     {
       std::unique_lock lock(mu_);
       stopping_ = true;
@@ -679,11 +713,6 @@ class PdfPaintAhead final : public PageSink {
     std::deque<Job> rest;
     rest.swap(jobs_);
     DoHere(rest);
-    if (error_) std::rethrow_exception(error_);
-    fonts_.insert(fonts_.end(),
-                  doc_fonts_.begin() + std::ptrdiff_t(std::min(fonts_.size(), doc_fonts_.size())),
-                  doc_fonts_.end());
-    if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
   }
   PdfPainter& Painter() { return *painter_; }
   // The compressor the pages were compressed with, for the file's other
@@ -711,6 +740,7 @@ class PdfPaintAhead final : public PageSink {
     Twips width, height;
     std::vector<DisplayItem> items;
     std::vector<FontFace> fonts;  // the document's fonts taken since the last job
+    PageStore::Packer pack;       // a finished page's, for the store
   };
   // Pages handed over and not yet painted, at most. A page finished while
   // as many wait holds the report's thread until the second thread takes
@@ -913,6 +943,8 @@ class PdfPaintAhead final : public PageSink {
     for (Job& job : jobs) {
       if (abandon_) return;
       fonts_.insert(fonts_.end(), job.fonts.begin(), job.fonts.end());
+      // The store's copy of a page is packed here, painted or not.
+      if (job.pack) job.pack(job.items);
       // After a failure the rest is dropped; CatchUp raises the failure.
       if (error_) continue;
       try {

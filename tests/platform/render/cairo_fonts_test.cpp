@@ -128,7 +128,7 @@ TEST_F(GlyphPlacerTest, FontFilesGiveCairosGlyphsAndAdvances) {
   for (char32_t c = 0x2000; c < 0x20D0; ++c) chars.push_back(c);
   for (char32_t c : {0xFB01, 0xFB02, 0xFFFD}) chars.push_back(c);
   for (const char* file : files) {
-    const pdf::EmbeddedFont font(file);
+    pdf::EmbeddedFont font(file);
     const unsigned units = font.units_per_em();
     EXPECT_EQ(units & (units - 1), 0u) << file << ": " << units << " units per em";
     for (const bool bold : {false, true}) {
@@ -137,6 +137,11 @@ TEST_F(GlyphPlacerTest, FontFilesGiveCairosGlyphsAndAdvances) {
         int mapped = 0;
         for (const char32_t c : chars) {
           const uint16_t glyph = font.GlyphOf(c);
+          // The painter's lookup, kept per character from the first pass on.
+          const auto kept = font.Map(c);
+          EXPECT_EQ(kept.glyph, glyph) << file << " U+" << std::hex << uint32_t(c);
+          EXPECT_EQ(kept.advance, font.AdvanceUnits(glyph))
+              << file << " U+" << std::hex << uint32_t(c);
           if (glyph == 0) continue;
           ++mapped;
           std::string utf8;

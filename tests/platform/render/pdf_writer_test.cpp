@@ -314,6 +314,15 @@ TEST(PdfWriter, PaintingAheadFailsTheWriteAndEndsWithTheDocument) {
     Document d = SampleDocument();
     paint_ahead(d, true);
     EXPECT_GT(Threads(), threads) << "pages are painted on a second thread";
+    // The store's packed pages are made there too, those after the failure
+    // as well; a copy of the store holds them.
+    const PageStore copy = d.pages;
+    for (const int i : {1, 40, 41, 70}) {
+      const Page page = copy.Read(size_t(i - 1));
+      ASSERT_FALSE(page.items.empty()) << "page " << i;
+      EXPECT_EQ(std::get<TextRun>(page.items[0]).text, "Page " + std::to_string(i));
+      EXPECT_EQ(page.items.size(), i == 40 ? 2u : 1u) << "page " << i;
+    }
     EXPECT_TRUE(orv::testing::ThrowsSaying([&] { RenderPdf(d, pdf); }, {"fewer pixels"}));
     EXPECT_FALSE(fs::exists(pdf));
     // Again, the painter's thread stopped: the failure stands.
