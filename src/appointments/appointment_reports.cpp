@@ -2,6 +2,8 @@
 // reschedules, the incomplete and planned appointments, the treatment plans,
 // the operatory list and the booking diagnostics, and the sections that the
 // host may also call alone; the appointments by patient.
+#include <unordered_map>
+
 #include "appointments/appointment_text.h"
 #include "common/common_functions.h"
 #include "common/format.h"
@@ -22,14 +24,33 @@ std::string ProviderCondition(const std::string& filter, const std::string& colu
   return " AND (" + vb::Replace(f, "ProviderID", column) + ")";
 }
 
-std::string PrintedTime(clsCommonFunctions& cf, const Variant& minutes) {
-  // A time outside a day (negative, or past the last minute) prints as the
-  // time of day it stands for, the count taken modulo one day: the grid
-  // never holds such values, and a report should not fail on one.
+namespace {
+
+// A time outside a day (negative, or past the last minute) prints as the
+// time of day it stands for, the count taken modulo one day: the grid
+// never holds such values, and a report should not fail on one.
+long MinuteOfDay(clsCommonFunctions& cf, const Variant& minutes) {
   long m = static_cast<long>(cf.ReturnVal(minutes));
   m %= 1440;
   if (m < 0) m += 1440;
+  return m;
+}
+
+std::string TimeOfDayText(clsCommonFunctions& cf, long m) {
   return Format(Variant(cf.IntToTime(static_cast<int16_t>(m))), "h:nn AMPM");
+}
+
+}  // namespace
+
+std::string PrintedTime(clsCommonFunctions& cf, const Variant& minutes) {
+  return TimeOfDayText(cf, MinuteOfDay(cf, minutes));
+}
+
+const std::string& TimeTexts::operator()(const Variant& minutes) {
+  const long m = MinuteOfDay(cf_, minutes);
+  std::string& text = texts_[static_cast<size_t>(m)];
+  if (text.empty()) text = TimeOfDayText(cf_, m);
+  return text;
 }
 
 int32_t Minutes(clsCommonFunctions& cf, const Variant& value) {
@@ -51,12 +72,48 @@ std::string Day(const DateTime& d) { return Format(Variant(d), "yyyy-mm-dd"); }
 
 std::string Esc(clsCommonFunctions& cf, const Variant& v) { return frame::EscapeCell(cf.returnStr(v)); }
 
-// The work phone with its extension in brackets, each where it is filled.
-std::string WorkPhone(clsCommonFunctions& cf, const db::Recordset& rs) {
-  std::string phone = cf.returnStr(rs["WorkPhone"].Value());
-  const std::string ext = cf.returnStr(rs["WorkExt"].Value());
-  if (!ext.empty()) phone += "[" + ext + "]";
-  return phone;
+// The phone cell of the appointment listings: the home phone over the
+// work phone with its extension in brackets, each where it is filled. The
+// fields are found by name once, for the whole listing.
+struct PhoneFields {
+  explicit PhoneFields(const db::Recordset& rs) : home(rs["HomePhone"]), work(rs["WorkPhone"]), ext(rs["WorkExt"]) {}
+
+  void AppendCell(clsCommonFunctions& cf, std::string& out) const {
+    out += Esc(cf, home.Value());
+    out += "\r\n";
+    std::string phone = cf.returnStr(work.Value());
+    const std::string extension = cf.returnStr(ext.Value());
+    if (!extension.empty()) phone += "[" + extension + "]";
+    out += frame::EscapeCell(phone);
+  }
+
+  db::Field home, work, ext;
+};
+
+// The patient's cells of the day book and the planned list: the name over
+// the category, the units, and the phones.
+struct PatientCells {
+  explicit PatientCells(const db::Recordset& rs)
+      : first_name(rs["PatientFirstName"]), last_name(rs["PatientLastName"]), category(rs["CategoryName"]),
+        units(rs["Units"]), phones(rs) {}
+
+  void Append(clsCommonFunctions& cf, std::string& out) const {
+    out += frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value()));
+    out += "\r\n";
+    out += Esc(cf, category.Value());
+    out += "|";
+    out += Esc(cf, units.Value());
+    out += "|";
+    phones.AppendCell(cf, out);
+  }
+
+  db::Field first_name, last_name, category, units;
+  PhoneFields phones;
+};
+
+// The appointments' days from `dtStart` to `dtEnd`, both whole.
+std::string DayBookDays(const DateTime& dtStart, const DateTime& dtEnd) {
+  return "([Date] >= '" + Day(dtStart) + "' AND [Date] <= '" + Day(dtEnd) + "')";
 }
 
 // The joins, the period, the providers and the category that the day book
@@ -66,10 +123,8 @@ std::string DayBookFrom(const DateTime& dtStart, const DateTime& dtEnd, const st
   std::string sql =
       " FROM PatientAppointments INNER JOIN Patient ON PatientAppointments.PatientID = Patient.ID "
       "INNER JOIN Employees ON PatientAppointments.ProviderID = Employees.ID INNER JOIN "
-      "ProcedureCategories ON PatientAppointments.ProcedureCat = ProcedureCategories.ID WHERE "
-      "([Date] >= '" +
-      Day(dtStart) + "' AND [Date] <= '" + Day(dtEnd) + "')" +
-      ProviderCondition(ProviderFilter, "PatientAppointments.ProviderID");
+      "ProcedureCategories ON PatientAppointments.ProcedureCat = ProcedureCategories.ID WHERE " +
+      DayBookDays(dtStart, dtEnd) + ProviderCondition(ProviderFilter, "PatientAppointments.ProviderID");
   if (Category != 0) sql += " AND ProcedureCat = " + std::to_string(Category);
   return sql;
 }
@@ -201,7 +256,14 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
       DayBookFrom(dtStart, dtEnd, ProviderFilter, Category);
   if (Complete) sql += " AND (Complete = 0 OR Complete IS NULL)";
   sql += " ORDER BY [Date], Provider, [Time]";
-  db::Recordset rs = Open(sql);
+  // Of the appointment's own columns the day book reads five.
+  db::Recordset rs = OpenKeeping(sql, {"Date", "Provider", "Time", "PatientFirstName", "PatientLastName",
+                                       "CategoryName", "Units", "HomePhone", "WorkPhone", "WorkExt", "Confirmed",
+                                       "Estimate"});
+  const db::Field date = rs["Date"], provider = rs["Provider"], time = rs["Time"], confirmed = rs["Confirmed"],
+                  estimate_field = rs["Estimate"];
+  const PatientCells patient(rs);
+  appointments::TimeTexts times(cf);
   vsp.TextAlign(0);
 
   DayWalk* walk_ptr = nullptr;
@@ -225,15 +287,17 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
   });
   walk_ptr = &walk;
   while (!rs.Eof()) {
-    walk.Row(cf.ReturnDate(rs["Date"].Value()), cf.returnStr(rs["Provider"].Value()));
-    const Variant estimate = rs["Estimate"].Value();
-    walk.body += PrintedTime(cf, rs["Time"].Value()) + "|" +
-                 frame::EscapeCell(cf.returnStr(rs["PatientFirstName"].Value()) + " " +
-                                   cf.returnStr(rs["PatientLastName"].Value())) +
-                 "\r\n" + Esc(cf, rs["CategoryName"].Value()) + "|" + Esc(cf, rs["Units"].Value()) +
-                 "|" + Esc(cf, rs["HomePhone"].Value()) + "\r\n" +
-                 frame::EscapeCell(WorkPhone(cf, rs)) + "|" +
-                 Format(rs["Confirmed"].Value(), "Yes/No") + "|" + EstimateText(estimate) + ";";
+    walk.Row(cf.ReturnDate(date.Value()), cf.returnStr(provider.Value()));
+    const Variant estimate = estimate_field.Value();
+    std::string& b = walk.body;
+    b += times(time.Value());
+    b += "|";
+    patient.Append(cf, b);
+    b += "|";
+    b += Format(confirmed.Value(), "Yes/No");
+    b += "|";
+    b += EstimateText(estimate);
+    b += ";";
     // A NULL estimate adds nothing: ReturnCur reads it as zero.
     walk.sum = walk.sum + cf.ReturnCur(estimate);
     RaiseProgress(rs);
@@ -258,7 +322,39 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
         "ProcedureCategories.Name AS CategoryName, ProcedureCategories.ID as ProcedureCategoryID" +
         DayBookFrom(dtStart, dtEnd, ProviderFilter, Category);
     sql += " ORDER BY [Date], Provider, [Time]";
-    db::Recordset rs = Open(sql);
+    db::Recordset rs = OpenKeeping(
+        sql, {"ClientID", "Date", "Provider", "Reason", "ManualChartNumber", "PatientTitle", "PatientFirstName",
+              "PatientLastName", "CategoryName", "Time", "Units", "HomePhone", "WorkPhone", "WorkExt", "Confirmed"});
+    const db::Field client = rs["ClientID"], date = rs["Date"], provider = rs["Provider"], reason_field = rs["Reason"],
+                    chart = rs["ManualChartNumber"], title = rs["PatientTitle"], first_name = rs["PatientFirstName"],
+                    last_name = rs["PatientLastName"], category = rs["CategoryName"], time = rs["Time"],
+                    units = rs["Units"], confirmed = rs["Confirmed"];
+    const PhoneFields phones(rs);
+    appointments::TimeTexts times(cf);
+
+    // The alerts of every patient on the sheet, read at once rather than
+    // one statement per appointment, each patient's in the order of the
+    // practice's alert list: the join alone leaves their order to the
+    // engine's plan, and the same sheet printed from the file and from the
+    // server must read alike. The patients are those booked in the period
+    // with the providers asked for, without the listing's joins: a few
+    // more than the sheet shows cost nothing, running the joins twice did.
+    std::unordered_map<std::string, std::string> alerts_of;
+    {
+      db::Recordset alerts = Open(
+          "SELECT PatientAlerts.PatientID, ListAlerts.Name AS AlertName FROM PatientAlerts INNER JOIN ListAlerts "
+          "ON PatientAlerts.AlertID = ListAlerts.ID WHERE PatientAlerts.PatientID IN (SELECT PatientID FROM "
+          "PatientAppointments WHERE " +
+          DayBookDays(dtStart, dtEnd) + ProviderCondition(ProviderFilter, "PatientAppointments.ProviderID") +
+          ") ORDER BY PatientAlerts.PatientID, PatientAlerts.AlertID");
+      const db::Field patient = alerts["PatientID"], name = alerts["AlertName"];
+      while (!alerts.Eof()) {
+        std::string& notes = alerts_of[cf.returnStr(patient.Value())];
+        if (!notes.empty()) notes += "\r\n";
+        notes += cf.returnStr(name.Value());
+        alerts.MoveNext();
+      }
+    }
     vsp.TextAlign(0);
 
     // The header's name cell shows the chart-number mark only where the
@@ -284,38 +380,35 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
     });
     walk_ptr = &walk;
     while (!rs.Eof()) {
-      walk.Row(cf.ReturnDate(rs["Date"].Value()), cf.returnStr(rs["Provider"].Value()));
-      // The alerts in the order of the practice's alert list: the join alone
-      // leaves their order to the engine's plan, and the same sheet printed
-      // from the file and from the server must read alike.
-      db::Recordset alerts =
-          Open("SELECT *, ListAlerts.Name as AlertName FROM PatientAlerts INNER JOIN ListAlerts ON "
-               "PatientAlerts.AlertID = ListAlerts.ID WHERE PatientID = '" +
-               cf.returnStr(rs["ClientID"].Value()) + "' ORDER BY PatientAlerts.AlertID");
-      std::string notes;
-      while (!alerts.Eof()) {
-        if (!notes.empty()) notes += "\r\n";
-        notes += cf.returnStr(alerts["AlertName"].Value());
-        alerts.MoveNext();
-      }
-      const std::string reason = cf.returnStr(rs["Reason"].Value());
+      walk.Row(cf.ReturnDate(date.Value()), cf.returnStr(provider.Value()));
+      const auto found = alerts_of.find(cf.returnStr(client.Value()));
+      std::string notes = found == alerts_of.end() ? std::string() : found->second;
+      const std::string reason = cf.returnStr(reason_field.Value());
       if (notes.empty()) {
         notes = reason.empty() ? "N/A" : reason;
       } else if (!reason.empty()) {
         notes += "\r\n" + reason;
       }
-      const std::string mcn = cf.returnStr(rs["ManualChartNumber"].Value());
+      const std::string mcn = cf.returnStr(chart.Value());
       if (!mcn.empty()) has_mcn = true;
-      std::string name = vb::Trim(cf.returnStr(rs["PatientTitle"].Value()) + " " +
-                                  cf.returnStr(rs["PatientFirstName"].Value()) + " " +
-                                  cf.returnStr(rs["PatientLastName"].Value()));
-      std::string cell = frame::EscapeCell(name);
-      if (!mcn.empty()) cell += "\r\n" + frame::EscapeCell("Chart Number: " + mcn);
-      cell += "\r\n" + Esc(cf, rs["CategoryName"].Value());
-      walk.body += PrintedTime(cf, rs["Time"].Value()) + "|" + cell + "|" +
-                   Esc(cf, rs["Units"].Value()) + "|" + Esc(cf, rs["HomePhone"].Value()) + "\r\n" +
-                   frame::EscapeCell(WorkPhone(cf, rs)) + "|" +
-                   Format(rs["Confirmed"].Value(), "Yes/No") + "|" + frame::EscapeCell(notes) + ";";
+      std::string name = vb::Trim(cf.returnStr(title.Value()) + " " + cf.returnStr(first_name.Value()) + " " +
+                                  cf.returnStr(last_name.Value()));
+      std::string& b = walk.body;
+      b += times(time.Value());
+      b += "|";
+      b += frame::EscapeCell(name);
+      if (!mcn.empty()) b += "\r\n" + frame::EscapeCell("Chart Number: " + mcn);
+      b += "\r\n";
+      b += Esc(cf, category.Value());
+      b += "|";
+      b += Esc(cf, units.Value());
+      b += "|";
+      phones.AppendCell(cf, b);
+      b += "|";
+      b += Format(confirmed.Value(), "Yes/No");
+      b += "|";
+      b += frame::EscapeCell(notes);
+      b += ";";
       RaiseProgress(rs);
       rs.MoveNext();
     }
@@ -343,16 +436,20 @@ void clsReports::srptPlannedAppointmentsList(std::string ProviderFilter, DateTim
   sql +=
       " and not EstScheduleDate is null and (Approved is null or Approved <> 0) ORDER BY "
       "PatientFuture.EstScheduleDate";
-  db::Recordset rs = Open(sql);
+  db::Recordset rs = OpenKeeping(sql, {"EstScheduleDate", "ProviderName", "PatientFirstName", "PatientLastName",
+                                       "CategoryName", "Units", "HomePhone", "WorkPhone", "WorkExt", "Estimate"});
+  const db::Field scheduled = rs["EstScheduleDate"], provider = rs["ProviderName"], estimate = rs["Estimate"];
+  const PatientCells patient(rs);
   std::string body;
   while (!rs.Eof()) {
-    body += frame::EscapeCell(Format(rs["EstScheduleDate"].Value(), "dddd mmmm d, yyyy")) + "\r\n" +
-            Esc(cf, rs["ProviderName"].Value()) + "|" +
-            frame::EscapeCell(cf.returnStr(rs["PatientFirstName"].Value()) + " " +
-                              cf.returnStr(rs["PatientLastName"].Value())) +
-            "\r\n" + Esc(cf, rs["CategoryName"].Value()) + "|" + Esc(cf, rs["Units"].Value()) + "|" +
-            Esc(cf, rs["HomePhone"].Value()) + "\r\n" + frame::EscapeCell(WorkPhone(cf, rs)) + "|" +
-            EstimateText(rs["Estimate"].Value()) + ";";
+    body += frame::EscapeCell(Format(scheduled.Value(), "dddd mmmm d, yyyy"));
+    body += "\r\n";
+    body += Esc(cf, provider.Value());
+    body += "|";
+    patient.Append(cf, body);
+    body += "|";
+    body += EstimateText(estimate.Value());
+    body += ";";
     RaiseProgress(rs);
     rs.MoveNext();
   }
@@ -375,7 +472,7 @@ void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateT
     // All providers: the condition is left out, never "AND ()".
     std::string where = NoZeroFilter(ProviderFilter);
     where = where.empty() ? "" : "(" + vb::Replace(where, "ProviderID", "PatientPredTreatments.ProviderID") + ") AND ";
-    db::Recordset rs = Open(
+    db::Recordset rs = OpenKeeping(
         "SELECT PatientPredTreatments.Complete as Complete, Patient.LastName AS PatientLastName, "
         "Patient.FirstName AS PatientFirstName, PatientPredTreatments.*, (SELECT Employees.LastName "
         "FROM Employees WHERE Employees.ID = PatientPredTreatments.ProviderID) AS Provider, "
@@ -383,14 +480,20 @@ void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateT
         "Employees WHERE Employees.ID = PatientPredTreatments.CreatedbyID) AS UserName FROM "
         "PatientPredTreatments INNER JOIN Patient ON PatientPredTreatments.PatientID = Patient.ID "
         "WHERE " +
-        where + "DatePosted >= '" + Day(dtStart) + "' AND DatePosted <= '" + Day(dtEnd) +
-        "' ORDER BY PatientPredTreatments.ProviderID,PatientPredTreatments.DatePosted");
+            where + "DatePosted >= '" + Day(dtStart) + "' AND DatePosted <= '" + Day(dtEnd) +
+            "' ORDER BY PatientPredTreatments.ProviderID,PatientPredTreatments.DatePosted",
+        {"Complete", "TotalAmount", "DatePosted", "PatientFirstName", "PatientLastName", "Provider", "UserName",
+         "Notes"});
+    const db::Field complete_field = rs["Complete"], total = rs["TotalAmount"], posted = rs["DatePosted"],
+                    first_name = rs["PatientFirstName"], last_name = rs["PatientLastName"],
+                    provider = rs["Provider"], user = rs["UserName"], notes = rs["Notes"];
     std::string body;
     long done = 0, open = 0;
     Currency done_sum, open_sum;
     while (!rs.Eof()) {
-      const bool complete = cf.ReturnBool(rs["Complete"].Value());
-      const Currency amount = cf.ReturnCur(rs["TotalAmount"].Value());
+      const bool complete = cf.ReturnBool(complete_field.Value());
+      const Variant total_value = total.Value();
+      const Currency amount = cf.ReturnCur(total_value);
       if (complete) {
         ++done;
         done_sum = done_sum + amount;
@@ -398,12 +501,18 @@ void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateT
         ++open;
         open_sum = open_sum + amount;
       }
-      body += frame::EscapeCell(Format(rs["DatePosted"].Value(), "mmm, d, yyyy")) + "|" +
-              frame::EscapeCell(cf.returnStr(rs["PatientFirstName"].Value()) + " " +
-                                cf.returnStr(rs["PatientLastName"].Value())) +
-              "|" + Esc(cf, rs["Provider"].Value()) + "|" +
-              Format(rs["TotalAmount"].Value(), "Currency") + "|" + (complete ? "C" : "I") + "|" +
-              Esc(cf, rs["UserName"].Value()) + "|" + Esc(cf, rs["Notes"].Value()) + ";";
+      body += frame::EscapeCell(Format(posted.Value(), "mmm, d, yyyy"));
+      body += "|";
+      body += frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value()));
+      body += "|";
+      body += Esc(cf, provider.Value());
+      body += "|";
+      body += Format(total_value, "Currency");
+      body += complete ? "|C|" : "|I|";
+      body += Esc(cf, user.Value());
+      body += "|";
+      body += Esc(cf, notes.Value());
+      body += ";";
       RaiseProgress(rs);
       rs.MoveNext();
     }

@@ -275,13 +275,18 @@ void clsReports::srptEDITransactions(DateTime DateFrom, DateTime DateTo, std::st
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   // DatePosted carries the time of sending: the last day counts whole.
-  db::Recordset rs = Open(
+  db::Recordset rs = OpenKeeping(
       "SELECT PatientEDISends.*, PatientEDIResponses.TrsCode, PatientEDIResponses.Status, "
       "Patient.FirstName, Patient.LastName FROM PatientEDISends INNER JOIN Patient ON "
       "PatientEDISends.PatientID = Patient.ID INNER JOIN PatientEDIResponses ON "
       "PatientEDISends.ID = PatientEDIResponses.EDISendID where DatePosted >= '" +
-      DateFrom.ToIsoDate() + "' and DatePosted < '" + DateTime(DateTo.DatePart().serial() + 1).ToIsoDate() +
-      "' ORDER BY PatientEDISends.SequenceNumber");
+          DateFrom.ToIsoDate() + "' and DatePosted < '" + DateTime(DateTo.DatePart().serial() + 1).ToIsoDate() +
+          "' ORDER BY PatientEDISends.SequenceNumber",
+      {"Type", "DatePosted", "FirstName", "LastName", "Sent?", "CarrierNumber", "SequenceNumber", "TrsCode",
+       "Status"});
+  const db::Field type_field = rs["Type"], posted = rs["DatePosted"], first_name = rs["FirstName"],
+                  last_name = rs["LastName"], sent = rs["Sent?"], carrier = rs["CarrierNumber"],
+                  sequence = rs["SequenceNumber"], trs_code = rs["TrsCode"], status_field = rs["Status"];
   vsp.TextAlign(7);
   vsp.FontSize(12);
   vsp.FontBold(true);
@@ -292,28 +297,32 @@ void clsReports::srptEDITransactions(DateTime DateFrom, DateTime DateTo, std::st
   std::string body;
   long total = 0, eobs = 0, acknowledgements = 0, rejections = 0;
   for (; !rs.Eof(); rs.MoveNext()) {
-    const long type = static_cast<long>(cf.ReturnVal(rs["Type"].Value()));
+    const long type = static_cast<long>(cf.ReturnVal(type_field.Value()));
     const char* type_name = type == 0   ? "Claim"
                             : type == 1 ? "Predetermination"
                             : type == 2 ? "Eligibility Request"
                             : type == 3 ? "Reversal Request"
                                         : "Unknown Transaction";
-    body += cf.ReturnFormatedDate(rs["DatePosted"].Value(), "mmm/dd/yyyy") + "|" +
-            frame::EscapeCell(cf.returnStr(rs["FirstName"].Value()) + " " +
-                              cf.returnStr(rs["LastName"].Value())) +
-            "|" + type_name + "|" + (cf.ReturnBool(rs["Sent?"].Value()) ? "Yes" : "") + "|" +
-            frame::EscapeCell(cf.returnStr(rs["CarrierNumber"].Value())) + "|" +
-            frame::EscapeCell(cf.returnStr(rs["SequenceNumber"].Value())) + "|";
+    body += cf.ReturnFormatedDate(posted.Value(), "mmm/dd/yyyy");
+    body += "|";
+    body += frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value()));
+    body += "|";
+    body += type_name;
+    body += cf.ReturnBool(sent.Value()) ? "|Yes|" : "||";
+    body += frame::EscapeCell(cf.returnStr(carrier.Value()));
+    body += "|";
+    body += frame::EscapeCell(cf.returnStr(sequence.Value()));
+    body += "|";
     // TrsCode 21 is an explanation of benefits; anything else is an
     // acknowledgement. Status 2 is a rejection, 0 held, else accepted.
-    if (cf.ReturnVal(rs["TrsCode"].Value()) == 21) {
+    if (cf.ReturnVal(trs_code.Value()) == 21) {
       body += "EOB|";
       ++eobs;
     } else {
       body += "Acknowledgement|";
       ++acknowledgements;
     }
-    const long status = static_cast<long>(cf.ReturnVal(rs["Status"].Value()));
+    const long status = static_cast<long>(cf.ReturnVal(status_field.Value()));
     if (status == 0) {
       body += "Held;";
     } else if (status == 2) {

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <map>
 #include <stdexcept>
+#include <unordered_map>
 #include <vector>
 
 #include "closing/code_ranges.h"
@@ -474,31 +475,54 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
       ") AND STATUS <> 'In Progress' AND Code <> '-00100'" +
       AndProviders(ProviderFilter, "InvoiceDetails.ProviderID");
   struct Line {
-    Variant date;
-    std::string provider_last, cells;
+    // The sort keys, made once per line: the date with its time as a
+    // serial (0 for none) and the provider's name in lower case.
+    double day;
+    std::string provider_key, cells;
     Currency cost;
     int counts;  // +1 a procedure, -1 a cancelled one, 0 a reversal
   };
   std::map<std::string, std::vector<Line>> by_code;
+  // The lines of a month fall on a few dozen days: each day's text is
+  // formatted once (the format shows the day alone, not the time).
+  std::unordered_map<double, std::string> day_texts;
+  auto day_text = [&](const Variant& date) -> std::string {
+    if (!date.IsDate()) return EscapeCell(Format(date, "mmm/dd/yyyy"));
+    auto [it, added] = day_texts.try_emplace(date.AsDate().DatePart().serial());
+    if (added) it->second = EscapeCell(Format(date, "mmm/dd/yyyy"));
+    return it->second;
+  };
   auto read = [&](const std::string& sql, bool cancelling) {
     db::Recordset rs = Open(sql);
+    const db::Field code_field = rs["Code"], cost_field = rs["Cost"],
+                    date_field = cancelling ? rs["CancellationDate"] : rs[byDate == 1 ? "Date" : "EntryDate"],
+                    last_name = rs["LastName"], first_name = rs["FirstName"],
+                    patient_first = rs["PatientFirstName"], patient_last = rs["PatientLastName"],
+                    invoice = rs["Invoice#"], tooth = rs["Tooth#"], surface = rs["Surface"];
     while (!rs.Eof()) {
-      const std::string code = cf.returnStr(rs["Code"].Value(), true);
+      const std::string code = cf.returnStr(code_field.Value(), true);
       Line l;
-      Currency cost = cf.ReturnCur(rs["Cost"].Value());
+      Currency cost = cf.ReturnCur(cost_field.Value());
       if (cancelling) cost = -cost;
       l.cost = cost;
-      l.date = cancelling ? rs["CancellationDate"].Value()
-                          : rs[byDate == 1 ? "Date" : "EntryDate"].Value();
-      l.provider_last = cf.returnStr(rs["LastName"].Value());
+      const Variant date = date_field.Value();
+      l.day = date.IsNull() ? 0 : CDate(date).serial();
+      const std::string provider_last = cf.returnStr(last_name.Value());
+      l.provider_key = vb::LCase(provider_last);
       l.counts = closing::IsReversal(code) ? 0 : (cancelling ? -1 : 1);
-      l.cells = EscapeCell(cf.returnStr(rs["FirstName"].Value()) + " " + l.provider_last) + "|" +
-                EscapeCell(cf.returnStr(rs["PatientFirstName"].Value()) + " " +
-                           cf.returnStr(rs["PatientLastName"].Value())) +
-                "|" + EscapeCell(cf.returnStr(rs["Invoice#"].Value())) + "|" +
-                EscapeCell(Format(l.date, "mmm/dd/yyyy")) + "|" +
-                EscapeCell(cf.returnStr(rs["Tooth#"].Value())) + "|" +
-                EscapeCell(cf.returnStr(rs["Surface"].Value())) + "|" + Money(cost);
+      l.cells = EscapeCell(cf.returnStr(first_name.Value()) + " " + provider_last);
+      l.cells += "|";
+      l.cells += EscapeCell(cf.returnStr(patient_first.Value()) + " " + cf.returnStr(patient_last.Value()));
+      l.cells += "|";
+      l.cells += EscapeCell(cf.returnStr(invoice.Value()));
+      l.cells += "|";
+      l.cells += day_text(date);
+      l.cells += "|";
+      l.cells += EscapeCell(cf.returnStr(tooth.Value()));
+      l.cells += "|";
+      l.cells += EscapeCell(cf.returnStr(surface.Value()));
+      l.cells += "|";
+      l.cells += Money(cost);
       by_code[std::string(closing::PositiveCode(code))].push_back(std::move(l));
       rs.MoveNext();
     }
@@ -530,10 +554,8 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
   for (auto& [code, lines] : by_code) {
     // In each code, by date and then by the provider's name.
     std::stable_sort(lines.begin(), lines.end(), [](const Line& a, const Line& b) {
-      const double da = a.date.IsNull() ? 0 : CDate(a.date).serial();
-      const double db = b.date.IsNull() ? 0 : CDate(b.date).serial();
-      if (da != db) return da < db;
-      return vb::LCase(a.provider_last) < vb::LCase(b.provider_last);
+      if (a.day != b.day) return a.day < b.day;
+      return a.provider_key < b.provider_key;
     });
     std::string body;
     Currency total;

@@ -67,6 +67,13 @@ db::Recordset clsReports::Open(const std::string& sql, int cursor, int lock) {
   return rs;
 }
 
+db::Recordset clsReports::OpenKeeping(const std::string& sql, std::vector<std::string> keep) {
+  db::Recordset rs;
+  rs.KeepFields(std::move(keep));
+  rs.Open(sql, conn_, db::adOpenStatic, db::adLockReadOnly, db::adCmdText);
+  return rs;
+}
+
 std::string clsReports::ReturnAddressPart(const std::string& Address, int Part) {
   return orv::ReturnAddressPart(Address, Part);
 }

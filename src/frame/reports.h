@@ -657,6 +657,10 @@ class clsReports {
   // Opens a recordset on the main connection.
   db::Recordset Open(const std::string& sql, int cursor = db::adOpenStatic,
                      int lock = db::adLockReadOnly);
+  // Opens a static recordset on the main connection that holds only the
+  // fields named (Recordset::KeepFields): for a listing that reads a few
+  // columns of a "Table.*".
+  db::Recordset OpenKeeping(const std::string& sql, std::vector<std::string> keep);
 
  private:
   db::Connection conn_;

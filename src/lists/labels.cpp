@@ -24,14 +24,19 @@ using lists::JoinedName;
 // only started for a label that exists, so 30 labels make one page.
 class LabelSheet {
  public:
-  explicit LabelSheet(frame::PrintSurface& vsp) : vsp_(vsp) {}
+  // The thirteen corners are read once: a sheet of 20,000 patients spent a
+  // tenth of its run writing and parsing the same lengths for every label.
+  explicit LabelSheet(frame::PrintSurface& vsp) : vsp_(vsp) {
+    for (int c = 0; c < 3; ++c) across_[c] = Inches(c * 2.75 + 0.25);
+    for (int r = 0; r < 10; ++r) down_[r] = Inches(r + 0.5);
+  }
 
   void Place(const std::string& text) {
     if (row_ == 10) {
       vsp_.NewPage();
       row_ = 0;
     }
-    vsp_.TextBox(text, Inches(column_ * 2.75 + 0.25), Inches(row_ + 0.5), "2.55in", "0.89in", false);
+    vsp_.TextBox(text, across_[column_], down_[row_], width_, height_, false);
     if (++column_ == 3) {
       column_ = 0;
       ++row_;
@@ -40,9 +45,12 @@ class LabelSheet {
 
  private:
   // The number and "in", as the sheet's positions are written.
-  static std::string Inches(double v) { return CStr(Variant(v)) + "in"; }
+  static frame::Length Inches(double v) { return frame::Length(CStr(Variant(v)) + "in"); }
 
   frame::PrintSurface& vsp_;
+  frame::Length across_[3] = {0, 0, 0};
+  frame::Length down_[10] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+  const frame::Length width_{"2.55in"}, height_{"0.89in"};
   int column_ = 0;
   int row_ = 0;
 };
@@ -56,10 +64,26 @@ std::string PatientLabelSql(const std::string& txtfilter) {
                                  txtfilter + " ORDER BY LastName, FirstName, ID";
 }
 
-std::string PatientLabelText(clsCommonFunctions& cf, const db::Recordset& rs) {
-  return JoinedName(cf, rs, {"Title", "FirstName", "LastName"}) + "\r\n" +
-         cf.returnStr(rs["Address"].Value());
-}
+// A patient's label: the name as JoinedName joins it, then the address.
+// The fields are found once for the sheet, not by name for every label.
+class PatientLabel {
+ public:
+  explicit PatientLabel(const db::Recordset& rs)
+      : title_(rs["Title"]), first_(rs["FirstName"]), last_(rs["LastName"]), address_(rs["Address"]) {}
+
+  std::string Text(clsCommonFunctions& cf) const {
+    std::string text;
+    lists::AppendNamePart(text, cf.returnStr(title_.Value(), true));
+    lists::AppendNamePart(text, cf.returnStr(first_.Value(), true));
+    lists::AppendNamePart(text, cf.returnStr(last_.Value(), true));
+    text += "\r\n";
+    text += cf.returnStr(address_.Value());
+    return text;
+  }
+
+ private:
+  db::Field title_, first_, last_, address_;
+};
 
 // The one-label-per-page frame: margins of 200 twips all round, the page
 // the way given, the document started and the text centred.
@@ -88,8 +112,9 @@ void clsReports::rptMailingLabels(std::string txtfilter) {
   vsp.StartDoc();
   vsp.TextAlign(7);
   LabelSheet sheet(vsp);
+  const PatientLabel label(rs);
   while (!rs.Eof()) {
-    sheet.Place(PatientLabelText(cf, rs));
+    sheet.Place(label.Text(cf));
     RaiseProgress(rs);
     rs.MoveNext();
   }
@@ -152,8 +177,9 @@ void clsReports::rptMailingLabelsSinglePage(std::string txtfilter) {
   if (vsp.PrintDialog(2) == 0) return;
   db::Recordset rs = Open(PatientLabelSql(NoZeroFilter(txtfilter)));
   StartSingleLabels(vsp, 1);
+  const PatientLabel label(rs);
   while (!rs.Eof()) {
-    vsp.Text(PatientLabelText(cf, rs));
+    vsp.Text(label.Text(cf));
     RaiseProgress(rs);
     rs.MoveNext();
     if (!rs.Eof()) vsp.NewPage();

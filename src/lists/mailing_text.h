@@ -12,15 +12,16 @@ namespace orv::lists {
 // The given columns' values joined by single blanks; an empty or Null part
 // leaves no blank of its own, so a patient without a title prints no
 // leading blank.
+inline void AppendNamePart(std::string& name, const std::string& part) {
+  if (part.empty()) return;
+  if (!name.empty()) name += " ";
+  name += part;
+}
+
 inline std::string JoinedName(clsCommonFunctions& cf, const db::Recordset& rs,
                               std::initializer_list<const char*> fields) {
   std::string name;
-  for (const char* f : fields) {
-    const std::string part = cf.returnStr(rs[f].Value(), true);
-    if (part.empty()) continue;
-    if (!name.empty()) name += " ";
-    name += part;
-  }
+  for (const char* f : fields) AppendNamePart(name, cf.returnStr(rs[f].Value(), true));
   return name;
 }
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "host_support.h"
+#include "support/postgres.h"
 #include "support/shell.h"
 #include "support/text_order.h"
 
@@ -259,25 +260,18 @@ TEST_F(DocumentOutputs, EveryPdfNamesWhatMadeIt) {
 // The PostgreSQL practice is reached with a password: the PDF names the
 // database without it.
 TEST_F(DocumentOutputs, TheDatabaseInAPdfHasNoPassword) {
-  const char* server = std::getenv("ORVENDA_TEST_PG");
-  if (!server || !*server) GTEST_SKIP() << "ORVENDA_TEST_PG is not set: no PostgreSQL server";
-  std::string url = server;
-  const size_t scheme = url.find("://") + 3, at = url.find('@', scheme);
-  const size_t slash = url.find('/', scheme);
-  url = url.substr(0, scheme) + "orvenda_pw:right-password@" + url.substr(at + 1, slash - at) +
-        "orv_identity_" + std::to_string(::getpid());
-  ShellResult copy =
-      HostShell(HostProgram() + " copy-db " + dir + "/demo.db " + ShellQuote(url) + " --replace");
+  ORV_REQUIRE_POSTGRES();
+  const std::string name = "orv_identity_" + std::to_string(::getpid());
+  const std::string url = UrlOfDatabase(TestServerUrl(), name, "orvenda_pw:right-password");
+  ShellResult copy = Host("copy-db " + Db() + " " + ShellQuote(url) + " --replace");
   ASSERT_EQ(copy.status, 0) << copy.out;
-  ShellResult r =
-      HostShell(HostProgram() + " --db " + ShellQuote(url) +
-                " --today 2026-11-20 --user desk --out " + dir + "/pg.pdf rptFeeGuide 1");
+  ShellResult r = Host("--db " + ShellQuote(url) + " --today 2026-11-20 --user desk --out " +
+                       At("pg.pdf") + " rptFeeGuide 1");
   ASSERT_EQ(r.status, 0) << r.out;
-  const std::string info = RunShell("pdfinfo " + dir + "/pg.pdf").out;
+  const std::string info = RunShell("pdfinfo " + At("pg.pdf")).out;
   EXPECT_EQ(info.find("right-password"), std::string::npos) << info;
   EXPECT_NE(info.find("database=postgresql://orvenda_pw"), std::string::npos) << info;
-  RunShell("psql -q " + ShellQuote(server) + " -c 'DROP DATABASE IF EXISTS orv_identity_" +
-           std::to_string(::getpid()) + "' 2>&1");
+  ServerExec("DROP DATABASE IF EXISTS " + name + " WITH (FORCE)");
 }
 
 // A real CUPS scheduler (scripts/cups.sh, which the test command starts)
@@ -288,11 +282,8 @@ class Printing : public DocumentOutputs {
     if (RunShell("lpstat -r 2>&1").out.find("is running") == std::string::npos)
       GTEST_SKIP() << "no CUPS scheduler answers (start one with scripts/cups.sh start DIR and "
                       "export CUPS_SERVER)";
-    std::smatch m;
-    const std::string device = RunShell("lpstat -v orvenda-test 2>&1").out;
-    if (!std::regex_search(device, m, std::regex(R"(device for orvenda-test: (?:file:)?(/\S+))")))
-      GTEST_SKIP() << "CUPS has no queue orvenda-test that prints to a file: " << device;
-    printed = m[1];
+    printed = QueueFile("orvenda-test");
+    if (printed.empty()) GTEST_SKIP() << "CUPS has no queue orvenda-test that prints to a file";
   }
   void TearDown() override {
     // A failed check never leaves the queue stopped for the next test.

@@ -12,15 +12,13 @@
 #include <vector>
 
 #include "host_support.h"
+#include "support/text_order.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using Result = orv::testing::ShellResult;
-
-Result Shell(const std::string& cmd) {
-  return orv::testing::HostShell(cmd);
-}
+using orv::testing::HostShell;
 
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> out;
@@ -56,7 +54,7 @@ class HostHelp : public orv::testing::HostSuite {
 };
 
 TEST_F(HostHelp, ListGroupsEveryMethodByFamilyWithALine) {
-  Result list = Shell(app() + " list");
+  Result list = Host("list");
   ASSERT_EQ(list.status, 0);
   auto built = BuiltMethods(list.out);
   std::set<std::string> families;
@@ -97,13 +95,13 @@ TEST_F(HostHelp, HelpDescribesEveryParameter) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.method);
-    Result r = Shell(app() + " help " + c.method);
+    Result r = Host(std::string("help ") + c.method);
     ASSERT_EQ(r.status, 0) << r.out;
     for (const auto& s : c.says) EXPECT_NE(r.out.find(s), std::string::npos) << s << "\n" << r.out;
   }
-  EXPECT_EQ(Shell(app() + " help rptNoSuchReport").status, 2);
+  EXPECT_EQ(Host("help rptNoSuchReport").status, 2);
   // Asked for help after the method, as a person might.
-  EXPECT_NE(Shell(app() + " rptReceipt --help").out.find("InvoicePayments.ID"), std::string::npos);
+  EXPECT_NE(Host("rptReceipt --help").out.find("InvoicePayments.ID"), std::string::npos);
 }
 
 // What `list` calls built runs alone: each built method's example from
@@ -115,12 +113,12 @@ class HostHelpExamples : public HostHelp, public ::testing::WithParamInterface<s
 constexpr size_t kExampleShares = 4;
 
 TEST_P(HostHelpExamples, EveryBuiltMethodRunsFromItsExample) {
-  auto built = BuiltMethods(Shell(app() + " list").out);
+  auto built = BuiltMethods(Host("list").out);
   ASSERT_GT(built.size(), 20u);
   for (size_t i = GetParam(); i < built.size(); i += kExampleShares) {
     const auto& name = built[i].first;
     SCOPED_TRACE(name);
-    Result help = Shell(app() + " help " + name);
+    Result help = Host("help " + name);
     auto lines = Lines(help.out);
     auto at = std::find_if(lines.begin(), lines.end(), [](const std::string& l) {
       return l.rfind("Example on the demo practice", 0) == 0;
@@ -128,24 +126,20 @@ TEST_P(HostHelpExamples, EveryBuiltMethodRunsFromItsExample) {
     ASSERT_TRUE(at != lines.end() && at + 1 != lines.end()) << help.out;
     std::string example = *(at + 1);
     ASSERT_EQ(example.rfind("  orvenda-reports ", 0), 0u) << example;
-    std::string out = dir + "/" + name + ".pdf";
-    Result r = Shell(app() + example.substr(17) + " --db " + dir + "/demo.db --out " + out);
+    std::string out = At(name + ".pdf");
+    Result r = Host(example.substr(17) + " --db " + Db() + " --out " + out);
     EXPECT_EQ(r.status, 0) << example << "\n" << r.out;
     EXPECT_TRUE(fs::exists(out) || (r.out.find("wrote") == std::string::npos && !r.out.empty()))
         << example << "\n"
         << r.out;
     // A section runs in the host's document: headed once, by the host or by
     // the section itself, never by both.
-    if (Shell(app() + " help " + name).out.find("(section)") != std::string::npos) {
-      const std::string text = dir + "/" + name + ".txt";
-      Shell(app() + example.substr(17) + " --db " + dir + "/demo.db --out " + text);
+    if (help.out.find("(section)") != std::string::npos) {
+      const std::string text = At(name + ".txt");
+      Host(example.substr(17) + " --db " + Db() + " --out " + text);
       std::string first_page = orv::testing::ReadFile(text);
       first_page = first_page.substr(0, first_page.find('\f'));
-      size_t headings = 0;
-      for (size_t at = first_page.find("Printed On:"); at != std::string::npos;
-           at = first_page.find("Printed On:", at + 1))
-        ++headings;
-      EXPECT_LE(headings, 1u) << first_page;
+      EXPECT_LE(orv::testing::Occurrences(first_page, "Printed On:"), 1u) << first_page;
     }
   }
 }
@@ -155,21 +149,22 @@ INSTANTIATE_TEST_SUITE_P(Shares, HostHelpExamples, ::testing::Range<size_t>(0, k
 // The default database is one absolute path wherever the command runs, and
 // a missing one says how to make it.
 TEST_F(HostHelp, DefaultDatabaseIsFoundTheSameWayEverywhere) {
-  Result help = Shell("cd / && env -u ORVENDA_DB " + app() + " --help");
+  Result help = HostShell("cd / && env -u ORVENDA_DB " + app() + " --help");
   std::smatch m;
   ASSERT_TRUE(std::regex_search(help.out, m, std::regex(R"(default database: (\S+))"))) << help.out;
   EXPECT_EQ(m[1].str()[0], '/') << help.out;
-  Result here = Shell("cd " + dir + " && env -u ORVENDA_DB " + app() + " --help");
+  Result here = HostShell("cd " + dir + " && env -u ORVENDA_DB " + app() + " --help");
   EXPECT_NE(here.out.find("default database: " + m[1].str()), std::string::npos) << here.out;
 
-  Result missing = Shell("cd / && ORVENDA_DB=" + dir + "/none.db " + app() + " rptFeeGuide 1 desk");
+  Result missing =
+      HostShell("cd / && ORVENDA_DB=" + dir + "/none.db " + app() + " rptFeeGuide 1 desk");
   EXPECT_EQ(missing.status, 2) << missing.out;
   EXPECT_NE(missing.out.find("no practice database at " + dir + "/none.db"), std::string::npos)
       << missing.out;
   EXPECT_NE(missing.out.find("demo-db"), std::string::npos) << missing.out;
   EXPECT_FALSE(fs::exists(dir + "/none.db"));
-  Result from_env = Shell("cd / && ORVENDA_DB=" + dir + "/demo.db " + app() + " --out " + dir +
-                          "/env.pdf rptFeeGuide 1 desk");
+  Result from_env = HostShell("cd / && ORVENDA_DB=" + dir + "/demo.db " + app() + " --out " + dir +
+                              "/env.pdf rptFeeGuide 1 desk");
   EXPECT_EQ(from_env.status, 0) << from_env.out;
 }
 

@@ -3,10 +3,12 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -23,6 +25,18 @@ inline ShellResult HostShell(const std::string& cmd) {
 
 inline std::string HostProgram() {
   return ORVENDA_APP;
+}
+
+// Changes the practice file `db` behind the host's back, in SQLite's own
+// dialect; a statement SQLite refuses fails the test with its message.
+inline void EditPractice(const std::string& db, const std::string& sql) {
+  sqlite3* h = nullptr;
+  char* err = nullptr;
+  if (sqlite3_open(db.c_str(), &h) != SQLITE_OK ||
+      sqlite3_exec(h, sql.c_str(), nullptr, nullptr, &err) != SQLITE_OK)
+    ADD_FAILURE() << db << ": " << (err ? err : sqlite3_errmsg(h)) << "\n" << sql;
+  sqlite3_free(err);
+  sqlite3_close(h);
 }
 
 // A scratch folder named for the suite and this process, with a demo
@@ -71,6 +85,15 @@ class HostSuite : public ::testing::Test {
 
   static inline std::string dir;
 };
+
+// The file a CUPS queue of this machine writes its jobs to; "" for a queue
+// that prints on paper or is not there. lpstat names a file device
+// "file:///tmp/q.prn" or, in some versions, "///tmp/q.prn".
+inline std::string QueueFile(const std::string& queue) {
+  std::smatch m;
+  const std::string line = RunShell("lpstat -v " + ShellQuote(queue) + " 2>/dev/null").out;
+  return std::regex_search(line, m, std::regex(R"(: (?:file:)?/*(/\S+))")) ? m[1].str() : "";
+}
 
 // The whole of a file, as bytes.
 inline std::string ReadFile(const std::string& path) {

@@ -136,12 +136,9 @@ class Serve : public orv::testing::HostSuite {
   // A copy of the demo practice named `name`, changed by `updates`.
   static std::string ChangedCopy(const std::string& name,
                                  std::initializer_list<std::string> updates) {
-    std::string db = dir + "/" + name;
+    std::string db = At(name);
     fs::copy_file(Db(), db, fs::copy_options::overwrite_existing);
-    for (const auto& update : updates) {
-      auto w = Host("sql --write --db " + db + " " + ShellQuote(update));
-      EXPECT_EQ(w.status, 0) << w.out;
-    }
+    for (const auto& update : updates) orv::testing::EditPractice(db, update);
     return db;
   }
   static std::string ReferralOfPatient5(const std::string& db) {
@@ -233,11 +230,11 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
        "srptAppointments 2026-11-01 2026-11-30 ''"},
   };
   std::string first_run;  // of a report that prints no statements
+  int first_pages = 0;
   for (const auto& k : cases) {
     SCOPED_TRACE(k.name);
     const json started = StartRun(c, k.body);
     const std::string run = RunUrl(started);
-    if (first_run.empty()) first_run = run;
     int last_progress = 0;
     bool rose = true;
     json s = WaitEnded(c, started, [&](const json& st) {
@@ -248,6 +245,10 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
     EXPECT_TRUE(rose) << "progress went back";
     EXPECT_EQ(s["progress"], 100);
     ASSERT_GE(s["pages"].get<int>(), 1);
+    if (first_run.empty()) {
+      first_run = run;
+      first_pages = s["pages"];
+    }
 
     auto pdf = c.Get(run + "/document.pdf");
     ASSERT_TRUE(pdf);
@@ -256,29 +257,26 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
     std::string text = PdfTextOfBytes(pdf->body, dir, k.name);
     EXPECT_FALSE(text.empty());
     EXPECT_EQ(text, CommandLineText(Db(), dir, k.name, k.cli));
-
-    // A page image: a PNG, the same bytes the second time (kept, not drawn
-    // again), and no page past the last.
-    std::string page = run + "/pages/";
-    auto png = c.Get(page + "1.png");
-    ASSERT_TRUE(png);
-    ASSERT_EQ(png->status, 200);
-    EXPECT_EQ(png->body.substr(1, 3), "PNG");
-    EXPECT_EQ(c.Get(page + "1.png")->body, png->body);
-    EXPECT_LT(c.Get(page + "1.png?dpi=20")->body.size(), png->body.size());
-    EXPECT_EQ(c.Get(page + std::to_string(s["pages"].get<int>() + 1) + ".png")->status, 404);
-    EXPECT_EQ(c.Get(page + "99999999999999999999.png")->status, 404);
-    // The CSV is the command line's --out FILE.csv.
-    std::string csv_file = At(std::string(k.name) + "-cli.csv");
-    auto cli_csv = Report("--out " + csv_file, k.cli);
-    ASSERT_EQ(cli_csv.status, 0) << cli_csv.out;
-    auto csv = c.Get(run + "/document.csv");
-    ASSERT_EQ(csv->status, 200);
-    EXPECT_EQ(csv->body, orv::testing::ReadFile(csv_file));
-    auto txt = c.Get(run + "/document.txt");
-    EXPECT_NE(txt->body.find(k.name == std::string("statement") ? "Statement" : "Printed On"),
-              std::string::npos);
   }
+  // The page images, the CSV and the text of a run come by the same routes
+  // whatever the report: asked of the first. A page image is a PNG, the
+  // same bytes the second time (kept, not drawn again), and there is no
+  // page past the last. The CSV is the command line's --out FILE.csv.
+  const std::string page = first_run + "/pages/";
+  auto png = c.Get(page + "1.png");
+  ASSERT_TRUE(png);
+  ASSERT_EQ(png->status, 200);
+  EXPECT_EQ(png->body.substr(1, 3), "PNG");
+  EXPECT_EQ(c.Get(page + "1.png")->body, png->body);
+  EXPECT_LT(c.Get(page + "1.png?dpi=20")->body.size(), png->body.size());
+  EXPECT_EQ(c.Get(page + std::to_string(first_pages + 1) + ".png")->status, 404);
+  EXPECT_EQ(c.Get(page + "99999999999999999999.png")->status, 404);
+  auto cli_csv = Report("--out " + At("first-cli.csv"), cases[0].cli);
+  ASSERT_EQ(cli_csv.status, 0) << cli_csv.out;
+  auto csv = c.Get(first_run + "/document.csv");
+  ASSERT_EQ(csv->status, 200);
+  EXPECT_EQ(csv->body, orv::testing::ReadFile(At("first-cli.csv")));
+  EXPECT_NE(c.Get(first_run + "/document.txt")->body.find("Printed On"), std::string::npos);
   // A run of statements as one PDF per statement, zipped: the files the
   // command line's --split writes, by the same names, each intact.
   json family = StartRun(
@@ -583,24 +581,6 @@ TEST_F(Serve, PatientSearchFoldsAccentsAndCase) {
   PatientSearchFoldsAccentsAndCase(pg.url());
 }
 
-}  // namespace
-
-namespace {
-
-// The file a queue of this machine writes its jobs to, or "" for a queue
-// that prints on paper. lpstat names a file device "file:///tmp/q.prn" or,
-// in some versions, "///tmp/q.prn".
-std::string QueueFile(const std::string& queue) {
-  std::string line = orv::testing::RunShell("lpstat -v " + ShellQuote(queue) + " 2>/dev/null").out;
-  size_t colon = line.find(": ");
-  if (colon == std::string::npos) return "";
-  std::string device = line.substr(colon + 2);
-  while (!device.empty() && (device.back() == '\n' || device.back() == ' ')) device.pop_back();
-  if (device.rfind("file://", 0) == 0) device = device.substr(7);
-  if (device.rfind("///", 0) == 0) device = device.substr(2);
-  return device.rfind("/", 0) == 0 ? device : "";
-}
-
 TEST_F(Serve, PrintsToAQueueOfThisMachine) {
   LiveServer live(Options(Db()));
   auto c = live.Client();
@@ -619,7 +599,7 @@ TEST_F(Serve, PrintsToAQueueOfThisMachine) {
   json printers = Json(c.Get("/api/printers"))["printers"];
   std::string queue, file;
   for (const auto& p : printers)
-    if (file.empty() && !(file = QueueFile(p)).empty()) queue = p;
+    if (file.empty() && !(file = orv::testing::QueueFile(p)).empty()) queue = p;
   if (queue.empty()) GTEST_SKIP() << "no CUPS queue that prints to a file on this machine";
   fs::remove(file);
   auto printed = PostJson(c, run + "/print", json{{"printer", queue}}.dump());

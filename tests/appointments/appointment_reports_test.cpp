@@ -100,8 +100,14 @@ TEST(AppointmentText, TimesAndProviderFilters) {
     long minutes;
     const char* text;
   } times[] = {{785, "1:05 PM"}, {0, "12:00 AM"}, {720, "12:00 PM"}, {545, "9:05 AM"}, {1439, "11:59 PM"}};
-  for (const TimeCase& c : times)
+  // The listings' kept texts read alike, a minute outside the day too, and
+  // a second reading of a minute is the first one's text.
+  appointments::TimeTexts kept(cf);
+  for (const TimeCase& c : times) {
     EXPECT_EQ(appointments::PrintedTime(cf, Variant(static_cast<int32_t>(c.minutes))), c.text) << c.minutes;
+    EXPECT_EQ(kept(Variant(static_cast<int32_t>(c.minutes + 1440))), c.text) << c.minutes;
+    EXPECT_EQ(kept(Variant(static_cast<int32_t>(c.minutes - 1440))), c.text) << c.minutes;
+  }
 
   struct FilterCase {
     const char* filter;
@@ -228,6 +234,37 @@ TEST_F(AppointmentReports, ReschedulesPlannedAndPlans) {
                          "Treatments 2", "Total Treatments $350.00"};
   for (const char* l : lines) EXPECT_TRUE(Has(l)) << l << "\n" << Text();
   EXPECT_TRUE(HasAll(Text(), {"$100.00 I", "$250.00 C"}));
+}
+
+// The operatory list's notes: a patient's alerts in the order of the alert
+// list, then the appointment's reason; the reason alone, or "N/A", for a
+// patient without alerts. A patient's alerts print on each of their
+// appointments, and the provider filter leaves them with the rows it keeps.
+TEST_F(AppointmentReports, OperatoryNotesCarryEachPatientsAlerts) {
+  RawExec(
+      "DELETE FROM PatientAlerts; DELETE FROM ListAlerts;"
+      "INSERT INTO ListAlerts (ID, Name) VALUES (1, 'Latex'), (2, 'Penicillin'), (3, 'Anxious');"
+      "INSERT INTO PatientAlerts (PatientID, AlertID) VALUES (9001, 3), (9001, 1), (9003, 2);");
+  struct Case {
+    const char* name;
+    std::string filter;
+    std::vector<std::string> in_order, absent;
+  } cases[] = {
+      // The notes cell's lines stand about the middle of the row, the
+      // first above the name.
+      {"all providers",
+       "",
+       {"Latex", "Ms. Pia Quill", "Anxious", "Clean", "Latex", "Ms. Pia Quill", "Anxious", "Crown", "Mr. Rex Stone",
+        "N/A", "Mr. Rex Stone", "Check"},
+       {"Penicillin"}},
+      {"one provider", "ProviderID = 502", {"Latex", "Ms. Pia Quill", "Anxious", "Clean", "Mr. Rex Stone", "N/A"},
+       {"Crown", "Check", "Penicillin"}},
+  };
+  for (const Case& c : cases) {
+    InDocument([&] { reports.srptOperatoryList(c.filter, D(2028, 2, 28), D(2028, 3, 2), 0); });
+    EXPECT_TRUE(InOrder(Text(), c.in_order)) << c.name << "\n" << Text();
+    EXPECT_TRUE(HasNone(Text(), c.absent)) << c.name << "\n" << Text();
+  }
 }
 
 // Available and booked units of two providers over four days around Feb 29

@@ -134,6 +134,9 @@ TEST_F(ProductionSections, ByCodeUndoesACancellationInItsPeriod) {
                               "Paul Chen Priya Singh 7003 Nov/10/2026 -$120.00",
                               "Procedure Count: 1       Total($): -$20.00",
                               "Grand Total: Production Total 380.00 Lab Total 200.00"}));
+  // Within a code the lines run by date.
+  EXPECT_TRUE(InOrder(Text(), {"Paul Chen Priya Singh 7003 Nov/10/2026 -$120.00",
+                               "Anne Moreau Priya Singh 7006 Nov/20/2026 -$60.00"}));
   // The range narrows the codes: only the hygiene ones.
   InDocument([&] { reports.srptProductionByCode(Nov(1), Nov(30), "", "11000", "11999", 0); });
   EXPECT_FALSE(Has("01202:"));

@@ -1,6 +1,9 @@
 // The dictionary order of text on its own: pairs a front desk would order by
 // eye, equality as the server keeps it, and the quick path for plain ASCII
-// agreeing with the full key.
+// agreeing with the full key. The names a front desk files every day (the
+// plain letter before the accented one, hyphens, apostrophes, ligatures,
+// cedillas) are ordered through each engine in dictionary_order_test.cpp;
+// the pairs here are the rest.
 #include "common/collation.h"
 
 #include <gtest/gtest.h>
@@ -22,31 +25,19 @@ TEST(Collation, PairsInDictionaryOrder) {
     const char* b;
     int order;  // sign of Compare(a, b)
   } cases[] = {
-      {"plain before acute", "Elise", "Élise", -1},
-      {"accent only breaks a tie", "Élise", "Emma", -1},
-      {"accented letter with its base", "Lévesque", "Lindgren", -1},
-      {"accent after the prefix", "Aubé", "Aubert", -1},
       {"capital accented letter folds", "ÉTIENNE", "étienne", 0},
       {"case ignored", "macdonald", "MacDonald", 0},
       {"trailing blanks ignored", "Côté   ", "CÔTÉ", 0},
       {"leading blank counts", " Côté", "Côté", -1},
-      {"blank before letters", "Mac Donald", "MacDonald", -1},
       {"acute before grave", "é", "è", -1},
       {"grave before circumflex", "è", "ê", -1},
       {"circumflex before diaeresis", "ê", "ë", -1},
       {"first accent decides", "coté", "côte", -1},
-      {"cedilla with c", "Çelik", "Cote", -1},
-      {"hyphen ignored first", "Dupontel", "Dupont-Roy", -1},
       {"hyphen after the plain spelling", "SaintPierre", "Saint-Pierre", -1},
-      {"apostrophe ignored first", "D'Amour", "Dallaire", 1},
-      {"apostrophe after the plain spelling", "Obrien", "O'Brien", -1},
       {"typographic apostrophe like the plain one", "O’Brien", "O'Brien", 1},
       {"hyphen is not equal to nothing", "co-op", "coop", 1},
-      {"ligature sorts as two letters", "Lætitia", "Lafleur", -1},
-      {"ligature after the two letters", "Laetitia", "Lætitia", -1},
       {"sharp s as ss", "Straße", "Strasser", -1},
       {"digits before letters", "4th", "Abbott", -1},
-      {"prefix first", "Dupont", "Dupontel", -1},
       {"empty first", "", "A", -1},
       {"blank equals empty", "   ", "", 0},
       {"letters beyond the table by code point", "Zoë", "Ωmega", -1},

@@ -1,7 +1,6 @@
 // Whole documents from the surface through the cairo renderers.
+#include <cairo.h>
 #include <gtest/gtest.h>
-
-#include "support/shell.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -9,9 +8,9 @@
 
 #include "frame/surface/surface.h"
 #include "platform/render/renderer.h"
+#include "support/shell.h"
+#include "support/text_order.h"
 #include "surface_test_util.h"
-
-#include <cairo.h>
 
 namespace orv::frame {
 namespace {
@@ -76,23 +75,10 @@ TEST(SurfaceRenderSmoke, PdfReadsBackInReadingOrderAndPngMatches) {
   EXPECT_NE(Shell("qpdf --check " + pdf + " 2>&1").find("No syntax or stream encoding errors"),
             std::string::npos);
   const std::string text = Shell("pdftotext -layout " + pdf + " -");
-  std::vector<std::string> in_order = {"Patient Statement",
-                                       "Printed On: Nov/23/2026 By: Reception",
-                                       "H\xC3\xA9l\xC3\xA8ne Fran\xC3\xA7ois",
-                                       "Date",
-                                       "Amount($)",
-                                       "visite 1",
-                                       "Page 1 of 2",
-                                       "visite 60",
-                                       "Balance Due($): 3,630.00",
-                                       "Page 2 of 2"};
-  size_t at = 0;
-  for (const auto& want : in_order) {
-    const size_t found = text.find(want, at);
-    ASSERT_NE(found, std::string::npos) << "\"" << want << "\" after offset " << at << " in\n"
-                                        << text;
-    at = found + want.size();
-  }
+  EXPECT_TRUE(orv::testing::InOrder(
+      text, {"Patient Statement", "Printed On: Nov/23/2026 By: Reception",
+             "H\xC3\xA9l\xC3\xA8ne Fran\xC3\xA7ois", "Date", "Amount($)", "visite 1", "Page 1 of 2",
+             "visite 60", "Balance Due($): 3,630.00", "Page 2 of 2"}));
   EXPECT_EQ(Shell("qpdf --show-npages " + pdf), "2\n");
   EXPECT_GT(fs::file_size(png), 10000u);
   if (!std::getenv("ORVENDA_RENDER_OUT")) {

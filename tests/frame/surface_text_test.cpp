@@ -23,6 +23,17 @@ Twips Fixed(std::string_view s) {
   return Twips(100.0 * double(s.size()));
 }
 
+// The characters of `s`, counted as code points.
+double CodePoints(std::string_view s) {
+  size_t n = 0;
+  for (unsigned char ch : s) n += (ch & 0xC0) != 0x80;
+  return double(n);
+}
+
+// 100.1 twips a character and 0.37 a call: a width summed over other
+// pieces than BreakLines measures comes out different in its last bits.
+Twips Uneven(std::string_view s) { return Twips(100.1 * CodePoints(s) + 0.37); }
+
 std::vector<std::string> LineTexts(const std::vector<TextLine>& lines) {
   std::vector<std::string> out;
   for (const auto& l : lines) {
@@ -76,13 +87,8 @@ TEST(TextLayout, BreakLines) {
        {"", "abcd ef"},
        150},
   };
+  const auto measure = [](std::string_view s) { return Twips(100.0 * CodePoints(s)); };
   for (const auto& c : cases) {
-    auto measure = [](std::string_view s) {
-      // Count code points, not bytes.
-      size_t n = 0;
-      for (unsigned char ch : s) n += (ch & 0xC0) != 0x80;
-      return Twips(100.0 * double(n));
-    };
     const Twips first(c.first_width > 0 ? c.first_width : c.width);
     EXPECT_EQ(LineTexts(BreakLines(c.text, measure, first, Twips(c.width), c.wrap)), c.lines)
         << c.name;
@@ -91,14 +97,9 @@ TEST(TextLayout, BreakLines) {
 
 // Table cells take SingleLineWidth in place of BreakLines where the cell
 // is one line; the width must be BreakLines' own, bit for bit, or drawn
-// positions move. The measure here adds a fraction per call, so a width
-// summed over other pieces than BreakLines measures comes out different.
+// positions move.
 TEST(TextLayout, SingleLineWidthIsTheWidthBreakLinesGives) {
-  auto measure = [](std::string_view s) {
-    size_t n = 0;
-    for (unsigned char ch : s) n += (ch & 0xC0) != 0x80;
-    return Twips(100.1 * double(n) + 0.37);
-  };
+  const MeasureFn measure = Uneven;
   const double own = measure("abcd").value();  // a room exactly as wide as "abcd"
   struct Case {
     const char* name;
@@ -139,11 +140,7 @@ TEST(TextLayout, SingleLineWidthIsTheWidthBreakLinesGives) {
 // BreakLines' lines: the same lines, the same texts and widths bit for bit,
 // and a refusal wherever BreakLines would wrap, trim or tab.
 TEST(TextLayout, ShortLinesAreTheLinesBreakLinesGives) {
-  auto measure = [](std::string_view s) {
-    size_t n = 0;
-    for (unsigned char ch : s) n += (ch & 0xC0) != 0x80;
-    return Twips(100.1 * double(n) + 0.37);
-  };
+  const MeasureFn measure = Uneven;
   const double own = measure("abcd").value();
   struct Case {
     const char* name;

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <regex>
 
 #include "common/errors.h"
 #include "frame/blob_files.h"
@@ -29,12 +28,10 @@ TEST_F(DirectoryLists, FeeGuideRunsFromCallToPreview) {
   std::string text = Text();
   std::string name = CStr(ValueOf("SELECT Name FROM FeeGuides WHERE ID = 1"));
 
-  // Heading: the guide's name, the printed-on line with the user, the
-  // office line with the phone in (###) ###-#### form.
+  // Heading: the guide's name over its columns. (The printed-on and office
+  // lines of the shared heading: ReportHost.ListsRunToCheckedPdfs.)
   EXPECT_EQ(form.VSP.DocName(), name);
   EXPECT_NE(text.find(name + "\n"), std::string::npos) << text;
-  EXPECT_NE(text.find("Printed On: Nov/20/2026 By: dana"), std::string::npos);
-  EXPECT_TRUE(std::regex_search(text, std::regex(R"(Phone #: \(\d{3}\) \d{3}-\d{4})"))) << text;
   EXPECT_NE(text.find("Code Description Type Amount($)"), std::string::npos) << text;
 
   // Every detail row of the guide is printed, with its amount as currency.
@@ -50,10 +47,7 @@ TEST_F(DirectoryLists, FeeGuideRunsFromCallToPreview) {
   EXPECT_TRUE(std::is_sorted(progress.begin(), progress.end()));
   EXPECT_EQ(progress.back(), 100);
 
-  // Footer on every page; the form was shown and the pointer restored.
-  int pages = form.VSP.PageCount();
-  EXPECT_EQ(Occurrences(text, kPrintedBy), static_cast<size_t>(pages));
-  EXPECT_NE(text.find("Page 1 of " + std::to_string(pages)), std::string::npos);
+  // The form was shown and the pointer restored.
   EXPECT_EQ(form.ShowCount(), 1);
   EXPECT_EQ(host.pointer_history, (std::vector<int>{host::vbHourglass, host::vbDefault}));
 

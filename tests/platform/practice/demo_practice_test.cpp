@@ -115,11 +115,10 @@ TEST_F(DemoPractice, EveryKindOfPaymentOccurs) {
                     std::to_string(type)),
               0)
         << "payment type " << type;
+  // Post-dated cheques and open invoices (credits, interest and
+  // cancellations: every recent month holds them, below).
   EXPECT_GT(Count("SELECT COUNT(*) FROM InvoicePayments WHERE CheckDate > '2026-11-20'"), 0);
-  EXPECT_GT(Count("SELECT COUNT(*) FROM InvoicePayments WHERE TotalToCredit > 0"), 0);
-  EXPECT_GT(Count("SELECT COUNT(*) FROM Invoices WHERE InterestInvoiceID IS NOT NULL"), 0);
   EXPECT_GT(Count("SELECT COUNT(*) FROM Invoices WHERE [Complete?] = 0"), 0);
-  EXPECT_GT(Count("SELECT COUNT(*) FROM Invoices WHERE Cancelled = 1"), 0);
 }
 
 struct Link {

@@ -69,12 +69,10 @@ INSTANTIATE_TEST_SUITE_P(
         ValueCase{"text", "Dental Treatment", "Dental Treatment"}),
     CaseName);
 
+// (Commas and quotes in a field: OneBlockPerTableInPageOrder.)
 TEST(Csv, FieldsAreQuotedOnlyWhenTheyMustBe) {
   const std::pair<const char*, const char*> cases[] = {
-      {"Smith", "Smith"},
       {"", ""},
-      {"Smith, Jr.", "\"Smith, Jr.\""},
-      {"Bob \"Bobby\" Lee", "\"Bob \"\"Bobby\"\" Lee\""},
       {"two\nlines", "\"two\nlines\""},
       {"semi;colon|bar", "semi;colon|bar"},
   };
