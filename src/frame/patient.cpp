@@ -62,6 +62,12 @@ void clsPatient::LoadPatient() {
   // was copied before it, and the setter returns normally.
   try {
     if (rs_.State() == db::adStateOpen) rs_.Close();
+    // Only the fields copied below are held: a letter run loads each of
+    // its patients, and making cells of every column of the patient's row
+    // cost more than the statement itself.
+    rs_.KeepFields({"FirstName", "LastName", "MiddleInitial", "Title", "FullName", "Address", "SIN",
+                    "SignupDate", "EmployerID", "SecondaryEmployerID", "ThirdEmployerID",
+                    "DefaultOfficeID"});
     rs_.Open("Select Patient.* FROM Patient WHERE ID = " + std::to_string(patient_id_),
              *connection_, db::adOpenStatic, db::adLockReadOnly, db::adCmdText);
     // The recordset holds its rows once open, so it is already as good as

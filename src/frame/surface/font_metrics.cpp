@@ -173,13 +173,27 @@ std::shared_ptr<const FontMetrics> FontMetrics::Load(const std::string& path,
   else
     ReadFormat4(r, best_sub, mapped);
   // Subtables list their ranges in order, but nothing forbids overlaps: the
-  // last mapping of a character counts, as it would in a flat table.
-  std::stable_sort(m->beyond_.begin(), m->beyond_.end(),
-                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  // last mapping of a character counts, as it would in a flat table. A
+  // table in order (every font the reports use) is not sorted again.
+  const auto by_code = [](const auto& a, const auto& b) { return a.first < b.first; };
+  if (!std::is_sorted(m->beyond_.begin(), m->beyond_.end(), by_code))
+    std::stable_sort(m->beyond_.begin(), m->beyond_.end(), by_code);
   auto last = std::unique(m->beyond_.rbegin(), m->beyond_.rend(),
                           [](const auto& a, const auto& b) { return a.first == b.first; });
   m->beyond_.erase(m->beyond_.begin(), last.base());
   m->beyond_.shrink_to_fit();
+  return m;
+}
+
+std::shared_ptr<const FontMetrics> FontMetrics::Emboldened(const FontMetrics& regular) {
+  // As Load adds FreeType's emboldening: an em over 24 to every advance
+  // that is not zero.
+  auto m = std::make_shared<FontMetrics>(regular);
+  const uint32_t extra = uint32_t(m->units_per_em_);
+  auto grow = [extra](uint32_t& a) { a = a == 0 ? 0 : a + extra; };
+  grow(m->missing_advance_);
+  for (uint32_t& a : m->direct_) grow(a);
+  for (auto& entry : m->beyond_) grow(entry.second);
   return m;
 }
 
@@ -253,6 +267,10 @@ std::string Lower(std::string_view s) {
 ResolvedFont FontLibrary::Resolve(std::string_view family, bool bold, bool italic) {
   static std::mutex mu;
   static std::map<std::tuple<std::string, bool, bool>, ResolvedFont> cache;
+  // The plain metrics of each file, read once: a report that prints a
+  // family in its regular, bold and italic styles makes the synthetic
+  // styles from the one file, and its bold from the same advances.
+  static std::map<std::string, std::shared_ptr<const FontMetrics>> plain;
   std::lock_guard lock(mu);
   const std::string key = Lower(family);
   auto found = cache.find({key, bold, italic});
@@ -293,7 +311,9 @@ ResolvedFont FontLibrary::Resolve(std::string_view family, bool bold, bool itali
     out.face.synthetic_italic = italic;
   }
   out.face.file = std::string(dir) + file;
-  out.metrics = FontMetrics::Load(out.face.file, out.face.synthetic_bold);
+  std::shared_ptr<const FontMetrics>& file_metrics = plain[out.face.file];
+  if (!file_metrics) file_metrics = FontMetrics::Load(out.face.file);
+  out.metrics = out.face.synthetic_bold ? FontMetrics::Emboldened(*file_metrics) : file_metrics;
   cache.emplace(std::tuple{key, bold, italic}, out);
   return out;
 }

@@ -40,6 +40,9 @@ class FontMetrics {
   // emboldened text keeps the spacing of the regular.
   static std::shared_ptr<const FontMetrics> Load(const std::string& path,
                                                  bool synthetic_bold = false);
+  // The metrics of `regular` (loaded without synthetic_bold) as Load gives
+  // them with synthetic_bold, without reading the file again.
+  static std::shared_ptr<const FontMetrics> Emboldened(const FontMetrics& regular);
 
   int units_per_em() const { return units_per_em_; }
   // Ascent and descent as the host platform measures a line: the font's

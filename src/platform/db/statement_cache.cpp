@@ -92,15 +92,33 @@ struct QuotedSentinel {
 };
 
 const QuotedSentinel& QuotedSentinelAt(size_t k, bool date) {
+  // Made once for every statement of the process, so written out by hand
+  // rather than through DateAdd and ToIso: a short report would otherwise
+  // spend more on these 128 texts than on translating its statements.
+  // The days run from January 1 of 1787 (not a leap year) into March.
+  static_assert(kMaxParameters <= 31 + 28 + 31);
   static const auto texts = [] {
+    constexpr int kDaysIn[] = {31, 28, 31};
     std::vector<QuotedSentinel> dates, numbers;
+    dates.reserve(kMaxParameters);
+    numbers.reserve(kMaxParameters);
+    int month = 1, day = 1;
     for (size_t i = 0; i < kMaxParameters; ++i) {
-      const DateTime d = DateAdd("d", static_cast<double>(i), DateTime::FromParts(1787, 1, 1));
-      dates.push_back({d.ToIsoDate(), "'" + d.ToIso() + "'"});
+      std::string written = kDateSentinelYear;
+      written += char('0' + month / 10);
+      written += char('0' + month % 10);
+      written += '-';
+      written += char('0' + day / 10);
+      written += char('0' + day % 10);
+      dates.push_back({written, "'" + written + " 00:00:00'"});
+      if (++day > kDaysIn[month - 1]) {
+        day = 1;
+        ++month;
+      }
       const std::string n = std::to_string(kFirstTextSentinel + static_cast<int64_t>(i));
       numbers.push_back({n, "'" + n + "'"});
     }
-    return std::make_pair(dates, numbers);
+    return std::make_pair(std::move(dates), std::move(numbers));
   }();
   return date ? texts.first[k] : texts.second[k];
 }
@@ -330,25 +348,39 @@ StatementCache::Lease StatementCache::Get(const std::string& statement, Statemen
   Lease lease(entry, std::move(own));
   entry->stmt->Reset();
   int parameter = 0;
-  auto bind = [&](const Variant& value, const std::string& shown) {
-    ++parameter;
-    entry->stmt->Bind(parameter, value);
-    if (parameter > 1) lease.bound_ += ", ";
-    lease.bound_ += engine_.ParameterMarker(parameter);
-    lease.bound_ += " = ";
-    lease.bound_ += shown;
-  };
-  for (int64_t v : f.values) bind(Variant::Int64(v), std::to_string(v));
-  for (const Variant& q : f.quoted) bind(q, "'" + (q.IsDate() ? CDate(q).ToIso() : CStr(q)) + "'");
+  for (int64_t v : f.values) entry->stmt->Bind(++parameter, Variant::Int64(v));
+  for (const Variant& q : f.quoted) entry->stmt->Bind(++parameter, q);
+  // The values are kept for the message of a failed step only; it is
+  // written when a step fails, not for every run of a lookup.
+  if (parameter > 0) {
+    lease.engine_ = &engine_;
+    lease.values_ = std::move(f.values);
+    lease.quoted_ = std::move(f.quoted);
+  }
   return lease;
 }
 
+std::string StatementCache::Lease::Bound() const {
+  std::string bound;
+  int parameter = 0;
+  auto add = [&](const std::string& shown) {
+    ++parameter;
+    if (parameter > 1) bound += ", ";
+    bound += engine_->ParameterMarker(parameter);
+    bound += " = ";
+    bound += shown;
+  };
+  for (int64_t v : values_) add(std::to_string(v));
+  for (const Variant& q : quoted_) add("'" + (q.IsDate() ? CDate(q).ToIso() : CStr(q)) + "'");
+  return bound;
+}
+
 bool StatementCache::Lease::Step() {
-  if (bound_.empty()) return entry_->stmt->Step();
+  if (!engine_) return entry_->stmt->Step();
   try {
     return entry_->stmt->Step();
   } catch (const ReportError& e) {
-    throw DatabaseError(e.number(), e.description() + "\nwith the statement's literals bound as " + bound_);
+    throw DatabaseError(e.number(), e.description() + "\nwith the statement's literals bound as " + Bound());
   }
 }
 

@@ -45,7 +45,14 @@ class StatementCache {
   class Lease {
    public:
     Lease(Entry* entry, std::unique_ptr<Entry> own) : entry_(entry), own_(std::move(own)) {}
-    Lease(Lease&& o) noexcept : entry_(o.entry_), own_(std::move(o.own_)) { o.entry_ = nullptr; }
+    Lease(Lease&& o) noexcept
+        : entry_(o.entry_),
+          own_(std::move(o.own_)),
+          engine_(o.engine_),
+          values_(std::move(o.values_)),
+          quoted_(std::move(o.quoted_)) {
+      o.entry_ = nullptr;
+    }
     Lease& operator=(Lease&&) = delete;
     ~Lease() { Done(); }
     const sql::Translation& translation() const { return entry_->translation; }
@@ -62,7 +69,13 @@ class StatementCache {
     friend class StatementCache;
     Entry* entry_;
     std::unique_ptr<Entry> own_;  // a one-off entry when the cached one is busy
-    std::string bound_;           // "?1 = 17, ?2 = '2026-11-20 00:00:00'" for messages
+    // The values bound in place of the statement's literals, for the
+    // message of a failed step; no engine when none were bound.
+    Engine* engine_ = nullptr;
+    std::vector<int64_t> values_;
+    std::vector<Variant> quoted_;
+    // "?1 = 17, ?2 = '2026-11-20 00:00:00'"
+    std::string Bound() const;
   };
 
   // Translates (once) and prepares (once) `statement`, binds its literals and

@@ -693,23 +693,35 @@ class PdfPaintAhead final : public PageSink {
                   doc_fonts_.end());
     if (!painter_) painter_ = std::make_unique<PdfPainter>(fonts_);
   }
-  // CatchUp's waiting: every job handed over done, the thread stopped.
+  // CatchUp's waiting: every job handed over done, the thread stopped or
+  // its painter taken back.
   void Finish() {
+    bool taken_back = false;
     {
       std::unique_lock lock(mu_);
       stopping_ = true;
-      work_.notify_one();
-      // While the second thread paints what is left, compress what it
-      // queues; it compresses the rest itself once it has painted all.
-      while (worker_.joinable() && !worker_done_) {
+      // A second thread that is not painting (it waits for pages, or was
+      // never given a core) is not woken to paint what is left: on a
+      // machine whose other core is busy the wake alone took milliseconds.
+      // The painter comes back to this thread, which does the rest, and
+      // the idle thread ends when it next runs (joined by Stop). One that
+      // is painting finishes its batch first, while this thread
+      // compresses what it queues.
+      while (worker_.joinable() && !worker_done_ && worker_busy_) {
         if (!SqueezeOne(lock)) {
           report_waiting_ = true;
           room_.wait(lock);
           report_waiting_ = false;
         }
       }
+      if (worker_.joinable() && !worker_done_) {
+        taken_back = true;
+        released_ = true;
+        waiting_pages_ = 0;
+      }
+      work_.notify_one();
     }
-    Stop(true);
+    if (!taken_back) Stop(true);
     std::deque<Job> rest;
     rest.swap(jobs_);
     DoHere(rest);
@@ -760,6 +772,14 @@ class PdfPaintAhead final : public PageSink {
   // thread (its stack, its own heap arena) costs a one-page report about a
   // tenth of its time. The pages come out the same either way.
   static constexpr size_t kWakeAt = 8;
+  // Pages painted on the report's thread, as they gather, before the
+  // second thread is started. A document of a dozen pages is painted in
+  // a millisecond or two, and handing its pages to a second thread wins
+  // little of that back: on a machine whose other core was busy the
+  // report's thread waited at CatchUp for the second one to be given a
+  // core (an eight-page patient list took 7.8 ms instead of 3.0; see
+  // CatchUp for the longer documents).
+  static constexpr size_t kHereUpTo = 16;
   // Painted pages left waiting to be compressed, at most: past it the
   // second thread compresses one itself after each page it paints, so that
   // the raw contents (some 7 KB a page of a list) never pile up.
@@ -775,6 +795,9 @@ class PdfPaintAhead final : public PageSink {
   };
 
   void Push(Job job) {
+    // A thread that gave the painter back at CatchUp ends before another
+    // is started.
+    if (released_) Stop(true);
     if (doc_fonts_.size() > sent_) {
       job.fonts.assign(doc_fonts_.begin() + std::ptrdiff_t(sent_), doc_fonts_.end());
       sent_ = doc_fonts_.size();
@@ -792,10 +815,19 @@ class PdfPaintAhead final : public PageSink {
       }
       ++waiting_pages_;
     }
+    const bool short_so_far = job.page < kHereUpTo;
     jobs_.push_back(std::move(job));
     if (jobs_.size() < kWakeAt) return;
     if (worker_.joinable()) {
       work_.notify_one();
+      return;
+    }
+    if (short_so_far) {
+      std::deque<Job> jobs;
+      jobs.swap(jobs_);
+      waiting_pages_ = 0;
+      lock.unlock();
+      DoHere(jobs);
       return;
     }
     stopping_ = false;
@@ -827,6 +859,8 @@ class PdfPaintAhead final : public PageSink {
     waiting_pages_ = 0;
     abandon_ = false;
     worker_done_ = false;
+    worker_busy_ = false;
+    released_ = false;
     if (!finish) {
       raw_.clear();
       squeezed_.clear();
@@ -907,7 +941,11 @@ class PdfPaintAhead final : public PageSink {
       std::deque<Job> jobs;
       {
         std::unique_lock lock(mu_);
-        work_.wait(lock, [&] { return jobs_.size() >= kWakeAt || stopping_ || !raw_.empty(); });
+        worker_busy_ = false;
+        if (report_waiting_) room_.notify_all();
+        work_.wait(lock, [&] { return released_ || jobs_.size() >= kWakeAt || stopping_ || !raw_.empty(); });
+        if (released_) return;
+        worker_busy_ = true;
         if (jobs_.size() < kWakeAt && !stopping_) {
           // Nothing to paint yet: compress what waits.
           lock.unlock();
@@ -1016,6 +1054,12 @@ class PdfPaintAhead final : public PageSink {
   size_t waiting_pages_ = 0;
   bool stopping_ = false;
   bool worker_done_ = false;     // the second thread has done every job and returns
+  // The second thread holds the painter: it is doing jobs or compressing,
+  // not waiting for them.
+  bool worker_busy_ = false;
+  // The painter was taken back by CatchUp from the idle second thread,
+  // which returns without doing anything more.
+  bool released_ = false;
   bool report_waiting_ = false;  // the report's thread waits on room_
   std::deque<Squeeze> raw_;      // painted, to be compressed
   std::deque<Squeeze> squeezed_;  // compressed by the report's thread

@@ -41,13 +41,14 @@ void AppendHex16(std::string& out, uint32_t unit);
 void AppendUtf16Hex(std::string& out, char32_t c);
 
 // `data` compressed in the zlib format (a PDF's FlateDecode) at `level`
-// (1 fastest, 9 smaller, up to 12 smallest).
+// (1 fastest, 9 smaller, up to 12 smallest); under 1 KB stored as it is,
+// in the same format.
 std::string Deflate(std::string_view data, int level);
 
 // Compresses one stream after another at `level` with one compressor: a
 // long document has thousands of small page streams, and a compressor's
 // tables are some hundreds of kilobytes of fresh memory. Gives the bytes
-// Deflate gives.
+// Deflate gives (short streams stored, as there).
 class Deflater {
  public:
   explicit Deflater(int level);

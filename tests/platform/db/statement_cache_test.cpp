@@ -79,6 +79,24 @@ TEST(StatementCache, DaysAndKeysShareOnePreparedStatementAndReadTheirOwnRows) {
         {"digits in a text column, found", "SELECT ID FROM EmployeeHolidays WHERE Note = '600'", "5 "},
     };
     for (const auto& c : cases) EXPECT_EQ(Ids(conn, c.statement), c.ids) << c.name;
+
+    // A step that fails names the values bound in place of the literals,
+    // since the engine's text shows only markers: the numbers, and the day
+    // as the date it was read as. (The server fails such a statement when
+    // it is run, before its first step.)
+    const std::string failing =
+        "SELECT ID FROM EmployeeHolidays WHERE EmployeeID = 1 AND FromDate <= '2026-11-20' AND "
+        "CAST(Note AS int) = 5";
+    try {
+      Ids(conn, failing);
+      ADD_FAILURE() << "no error from " << failing;
+    } catch (const ReportError& e) {
+      if (conn.Dialect() == sql::Dialect::SQLite)
+        EXPECT_NE(e.description().find("bound as ?1 = 1, ?2 = 5, ?3 = '2026-11-20 00:00:00'"), std::string::npos)
+            << e.description();
+    }
+    // The statement runs again once its failed run is over.
+    EXPECT_EQ(Ids(conn, "SELECT ID FROM EmployeeHolidays WHERE EmployeeID = 1 AND FromDate <= '2026-11-01'"), "");
   }
 }
 

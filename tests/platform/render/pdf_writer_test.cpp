@@ -5,6 +5,7 @@
 
 #include <cairo.h>
 #include <gtest/gtest.h>
+#include <libdeflate.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -267,6 +268,33 @@ TEST(PdfWriter, StreamsLargerThanTheWriteBufferKeepTheCrossReferenceTrue) {
   EXPECT_NE(check.find("No syntax or stream encoding errors"), std::string::npos) << check;
   EXPECT_NE(Shell("pdftotext " + pdf + " -").find("After the picture"), std::string::npos);
   fs::remove(pdf);
+}
+
+// Short streams are stored, longer ones compressed; either way a reader's
+// inflater gives the data back, its checksum and all.
+TEST(PdfWriter, StreamsInflateToTheirData) {
+  std::string contents;
+  for (int i = 0; contents.size() < 5000; ++i)
+    contents += "BT /F1 9 Tf 1 0 0 1 72 " + std::to_string(700 - i) + " Tm <00120034> Tj ET\n";
+  const struct {
+    const char* name;
+    size_t length;
+  } cases[] = {{"empty", 0}, {"one byte", 1}, {"just under 1 KB", 1023}, {"1 KB", 1024}, {"a page", 5000}};
+  pdf::Deflater deflate(pdf::kDeflateLevel);
+  libdeflate_decompressor* inflater = libdeflate_alloc_decompressor();
+  for (const auto& c : cases) {
+    const std::string data = contents.substr(0, c.length);
+    for (const std::string& packed : {deflate(data), pdf::Deflate(data, 6)}) {
+      std::string back(data.size() + 16, '\0');
+      size_t size = 0;
+      ASSERT_EQ(libdeflate_zlib_decompress(inflater, packed.data(), packed.size(), back.data(), back.size(), &size),
+                LIBDEFLATE_SUCCESS)
+          << c.name;
+      EXPECT_EQ(back.substr(0, size), data) << c.name;
+    }
+  }
+  EXPECT_LT(deflate(contents).size(), contents.size() / 2) << "a page is compressed";
+  libdeflate_free_decompressor(inflater);
 }
 
 TEST(PdfWriter, AFailedWriteNamesThePathAndLeavesNoFile) {
