@@ -16,7 +16,7 @@ TEST(ArgumentText, DatesTakeTheDayAndAnOptionalTime) {
       {"day", "2026-11-20", "2026-11-20 00:00:00"},
       {"one-digit month and day", "2026-3-7", "2026-03-07 00:00:00"},
       {"blank and minutes", "2026-11-20 9:05", "2026-11-20 09:05:00"},
-      {"T and seconds", "2026-11-20 23:59:58", "2026-11-20 23:59:58"},
+      {"T and seconds", "2026-11-20T23:59:58", "2026-11-20 23:59:58"},
       {"leap day", "2024-02-29", "2024-02-29 00:00:00"},
       {"first day the database keeps", "1753-01-01", "1753-01-01 00:00:00"},
       {"empty", "", nullptr},
