@@ -100,6 +100,10 @@ struct PatientCells {
   void Append(clsCommonFunctions& cf, std::string& out) const {
     out += frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value()));
     out += "\r\n";
+    AppendDetails(cf, out);
+  }
+  // The cells after the name's: category, units and the two phones.
+  void AppendDetails(clsCommonFunctions& cf, std::string& out) const {
     out += Esc(cf, category.Value());
     out += "|";
     out += Esc(cf, units.Value());
@@ -326,10 +330,9 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
         sql, {"ClientID", "Date", "Provider", "Reason", "ManualChartNumber", "PatientTitle", "PatientFirstName",
               "PatientLastName", "CategoryName", "Time", "Units", "HomePhone", "WorkPhone", "WorkExt", "Confirmed"});
     const db::Field client = rs["ClientID"], date = rs["Date"], provider = rs["Provider"], reason_field = rs["Reason"],
-                    chart = rs["ManualChartNumber"], title = rs["PatientTitle"], first_name = rs["PatientFirstName"],
-                    last_name = rs["PatientLastName"], category = rs["CategoryName"], time = rs["Time"],
-                    units = rs["Units"], confirmed = rs["Confirmed"];
-    const PhoneFields phones(rs);
+                    chart = rs["ManualChartNumber"], title = rs["PatientTitle"], time = rs["Time"],
+                    confirmed = rs["Confirmed"];
+    const PatientCells patient(rs);
     appointments::TimeTexts times(cf);
 
     // The alerts of every patient on the sheet, read at once rather than
@@ -391,19 +394,15 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
       }
       const std::string mcn = cf.returnStr(chart.Value());
       if (!mcn.empty()) has_mcn = true;
-      std::string name = vb::Trim(cf.returnStr(title.Value()) + " " + cf.returnStr(first_name.Value()) + " " +
-                                  cf.returnStr(last_name.Value()));
+      std::string name = vb::Trim(cf.returnStr(title.Value()) + " " + cf.returnStr(patient.first_name.Value()) +
+                                  " " + cf.returnStr(patient.last_name.Value()));
       std::string& b = walk.body;
       b += times(time.Value());
       b += "|";
       b += frame::EscapeCell(name);
       if (!mcn.empty()) b += "\r\n" + frame::EscapeCell("Chart Number: " + mcn);
       b += "\r\n";
-      b += Esc(cf, category.Value());
-      b += "|";
-      b += Esc(cf, units.Value());
-      b += "|";
-      phones.AppendCell(cf, b);
+      patient.AppendDetails(cf, b);
       b += "|";
       b += Format(confirmed.Value(), "Yes/No");
       b += "|";
