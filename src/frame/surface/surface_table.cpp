@@ -294,19 +294,21 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       }
       const Twips room = span_width(c, cell) - pad_x * 2;
       const FontMeasure measure{cf.font.metrics, cf.size};
-      if (const auto width = SingleLineWidth(cell.text, measure, room, cell.attr.no_wrap <= 0)) {
-        h = std::max(h, lh * 1.0);
-        if (draw) one_line[size_t(drawn[k]) * ncols + c] = *width;
-        continue;
-      }
+      // One pass over the text tells a cell of one line from one of a few:
+      // the one line of a text without a line break is the whole text, at
+      // the width SingleLineWidth gives.
       const size_t before = short_lines.size();
       if (ShortLines(cell.text, measure, room, cell.attr.no_wrap <= 0, short_lines)) {
         const size_t count = short_lines.size() - before;
         h = std::max(h, lh * double(count));
-        if (draw)
-          short_of[size_t(drawn[k]) * ncols + c] = {uint32_t(before), uint32_t(count)};
-        else
+        if (draw && count == 1) {
+          one_line[size_t(drawn[k]) * ncols + c] = short_lines[before].width;
           short_lines.resize(before);
+        } else if (draw) {
+          short_of[size_t(drawn[k]) * ncols + c] = {uint32_t(before), uint32_t(count)};
+        } else {
+          short_lines.resize(before);
+        }
         continue;
       }
       CellLines cl = cell_lines(cell, cf, room);

@@ -3,6 +3,7 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -190,23 +191,48 @@ std::optional<Twips> WholeLineWidth(std::string_view line, const Measure& measur
   return Twips(0) + x;
 }
 
-// The same width for text measured in a font, in one pass over the text:
-// each run of blanks and each word piece (FirstPiece's pieces) is summed in
-// font units as it is read and converted as FontMeasure converts it, so the
-// widths agree to the last bit. A piece holding a character past ASCII is
-// measured whole, as the decoder reads it.
-std::optional<Twips> WholeLineWidth(std::string_view line, const FontMeasure& measure, Twips room,
-                                    bool wrap) {
+// What a byte of a line is to the measuring in one pass: most bytes are
+// part of a word and only add their advance; the rest end a piece or a
+// line, or are read by the decoder.
+enum ByteClass : uint8_t {
+  kWordByte = 0,  // ASCII inside a word
+  kBlankByte,     // ' '
+  kBreakByte,     // tab, carriage return, line feed
+  kJoinByte,      // '-' and '/': a piece may end after one
+  kHighByte,      // part of a character past ASCII
+};
+constexpr std::array<uint8_t, 256> kByteClass = [] {
+  std::array<uint8_t, 256> t{};
+  t[' '] = kBlankByte;
+  t['\t'] = t['\r'] = t['\n'] = kBreakByte;
+  t['-'] = t['/'] = kJoinByte;
+  for (int b = 0x80; b < 0x100; ++b) t[size_t(b)] = kHighByte;
+  return t;
+}();
+
+// The width of the line of `text` that starts at `i`, up to its line break
+// or the text's end (where `end` is set), as WholeLineWidth gives it for a
+// font: each run of blanks and each word piece (FirstPiece's pieces) is
+// summed in font units as it is read and converted as FontMeasure converts
+// it, so the widths agree to the last bit. A piece holding a character past
+// ASCII is measured whole, as the decoder reads it. Nothing for a tab or a
+// piece that would wrap. One pass finds the line's end and measures it: a
+// table measures every line of every cell this way.
+std::optional<Twips> FontLineWidth(std::string_view text, size_t i, const FontMeasure& measure,
+                                   Twips room, bool wrap, size_t& end) {
   const FontMetrics& m = *measure.metrics;
-  const size_t n = line.size();
+  const size_t n = text.size();
   Twips x;
-  size_t i = 0;
   while (i < n) {
-    const char c = line[i];
-    if (c == '\r' || c == '\n' || c == '\t') return std::nullopt;
+    const auto c = static_cast<unsigned char>(text[i]);
+    const uint8_t cls = kByteClass[c];
+    if (cls == kBreakByte) {
+      if (c == '\t') return std::nullopt;
+      break;  // the line ends here
+    }
     size_t j = i;
-    if (c == ' ') {
-      while (j < n && line[j] == ' ') ++j;
+    if (cls == kBlankByte) {
+      while (j < n && text[j] == ' ') ++j;
       x += m.Width(int64_t(j - i) * m.Advance(U' '), measure.size_pt);
       i = j;
       continue;
@@ -214,27 +240,39 @@ std::optional<Twips> WholeLineWidth(std::string_view line, const FontMeasure& me
     size_t piece = i;  // where the piece being summed starts
     int64_t units = 0;
     bool ascii = true;
-    auto add_piece = [&](size_t end) {
+    auto add_piece = [&](size_t stop) {
       const Twips w = ascii ? m.Width(units, measure.size_pt)
-                            : measure(line.substr(piece, end - piece));
+                            : measure(text.substr(piece, stop - piece));
       if (wrap && x + w > room) return false;
       x += w;
       return true;
     };
     while (true) {
-      if (j == n || line[j] == ' ' || line[j] == '\t' || line[j] == '\r' || line[j] == '\n') {
+      if (j == n) {
         if (!add_piece(j)) return std::nullopt;
         break;
       }
-      const auto b = static_cast<unsigned char>(line[j]);
-      if (b < 0x80)
+      const auto b = static_cast<unsigned char>(text[j]);
+      const uint8_t k = kByteClass[b];
+      if (k == kWordByte) {
         units += m.Advance(b);
-      else
+        ++j;
+        continue;
+      }
+      if (k == kBlankByte || k == kBreakByte) {
+        if (!add_piece(j)) return std::nullopt;
+        break;
+      }
+      if (k == kHighByte) {
         ascii = false;
+        ++j;
+        continue;
+      }
+      units += m.Advance(b);
       // A hyphen or slash with a letter on each side ends a piece, never
-      // the piece's first character.
-      if ((b == '-' || b == '/') && j > piece && j + 1 < n && IsLetter(line[j - 1]) &&
-          IsLetter(line[j + 1])) {
+      // the piece's first character. The byte after a line's last is a
+      // line break or the end, never a letter.
+      if (j > piece && j + 1 < n && IsLetter(text[j - 1]) && IsLetter(text[j + 1])) {
         if (!add_piece(j + 1)) return std::nullopt;
         piece = j + 1;
         units = 0;
@@ -244,6 +282,7 @@ std::optional<Twips> WholeLineWidth(std::string_view line, const FontMeasure& me
     }
     i = j;
   }
+  end = i;
   if (x > room) return std::nullopt;
   return Twips(0) + x;
 }
@@ -286,7 +325,11 @@ std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& mea
 }
 std::optional<Twips> SingleLineWidth(std::string_view text, const FontMeasure& measure, Twips room,
                                      bool wrap) {
-  return SingleLineWidthWith(text, measure, room, wrap);
+  if (text.empty()) return std::nullopt;
+  size_t end = 0;
+  const auto width = FontLineWidth(text, 0, measure, room, wrap, end);
+  if (!width || end != text.size()) return std::nullopt;
+  return width;
 }
 
 bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
@@ -295,7 +338,21 @@ bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, boo
 }
 bool ShortLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
                 std::vector<ShortLine>& out) {
-  return ShortLinesWith(text, measure, room, wrap, out);
+  // As ShortLinesWith, each line found and measured in the one pass.
+  if (text.size() > UINT32_MAX) return false;
+  const size_t start = out.size();
+  size_t line_start = 0;
+  while (true) {
+    size_t end = line_start;
+    const auto width = FontLineWidth(text, line_start, measure, room, wrap, end);
+    if (!width) {
+      out.resize(start);
+      return false;
+    }
+    out.push_back({uint32_t(line_start), uint32_t(end - line_start), *width});
+    if (end == text.size()) return true;
+    line_start = end + (text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n' ? 2 : 1);
+  }
 }
 
 Twips WidestLine(const std::vector<TextLine>& lines) {

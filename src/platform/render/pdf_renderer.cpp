@@ -82,6 +82,7 @@ class Glyphs {
     const FontFace& face = fonts_[t.font];
     out_.clear();
     chars_.clear();
+    units_.clear();
     own_ = Own(t, face, file);
     if (own_) return out_;
     out_.clear();
@@ -104,6 +105,10 @@ class Glyphs {
   // the Basic Multilingual Plane, as pdf::DecodeUtf8 reads it too); null
   // when cairo placed them.
   const std::u32string* Chars() const { return own_ ? &chars_ : nullptr; }
+  // The advance of each glyph of the last Of in font units, as the file
+  // gives it (EmbeddedFont::AdvanceUnits), when they came from the file's
+  // tables; null when cairo placed them.
+  const std::vector<uint16_t>* Units() const { return own_ ? &units_ : nullptr; }
 
  private:
   // Places `t` from the file's tables into out_ and its characters into
@@ -120,6 +125,7 @@ class Glyphs {
       if (m.glyph == 0) return false;
       out_.push_back(cairo_glyph_t{m.glyph, x, 0});
       chars_.push_back(c);
+      units_.push_back(m.advance);
       advance = double(m.advance) * size / units;
       x += advance;
     }
@@ -135,6 +141,7 @@ class Glyphs {
   float size_ = 0;
   std::vector<cairo_glyph_t> out_;
   std::u32string chars_;
+  std::vector<uint16_t> units_;
   bool own_ = false;
 };
 
@@ -345,6 +352,13 @@ class PdfPainter {
   // Appends glyph `g` to a literal string: its two bytes, escaped where
   // the string's syntax needs it.
   void Glyph(uint16_t g) {
+    const char hi = char(g >> 8), lo = char(g & 0xFF);
+    auto plain = [](char b) { return b != '(' && b != ')' && b != '\\' && b != '\r'; };
+    if (plain(hi) && plain(lo)) {  // nearly every glyph: two bytes as they are
+      out_.push_back(hi);
+      out_.push_back(lo);
+      return;
+    }
     char bytes[4];
     size_t n = 0;
     for (const auto byte : {char(g >> 8), char(g & 0xFF)}) {
@@ -374,6 +388,9 @@ class PdfPainter {
     // The character each glyph stands for: the placer sets one glyph per
     // character, so the two line up unless the text was not plain UTF-8.
     const std::u32string* placed = glyphs_.Chars();
+    // The glyphs' advances as the file gives them, where the file's tables
+    // placed them: what EmbeddedFont::Width reads, without reading it again.
+    const std::vector<uint16_t>* placed_units = glyphs_.Units();
     if (!placed) pdf::DecodeUtf8(t.text, chars_);
     const std::u32string& chars = placed ? *placed : chars_;
     const bool paired = chars.size() == glyphs.size();
@@ -456,7 +473,10 @@ class PdfPainter {
           }
         }
         Glyph(g);
-        const double advance = font.Width(g) / 1000;
+        const double advance =
+            (placed_units ? double((*placed_units)[i]) * 1000.0 / font.units_per_em()
+                          : font.Width(g)) /
+            1000;
         line_.pen += advance;
         line_.advances += advance;
         if (++line_.batch == kBatch) {
