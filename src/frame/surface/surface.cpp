@@ -492,7 +492,8 @@ void PrintSurface::TextBox(std::string_view raw, Length x, Length y, Length widt
   // BreakLines gives. Each ends at a line break or the end of the text, so
   // justifying leaves it as it is. They are measured as cells are, in one
   // pass over the text: a sheet of labels sets thousands of boxes.
-  std::vector<ShortLine> shorts;
+  std::vector<ShortLine>& shorts = box_lines_;
+  shorts.clear();
   std::vector<TextLine> lines;
   if (!ShortLines(text, FontMeasure{f.metrics, size}, box.width, true, shorts)) {
     lines = BreakLines(text, Measurer(f.metrics, size), box.width, box.width);

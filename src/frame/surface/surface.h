@@ -357,6 +357,9 @@ class PrintSurface {
   // lists serves; `table_scratch_busy_` guards against it all the same.
   TableScratch table_scratch_;
   bool table_scratch_busy_ = false;
+  // The lines of the last TextBox, kept from one box to the next: a sheet
+  // of labels sets one box a label.
+  std::vector<ShortLine> box_lines_;
 
   // Fonts resolved for this document, by family, bold and italic.
   struct FontKey {

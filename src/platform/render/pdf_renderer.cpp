@@ -349,29 +349,22 @@ class PdfPainter {
     line_ = TextLine{true, e, f, 0, 0, 0};
   }
 
-  // Appends glyph `g` to a literal string: its two bytes, escaped where
-  // the string's syntax needs it.
-  void Glyph(uint16_t g) {
-    const char hi = char(g >> 8), lo = char(g & 0xFF);
-    auto plain = [](char b) { return b != '(' && b != ')' && b != '\\' && b != '\r'; };
-    if (plain(hi) && plain(lo)) {  // nearly every glyph: two bytes as they are
-      out_.push_back(hi);
-      out_.push_back(lo);
-      return;
-    }
-    char bytes[4];
+  // Writes glyph `g` as it stands in a literal string at `to`: its two
+  // bytes, escaped where the string's syntax needs it. Returns the bytes
+  // written, at most four.
+  static size_t GlyphBytes(uint16_t g, char* to) {
     size_t n = 0;
     for (const auto byte : {char(g >> 8), char(g & 0xFF)}) {
       if (byte == '(' || byte == ')' || byte == '\\') {
-        bytes[n++] = '\\';
+        to[n++] = '\\';
       } else if (byte == '\r') {
-        bytes[n++] = '\\';
-        bytes[n++] = 'r';
+        to[n++] = '\\';
+        to[n++] = 'r';
         continue;
       }
-      bytes[n++] = byte;
+      to[n++] = byte;
     }
-    out_.append(bytes, n);
+    return n;
   }
 
   // A run: glyphs placed as the cairo renderers place them, written as
@@ -446,6 +439,16 @@ class PdfPainter {
         const double slant = face.synthetic_italic ? kObliqueSlant : 0;
         OpenLine(cs, sn, slant * cs - sn, slant * sn + cs, base_x, base_y);
       }
+      // The glyphs' bytes gather here and go into the contents a batch at
+      // a time: a long list shows millions of glyphs, and adding each to
+      // the contents alone was a sixth of its painting. Whatever else is
+      // written in the loop sends them first.
+      char bytes[256];
+      size_t nbytes = 0;
+      auto flush = [&] {
+        out_.append(bytes, nbytes);
+        nbytes = 0;
+      };
       for (size_t i = 0; i < glyphs.size(); ++i) {
         // The glyph's place on the line, in em.
         double at = glyphs[i].x / size;
@@ -454,6 +457,7 @@ class PdfPainter {
           at = (x - line_.x) / size;
           if (!line_.open || std::abs(y - line_.y) / size > kSameLine ||
               std::abs(at - line_.advances) > kFarAway) {
+            flush();
             OpenLine(1, 0, 0, 1, x, y);
             at = 0;
           }
@@ -466,13 +470,15 @@ class PdfPainter {
         if (const double move = -1000 * (at - line_.pen); std::abs(move) >= 2.5) {
           const double adjust = std::round(move);
           if (std::abs(adjust) >= 3) {
+            flush();
             out_ += ')';
             AppendNumber(out_, adjust, 0);
             out_ += '(';
             line_.pen -= adjust / 1000;
           }
         }
-        Glyph(g);
+        if (nbytes + 4 > sizeof bytes) flush();
+        nbytes += GlyphBytes(g, bytes + nbytes);
         const double advance =
             (placed_units ? double((*placed_units)[i]) * 1000.0 / font.units_per_em()
                           : font.Width(g)) /
@@ -484,6 +490,7 @@ class PdfPainter {
           line_.advances = line_.pen;
         }
       }
+      flush();
       if (!plain) CloseLine();
     }
     if (t.underline) {
