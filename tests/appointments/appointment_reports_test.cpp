@@ -92,8 +92,10 @@ class AppointmentReports : public ReportTest {
   DateTime D(int y, int m, int d) { return DateTime::FromParts(y, m, d); }
 };
 
-// Times are minutes after midnight and print through the time of day.
-TEST(AppointmentText, Times) {
+// Times are minutes after midnight and print through the time of day;
+// provider filters take each section's column wherever they name it (the
+// day book's tests walk "0", "" and one provider).
+TEST(AppointmentText, TimesAndProviderFilters) {
   clsCommonFunctions cf;
   struct TimeCase {
     long minutes;
@@ -107,6 +109,8 @@ TEST(AppointmentText, Times) {
     EXPECT_EQ(kept(Variant(static_cast<int32_t>(c.minutes + 1440))), c.text) << c.minutes;
     EXPECT_EQ(kept(Variant(static_cast<int32_t>(c.minutes - 1440))), c.text) << c.minutes;
   }
+  EXPECT_EQ(appointments::ProviderCondition("ProviderID = 3 OR ProviderID = 5", "PatientFuture.ProviderID"),
+            " AND (PatientFuture.ProviderID = 3 OR PatientFuture.ProviderID = 5)");
 }
 
 // Units add up as a 32-bit integer rounded half to even at each step, so
