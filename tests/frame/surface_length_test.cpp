@@ -18,6 +18,7 @@ TEST(SurfaceLength, UnitStringsAndNumbersAreTwips) {
   for (const auto& c : cases) {
     EXPECT_NEAR(ParseLength(c.text).value(), c.twips, 1e-4) << c.text;
   }
+  EXPECT_EQ(Length(std::string("0.2in")).twips(), Twips(288));
 }
 
 TEST(SurfaceLength, UnusableStringsRaiseAReportError) {
