@@ -25,29 +25,18 @@ class ReportHost : public HostSuite {
   }
 };
 
-TEST_F(ReportHost, ListsRunToCheckedPdfs) {
-  struct Case {
-    const char* file;
-    const char* args;
-    const char* title;
-    const char* header;
-  } cases[] = {
-      {"fee.pdf", "rptFeeGuide 1", nullptr, "Code"},
-      {"simple.pdf", "rptPatientListSimple 0 desk \"Active Patients\"", "Active Patients",
-       "Emergency Contact"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.file);
-    ShellResult r = Report("--out " + At(c.file), c.args);
-    ASSERT_EQ(r.status, 0) << c.args << ": " << r.out;
-    ShellResult check = HostShell("qpdf --check " + At(c.file));
-    EXPECT_EQ(check.status, 0) << check.out;
-    std::string text = PdfText(At(c.file));
-    EXPECT_TRUE(HasAll(text, {c.title ? c.title : "", c.header}));
-    // --today, --user and --office reach the heading.
-    EXPECT_NE(text.find("Printed On: Nov/20/2026 By: desk"), std::string::npos);
-    EXPECT_TRUE(std::regex_search(text, std::regex(R"(Phone #: \(\d{3}\) \d{3}-\d{4})")));
-  }
+// A list as the front desk runs it: a PDF qpdf finds sound, whose heading
+// carries --today, --user and the office of --office.
+TEST_F(ReportHost, AListRunsToACheckedPdf) {
+  ShellResult r =
+      Report("--out " + At("simple.pdf"), "rptPatientListSimple 0 desk \"Active Patients\"");
+  ASSERT_EQ(r.status, 0) << r.out;
+  ShellResult check = HostShell("qpdf --check " + At("simple.pdf"));
+  EXPECT_EQ(check.status, 0) << check.out;
+  std::string text = PdfText(At("simple.pdf"));
+  EXPECT_TRUE(HasAll(text, {"Active Patients", "Emergency Contact"}));
+  EXPECT_NE(text.find("Printed On: Nov/20/2026 By: desk"), std::string::npos);
+  EXPECT_TRUE(std::regex_search(text, std::regex(R"(Phone #: \(\d{3}\) \d{3}-\d{4})")));
 }
 
 TEST_F(ReportHost, UsageErrorsAndFailures) {
