@@ -56,6 +56,7 @@ TEST(SqlExpressions, ConcatenationAndArithmetic) {
       {"isnull_cuts_to_first_length",
        "SELECT ISNULL(PreferredName, FirstName) FROM Patient WHERE ID IN (5, 7) ORDER BY ID",
        {"Maximilien", "Pree"}},
+      {"isnull_cuts_a_literal", "SELECT ISNULL(Title, 'Professor Emeritus') FROM Patient WHERE ID = 6", {"Professor "}},
       {"isnull_money_zero", "SELECT ISNULL(InvoiceFinalTotal, 0) FROM Invoices WHERE ID = 2", {"0.0000"}},
       {"coalesce_takes_first_value", "SELECT COALESCE(PreferredName, Title, 'x') FROM Patient WHERE ID = 1",
        {"Mrs."}},
