@@ -93,6 +93,7 @@ const FormatCase kText[] = {
     {"AtRightAligned", "abc", "@@@@@", "  abc"},
     {"AtLeftAligned", "abc", "!@@@@@", "abc  "},
     {"AmpersandNoPadding", "abc", "&&&&&", "abc"},
+    {"Upper", "abc", ">", "ABC"},
     {"UpperWithPlaceholders", "abc", ">@@@@", " ABC"},
     {"PhoneFromText", "4165551234", "(@@@) @@@-@@@@", "(416) 555-1234"},
     {"OverflowAtFirst", "abcd", "@@", "abcd"},
@@ -101,6 +102,7 @@ const FormatCase kText[] = {
     {"EmptyTextSection", "", "@;\\N\\o\\n\\e", "None"},
     {"NullWithoutSection", Variant::Null(), "@@@", ""},
     {"EmptyTextIsBlanks", "", "@@@", "   "},
+    {"NumberAsText", 123, "@@@@@", "  123"},
 };
 INSTANTIATE_TEST_SUITE_P(Text, FormatDate, ::testing::ValuesIn(kText), CaseName);
 

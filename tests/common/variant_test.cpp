@@ -24,6 +24,7 @@ TEST(NumberText, ReadsByTheLocale) {
       {"Plain", "12.5", true, 12.5},
       {"MoneyText", " $1,234.50 ", true, 1234.5},
       {"SignBeforeSymbol", "-$5", true, -5},
+      {"SignSymbolBlanks", "- $ 5", true, -5},
       {"TrailingSign", "5-", true, -5},
       {"Parentheses", "(5)", true, -5},
       {"Exponent", "1e3", true, 1000},
@@ -36,6 +37,7 @@ TEST(NumberText, ReadsByTheLocale) {
       {"SymbolAlone", "$", false, 0},
       {"EmptyText", "", false, 0},
       {"SignAndParentheses", "(-5)", false, 0},
+      {"TwoSigns", "--5", false, 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
