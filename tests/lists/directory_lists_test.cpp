@@ -29,7 +29,7 @@ TEST_F(DirectoryLists, FeeGuideRunsFromCallToPreview) {
   std::string name = CStr(ValueOf("SELECT Name FROM FeeGuides WHERE ID = 1"));
 
   // Heading: the guide's name over its columns. (The printed-on and office
-  // lines of the shared heading: ReportHost.ListsRunToCheckedPdfs.)
+  // lines of the shared heading: ReportHost.AListRunsToACheckedPdf.)
   EXPECT_EQ(form.VSP.DocName(), name);
   EXPECT_NE(text.find(name + "\n"), std::string::npos) << text;
   EXPECT_NE(text.find("Code Description Type Amount($)"), std::string::npos) << text;
