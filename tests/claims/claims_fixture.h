@@ -91,9 +91,8 @@ INSERT INTO InvoiceDetails (ID, InvoiceID, Code, [Tooth#], Surface, Cost, [Date]
   }
 
   // The runs `keep` picks, in the order of `key`, their words joined with
-  // every blank, tab and line break removed. Pages follow one another: a
-  // page's runs are placed with a page offset, the first of the pair `key`
-  // is given.
+  // every blank, tab and line break removed. `key` is given each run with
+  // its page's offset, so that pages follow one another.
   template <class Key, class Keep>
   std::string Joined(Key key, Keep keep) const {
     std::vector<std::pair<long long, render::TextRun>> placed;
