@@ -231,8 +231,16 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     std::vector<TextLine> lines;
     double size;
   };
+  // The lines depend on nothing but the text, the font, its size, the room
+  // and the wrapping, so a cell that recurs (the column heads repeated on
+  // every page of a list, whose longer heads wrap) is taken as broken the
+  // last time.
   auto cell_lines = [&](const Cell& cell, const CellFont& cf, Twips room) {
     const bool wrap = cell.attr.no_wrap <= 0;
+    for (const BrokenCell& b : broken_cells_)
+      if (b.metrics == cf.font.metrics && b.size == cf.size && b.room == room && b.wrap == wrap &&
+          b.text == cell.text)
+        return CellLines{b.lines, b.fitted};
     CellLines out{BreakLines(cell.text, Measurer(cf.font.metrics, cf.size), room, room, wrap),
                   cf.size};
     const double fitted = FitSize(cf.size, WidestLine(out.lines), room);
@@ -240,6 +248,10 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       out.size = fitted;
       out.lines = BreakLines(cell.text, Measurer(cf.font.metrics, fitted), room, room, wrap);
     }
+    BrokenCell& kept = broken_cells_.size() < kBrokenCellsKept
+                           ? broken_cells_.emplace_back()
+                           : broken_cells_[next_broken_cell_++ % kBrokenCellsKept];
+    kept = BrokenCell{cell.text, cf.font.metrics, cf.size, room, wrap, out.lines, out.size};
     return out;
   };
   auto span_width = [&](int c, const Cell& cell) {
