@@ -287,11 +287,28 @@ std::optional<Twips> FontLineWidth(std::string_view text, size_t i, const FontMe
   return Twips(0) + x;
 }
 
+// The width of the line of `text` that starts at `i`, up to its line break
+// or the text's end (where `end` is set), as WholeLineWidth gives it; a
+// MeasureFn's line is found first and then measured piece by piece.
+std::optional<Twips> LineWidthFrom(std::string_view text, size_t i, const MeasureFn& measure,
+                                   Twips room, bool wrap, size_t& end) {
+  end = i;
+  while (end < text.size() && text[end] != '\r' && text[end] != '\n') ++end;
+  return WholeLineWidth(text.substr(i, end - i), measure, room, wrap);
+}
+std::optional<Twips> LineWidthFrom(std::string_view text, size_t i, const FontMeasure& measure,
+                                   Twips room, bool wrap, size_t& end) {
+  return FontLineWidth(text, i, measure, room, wrap, end);
+}
+
 template <typename Measure>
 std::optional<Twips> SingleLineWidthWith(std::string_view text, const Measure& measure, Twips room,
                                          bool wrap) {
   if (text.empty()) return std::nullopt;
-  return WholeLineWidth(text, measure, room, wrap);
+  size_t end = 0;
+  const auto width = LineWidthFrom(text, 0, measure, room, wrap, end);
+  if (!width || end != text.size()) return std::nullopt;
+  return width;
 }
 
 template <typename Measure>
@@ -304,9 +321,7 @@ bool ShortLinesWith(std::string_view text, const Measure& measure, Twips room, b
   size_t line_start = 0;
   while (true) {
     size_t end = line_start;
-    while (end < text.size() && text[end] != '\r' && text[end] != '\n') ++end;
-    const auto width =
-        WholeLineWidth(text.substr(line_start, end - line_start), measure, room, wrap);
+    const auto width = LineWidthFrom(text, line_start, measure, room, wrap, end);
     if (!width) {
       out.resize(start);
       return false;
@@ -325,11 +340,7 @@ std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& mea
 }
 std::optional<Twips> SingleLineWidth(std::string_view text, const FontMeasure& measure, Twips room,
                                      bool wrap) {
-  if (text.empty()) return std::nullopt;
-  size_t end = 0;
-  const auto width = FontLineWidth(text, 0, measure, room, wrap, end);
-  if (!width || end != text.size()) return std::nullopt;
-  return width;
+  return SingleLineWidthWith(text, measure, room, wrap);
 }
 
 bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
@@ -338,21 +349,7 @@ bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, boo
 }
 bool ShortLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
                 std::vector<ShortLine>& out) {
-  // As ShortLinesWith, each line found and measured in the one pass.
-  if (text.size() > UINT32_MAX) return false;
-  const size_t start = out.size();
-  size_t line_start = 0;
-  while (true) {
-    size_t end = line_start;
-    const auto width = FontLineWidth(text, line_start, measure, room, wrap, end);
-    if (!width) {
-      out.resize(start);
-      return false;
-    }
-    out.push_back({uint32_t(line_start), uint32_t(end - line_start), *width});
-    if (end == text.size()) return true;
-    line_start = end + (text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n' ? 2 : 1);
-  }
+  return ShortLinesWith(text, measure, room, wrap, out);
 }
 
 Twips WidestLine(const std::vector<TextLine>& lines) {
