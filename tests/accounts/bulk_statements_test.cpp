@@ -1,7 +1,7 @@
-// Bulk statements on the account practice with its receivables rows
-// (receivables/receivables_fixture.h). Today is 2026-11-20 and the rate 0,
-// so every invoice stands for its stored total, or its settled total (asked
-// as of today). A row is a complete, live invoice not yet paid in full;
+// Bulk statements on the account practice with its ledger rows
+// (account_fixture.h). Today is 2026-11-20 and the rate 0, so every
+// invoice stands for its stored total, or its settled total (asked as of
+// today). A row is a complete, live invoice not yet paid in full;
 // paid counts the shares on it dated by today.
 //
 // Patient pages (invoice, days old, worth, paid -> balance, bucket):
@@ -37,7 +37,7 @@
 #include "frame/surface/surface.h"
 #include "platform/db/recordset.h"
 #include "platform/render/display_list.h"
-#include "receivables/receivables_fixture.h"
+#include "accounts/account_fixture.h"
 #include "support/report_fixture.h"
 #include "support/text_order.h"
 
@@ -54,12 +54,11 @@ std::vector<render::TextRun> Runs(const PreviewForm& form, int page, const std::
   return out;
 }
 
-class BulkStatements : public ReceivablesTest {
+class BulkStatements : public LedgerTest {
  protected:
   // The statements' letterhead is office 1's.
   void SetUp() override {
-    if (!SetUpReports(std::string(kReceivableRows) +
-                      "INSERT INTO OfficeInformation (ID, Name) VALUES (1, 'Harbour Dental');"))
+    if (!SetUpLedger("INSERT INTO OfficeInformation (ID, Name) VALUES (1, 'Harbour Dental');"))
       return;
     reports.OfficeID = 1;
   }

@@ -1,6 +1,6 @@
 // Invoices, invoice statements and receipts on the account practice with
-// its receivables rows (receivables/receivables_fixture.h), office 1 with a
-// message, the wording of two fee codes and a tooth on one line. Today is
+// its ledger rows (account_fixture.h), office 1 with a message, the
+// wording of two fee codes and a tooth on one line. Today is
 // Friday 2026-11-20; the rate is 0.
 //
 // What the documents read, by hand from the practice's table:
@@ -26,17 +26,17 @@
 
 #include "frame/surface/surface.h"
 #include "platform/db/recordset.h"
-#include "receivables/receivables_fixture.h"
+#include "accounts/account_fixture.h"
 #include "support/host_said.h"
 #include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
 
-class InvoiceReports : public ReceivablesTest {
+class InvoiceReports : public LedgerTest {
  protected:
   void SetUp() override {
-    if (!SetUpReports(std::string(kReceivableRows) + R"sql(
+    if (!SetUpLedger(R"sql(
 INSERT INTO OfficeInformation (ID, Name, Message) VALUES (1, 'Harbour Dental', 'Closed Dec 24 to Jan 2');
 INSERT INTO FeeCodes (ID, Description) VALUES ('01202', 'Examination, complete'),
   ('11101', 'Scaling, one unit');

@@ -1,7 +1,7 @@
-// Patient and family statements on the account practice with its
-// receivables rows (receivables/receivables_fixture.h), with offices 1 and
-// 2 (Claire's), the wording of three fee codes, and whole amounts for Luc
-// (111 100.00, 112 and 113 50.00 each) and Marc (221 10.00 on account).
+// Patient and family statements on the account practice with its ledger
+// rows (account_fixture.h), with offices 1 and 2 (Claire's), the wording
+// of three fee codes, and whole amounts for Luc (111 100.00, 112 and 113
+// 50.00 each) and Marc (221 10.00 on account).
 // Today is 2026-11-20; the period runs from Oct 1 to today unless said.
 //
 // A statement's opening is the account as of the eve of the period: the
@@ -46,7 +46,7 @@
 #include "common/vbstrings.h"
 #include "platform/db/recordset.h"
 #include "platform/render/display_list.h"
-#include "receivables/receivables_fixture.h"
+#include "accounts/account_fixture.h"
 #include "support/host_said.h"
 #include "support/report_fixture.h"
 #include "support/text_order.h"
@@ -54,10 +54,10 @@
 namespace orv::testing {
 namespace {
 
-class Statements : public ReceivablesTest {
+class Statements : public LedgerTest {
  protected:
   void SetUp() override {
-    if (!SetUpReports(std::string(kReceivableRows) + R"sql(
+    if (!SetUpLedger(R"sql(
 INSERT INTO OfficeInformation (ID, Name) VALUES (1, 'Harbour Dental'), (2, 'Harbour Dental West');
 INSERT INTO FeeCodes (ID, Description, LayPersonDescription) VALUES
  ('01202', 'Recall exam', NULL), ('23111', 'Resin 2 surf', 'Filling'), ('27211', 'Crown PFM', 'Crown');

@@ -22,7 +22,7 @@
 
 #include "common/currency.h"
 #include "platform/host/settings.h"
-#include "receivables_fixture.h"
+#include "accounts/account_fixture.h"
 #include "support/text_order.h"
 
 namespace orv::testing {
