@@ -71,6 +71,7 @@
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
 #include "platform/db/connection.h"
+#include "platform/db/recordset.h"
 #include "platform/host/host_services.h"
 #include "platform/practice/schema.h"
 #include "support/paged_lines.h"
@@ -444,6 +445,23 @@ class LedgerTest : public AccountReportTest {
   // The practice with its ledger rows and `more` added (SQLite text); false
   // when the test was skipped or failed on the way.
   bool SetUpLedger(const std::string& more) { return SetUpReports(std::string(kLedgerRows) + more); }
+  // As SetUpLedger, with offices 1 "Harbour Dental" and 2 (Claire's), and
+  // the component printing for office 1: what the letters to patients
+  // (statements, invoices, receipts) start from.
+  bool SetUpLetters(const std::string& more) {
+    if (!SetUpLedger("INSERT INTO OfficeInformation (ID, Name) VALUES (1, 'Harbour Dental'), "
+                     "(2, 'Harbour Dental West');" +
+                     more))
+      return false;
+    reports.OfficeID = 1;
+    return true;
+  }
+  // When `id` was last sent a statement; NULL when never.
+  Variant LastStatementOf(int32_t id) {
+    db::Recordset rs;
+    rs.Open("SELECT LastStatement FROM Patient WHERE ID = " + std::to_string(id), conn_);
+    return rs[0L].Value();
+  }
 };
 
 }  // namespace orv::testing

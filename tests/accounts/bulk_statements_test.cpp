@@ -56,17 +56,8 @@ std::vector<render::TextRun> Runs(const PreviewForm& form, int page, const std::
 
 class BulkStatements : public LedgerTest {
  protected:
-  // The statements' letterhead is office 1's.
-  void SetUp() override {
-    if (!SetUpLedger("INSERT INTO OfficeInformation (ID, Name) VALUES (1, 'Harbour Dental');"))
-      return;
-    reports.OfficeID = 1;
-  }
-  bool LastStatementSet(int id) {
-    db::Recordset rs;
-    rs.Open("SELECT LastStatement FROM Patient WHERE ID = " + std::to_string(id), conn_);
-    return !rs[0L].Value().IsNull();
-  }
+  void SetUp() override { SetUpLetters(""); }
+  bool LastStatementSet(int id) { return !LastStatementOf(id).IsNull(); }
   // The lowest top of any run on the page above `limit`.
   double LowestTopAbove(int page, double limit) const {
     double lowest = 0;

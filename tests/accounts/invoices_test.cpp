@@ -36,20 +36,14 @@ namespace {
 class InvoiceReports : public LedgerTest {
  protected:
   void SetUp() override {
-    if (!SetUpLedger(R"sql(
-INSERT INTO OfficeInformation (ID, Name, Message) VALUES (1, 'Harbour Dental', 'Closed Dec 24 to Jan 2');
+    SetUpLetters(R"sql(
+UPDATE OfficeInformation SET Message = 'Closed Dec 24 to Jan 2' WHERE ID = 1;
 INSERT INTO FeeCodes (ID, Description) VALUES ('01202', 'Examination, complete'),
   ('11101', 'Scaling, one unit');
 UPDATE InvoiceDetails SET [Tooth#] = '16', Surface = 'MOD' WHERE ID = 2;
-)sql"))
-      return;
-    reports.OfficeID = 1;
+)sql");
   }
-  bool Stamped(int id) {
-    db::Recordset rs;
-    rs.Open("SELECT LastStatement FROM Patient WHERE ID = " + std::to_string(id), conn_);
-    return !rs[0L].Value().IsNull();
-  }
+  bool Stamped(int id) { return !LastStatementOf(id).IsNull(); }
 };
 
 // ---- rptInvoice ----

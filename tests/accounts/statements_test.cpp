@@ -57,16 +57,13 @@ namespace {
 class Statements : public LedgerTest {
  protected:
   void SetUp() override {
-    if (!SetUpLedger(R"sql(
-INSERT INTO OfficeInformation (ID, Name) VALUES (1, 'Harbour Dental'), (2, 'Harbour Dental West');
+    SetUpLetters(R"sql(
 INSERT INTO FeeCodes (ID, Description, LayPersonDescription) VALUES
  ('01202', 'Recall exam', NULL), ('23111', 'Resin 2 surf', 'Filling'), ('27211', 'Crown PFM', 'Crown');
 UPDATE Invoices SET InvoiceTotal = 100 WHERE ID = 111;
 UPDATE Invoices SET InvoiceTotal = 50 WHERE ID IN (112, 113);
 UPDATE InvoicePayments SET Value = 10, TotalToCredit = 10 WHERE ID = 221;
-)sql"))
-      return;
-    reports.OfficeID = 1;
+)sql");
   }
 
   struct Options {
@@ -80,9 +77,7 @@ UPDATE InvoicePayments SET Value = 10, TotalToCredit = 10 WHERE ID = 221;
                           true, o.details, o.ytd, o.stamp, o.outstanding);
   }
   std::string LastStatement(int id) {
-    db::Recordset rs;
-    rs.Open("SELECT LastStatement FROM Patient WHERE ID = " + std::to_string(id), conn_);
-    const Variant v = rs[0L].Value();
+    const Variant v = LastStatementOf(id);
     return v.IsNull() ? std::string("NULL") : Format(v, "yyyy-mm-dd");
   }
 };
