@@ -29,16 +29,13 @@
 //     10.0050 -> 86.00. Total Due 174.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "frame/surface/surface.h"
-#include "platform/db/recordset.h"
-#include "platform/render/display_list.h"
 #include "accounts/account_fixture.h"
-#include "support/report_fixture.h"
+#include "frame/surface/surface.h"
+#include "platform/render/display_list.h"
 #include "support/text_order.h"
 
 namespace orv::testing {
@@ -248,44 +245,6 @@ TEST_F(BulkStatements, PatientWithEveryColumnNullAndTheOfficesFooter) {
   reports.rptBulkStatements("Patient.ID = 6", "0", false, "");
   EXPECT_TRUE(Has("Pay online at our site.")) << Text();
   EXPECT_FALSE(Has("48 hours notice"));
-}
-
-// The demo offices carry logos; office 1 is made plain. A logo makes the
-// letterhead four inches tall, which pushes the age table of even a short
-// statement onto a second page.
-class BulkStatementsLetterhead : public ReportTest {
- protected:
-  void SetUp() override {
-    ReportTest::SetUpPractice(R"sql(
-INSERT INTO Patient (ID, FirstName, LastName, FullName) VALUES (90011, 'Paul', 'Gagne', 'Gagne, Paul');
-INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], InvoiceTotal) VALUES
- (90111, 590111, 90011, '2026-11-10 00:00:00', 600, 1, 100.00);
-UPDATE OfficeInformation SET Logo = NULL WHERE ID = 1;
-)sql");
-  }
-};
-
-TEST_F(BulkStatementsLetterhead, AgeTableStaysPinnedUnderALogo) {
-  // Office 2 keeps its logo: the letterhead takes more of the first page,
-  // yet the age table stands at the foot of the statement's last page, at
-  // the same place as on a statement without a logo.
-  reports.OfficeID = 1;
-  reports.rptBulkStatements("Patient.ID = 90011", "", false, "");
-  auto plain = Runs(form, 1, "Total Due($)");
-  ASSERT_EQ(plain.size(), 1u);
-
-  reports.OfficeID = 2;
-  reports.rptBulkStatements("Patient.ID = 90011", "", false, "");
-  const auto& first = form.VSP.Document().pages.at(0).items;
-  EXPECT_TRUE(std::any_of(first.begin(), first.end(),
-                          [](const auto& i) { return std::holds_alternative<render::Picture>(i); }));
-  int last = form.VSP.PageCount();
-  for (int p = 1; p < last; ++p) EXPECT_TRUE(Runs(form, p, "Total Due($)").empty()) << "page " << p;
-  auto pinned = Runs(form, last, "Total Due($)");
-  ASSERT_EQ(pinned.size(), 1u);
-  EXPECT_DOUBLE_EQ(pinned[0].top.value(), plain[0].top.value());
-  EXPECT_NE(PageText(last).find("100.00 0.00 0.00 0.00 100.00\n"), std::string::npos)
-      << PageText(last);
 }
 
 }  // namespace

@@ -23,10 +23,10 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
-#include "frame/surface/surface.h"
-#include "platform/db/recordset.h"
 #include "accounts/account_fixture.h"
+#include "frame/surface/surface.h"
 #include "support/host_said.h"
 #include "support/text_order.h"
 

@@ -4,8 +4,8 @@
 // 2026-11-20.
 #include <gtest/gtest.h>
 
-#include "frame/surface/surface.h"
 #include "accounts/account_fixture.h"
+#include "frame/surface/surface.h"
 #include "support/forged_cells.h"
 #include "support/host_said.h"
 #include "support/text_order.h"

@@ -3,8 +3,8 @@
 // (E), so E-30 = 10-21, E-60 = 09-21, E-90 = 08-22.
 #include <gtest/gtest.h>
 
-#include "frame/surface/surface.h"
 #include "accounts/account_fixture.h"
+#include "frame/surface/surface.h"
 #include "support/forged_cells.h"
 #include "support/host_said.h"
 #include "support/text_order.h"

@@ -6,8 +6,8 @@
 
 #include <functional>
 
-#include "frame/surface/surface.h"
 #include "accounts/account_fixture.h"
+#include "frame/surface/surface.h"
 #include "support/forged_cells.h"
 #include "support/text_order.h"
 
