@@ -1,7 +1,8 @@
 // Invoices, invoice statements and receipts on the account practice with
 // its ledger rows (account_fixture.h), office 1 with a message, the
 // wording of two fee codes and a tooth on one line. Today is
-// Friday 2026-11-20; the rate is 0.
+// Friday 2026-11-20. A rate of 2% is set: the documents print what an
+// invoice stands for and apply no rate of their own.
 //
 // What the documents read, by hand from the practice's table:
 //   1001 (101) Claire, Sep/10, Moreau: 200.00, no settled total: Sub Total
@@ -42,6 +43,7 @@ INSERT INTO FeeCodes (ID, Description) VALUES ('01202', 'Examination, complete')
   ('11101', 'Scaling, one unit');
 UPDATE InvoiceDetails SET [Tooth#] = '16', Surface = 'MOD' WHERE ID = 2;
 )sql");
+    reports.InterestRate = 0.02f;
   }
   bool Stamped(int id) { return !LastStatementOf(id).IsNull(); }
 };
@@ -176,6 +178,12 @@ TEST_F(InvoiceReports, StatementListsPaymentsWhatRemainsAndTheStamp) {
   EXPECT_TRUE(Stamped(6));
   EXPECT_TRUE(Stamped(1));
   EXPECT_FALSE(Stamped(2));
+
+  // Nadia's cash 281 is split over 1084 and 1085 (50.02 each): 1084's
+  // statement lists its own share only.
+  Exec("UPDATE Invoices SET ProviderID = 1 WHERE ID = 184");
+  reports.rptInvoiceStatement(184, "", "");
+  EXPECT_EQ(LinesWith("Cash 50.02").size(), 1u) << Text();
 }
 
 // ---- rptReceipt ----
