@@ -444,7 +444,9 @@ class LedgerTest : public AccountReportTest {
   void SetUp() override { SetUpLedger(""); }
   // The practice with its ledger rows and `more` added (SQLite text); false
   // when the test was skipped or failed on the way.
-  bool SetUpLedger(const std::string& more) { return SetUpReports(std::string(kLedgerRows) + more); }
+  bool SetUpLedger(const std::string& more) {
+    return SetUpReports(std::string(kLedgerRows) + more);
+  }
   // As SetUpLedger, with offices 1 "Harbour Dental" and 2 (Claire's), and
   // the component printing for office 1: what the letters to patients
   // (statements, invoices, receipts) start from.

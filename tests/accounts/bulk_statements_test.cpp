@@ -76,7 +76,8 @@ TEST_F(BulkStatements, InvoiceRowsAgeSumsAndTotalDue) {
   Exec(
       "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Complete?], InvoiceTotal) VALUES "
       "(162, 1062, 6, '2026-10-20 00:00:00', 1, 5), (163, 1063, 6, '2026-09-21 00:00:00', 1, 20),"
-      "(164, 1064, 6, '2026-08-22 00:00:00', 1, 12), (165, 1065, 6, '2026-07-01 00:00:00', 1, 25.5)");
+      "(164, 1064, 6, '2026-08-22 00:00:00', 1, 12), (165, 1065, 6, '2026-07-01 00:00:00', 1, "
+      "25.5)");
   reports.rptBulkStatements("Patient.ID IN (1, 6)", "", false, "November statements");
   ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   ASSERT_EQ(form.VSP.PageCount(), 2) << Text();
@@ -136,9 +137,10 @@ TEST_F(BulkStatements, AgeTableIsPinnedToTheFootOfEveryPage) {
     rows += std::string(i ? "," : "") + "(" + std::to_string(700 + i) + ", " +
             std::to_string(1700 + i) + ", 7, '2026-11-18 00:00:00', 1, 1.00)";
   }
-  Exec("INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Complete?], InvoiceTotal) "
-       "VALUES " +
-       rows);
+  Exec(
+      "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Complete?], InvoiceTotal) "
+      "VALUES " +
+      rows);
   reports.rptBulkStatements("Patient.ID IN (6, 7)", "", false, "");
   int pages = form.VSP.PageCount();
   ASSERT_GE(pages, 3) << "one page for Seamus, at least two for Zoe";
@@ -174,8 +176,7 @@ TEST_F(BulkStatements, AgeTableIsPinnedToTheFootOfEveryPage) {
   // pages numbered from 1.
   EXPECT_NE(PageText(1).find("Page 1 of 1"), std::string::npos) << PageText(1);
   for (int p = 2; p <= pages; ++p) {
-    const std::string stamp =
-        "Page " + std::to_string(p - 1) + " of " + std::to_string(pages - 1);
+    const std::string stamp = "Page " + std::to_string(p - 1) + " of " + std::to_string(pages - 1);
     EXPECT_NE(PageText(p).find(stamp), std::string::npos) << stamp << "\n" << PageText(p);
   }
 }
@@ -200,10 +201,11 @@ TEST_F(BulkStatements, NoZerosLeavesOutAccountsThatOweNothing) {
 
 TEST_F(BulkStatements, FamiliesComeOncePerHolderInHolderNameOrder) {
   // Arjun's 1042 has a settled total but no total: it is worth nothing.
-  Exec("UPDATE Invoices SET InvoiceTotal = 100 WHERE ID = 111;"
-       "UPDATE Invoices SET InvoiceTotal = 50 WHERE ID IN (112, 113);"
-       "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Complete?], InvoiceTotal, "
-       "InvoiceFinalTotal) VALUES (142, 1042, 4, '2026-11-18 00:00:00', 1, NULL, 40);");
+  Exec(
+      "UPDATE Invoices SET InvoiceTotal = 100 WHERE ID = 111;"
+      "UPDATE Invoices SET InvoiceTotal = 50 WHERE ID IN (112, 113);"
+      "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Complete?], InvoiceTotal, "
+      "InvoiceFinalTotal) VALUES (142, 1042, 4, '2026-11-18 00:00:00', 1, NULL, 40);");
   // Marc, of both families by his two holders, is left out of the filter:
   // his invoice still comes through Claire, his primary holder.
   reports.rptBulkStatements("Patient.ID IN (1, 2, 3, 4)", "", true, "");

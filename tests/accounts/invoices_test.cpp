@@ -56,17 +56,18 @@ TEST_F(InvoiceReports, InvoiceFiguresLayoutAndTheOfficesFooter) {
   EXPECT_EQ(form.ShowCount(), 1) << "an invoice is previewed";
   EXPECT_EQ(form.PrintCount(), 0);
   EXPECT_EQ(form.VSP.DocName(), "Invoice");
-  EXPECT_TRUE(HasAll(Text(), {"Date Invoice #\nSep/10/2026 1001\n",
-                              "Claire Tremblay Provider: Anne Moreau\n12 Main St\nOttawa, ON\nK1A 0B1",
-                              "Office Message: Closed Dec 24 to Jan 2",
-                              // No line has a discount: the six-column form.
-                              "Procedure Tooth # Surface Date of Service Status Fee($)\n",
-                              // The code with the fee code's wording below it, wrapped in its
-                              // column.
-                              "01202 Sep/10/2026 Complete 120.00\nExamination,\ncomplete",
-                              "11101 16 MOD Sep/10/2026 Complete 80.00\nScaling, one unit",
-                              "Sub Total $200.00\nInterest $0.00\nTotal $200.00\n",
-                              "Payment is Required on Date of Service", kPrintedBy}));
+  EXPECT_TRUE(
+      HasAll(Text(), {"Date Invoice #\nSep/10/2026 1001\n",
+                      "Claire Tremblay Provider: Anne Moreau\n12 Main St\nOttawa, ON\nK1A 0B1",
+                      "Office Message: Closed Dec 24 to Jan 2",
+                      // No line has a discount: the six-column form.
+                      "Procedure Tooth # Surface Date of Service Status Fee($)\n",
+                      // The code with the fee code's wording below it, wrapped in its
+                      // column.
+                      "01202 Sep/10/2026 Complete 120.00\nExamination,\ncomplete",
+                      "11101 16 MOD Sep/10/2026 Complete 80.00\nScaling, one unit",
+                      "Sub Total $200.00\nInterest $0.00\nTotal $200.00\n",
+                      "Payment is Required on Date of Service", kPrintedBy}));
   EXPECT_FALSE(Has("Discount"));
 
   Exec("UPDATE OfficeInformation SET InvoiceFooter = 'Thank you.', Message = NULL WHERE ID = 1");
@@ -78,9 +79,10 @@ TEST_F(InvoiceReports, InvoiceFiguresLayoutAndTheOfficesFooter) {
 TEST_F(InvoiceReports, SeparatorsInNamesAndStreetsStayInTheirCells) {
   // A ";" ends a row and a "|" a cell in the table language: in data they
   // are text, on the invoice and the receipt alike.
-  Exec("UPDATE Patient SET FirstName = 'Smith;Evil|9999|Row', Address = '12 Main St; Unit 4' || "
-       "char(13) || char(10) || 'Ottawa, ON' WHERE ID = 1;"
-       "UPDATE InvoiceDetails SET Surface = 'M;O|D' WHERE ID = 2;");
+  Exec(
+      "UPDATE Patient SET FirstName = 'Smith;Evil|9999|Row', Address = '12 Main St; Unit 4' || "
+      "char(13) || char(10) || 'Ottawa, ON' WHERE ID = 1;"
+      "UPDATE InvoiceDetails SET Surface = 'M;O|D' WHERE ID = 2;");
   reports.rptInvoice(101, "", "");
   EXPECT_TRUE(HasAll(
       Text(), {"Smith;Evil|9999|Row Tremblay Provider: Anne Moreau\n12 Main St; Unit 4\nOttawa, ON",
@@ -108,9 +110,10 @@ TEST_F(InvoiceReports, EachInvoiceItsTotalsItsFormAndWhoIsBilled) {
                               "23111 Oct/05/2026 Complete 150.00 10.00%"}));
 
   // Luc is 11 (2026 - 2015) and names Claire as holder: Claire is billed.
-  Exec("UPDATE Invoices SET ProviderID = 1 WHERE ID = 111;"
-       "UPDATE Patient SET BirthDate = '2015-03-01 00:00:00', Address = 'Luc''s own address' "
-       "WHERE ID = 2;");
+  Exec(
+      "UPDATE Invoices SET ProviderID = 1 WHERE ID = 111;"
+      "UPDATE Patient SET BirthDate = '2015-03-01 00:00:00', Address = 'Luc''s own address' "
+      "WHERE ID = 2;");
   reports.rptInvoice(111, "", "");
   EXPECT_TRUE(Has("Claire Tremblay Provider: Anne Moreau\n12 Main St")) << Text();
   EXPECT_FALSE(Has("Luc's own address"));
@@ -158,10 +161,12 @@ TEST_F(InvoiceReports, StatementListsPaymentsWhatRemainsAndTheStamp) {
        {"Sep/15/2026 Sep/15/2026 Cash 80.00\n", "Oct/01/2026 Oct/01/2026 Insurance 120.00\n",
         "Current Remaining: $0.00"}},
       // The 50 of cheque 203 left on account is not on this invoice.
-      {"a cheque's number", 102, {"Oct/06/2026 Oct/06/2026 Cheque #311 150.00\n",
-                                  "Current Remaining: $0.00"}},
-      {"a post-dated share", 105, {"Nov/21/2026 Nov/21/2026 Cheque #312 40.00\n",
-                                   "Current Remaining: $20.00"}},
+      {"a cheque's number",
+       102,
+       {"Oct/06/2026 Oct/06/2026 Cheque #311 150.00\n", "Current Remaining: $0.00"}},
+      {"a post-dated share",
+       105,
+       {"Nov/21/2026 Nov/21/2026 Cheque #312 40.00\n", "Current Remaining: $20.00"}},
       {"no payment", 106, {"No payments on file.", "Current Remaining: $25.00"}},
   };
   for (const Case& c : cases) {
@@ -193,34 +198,39 @@ TEST_F(InvoiceReports, ReceiptsSplitThePaymentBetweenInvoicesAndCredit) {
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   EXPECT_EQ(form.PrintCount(), 1) << "the receipt goes to the printer";
   EXPECT_EQ(form.VSP.DocName(), "Receipt");
-  EXPECT_TRUE(HasAll(Text(), {"Date Payment #\nOct/06/2026 203\n", "Claire Tremblay\n12 Main St",
-                              "Payment Type: Cheque\nNote: (None)",
-                              "Invoice # Patient Name Date Amount Paid($)\n",
-                              "1002 Claire Tremblay Oct/05/2026 150.00\n",
-                              "Total Paid($) 200.00\nAmount to Credit($) 50.00\n"}));
+  EXPECT_TRUE(HasAll(
+      Text(), {"Date Payment #\nOct/06/2026 203\n", "Claire Tremblay\n12 Main St",
+               "Payment Type: Cheque\nNote: (None)", "Invoice # Patient Name Date Amount Paid($)\n",
+               "1002 Claire Tremblay Oct/05/2026 150.00\n",
+               "Total Paid($) 200.00\nAmount to Credit($) 50.00\n"}));
 
   // Shares on two invoices, to the last cent.
   reports.rptReceipt(281, "", "");
-  EXPECT_TRUE(HasAll(Text(), {"1084 Nadia Roy Feb/28/2001 50.02\n",
-                              "1085 Nadia Roy Mar/01/2001 50.02\n",
-                              "Total Paid($) 100.04\nAmount to Credit($) 0.00\n"}));
+  EXPECT_TRUE(
+      HasAll(Text(), {"1084 Nadia Roy Feb/28/2001 50.02\n", "1085 Nadia Roy Mar/01/2001 50.02\n",
+                      "Total Paid($) 100.04\nAmount to Credit($) 0.00\n"}));
 
   // Arjun paid Priya's invoice: the receipt goes to Priya.
   reports.rptReceipt(241, "", "");
   EXPECT_TRUE(HasAll(Text(), {"Priya Singh\n", "1031 Priya Singh Aug/01/2026 80.00\n"}));
   EXPECT_FALSE(Has("Arjun"));
 
-  // No share on an invoice: the payer is the payment's own patient.
-  Exec("UPDATE InvoicePayments SET Notes = 'Paid at the desk' WHERE ID = 212");
+  // No share on an invoice: the payer is the payment's own patient; the
+  // name on the payment is whoever handed it in.
+  Exec(
+      "UPDATE InvoicePayments SET Notes = 'Paid at the desk', PaymentName = 'Marie Tremblay' "
+      "WHERE ID = 212");
   reports.rptReceipt(212, "", "");
-  EXPECT_TRUE(HasAll(Text(), {"Luc Tremblay\n", "Note: Paid at the desk",
-                              "Total Paid($) 26.00\nAmount to Credit($) 26.00\n"}));
+  EXPECT_TRUE(
+      HasAll(Text(), {"Luc Tremblay\n", "Marie Tremblay Payment Type: Cash\nNote: Paid at the desk",
+                      "Total Paid($) 26.00\nAmount to Credit($) 26.00\n"}));
 
   // A payment from a patient with no name, no shares and no note: the
   // host's name stands in and everything is credit.
-  Exec("INSERT INTO Patient (ID) VALUES (10);"
-       "INSERT INTO InvoicePayments (ID, PatientID, PaymentTypeID, Value, TotalAllocated, "
-       "TotalToCredit) VALUES (210, 10, 1, 12.00, 0, 12.00)");
+  Exec(
+      "INSERT INTO Patient (ID) VALUES (10);"
+      "INSERT INTO InvoicePayments (ID, PatientID, PaymentTypeID, Value, TotalAllocated, "
+      "TotalToCredit) VALUES (210, 10, 1, 12.00, 0, 12.00)");
   reports.rptReceipt(210, "Walk-in", "");
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
   EXPECT_EQ(form.PrintCount(), 5);

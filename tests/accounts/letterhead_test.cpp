@@ -43,8 +43,9 @@ TEST_F(DemoLetterhead, AgeTableOfBulkStatementsStaysPinnedUnderALogo) {
   reports.OfficeID = 2;
   reports.rptBulkStatements("Patient.ID = 90001", "", false, "");
   const auto& first = form.VSP.Document().pages.at(0).items;
-  EXPECT_TRUE(std::any_of(first.begin(), first.end(),
-                          [](const auto& i) { return std::holds_alternative<render::Picture>(i); }));
+  EXPECT_TRUE(std::any_of(first.begin(), first.end(), [](const auto& i) {
+    return std::holds_alternative<render::Picture>(i);
+  }));
   const int last = form.VSP.PageCount();
   const auto pinned = RunsOf(form.VSP.Document(), "Total Due($)");
   ASSERT_EQ(pinned.size(), 1u);

@@ -82,8 +82,9 @@ UPDATE InvoicePayments SET Value = 10, TotalToCredit = 10 WHERE ID = 221;
 
 TEST_F(Statements, PatientStatementRunsThePortionsFromTheOpeningBalance) {
   // The province is stored in small letters.
-  Exec("UPDATE Patient SET Address = '12 Main St' || char(13) || char(10) || 'Ottawa, on' || "
-       "char(13) || char(10) || 'K1A 0B1' WHERE ID = 1");
+  Exec(
+      "UPDATE Patient SET Address = '12 Main St' || char(13) || char(10) || 'Ottawa, on' || "
+      "char(13) || char(10) || 'K1A 0B1' WHERE ID = 1");
   Run({1}, {.ytd = true});
   const std::string text = Text();
   ASSERT_TRUE(host.messages.empty()) << host.messages[0].prompt;
@@ -126,13 +127,13 @@ TEST_F(Statements, DetailedFrenchAndOutstandingForms) {
   EXPECT_EQ(form.VSP.DocName(), "Detailed Patient Statement");
   // The invoices as their lines; 106 has none and prints whole. The same
   // whole account, the insurer's share of 105 now its own.
-  EXPECT_TRUE(HasAll(text, {"Oct/5/2026 23111 Filling $150.00 $.00 $150.00 $.00 $150.00\n",
-                            "Oct/20/2026 23111 Filling $90.00 $.00 $90.00 $.00 $40.00\n",
-                            "Oct/21/2026 Dental Treatment $25.00 $.00 $25.00 $.00 $65.00\n",
-                            "Nov/18/2026 01202 Recall exam $60.00 $60.00 $.00 $60.00 $65.00\n",
-                            "Patient Totals $125.00 $60.00 $65.00 $60.00 $65.00\n",
-                            "Family Balance $65.00", "Ins. Balance $60.00",
-                            "Total Balance $125.00"}));
+  EXPECT_TRUE(
+      HasAll(text, {"Oct/5/2026 23111 Filling $150.00 $.00 $150.00 $.00 $150.00\n",
+                    "Oct/20/2026 23111 Filling $90.00 $.00 $90.00 $.00 $40.00\n",
+                    "Oct/21/2026 Dental Treatment $25.00 $.00 $25.00 $.00 $65.00\n",
+                    "Nov/18/2026 01202 Recall exam $60.00 $60.00 $.00 $60.00 $65.00\n",
+                    "Patient Totals $125.00 $60.00 $65.00 $60.00 $65.00\n", "Family Balance $65.00",
+                    "Ins. Balance $60.00", "Total Balance $125.00"}));
   EXPECT_FALSE(Has("Oct/5/2026 Dental Treatment")) << text;
 
   // Seamus's open items: 161 was settled on Oct/15, so it and the share on
@@ -146,18 +147,18 @@ TEST_F(Statements, DetailedFrenchAndOutstandingForms) {
   EXPECT_TRUE(HasNone(text, {"Oct/1/2026 Dental Treatment", "Oct/1/2026 Cash"}));
 
   // In French, in full: the opening of 80.00 and the period's lines.
-  Exec("UPDATE Patient SET Language = 'F' WHERE ID = 6;"
-       "UPDATE Invoices SET FinalDate = NULL WHERE ID = 161");
+  Exec(
+      "UPDATE Patient SET Language = 'F' WHERE ID = 6;"
+      "UPDATE Invoices SET FinalDate = NULL WHERE ID = 161");
   Run({6}, {.details = true});
   EXPECT_TRUE(HasAll(
-      Text(),
-      {"État de Compte Détailer", "Date Description Honoraire du dentiste Solde\n",
-       "Solde Commencement $80.00 $80.00\nOct/1/2026 Dental Treatment $45.00 $125.00\n",
-       "Oct/1/2026 Cash -$15.00 $110.00\n", "Nov/1/2026 Dental Treatment $120.00 $230.00\n",
-       "Nov/5/2026 Cash -$40.00 $190.00\n", "Totals du Patient $190.00 $190.00\n",
-       "Solde a le moment Nov/20/2026: $190.00\n", "Résumé",
-       // The label wraps in its inch-wide column.
-       "Solde du $190.00\nFamille\n"}));
+      Text(), {"État de Compte Détailer", "Date Description Honoraire du dentiste Solde\n",
+               "Solde Commencement $80.00 $80.00\nOct/1/2026 Dental Treatment $45.00 $125.00\n",
+               "Oct/1/2026 Cash -$15.00 $110.00\n", "Nov/1/2026 Dental Treatment $120.00 $230.00\n",
+               "Nov/5/2026 Cash -$40.00 $190.00\n", "Totals du Patient $190.00 $190.00\n",
+               "Solde a le moment Nov/20/2026: $190.00\n", "Résumé",
+               // The label wraps in its inch-wide column.
+               "Solde du $190.00\nFamille\n"}));
   EXPECT_TRUE(HasNone(Text(), {"Opening Balance", "Printed by Orvenda"}));
 }
 
@@ -218,9 +219,10 @@ TEST_F(Statements, UnknownPatientPrintsNothingAtItsPlaceAndTheRunGoesOn) {
 
   // 10 has nothing but an ID, and one invoice of 10.00 with a NULL
   // assignment: it belongs wholly to the patient.
-  Exec("INSERT INTO Patient (ID) VALUES (10);"
-       "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Complete?], InvoiceTotal) "
-       "VALUES (110, 1010, 10, '2026-10-09 00:00:00', 1, 10)");
+  Exec(
+      "INSERT INTO Patient (ID) VALUES (10);"
+      "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Complete?], InvoiceTotal) "
+      "VALUES (110, 1010, 10, '2026-10-09 00:00:00', 1, 10)");
   host.notes.clear();
   Run({10}, {.family = true});
   EXPECT_TRUE(host.messages.empty()) << host.messages[0].prompt;
@@ -295,15 +297,17 @@ TEST_F(Statements, ComingAppointmentsNeverLeaveAPageOfFurnitureAlone) {
   for (bool coming : {false, true}) {
     Exec("DELETE FROM PatientAppointments; DELETE FROM Invoices WHERE ID >= 700 AND ID < 800;");
     if (coming) {
-      Exec("INSERT INTO PatientAppointments (ID, PatientID, ProcedureCat, Date, Time) VALUES "
-           "(1, 2, 1, '2026-12-03 00:00:00', 600)");
+      Exec(
+          "INSERT INTO PatientAppointments (ID, PatientID, ProcedureCat, Date, Time) VALUES "
+          "(1, 2, 1, '2026-12-03 00:00:00', 600)");
     }
     int one_page = 0, two_pages = 0;
     for (int n = 0; n < 24; ++n) {
-      Exec("INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Complete?], InvoiceTotal) "
-           "VALUES (" +
-           std::to_string(700 + n) + ", " + std::to_string(1700 + n) +
-           ", 2, '2026-10-15 00:00:00', 1, 1.00)");
+      Exec(
+          "INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Complete?], InvoiceTotal) "
+          "VALUES (" +
+          std::to_string(700 + n) + ", " + std::to_string(1700 + n) +
+          ", 2, '2026-10-15 00:00:00', 1, 1.00)");
       std::vector<int32_t> ids{2, 0};
       reports.rptStatements(DateTime::FromParts(2026, 10, 1), DateTime::FromParts(2026, 10, 31),
                             ids, true, "", /*AppSummary=*/true, true, true, false, true);
@@ -337,9 +341,10 @@ TEST_F(Statements, ComingAppointmentsNeverLeaveAPageOfFurnitureAlone) {
 // A name or street holding the table language's separators prints in its
 // cell, on its row.
 TEST_F(Statements, SeparatorsInDataStayInTheirCells) {
-  Exec("UPDATE Patient SET FirstName = 'Smith;Evil|9999|Row' WHERE ID = 1;"
-       "UPDATE FeeCodes SET LayPersonDescription = 'Filling; two|surfaces' WHERE ID = '23111';"
-       "UPDATE PaymentTypes SET Name = 'Insurance;|Till' WHERE ID = 3;");
+  Exec(
+      "UPDATE Patient SET FirstName = 'Smith;Evil|9999|Row' WHERE ID = 1;"
+      "UPDATE FeeCodes SET LayPersonDescription = 'Filling; two|surfaces' WHERE ID = '23111';"
+      "UPDATE PaymentTypes SET Name = 'Insurance;|Till' WHERE ID = 3;");
   Run({1}, {.details = true});
   std::string text = Text();
   EXPECT_TRUE(HasAll(text, {"Oct/5/2026 23111 Filling; two|surfaces $150.00 $.00 $150.00",
