@@ -319,12 +319,7 @@ void clsReports::srptEDITransactions(DateTime DateFrom, DateTime DateTo, std::st
   vsp.FontBold(false);
   std::string body, scratch;
   long total = 0, eobs = 0, acknowledgements = 0, rejections = 0;
-  // The codes are whole numbers: read as they are, without Val's trip
-  // through their text (any other value still goes through ReturnVal).
-  auto number = [&](const db::Field& f) {
-    const Variant v = f.Value();
-    return v.type() == VarType::Long || v.type() == VarType::LongLong ? double(v.AsInteger()) : cf.ReturnVal(v);
-  };
+  auto number = [&](const db::Field& f) { return cf.ReturnVal(f.Value()); };
   auto text = [&](const db::Field& f) { frame::AppendEscapedCell(body, f.Text(scratch)); };
   const DateFormatter posted_day("mmm/dd/yyyy");
   for (; !rs.Eof(); rs.MoveNext()) {
