@@ -442,13 +442,10 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
       name += patient.first_name.Text(scratch);
       name += ' ';
       name += patient.last_name.Text(scratch);
-      const size_t first = name.find_first_not_of(' ');
-      const std::string_view trimmed =
-          first == std::string::npos ? std::string_view() : std::string_view(name).substr(first, name.find_last_not_of(' ') + 1 - first);
       std::string& b = walk.body;
       b += times(time.Value());
       b += '|';
-      frame::AppendEscapedCell(b, trimmed);
+      frame::AppendEscapedCell(b, vb::TrimView(name));
       const std::string_view mcn = chart.Text(scratch);
       if (!mcn.empty()) {
         has_mcn = true;

@@ -32,13 +32,6 @@ void AppendFormatedDate(clsCommonFunctions& cf, const DateFormatter& dates, std:
     out += cf.ReturnFormatedDate(value, fmt);
 }
 
-// The text with the blanks at both ends left out, as vb::Trim, as a view.
-std::string_view Trimmed(std::string_view s) {
-  const size_t first = s.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return s.substr(first, s.find_last_not_of(' ') + 1 - first);
-}
-
 }  // namespace
 
 void clsReports::rptIncompleteInvoices(DateTime StartDate, DateTime Enddate,
@@ -408,7 +401,7 @@ void clsReports::srptNewPatientReport(DateTime fromdate, DateTime todate) {
   const DateFormatter signup_day("mmm/dd/yyyy");
   std::string body, scratch;
   auto text = [&](const db::Field& f) { frame::AppendEscapedCell(body, f.Text(scratch)); };
-  auto trimmed = [&](const db::Field& f) { frame::AppendEscapedCell(body, Trimmed(f.Text(scratch))); };
+  auto trimmed = [&](const db::Field& f) { frame::AppendEscapedCell(body, vb::TrimView(f.Text(scratch))); };
   long count = 0;
   for (; !rs.Eof(); rs.MoveNext()) {
     trimmed(doctor);
