@@ -17,6 +17,7 @@
 // no form for it, and a figure for an unknown portion would be silently wrong.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -28,6 +29,11 @@
 #include "platform/db/recordset.h"
 
 namespace orv {
+
+// The accounts (patients, or families' holders) whose open invoices bulk
+// statements read in one statement: a few hundred keep the statement's text
+// short. Tests lower it to cross the edge of a read with a few accounts.
+inline size_t BulkStatementKeysPerRead = 500;
 
 // The default `EndDate` of ReturnAccountCredit: Jan 1, 1900, read as today.
 inline DateTime NoEndDate() {

@@ -7,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -127,16 +128,17 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     std::optional<int32_t> holder;
   };
   std::vector<Row> open_rows;
-  // A few hundred keys a statement keeps its text short.
-  constexpr size_t kKeysPerRead = 500;
+  const size_t keys_per_read = std::max<size_t>(1, BulkStatementKeysPerRead);
   // Each open invoice by its patient and by its patient's primary holder.
   std::vector<std::pair<int32_t, uint32_t>> by_patient, by_holder;
   {
-    // An invoice whose patient and holder are keys of two reads comes
-    // twice; the page takes it once.
-    for (size_t first = 0; first < keys.size(); first += kKeysPerRead) {
+    // An invoice whose patient and holder are keys of two reads comes in
+    // both; it is taken from the first, so that its payments are summed
+    // once and the pages find one row of it under either key.
+    std::unordered_set<int32_t> taken;
+    for (size_t first = 0; first < keys.size(); first += keys_per_read) {
       std::string list;
-      for (size_t i = first; i < keys.size() && i < first + kKeysPerRead; ++i)
+      for (size_t i = first; i < keys.size() && i < first + keys_per_read; ++i)
         list += (list.empty() ? "" : ", ") + std::to_string(keys[i]);
       std::string condition =
           IsFamilyStatement
@@ -149,6 +151,10 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
       db::Recordset inv = Open(invoice_select + condition);
       while (!inv.Eof()) {
         const int32_t id = CLng(inv["ID"].Value());
+        if (!taken.insert(id).second) {
+          inv.MoveNext();
+          continue;
+        }
         // The invoice's worth from its own row; one without a total is
         // worth nothing, as when it is looked up by its number.
         const Currency amount =
@@ -245,13 +251,12 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
       add_found(by_patient, account, found);
     }
     // Each invoice once (a family's holder may find it by the patient and
-    // by the holder, and two reads may both bring it), in the order of
-    // their numbers, as a statement of the account's own would give them.
+    // by the holder), in the order of their numbers, as a statement of the
+    // account's own would give them. There is one row per invoice, so a
+    // copy is the same row found twice.
     std::sort(found.begin(), found.end(),
               [&](uint32_t a, uint32_t b) { return open_rows[a].id < open_rows[b].id; });
-    found.erase(std::unique(found.begin(), found.end(),
-                            [&](uint32_t a, uint32_t b) { return open_rows[a].id == open_rows[b].id; }),
-                found.end());
+    found.erase(std::unique(found.begin(), found.end()), found.end());
     // The account's figures first: a page is made only once the account is
     // known to owe something, where NoZeros asks for that.
     std::vector<Row> rows;
@@ -338,9 +343,9 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     rs.MoveNext();
   }
   rs.Close();
-  for (size_t first = 0; first < stamped.size(); first += kKeysPerRead) {
+  for (size_t first = 0; first < stamped.size(); first += keys_per_read) {
     std::string list;
-    for (size_t i = first; i < stamped.size() && i < first + kKeysPerRead; ++i)
+    for (size_t i = first; i < stamped.size() && i < first + keys_per_read; ++i)
       list += (list.empty() ? "" : ", ") + std::to_string(stamped[i]);
     conn().Execute("UPDATE Patient SET LastStatement = GETDATE() WHERE ID IN (" + list + ")");
   }
