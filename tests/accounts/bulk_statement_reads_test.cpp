@@ -19,10 +19,10 @@ namespace {
 // invoice comes in the first (by her holder) and the second (by herself).
 //   Ames: 590141 Hal 10.00, 590142 Ivy 20.00 -> 30.00
 //   Birk: 590142 Ivy 20.00, 590143 Joe 40.00 -> 60.00
-class BulkStatementReads : public ReportTest {
- protected:
-  void SetUp() override {
-    ReportTest::SetUpPractice(R"sql(
+using BulkStatementReads = ReportTest;
+
+TEST_F(BulkStatementReads, EachInvoiceOncePerPageWhateverTheReadSize) {
+  RawExec(R"sql(
 INSERT INTO Patient (ID, FirstName, LastName, FullName, PrimaryHolderID, SecondaryHolderID) VALUES
  (90041, 'Hal', 'Ames', 'Ames, Hal', 90041, NULL),
  (90042, 'Ivy', 'Ames', 'Ames, Ivy', 90041, NULL),
@@ -31,15 +31,14 @@ INSERT INTO Invoices (ID, [Invoice#], PatientID, [Date], [Time], [Complete?], In
  (90141, 590141, 90041, '2026-11-10 00:00:00', 600, 1, 10.00),
  (90142, 590142, 90042, '2026-11-11 00:00:00', 600, 1, 20.00),
  (90143, 590143, 90043, '2026-11-12 00:00:00', 600, 1, 40.00);
-UPDATE OfficeInformation SET StatementFooter = NULL WHERE ID = 1;
-UPDATE OfficeInformation SET Logo = NULL WHERE ID = 1;
+UPDATE OfficeInformation SET StatementFooter = NULL, Logo = NULL WHERE ID = 1;
 )sql");
-    reports.OfficeID = 1;
-  }
-  void TearDown() override { BulkStatementKeysPerRead = 500; }
-};
-
-TEST_F(BulkStatementReads, EachInvoiceOncePerPageWhateverTheReadSize) {
+  reports.OfficeID = 1;
+  // Put back for the tests that follow, however this one ends.
+  struct Restore {
+    size_t kept = BulkStatementKeysPerRead;
+    ~Restore() { BulkStatementKeysPerRead = kept; }
+  } restore;
   for (const size_t keys : {size_t{1}, size_t{2}, size_t{500}}) {
     SCOPED_TRACE("keys per read " + std::to_string(keys));
     BulkStatementKeysPerRead = keys;
