@@ -101,6 +101,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
   // are each patient's number, or each family's holders as the pages below
   // take them (the first row of a holder names the secondary holder).
   std::vector<int32_t> keys;
+  std::vector<int32_t> families;  // each family's holder, whose account it is
   {
     std::set<int32_t> holders_seen;
     while (!rs.Eof()) {
@@ -108,6 +109,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
         keys.push_back(CLng(rs["ID"].Value()));
       } else if (holders_seen.insert(CLng(rs["PrimaryHolderID"].Value())).second) {
         keys.push_back(CLng(rs["PrimaryHolderID"].Value()));
+        families.push_back(keys.back());
         const Variant secondary = rs["SecondaryHolderID"].Value();
         if (!secondary.IsNull() && CLng(secondary) != 0) keys.push_back(CLng(secondary));
       }
@@ -190,6 +192,11 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     std::sort(by_patient.begin(), by_patient.end());
     std::sort(by_holder.begin(), by_holder.end());
   }
+  // The families' credits, read for many families at once as their
+  // invoices are: each family's three statements (its holders, then their
+  // credit) were round trips of their own on the server.
+  std::map<int32_t, Currency> family_credits;
+  if (IsFamilyStatement) family_credits = model.ReturnFamilyCredits(families, keys_per_read);
   // The open invoices of the rows of `index` whose key is `key`, added to
   // `found`.
   auto add_found = [](const std::vector<std::pair<int32_t, uint32_t>>& index, int32_t key,
@@ -273,8 +280,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     });
     // Money on account and on no invoice lowers what is due: the family's
     // credit by holder, or the patient's own unspent payments.
-    Currency credit = IsFamilyStatement ? model.ReturnFamilyCredit(account, false)
-                                        : model.ReturnAccountCredit(account, false, 0);
+    Currency credit = IsFamilyStatement ? family_credits.at(account) : model.ReturnAccountCredit(account, false, 0);
     Currency due = balances - credit;
     if (no_zeros && due == Currency()) {
       RaiseProgress(rs);
