@@ -2,6 +2,7 @@
 
 #include <numeric>
 #include <sstream>
+#include <tuple>
 
 #include "frame/surface/surface.h"
 #include "frame/surface/surface_error.h"
@@ -217,6 +218,45 @@ TEST(SurfaceTable, RowsGrowToTheirTallestCellAndThePenGoesBelow) {
   EXPECT_GE(wrapped_lines, 3);
   EXPECT_EQ(s.CurrentY(), y0 + row * 4 + lh + lh * double(wrapped_lines - 1));
   EXPECT_EQ(s.CurrentX(), s.MarginLeft());
+}
+
+// A cell broken into lines is kept and taken again where the same text
+// recurs (column heads on every page): it must break as it would alone, in
+// its own column width, type size and weight, whatever was broken before.
+TEST(SurfaceTable, RecurringWrappedCellsBreakAsTheyWouldAlone) {
+  const std::string text = "a description long enough to wrap at one inch";
+  struct Case {
+    const char* name;
+    const char* format;
+    double size;
+    bool bold;
+  } cases[] = {
+      {"one inch", "<1in", 10, false},
+      {"a wider column", "<1.5in", 10, false},
+      {"smaller type", "<1in", 8, false},
+      {"bold", "<1in", 10, true},
+  };
+  // The runs one table adds: text, width and place across.
+  using Line = std::tuple<std::string, double, double>;
+  auto lines_of = [&](PrintSurface& s, const Case& c) {
+    s.FontSize(c.size);
+    s.FontBold(c.bold);
+    const size_t before = Runs(s.Document().pages[0]).size();
+    s.AddTable(c.format, "", text + ";");
+    const auto runs = Runs(s.Document().pages[0]);
+    std::vector<Line> out;
+    for (size_t i = before; i < runs.size(); ++i)
+      out.emplace_back(runs[i].text, runs[i].width.value(), runs[i].x.value());
+    return out;
+  };
+  OpenSurface together;
+  for (int pass = 0; pass < 2; ++pass)
+    for (const Case& c : cases) {
+      OpenSurface alone;
+      const auto want = lines_of(alone, c);
+      EXPECT_GE(want.size(), 2u) << c.name;
+      EXPECT_EQ(lines_of(together, c), want) << c.name << ", pass " << pass;
+    }
 }
 
 TEST(SurfaceTable, PlacementByTextAlign) {

@@ -200,7 +200,8 @@ TEST(TextLayout, FontMeasureGivesTheWidthsOfAMeasureFn) {
       "Abernathy, Farid",  "  Emma  ",       "Smith-Jones",       "Smith-Jones-Lee",
       "-ab a-b- x/y/z a-", "Jun/04/1980",    "905-555-0100[12]",  "\xC3\xA9t\xC3\xA9-\xC3\xA0" "b",
       "caf\xE9-bar",       "a--b //x",       "123 Main St.\r\nUnit 4", "a\tb",
-      "\r\nAcme Dental Plan", "",
+      "\r\nAcme Dental Plan", "",   "Home-\r\nWork",     "a-b\r\nc-d e/f\nSmith-Jones",
+      "Jun/04/1980\r\n",
   };
   for (const char* text : texts) {
     const std::optional<Twips> whole = SingleLineWidth(text, slow, Twips(1e6));

@@ -348,7 +348,9 @@ void PrintSurface::EmitSegment(std::string_view text, Twips x, Twips seg_x, Twip
                                const FontHandle& f, double size, render::Rgb color,
                                const std::optional<render::Box>& clip, double line_size) {
   if (text.find_first_not_of(' ') == std::string_view::npos) return;  // blanks paint nothing
-  render::TextRun run;
+  // Made where it stays, in the page's list.
+  auto& run = std::get<render::TextRun>(
+      CurrentPageRef().items.emplace_back(std::in_place_type<render::TextRun>));
   run.text = text;
   run.font = f.index;
   run.size_pt = float(size);
@@ -359,7 +361,6 @@ void PrintSurface::EmitSegment(std::string_view text, Twips x, Twips seg_x, Twip
   run.baseline = top + f.metrics->Ascent(line_size > size ? line_size : size);
   run.width = width;
   run.clip = clip;
-  CurrentPageRef().items.emplace_back(std::move(run));
 }
 
 namespace {
@@ -491,7 +492,8 @@ void PrintSurface::TextBox(std::string_view raw, Length x, Length y, Length widt
   // BreakLines gives. Each ends at a line break or the end of the text, so
   // justifying leaves it as it is. They are measured as cells are, in one
   // pass over the text: a sheet of labels sets thousands of boxes.
-  std::vector<ShortLine> shorts;
+  std::vector<ShortLine>& shorts = box_lines_;
+  shorts.clear();
   std::vector<TextLine> lines;
   if (!ShortLines(text, FontMeasure{f.metrics, size}, box.width, true, shorts)) {
     lines = BreakLines(text, Measurer(f.metrics, size), box.width, box.width);

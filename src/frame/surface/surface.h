@@ -357,6 +357,25 @@ class PrintSurface {
   // lists serves; `table_scratch_busy_` guards against it all the same.
   TableScratch table_scratch_;
   bool table_scratch_busy_ = false;
+  // The last cells of tables broken into lines by BreakLines, with what
+  // they were broken for (LayOutTable's cell_lines); a few, replaced in
+  // turn. StartDoc does not clear them: the lines do not depend on the
+  // document.
+  struct BrokenCell {
+    std::string text;
+    const FontMetrics* metrics = nullptr;
+    double size = 0;
+    Twips room;
+    bool wrap = true;
+    std::vector<TextLine> lines;
+    double fitted = 0;  // the size the lines are set at
+  };
+  static constexpr size_t kBrokenCellsKept = 8;
+  std::vector<BrokenCell> broken_cells_;
+  size_t next_broken_cell_ = 0;
+  // The lines of the last TextBox, kept from one box to the next: a sheet
+  // of labels sets one box a label.
+  std::vector<ShortLine> box_lines_;
 
   // Fonts resolved for this document, by family, bold and italic.
   struct FontKey {

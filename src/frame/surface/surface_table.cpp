@@ -231,8 +231,16 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     std::vector<TextLine> lines;
     double size;
   };
+  // The lines depend on nothing but the text, the font, its size, the room
+  // and the wrapping, so a cell that recurs (the column heads repeated on
+  // every page of a list, whose longer heads wrap) is taken as broken the
+  // last time.
   auto cell_lines = [&](const Cell& cell, const CellFont& cf, Twips room) {
     const bool wrap = cell.attr.no_wrap <= 0;
+    for (const BrokenCell& b : broken_cells_)
+      if (b.metrics == cf.font.metrics && b.size == cf.size && b.room == room && b.wrap == wrap &&
+          b.text == cell.text)
+        return CellLines{b.lines, b.fitted};
     CellLines out{BreakLines(cell.text, Measurer(cf.font.metrics, cf.size), room, room, wrap),
                   cf.size};
     const double fitted = FitSize(cf.size, WidestLine(out.lines), room);
@@ -240,6 +248,10 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       out.size = fitted;
       out.lines = BreakLines(cell.text, Measurer(cf.font.metrics, fitted), room, room, wrap);
     }
+    BrokenCell& kept = broken_cells_.size() < kBrokenCellsKept
+                           ? broken_cells_.emplace_back()
+                           : broken_cells_[next_broken_cell_++ % kBrokenCellsKept];
+    kept = BrokenCell{cell.text, cf.font.metrics, cf.size, room, wrap, out.lines, out.size};
     return out;
   };
   auto span_width = [&](int c, const Cell& cell) {
@@ -294,19 +306,21 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       }
       const Twips room = span_width(c, cell) - pad_x * 2;
       const FontMeasure measure{cf.font.metrics, cf.size};
-      if (const auto width = SingleLineWidth(cell.text, measure, room, cell.attr.no_wrap <= 0)) {
-        h = std::max(h, lh * 1.0);
-        if (draw) one_line[size_t(drawn[k]) * ncols + c] = *width;
-        continue;
-      }
+      // One pass over the text tells a cell of one line from one of a few:
+      // the one line of a text without a line break is the whole text, at
+      // the width SingleLineWidth gives.
       const size_t before = short_lines.size();
       if (ShortLines(cell.text, measure, room, cell.attr.no_wrap <= 0, short_lines)) {
         const size_t count = short_lines.size() - before;
         h = std::max(h, lh * double(count));
-        if (draw)
-          short_of[size_t(drawn[k]) * ncols + c] = {uint32_t(before), uint32_t(count)};
-        else
+        if (draw && count == 1) {
+          one_line[size_t(drawn[k]) * ncols + c] = short_lines[before].width;
           short_lines.resize(before);
+        } else if (draw) {
+          short_of[size_t(drawn[k]) * ncols + c] = {uint32_t(before), uint32_t(count)};
+        } else {
+          short_lines.resize(before);
+        }
         continue;
       }
       CellLines cl = cell_lines(cell, cf, room);

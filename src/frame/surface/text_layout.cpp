@@ -3,6 +3,7 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -190,23 +191,48 @@ std::optional<Twips> WholeLineWidth(std::string_view line, const Measure& measur
   return Twips(0) + x;
 }
 
-// The same width for text measured in a font, in one pass over the text:
-// each run of blanks and each word piece (FirstPiece's pieces) is summed in
-// font units as it is read and converted as FontMeasure converts it, so the
-// widths agree to the last bit. A piece holding a character past ASCII is
-// measured whole, as the decoder reads it.
-std::optional<Twips> WholeLineWidth(std::string_view line, const FontMeasure& measure, Twips room,
-                                    bool wrap) {
+// What a byte of a line is to the measuring in one pass: most bytes are
+// part of a word and only add their advance; the rest end a piece or a
+// line, or are read by the decoder.
+enum ByteClass : uint8_t {
+  kWordByte = 0,  // ASCII inside a word
+  kBlankByte,     // ' '
+  kBreakByte,     // tab, carriage return, line feed
+  kJoinByte,      // '-' and '/': a piece may end after one
+  kHighByte,      // part of a character past ASCII
+};
+constexpr std::array<uint8_t, 256> kByteClass = [] {
+  std::array<uint8_t, 256> t{};
+  t[' '] = kBlankByte;
+  t['\t'] = t['\r'] = t['\n'] = kBreakByte;
+  t['-'] = t['/'] = kJoinByte;
+  for (int b = 0x80; b < 0x100; ++b) t[size_t(b)] = kHighByte;
+  return t;
+}();
+
+// The width of the line of `text` that starts at `i`, up to its line break
+// or the text's end (where `end` is set), as WholeLineWidth gives it for a
+// font: each run of blanks and each word piece (FirstPiece's pieces) is
+// summed in font units as it is read and converted as FontMeasure converts
+// it, so the widths agree to the last bit. A piece holding a character past
+// ASCII is measured whole, as the decoder reads it. Nothing for a tab or a
+// piece that would wrap. One pass finds the line's end and measures it: a
+// table measures every line of every cell this way.
+std::optional<Twips> FontLineWidth(std::string_view text, size_t i, const FontMeasure& measure,
+                                   Twips room, bool wrap, size_t& end) {
   const FontMetrics& m = *measure.metrics;
-  const size_t n = line.size();
+  const size_t n = text.size();
   Twips x;
-  size_t i = 0;
   while (i < n) {
-    const char c = line[i];
-    if (c == '\r' || c == '\n' || c == '\t') return std::nullopt;
+    const auto c = static_cast<unsigned char>(text[i]);
+    const uint8_t cls = kByteClass[c];
+    if (cls == kBreakByte) {
+      if (c == '\t') return std::nullopt;
+      break;  // the line ends here
+    }
     size_t j = i;
-    if (c == ' ') {
-      while (j < n && line[j] == ' ') ++j;
+    if (cls == kBlankByte) {
+      while (j < n && text[j] == ' ') ++j;
       x += m.Width(int64_t(j - i) * m.Advance(U' '), measure.size_pt);
       i = j;
       continue;
@@ -214,27 +240,39 @@ std::optional<Twips> WholeLineWidth(std::string_view line, const FontMeasure& me
     size_t piece = i;  // where the piece being summed starts
     int64_t units = 0;
     bool ascii = true;
-    auto add_piece = [&](size_t end) {
+    auto add_piece = [&](size_t stop) {
       const Twips w = ascii ? m.Width(units, measure.size_pt)
-                            : measure(line.substr(piece, end - piece));
+                            : measure(text.substr(piece, stop - piece));
       if (wrap && x + w > room) return false;
       x += w;
       return true;
     };
     while (true) {
-      if (j == n || line[j] == ' ' || line[j] == '\t' || line[j] == '\r' || line[j] == '\n') {
+      if (j == n) {
         if (!add_piece(j)) return std::nullopt;
         break;
       }
-      const auto b = static_cast<unsigned char>(line[j]);
-      if (b < 0x80)
+      const auto b = static_cast<unsigned char>(text[j]);
+      const uint8_t k = kByteClass[b];
+      if (k == kWordByte) {
         units += m.Advance(b);
-      else
+        ++j;
+        continue;
+      }
+      if (k == kBlankByte || k == kBreakByte) {
+        if (!add_piece(j)) return std::nullopt;
+        break;
+      }
+      if (k == kHighByte) {
         ascii = false;
+        ++j;
+        continue;
+      }
+      units += m.Advance(b);
       // A hyphen or slash with a letter on each side ends a piece, never
-      // the piece's first character.
-      if ((b == '-' || b == '/') && j > piece && j + 1 < n && IsLetter(line[j - 1]) &&
-          IsLetter(line[j + 1])) {
+      // the piece's first character. The byte after a line's last is a
+      // line break or the end, never a letter.
+      if (j > piece && j + 1 < n && IsLetter(text[j - 1]) && IsLetter(text[j + 1])) {
         if (!add_piece(j + 1)) return std::nullopt;
         piece = j + 1;
         units = 0;
@@ -244,15 +282,33 @@ std::optional<Twips> WholeLineWidth(std::string_view line, const FontMeasure& me
     }
     i = j;
   }
+  end = i;
   if (x > room) return std::nullopt;
   return Twips(0) + x;
+}
+
+// The width of the line of `text` that starts at `i`, up to its line break
+// or the text's end (where `end` is set), as WholeLineWidth gives it; a
+// MeasureFn's line is found first and then measured piece by piece.
+std::optional<Twips> LineWidthFrom(std::string_view text, size_t i, const MeasureFn& measure,
+                                   Twips room, bool wrap, size_t& end) {
+  end = i;
+  while (end < text.size() && text[end] != '\r' && text[end] != '\n') ++end;
+  return WholeLineWidth(text.substr(i, end - i), measure, room, wrap);
+}
+std::optional<Twips> LineWidthFrom(std::string_view text, size_t i, const FontMeasure& measure,
+                                   Twips room, bool wrap, size_t& end) {
+  return FontLineWidth(text, i, measure, room, wrap, end);
 }
 
 template <typename Measure>
 std::optional<Twips> SingleLineWidthWith(std::string_view text, const Measure& measure, Twips room,
                                          bool wrap) {
   if (text.empty()) return std::nullopt;
-  return WholeLineWidth(text, measure, room, wrap);
+  size_t end = 0;
+  const auto width = LineWidthFrom(text, 0, measure, room, wrap, end);
+  if (!width || end != text.size()) return std::nullopt;
+  return width;
 }
 
 template <typename Measure>
@@ -265,9 +321,7 @@ bool ShortLinesWith(std::string_view text, const Measure& measure, Twips room, b
   size_t line_start = 0;
   while (true) {
     size_t end = line_start;
-    while (end < text.size() && text[end] != '\r' && text[end] != '\n') ++end;
-    const auto width =
-        WholeLineWidth(text.substr(line_start, end - line_start), measure, room, wrap);
+    const auto width = LineWidthFrom(text, line_start, measure, room, wrap, end);
     if (!width) {
       out.resize(start);
       return false;

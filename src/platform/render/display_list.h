@@ -179,7 +179,12 @@ class PageStore {
   // Page `i` for writing, unpacked where it stands if it was packed. The
   // surface writes only the page it is on and a page an overlay reopens,
   // and packs each again when it is done with it.
-  Page& operator[](size_t i);
+  Page& operator[](size_t i) {
+    // The page being written, the surface's every call: as it stands.
+    Slot& slot = slots_.at(i);
+    if (!slot.sealed && !slot.view) return slot.page;
+    return Unsealed(i);
+  }
   // Page `i` for reading. A packed page is unpacked into a copy the store
   // keeps until that page is written or the store cleared, so that the
   // reference stays good as it did when pages were plain items; code that
@@ -280,6 +285,8 @@ class PageStore {
     mutable std::shared_ptr<Page> view;
   };
   std::vector<DisplayItem> Unpack(const Slot& slot) const;
+  // operator[] for a page that is packed or was read packed.
+  Page& Unsealed(size_t i);
   // The packed bytes of a page handed to the sink, once packed: waits for
   // the sink to pack every page handed over when this one is not yet.
   const std::string& Packed(const Packing& packing) const;

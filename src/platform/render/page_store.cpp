@@ -548,7 +548,7 @@ void PageStore::resize(size_t n) {
   while (slots_.size() < n) push_back(Page{});
 }
 
-Page& PageStore::operator[](size_t i) {
+Page& PageStore::Unsealed(size_t i) {
   Slot& slot = slots_.at(i);
   if (slot.sealed) {
     // A page already read is taken as it was read, not unpacked again; a

@@ -82,6 +82,7 @@ class Glyphs {
     const FontFace& face = fonts_[t.font];
     out_.clear();
     chars_.clear();
+    units_.clear();
     own_ = Own(t, face, file);
     if (own_) return out_;
     out_.clear();
@@ -104,6 +105,10 @@ class Glyphs {
   // the Basic Multilingual Plane, as pdf::DecodeUtf8 reads it too); null
   // when cairo placed them.
   const std::u32string* Chars() const { return own_ ? &chars_ : nullptr; }
+  // The advance of each glyph of the last Of in font units, as the file
+  // gives it (EmbeddedFont::AdvanceUnits), when they came from the file's
+  // tables; null when cairo placed them.
+  const std::vector<uint16_t>* Units() const { return own_ ? &units_ : nullptr; }
 
  private:
   // Places `t` from the file's tables into out_ and its characters into
@@ -120,6 +125,7 @@ class Glyphs {
       if (m.glyph == 0) return false;
       out_.push_back(cairo_glyph_t{m.glyph, x, 0});
       chars_.push_back(c);
+      units_.push_back(m.advance);
       advance = double(m.advance) * size / units;
       x += advance;
     }
@@ -135,6 +141,7 @@ class Glyphs {
   float size_ = 0;
   std::vector<cairo_glyph_t> out_;
   std::u32string chars_;
+  std::vector<uint16_t> units_;
   bool own_ = false;
 };
 
@@ -342,22 +349,22 @@ class PdfPainter {
     line_ = TextLine{true, e, f, 0, 0, 0};
   }
 
-  // Appends glyph `g` to a literal string: its two bytes, escaped where
-  // the string's syntax needs it.
-  void Glyph(uint16_t g) {
-    char bytes[4];
+  // Writes glyph `g` as it stands in a literal string at `to`: its two
+  // bytes, escaped where the string's syntax needs it. Returns the bytes
+  // written, at most four.
+  static size_t GlyphBytes(uint16_t g, char* to) {
     size_t n = 0;
     for (const auto byte : {char(g >> 8), char(g & 0xFF)}) {
       if (byte == '(' || byte == ')' || byte == '\\') {
-        bytes[n++] = '\\';
+        to[n++] = '\\';
       } else if (byte == '\r') {
-        bytes[n++] = '\\';
-        bytes[n++] = 'r';
+        to[n++] = '\\';
+        to[n++] = 'r';
         continue;
       }
-      bytes[n++] = byte;
+      to[n++] = byte;
     }
-    out_.append(bytes, n);
+    return n;
   }
 
   // A run: glyphs placed as the cairo renderers place them, written as
@@ -374,6 +381,9 @@ class PdfPainter {
     // The character each glyph stands for: the placer sets one glyph per
     // character, so the two line up unless the text was not plain UTF-8.
     const std::u32string* placed = glyphs_.Chars();
+    // The glyphs' advances as the file gives them, where the file's tables
+    // placed them: what EmbeddedFont::Width reads, without reading it again.
+    const std::vector<uint16_t>* placed_units = glyphs_.Units();
     if (!placed) pdf::DecodeUtf8(t.text, chars_);
     const std::u32string& chars = placed ? *placed : chars_;
     const bool paired = chars.size() == glyphs.size();
@@ -429,6 +439,16 @@ class PdfPainter {
         const double slant = face.synthetic_italic ? kObliqueSlant : 0;
         OpenLine(cs, sn, slant * cs - sn, slant * sn + cs, base_x, base_y);
       }
+      // The glyphs' bytes gather here and go into the contents a batch at
+      // a time: a long list shows millions of glyphs, and adding each to
+      // the contents alone was a sixth of its painting. Whatever else is
+      // written in the loop sends them first.
+      char bytes[256];
+      size_t nbytes = 0;
+      auto flush = [&] {
+        out_.append(bytes, nbytes);
+        nbytes = 0;
+      };
       for (size_t i = 0; i < glyphs.size(); ++i) {
         // The glyph's place on the line, in em.
         double at = glyphs[i].x / size;
@@ -437,6 +457,7 @@ class PdfPainter {
           at = (x - line_.x) / size;
           if (!line_.open || std::abs(y - line_.y) / size > kSameLine ||
               std::abs(at - line_.advances) > kFarAway) {
+            flush();
             OpenLine(1, 0, 0, 1, x, y);
             at = 0;
           }
@@ -449,14 +470,19 @@ class PdfPainter {
         if (const double move = -1000 * (at - line_.pen); std::abs(move) >= 2.5) {
           const double adjust = std::round(move);
           if (std::abs(adjust) >= 3) {
+            flush();
             out_ += ')';
             AppendNumber(out_, adjust, 0);
             out_ += '(';
             line_.pen -= adjust / 1000;
           }
         }
-        Glyph(g);
-        const double advance = font.Width(g) / 1000;
+        if (nbytes + 4 > sizeof bytes) flush();
+        nbytes += GlyphBytes(g, bytes + nbytes);
+        const double advance =
+            (placed_units ? double((*placed_units)[i]) * 1000.0 / font.units_per_em()
+                          : font.Width(g)) /
+            1000;
         line_.pen += advance;
         line_.advances += advance;
         if (++line_.batch == kBatch) {
@@ -464,6 +490,7 @@ class PdfPainter {
           line_.advances = line_.pen;
         }
       }
+      flush();
       if (!plain) CloseLine();
     }
     if (t.underline) {

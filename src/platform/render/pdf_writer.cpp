@@ -20,25 +20,25 @@ void AppendNumber(std::string& out, double v, int decimals) {
     out.push_back('0');
     return;
   }
-  if (n < 0) {
-    out.push_back('-');
-    n = -n;
-  }
+  const bool negative = n < 0;
+  if (negative) n = -n;
   // Drop the fraction's trailing zeros before writing anything.
   while (decimals > 0 && n % 10 == 0) {
     n /= 10;
     --decimals;
   }
-  char digits[24];
-  int len = 0;
-  while (n > 0 || len <= decimals) {
-    digits[len++] = char('0' + n % 10);
+  // The digits from the last, into a buffer appended at once: pages of a
+  // long list write hundreds of thousands of numbers.
+  char text[32];
+  char* const end = text + sizeof text;
+  char* p = end;
+  for (int k = 0; n > 0 || k <= decimals; ++k) {
+    *--p = char('0' + n % 10);
     n /= 10;
+    if (k + 1 == decimals) *--p = '.';
   }
-  for (int i = len - 1; i >= 0; --i) {
-    out.push_back(digits[i]);
-    if (i == decimals && i > 0) out.push_back('.');
-  }
+  if (negative) *--p = '-';
+  out.append(p, size_t(end - p));
 }
 
 void AppendTextString(std::string& out, std::string_view utf8) {
