@@ -29,16 +29,19 @@ void AppendNumber(std::string& out, double v, int decimals) {
     n /= 10;
     --decimals;
   }
-  char digits[24];
-  int len = 0;
-  while (n > 0 || len <= decimals) {
-    digits[len++] = char('0' + n % 10);
+  // The digits are written backwards into a buffer, then appended at once:
+  // a page of a list prints some thousand numbers.
+  char text[24];
+  char* end = text + sizeof text;
+  char* p = end;
+  int written = 0;
+  while (n > 0 || written <= decimals) {
+    if (written == decimals && written > 0) *--p = '.';
+    *--p = char('0' + n % 10);
     n /= 10;
+    ++written;
   }
-  for (int i = len - 1; i >= 0; --i) {
-    out.push_back(digits[i]);
-    if (i == decimals && i > 0) out.push_back('.');
-  }
+  out.append(p, size_t(end - p));
 }
 
 void AppendTextString(std::string& out, std::string_view utf8) {
@@ -234,11 +237,14 @@ void PdfFile::Stream(int id, std::string_view dict, std::string_view data, int l
 void PdfFile::Finish(int root, int info) {
   const uint64_t xref = offset_ + buffer_.size();
   std::string table = "xref\n0 " + std::to_string(offsets_.size() + 1) + "\n0000000000 65535 f \n";
+  table.reserve(table.size() + offsets_.size() * 20 + 128);
   for (uint64_t at : offsets_) {
     if (at == 0) throw RenderError("Cannot write " + path_ + ": an object was never written");
-    char line[40];
-    std::snprintf(line, sizeof line, "%010llu 00000 n \n", static_cast<unsigned long long>(at));
-    table += line;
+    // "0000012345 00000 n \n": ten digits, as the table's fixed lines need.
+    char line[20] = {'0', '0', '0', '0', '0', '0', '0', '0', '0', '0',
+                     ' ', '0', '0', '0', '0', '0', ' ', 'n', ' ', '\n'};
+    for (int i = 9; i >= 0 && at > 0; --i, at /= 10) line[i] = char('0' + at % 10);
+    table.append(line, sizeof line);
   }
   table += "trailer\n<< /Size " + std::to_string(offsets_.size() + 1) + " /Root " +
            std::to_string(root) + " 0 R";
