@@ -129,7 +129,6 @@ TEST_F(HostSafety, AFailedRunExitsOneAndKeepsTheEarlierFile) {
   } cases[] = {
       {"an error the report does not trap", "rptFeeGuide 999999 desk"},
       {"an unknown invoice", "rptInvoice 999999 \"\" \"\""},
-      {"an unknown appointment", "rptAppointmentCard 999999 H F O P 10 False"},
       {"a trap titled by its class", "srptUnAppliedPayments 2026-11-20 desk \"no such column\""},
       {"a trap in lower case", "--db broken.db rptFamilyAppointmentsSummary 1 O A \"\" H F 0"},
       {"a printer that refuses the job", "--printer no-such-printer-here rptReceipt 1 \"\" \"\""},

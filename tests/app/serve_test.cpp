@@ -207,7 +207,7 @@ TEST_F(Serve, CatalogueGivesEachParameterItsField) {
 TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
   LiveServer live(Options(Db()));
   auto c = live.Client();
-  // Each by the API's two forms: arguments in order, or by name.
+  // Arguments by name (in order: TwoRunsAtOnce).
   struct Case {
     const char* name;
     json body;
@@ -225,9 +225,6 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
           {"PatientIDs", "12"},
           {"Family", true}}}},
        "rptStatements 2026-01-01 2026-11-20 12 True"},
-      {"section",
-       {{"method", "srptAppointments"}, {"args", {"2026-11-01", "2026-11-30", ""}}},
-       "srptAppointments 2026-11-01 2026-11-30 ''"},
   };
   std::string first_run;  // of a report that prints no statements
   int first_pages = 0;

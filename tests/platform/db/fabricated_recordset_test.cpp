@@ -1,5 +1,5 @@
 // A recordset built in memory, as the statements report merges its queries:
-// fields appended, rows added, then sorted, filtered and searched.
+// fields appended, rows added, then moved through, filtered and searched.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -21,7 +21,8 @@ struct Line {
 };
 
 // Rows in the order the merge adds them: invoices (newest first), then
-// payments. Equal (patient, date) keys must keep this order after sorting.
+// payments. (Sorting them, stable among equal keys:
+// sort_and_relate_test.cpp; filter conditions: criteria_test.cpp.)
 Recordset WorkingSet() {
   Recordset rs;
   rs.Fields().Append("TPatientID", adInteger);
@@ -57,39 +58,6 @@ std::vector<std::string> Descriptions(Recordset& rs) {
     rs.MoveNext();
   }
   return out;
-}
-
-TEST(FabricatedRecordset, StableSortFilterAndFind) {
-  using V = std::vector<std::string>;
-  struct Case {
-    const char* name;
-    const char* sort;
-    const char* filter;
-    V expected;
-  } cases[] = {
-      {"added order", "", "", {"Dental Treatment", "Dental Treatment", "Interest", "Visa", "Cheque", "Cash"}},
-      {"patient then date, ties keep insertion order",
-       "TPatientID, TDate",
-       "",
-       {"Interest", "Dental Treatment", "Cheque", "Cash", "Dental Treatment", "Visa"}},
-      {"descending date, ties keep insertion order",
-       "[TDate] DESC",
-       "",
-       {"Dental Treatment", "Visa", "Dental Treatment", "Cheque", "Cash", "Interest"}},
-      {"date filter with OR",
-       "TPatientID, TDate",
-       "TDate < #2026-11-01# OR (TPatientID = 2 AND TAmount < 0)",
-       {"Interest", "Visa"}},
-      {"filter that matches nothing", "", "TPatientID = 99", {}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    Recordset rs = WorkingSet();
-    rs.Sort(c.sort);
-    rs.Filter(c.filter);
-    EXPECT_EQ(Descriptions(rs), c.expected);
-    EXPECT_EQ(rs.RecordCount(), static_cast<long>(c.expected.size()));
-  }
 }
 
 TEST(FabricatedRecordset, NavigationAndPositions) {

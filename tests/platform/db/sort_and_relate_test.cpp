@@ -139,7 +139,7 @@ TEST(SortAndRelate, SortsOnSeveralKeysOrderAsCompareValuesDoesKeyByKey) {
   } cases[] = {
       {"Provider, Day, Name", {{0, false}, {1, false}, {2, false}}},
       {"Provider DESC, Day, Name DESC", {{0, true}, {1, false}, {2, true}}},
-      {"Day DESC, Amount", {{1, true}, {3, false}}},
+      {"[Day] DESC, Amount", {{1, true}, {3, false}}},
       {"Amount DESC, Provider", {{3, true}, {0, false}}},
       {"Name, Amount DESC, Day DESC", {{2, false}, {3, true}, {1, true}}},
   };

@@ -23,11 +23,9 @@ TEST(SqlNames, RowsOfEachSpelling) {
       {"blanks_around_dot_any_case", "select p. firstname from PATIENT p where p .ID = 4", {"Kenji"}},
       {"bracketed_schema", "SELECT Name FROM [dbo].[FeeGuides] WHERE ID = 2", {"Specialist 2026"}},
       {"number_run_into_and", "SELECT ID FROM Invoices WHERE PatientID = 4AND [Invoice#] > 1003", {"7"}},
-      {"number_run_into_order", "SELECT ID FROM FeeGuides WHERE ID < 3ORDER BY ID DESC", {"2", "1"}},
       {"alias_equals_forms", "SELECT 'Last' = LastName, First = FirstName FROM Employees WHERE ID = 3",
        {"Okafor\tLena"}},
       {"name_with_blank", "SELECT [Professional Title] FROM Employees WHERE ID = 7", {"RDH"}},
-      {"top_with_order", "SELECT TOP 2 ID FROM Patient ORDER BY ID DESC", {"9", "8"}},
       {"distinct_parenthesised", "SELECT Distinct(LastName) FROM Patient WHERE ID <= 3", {"Tremblay"}},
       {"n_literal", "SELECT ID FROM Employees WHERE FirstName = N'(None)'", {"1"}},
       {"text_alias_with_as", "SELECT LastName AS 'Family Name' FROM Patient WHERE ID = 6", {"O'Brien"}},
@@ -53,7 +51,6 @@ TEST(SqlExpressions, ConcatenationAndArithmetic) {
       {"money_division_keeps_fraction", "SELECT Cost / 2 FROM InvoiceDetails WHERE ID = 1", {"37.5000"}},
       {"decimal_division", "SELECT 7 / 2, 7 / 2.0", {"3\t~3.5"}},
       {"money_times_int", "SELECT Estimate * Units FROM PatientAppointments WHERE ID = 2", {"541.5000"}},
-      {"negated_money", "SELECT -Cost FROM InvoiceDetails WHERE ID = 8", {"110.0000"}},
       // ISNULL returns the first argument's type: varchar(10) cuts 'Maximilienne'.
       // https://learn.microsoft.com/en-us/sql/t-sql/functions/isnull-transact-sql
       {"isnull_cuts_to_first_length",
@@ -91,7 +88,6 @@ TEST(SqlExpressions, ConcatenationAndArithmetic) {
       {"charindex_under_collation", "SELECT CHARINDEX('MURA', LastName) FROM Patient WHERE ID = 4", {"5"}},
       {"replace_under_collation", "SELECT REPLACE(FullName, 'TREMBLAY', 'T.') FROM Patient WHERE ID = 1",
        {"Claire T."}},
-      {"upper", "SELECT UPPER(FirstName) FROM Patient WHERE ID = 4", {"KENJI"}},
       // DATALENGTH counts what is stored: every byte of a picture, zero bytes
       // included, and every character of text, where LEN leaves out
       // trailing blanks.
@@ -111,13 +107,11 @@ TEST(SqlDates, LiteralsAndArithmetic) {
   const RowCase cases[] = {
       // Invoice 3 (2026-11-19 16:45) lies after midnight of the bound.
       {"date_only_bound_excludes_later_times", "SELECT COUNT(*) FROM Invoices WHERE [Date] <= '2026-11-19'", {"6"}},
-      {"mdy_slashes", "SELECT COUNT(*) FROM Invoices WHERE [Date] < '11/20/2026'", {"7"}},
       {"literal_with_time", "SELECT ID FROM Invoices WHERE [Date] = '2026-11-19 16:45'", {"3"}},
       {"in_list_of_dates", "SELECT COUNT(*) FROM PatientAppointments WHERE [Date] IN ('11/20/2026', '2026-11-03')",
        {"4"}},
       {"between_dates", "SELECT COUNT(*) FROM InvoicePayments WHERE CheckDate BETWEEN '2026-11-01' AND '2026-11-19'",
        {"6"}},
-      {"getdate_compare", "SELECT COUNT(*) FROM Memos WHERE DueDate <= GETDATE()", {"5"}},
       {"getdate_minus_days", "SELECT COUNT(*) FROM Invoices WHERE [Date] >= GETDATE() - 30", {"5"}},
       {"dateadd_days", "SELECT DATEADD(d, 10, [Date]) FROM Invoices WHERE ID = 3", {"2026-11-29 16:45:00"}},
       {"dateadd_month_clips_to_month_end", "SELECT DATEADD(month, 1, '2026-01-31')", {"2026-02-28 00:00:00"}},

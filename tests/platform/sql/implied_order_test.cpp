@@ -34,8 +34,6 @@ TEST(SqlImpliedOrder, KeyGroupingOrResultColumns) {
       // A written order still gets its tie-breakers.
       {"SELECT Seq, Fee FROM Lines ORDER BY Chart",
        R"(SELECT "t1"."Seq" AS "Seq", "t1"."Fee" AS "Fee" FROM "Lines" AS "t1" ORDER BY "t1"."Chart" COLLATE orv_ci, 1, 2)"},
-      {"SELECT TOP 2 Seq FROM Lines",
-       R"(SELECT "t1"."Seq" AS "Seq" FROM "Lines" AS "t1" ORDER BY "t1"."Chart" COLLATE orv_ci, "t1"."Seq" LIMIT 2)"},
       {"SELECT c.Name, l.Seq FROM Charts c LEFT JOIN Lines l ON l.Chart = c.Chart",
        R"(SELECT "t1"."Name" AS "Name", "t2"."Seq" AS "Seq" FROM "Charts" AS "t1" LEFT JOIN "Lines" AS "t2" ON "t2"."Chart" COLLATE orv_ci = "t1"."Chart" ORDER BY "t1"."Chart" COLLATE orv_ci, "t2"."Chart" COLLATE orv_ci, "t2"."Seq")"},
       {"SELECT Chart, SUM(Fee) AS Total FROM Lines GROUP BY Chart",
