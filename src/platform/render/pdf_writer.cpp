@@ -15,7 +15,22 @@ void AppendNumber(std::string& out, double v, int decimals) {
   if (decimals < 0) decimals = 0;
   if (decimals > 6) decimals = 6;
   if (!std::isfinite(v)) v = 0;
-  int64_t n = std::llround(v * double(kScale[decimals]));
+  // Rounded half away from zero, as llround rounds. A page of a list prints
+  // some thousand numbers, so below 2^52, where the fraction left by
+  // truncating is exact, it is rounded here rather than through the
+  // library call.
+  const double scaled = v * double(kScale[decimals]);
+  int64_t n;
+  if (std::fabs(scaled) < 4503599627370496.0) {
+    n = static_cast<int64_t>(scaled);
+    const double fraction = scaled - static_cast<double>(n);
+    if (fraction >= 0.5)
+      ++n;
+    else if (fraction <= -0.5)
+      --n;
+  } else {
+    n = std::llround(scaled);
+  }
   if (n == 0) {
     out.push_back('0');
     return;
@@ -29,17 +44,30 @@ void AppendNumber(std::string& out, double v, int decimals) {
     n /= 10;
     --decimals;
   }
-  // The digits are written backwards into a buffer, then appended at once:
-  // a page of a list prints some thousand numbers.
+  // Written backwards into a buffer, then appended at once: the fraction's
+  // digits and its point, then the whole part two digits at a time.
+  static constexpr char kPairs[] =
+      "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+      "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+      "8081828384858687888990919293949596979899";
   char text[24];
-  char* end = text + sizeof text;
+  char* const end = text + sizeof text;
   char* p = end;
-  int written = 0;
-  while (n > 0 || written <= decimals) {
-    if (written == decimals && written > 0) *--p = '.';
-    *--p = char('0' + n % 10);
-    n /= 10;
-    ++written;
+  auto u = static_cast<uint64_t>(n);
+  if (decimals > 0) {
+    for (int i = 0; i < decimals; ++i, u /= 10) *--p = char('0' + u % 10);
+    *--p = '.';
+  }
+  while (u >= 100) {
+    p -= 2;
+    std::memcpy(p, kPairs + (u % 100) * 2, 2);
+    u /= 100;
+  }
+  if (u >= 10) {
+    p -= 2;
+    std::memcpy(p, kPairs + u * 2, 2);
+  } else {
+    *--p = char('0' + u);
   }
   out.append(p, size_t(end - p));
 }

@@ -54,6 +54,10 @@ TEST(PdfNumbers, FixedDecimalsWithoutLocale) {
       {"minus zero", -0.0001, 3, "0"},
       {"large", 123456.789, 3, "123456.789"},
       {"no decimals", 545.9, 0, "546"},
+      {"a half rounds away from zero", 0.0625, 3, "0.063"},
+      {"a negative half too", -2.5, 0, "-3"},
+      {"just under a half", 0.49999999999999994, 0, "0"},
+      {"past the exact fractions", 1e13 + 0.5, 3, "10000000000000.5"},
   };
   for (const auto& c : cases) {
     std::string out;
