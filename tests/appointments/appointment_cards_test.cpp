@@ -6,6 +6,7 @@
 #include "frame/surface/surface.h"
 #include "platform/db/recordset.h"
 #include "support/forged_cells.h"
+#include "support/host_said.h"
 #include "support/report_fixture.h"
 #include "support/text_order.h"
 
@@ -31,6 +32,16 @@ class AppointmentCards : public ReportTest {
     reports.OfficeID = 1;
   }
   size_t Occurrences(const std::string& what) const { return testing::Occurrences(Text(), what); }
+  // The patient's family, for a statement's condition.
+  std::string Family() const {
+    return "(SELECT ResponsibleFamilyMemberID FROM Patient WHERE ID = " + std::to_string(patient) + ")";
+  }
+  // How many of the family's appointments meet `condition`.
+  int FamilyAppointments(const std::string& condition) {
+    return CLng(ValueOf("SELECT COUNT(*) FROM PatientAppointments INNER JOIN Patient ON "
+                        "PatientAppointments.PatientID = Patient.ID WHERE "
+                        "Patient.ResponsibleFamilyMemberID = " + Family() + " AND " + condition));
+  }
   int32_t appointment = 0, patient = 0;
 };
 
@@ -76,16 +87,8 @@ TEST_F(AppointmentCards, FamilyListKeepsTheCardsOwnAppointment) {
                                           std::to_string(appointment))))),
              "dddd mmmm d, yyyy");
   // Family appointments on the same day, the card's own included.
-  const int same_day =
-      std::stoi(TextOf("SELECT COUNT(*) FROM PatientAppointments INNER JOIN Patient ON "
-                       "PatientAppointments.PatientID "
-                       "= Patient.ID WHERE Patient.ResponsibleFamilyMemberID = (SELECT "
-                       "ResponsibleFamilyMemberID FROM "
-                       "Patient WHERE ID = " +
-                       std::to_string(patient) +
-                       ") AND PatientAppointments.Date = (SELECT Date FROM "
-                       "PatientAppointments WHERE ID = " +
-                       std::to_string(appointment) + ")"));
+  const int same_day = FamilyAppointments("PatientAppointments.Date = (SELECT Date FROM "
+                                          "PatientAppointments WHERE ID = " + std::to_string(appointment) + ")");
   reports.rptAppointmentCard(appointment, "", "", "", "", 15, false);
   EXPECT_NE(Text().find("Family Appointments:"), std::string::npos) << Text();
   // Once in the card's own table, and once per appointment of the day in
@@ -160,10 +163,8 @@ TEST_F(AppointmentCards, CardShowsFeesUnlessTheOfficeHidesThem) {
 
 TEST_F(AppointmentCards, UnknownAppointmentShowsTheMessageAndPrintsNothing) {
   reports.rptAppointmentCard(987654, "", "", "", "", 15, false);
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_EQ(host.messages[0].prompt,
-            "You have not selected a valid appointment.  As a result, nothing can be printed. Please "
-            "select a vaild appointment from the list first, and try again.");
+  EXPECT_TRUE(SaidOnce(host, "You have not selected a valid appointment.  As a result, nothing can be "
+                             "printed. Please select a vaild appointment from the list first, and try again."));
   EXPECT_EQ(form.PrintCount(), 0);
   EXPECT_EQ(form.VSP.PageCount(), 0);
 }
@@ -180,27 +181,14 @@ TEST_F(AppointmentCards, NoCodesNoEmployerAndTodayIsNotComing) {
 
   // The family schedule keeps only appointments after today: move every
   // family appointment to today and nothing is left to print.
-  RawExec(
-      "UPDATE PatientAppointments SET Date = '2026-11-20 00:00:00' WHERE PatientID IN (SELECT ID "
-      "FROM Patient WHERE ResponsibleFamilyMemberID = (SELECT ResponsibleFamilyMemberID FROM Patient "
-      "WHERE ID = " +
-      std::to_string(patient) + "))");
+  RawExec("UPDATE PatientAppointments SET Date = '2026-11-20 00:00:00' WHERE PatientID IN (SELECT ID "
+          "FROM Patient WHERE ResponsibleFamilyMemberID = " + Family() + ")");
   reports.rptFamilyAppointmentsDetailed(patient, "", "", "", "", "", 15);
-  ASSERT_EQ(host.messages.size(), 1u);
-  EXPECT_NE(host.messages[0].prompt.find("You have not selected a valid appointment."),
-            std::string::npos);
+  EXPECT_TRUE(SaidOnce(host, "You have not selected a valid appointment."));
 }
 
 TEST_F(AppointmentCards, FamilySummaryListsTheFamilysComingAppointments) {
-  db::Recordset family;
-  family.Open(
-      "SELECT COUNT(*) AS N FROM PatientAppointments INNER JOIN Patient ON "
-      "PatientAppointments.PatientID = Patient.ID WHERE PatientAppointments.Date > '2026-11-20 "
-      "23:59:59' AND Patient.ResponsibleFamilyMemberID = (SELECT ResponsibleFamilyMemberID FROM "
-      "Patient WHERE ID = " +
-          std::to_string(patient) + ")",
-      conn);
-  int coming = CLng(family["N"].Value());
+  const int coming = FamilyAppointments("PatientAppointments.Date > '2026-11-20 23:59:59'");
   ASSERT_GT(coming, 0);
   reports.rptFamilyAppointmentsSummary(patient, "Cedar", "1 Main St", "The Family", "", "", 15);
   EXPECT_TRUE(host.messages.empty());

@@ -83,39 +83,6 @@ INSERT INTO InvoiceDetails (ID, InvoiceID, Code, [Tooth#], Surface, Cost, [Date]
   // Rows a derived fixture adds (SQLite text).
   std::string rows_;
 
-  // The document's words with every blank, tab and line break removed, in
-  // three readings: lines down the page, each half of the page down on its
-  // own (two-column boxes), and each left edge down on its own (a cell's
-  // wrapped lines). A text of the form is on the page if one reading holds
-  // it whole.
-  std::vector<std::string> Readings() const {
-    // Pages follow one another: a page's runs are pushed with a page offset.
-    std::vector<std::pair<long long, render::TextRun>> placed;
-    long long offset = 0;
-    for (const auto& page : form.VSP.Document().pages) {
-      for (const auto& item : page.items)
-        if (auto t = std::get_if<render::TextRun>(&item)) placed.emplace_back(offset, *t);
-      offset += 100000;
-    }
-    auto join = [&](auto key) {
-      auto sorted = placed;
-      std::stable_sort(sorted.begin(), sorted.end(), [&](const auto& a, const auto& b) {
-        return key(a) < key(b);
-      });
-      std::string s;
-      for (const auto& [off, r] : sorted)
-        for (char c : r.text)
-          if (c != ' ' && c != '\t') s += c;
-      return s;
-    };
-    auto top = [](const auto& p) { return p.first + p.second.top.value(); };
-    return {join([&](const auto& p) { return std::make_tuple(top(p), p.second.x.value()); }),
-            join([&](const auto& p) {
-              return std::make_tuple(p.first, p.second.x.value() >= 6120, top(p), p.second.x.value());
-            }),
-            join([&](const auto& p) { return std::make_tuple(p.first, p.second.x.value(), top(p)); })};
-  }
-
   static std::string Squeezed(const std::string& text) {
     std::string s;
     for (char c : text)
@@ -123,9 +90,38 @@ INSERT INTO InvoiceDetails (ID, InvoiceID, Code, [Tooth#], Surface, Cost, [Date]
     return s;
   }
 
+  // The runs `keep` picks, in the order of `key`, their words joined with
+  // every blank, tab and line break removed. `key` is given each run with
+  // its page's offset, so that pages follow one another.
+  template <class Key, class Keep>
+  std::string Joined(Key key, Keep keep) const {
+    std::vector<std::pair<long long, render::TextRun>> placed;
+    long long offset = 0;
+    for (const auto& page : form.VSP.Document().pages) {
+      for (const auto& item : page.items)
+        if (auto t = std::get_if<render::TextRun>(&item); t && keep(*t)) placed.emplace_back(offset, *t);
+      offset += 100000;
+    }
+    std::stable_sort(placed.begin(), placed.end(),
+                     [&](const auto& a, const auto& b) { return key(a) < key(b); });
+    std::string s;
+    for (const auto& [off, r] : placed) s += Squeezed(r.text);
+    return s;
+  }
+  static double Top(const std::pair<long long, render::TextRun>& p) { return p.first + p.second.top.value(); }
+
+  // Whether the form shows `text` in one of three readings: lines down the
+  // page, each half of the page down on its own (two-column boxes), and
+  // each left edge down on its own (a cell's wrapped lines).
   bool Shows(const std::string& text) const {
     const std::string want = Squeezed(text);
-    for (const auto& reading : Readings())
+    const auto all = [](const render::TextRun&) { return true; };
+    for (const std::string& reading :
+         {Joined([](const auto& p) { return std::make_tuple(Top(p), p.second.x.value()); }, all),
+          Joined([](const auto& p) {
+            return std::make_tuple(p.first, p.second.x.value() >= 6120, Top(p), p.second.x.value());
+          }, all),
+          Joined([](const auto& p) { return std::make_tuple(p.first, p.second.x.value(), Top(p)); }, all)})
       if (reading.find(want) != std::string::npos) return true;
     return false;
   }
@@ -133,34 +129,25 @@ INSERT INTO InvoiceDetails (ID, InvoiceID, Code, [Tooth#], Surface, Cost, [Date]
   // Whether `text` stands between `from` and `to` inches from the paper's
   // left edge: the runs there read down the page and across each line.
   bool ShowsWithin(const std::string& text, double from, double to) const {
-    std::vector<std::pair<long long, render::TextRun>> inside;
-    long long offset = 0;
-    for (const auto& page : form.VSP.Document().pages) {
-      for (const auto& item : page.items) {
-        auto t = std::get_if<render::TextRun>(&item);
-        if (t && t->x.value() >= from * 1440 && t->x.value() < to * 1440) inside.emplace_back(offset, *t);
-      }
-      offset += 100000;
-    }
-    std::stable_sort(inside.begin(), inside.end(), [](const auto& a, const auto& b) {
-      return std::make_tuple(a.first + a.second.top.value(), a.second.x.value()) <
-             std::make_tuple(b.first + b.second.top.value(), b.second.x.value());
-    });
-    std::string s;
-    for (const auto& [off, r] : inside) s += Squeezed(r.text);
-    return s.find(Squeezed(text)) != std::string::npos;
+    return Joined([](const auto& p) { return std::make_tuple(Top(p), p.second.x.value()); },
+                  [&](const render::TextRun& t) {
+                    return t.x.value() >= from * 1440 && t.x.value() < to * 1440;
+                  })
+               .find(Squeezed(text)) != std::string::npos;
   }
 
-  bool Has(const std::string& what) const { return Text().find(what) != std::string::npos; }
-
-  // The size in points of the first text run that begins with `prefix`; 0
+  // The first text run, in page order, that begins with `prefix`; null
   // when none does.
-  double SizeOf(const std::string& prefix) const {
+  const render::TextRun* RunStarting(const std::string& prefix) const {
     for (const auto& page : form.VSP.Document().pages)
       for (const auto& item : page.items)
-        if (auto t = std::get_if<render::TextRun>(&item); t && t->text.rfind(prefix, 0) == 0)
-          return t->size_pt;
-    return 0;
+        if (auto t = std::get_if<render::TextRun>(&item); t && t->text.rfind(prefix, 0) == 0) return t;
+    return nullptr;
+  }
+  // The size in points of that run; 0 when there is none.
+  double SizeOf(const std::string& prefix) const {
+    const render::TextRun* r = RunStarting(prefix);
+    return r ? r->size_pt : 0;
   }
 };
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "frame/surface/surface.h"
+#include "support/host_said.h"
 #include "support/report_fixture.h"
 #include "support/text_order.h"
 
@@ -132,13 +133,9 @@ TEST_F(LaypersonPlan, UnknownPlanShowsTheClaimMessageAndPrintsNothing) {
     host.messages.clear();
     if (french) reports.rptLaypersonTreatmentPlanF("", "", 987654, "");
     else reports.rptLaypersonTreatmentPlan("", "", 987654, "");
-    ASSERT_EQ(host.messages.size(), 1u);
-    EXPECT_EQ(host.messages[0].prompt.rfind("There has been an error printing. One or more pieces of "
-                                            "information has not been correctly entered for the "
-                                            "patient.\nThis could include any insurance information",
-                                            0),
-              0u)
-        << host.messages[0].prompt;
+    EXPECT_TRUE(SaidOnce(host, "There has been an error printing. One or more pieces of information "
+                               "has not been correctly entered for the patient.\nThis could include "
+                               "any insurance information"));
     EXPECT_EQ(form.VSP.PageCount(), 0);
     EXPECT_EQ(form.PrintCount(), 0);
   }

@@ -1,11 +1,11 @@
 // The aged receivables: the practice list on treatment lines and
 // allocations, and the provider list on invoices. Figures by hand from the
-// rows of receivables_fixture.h and accounts/account_fixture.h; today and
-// the as-of day are 2026-11-20.
+// rows of accounts/account_fixture.h; today and the as-of day are
+// 2026-11-20.
 #include <gtest/gtest.h>
 
+#include "accounts/account_fixture.h"
 #include "frame/surface/surface.h"
-#include "receivables_fixture.h"
 #include "support/forged_cells.h"
 #include "support/host_said.h"
 #include "support/text_order.h"
@@ -13,8 +13,8 @@
 namespace orv::testing {
 namespace {
 
-using PracticeReceivable = ReceivablesTest;
-using ProviderReceivable = ReceivablesTest;
+using PracticeReceivable = LedgerTest;
+using ProviderReceivable = LedgerTest;
 
 // The practice list draws into a running document.
 void RunPractice(clsReports& reports, PreviewForm& form, int16_t option,

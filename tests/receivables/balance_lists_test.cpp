@@ -1,10 +1,10 @@
 // The patients with a balance and the unapplied payments. Figures by hand
-// from the rows of receivables_fixture.h and accounts/account_fixture.h; the
-// end date is 2026-11-20 (E), so E-30 = 10-21, E-60 = 09-21, E-90 = 08-22.
+// from the rows of accounts/account_fixture.h; the end date is 2026-11-20
+// (E), so E-30 = 10-21, E-60 = 09-21, E-90 = 08-22.
 #include <gtest/gtest.h>
 
+#include "accounts/account_fixture.h"
 #include "frame/surface/surface.h"
-#include "receivables_fixture.h"
 #include "support/forged_cells.h"
 #include "support/host_said.h"
 #include "support/text_order.h"
@@ -12,8 +12,8 @@
 namespace orv::testing {
 namespace {
 
-using PatientsWithABalance = ReceivablesTest;
-using UnappliedPayments = ReceivablesTest;
+using PatientsWithABalance = LedgerTest;
+using UnappliedPayments = LedgerTest;
 
 const DateTime kEnd = DateTime::FromParts(2026, 11, 20);
 

@@ -1,24 +1,24 @@
 // The account status, the families with a balance, the patients with a
 // credit or with treatment to come, and the billing by client. Figures by
-// hand from the rows of receivables_fixture.h and accounts/account_fixture.h;
-// today and the end date are 2026-11-20.
+// hand from the rows of accounts/account_fixture.h; today and the end date
+// are 2026-11-20.
 #include <gtest/gtest.h>
 
 #include <functional>
 
+#include "accounts/account_fixture.h"
 #include "frame/surface/surface.h"
-#include "receivables_fixture.h"
 #include "support/forged_cells.h"
 #include "support/text_order.h"
 
 namespace orv::testing {
 namespace {
 
-using AccountStatus = ReceivablesTest;
-using FamiliesWithABalance = ReceivablesTest;
-using PatientsWithACredit = ReceivablesTest;
-using OutstandingTreatment = ReceivablesTest;
-using BillingByClient = ReceivablesTest;
+using AccountStatus = LedgerTest;
+using FamiliesWithABalance = LedgerTest;
+using PatientsWithACredit = LedgerTest;
+using OutstandingTreatment = LedgerTest;
+using BillingByClient = LedgerTest;
 
 const DateTime kToday = DateTime::FromParts(2026, 11, 20);
 

@@ -20,9 +20,9 @@
 #include <filesystem>
 #include <variant>
 
+#include "accounts/account_fixture.h"
 #include "common/currency.h"
 #include "platform/host/settings.h"
-#include "receivables_fixture.h"
 #include "support/text_order.h"
 
 namespace orv::testing {

@@ -75,10 +75,9 @@ TEST_F(ReferralPackage, DetailsInEachOrder) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    PreviewForm& doc = FreshForm();
     reports.rptReferralReports(true, false, true, true, false, false, Oct1(), Nov(30), "dana", "",
                                7, {}, c.order);
-    const std::string text = DocumentText(doc.VSP.Document());
+    const std::string text = Text();
     EXPECT_NE(text.find("Referral Details Report"), std::string::npos) << text;
     for (const char* line :
          {"By Referring Dentist", "By Number of Referred Patients", "By Preferred Doctor"}) {
