@@ -10,8 +10,11 @@ namespace bind {
 
 namespace {
 
-// The name a FROM source is known by: its alias, or the table's name.
-std::string ExposedName(const TableSource& src) { return src.alias.empty() ? src.table : src.alias; }
+// The name a FROM source is known by: its alias, or the table's name. Asked
+// for every table in scope at every qualified column, so not copied.
+const std::string& ExposedName(const TableSource& src) {
+  return src.alias.empty() ? src.table : src.alias;
+}
 
 // The sources of a FROM item in the order they are written.
 void SourcesInOrder(const TableSource& src, std::vector<const TableSource*>& out) {
