@@ -1,6 +1,9 @@
 #include "accounts/account_model.h"
 
+#include <algorithm>
 #include <initializer_list>
+#include <map>
+#include <utility>
 #include <vector>
 
 #include "common/errors.h"
@@ -308,6 +311,94 @@ Currency AccountModel::ReturnFamilyCredit(int32_t PatientID, bool IncludePostDat
     sql += "(" + condition + ") AND CheckDate <= '" + SqlDate(Clock::Today()) + "'";
   }
   return Round(SumOf(sql), 2);
+}
+
+std::map<int32_t, Currency> AccountModel::ReturnFamilyCredits(const std::vector<int32_t>& PatientIDs,
+                                                              size_t per_read) const {
+  per_read = std::max<size_t>(1, per_read);
+  auto lists = [per_read](const std::vector<int32_t>& ids) {
+    std::vector<std::string> out;
+    for (size_t first = 0; first < ids.size(); first += per_read) {
+      std::string list;
+      for (size_t i = first; i < ids.size() && i < first + per_read; ++i)
+        list += (list.empty() ? "" : ", ") + std::to_string(ids[i]);
+      out.push_back(std::move(list));
+    }
+    return out;
+  };
+  std::vector<int32_t> patients = PatientIDs;
+  std::sort(patients.begin(), patients.end());
+  patients.erase(std::unique(patients.begin(), patients.end()), patients.end());
+
+  // 1. Each patient's primary and secondary holder, as ReadHolders reads
+  // them; a patient not found has neither.
+  std::map<int32_t, std::pair<int32_t, int32_t>> holders;
+  std::vector<int32_t> keys;
+  for (const std::string& list : lists(patients)) {
+    db::Recordset rs;
+    rs.Open("SELECT ID, PrimaryHolderID, SecondaryHolderID FROM Patient WHERE ID IN (" + list + ")", conn_,
+            adOpenForwardOnly, adLockReadOnly, adCmdText);
+    while (!rs.Eof()) {
+      Variant primary = rs["PrimaryHolderID"].Value(), secondary = rs["SecondaryHolderID"].Value();
+      const int32_t P = common_.ReturnNumber(primary), S = common_.ReturnNumber(secondary);
+      holders[CLng(rs["ID"].Value())] = {P, S};
+      for (const int32_t h : {P, S})
+        if (h != 0) keys.push_back(h);
+      rs.MoveNext();
+    }
+  }
+  std::sort(keys.begin(), keys.end());
+  keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+
+  // 2. The credit of each patient a holder reaches (the holder, and whoever
+  // names the holder as primary or secondary), by cheque date up to today.
+  // A patient reached from two reads comes in both, with the same sum.
+  struct Member {
+    int32_t primary, secondary;
+    Currency credit;
+  };
+  std::map<int32_t, Member> members;
+  const std::string today = SqlDate(Clock::Today());
+  for (const std::string& list : lists(keys)) {
+    db::Recordset rs;
+    rs.Open(
+        "SELECT Patient.ID, Patient.PrimaryHolderID, Patient.SecondaryHolderID, SUM([TotalToCredit]) as "
+        "TotalToCredit FROM InvoicePayments INNER JOIN Patient ON PatientID = Patient.ID WHERE (Patient.ID IN (" +
+            list + ") OR PrimaryHolderID IN (" + list + ") OR SecondaryHolderID IN (" + list +
+            ")) AND CheckDate <= '" + today +
+            "' GROUP BY Patient.ID, Patient.PrimaryHolderID, Patient.SecondaryHolderID",
+        conn_, adOpenForwardOnly, adLockReadOnly, adCmdText);
+    while (!rs.Eof()) {
+      Variant primary = rs["PrimaryHolderID"].Value(), secondary = rs["SecondaryHolderID"].Value();
+      members[CLng(rs["ID"].Value())] = {common_.ReturnNumber(primary), common_.ReturnNumber(secondary),
+                                         common_.ReturnCur(rs["TotalToCredit"].Value())};
+      rs.MoveNext();
+    }
+  }
+  std::multimap<int32_t, int32_t> by_holder;  // holder -> member who names it
+  for (const auto& [id, m] : members) {
+    if (m.primary != 0) by_holder.emplace(m.primary, id);
+    if (m.secondary != 0 && m.secondary != m.primary) by_holder.emplace(m.secondary, id);
+  }
+
+  // 3. Each family's credit: every member reached once, whichever way.
+  std::map<int32_t, Currency> credits;
+  for (const int32_t patient : patients) {
+    const auto found = holders.find(patient);
+    const auto [P, S] = found == holders.end() ? std::pair<int32_t, int32_t>{0, 0} : found->second;
+    std::vector<int32_t> reached;
+    for (const int32_t h : {P, S}) {
+      if (h == 0) continue;
+      if (members.count(h)) reached.push_back(h);
+      for (auto [it, end] = by_holder.equal_range(h); it != end; ++it) reached.push_back(it->second);
+    }
+    std::sort(reached.begin(), reached.end());
+    reached.erase(std::unique(reached.begin(), reached.end()), reached.end());
+    Currency total;
+    for (const int32_t id : reached) total += members.at(id).credit;
+    credits[patient] = Round(total, 2);
+  }
+  return credits;
 }
 
 Currency AccountModel::ReturnFamilyBalance(int32_t PatientID, const Variant& EndDate,

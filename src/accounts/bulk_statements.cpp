@@ -7,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -100,6 +101,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
   // are each patient's number, or each family's holders as the pages below
   // take them (the first row of a holder names the secondary holder).
   std::vector<int32_t> keys;
+  std::vector<int32_t> families;  // each family's holder, whose account it is
   {
     std::set<int32_t> holders_seen;
     while (!rs.Eof()) {
@@ -107,6 +109,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
         keys.push_back(CLng(rs["ID"].Value()));
       } else if (holders_seen.insert(CLng(rs["PrimaryHolderID"].Value())).second) {
         keys.push_back(CLng(rs["PrimaryHolderID"].Value()));
+        families.push_back(keys.back());
         const Variant secondary = rs["SecondaryHolderID"].Value();
         if (!secondary.IsNull() && CLng(secondary) != 0) keys.push_back(CLng(secondary));
       }
@@ -127,16 +130,17 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     std::optional<int32_t> holder;
   };
   std::vector<Row> open_rows;
-  // A few hundred keys a statement keeps its text short.
-  constexpr size_t kKeysPerRead = 500;
+  const size_t keys_per_read = std::max<size_t>(1, BulkStatementKeysPerRead);
   // Each open invoice by its patient and by its patient's primary holder.
   std::vector<std::pair<int32_t, uint32_t>> by_patient, by_holder;
   {
-    // An invoice whose patient and holder are keys of two reads comes
-    // twice; the page takes it once.
-    for (size_t first = 0; first < keys.size(); first += kKeysPerRead) {
+    // An invoice whose patient and holder are keys of two reads comes in
+    // both; it is taken from the first, so that its payments are summed
+    // once and the pages find one row of it under either key.
+    std::unordered_set<int32_t> taken;
+    for (size_t first = 0; first < keys.size(); first += keys_per_read) {
       std::string list;
-      for (size_t i = first; i < keys.size() && i < first + kKeysPerRead; ++i)
+      for (size_t i = first; i < keys.size() && i < first + keys_per_read; ++i)
         list += (list.empty() ? "" : ", ") + std::to_string(keys[i]);
       std::string condition =
           IsFamilyStatement
@@ -149,6 +153,10 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
       db::Recordset inv = Open(invoice_select + condition);
       while (!inv.Eof()) {
         const int32_t id = CLng(inv["ID"].Value());
+        if (!taken.insert(id).second) {
+          inv.MoveNext();
+          continue;
+        }
         // The invoice's worth from its own row; one without a total is
         // worth nothing, as when it is looked up by its number.
         const Currency amount =
@@ -184,6 +192,11 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     std::sort(by_patient.begin(), by_patient.end());
     std::sort(by_holder.begin(), by_holder.end());
   }
+  // The families' credits, read for many families at once as their
+  // invoices are: each family's three statements (its holders, then their
+  // credit) were round trips of their own on the server.
+  std::map<int32_t, Currency> family_credits;
+  if (IsFamilyStatement) family_credits = model.ReturnFamilyCredits(families, keys_per_read);
   // The open invoices of the rows of `index` whose key is `key`, added to
   // `found`.
   auto add_found = [](const std::vector<std::pair<int32_t, uint32_t>>& index, int32_t key,
@@ -245,13 +258,12 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
       add_found(by_patient, account, found);
     }
     // Each invoice once (a family's holder may find it by the patient and
-    // by the holder, and two reads may both bring it), in the order of
-    // their numbers, as a statement of the account's own would give them.
+    // by the holder), in the order of their numbers, as a statement of the
+    // account's own would give them. There is one row per invoice, so a
+    // copy is the same row found twice.
     std::sort(found.begin(), found.end(),
               [&](uint32_t a, uint32_t b) { return open_rows[a].id < open_rows[b].id; });
-    found.erase(std::unique(found.begin(), found.end(),
-                            [&](uint32_t a, uint32_t b) { return open_rows[a].id == open_rows[b].id; }),
-                found.end());
+    found.erase(std::unique(found.begin(), found.end()), found.end());
     // The account's figures first: a page is made only once the account is
     // known to owe something, where NoZeros asks for that.
     std::vector<Row> rows;
@@ -268,8 +280,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     });
     // Money on account and on no invoice lowers what is due: the family's
     // credit by holder, or the patient's own unspent payments.
-    Currency credit = IsFamilyStatement ? model.ReturnFamilyCredit(account, false)
-                                        : model.ReturnAccountCredit(account, false, 0);
+    Currency credit = IsFamilyStatement ? family_credits.at(account) : model.ReturnAccountCredit(account, false, 0);
     Currency due = balances - credit;
     if (no_zeros && due == Currency()) {
       RaiseProgress(rs);
@@ -338,9 +349,9 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     rs.MoveNext();
   }
   rs.Close();
-  for (size_t first = 0; first < stamped.size(); first += kKeysPerRead) {
+  for (size_t first = 0; first < stamped.size(); first += keys_per_read) {
     std::string list;
-    for (size_t i = first; i < stamped.size() && i < first + kKeysPerRead; ++i)
+    for (size_t i = first; i < stamped.size() && i < first + keys_per_read; ++i)
       list += (list.empty() ? "" : ", ") + std::to_string(stamped[i]);
     conn().Execute("UPDATE Patient SET LastStatement = GETDATE() WHERE ID IN (" + list + ")");
   }

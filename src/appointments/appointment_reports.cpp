@@ -2,7 +2,10 @@
 // reschedules, the incomplete and planned appointments, the treatment plans,
 // the operatory list and the booking diagnostics, and the sections that the
 // host may also call alone; the appointments by patient.
+#include <map>
+#include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "appointments/appointment_text.h"
 #include "common/common_functions.h"
@@ -72,47 +75,83 @@ std::string Day(const DateTime& d) { return Format(Variant(d), "yyyy-mm-dd"); }
 
 std::string Esc(clsCommonFunctions& cf, const Variant& v) { return frame::EscapeCell(cf.returnStr(v)); }
 
+// A field's text (as returnStr gives it), escaped, added to `out`: read
+// where the recordset holds it, without a Variant or a copy of its own.
+void AppendText(std::string& out, const db::Field& field, std::string& scratch) {
+  frame::AppendEscapedCell(out, field.Text(scratch));
+}
+
 // The phone cell of the appointment listings: the home phone over the
 // work phone with its extension in brackets, each where it is filled. The
 // fields are found by name once, for the whole listing.
 struct PhoneFields {
   explicit PhoneFields(const db::Recordset& rs) : home(rs["HomePhone"]), work(rs["WorkPhone"]), ext(rs["WorkExt"]) {}
 
-  void AppendCell(clsCommonFunctions& cf, std::string& out) const {
-    out += Esc(cf, home.Value());
+  void AppendCell(std::string& out, std::string& scratch) const {
+    AppendText(out, home, scratch);
     out += "\r\n";
-    std::string phone = cf.returnStr(work.Value());
-    const std::string extension = cf.returnStr(ext.Value());
-    if (!extension.empty()) phone += "[" + extension + "]";
-    out += frame::EscapeCell(phone);
+    AppendText(out, work, scratch);
+    const std::string_view extension = ext.Text(scratch);
+    if (extension.empty()) return;
+    out += '[';
+    frame::AppendEscapedCell(out, extension);
+    out += ']';
   }
 
   db::Field home, work, ext;
 };
 
 // The patient's cells of the day book and the planned list: the name over
-// the category, the units, and the phones.
+// the category, the units, and the phones. Each row's cells are added to
+// the listing's body in place.
 struct PatientCells {
   explicit PatientCells(const db::Recordset& rs)
       : first_name(rs["PatientFirstName"]), last_name(rs["PatientLastName"]), category(rs["CategoryName"]),
         units(rs["Units"]), phones(rs) {}
 
-  void Append(clsCommonFunctions& cf, std::string& out) const {
-    out += frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value()));
+  void Append(std::string& out) const {
+    AppendText(out, first_name, scratch_);
+    out += ' ';
+    AppendText(out, last_name, scratch_);
     out += "\r\n";
-    AppendDetails(cf, out);
+    AppendDetails(out);
   }
   // The cells after the name's: category, units and the two phones.
-  void AppendDetails(clsCommonFunctions& cf, std::string& out) const {
-    out += Esc(cf, category.Value());
-    out += "|";
-    out += Esc(cf, units.Value());
-    out += "|";
-    phones.AppendCell(cf, out);
+  void AppendDetails(std::string& out) const {
+    AppendText(out, category, scratch_);
+    out += '|';
+    AppendText(out, units, scratch_);
+    out += '|';
+    phones.AppendCell(out, scratch_);
   }
 
   db::Field first_name, last_name, category, units;
   PhoneFields phones;
+
+ private:
+  mutable std::string scratch_;  // the text of a value that is not text
+};
+
+// Format(flag, "Yes/No") for the many rows of one listing: a flag column
+// holds booleans or small whole numbers, and each distinct one is
+// formatted once; any other value is formatted as it comes.
+class YesNoTexts {
+ public:
+  const std::string& operator()(const Variant& v) {
+    const VarType type = v.type();
+    if (type == VarType::Boolean || type == VarType::Long || type == VarType::LongLong || type == VarType::Null) {
+      const int64_t value = type == VarType::Boolean ? int64_t(v.AsBool()) : type == VarType::Null ? 0 : v.AsInteger();
+      auto [it, fresh] = texts_.try_emplace({static_cast<int>(type), value});
+      if (fresh) it->second = Format(v, "Yes/No");
+      return it->second;
+    }
+    other_ = Format(v, "Yes/No");
+    return other_;
+  }
+
+ private:
+  std::map<std::pair<int, int64_t>, std::string> texts_;
+  std::string other_;
 };
 
 // The appointments' days from `dtStart` to `dtEnd`, both whole.
@@ -143,7 +182,7 @@ class DayWalk {
   DayWalk(clsReports& r, std::function<void(bool last)> flush) : r_(r), flush_(std::move(flush)) {}
 
   // Opens the bars the row needs; flushes what the previous block held.
-  void Row(const DateTime& date, const std::string& provider) {
+  void Row(const DateTime& date, std::string_view provider) {
     frame::PrintSurface& vsp = r_.VSP();
     if (!have_date_ || date != date_) {
       if (!body.empty()) flush_(false);
@@ -169,7 +208,7 @@ class DayWalk {
       vsp.FontSize(10);
       vsp.FontBold(true);
       vsp.TextColor(frame::RGB(255, 255, 255));
-      vsp.AddTable("<!~+2in", frame::EscapeCell(provider), "", kBarGrey);
+      vsp.AddTable("<!~+2in", frame::EscapeCell(provider_), "", kBarGrey);
       vsp.KeepWithNext();
       vsp.TextColor(0);
       vsp.FontSize(10);
@@ -268,6 +307,8 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
                   estimate_field = rs["Estimate"];
   const PatientCells patient(rs);
   appointments::TimeTexts times(cf);
+  YesNoTexts yes_no;
+  std::string scratch;
   vsp.TextAlign(0);
 
   DayWalk* walk_ptr = nullptr;
@@ -275,7 +316,10 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
     DayWalk& w = *walk_ptr;
     vsp.IndentLeft(0);
     vsp.StartTable();
-    std::string body = w.body + " | | | |Total($)|" + Format(Variant(w.sum), "Currency");
+    // The total row goes on the end of the block's rows in place.
+    std::string& body = w.body;
+    body += " | | | |Total($)|";
+    body += Format(Variant(w.sum), "Currency");
     if (!last) body += ";";
     vsp.AddTable("<!~+.8in|<!~+1.68in|^!~+.8in|<!~+1.5in|^!~+.7in|>!~+.8in",
                  "Time|Patient Name\r\nCategory|Units|Home Phone #\r\nWork Phone #|Confirmed|Estimate",
@@ -291,14 +335,14 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
   });
   walk_ptr = &walk;
   while (!rs.Eof()) {
-    walk.Row(cf.ReturnDate(date.Value()), cf.returnStr(provider.Value()));
+    walk.Row(cf.ReturnDate(date.Value()), provider.Text(scratch));
     const Variant estimate = estimate_field.Value();
     std::string& b = walk.body;
     b += times(time.Value());
     b += "|";
-    patient.Append(cf, b);
+    patient.Append(b);
     b += "|";
-    b += Format(confirmed.Value(), "Yes/No");
+    b += yes_no(confirmed.Value());
     b += "|";
     b += EstimateText(estimate);
     b += ";";
@@ -334,6 +378,7 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
                     confirmed = rs["Confirmed"];
     const PatientCells patient(rs);
     appointments::TimeTexts times(cf);
+    YesNoTexts yes_no;
 
     // The alerts of every patient on the sheet, read at once rather than
     // one statement per appointment, each patient's in the order of the
@@ -368,7 +413,7 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
       DayWalk& w = *walk_ptr;
       vsp.IndentLeft(0);
       vsp.StartTable();
-      std::string body = w.body;
+      std::string& body = w.body;
       if (last && !body.empty() && body.back() == ';') body.pop_back();
       vsp.AddTable("<!~+.8in|<!~+1.68in|^!~+.4in|<!~+1.2in|^!~+.4in|<!+2.1in",
                    std::string(has_mcn ? "Time|Patient Name(MCN)" : "Time|Patient Name") +
@@ -382,32 +427,46 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
       has_mcn = false;
     });
     walk_ptr = &walk;
+    // Each row's cells are written into the block's body in place; the
+    // texts are read where the recordset holds them.
+    std::string scratch, reason_scratch, name;
     while (!rs.Eof()) {
-      walk.Row(cf.ReturnDate(date.Value()), cf.returnStr(provider.Value()));
-      const auto found = alerts_of.find(cf.returnStr(client.Value()));
-      std::string notes = found == alerts_of.end() ? std::string() : found->second;
-      const std::string reason = cf.returnStr(reason_field.Value());
-      if (notes.empty()) {
-        notes = reason.empty() ? "N/A" : reason;
-      } else if (!reason.empty()) {
-        notes += "\r\n" + reason;
-      }
-      const std::string mcn = cf.returnStr(chart.Value());
-      if (!mcn.empty()) has_mcn = true;
-      std::string name = vb::Trim(cf.returnStr(title.Value()) + " " + cf.returnStr(patient.first_name.Value()) +
-                                  " " + cf.returnStr(patient.last_name.Value()));
+      walk.Row(cf.ReturnDate(date.Value()), provider.Text(scratch));
+      const auto found = alerts_of.find(std::string(client.Text(scratch)));
+      const std::string_view alerts = found == alerts_of.end() ? std::string_view() : found->second;
+      const std::string_view reason = reason_field.Text(reason_scratch);
+      // The name without the blanks an empty title or first name leaves.
+      name.clear();
+      name += title.Text(scratch);
+      name += ' ';
+      name += patient.first_name.Text(scratch);
+      name += ' ';
+      name += patient.last_name.Text(scratch);
       std::string& b = walk.body;
       b += times(time.Value());
-      b += "|";
-      b += frame::EscapeCell(name);
-      if (!mcn.empty()) b += "\r\n" + frame::EscapeCell("Chart Number: " + mcn);
+      b += '|';
+      frame::AppendEscapedCell(b, vb::TrimView(name));
+      const std::string_view mcn = chart.Text(scratch);
+      if (!mcn.empty()) {
+        has_mcn = true;
+        b += "\r\nChart Number: ";
+        frame::AppendEscapedCell(b, mcn);
+      }
       b += "\r\n";
-      patient.AppendDetails(cf, b);
-      b += "|";
-      b += Format(confirmed.Value(), "Yes/No");
-      b += "|";
-      b += frame::EscapeCell(notes);
-      b += ";";
+      patient.AppendDetails(b);
+      b += '|';
+      b += yes_no(confirmed.Value());
+      b += '|';
+      // The patient's alerts over the appointment's reason; "N/A" when
+      // there is neither.
+      if (alerts.empty() && reason.empty()) {
+        b += "N/A";
+      } else {
+        frame::AppendEscapedCell(b, alerts);
+        if (!alerts.empty() && !reason.empty()) b += "\r\n";
+        frame::AppendEscapedCell(b, reason);
+      }
+      b += ';';
       RaiseProgress(rs);
       rs.MoveNext();
     }
@@ -419,7 +478,6 @@ void clsReports::srptPlannedAppointmentsList(std::string ProviderFilter, DateTim
                                              DateTime dtEnd, int32_t Category) {
   const db::Snapshot snapshot(conn_);
   frame::PrintSurface& vsp = VSP();
-  clsCommonFunctions& cf = Common();
   std::string sql =
       "SELECT Patient.FirstName AS PatientFirstName, Patient.HomePhone AS HomePhone, "
       "Patient.OtherPhone AS WorkPhone, Patient.OtherExt AS WorkExt, Patient.LastName AS "
@@ -439,13 +497,16 @@ void clsReports::srptPlannedAppointmentsList(std::string ProviderFilter, DateTim
                                        "CategoryName", "Units", "HomePhone", "WorkPhone", "WorkExt", "Estimate"});
   const db::Field scheduled = rs["EstScheduleDate"], provider = rs["ProviderName"], estimate = rs["Estimate"];
   const PatientCells patient(rs);
-  std::string body;
+  const DateFormatter scheduled_day("dddd mmmm d, yyyy");
+  std::string body, scratch;
   while (!rs.Eof()) {
-    body += frame::EscapeCell(Format(scheduled.Value(), "dddd mmmm d, yyyy"));
+    scratch.clear();
+    scheduled_day.Append(scheduled.Value(), scratch);
+    frame::AppendEscapedCell(body, scratch);
     body += "\r\n";
-    body += Esc(cf, provider.Value());
+    AppendText(body, provider, scratch);
     body += "|";
-    patient.Append(cf, body);
+    patient.Append(body);
     body += "|";
     body += EstimateText(estimate.Value());
     body += ";";
@@ -486,7 +547,8 @@ void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateT
     const db::Field complete_field = rs["Complete"], total = rs["TotalAmount"], posted = rs["DatePosted"],
                     first_name = rs["PatientFirstName"], last_name = rs["PatientLastName"],
                     provider = rs["Provider"], user = rs["UserName"], notes = rs["Notes"];
-    std::string body;
+    const DateFormatter posted_day("mmm, d, yyyy");
+    std::string body, scratch;
     long done = 0, open = 0;
     Currency done_sum, open_sum;
     while (!rs.Eof()) {
@@ -500,18 +562,22 @@ void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateT
         ++open;
         open_sum = open_sum + amount;
       }
-      body += frame::EscapeCell(Format(posted.Value(), "mmm, d, yyyy"));
-      body += "|";
-      body += frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value()));
-      body += "|";
-      body += Esc(cf, provider.Value());
-      body += "|";
+      scratch.clear();
+      posted_day.Append(posted.Value(), scratch);
+      frame::AppendEscapedCell(body, scratch);
+      body += '|';
+      AppendText(body, first_name, scratch);
+      body += ' ';
+      AppendText(body, last_name, scratch);
+      body += '|';
+      AppendText(body, provider, scratch);
+      body += '|';
       body += Format(total_value, "Currency");
       body += complete ? "|C|" : "|I|";
-      body += Esc(cf, user.Value());
-      body += "|";
-      body += Esc(cf, notes.Value());
-      body += ";";
+      AppendText(body, user, scratch);
+      body += '|';
+      AppendText(body, notes, scratch);
+      body += ';';
       RaiseProgress(rs);
       rs.MoveNext();
     }

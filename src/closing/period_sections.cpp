@@ -3,6 +3,7 @@
 // count toward paid, money moved between providers), the EDI transactions
 // and the patients who signed up.
 #include <string>
+#include <string_view>
 
 #include "closing/closing_common.h"
 #include "common/common_functions.h"
@@ -17,6 +18,21 @@
 #include "platform/host/settings.h"
 
 namespace orv {
+
+namespace {
+
+// cf.ReturnFormatedDate(value, fmt) added to `out`, a date of 1900 or
+// later through `dates` (the same format, read once) for a list's many
+// rows; a missing or older date, or no date, by ReturnFormatedDate itself.
+void AppendFormatedDate(clsCommonFunctions& cf, const DateFormatter& dates, std::string_view fmt,
+                        const Variant& value, std::string& out) {
+  if (value.IsDate() && value.AsDate().Year() >= 1900)
+    dates.Append(value, out);
+  else
+    out += cf.ReturnFormatedDate(value, fmt);
+}
+
+}  // namespace
 
 void clsReports::rptIncompleteInvoices(DateTime StartDate, DateTime Enddate,
                                        std::string OfficeName, std::string UserName,
@@ -294,35 +310,40 @@ void clsReports::srptEDITransactions(DateTime DateFrom, DateTime DateTo, std::st
   vsp.TextAlign(0);
   vsp.FontSize(8);
   vsp.FontBold(false);
-  std::string body;
+  std::string body, scratch;
   long total = 0, eobs = 0, acknowledgements = 0, rejections = 0;
+  auto number = [&](const db::Field& f) { return cf.ReturnVal(f.Value()); };
+  auto text = [&](const db::Field& f) { frame::AppendEscapedCell(body, f.Text(scratch)); };
+  const DateFormatter posted_day("mmm/dd/yyyy");
   for (; !rs.Eof(); rs.MoveNext()) {
-    const long type = static_cast<long>(cf.ReturnVal(type_field.Value()));
+    const long type = static_cast<long>(number(type_field));
     const char* type_name = type == 0   ? "Claim"
                             : type == 1 ? "Predetermination"
                             : type == 2 ? "Eligibility Request"
                             : type == 3 ? "Reversal Request"
                                         : "Unknown Transaction";
-    body += cf.ReturnFormatedDate(posted.Value(), "mmm/dd/yyyy");
-    body += "|";
-    body += frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value()));
-    body += "|";
+    AppendFormatedDate(cf, posted_day, "mmm/dd/yyyy", posted.Value(), body);
+    body += '|';
+    text(first_name);
+    body += ' ';
+    text(last_name);
+    body += '|';
     body += type_name;
     body += cf.ReturnBool(sent.Value()) ? "|Yes|" : "||";
-    body += frame::EscapeCell(cf.returnStr(carrier.Value()));
-    body += "|";
-    body += frame::EscapeCell(cf.returnStr(sequence.Value()));
-    body += "|";
+    text(carrier);
+    body += '|';
+    text(sequence);
+    body += '|';
     // TrsCode 21 is an explanation of benefits; anything else is an
     // acknowledgement. Status 2 is a rejection, 0 held, else accepted.
-    if (cf.ReturnVal(trs_code.Value()) == 21) {
+    if (number(trs_code) == 21) {
       body += "EOB|";
       ++eobs;
     } else {
       body += "Acknowledgement|";
       ++acknowledgements;
     }
-    const long status = static_cast<long>(cf.ReturnVal(status_field.Value()));
+    const long status = static_cast<long>(number(status_field));
     if (status == 0) {
       body += "Held;";
     } else if (status == 2) {
@@ -372,16 +393,31 @@ void clsReports::srptNewPatientReport(DateTime fromdate, DateTime todate) {
       "ReferringDoctor FROM Patient WHERE SignupDate >= '" +
       fromdate.ToIsoDate() + "' AND SignupDate <= '" + todate.ToIsoDate() +
       "' ORDER BY DoctorID, SignupDate, Patient.ID");
-  std::string body;
+  // The fields found once; each row's cells written into the body in
+  // place, the texts read where the recordset holds them.
+  const db::Field doctor = rs["DoctorName"], patient = rs["PatientName"], signup = rs["SignupDate"],
+                  referral_type = rs["ReferredByAddID"], referred_by = rs["RefferedBy"],
+                  referring = rs["ReferringDoctor"], reason = rs["ReferalReason"];
+  const DateFormatter signup_day("mmm/dd/yyyy");
+  std::string body, scratch;
+  auto text = [&](const db::Field& f) { frame::AppendEscapedCell(body, f.Text(scratch)); };
+  auto trimmed = [&](const db::Field& f) { frame::AppendEscapedCell(body, vb::TrimView(f.Text(scratch))); };
   long count = 0;
   for (; !rs.Eof(); rs.MoveNext()) {
-    body += frame::EscapeCell(vb::Trim(cf.returnStr(rs["DoctorName"].Value()))) + "|" +
-            frame::EscapeCell(vb::Trim(cf.returnStr(rs["PatientName"].Value()))) + "|" +
-            cf.ReturnFormatedDate(rs["SignupDate"].Value(), "mmm/dd/yyyy") + "|" +
-            frame::EscapeCell(cf.returnStr(rs["ReferredByAddID"].Value())) + "|" +
-            frame::EscapeCell(cf.returnStr(rs["RefferedBy"].Value())) + "|" +
-            frame::EscapeCell(vb::Trim(cf.returnStr(rs["ReferringDoctor"].Value()))) + "|" +
-            frame::EscapeCell(cf.returnStr(rs["ReferalReason"].Value())) + ";";
+    trimmed(doctor);
+    body += '|';
+    trimmed(patient);
+    body += '|';
+    AppendFormatedDate(cf, signup_day, "mmm/dd/yyyy", signup.Value(), body);
+    body += '|';
+    text(referral_type);
+    body += '|';
+    text(referred_by);
+    body += '|';
+    trimmed(referring);
+    body += '|';
+    text(reason);
+    body += ';';
     ++count;
   }
   const int saved_border = vsp.TableBorder();

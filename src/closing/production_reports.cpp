@@ -486,11 +486,14 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
   // The lines of a month fall on a few dozen days: each day's text is
   // formatted once (the format shows the day alone, not the time).
   std::unordered_map<double, std::string> day_texts;
-  auto day_text = [&](const Variant& date) -> std::string {
-    if (!date.IsDate()) return EscapeCell(Format(date, "mmm/dd/yyyy"));
+  auto append_day = [&](std::string& out, const Variant& date) {
+    if (!date.IsDate()) {
+      out += EscapeCell(Format(date, "mmm/dd/yyyy"));
+      return;
+    }
     auto [it, added] = day_texts.try_emplace(date.AsDate().DatePart().serial());
     if (added) it->second = EscapeCell(Format(date, "mmm/dd/yyyy"));
-    return it->second;
+    out += it->second;
   };
   auto read = [&](const std::string& sql, bool cancelling) {
     db::Recordset rs = Open(sql);
@@ -499,6 +502,10 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
                     last_name = rs["LastName"], first_name = rs["FirstName"],
                     patient_first = rs["PatientFirstName"], patient_last = rs["PatientLastName"],
                     invoice = rs["Invoice#"], tooth = rs["Tooth#"], surface = rs["Surface"];
+    // Each line's cells are written into its text in place, every value
+    // read where the recordset holds it.
+    std::string scratch;
+    auto text = [&](std::string& out, const db::Field& f) { frame::AppendEscapedCell(out, f.Text(scratch)); };
     while (!rs.Eof()) {
       const std::string code = cf.returnStr(code_field.Value(), true);
       Line l;
@@ -507,21 +514,24 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
       l.cost = cost;
       const Variant date = date_field.Value();
       l.day = date.IsNull() ? 0 : CDate(date).serial();
-      const std::string provider_last = cf.returnStr(last_name.Value());
-      l.provider_key = vb::LCase(provider_last);
       l.counts = closing::IsReversal(code) ? 0 : (cancelling ? -1 : 1);
-      l.cells = EscapeCell(cf.returnStr(first_name.Value()) + " " + provider_last);
-      l.cells += "|";
-      l.cells += EscapeCell(cf.returnStr(patient_first.Value()) + " " + cf.returnStr(patient_last.Value()));
-      l.cells += "|";
-      l.cells += EscapeCell(cf.returnStr(invoice.Value()));
-      l.cells += "|";
-      l.cells += day_text(date);
-      l.cells += "|";
-      l.cells += EscapeCell(cf.returnStr(tooth.Value()));
-      l.cells += "|";
-      l.cells += EscapeCell(cf.returnStr(surface.Value()));
-      l.cells += "|";
+      text(l.cells, first_name);
+      l.cells += ' ';
+      text(l.cells, last_name);
+      l.provider_key = vb::LCase(last_name.Text(scratch));
+      l.cells += '|';
+      text(l.cells, patient_first);
+      l.cells += ' ';
+      text(l.cells, patient_last);
+      l.cells += '|';
+      text(l.cells, invoice);
+      l.cells += '|';
+      append_day(l.cells, date);
+      l.cells += '|';
+      text(l.cells, tooth);
+      l.cells += '|';
+      text(l.cells, surface);
+      l.cells += '|';
       l.cells += Money(cost);
       by_code[std::string(closing::PositiveCode(code))].push_back(std::move(l));
       rs.MoveNext();
@@ -561,7 +571,8 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
     Currency total;
     long count = 0;
     for (const Line& l : lines) {
-      body += l.cells + ";";
+      body += l.cells;
+      body += ';';
       total += l.cost;
       count += l.counts;
     }

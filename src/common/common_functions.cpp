@@ -61,6 +61,14 @@ int32_t clsCommonFunctions::ReturnNumber(Variant& value) const {
 
 double clsCommonFunctions::ReturnVal(const Variant& value) const {
   if (value.IsNull()) return 0;
+  // A whole number is its own value: Val of its text gives the same double
+  // for every one a double holds exactly, and lists read thousands of
+  // codes and minutes this way. Larger ones still go through the text.
+  constexpr int64_t kExact = int64_t(1) << 53;
+  const VarType type = value.type();
+  if ((type == VarType::Long || type == VarType::LongLong) && value.AsInteger() > -kExact &&
+      value.AsInteger() < kExact)
+    return static_cast<double>(value.AsInteger());
   try {
     return vb::Val(CStr(value));
   } catch (const ReportError&) {

@@ -71,7 +71,14 @@ std::string RTrim(std::string_view s) {
 }
 
 std::string Trim(std::string_view s) {
-  return LTrim(RTrim(s));
+  return std::string(TrimView(s));
+}
+
+std::string_view TrimView(std::string_view s) {
+  size_t b = 0, e = s.size();
+  while (b < e && s[b] == ' ') ++b;
+  while (e > b && s[e - 1] == ' ') --e;
+  return s.substr(b, e - b);
 }
 
 std::string UCase(std::string_view s) {

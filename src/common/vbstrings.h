@@ -33,6 +33,8 @@ std::string Right(std::string_view s, long n);
 std::string Trim(std::string_view s);
 std::string LTrim(std::string_view s);
 std::string RTrim(std::string_view s);
+// Trim's text as a view into `s`, for a loop that appends it somewhere.
+std::string_view TrimView(std::string_view s);
 
 std::string UCase(std::string_view s);
 std::string LCase(std::string_view s);

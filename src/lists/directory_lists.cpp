@@ -280,9 +280,14 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);
-  db::Recordset rs = Open(txtfilter.empty() ? "SELECT * FROM Patient ORDER BY LastName"
-                                            : "SELECT * FROM Patient where " + txtfilter +
-                                                  " ORDER BY LastName");
+  // Of the patient's columns the list prints these; the row's others are
+  // not held.
+  db::Recordset rs = OpenKeeping(
+      txtfilter.empty() ? "SELECT * FROM Patient ORDER BY LastName"
+                        : "SELECT * FROM Patient where " + txtfilter + " ORDER BY LastName",
+      {"FullName", "Address", "GlobalNotes", "HomePhone", "HomeExt", "CelPhone", "Pager", "PagerExt", "OtherPhone",
+       "OtherExt", "EmployerID", "InsuranceID", "SecondaryInsuranceID", "Policy#", "Division#", "SubscriberID#",
+       "SecondaryPolicy#", "SecondaryDivision#", "SecondarySubscriberID#", "YearEnding"});
   // Reference tables searched with Find while the patients are walked.
   db::Recordset employers = Open("SELECT * FROM Employers", db::adOpenStatic, db::adLockOptimistic);
   db::Recordset companies =

@@ -65,24 +65,27 @@ std::string PatientLabelSql(const std::string& txtfilter) {
 }
 
 // A patient's label: the name as JoinedName joins it, then the address.
-// The fields are found once for the sheet, not by name for every label.
+// The fields are found once for the sheet, not by name for every label,
+// and each label is written into one text kept for the sheet, its values
+// read where the recordset holds them.
 class PatientLabel {
  public:
   explicit PatientLabel(const db::Recordset& rs)
       : title_(rs["Title"]), first_(rs["FirstName"]), last_(rs["LastName"]), address_(rs["Address"]) {}
 
-  std::string Text(clsCommonFunctions& cf) const {
-    std::string text;
-    lists::AppendNamePart(text, cf.returnStr(title_.Value(), true));
-    lists::AppendNamePart(text, cf.returnStr(first_.Value(), true));
-    lists::AppendNamePart(text, cf.returnStr(last_.Value(), true));
-    text += "\r\n";
-    text += cf.returnStr(address_.Value());
-    return text;
+  const std::string& Text() const {
+    text_.clear();
+    lists::AppendNamePart(text_, vb::TrimView(title_.Text(scratch_)));
+    lists::AppendNamePart(text_, vb::TrimView(first_.Text(scratch_)));
+    lists::AppendNamePart(text_, vb::TrimView(last_.Text(scratch_)));
+    text_ += "\r\n";
+    text_ += address_.Text(scratch_);
+    return text_;
   }
 
  private:
   db::Field title_, first_, last_, address_;
+  mutable std::string text_, scratch_;
 };
 
 // The one-label-per-page frame: margins of 200 twips all round, the page
@@ -106,7 +109,6 @@ const char* kNoAppointment =
 void clsReports::rptMailingLabels(std::string txtfilter) {
   const db::Snapshot snapshot(conn_);
   frame::PrintSurface& vsp = VSP();
-  clsCommonFunctions& cf = Common();
   db::Recordset rs = Open(PatientLabelSql(NoZeroFilter(txtfilter)));
   vsp.Orientation(0);
   vsp.StartDoc();
@@ -114,7 +116,7 @@ void clsReports::rptMailingLabels(std::string txtfilter) {
   LabelSheet sheet(vsp);
   const PatientLabel label(rs);
   while (!rs.Eof()) {
-    sheet.Place(label.Text(cf));
+    sheet.Place(label.Text());
     RaiseProgress(rs);
     rs.MoveNext();
   }
@@ -172,14 +174,13 @@ void clsReports::rptReferringDentistMailingLabels(std::string txtfilter) {
 void clsReports::rptMailingLabelsSinglePage(std::string txtfilter) {
   const db::Snapshot snapshot(conn_);
   frame::PrintSurface& vsp = VSP();
-  clsCommonFunctions& cf = Common();
   // Asked before anything is read or drawn: a refusal leaves no document.
   if (vsp.PrintDialog(2) == 0) return;
   db::Recordset rs = Open(PatientLabelSql(NoZeroFilter(txtfilter)));
   StartSingleLabels(vsp, 1);
   const PatientLabel label(rs);
   while (!rs.Eof()) {
-    vsp.Text(label.Text(cf));
+    vsp.Text(label.Text());
     RaiseProgress(rs);
     rs.MoveNext();
     if (!rs.Eof()) vsp.NewPage();

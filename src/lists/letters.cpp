@@ -2,6 +2,8 @@
 // referral, welcome, and the practice policy statement to sign. Each goes to
 // the printer, and each sets its patient on the component's patient record,
 // whose office then becomes the component's office for the run and after.
+#include <optional>
+
 #include "common/common_functions.h"
 #include "common/datetime.h"
 #include "common/errors.h"
@@ -86,32 +88,46 @@ void clsReports::rptReActivationLetter(std::string txtfilter, std::string Office
   frame::PrintSurface& vsp = VSP();
   clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);
-  // No filter, no where clause: "where " alone is never sent.
-  db::Recordset rs = Open("SELECT FullName, Address, DoctorID, LastName, FirstName, ID FROM Patient" +
-                          (txtfilter.empty() ? std::string() : " where " + txtfilter));
+  const std::string today = Format(Variant(Clock::Today()), "yyyy-mm-dd");
+  // Each patient's last visit up to today and the doctor's name come with
+  // the patient's row: a run over a few hundred patients sent three
+  // statements a patient (the patient's record, the visits, the doctor),
+  // and their set-up cost more than the letters. The latest date is the
+  // first of the visits in descending order; a patient never seen gets
+  // NULL. No filter, no where clause: "where " alone is never sent.
+  db::Recordset rs = Open(
+      "SELECT ID, FullName, Address, FirstName, (SELECT MAX(PatientAppointments.[Date]) "
+      "FROM PatientAppointments WHERE PatientAppointments.PatientID = Patient.ID AND "
+      "PatientAppointments.[Date] <= '" +
+      today +
+      "') AS LastVisit, (SELECT Employees.LastName FROM Employees WHERE Employees.ID = Patient.DoctorID) AS "
+      "DoctorLastName FROM Patient" +
+      (txtfilter.empty() ? std::string() : " where " + txtfilter));
+  const db::Field id = rs["ID"], last_visit = rs["LastVisit"], full_name = rs["FullName"],
+                  address = rs["Address"], first_name = rs["FirstName"], doctor = rs["DoctorLastName"];
   vsp.Orientation(0);
   vsp.DocName("Reactivation Letter");
   vsp.StartDoc();
-  const std::string today = Format(Variant(Clock::Today()), "yyyy-mm-dd");
+  // The run leaves its last patient on the component's record and that
+  // patient's office as the component's office; nothing in a letter reads
+  // them, so the record is loaded once, for the last row, not per letter.
+  std::optional<int32_t> last_patient;
   while (!rs.Eof()) {
-    Patient().PatientID(CLng(rs["ID"].Value()));
-    OfficeID = Patient().OfficeID();
-    db::Recordset visits = Open("Select ID, Date from PatientAppointments where PatientID = " +
-                                CStr(rs["ID"].Value()) + " and [Date] <= '" + today +
-                                "'  order by [Date] DESC");
+    last_patient = CLng(id.Value());
+    const Variant visit = last_visit.Value();
     std::string gap;
-    if (!visits.Eof()) gap = lists::ReactivationGap(CDate(visits["Date"].Value()), Clock::Today());
+    if (!visit.IsNull()) gap = lists::ReactivationGap(CDate(visit), Clock::Today());
     // Seen this month: no letter. Never seen: a letter with the gap left
     // empty.
-    if (visits.Eof() || gap.substr(0, gap.find(' ')) != "0") {
+    if (visit.IsNull() || gap.substr(0, gap.find(' ')) != "0") {
       vsp.FontBold(false);
       vsp.TextAlign(0);
       OfficeLine(vsp, OfficeName);
       DateLine(vsp, "mmm/dd/yyyy");
-      vsp.Text(cf.returnStr(rs["FullName"].Value()));
-      vsp.Text(cf.returnStr(rs["Address"].Value()));
+      vsp.Text(cf.returnStr(full_name.Value()));
+      vsp.Text(cf.returnStr(address.Value()));
       vsp.Text(" ");
-      vsp.Text("Dear " + cf.returnStr(rs["FirstName"].Value()) + ",");
+      vsp.Text("Dear " + cf.returnStr(first_name.Value()) + ",");
       vsp.Text(" ");
       vsp.TextAlign(7);
       vsp.Text("Our records show that it has been " + gap +
@@ -124,7 +140,7 @@ void clsReports::rptReActivationLetter(std::string txtfilter, std::string Office
       vsp.Text(" ");
       vsp.Text("Thank you!");
       vsp.Text(" ");
-      vsp.Text("Dr. " + cf.returnStr(ReturnLookupValue("Employees", "ID", rs["DoctorID"].Value(), "LastName")));
+      vsp.Text("Dr. " + cf.returnStr(doctor.Value()));
       vsp.Text(Header);
       vsp.Text(" ");
       vsp.Text(" ");
@@ -145,6 +161,10 @@ void clsReports::rptReActivationLetter(std::string txtfilter, std::string Office
     }
     RaiseProgress(rs);
     rs.MoveNext();
+  }
+  if (last_patient) {
+    Patient().PatientID(*last_patient);
+    OfficeID = Patient().OfficeID();
   }
   // A filter that selects no one still ends and prints its empty page.
   vsp.EndDoc();

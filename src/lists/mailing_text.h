@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "common/common_functions.h"
 #include "common/datetime.h"
@@ -12,7 +13,7 @@ namespace orv::lists {
 // The given columns' values joined by single blanks; an empty or Null part
 // leaves no blank of its own, so a patient without a title prints no
 // leading blank.
-inline void AppendNamePart(std::string& name, const std::string& part) {
+inline void AppendNamePart(std::string& name, std::string_view part) {
   if (part.empty()) return;
   if (!name.empty()) name += " ";
   name += part;

@@ -1,5 +1,8 @@
 // The clinical day's small outputs: the progress notes awaiting follow-up,
 // staff memos, a prescription, and the count of memos due for a user.
+#include <string>
+#include <unordered_map>
+
 #include "common/common_functions.h"
 #include "common/format.h"
 #include "frame/patient.h"
@@ -155,7 +158,20 @@ void clsReports::rptMemos(std::string txtfilter, DateTime printDate, std::string
   vsp.DocName("Email(s) for " + UserName);
   vsp.Orientation(0);
   vsp.StartDoc();
+  // Every employee's name, read once: each memo names its sender and
+  // often its receiver, and a statement per name cost more than the memo.
+  std::unordered_map<int32_t, std::string> employee_names;
+  {
+    db::Recordset staff = Open("Select ID, FirstName, LastName from Employees");
+    const db::Field id = staff["ID"];
+    for (; !staff.Eof(); staff.MoveNext())
+      employee_names.emplace(CLng(id.Value()), lists::JoinedName(cf, staff, {"FirstName", "LastName"}));
+  }
   auto employee = [&](const Variant& id) {
+    const auto found = employee_names.find(CLng(id));
+    if (found != employee_names.end()) return found->second;
+    // Not on file: the lookup of its own, which fails the run as it
+    // always has.
     return lists::JoinedName(cf, Open("Select FirstName, LastName from Employees where ID = " +
                                       std::to_string(CLng(id))),
                              {"FirstName", "LastName"});

@@ -421,6 +421,11 @@ void clsReports::rptBillingByClient(std::string UserName, std::string txtfilter,
   db::Recordset lines = bills["PatientInvoiceDetails"].Chapter();
   const db::Field line_date = lines["Date"], code = lines["Code"], description = lines["Description"],
                   cost = lines["Cost"];
+  // A large practice prints hundreds of thousands of lines: each cell goes
+  // straight onto the table's text, names and codes read where the
+  // recordset holds them and dates through a format read once.
+  const DateFormatter line_date_format("mmm/dd/yyyy");
+  std::string scratch, invoice;
   while (!patients.Eof()) {
     if (!bills.Eof()) {
       vsp.AddTable("<6.5in|>1in", "",
@@ -432,14 +437,23 @@ void clsReports::rptBillingByClient(std::string UserName, std::string txtfilter,
       std::string body;
       while (!bills.Eof()) {
         // The provider and invoice number open every line of the invoice.
-        const std::string invoice = lines.Eof() ? std::string()
-                                                : frame::EscapeCell(cf.returnStr(provider.Value())) + "|" +
-                                                      frame::EscapeCell(cf.returnStr(invoice_number.Value())) + "|";
+        invoice.clear();
+        if (!lines.Eof()) {
+          frame::AppendEscapedCell(invoice, provider.Text(scratch));
+          invoice += '|';
+          frame::AppendEscapedCell(invoice, invoice_number.Text(scratch));
+          invoice += '|';
+        }
         while (!lines.Eof()) {
           body += invoice;
-          body += Format(line_date.Value(), "mmm/dd/yyyy") + "|" + frame::EscapeCell(cf.returnStr(code.Value())) +
-                  "|" + frame::EscapeCell(cf.returnStr(description.Value())) + "|" +
-                  Format(cost.Value(), "Currency") + ";";
+          line_date_format.Append(line_date.Value(), body);
+          body += '|';
+          frame::AppendEscapedCell(body, code.Text(scratch));
+          body += '|';
+          frame::AppendEscapedCell(body, description.Text(scratch));
+          body += '|';
+          body += Format(cost.Value(), "Currency");
+          body += ';';
           lines.MoveNext();
         }
         bills.MoveNext();

@@ -36,13 +36,23 @@ TEST_F(Letters, ReactivationWritesToTheUnseenAndSkipsThoseSeenThisMonth) {
       "DELETE FROM PatientAppointments WHERE PatientID IN (1, 2, 3);"
       "INSERT INTO PatientAppointments (PatientID, Date, Time) VALUES (2, '2026-11-05', 600);"
       "INSERT INTO PatientAppointments (PatientID, Date, Time) VALUES (3, '2025-12-20', 600);"
-      "INSERT INTO PatientAppointments (PatientID, Date, Time) VALUES (3, '2027-01-20', 600);");
+      "INSERT INTO PatientAppointments (PatientID, Date, Time) VALUES (3, '2027-01-20', 600);"
+      "UPDATE Employees SET LastName = 'Okafor' WHERE ID = (SELECT MIN(ID) FROM Employees);"
+      "UPDATE Patient SET DoctorID = (SELECT MIN(ID) FROM Employees) WHERE ID = 1;"
+      "UPDATE Patient SET DoctorID = NULL, DefaultOfficeID = 2 WHERE ID = 3;");
+  reports.OfficeID = 1;
   reports.rptReActivationLetter("ID IN (1, 2, 3)", "Demo Dental", "Demo Dental, Ottawa");
   // Patient 1 was never seen: a letter with an empty gap. Patient 2 came
   // this month: none. Patient 3's booking after today does not count.
   ASSERT_EQ(form.VSP.PageCount(), 3) << "two letters and the trailing empty page";
   EXPECT_NE(PageText(1).find("it has been since your last visit"), std::string::npos) << PageText(1);
   EXPECT_NE(PageText(2).find("it has been 1 year since your last visit"), std::string::npos) << PageText(2);
+  // The doctor signs by name; a patient without one gets the bare title.
+  EXPECT_NE(PageText(1).find("Dr. Okafor\n"), std::string::npos) << PageText(1);
+  EXPECT_NE(PageText(2).find("Dr. \n"), std::string::npos) << PageText(2);
+  // The last patient of the run stays on the record, with its office.
+  EXPECT_EQ(reports.Patient().PatientID(), 3);
+  EXPECT_EQ(reports.OfficeID, 2);
   EXPECT_EQ(PageText(3).find_first_not_of(" \n"), std::string::npos);
   EXPECT_EQ(form.PrintCount(), 1);
   EXPECT_EQ(form.VSP.DocName(), "Reactivation Letter");

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -11,6 +12,8 @@
 #include <cstring>
 #include <deque>
 #include <map>
+#include <system_error>
+#include <vector>
 
 #include "common/currency.h"
 #include "common/datetime.h"
@@ -299,6 +302,10 @@ class PostgresStatement : public EngineStatement {
   // three round trips (declare, fetch, close) for its one row.
   bool on_wire_ = false;          // results still to read off the connection
   std::deque<PgResult> buffered_;  // read off early by Buffer
+  // The columns' type OIDs, read off the first row of a run: in
+  // single-row mode each row is a result of its own, and asking each for
+  // the type of each cell was a library call per cell.
+  mutable std::vector<Oid> column_types_;
 };
 
 class PostgresEngine : public Engine {
@@ -551,6 +558,7 @@ void PostgresStatement::Execute() {
   for (size_t i = 0; i < values_.size(); ++i) values[i] = values_[i] ? values_[i]->c_str() : nullptr;
   result_ = PgResult();
   row_ = -1;
+  column_types_.clear();
   if (!PQsendQueryPrepared(conn, name_.c_str(), static_cast<int>(values.size()),
                            values.empty() ? nullptr : values.data(), nullptr, nullptr, 0))
     engine_.Fail(nullptr, original_, sql_);
@@ -699,15 +707,24 @@ bool PostgresStatement::ColumnView(int column, StoredView* out) const {
     out->cls = StoredView::Class::Null;
     return true;
   }
+  if (column_types_.empty()) {
+    const int n = PQnfields(r);
+    column_types_.resize(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i) column_types_[static_cast<size_t>(i)] = PQftype(r, i);
+  }
+  if (column < 0 || static_cast<size_t>(column) >= column_types_.size()) return false;
   const char* v = PQgetvalue(r, row_, column);
-  switch (PQftype(r, column)) {
+  switch (column_types_[static_cast<size_t>(column)]) {
     case kInt2:
     case kInt4:
     case kInt8:
-    case kOid:
+    case kOid: {
+      // The server writes whole numbers as plain decimal digits.
+      const size_t n = static_cast<size_t>(PQgetlength(r, row_, column));
+      if (std::from_chars(v, v + n, out->integer).ec != std::errc()) return false;
       out->cls = StoredView::Class::Integer;
-      out->integer = std::strtoll(v, nullptr, 10);
       return true;
+    }
     case kBool:
       out->cls = StoredView::Class::Integer;
       out->integer = v[0] == 't' ? 1 : 0;
