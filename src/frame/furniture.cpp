@@ -1,10 +1,6 @@
 // Page furniture: the heading of a list, the footer stamped on every page,
 // the single-value lookup, the office letterhead and the provider blocks.
-#include <unistd.h>
-
 #include <algorithm>
-#include <atomic>
-#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -12,13 +8,11 @@
 #include "common/errors.h"
 #include "common/format.h"
 #include "common/vbstrings.h"
-#include "frame/blob_files.h"
 #include "frame/contact_cells.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
 #include "frame/surface/surface.h"
 #include "frame/surface/table_model.h"
-#include "platform/host/files.h"
 #include "platform/host/host_services.h"
 
 namespace orv {
@@ -195,33 +189,27 @@ void clsReports::PrintLetterHead(Twips EndAbove) {
 
   Twips bottom_of_picture = vsp.MarginHeader();
   if (has_logo) {
-    // A name of this run's own: two reports printing letterheads at once
-    // (two workstations' runs on one server, the web host's requests) would
-    // otherwise write and remove one another's file, and a letter would
-    // come out without its logo.
-    static std::atomic<unsigned> pictures{0};
-    std::string file = host::GetTempDirectory() + "OfficePicture-" + std::to_string(::getpid()) +
-                       "-" + std::to_string(pictures++) + ".jpg";
-    // The picture steps ignore their errors: a bad picture only leaves the
-    // letterhead without it.
+    // The picture is decoded from the field's bytes, with no temporary
+    // file to make, write, read back and remove for every document. A bad
+    // picture only leaves the letterhead without it.
     try {
-      std::error_code ec;
-      std::filesystem::remove(file, ec);
-      if (SaveFileFromDB(rs, "Logo", file)) {
-        // The picture sits in the box's top left corner with its own
-        // proportions.
-        frame::PictureImage image = frame::LoadPicture(file);
-        const auto [w, h] = FitInBox(box, box, image->width, image->height);
-        vsp.PictureLeft(vsp.MarginLeft());
-        vsp.PictureRight(vsp.MarginLeft() + w);
-        vsp.PictureTop(vsp.MarginHeader());
-        vsp.PictureBottom(vsp.MarginHeader() + h);
-        vsp.Picture(image);
+      Bytes data;
+      if (logo.type() == VarType::Binary) {
+        data = logo.AsBytes();
+      } else {
+        const std::string text = CStr(logo);
+        data.assign(text.begin(), text.end());
       }
-      std::filesystem::remove(file, ec);
+      // The picture sits in the box's top left corner with its own
+      // proportions.
+      frame::PictureImage image = frame::DecodePicture(data, "the office's logo");
+      const auto [w, h] = FitInBox(box, box, image->width, image->height);
+      vsp.PictureLeft(vsp.MarginLeft());
+      vsp.PictureRight(vsp.MarginLeft() + w);
+      vsp.PictureTop(vsp.MarginHeader());
+      vsp.PictureBottom(vsp.MarginHeader() + h);
+      vsp.Picture(image);
     } catch (const std::exception&) {
-      std::error_code ec;
-      std::filesystem::remove(file, ec);
     }
     vsp.CurrentX(vsp.MarginLeft() + box);
     vsp.CurrentY(vsp.MarginHeader() + box);

@@ -8,6 +8,7 @@
 // jpeglib.h needs FILE declared first.
 #include <jpeglib.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -17,11 +18,28 @@
 namespace orv::frame {
 namespace {
 
-std::shared_ptr<render::Image> LoadPng(const std::string& path) {
-  cairo_surface_t* s = cairo_image_surface_create_from_png(path.c_str());
+// cairo reads a PNG through a callback; this one hands out the bytes in
+// memory, and a read past their end fails the decoding.
+struct PngBytes {
+  const std::vector<unsigned char>* data;
+  size_t at = 0;
+};
+
+cairo_status_t ReadPngBytes(void* closure, unsigned char* out, unsigned int length) {
+  auto* in = static_cast<PngBytes*>(closure);
+  if (in->data->size() - in->at < length) return CAIRO_STATUS_READ_ERROR;
+  std::copy_n(in->data->data() + in->at, length, out);
+  in->at += length;
+  return CAIRO_STATUS_SUCCESS;
+}
+
+std::shared_ptr<render::Image> DecodePng(const std::vector<unsigned char>& data,
+                                         const std::string& what) {
+  PngBytes in{&data};
+  cairo_surface_t* s = cairo_image_surface_create_from_png_stream(ReadPngBytes, &in);
   if (cairo_surface_status(s) != CAIRO_STATUS_SUCCESS) {
     cairo_surface_destroy(s);
-    throw SurfaceError("Picture file is not a readable PNG picture: " + path);
+    throw SurfaceError("Picture file is not a readable PNG picture: " + what);
   }
   // Bring every PNG to one pixel format, whatever it was stored as.
   const int w = cairo_image_surface_get_width(s), h = cairo_image_surface_get_height(s);
@@ -143,21 +161,25 @@ bool DecodeJpeg(const JpegApi& api, const std::vector<unsigned char>& data, rend
 PictureImage LoadPicture(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   if (!in) throw SurfaceError("Picture file not found: " + path);
-  std::vector<unsigned char> data((std::istreambuf_iterator<char>(in)),
-                                  std::istreambuf_iterator<char>());
+  const std::vector<unsigned char> data((std::istreambuf_iterator<char>(in)),
+                                        std::istreambuf_iterator<char>());
+  return DecodePicture(data, path);
+}
+
+PictureImage DecodePicture(const std::vector<unsigned char>& data, const std::string& what) {
   if (data.size() >= 8 && data[0] == 0x89 && data[1] == 'P' && data[2] == 'N' && data[3] == 'G')
-    return LoadPng(path);
+    return DecodePng(data, what);
   if (data.size() >= 3 && data[0] == 0xFF && data[1] == 0xD8 && data[2] == 0xFF) {
     const JpegApi* api = JpegApi::Get();
-    if (!api) throw SurfaceError("JPEG pictures need libjpeg, which is not installed: " + path);
+    if (!api) throw SurfaceError("JPEG pictures need libjpeg, which is not installed: " + what);
     auto img = std::make_shared<render::Image>();
     char message[JMSG_LENGTH_MAX];
     if (!DecodeJpeg(*api, data, *img, message))
       throw SurfaceError("Picture file is not a readable JPEG picture (" + std::string(message) +
-                         "): " + path);
+                         "): " + what);
     return img;
   }
-  throw SurfaceError("Picture file is neither PNG nor JPEG: " + path);
+  throw SurfaceError("Picture file is neither PNG nor JPEG: " + what);
 }
 
 }  // namespace orv::frame

@@ -28,6 +28,9 @@ namespace orv::frame {
 using PictureImage = std::shared_ptr<const render::Image>;
 // Loads a picture file; raises SurfaceError if it cannot be read.
 PictureImage LoadPicture(const std::string& path);
+// Decodes a picture held in memory (a file's bytes, a picture field);
+// raises SurfaceError naming `what` if it is not a readable PNG or JPEG.
+PictureImage DecodePicture(const std::vector<unsigned char>& data, const std::string& what);
 
 class PrintSurface;
 

@@ -1,6 +1,7 @@
 #include "platform/db/statement_cache.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <optional>
 #include <string_view>
@@ -130,10 +131,19 @@ bool AfterComparison(const std::string& s, size_t at) {
   return at > 0 && (s[at - 1] == '=' || s[at - 1] == '<' || s[at - 1] == '>');
 }
 
+// The characters ParameteriseLiterals looks at: quotes, an opening
+// bracket, the first characters of comments, and digits.
+constexpr std::array<bool, 256> kScanStops = [] {
+  std::array<bool, 256> stops{};
+  for (unsigned char c : std::string_view("'\"[-/0123456789")) stops[c] = true;
+  return stops;
+}();
+
 // True when the statement already holds one of the number sentinels, which
 // would then be taken for a lifted literal.
 bool HoldsNumberSentinel(const std::string& s) {
-  if (s.find(Sentinel(0).substr(0, 6)) == std::string::npos) return false;
+  static const std::string prefix = Sentinel(0).substr(0, 6);
+  if (s.find(prefix) == std::string::npos) return false;
   for (size_t k = 0; k < kMaxParameters; ++k)
     if (!FindNumber(s, Sentinel(k)).empty()) return true;
   return false;
@@ -143,8 +153,9 @@ StatementForm ParameteriseLiterals(const std::string& s, bool dates) {
   StatementForm f;
   // A statement that already holds a sentinel keeps that kind of literal.
   const bool numbers_ok = !HoldsNumberSentinel(s);
-  const bool quoted_ok = s.find(kDateSentinelYear) == std::string::npos &&
-                         s.find(std::to_string(kFirstTextSentinel).substr(0, 6)) == std::string::npos;
+  static const std::string text_prefix = std::to_string(kFirstTextSentinel).substr(0, 6);
+  const bool quoted_ok =
+      s.find(kDateSentinelYear) == std::string::npos && s.find(text_prefix) == std::string::npos;
   // The form is copied in spans between replaced literals: this runs for
   // every statement a report opens, so it avoids per-character appends.
   size_t copied = 0;
@@ -157,7 +168,11 @@ StatementForm ParameteriseLiterals(const std::string& s, bool dates) {
     copied = to;
   };
   while (i < n) {
-    char c = s[i];
+    // Names, blanks and operators are passed over in a tight loop: the scan
+    // stops only where a literal, a quoted name or a comment may begin.
+    while (i < n && !kScanStops[static_cast<unsigned char>(s[i])]) ++i;
+    if (i == n) break;
+    const char c = s[i];
     if (c == '\'') {
       size_t end = s.find('\'', i + 1);
       if (end == std::string::npos) break;

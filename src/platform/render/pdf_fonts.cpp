@@ -36,14 +36,18 @@ void Append32(std::string& d, uint32_t v) {
   Append16(d, uint16_t(v));
 }
 
+// The sum of the big-endian words of `t`, the last padded with zeros. Every
+// document sums its subsets twice over (each table, then the whole file):
+// whole words are read four bytes at once, only the tail byte by byte.
 uint32_t Checksum(std::string_view t) {
   uint32_t sum = 0;
-  for (size_t i = 0; i < t.size(); i += 4) {
-    uint32_t word = 0;
-    for (size_t k = 0; k < 4; ++k) word = word << 8 | (i + k < t.size() ? uint8_t(t[i + k]) : 0);
-    sum += word;
-  }
-  return sum;
+  const auto* p = reinterpret_cast<const unsigned char*>(t.data());
+  const size_t whole = t.size() / 4 * 4;
+  for (size_t i = 0; i < whole; i += 4)
+    sum += uint32_t(p[i]) << 24 | uint32_t(p[i + 1]) << 16 | uint32_t(p[i + 2]) << 8 | p[i + 3];
+  uint32_t last = 0;
+  for (size_t i = whole; i < whole + 4; ++i) last = last << 8 | (i < t.size() ? p[i] : 0);
+  return whole < t.size() ? sum + last : sum;
 }
 
 // The tables of a TrueType file by tag.
@@ -143,26 +147,35 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
   keep.erase(keep.upper_bound(uint16_t(data.size() - 1)), keep.end());
   const uint16_t count = uint16_t(*keep.rbegin() + 1);
 
-  // glyf and loca anew (long offsets); glyphs not kept are empty.
-  std::string glyf, loca;
+  // glyf and loca anew (long offsets); glyphs not kept are empty. Every
+  // glyph up to the last kept has its entries, written in place: a page of
+  // plain text shows glyphs numbered into the hundreds.
+  std::vector<bool> kept(count);
+  size_t glyf_size = 0;
+  for (uint16_t g : keep) {
+    kept[g] = true;
+    glyf_size += (data[g].size() + 3) / 4 * 4;
+  }
+  std::string glyf, loca(size_t(count + 1) * 4, '\0');
+  glyf.reserve(glyf_size);
   for (uint16_t g = 0; g < count; ++g) {
-    Append32(loca, uint32_t(glyf.size()));
-    if (!keep.count(g)) continue;
+    Put32(loca, size_t(g) * 4, uint32_t(glyf.size()));
+    if (!kept[g]) continue;
     glyf.append(data[g]);
     glyf.append((4 - glyf.size() % 4) % 4, '\0');
   }
-  Append32(loca, uint32_t(glyf.size()));
+  Put32(loca, size_t(count) * 4, uint32_t(glyf.size()));
 
   // Every glyph kept gets an advance and side bearing of its own.
   const std::string_view hmtx_in = tables.at("hmtx");
   const uint16_t metrics = U16(tables.at("hhea"), 34);
-  std::string hmtx;
+  std::string hmtx(size_t(count) * 4, '\0');
   for (uint16_t g = 0; g < count; ++g) {
     const uint16_t advance = U16(hmtx_in, size_t(std::min<uint16_t>(g, metrics - 1)) * 4);
     const int16_t lsb = g < metrics ? S16(hmtx_in, size_t(g) * 4 + 2)
                                     : S16(hmtx_in, size_t(metrics) * 4 + size_t(g - metrics) * 2);
-    Append16(hmtx, advance);
-    Append16(hmtx, uint16_t(lsb));
+    Put16(hmtx, size_t(g) * 4, advance);
+    Put16(hmtx, size_t(g) * 4 + 2, uint16_t(lsb));
   }
   std::string head(tables.at("head")), hhea(tables.at("hhea")), maxp(tables.at("maxp"));
   Put32(head, 8, 0);   // checkSumAdjustment, set below

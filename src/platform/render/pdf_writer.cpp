@@ -15,29 +15,60 @@ void AppendNumber(std::string& out, double v, int decimals) {
   if (decimals < 0) decimals = 0;
   if (decimals > 6) decimals = 6;
   if (!std::isfinite(v)) v = 0;
-  int64_t n = std::llround(v * double(kScale[decimals]));
+  // Rounded half away from zero, as llround rounds. A page of a list prints
+  // some thousand numbers, so below 2^52, where the fraction left by
+  // truncating is exact, it is rounded here rather than through the
+  // library call.
+  const double scaled = v * double(kScale[decimals]);
+  int64_t n;
+  if (std::fabs(scaled) < 4503599627370496.0) {
+    n = static_cast<int64_t>(scaled);
+    const double fraction = scaled - static_cast<double>(n);
+    if (fraction >= 0.5)
+      ++n;
+    else if (fraction <= -0.5)
+      --n;
+  } else {
+    n = std::llround(scaled);
+  }
   if (n == 0) {
     out.push_back('0');
     return;
   }
-  const bool negative = n < 0;
-  if (negative) n = -n;
+  if (n < 0) {
+    out.push_back('-');
+    n = -n;
+  }
   // Drop the fraction's trailing zeros before writing anything.
   while (decimals > 0 && n % 10 == 0) {
     n /= 10;
     --decimals;
   }
-  // The digits from the last, into a buffer appended at once: pages of a
-  // long list write hundreds of thousands of numbers.
-  char text[32];
+  // Written backwards into a buffer, then appended at once: the fraction's
+  // digits and its point, then the whole part two digits at a time.
+  static constexpr char kPairs[] =
+      "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+      "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+      "8081828384858687888990919293949596979899";
+  char text[24];
   char* const end = text + sizeof text;
   char* p = end;
-  for (int k = 0; n > 0 || k <= decimals; ++k) {
-    *--p = char('0' + n % 10);
-    n /= 10;
-    if (k + 1 == decimals) *--p = '.';
+  auto u = static_cast<uint64_t>(n);
+  if (decimals > 0) {
+    for (int i = 0; i < decimals; ++i, u /= 10) *--p = char('0' + u % 10);
+    *--p = '.';
   }
-  if (negative) *--p = '-';
+  while (u >= 100) {
+    p -= 2;
+    std::memcpy(p, kPairs + (u % 100) * 2, 2);
+    u /= 100;
+  }
+  if (u >= 10) {
+    p -= 2;
+    std::memcpy(p, kPairs + u * 2, 2);
+  } else {
+    *--p = char('0' + u);
+  }
   out.append(p, size_t(end - p));
 }
 
@@ -234,11 +265,14 @@ void PdfFile::Stream(int id, std::string_view dict, std::string_view data, int l
 void PdfFile::Finish(int root, int info) {
   const uint64_t xref = offset_ + buffer_.size();
   std::string table = "xref\n0 " + std::to_string(offsets_.size() + 1) + "\n0000000000 65535 f \n";
+  table.reserve(table.size() + offsets_.size() * 20 + 128);
   for (uint64_t at : offsets_) {
     if (at == 0) throw RenderError("Cannot write " + path_ + ": an object was never written");
-    char line[40];
-    std::snprintf(line, sizeof line, "%010llu 00000 n \n", static_cast<unsigned long long>(at));
-    table += line;
+    // "0000012345 00000 n \n": ten digits, as the table's fixed lines need.
+    char line[20] = {'0', '0', '0', '0', '0', '0', '0', '0', '0', '0',
+                     ' ', '0', '0', '0', '0', '0', ' ', 'n', ' ', '\n'};
+    for (int i = 9; i >= 0 && at > 0; --i, at /= 10) line[i] = char('0' + at % 10);
+    table.append(line, sizeof line);
   }
   table += "trailer\n<< /Size " + std::to_string(offsets_.size() + 1) + " /Root " +
            std::to_string(root) + " 0 R";

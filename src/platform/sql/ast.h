@@ -134,7 +134,13 @@ struct TableSource {
   bool parenthesised = false;
   // Filled by the binder.
   std::string engine_alias;   // unique alias in the printed statement
-  std::vector<ColumnType> columns;  // Table, Derived: the columns in order
+  // The columns in order: a table's are the schema's own list, which the
+  // schema keeps for as long as it lives (a table of a hundred columns is
+  // not copied for every statement that names it); a derived table's are
+  // its own.
+  const std::vector<ColumnType>* table_columns = nullptr;  // Table
+  std::vector<ColumnType> columns;                         // Derived
+  const std::vector<ColumnType>& Columns() const { return table_columns ? *table_columns : columns; }
 };
 using TableSourcePtr = std::unique_ptr<TableSource>;
 

@@ -10,8 +10,11 @@ namespace bind {
 
 namespace {
 
-// The name a FROM source is known by: its alias, or the table's name.
-std::string ExposedName(const TableSource& src) { return src.alias.empty() ? src.table : src.alias; }
+// The name a FROM source is known by: its alias, or the table's name. Asked
+// for every table in scope at every qualified column, so not copied.
+const std::string& ExposedName(const TableSource& src) {
+  return src.alias.empty() ? src.table : src.alias;
+}
 
 // The sources of a FROM item in the order they are written.
 void SourcesInOrder(const TableSource& src, std::vector<const TableSource*>& out) {
@@ -190,9 +193,10 @@ void Binder::ImplyOrder(Query& q) {
       const std::vector<std::string>& key = schema_.PrimaryKey(t->table);
       if (key.empty()) return;
       for (const std::string& name : key) {
-        auto c = std::find_if(t->columns.begin(), t->columns.end(),
+        const std::vector<ColumnType>& columns = t->Columns();
+        auto c = std::find_if(columns.begin(), columns.end(),
                               [&](const ColumnType& col) { return SameName(col.name, name); });
-        if (c == t->columns.end()) return;
+        if (c == columns.end()) return;
         OrderItem o;
         o.expr = std::make_unique<Expr>(ExprKind::Column, s.pos);
         o.expr->text = c->name;
@@ -241,7 +245,7 @@ void Binder::AddSources(TableSource& src, Scope* scope, Scope* outer) {
     case TableSource::Kind::Table: {
       const std::vector<ColumnType>* cols = schema_.FindTable(src.table);
       if (!cols) Fail("Invalid object name '" + src.table + "'", src.pos);
-      src.columns = *cols;
+      src.table_columns = cols;
       src.table = schema_.TableName(src.table);
       break;
     }
@@ -291,7 +295,7 @@ void Binder::BindItem(SelectItem& item, Scope* scope) {
     for (TableSource* t : scope->tables) {
       if (!q.empty() && !SameName(ExposedName(*t), q)) continue;
       found = true;
-      for (const ColumnType& c : t->columns) {
+      for (const ColumnType& c : t->Columns()) {
         item.outputs.push_back({c.name, {c.kind, c.length, false}, t->engine_alias, c.name});
       }
     }
@@ -321,7 +325,7 @@ void Binder::BindWrite(Statement& st) {
   target_ = std::make_unique<TableSource>();
   target_->kind = TableSource::Kind::Table;
   target_->table = st.table;
-  target_->columns = *cols;
+  target_->table_columns = cols;
   // The target keeps its own name: SQLite's UPDATE and DELETE take no alias.
   target_->engine_alias = st.table;
   st.table_name = schema_.TableName(st.table);
@@ -446,13 +450,13 @@ void Binder::ResolveColumn(ExprPtr& slot, Scope* scope) {
         if (SameName(ExposedName(*t), e.qualifier)) match = t;
       }
       if (!match) continue;
-      for (const ColumnType& c : match->columns) {
+      for (const ColumnType& c : match->Columns()) {
         if (SameName(c.name, e.text)) column = &c;
       }
       if (!column) Fail("Invalid column name '" + e.qualifier + "." + e.text + "'", e.pos);
     } else {
       for (TableSource* t : s->tables) {
-        for (const ColumnType& c : t->columns) {
+        for (const ColumnType& c : t->Columns()) {
           if (!SameName(c.name, e.text)) continue;
           if (column && match != t) Fail("Ambiguous column name '" + e.text + "'", e.pos);
           match = t;

@@ -86,9 +86,37 @@ bool ReadTime(std::string_view rest, int& h, int& n, int& s) {
   return h < 24 && n < 60 && s < 60;
 }
 
+// The digits of `text` from `from` to `to` as a number; -1 when any is no
+// digit.
+int Digits(std::string_view text, size_t from, size_t to) {
+  int v = 0;
+  for (size_t i = from; i < to; ++i) {
+    if (text[i] < '0' || text[i] > '9') return -1;
+    v = v * 10 + (text[i] - '0');
+  }
+  return v;
+}
+
 }  // namespace
 
 std::optional<DateTime> ReadServerDate(std::string_view text) {
+  // The form reports write nearly every date in, "yyyy-mm-dd" with or
+  // without " hh:mm:ss", is read directly; it reads as the general reading
+  // below reads it. Every quoted literal a statement compares is tried as
+  // a date before the statement is prepared.
+  if ((text.size() == 10 || (text.size() == 19 && text[10] == ' ' && text[13] == ':' &&
+                             text[16] == ':')) &&
+      text[4] == '-' && text[7] == '-') {
+    const int y = Digits(text, 0, 4), m = Digits(text, 5, 7), d = Digits(text, 8, 10);
+    const bool timed = text.size() == 19;
+    if (y >= 0 && m >= 0 && d >= 0 &&
+        (!timed || (Digits(text, 11, 13) >= 0 && Digits(text, 14, 16) >= 0 && Digits(text, 17, 19) >= 0))) {
+      if (!IsValidDate(y, m, d) || y < 1753) return std::nullopt;
+      int h = 0, n = 0, sec = 0;
+      if (timed && !ReadTime(text.substr(11), h, n, sec)) return std::nullopt;
+      return DateTime::FromParts(y, m, d, h, n, sec);
+    }
+  }
   // Empty text (or blanks) is the server's day zero, 1900-01-01.
   if (text.find_first_not_of(" \t") == std::string_view::npos) return DateTime::FromParts(1900, 1, 1);
   // Split off the time: it starts at the first ':' less the hour digits, or

@@ -53,10 +53,10 @@ class Lexer {
         ReadNumber(t);
       } else if (IsIdentStart(c) || c == '#') {
         t.type = TokenType::Identifier;
-        while (i_ < text_.size() && IsIdentPart(text_[i_])) t.text += Advance();
+        ReadName(t);
       } else if (c == '@') {
         t.type = TokenType::Variable;
-        while (i_ < text_.size() && IsIdentPart(text_[i_])) t.text += Advance();
+        ReadName(t);
       } else if (c == '[') {
         ReadQuoted(t, ']');
       } else if (c == '"') {
@@ -82,6 +82,15 @@ class Lexer {
     return c;
   }
 
+  // A name is taken whole: it holds no line end, so only the column moves.
+  void ReadName(Token& t) {
+    size_t end = i_;
+    while (end < text_.size() && IsIdentPart(text_[end])) ++end;
+    t.text.assign(text_.substr(i_, end - i_));
+    pos_.column += static_cast<int>(end - i_);
+    i_ = end;
+  }
+
   [[noreturn]] void Fail(const std::string& reason, Pos at) const {
     throw SqlError(reason, at.line, at.column, std::string(text_));
   }
@@ -89,7 +98,11 @@ class Lexer {
   void SkipBlanksAndComments() {
     while (i_ < text_.size()) {
       unsigned char c = text_[i_];
-      if (std::isspace(c)) {
+      if (c == ' ') {
+        // Blanks, by far the most common, move the column alone.
+        ++i_;
+        ++pos_.column;
+      } else if (std::isspace(c)) {
         Advance();
       } else if (c == '-' && Peek(1) == '-') {
         while (i_ < text_.size() && text_[i_] != '\n') Advance();
@@ -124,6 +137,15 @@ class Lexer {
     Advance();  // opening quote
     for (;;) {
       if (i_ >= text_.size()) Fail("Unclosed quotation mark after the character string", t.pos);
+      // The text up to the next quote or line end is taken in one piece.
+      const size_t stop = text_.find_first_of("'\n", i_);
+      if (stop != i_) {
+        const size_t end = stop == std::string_view::npos ? text_.size() : stop;
+        t.text.append(text_.substr(i_, end - i_));
+        pos_.column += static_cast<int>(end - i_);
+        i_ = end;
+        continue;
+      }
       char c = Advance();
       if (c == '\'') {
         if (Peek(0) == '\'') {

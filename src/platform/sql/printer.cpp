@@ -5,23 +5,30 @@
 
 namespace orv::sql::print {
 
-std::string Quote(const std::string& name) {
-  std::string out = "\"";
-  for (char c : name) {
-    if (c == '"') out += '"';
-    out += c;
+namespace {
+
+// `text` between `mark`s, a `mark` inside doubled. Every name of every
+// statement is printed through here, so the text is copied in runs between
+// marks rather than a character at a time.
+std::string Enclose(const std::string& text, char mark) {
+  std::string out;
+  out.reserve(text.size() + 2);
+  out += mark;
+  size_t from = 0;
+  for (size_t at; (at = text.find(mark, from)) != std::string::npos; from = at + 1) {
+    out.append(text, from, at + 1 - from);
+    out += mark;
   }
-  return out + "\"";
+  out.append(text, from, std::string::npos);
+  out += mark;
+  return out;
 }
 
-std::string QuoteText(const std::string& text) {
-  std::string out = "'";
-  for (char c : text) {
-    if (c == '\'') out += '\'';
-    out += c;
-  }
-  return out + "'";
-}
+}  // namespace
+
+std::string Quote(const std::string& name) { return Enclose(name, '"'); }
+
+std::string QuoteText(const std::string& text) { return Enclose(text, '\''); }
 
 namespace {
 

@@ -9,6 +9,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "common/collation.h"
@@ -655,7 +657,9 @@ class SqliteTableReader {
       c.name = reinterpret_cast<const char*>(sqlite3_column_text(columns_, 0));
       const unsigned char* declared = sqlite3_column_text(columns_, 1);
       c.declared = declared ? reinterpret_cast<const char*>(declared) : "";
-      c.kind = Schema::KindOfDeclared(c.declared, &c.length);
+      const auto& [kind, length] = KindOf(c.declared);
+      c.kind = kind;
+      c.length = length;
       if (int pk = sqlite3_column_int(columns_, 2); pk > 0) keyed.emplace_back(pk, c.name);
       t.columns.push_back(std::move(c));
     }
@@ -667,6 +671,18 @@ class SqliteTableReader {
   }
 
  private:
+  // A practice's tables declare a handful of types over and over
+  // ("varchar(50)", "int", "money"): each is read once per connection.
+  const std::pair<ValueKind, int>& KindOf(const std::string& declared) {
+    auto it = kinds_.find(declared);
+    if (it == kinds_.end()) {
+      int length = 0;
+      const ValueKind kind = Schema::KindOfDeclared(declared, &length);
+      it = kinds_.emplace(declared, std::make_pair(kind, length)).first;
+    }
+    return it->second;
+  }
+
   static std::string Lower(std::string_view s) {
     std::string out(s);
     for (char& c : out) c = char(std::tolower(static_cast<unsigned char>(c)));
@@ -699,6 +715,7 @@ class SqliteTableReader {
   sqlite3* db_;
   sqlite3_stmt* columns_ = nullptr;
   std::map<std::string, std::string> names_;  // lower-case name -> as declared
+  std::unordered_map<std::string, std::pair<ValueKind, int>> kinds_;  // declared type -> its kind
 };
 
 }  // namespace

@@ -54,6 +54,10 @@ TEST(PdfNumbers, FixedDecimalsWithoutLocale) {
       {"minus zero", -0.0001, 3, "0"},
       {"large", 123456.789, 3, "123456.789"},
       {"no decimals", 545.9, 0, "546"},
+      {"a half rounds away from zero", 0.0625, 3, "0.063"},
+      {"a negative half too", -2.5, 0, "-3"},
+      {"just under a half", 0.49999999999999994, 0, "0"},
+      {"past the exact fractions", 1e13 + 0.5, 3, "10000000000000.5"},
   };
   for (const auto& c : cases) {
     std::string out;
@@ -96,6 +100,37 @@ class SubsetFont : public ::testing::Test {
     cairo_font_options_destroy(options);
     return font;
   }
+
+  // Each table sums to what its directory entry says, and the whole file to
+  // the constant head's adjustment aims at; a table whose length is no
+  // multiple of four (head's 54 bytes) sums as if padded with zeros.
+  static void ExpectChecksumsHold(const std::string& font, const char* name) {
+    auto word = [&](size_t at) {
+      uint32_t w = 0;
+      for (size_t k = 0; k < 4; ++k)
+        w = w << 8 | (at + k < font.size() ? uint8_t(font[at + k]) : 0u);
+      return w;
+    };
+    auto sum = [&](size_t from, size_t length) {
+      uint32_t s = 0;
+      for (size_t at = from; at < from + length; at += 4) {
+        uint32_t w = 0;
+        for (size_t k = 0; k < 4; ++k) w = w << 8 | (at + k < from + length ? uint8_t(font[at + k]) : 0u);
+        s += w;
+      }
+      return s;
+    };
+    const size_t tables = word(4) >> 16;
+    for (size_t i = 0; i < tables; ++i) {
+      const size_t entry = 12 + 16 * i, at = word(entry + 8);
+      const std::string tag = font.substr(entry, 4);
+      uint32_t got = sum(at, word(entry + 12));
+      // head is summed with its checksumAdjustment (at 8) taken as zero.
+      if (tag == "head") got -= word(at + 8);
+      EXPECT_EQ(got, word(entry + 4)) << name << ": table " << tag;
+    }
+    EXPECT_EQ(sum(0, font.size()), 0xB1B0AFBAu) << name << ": the whole file";
+  }
 };
 
 TEST_F(SubsetFont, HoldsExactlyTheGlyphsShownAndTheirParts) {
@@ -114,10 +149,12 @@ TEST_F(SubsetFont, HoldsExactlyTheGlyphsShownAndTheirParts) {
     const std::vector<unsigned long> absent = GlyphsOf(c.file, c.absent);
     std::set<uint16_t> used(shown.begin(), shown.end());
     const std::string path = TempPath(std::string("subset_") + c.name[0] + ".ttf");
+    const std::string subset = pdf::SubsetTrueType(FileBytes(c.file), used);
     {
       std::ofstream out(path, std::ios::binary);
-      out << pdf::SubsetTrueType(FileBytes(c.file), used);
+      out << subset;
     }
+    ExpectChecksumsHold(subset, c.name);
     EXPECT_LT(fs::file_size(path), fs::file_size(c.file) / 4) << c.name;
     for (unsigned long g : shown) EXPECT_TRUE(HasInk(path, g)) << c.name << ": glyph " << g;
     for (unsigned long g : absent) {

@@ -229,6 +229,9 @@ TEST(SqlDateText, ServerForms) {
       {"2026-02-29", ""},                       {"13/01/2026", ""},
       {"yesterday", ""},                        {"2026-11-01 25:00", ""},
       {"", "1900-01-01 00:00:00"},
+      // The form reports write, read on its own short path.
+      {"2026-11-01 08:05:09", "2026-11-01 08:05:09"}, {"2026-11-01 24:00:00", ""},
+      {"1752-12-31", ""},
   };
   for (const auto& [text, iso] : cases) EXPECT_EQ(iso, NormaliseDateText(text)) << "'" << text << "'";
 }
