@@ -313,19 +313,20 @@ Currency AccountModel::ReturnFamilyCredit(int32_t PatientID, bool IncludePostDat
   return Round(SumOf(sql), 2);
 }
 
+std::vector<std::string> IdLists(const std::vector<int32_t>& ids, size_t per_read) {
+  per_read = std::max<size_t>(1, per_read);
+  std::vector<std::string> lists;
+  for (size_t first = 0; first < ids.size(); first += per_read) {
+    std::string list;
+    for (size_t i = first; i < ids.size() && i < first + per_read; ++i)
+      list += (list.empty() ? "" : ", ") + std::to_string(ids[i]);
+    lists.push_back(std::move(list));
+  }
+  return lists;
+}
+
 std::map<int32_t, Currency> AccountModel::ReturnFamilyCredits(const std::vector<int32_t>& PatientIDs,
                                                               size_t per_read) const {
-  per_read = std::max<size_t>(1, per_read);
-  auto lists = [per_read](const std::vector<int32_t>& ids) {
-    std::vector<std::string> out;
-    for (size_t first = 0; first < ids.size(); first += per_read) {
-      std::string list;
-      for (size_t i = first; i < ids.size() && i < first + per_read; ++i)
-        list += (list.empty() ? "" : ", ") + std::to_string(ids[i]);
-      out.push_back(std::move(list));
-    }
-    return out;
-  };
   std::vector<int32_t> patients = PatientIDs;
   std::sort(patients.begin(), patients.end());
   patients.erase(std::unique(patients.begin(), patients.end()), patients.end());
@@ -334,7 +335,7 @@ std::map<int32_t, Currency> AccountModel::ReturnFamilyCredits(const std::vector<
   // them; a patient not found has neither.
   std::map<int32_t, std::pair<int32_t, int32_t>> holders;
   std::vector<int32_t> keys;
-  for (const std::string& list : lists(patients)) {
+  for (const std::string& list : IdLists(patients, per_read)) {
     db::Recordset rs;
     rs.Open("SELECT ID, PrimaryHolderID, SecondaryHolderID FROM Patient WHERE ID IN (" + list + ")", conn_,
             adOpenForwardOnly, adLockReadOnly, adCmdText);
@@ -359,7 +360,7 @@ std::map<int32_t, Currency> AccountModel::ReturnFamilyCredits(const std::vector<
   };
   std::map<int32_t, Member> members;
   const std::string today = SqlDate(Clock::Today());
-  for (const std::string& list : lists(keys)) {
+  for (const std::string& list : IdLists(keys, per_read)) {
     db::Recordset rs;
     rs.Open(
         "SELECT Patient.ID, Patient.PrimaryHolderID, Patient.SecondaryHolderID, SUM([TotalToCredit]) as "

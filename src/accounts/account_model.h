@@ -37,6 +37,10 @@ namespace orv {
 // short. Tests lower it to cross the edge of a read with a few accounts.
 inline size_t BulkStatementKeysPerRead = 500;
 
+// `ids` as comma-separated lists of at most `per_read` numbers each, in
+// their order, for "IN (...)" conditions read or written a portion at a time.
+std::vector<std::string> IdLists(const std::vector<int32_t>& ids, size_t per_read);
+
 // The default `EndDate` of ReturnAccountCredit: Jan 1, 1900, read as today.
 inline DateTime NoEndDate() {
   return DateTime::FromParts(1900, 1, 1);

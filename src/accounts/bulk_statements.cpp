@@ -130,7 +130,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     std::optional<int32_t> holder;
   };
   std::vector<Row> open_rows;
-  const size_t keys_per_read = std::max<size_t>(1, BulkStatementKeysPerRead);
+  const size_t keys_per_read = BulkStatementKeysPerRead;
   // Each open invoice by its patient and by its patient's primary holder.
   std::vector<std::pair<int32_t, uint32_t>> by_patient, by_holder;
   {
@@ -138,10 +138,7 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     // both; it is taken from the first, so that its payments are summed
     // once and the pages find one row of it under either key.
     std::unordered_set<int32_t> taken;
-    for (size_t first = 0; first < keys.size(); first += keys_per_read) {
-      std::string list;
-      for (size_t i = first; i < keys.size() && i < first + keys_per_read; ++i)
-        list += (list.empty() ? "" : ", ") + std::to_string(keys[i]);
+    for (const std::string& list : IdLists(keys, keys_per_read)) {
       std::string condition =
           IsFamilyStatement
               ? "WHERE (Invoices.[Complete?] = - 1 or Invoices.[Complete?] = 1) and (Invoices.PatientID IN (" +
@@ -349,12 +346,8 @@ void clsReports::rptBulkStatements(std::string txtPatientFilter, std::string txt
     rs.MoveNext();
   }
   rs.Close();
-  for (size_t first = 0; first < stamped.size(); first += keys_per_read) {
-    std::string list;
-    for (size_t i = first; i < stamped.size() && i < first + keys_per_read; ++i)
-      list += (list.empty() ? "" : ", ") + std::to_string(stamped[i]);
+  for (const std::string& list : IdLists(stamped, keys_per_read))
     conn().Execute("UPDATE Patient SET LastStatement = GETDATE() WHERE ID IN (" + list + ")");
-  }
   stamps.Commit();
 
   // The footers go on by overlay once the page count is known: the office's
