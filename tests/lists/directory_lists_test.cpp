@@ -243,22 +243,6 @@ TEST_F(DirectoryLists, SeparatorsInTheDataStayInTheirCells) {
   }
 }
 
-TEST_F(DirectoryLists, TrapShowsItsTextAndTheDescription) {
-  bool after = false;
-  reports.Trap("An Error has occurred in Sub rptStatements in Class clsReports.", [&] {
-    db::Recordset rs;
-    rs.Open("SELECT NoSuchColumn FROM Patient", conn);
-    after = true;
-  });
-  EXPECT_FALSE(after);
-  ASSERT_EQ(host.messages.size(), 1u);
-  const auto& m = host.messages[0];
-  EXPECT_EQ(m.prompt.rfind("An Error has occurred in Sub rptStatements in Class clsReports.\n", 0), 0u);
-  EXPECT_NE(m.prompt.find("NoSuchColumn"), std::string::npos) << m.prompt;
-  EXPECT_EQ(m.buttons, host::vbOKOnly);
-  EXPECT_EQ(m.title, "");
-}
-
 TEST_F(DirectoryLists, BlobsAreWrittenInWholeChunksAndARemainder) {
   // Exactly one chunk, one chunk and a byte, and nothing.
   RawExec(
@@ -320,14 +304,6 @@ TEST_F(ComponentServices, ReturnConnectionReusesTheRunsOrOpensTheSettingsDatabas
   host::AppSettings().Override("Settings", "dbName", db_url);
   int32_t server_side = 2;
   EXPECT_EQ(reports.ReturnConnection(server_side).State(), db::adStateOpen);
-}
-
-TEST_F(ComponentServices, PayrollList) {
-  // The payroll list is searched from index 1; slot 0 never counts.
-  EXPECT_FALSE(reports.IsPayrollEmployee(7));
-  reports.EmployeeIDs() = {7, 3, 9};
-  EXPECT_FALSE(reports.IsPayrollEmployee(7));
-  EXPECT_TRUE(reports.IsPayrollEmployee(9));
 }
 
 }  // namespace

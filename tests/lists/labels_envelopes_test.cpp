@@ -159,6 +159,10 @@ TEST_F(Labels, FolderTabTrapShowsItsMessageOnABadFilter) {
   reports.rptFolderLabelsSingleSheet("NoSuchColumn = 1", rptTop);
   ASSERT_TRUE(SaidOnce(
       host, "An Error has occurred in Sub rptFolderLabelsSingleSheet in Object clsReports\n"));
+  // The trap's box: the error's own words after its text, OK alone, no title.
+  EXPECT_NE(host.messages[0].prompt.find("NoSuchColumn"), std::string::npos);
+  EXPECT_EQ(host.messages[0].buttons, host::vbOKOnly);
+  EXPECT_EQ(host.messages[0].title, "");
   EXPECT_TRUE(host.FailureShown());
 }
 
