@@ -187,8 +187,6 @@ TEST_F(DocumentOutputs, BulkStatementsSplitAndOtherMethodsRefuse) {
     const std::string account = f.substr(0, f.find('-'));
     const std::string text = PdfText(folder + f);
     EXPECT_TRUE(std::regex_search(text, std::regex("\\b" + account + "\\b"))) << f;
-    EXPECT_NE(text.find("Page 1 of " + std::to_string(PdfPages(folder + f))), std::string::npos)
-        << f;
   }
 
   struct Case {

@@ -91,7 +91,6 @@ TEST_F(HostHelp, HelpDescribesEveryParameter) {
         "written as numbers separated by commas", "Family  Boolean: one statement per family",
         "YTD (optional)  Boolean"}},
       {"srptUnAppliedPayments", {"runs in one of its own", "strFilter (optional)  String"}},
-      {"rptPatientsWithABalance", {"SortType (optional)  Integer: 0 by provider, 1 by overseer"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.method);
