@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "common/errors.h"
 #include "frame/surface/surface.h"
 #include "support/host_said.h"
 #include "support/report_fixture.h"
@@ -178,11 +177,6 @@ TEST_F(Labels, InsuranceCompanySheetCarriesOneCompanyThirtyTimes) {
   for (const auto& r : Runs(form.VSP, 0))
     if (r.font == Runs(form.VSP, 0)[0].font && company.rfind(r.text, 0) == 0) xs.insert(r.x.value());
   EXPECT_EQ(xs.size(), 3u);
-
-  // An unknown company fails on its first field, before any page.
-  form.VSP.KillDoc();
-  EXPECT_THROW(reports.rptInsuranceCompanyLabels(987654), ReportError);
-  EXPECT_EQ(form.VSP.PageCount(), 0);
 }
 
 TEST_F(Labels, AppointmentCardLabelWritesTheTimeFromMinutes) {
