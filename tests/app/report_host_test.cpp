@@ -64,7 +64,6 @@ TEST_F(ReportHost, ClaimFormsAndLettersPrintToTheOutputFileOrFail) {
        "ALL INFORMATION RECORDED ON THIS FORM IS CONFIDENTIAL"},
       {"claim-fr.pdf", "rptClaimFormF " + invoice + " 1", 0,
        "Réservé au dentiste pour renseignements complémentaires"},
-      {"bad-claim.pdf", "rptClaimForm 987654 1", 1, "There has been an error printing."},
       {"bad-pred.pdf", "rptPredClaimForm 987654 1 ''", 1, "produced no document"},
       {"new-billing.pdf", "rptInsuranceBilling desk", 0, "Insurance Company Billing", true}};
   for (const Case& c : cases) {
