@@ -110,7 +110,7 @@ TEST_F(DocumentOutputs, BalanceListCsvTotalsEqualItsRowsToTheCent) {
   ShellResult list =
       Report("--out " + dir + "/list.csv", "rptPatientListSimple 0 desk \"Active Patients\"");
   ASSERT_EQ(list.status, 0) << list.out;
-  EXPECT_NE(ReadFile(dir + "/list.csv").find("\"Lee, Jr., Ann \"\"Annie\"\"\""), std::string::npos);
+  EXPECT_NE(FileBytes(dir + "/list.csv").find("\"Lee, Jr., Ann \"\"Annie\"\"\""), std::string::npos);
   bool found = false;
   for (const Record& rec : ReadCsv(dir + "/list.csv"))
     found = found || (!rec.empty() && rec[0] == "Lee, Jr., Ann \"Annie\"");

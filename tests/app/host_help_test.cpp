@@ -136,7 +136,7 @@ TEST_P(HostHelpExamples, EveryBuiltMethodRunsFromItsExample) {
     if (help.out.find("(section)") != std::string::npos) {
       const std::string text = At(name + ".txt");
       Host(example.substr(17) + " --db " + Db() + " --out " + text);
-      std::string first_page = orv::testing::ReadFile(text);
+      std::string first_page = orv::testing::FileBytes(text);
       first_page = first_page.substr(0, first_page.find('\f'));
       EXPECT_LE(orv::testing::Occurrences(first_page, "Printed On:"), 1u) << first_page;
     }

@@ -18,11 +18,11 @@ namespace {
 
 namespace fs = std::filesystem;
 using orv::testing::HostShell;
-using orv::testing::ReadFile;
+using orv::testing::FileBytes;
 using Result = orv::testing::ShellResult;
 
 bool IsSqliteFile(const std::string& path) {
-  return ReadFile(path).rfind(std::string("SQLite format 3\0", 16), 0) == 0;
+  return FileBytes(path).rfind(std::string("SQLite format 3\0", 16), 0) == 0;
 }
 
 // A demo practice per suite, and a scratch folder per test holding a copy
@@ -103,7 +103,7 @@ TEST_F(HostSafety, DemoDbRefusesAnExistingPath) {
     EXPECT_NE(r.out.find(c.path), std::string::npos) << r.out;
   }
   EXPECT_TRUE(PracticeIntact());
-  EXPECT_EQ(ReadFile(In("notes.txt")), "keep me");
+  EXPECT_EQ(FileBytes(In("notes.txt")), "keep me");
   EXPECT_TRUE(fs::is_directory(In("folder")));
   // --replace writes over a file, never a folder.
   EXPECT_EQ(Here("demo-db notes.txt --patients 5 --replace").status, 0);
@@ -121,7 +121,7 @@ TEST_F(HostSafety, AFailedRunExitsOneAndKeepsTheEarlierFile) {
   fs::copy_file(In("x.db"), In("broken.db"));
   orv::testing::EditPractice(In("broken.db"), "DROP TABLE PatientAppointments");
   ASSERT_EQ(Run("--out good.pdf rptFeeGuide 1 desk").status, 0);
-  const std::string good = ReadFile(In("good.pdf"));
+  const std::string good = FileBytes(In("good.pdf"));
   ASSERT_FALSE(good.empty());
   struct Case {
     const char* name;
@@ -138,7 +138,7 @@ TEST_F(HostSafety, AFailedRunExitsOneAndKeepsTheEarlierFile) {
     Result r = Run(std::string("--out good.pdf ") + c.args);
     EXPECT_EQ(r.status, 1) << r.out;
     EXPECT_NE(r.out.find(" failed"), std::string::npos) << r.out;
-    EXPECT_EQ(ReadFile(In("good.pdf")), good);
+    EXPECT_EQ(FileBytes(In("good.pdf")), good);
     EXPECT_EQ(r.out.find("wrote "), std::string::npos) << r.out;
   }
   EXPECT_TRUE(NoLeftovers());
@@ -205,7 +205,7 @@ TEST_F(HostSafety, AStoppedRunLeavesNoPartialFile) {
     ASSERT_EQ(::waitpid(pid, &status, 0), pid);
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == sig) << status;
     EXPECT_TRUE(NoLeftovers());
-    EXPECT_EQ(ReadFile(out), "the earlier list");
+    EXPECT_EQ(FileBytes(out), "the earlier list");
     EXPECT_FALSE(fs::exists(In("list-2.png")));
   }
 }
@@ -262,7 +262,7 @@ TEST_F(HostSafety, ArgumentsByPositionByNameAndEnumeration) {
 
   Result r = Run("--out list.txt rptPatientListSimple \"EmployerID=3\" desk T");
   ASSERT_EQ(r.status, 0) << r.out;
-  std::string text = ReadFile(In("list.txt"));
+  std::string text = FileBytes(In("list.txt"));
   EXPECT_NE(text.find(one_of_3), std::string::npos) << text;
   EXPECT_EQ(text.find(not_of_3), std::string::npos) << text;
 

@@ -250,7 +250,7 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
   ASSERT_EQ(cli_csv.status, 0) << cli_csv.out;
   auto csv = c.Get(run + "/document.csv");
   ASSERT_EQ(csv->status, 200);
-  EXPECT_EQ(csv->body, orv::testing::ReadFile(At("run-cli.csv")));
+  EXPECT_EQ(csv->body, orv::testing::FileBytes(At("run-cli.csv")));
   EXPECT_NE(c.Get(run + "/document.txt")->body.find("Page 1 of"), std::string::npos);
   // One PDF per statement, zipped: the files the command line's --split
   // writes, by the same names, each intact.
