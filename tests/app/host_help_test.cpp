@@ -65,9 +65,6 @@ TEST_F(HostHelp, ListGroupsEveryMethodByFamilyWithALine) {
   // A handful of families, not one heading per method.
   EXPECT_GE(families.size(), 5u);
   EXPECT_LT(families.size(), built.size());
-  for (const char* expected :
-       {"Statements", "Receivables", "Invoices and receipts", "Directory lists"})
-    EXPECT_EQ(families.count(expected), 1u) << expected << "\n" << list.out;
   // Every method line carries a description after its name.
   for (const auto& line : Lines(list.out)) {
     if (line.rfind("  ", 0) == 0) {
