@@ -339,6 +339,7 @@ class PostgresStatement : public EngineStatement {
   // with the COPY's outcome kept in copy_end_.
   bool ReadCopyRow(CopyRow* row);
   bool StepCopy();
+  bool StepResult();
   // The result that names and types the columns.
   PGresult* Described() const { return copy_ ? description_.get() : result_.get(); }
   // The text of `column` in the current row; false for NULL or no value.
@@ -388,6 +389,12 @@ class PostgresStatement : public EngineStatement {
   // used 6% less CPU. A COPY takes no parameters, so the lookups that bind
   // them keep single-row mode, where a second statement costs one round
   // trip and no second parse.
+  // A statement whose last run gave fewer than kCopyRows rows runs
+  // prepared: a COPY is parsed and planned again each time, which costs
+  // more than a few rows' results (a settings read run once per row).
+  static constexpr int64_t kCopyRows = 256;
+  int64_t rows_ = 0;        // rows of this run so far
+  int64_t last_rows_ = -1;  // rows of the last run read to its end; -1 none yet
   bool copy_ = false;
   std::string copy_sql_;
   PgResult description_;  // of the prepared statement: names and types
@@ -652,7 +659,8 @@ void PostgresStatement::Execute() {
   column_types_.clear();
   copy_row_ = CopyRow();
   fields_.clear();
-  copy_ = values_.empty() && IsSelect(sql_);
+  rows_ = 0;
+  copy_ = values_.empty() && (last_rows_ < 0 || last_rows_ >= kCopyRows) && IsSelect(sql_);
   if (copy_) {
     ExecuteCopy(conn);
     return;
@@ -820,7 +828,16 @@ void PostgresStatement::Discard() {
 
 bool PostgresStatement::Step() {
   if (!executed_) Execute();
-  if (copy_) return StepCopy();
+  const bool row = copy_ ? StepCopy() : StepResult();
+  if (row) {
+    ++rows_;
+  } else {
+    last_rows_ = rows_;
+  }
+  return row;
+}
+
+bool PostgresStatement::StepResult() {
   for (;;) {
     if (result_.get() && row_ + 1 < PQntuples(result_.get())) {
       ++row_;
