@@ -124,18 +124,6 @@ extern "C" PGresult* PQgetResult(PGconn* conn) {
   return TimedPq(real, conn);
 }
 
-extern "C" PGresult* PQdescribePrepared(PGconn* conn, const char* name) {
-  static auto real = Real<PGresult* (*)(PGconn*, const char*)>("PQdescribePrepared");
-  return TimedPq(real, conn, name);
-}
-
-// The rows of a COPY, one a call: waiting for them and libpq's receiving
-// them is the server's part; splitting them into values is ours.
-extern "C" int PQgetCopyData(PGconn* conn, char** buffer, int async) {
-  static auto real = Real<int (*)(PGconn*, char**, int)>("PQgetCopyData");
-  return TimedPq(real, conn, buffer, async);
-}
-
 namespace {
 
 namespace fs = std::filesystem;

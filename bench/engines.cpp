@@ -121,18 +121,12 @@ extern "C" PGresult* PQexec(PGconn* conn, const char* query) {
   static auto real = RealPq<PGresult* (*)(PGconn*, const char*)>("PQexec");
   PqCall call;
   PGresult* r = real(conn, query);
-  const auto spent = call.Done();
+  call.Done();
   if (!call.outer) return r;
   ++g_server.others;
   g_reading = nullptr;
   std::string text(query ? query : "");
   ++g_exec_by_word[text.substr(0, text.find_first_of(" (;"))];
-  // A query read as a COPY: its rows follow through PQgetCopyData.
-  if (text.rfind("COPY (", 0) == 0) {
-    g_reading = &g_server_by_statement[text];
-    g_reading->spent += spent;
-    ++g_reading->runs;
-  }
   return r;
 }
 
@@ -206,26 +200,6 @@ extern "C" PGresult* PQgetResult(PGconn* conn) {
   const auto spent = call.Done();
   if (call.outer && g_reading != nullptr) g_reading->spent += spent;
   return r;
-}
-
-extern "C" PGresult* PQdescribePrepared(PGconn* conn, const char* stmtName) {
-  static auto real = RealPq<PGresult* (*)(PGconn*, const char*)>("PQdescribePrepared");
-  PqCall call;
-  PGresult* r = real(conn, stmtName);
-  call.Done();
-  if (call.outer) ++g_server.others;
-  return r;
-}
-
-// The rows of a statement read as a COPY, one a call, charged to the
-// statement whose COPY PQexec started.
-extern "C" int PQgetCopyData(PGconn* conn, char** buffer, int async) {
-  static auto real = RealPq<int (*)(PGconn*, char**, int)>("PQgetCopyData");
-  PqCall call;
-  const int n = real(conn, buffer, async);
-  const auto spent = call.Done();
-  if (call.outer && g_reading != nullptr) g_reading->spent += spent;
-  return n;
 }
 
 namespace {

@@ -1,7 +1,6 @@
 #include "platform/db/postgres_engine.h"
 
 #include <libpq-fe.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <cctype>
@@ -13,10 +12,7 @@
 #include <cstring>
 #include <deque>
 #include <map>
-#include <memory>
-#include <string_view>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 #include "common/currency.h"
@@ -228,60 +224,6 @@ class PgResult {
   PGresult* r_;
 };
 
-// True for a statement COPY can read out: one that begins with SELECT.
-bool IsSelect(const std::string& sql) {
-  const size_t i = sql.find_first_not_of(" \t\r\n(");
-  if (i == std::string::npos || sql.size() < i + 6 || strncasecmp(sql.c_str() + i, "select", 6) != 0) return false;
-  return sql.size() == i + 6 || !(std::isalnum(static_cast<unsigned char>(sql[i + 6])) || sql[i + 6] == '_');
-}
-
-// The characters a COPY of a query sends before the query itself.
-constexpr const char kCopyOpening[] = "COPY (";
-constexpr int kCopyOpeningSize = sizeof kCopyOpening - 1;
-
-// One row of a COPY's text output as PQgetCopyData hands it over: the
-// fields separated by tabs, ending in a newline, in a buffer of libpq's.
-struct CopyRow {
-  struct Free {
-    void operator()(char* p) const { PQfreemem(p); }
-  };
-  std::unique_ptr<char, Free> data;
-  int size = 0;
-};
-
-// The next field of a COPY text row from `p`, ended by a tab or `last`:
-// its end is overwritten with a NUL (so the numbers' readers may take the
-// text as a C string) and its escapes undone in place, which only ever
-// shortens it. NULL ("\N") comes back as a view without data, empty text
-// as an empty view into the row. COPY writes a backslash, newline,
-// carriage return, tab, backspace, form feed and vertical tab as an escape
-// and every other byte as it is (no octal or hex forms on the way out).
-std::string_view TakeCopyField(char* p, char* stop) {
-  *stop = '\0';
-  const size_t n = static_cast<size_t>(stop - p);
-  char* slash = static_cast<char*>(std::memchr(p, '\\', n));
-  if (slash == nullptr) return {p, n};
-  if (n == 2 && p[1] == 'N') return {};
-  char* out = slash;
-  for (char* in = slash; in < stop; ++in) {
-    char c = *in;
-    if (c == '\\' && in + 1 < stop) {
-      switch (c = *++in) {
-        case 'b': c = '\b'; break;
-        case 'f': c = '\f'; break;
-        case 'n': c = '\n'; break;
-        case 'r': c = '\r'; break;
-        case 't': c = '\t'; break;
-        case 'v': c = '\v'; break;
-        default: break;  // "\\" and any other escaped byte stand for the byte
-      }
-    }
-    *out++ = c;
-  }
-  *out = '\0';
-  return {p, static_cast<size_t>(out - p)};
-}
-
 class PostgresEngine;
 
 class PostgresStatement : public EngineStatement {
@@ -294,8 +236,6 @@ class PostgresStatement : public EngineStatement {
     Discard();
     result_ = PgResult();
     row_ = -1;
-    copy_row_ = CopyRow();
-    fields_.clear();
     executed_ = false;
     values_.clear();
     types_.clear();
@@ -316,11 +256,11 @@ class PostgresStatement : public EngineStatement {
   // bind, then ask, then step), as SQLite knows it after preparing.
   int ColumnCount() const override {
     if (!executed_) const_cast<PostgresStatement*>(this)->Execute();
-    return PQnfields(Described());
+    return PQnfields(result_.get());
   }
   std::string ColumnName(int column) const override {
     if (!executed_) const_cast<PostgresStatement*>(this)->Execute();
-    const char* n = PQfname(Described(), column);
+    const char* n = PQfname(result_.get(), column);
     return n ? n : "";
   }
   Variant Column(int column) const override;
@@ -333,19 +273,6 @@ class PostgresStatement : public EngineStatement {
 
  private:
   void Execute();
-  // Starts the statement as a COPY of its rows in text form.
-  void ExecuteCopy(PGconn* conn);
-  // The next row of a COPY, read off the connection; at the end, false,
-  // with the COPY's outcome kept in copy_end_.
-  bool ReadCopyRow(CopyRow* row);
-  bool StepCopy();
-  bool StepResult();
-  // The result that names and types the columns.
-  PGresult* Described() const { return copy_ ? description_.get() : result_.get(); }
-  // The text of `column` in the current row; false for NULL or no value.
-  bool Cell(int column, std::string_view* text) const;
-  // The type of `column`; 0 past the last.
-  Oid TypeOf(int column) const;
   // The next result of the running statement (kept ones first), or none.
   PgResult NextResult();
   // Makes `r` the current result: a row, or the last result (the end of
@@ -373,36 +300,22 @@ class PostgresStatement : public EngineStatement {
   // long or longer (100,000 patients: patient list 7.1 s against 8.6 s,
   // unapplied payments 8.5 s against 9.5 s); a lookup would also pay
   // three round trips (declare, fetch, close) for its one row.
+  // "COPY (statement) TO STDOUT" for the statements without parameters,
+  // its text rows split and unescaped in place, was tried too and not
+  // kept: it saved the client up to 1 µs a row (0.11 s of CPU for the patient
+  // list of 100,000 patients, 0.04 s for the 296,000 invoice lines of
+  // billing by client at 20,000), but the server spent more writing COPY
+  // text than result rows (0.27-0.29 s against 0.22-0.26 s on the same
+  // reads), and the server, not the client, is the slower side of a large
+  // read: on a busy two-core machine the patient list took 15% longer by
+  // the clock (median of three), billing by client 5% (of five). COPY's
+  // binary form cost the server as much.
   bool on_wire_ = false;          // results still to read off the connection
   std::deque<PgResult> buffered_;  // read off early by Buffer
   // The columns' type OIDs, read off the first row of a run: in
   // single-row mode each row is a result of its own, and asking each for
   // the type of each cell was a library call per cell.
   mutable std::vector<Oid> column_types_;
-
-  // A statement without parameters that reads rows runs as
-  // "COPY (statement) TO STDOUT" instead: the rows still come one at a
-  // time, but as one buffer of text each instead of a result each, which
-  // libpq built with a copy of the columns' descriptions for every row.
-  // Billing by client at 20,000 patients reads 420,000 rows so: libpq's
-  // share of the client's time fell from 3.1% to 0.4%, the whole command
-  // used 6% less CPU. A COPY takes no parameters, so the lookups that bind
-  // them keep single-row mode, where a second statement costs one round
-  // trip and no second parse.
-  // A statement whose last run gave fewer than kCopyRows rows runs
-  // prepared: a COPY is parsed and planned again each time, which costs
-  // more than a few rows' results (a settings read run once per row).
-  static constexpr int64_t kCopyRows = 256;
-  int64_t rows_ = 0;        // rows of this run so far
-  int64_t last_rows_ = -1;  // rows of the last run read to its end; -1 none yet
-  bool copy_ = false;
-  std::string copy_sql_;
-  PgResult description_;  // of the prepared statement: names and types
-  CopyRow copy_row_;      // the current row, split into fields_ in place
-  std::vector<std::string_view> fields_;
-  std::deque<CopyRow> copy_buffered_;  // read off early by Buffer
-  PgResult copy_end_;                  // the outcome, once the rows are read
-  bool copy_lost_ = false;             // the connection failed mid-COPY
 };
 
 class PostgresEngine : public Engine {
@@ -487,9 +400,7 @@ class PostgresEngine : public Engine {
   void SyncClock(const std::string& original);
   // The message of a failed command: the server's words, the place in the
   // statement, and the database, and whether the connection itself is gone.
-  // `shift`: the characters sent before `sql` (a COPY's opening), which
-  // the server's position of the fault counts.
-  [[noreturn]] void Fail(PGresult* result, const std::string& original, const std::string& sql, int shift = 0);
+  [[noreturn]] void Fail(PGresult* result, const std::string& original, const std::string& sql);
 
  private:
   void Connect(const std::string& url);
@@ -599,7 +510,7 @@ void PostgresEngine::SyncClock(const std::string& original) {
   clock_sent_ = now;
 }
 
-void PostgresEngine::Fail(PGresult* result, const std::string& original, const std::string& sql, int shift) {
+void PostgresEngine::Fail(PGresult* result, const std::string& original, const std::string& sql) {
   std::string msg;
   int offset = -1;
   if (result) {
@@ -607,7 +518,7 @@ void PostgresEngine::Fail(PGresult* result, const std::string& original, const s
     const char* position = PQresultErrorField(result, PG_DIAG_STATEMENT_POSITION);
     const char* state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
     msg = primary ? primary : PQresultErrorMessage(result);
-    if (position) offset = std::max(-1, std::atoi(position) - 1 - shift);
+    if (position) offset = std::atoi(position) - 1;
     // A wait cut short by the session's limits says which limit and how to
     // change it.
     if (state && std::strcmp(state, "55P03") == 0) {
@@ -652,21 +563,12 @@ void PostgresStatement::Execute() {
     if (!prepared.ok()) engine_.Fail(prepared.get(), original_, sql_);
     name_ = name;
     prepared_types_ = types_;
-    description_ = PgResult();
-  }
-  result_ = PgResult();
-  row_ = -1;
-  column_types_.clear();
-  copy_row_ = CopyRow();
-  fields_.clear();
-  rows_ = 0;
-  copy_ = values_.empty() && (last_rows_ < 0 || last_rows_ >= kCopyRows) && IsSelect(sql_);
-  if (copy_) {
-    ExecuteCopy(conn);
-    return;
   }
   std::vector<const char*> values(values_.size());
   for (size_t i = 0; i < values_.size(); ++i) values[i] = values_[i] ? values_[i]->c_str() : nullptr;
+  result_ = PgResult();
+  row_ = -1;
+  column_types_.clear();
   if (!PQsendQueryPrepared(conn, name_.c_str(), static_cast<int>(values.size()),
                            values.empty() ? nullptr : values.data(), nullptr, nullptr, 0))
     engine_.Fail(nullptr, original_, sql_);
@@ -678,86 +580,6 @@ void PostgresStatement::Execute() {
   executed_ = true;
   engine_.SetChanges(0);
   Take(NextResult());
-}
-
-void PostgresStatement::ExecuteCopy(PGconn* conn) {
-  // The prepared statement names and types the columns, which a COPY's
-  // own answer does not; asked once per statement.
-  if (!description_.get()) {
-    PgResult described(PQdescribePrepared(conn, name_.c_str()));
-    if (!described.ok()) engine_.Fail(described.get(), original_, sql_);
-    description_ = std::move(described);
-    size_t end = sql_.find_last_not_of(" \t\r\n;");
-    // The closing parenthesis on a line of its own, after a trailing
-    // comment the statement may end with.
-    copy_sql_ = kCopyOpening + sql_.substr(0, end == std::string::npos ? 0 : end + 1) + "\n) TO STDOUT";
-  }
-  const int n = PQnfields(description_.get());
-  column_types_.resize(static_cast<size_t>(n));
-  for (int i = 0; i < n; ++i) column_types_[static_cast<size_t>(i)] = PQftype(description_.get(), i);
-  fields_.reserve(static_cast<size_t>(n));
-  PgResult started(PQexec(conn, copy_sql_.c_str()));
-  if (PQresultStatus(started.get()) != PGRES_COPY_OUT) {
-    // A failure before the first row has been read whole: the session is free.
-    engine_.Fail(started.get(), original_, sql_, kCopyOpeningSize);
-  }
-  on_wire_ = true;
-  engine_.Streaming(this);
-  executed_ = true;
-  engine_.SetChanges(0);
-}
-
-bool PostgresStatement::ReadCopyRow(CopyRow* row) {
-  PGconn* conn = engine_.conn();
-  char* data = nullptr;
-  const int n = PQgetCopyData(conn, &data, 0);
-  if (n > 0) {
-    row->data.reset(data);
-    row->size = n;
-    return true;
-  }
-  // -1: the rows are over and the outcome follows as a result (a failure
-  // of the statement half-way too); -2: the connection itself failed.
-  copy_lost_ = n == -2;
-  copy_end_ = PgResult(PQgetResult(conn));
-  while (PGresult* extra = PQgetResult(conn)) PQclear(extra);
-  on_wire_ = false;
-  engine_.StreamDone(this);
-  return false;
-}
-
-bool PostgresStatement::StepCopy() {
-  CopyRow row;
-  if (!copy_buffered_.empty()) {
-    row = std::move(copy_buffered_.front());
-    copy_buffered_.pop_front();
-  } else if (!on_wire_ || !ReadCopyRow(&row)) {
-    copy_row_ = CopyRow();
-    fields_.clear();
-    PgResult end = std::move(copy_end_);
-    const bool lost = std::exchange(copy_lost_, false);
-    if (lost || (end.get() && !end.ok())) engine_.Fail(lost ? nullptr : end.get(), original_, sql_, kCopyOpeningSize);
-    if (end.get()) {
-      const char* tuples = PQcmdTuples(end.get());
-      engine_.SetChanges(tuples && *tuples ? std::strtoll(tuples, nullptr, 10) : 0);
-    }
-    return false;
-  }
-  copy_row_ = std::move(row);
-  fields_.clear();
-  char* p = copy_row_.data.get();
-  char* last = p + copy_row_.size;
-  if (last[-1] == '\n') --last;
-  for (;;) {
-    char* tab = static_cast<char*>(std::memchr(p, '\t', static_cast<size_t>(last - p)));
-    fields_.push_back(TakeCopyField(p, tab ? tab : last));
-    if (!tab) break;
-    p = tab + 1;
-  }
-  if (fields_.size() != column_types_.size())
-    throw DatabaseError("the server sent a row of " + std::to_string(fields_.size()) + " values for " +
-                        std::to_string(column_types_.size()) + " columns in statement: " + original_);
-  return true;
 }
 
 PgResult PostgresStatement::NextResult() {
@@ -793,10 +615,6 @@ void PostgresStatement::Take(PgResult r) {
 }
 
 void PostgresStatement::Buffer() {
-  if (copy_) {
-    CopyRow row;
-    while (on_wire_ && ReadCopyRow(&row)) copy_buffered_.push_back(std::move(row));
-  }
   while (on_wire_) {
     PgResult r(PQgetResult(engine_.conn()));
     if (!r.get()) {
@@ -810,14 +628,6 @@ void PostgresStatement::Buffer() {
 
 void PostgresStatement::Discard() {
   buffered_.clear();
-  copy_buffered_.clear();
-  if (copy_) {
-    CopyRow row;
-    while (on_wire_ && ReadCopyRow(&row)) {
-    }
-    copy_end_ = PgResult();
-    copy_lost_ = false;
-  }
   while (on_wire_) {
     PGresult* r = PQgetResult(engine_.conn());
     if (!r) on_wire_ = false;
@@ -828,16 +638,6 @@ void PostgresStatement::Discard() {
 
 bool PostgresStatement::Step() {
   if (!executed_) Execute();
-  const bool row = copy_ ? StepCopy() : StepResult();
-  if (row) {
-    ++rows_;
-  } else {
-    last_rows_ = rows_;
-  }
-  return row;
-}
-
-bool PostgresStatement::StepResult() {
   for (;;) {
     if (result_.get() && row_ + 1 < PQntuples(result_.get())) {
       ++row_;
@@ -848,36 +648,12 @@ bool PostgresStatement::StepResult() {
   }
 }
 
-bool PostgresStatement::Cell(int column, std::string_view* text) const {
-  if (copy_) {
-    if (column < 0 || static_cast<size_t>(column) >= fields_.size()) return false;
-    *text = fields_[static_cast<size_t>(column)];
-    return text->data() != nullptr;
-  }
-  PGresult* r = result_.get();
-  if (!r || row_ < 0 || PQgetisnull(r, row_, column)) return false;
-  *text = std::string_view(PQgetvalue(r, row_, column), static_cast<size_t>(PQgetlength(r, row_, column)));
-  return true;
-}
-
-Oid PostgresStatement::TypeOf(int column) const {
-  if (column_types_.empty() && result_.get()) {
-    const int n = PQnfields(result_.get());
-    column_types_.resize(static_cast<size_t>(n));
-    for (int i = 0; i < n; ++i) column_types_[static_cast<size_t>(i)] = PQftype(result_.get(), i);
-  }
-  if (column < 0 || static_cast<size_t>(column) >= column_types_.size()) return 0;
-  return column_types_[static_cast<size_t>(column)];
-}
-
-// Each value's text is followed by a NUL, as libpq keeps it and as a COPY
-// row is split, so the readers of numbers may take it as a C string.
 Variant PostgresStatement::Column(int column) const {
-  std::string_view text;
-  if (!Cell(column, &text)) return Variant::Null();
-  const char* v = text.data();
-  const size_t n = text.size();
-  switch (TypeOf(column)) {
+  PGresult* r = result_.get();
+  if (!r || row_ < 0 || PQgetisnull(r, row_, column)) return Variant::Null();
+  const char* v = PQgetvalue(r, row_, column);
+  size_t n = static_cast<size_t>(PQgetlength(r, row_, column));
+  switch (PQftype(r, column)) {
     case kInt2:
     case kInt4:
     case kInt8:
@@ -936,19 +712,26 @@ bool PlainMoneyText(std::string_view text, int64_t* raw) {
 // blobs go through Column. Money and timestamps through Column made a
 // string and a Variant per cell, parsed again as they were stored.
 bool PostgresStatement::ColumnView(int column, StoredView* out) const {
-  std::string_view text;
-  if (!Cell(column, &text)) {
+  PGresult* r = result_.get();
+  if (!r || row_ < 0 || PQgetisnull(r, row_, column)) {
     out->cls = StoredView::Class::Null;
     return true;
   }
-  const char* v = text.data();
-  switch (TypeOf(column)) {
+  if (column_types_.empty()) {
+    const int n = PQnfields(r);
+    column_types_.resize(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i) column_types_[static_cast<size_t>(i)] = PQftype(r, i);
+  }
+  if (column < 0 || static_cast<size_t>(column) >= column_types_.size()) return false;
+  const char* v = PQgetvalue(r, row_, column);
+  switch (column_types_[static_cast<size_t>(column)]) {
     case kInt2:
     case kInt4:
     case kInt8:
     case kOid: {
       // The server writes whole numbers as plain decimal digits.
-      if (std::from_chars(v, v + text.size(), out->integer).ec != std::errc()) return false;
+      const size_t n = static_cast<size_t>(PQgetlength(r, row_, column));
+      if (std::from_chars(v, v + n, out->integer).ec != std::errc()) return false;
       out->cls = StoredView::Class::Integer;
       return true;
     }
@@ -961,16 +744,18 @@ bool PostgresStatement::ColumnView(int column, StoredView* out) const {
       out->cls = StoredView::Class::Float;
       out->number = std::strtod(v, nullptr);
       return true;
-    case kNumeric:
+    case kNumeric: {
+      const std::string_view text(v, static_cast<size_t>(PQgetlength(r, row_, column)));
       if (!PlainMoneyText(text, &out->integer)) return false;
       out->cls = StoredView::Class::Money;
       return true;
+    }
     case kDate:
     case kBytea:
       return false;
     default:  // text, and timestamps, which Column gives as their text
       out->cls = StoredView::Class::Text;
-      out->bytes = text;
+      out->bytes = std::string_view(v, static_cast<size_t>(PQgetlength(r, row_, column)));
       return true;
   }
 }

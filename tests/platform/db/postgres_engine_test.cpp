@@ -163,45 +163,6 @@ TEST(PostgresEngine, StatementsInterleaveOnOneSession) {
   EXPECT_EQ(ReadInt(*engine, "SELECT COUNT(*) FROM \"Invoices\" WHERE \"ID\" > 1"), 3);
 }
 
-// A statement without parameters reads its rows as COPY text, escaped; the
-// same rows read with a parameter come one result a row, unescaped. Both
-// must give every value alike, and as stored.
-TEST(PostgresEngine, RowsReadAsCopyTextMatchRowsReadOneResultEach) {
-  ORV_REQUIRE_POSTGRES();
-  FreshPgDatabase db;
-  ServerExec("CREATE TABLE t (id integer, note text, data bytea, amount numeric(19,4), seen timestamp, day date);"
-             "INSERT INTO t VALUES (1, E'tab\\there', '\\x005c09ff', -0.0001, '2026-11-20 14:05:30', '2026-11-20'),"
-             "(2, E'line\\nbreak\\r\\n', NULL, 922337203685477.5807, NULL, NULL),"
-             "(3, E'back\\\\slash \\\\N', '', 12.5, '1899-12-30', '1899-12-30'),"
-             "(4, E'\\\\N', NULL, NULL, NULL, NULL), (5, '', NULL, 100000000000000, NULL, NULL),"
-             "(6, NULL, NULL, 0, NULL, NULL), (7, E'\\b\\f\\x0b\\x01 end  ', NULL, NULL, NULL, NULL)",
-             db.url());
-  auto engine = OpenEngine(db.url());
-  const std::string columns = "SELECT id, note, data, amount, seen, day FROM t";
-  auto copied = engine->Prepare(columns + " ORDER BY id", "copied");
-  auto bound = engine->Prepare(columns + " WHERE id > $1 ORDER BY id", "bound");
-  bound->Bind(1, Variant::Int64(0));
-  std::vector<std::string> notes;
-  while (copied->Step()) {
-    ASSERT_TRUE(bound->Step());
-    ASSERT_EQ(copied->ColumnCount(), 6);
-    for (int c = 0; c < 6; ++c) {
-      SCOPED_TRACE("row " + std::to_string(notes.size() + 1) + ", column " + copied->ColumnName(c));
-      EXPECT_EQ(copied->ColumnName(c), bound->ColumnName(c));
-      EXPECT_TRUE(copied->Column(c) == bound->Column(c)) << CStr(copied->Column(c));
-      StoredView a, b;
-      ASSERT_EQ(copied->ColumnView(c, &a), bound->ColumnView(c, &b));
-      EXPECT_EQ(a.cls, b.cls);
-      EXPECT_EQ(a.integer, b.integer);
-      EXPECT_EQ(a.bytes, b.bytes);
-    }
-    notes.push_back(copied->Column(1).IsNull() ? "(null)" : CStr(copied->Column(1)));
-  }
-  EXPECT_FALSE(bound->Step());
-  EXPECT_EQ(notes, (std::vector<std::string>{"tab\there", "line\nbreak\r\n", "back\\slash \\N", "\\N", "",
-                                             "(null)", "\b\f\v\x01 end  "}));
-}
-
 // An UPDATE moves the row it changes to the end of the server's heap, where
 // a plain scan finds it last. A report's query without ORDER BY still lists
 // the rows in key order, as on SQLite; its groups come in key order too.
