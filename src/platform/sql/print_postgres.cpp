@@ -1,11 +1,11 @@
 #include "platform/sql/print_postgres.h"
 
-#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "platform/sql/decorrelate.h"
 #include "platform/sql/postgres_traits.h"
 #include "platform/sql/printer.h"
 
@@ -24,14 +24,6 @@ bool IsIntegral(ValueKind k) { return k == ValueKind::Integer || k == ValueKind:
 // compares, groups and deduplicates as on the server with nothing added.
 bool IsCollatedColumn(const Expr& e) { return e.kind == ExprKind::Column && e.type.kind == ValueKind::Text; }
 
-// True when `e` reads no column but those of the tables `aliases` names,
-// and no subquery.
-bool ReadsOnly(const Expr& e, const std::set<std::string>& aliases) {
-  if (e.query) return false;
-  if (e.kind == ExprKind::Column && aliases.count(e.table_alias) == 0) return false;
-  return std::all_of(e.args.begin(), e.args.end(), [&](const ExprPtr& a) { return ReadsOnly(*a, aliases); });
-}
-
 // The columns of table `alias` that the conjuncts of `on` equate to a
 // value of the tables `before`.
 void EquatedColumns(const Expr& on, const std::string& alias, const std::set<std::string>& before,
@@ -45,18 +37,10 @@ void EquatedColumns(const Expr& on, const std::string& alias, const std::set<std
     return;
   for (int side = 0; side < 2; ++side) {
     const Expr& column = *on.args[static_cast<size_t>(side)];
-    if (column.kind == ExprKind::Column && column.table_alias == alias &&
-        ReadsOnly(*on.args[static_cast<size_t>(1 - side)], before))
+    const Expr& value = *on.args[static_cast<size_t>(1 - side)];
+    if (column.kind == ExprKind::Column && column.table_alias == alias && !HasQuery(value) &&
+        !NamesOuter(value, before))
       out.insert(column.column_name);
-  }
-}
-
-void AliasesOf(const TableSource& src, std::set<std::string>& out) {
-  if (src.kind == TableSource::Kind::Join) {
-    AliasesOf(*src.left, out);
-    AliasesOf(*src.right, out);
-  } else {
-    out.insert(src.engine_alias);
   }
 }
 
@@ -75,7 +59,7 @@ void DeterminedTables(const TableSource& src, const std::multimap<std::string, s
   auto [first, last] = key.equal_range(right.engine_alias);
   if (first == last) return;
   std::set<std::string> before, equated;
-  AliasesOf(*src.left, before);
+  Aliases(*src.left, before);
   EquatedColumns(*src.on, right.engine_alias, before, equated);
   for (auto k = first; k != last; ++k)
     if (equated.count(k->second) == 0) return;
