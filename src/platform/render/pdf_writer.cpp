@@ -31,12 +31,21 @@ void AppendNumber(std::string& out, double v, int decimals) {
   } else {
     n = std::llround(scaled);
   }
+  AppendScaled(out, n, decimals);
+}
+
+void AppendScaled(std::string& out, int64_t n, int decimals) {
+  char text[kScaledRoom];
+  out.append(text, size_t(WriteScaled(text, n, decimals) - text));
+}
+
+char* WriteScaled(char* to, int64_t n, int decimals) {
   if (n == 0) {
-    out.push_back('0');
-    return;
+    *to = '0';
+    return to + 1;
   }
   if (n < 0) {
-    out.push_back('-');
+    *to++ = '-';
     n = -n;
   }
   // Drop the fraction's trailing zeros before writing anything.
@@ -44,13 +53,13 @@ void AppendNumber(std::string& out, double v, int decimals) {
     n /= 10;
     --decimals;
   }
-  // Written backwards into a buffer, then appended at once: the fraction's
+  // Written backwards into a buffer, then copied at once: the fraction's
   // digits and its point, then the whole part two digits at a time.
   static constexpr char kPairs[] =
       "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
       "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
       "8081828384858687888990919293949596979899";
-  char text[24];
+  char text[kScaledRoom];
   char* const end = text + sizeof text;
   char* p = end;
   auto u = static_cast<uint64_t>(n);
@@ -69,7 +78,8 @@ void AppendNumber(std::string& out, double v, int decimals) {
   } else {
     *--p = char('0' + u);
   }
-  out.append(p, size_t(end - p));
+  std::memcpy(to, p, size_t(end - p));
+  return to + (end - p);
 }
 
 void AppendTextString(std::string& out, std::string_view utf8) {

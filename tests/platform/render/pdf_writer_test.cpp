@@ -64,6 +64,27 @@ TEST(PdfNumbers, FixedDecimalsWithoutLocale) {
     pdf::AppendNumber(out, c.value, c.decimals);
     EXPECT_EQ(out, c.text) << c.name;
   }
+  // Numbers already counted in ten-thousandths (the moves between lines of
+  // text) are written as AppendNumber writes their value.
+  const struct {
+    const char* name;
+    int64_t units;
+    const char* text;
+  } scaled[] = {
+      {"a move left and down", -5477938, "-547.7938"},
+      {"no move", 0, "0"},
+      {"whole points", 1002062 - 2062, "100"},
+      {"zeros after the point kept", 5, "0.0005"},
+      {"negative fraction", -120, "-0.012"},
+  };
+  for (const auto& c : scaled) {
+    std::string out = "x";
+    pdf::AppendScaled(out, c.units, 4);
+    EXPECT_EQ(out, std::string("x") + c.text) << c.name;
+    std::string number;
+    pdf::AppendNumber(number, double(c.units) / 10000, 4);
+    EXPECT_EQ(number, c.text) << c.name;
+  }
 }
 
 // Subsets read back through cairo: a glyph the subset keeps has ink, one it
