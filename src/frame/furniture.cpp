@@ -21,19 +21,8 @@ void clsReports::PrintReportHeading(const std::string& Title, const std::string&
                                     const std::string& SubTitle) {
   std::string office;
   if (OfficeID > 0) {
-    // The name and the phone come from one row, read by one statement: a
-    // lookup each cost a statement's translation and preparation in every
-    // list that has a heading. Each reads as a lookup of its own would: the
-    // field as text, or Empty when the office is not on file.
-    db::Recordset rs;
-    rs.Open("Select ID, Name, Phone from OfficeInformation where ID = " + std::to_string(OfficeID), conn_,
-            db::adOpenForwardOnly, db::adLockReadOnly, db::adCmdText);
-    Variant name, phone;
-    if (!rs.Eof()) {
-      name = Variant(Common().returnStr(rs["Name"].Value(), false));
-      phone = Variant(Common().returnStr(rs["Phone"].Value(), false));
-    }
-    rs.Close();
+    Variant name = ReturnLookupValue("OfficeInformation", "ID", Variant(OfficeID), "Name");
+    Variant phone = ReturnLookupValue("OfficeInformation", "ID", Variant(OfficeID), "Phone");
     office = Common().returnStr(name) + " Phone #: " + Format(phone, "(###) ###-####");
   }
   PrintReportHeading(Title, UserName, SubTitle, office);
