@@ -38,34 +38,21 @@ void PrintSurface::RecordCells(const Table& table) {
   // The cells as the report gave them, for the CSV of the document: the
   // text is already unescaped and composed, and is not yet broken into
   // lines or fitted to its column.
+  render::TableCells cells;
+  cells.page = page_ + 1;
+  cells.has_header = table.has_header;
   const size_t first = table.has_header ? 0 : 1;
-  // A table without a header row that follows another without one, on the
-  // same page and as wide, adds its rows to that one's cells: the CSV reads
-  // the two as one block all the same, and a list that prints each record
-  // as a table of its own keeps a block a page rather than one a record.
-  const bool joins = !table.has_header && !doc_.tables.empty() &&
-                     !doc_.tables.back().has_header && doc_.tables.back().page == page_ + 1 &&
-                     !doc_.tables.back().rows.empty() && table.rows.size() > 1 &&
-                     doc_.tables.back().rows[0].size() == table.rows[1].cells.size();
-  if (!joins) {
-    render::TableCells cells;
-    cells.page = page_ + 1;
-    cells.has_header = table.has_header;
-    doc_.tables.push_back(std::move(cells));
-  }
-  render::CellRows& rows = doc_.tables.back().rows;
-  if (!joins) {
-    size_t count = 0, bytes = 0;
-    for (size_t r = first; r < table.rows.size(); ++r) {
-      count += table.rows[r].cells.size();
-      for (const Cell& cell : table.rows[r].cells) bytes += cell.text.size();
-    }
-    rows.Reserve(table.rows.size() - std::min(first, table.rows.size()), count, bytes);
-  }
+  size_t count = 0, bytes = 0;
   for (size_t r = first; r < table.rows.size(); ++r) {
-    rows.StartRow();
-    for (const Cell& cell : table.rows[r].cells) rows.AddCell(cell.text);
+    count += table.rows[r].cells.size();
+    for (const Cell& cell : table.rows[r].cells) bytes += cell.text.size();
   }
+  cells.rows.Reserve(table.rows.size() - std::min(first, table.rows.size()), count, bytes);
+  for (size_t r = first; r < table.rows.size(); ++r) {
+    cells.rows.StartRow();
+    for (const Cell& cell : table.rows[r].cells) cells.rows.AddCell(cell.text);
+  }
+  doc_.tables.push_back(std::move(cells));
 }
 
 void PrintSurface::StartTable() {
