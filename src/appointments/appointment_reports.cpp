@@ -2,6 +2,7 @@
 // reschedules, the incomplete and planned appointments, the treatment plans,
 // the operatory list and the booking diagnostics, and the sections that the
 // host may also call alone; the appointments by patient.
+#include <bit>
 #include <map>
 #include <string_view>
 #include <unordered_map>
@@ -174,6 +175,35 @@ std::string DayBookFrom(const DateTime& dtStart, const DateTime& dtEnd, const st
 
 std::string EstimateText(const Variant& v) { return v.IsNull() ? "N/E" : Format(v, "Currency"); }
 
+// EstimateText for the many rows of one listing: the estimates of a day
+// book are a few amounts over and over, and each distinct one, by its type
+// and value, is formatted once; Null and any other value are formatted as
+// they come.
+class EstimateTexts {
+ public:
+  const std::string& operator()(const Variant& v) {
+    const VarType type = v.type();
+    int64_t key = 0;
+    if (type == VarType::Currency) {
+      key = v.AsCurrency().raw();
+    } else if (type == VarType::Double) {
+      key = std::bit_cast<int64_t>(v.AsDouble());
+    } else if (type == VarType::Long || type == VarType::LongLong) {
+      key = v.AsInteger();
+    } else {
+      other_ = EstimateText(v);
+      return other_;
+    }
+    auto [it, fresh] = texts_.try_emplace({static_cast<int>(type), key});
+    if (fresh) it->second = EstimateText(v);
+    return it->second;
+  }
+
+ private:
+  std::map<std::pair<int, int64_t>, std::string> texts_;
+  std::string other_;
+};
+
 // The day book and the operatory list walk their rows alike: a date bar
 // when the day changes, a provider bar when the provider does, and one
 // table per provider block. The walker holds the block's cell rows.
@@ -308,6 +338,7 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
   const PatientCells patient(rs);
   appointments::TimeTexts times(cf);
   YesNoTexts yes_no;
+  EstimateTexts estimate_texts;
   std::string scratch;
   vsp.TextAlign(0);
 
@@ -344,7 +375,7 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
     b += "|";
     b += yes_no(confirmed.Value());
     b += "|";
-    b += EstimateText(estimate);
+    b += estimate_texts(estimate);
     b += ";";
     // A NULL estimate adds nothing: ReturnCur reads it as zero.
     walk.sum = walk.sum + cf.ReturnCur(estimate);
@@ -498,6 +529,7 @@ void clsReports::srptPlannedAppointmentsList(std::string ProviderFilter, DateTim
   const db::Field scheduled = rs["EstScheduleDate"], provider = rs["ProviderName"], estimate = rs["Estimate"];
   const PatientCells patient(rs);
   const DateFormatter scheduled_day("dddd mmmm d, yyyy");
+  EstimateTexts estimate_texts;
   std::string body, scratch;
   while (!rs.Eof()) {
     scratch.clear();
@@ -508,7 +540,7 @@ void clsReports::srptPlannedAppointmentsList(std::string ProviderFilter, DateTim
     body += "|";
     patient.Append(body);
     body += "|";
-    body += EstimateText(estimate.Value());
+    body += estimate_texts(estimate.Value());
     body += ";";
     RaiseProgress(rs);
     rs.MoveNext();

@@ -56,6 +56,20 @@ std::string AndProviders(const std::string& filter, const std::string& column) {
 
 std::string Money(Currency c) { return Format(Variant(c), "Currency"); }
 
+// The fee texts of a list's lines: most lines of a code, or of a provider's
+// day, bill one of a few fees, and each amount is formatted once.
+class MoneyTexts {
+ public:
+  void Append(std::string& out, Currency c) {
+    auto [it, added] = texts_.try_emplace(c.raw());
+    if (added) it->second = Money(c);
+    out += it->second;
+  }
+
+ private:
+  std::unordered_map<int64_t, std::string> texts_;
+};
+
 // Totals print with brackets for negatives and without a currency sign.
 std::string TotalFigure(Currency c) {
   return Format(Variant(c), "###,###,##0.00;(###,###,##0.00)");
@@ -145,6 +159,7 @@ void ProductionByPerson(clsReports& r, bool byOverseer, DateTime dtStart, DateTi
   const std::string blank_row = byOverseer ? "|||||||;" : "||||||;";
 
   Currency overall, overall_lab;
+  MoneyTexts money_texts;
   while (!people.Eof()) {
     db::Recordset lines = people["rptProceduresByCodeDetails"].Chapter();
     if (!lines.Eof()) {
@@ -162,24 +177,32 @@ void ProductionByPerson(clsReports& r, bool byOverseer, DateTime dtStart, DateTi
       Currency total, lab;
       long count = 0;
       std::string body;
-      Variant last_day;
+      // The day of the row before, and its cell: the rows of one day
+      // format it once.
+      std::string last_day_key, day_cell;
+      bool last_was_date = false;
       while (!lines.Eof()) {
         const Variant day = lines[byDate == 1 ? "Date" : "EntryDate"].Value();
         const std::string code = cf.returnStr(lines["Code"].Value(), true);
         const Currency cost = cf.ReturnCur(lines["Cost"].Value());
         // A new day starts after an empty row, so each day reads as a block.
-        if (!body.empty() && Format(day, "yyyymmdd") != Format(last_day, "yyyymmdd")) {
-          body += blank_row;
-        }
-        last_day = day;
-        body += EscapeCell(Format(day, "mmm/dd/yyyy")) + "|" + EscapeCell(code) + "|" +
+        std::string day_key = Format(day, "yyyymmdd");
+        const bool same_day = day_key == last_day_key;
+        if (!body.empty() && !same_day) body += blank_row;
+        if (!(same_day && last_was_date && day.IsDate()))
+          day_cell = EscapeCell(Format(day, "mmm/dd/yyyy"));
+        last_day_key = std::move(day_key);
+        last_was_date = day.IsDate();
+        body += day_cell + "|" + EscapeCell(code) + "|" +
                 EscapeCell(cf.returnStr(lines["PatientFirstName"].Value()) + " " +
                            cf.returnStr(lines["PatientLastName"].Value())) +
                 "|";
         if (byOverseer) body += EscapeCell(cf.returnStr(lines["ProviderName"].Value())) + "|";
         body += EscapeCell(cf.returnStr(lines["Invoice#"].Value())) + "|" +
                 EscapeCell(cf.returnStr(lines["Tooth#"].Value())) + "|" +
-                EscapeCell(cf.returnStr(lines["Surface"].Value())) + "|" + Money(cost) + ";";
+                EscapeCell(cf.returnStr(lines["Surface"].Value())) + "|";
+        money_texts.Append(body, cost);
+        body += ';';
         total += cost;
         if (closing::IsLabCode(code)) lab += cost;
         if (!closing::IsReversal(code)) ++count;
@@ -495,6 +518,7 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
     if (added) it->second = EscapeCell(Format(date, "mmm/dd/yyyy"));
     out += it->second;
   };
+  MoneyTexts money_texts;
   auto read = [&](const std::string& sql, bool cancelling) {
     db::Recordset rs = Open(sql);
     const db::Field code_field = rs["Code"], cost_field = rs["Cost"],
@@ -532,7 +556,7 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
       l.cells += '|';
       text(l.cells, surface);
       l.cells += '|';
-      l.cells += Money(cost);
+      money_texts.Append(l.cells, cost);
       by_code[std::string(closing::PositiveCode(code))].push_back(std::move(l));
       rs.MoveNext();
     }

@@ -25,62 +25,57 @@ std::string PatientContactRow(clsCommonFunctions&, const db::Recordset& rs, cons
                               const std::string& second_name_line, const std::string& employer1,
                               const std::string& employer2, const std::string& insurer1,
                               const std::string& insurer2) {
-  std::string row;
-  AppendPatientContactRow(row, PatientContactFields(rs), name_line, second_name_line, employer1, employer2,
+  PatientContactCells cells;
+  FillPatientContactCells(cells, PatientContactFields(rs), name_line, second_name_line, employer1, employer2,
                           insurer1, insurer2);
+  std::string row;
+  for (const std::string& cell : cells) {
+    frame::AppendEscapedCell(row, cell);
+    row += '|';
+  }
+  row.back() = ';';
   return row;
 }
 
-void AppendPatientContactRow(std::string& row, const PatientContactFields& fields,
+void FillPatientContactCells(PatientContactCells& cells, const PatientContactFields& fields,
                              std::string_view name_line, std::string_view second_name_line,
                              std::string_view employer1, std::string_view employer2,
                              std::string_view insurer1, std::string_view insurer2) {
+  for (std::string& cell : cells) cell.clear();
   std::string scratch;
-  auto text = [&](const db::Field& f) { frame::AppendEscapedCell(row, f.Text(scratch)); };
-  // Two values on two lines of one cell: each escaped, the line break is
-  // the row's own.
-  auto two_lines = [&](std::string_view a, std::string_view b) {
-    frame::AppendEscapedCell(row, a);
-    row += "\r\n";
-    frame::AppendEscapedCell(row, b);
+  // Two values on two lines of one cell.
+  auto two_lines = [](std::string& cell, std::string_view a, std::string_view b) {
+    cell += a;
+    cell += "\r\n";
+    cell += b;
   };
   // The number, then the extension in brackets when there is one.
-  auto phone = [&](const db::Field& number, const db::Field& ext) {
-    text(number);
+  auto phone = [&](std::string& cell, const db::Field& number, const db::Field& ext) {
+    cell += number.Text(scratch);
     const std::string_view ext_text = ext.Text(scratch);
     if (ext_text.empty()) return;
-    row += '[';
-    frame::AppendEscapedCell(row, ext_text);
-    row += ']';
+    cell += '[';
+    cell += ext_text;
+    cell += ']';
   };
-  auto date = [&](const db::Field& f) {
-    scratch.clear();
-    fields.dates.Append(f.Value(), scratch);
-    frame::AppendEscapedCell(row, scratch);
-  };
-  if (second_name_line.empty())
-    frame::AppendEscapedCell(row, name_line);
-  else
-    two_lines(name_line, second_name_line);
-  row += '|';
-  text(fields.address);
-  row += '|';
-  phone(fields.home_phone, fields.home_ext);
-  row += "\r\n";
-  phone(fields.other_phone, fields.other_ext);
-  row += '|';
-  date(fields.birth_date);
-  row += "\r\n";
-  date(fields.signup_date);
-  row += '|';
-  text(fields.emergency_contact);
-  row += "\r\n";
-  text(fields.emergency_phone);
-  row += '|';
-  two_lines(employer1, employer2);
-  row += '|';
-  two_lines(insurer1, insurer2);
-  row += ';';
+  auto& [name, address, phones, dates, emergency, employers, insurers] = cells;
+  name += name_line;
+  if (!second_name_line.empty()) {
+    name += "\r\n";
+    name += second_name_line;
+  }
+  address += fields.address.Text(scratch);
+  phone(phones, fields.home_phone, fields.home_ext);
+  phones += "\r\n";
+  phone(phones, fields.other_phone, fields.other_ext);
+  fields.dates.Append(fields.birth_date.Value(), dates);
+  dates += "\r\n";
+  fields.dates.Append(fields.signup_date.Value(), dates);
+  emergency += fields.emergency_contact.Text(scratch);
+  emergency += "\r\n";
+  emergency += fields.emergency_phone.Text(scratch);
+  two_lines(employers, employer1, employer2);
+  two_lines(insurers, insurer1, insurer2);
 }
 
 }  // namespace orv

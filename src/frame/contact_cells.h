@@ -2,6 +2,7 @@
 // extension, and the seven-cell patient contact row of the patient lists.
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -53,9 +54,14 @@ struct PatientContactFields {
   DateFormatter dates{"mmm/dd/yyyy"};
 };
 
-// The same row, read through fields looked up once and added to the end of
-// `row`: a list of thousands of rows builds each in one string.
-void AppendPatientContactRow(std::string& row, const PatientContactFields& fields,
+// The seven cells of one row of the patient contact table, as texts (data,
+// not a table string: nothing in them is escaped).
+using PatientContactCells = std::array<std::string, 7>;
+
+// The cells of the same row, read through fields looked up once, into
+// `cells` (cleared first): a list of thousands of rows builds each in the
+// same strings and hands them to the surface's AddTableRow.
+void FillPatientContactCells(PatientContactCells& cells, const PatientContactFields& fields,
                              std::string_view name_line, std::string_view second_name_line,
                              std::string_view employer1, std::string_view employer2,
                              std::string_view insurer1, std::string_view insurer2);

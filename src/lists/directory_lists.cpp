@@ -239,8 +239,10 @@ void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserNam
     PatientContactFields contact;
   };
   std::optional<PatientFields> f;
-  // Each row is built in the same two strings, patient after patient.
-  std::string name, row, scratch;
+  // Each row's cells are built in the same strings, patient after patient,
+  // and handed to the table as they are.
+  std::string name, scratch;
+  PatientContactCells cells;
   while (!rs.Eof()) {
     if (!f)
       f.emplace(PatientFields{rs["LastName"],
@@ -254,17 +256,16 @@ void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserNam
     name += f->last_name.Text(scratch);
     name += ", ";
     name += f->first_name.Text(scratch);
-    row.clear();
-    AppendPatientContactRow(row, f->contact, name, "", child_text(f->prim_employer),
+    FillPatientContactCells(cells, f->contact, name, "", child_text(f->prim_employer),
                             child_text(f->sec_employer), child_text(f->prim_insurance),
                             child_text(f->sec_insurance));
     // Each patient is a table of its own; past 9500 twips (landscape
     // letter) a new page starts with the column heads as a header.
     if (vsp.CurrentY() > Twips(9500)) {
       vsp.NewPage();
-      vsp.AddTable(format, header, row, kHeaderColor);
+      vsp.AddTableRow(format, header, cells, kHeaderColor);
     } else {
-      vsp.AddTable(format, "", row);
+      vsp.AddTableRow(format, "", cells);
     }
     RaiseProgress(rs);
     Host().DoEvents();

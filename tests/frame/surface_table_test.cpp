@@ -189,6 +189,42 @@ TEST(SurfaceTable, EdgeCasesOfAddTable) {
   EXPECT_EQ(Fills(after).size(), 2u);
 }
 
+// A row handed over as its cells prints as the same row escaped into a
+// table string: the separators in its texts are data, cells past the last
+// column are dropped, and the strings come back empty to build the next
+// row in, with nothing of the last row left in the table.
+TEST(SurfaceTable, RowOfCellsPrintsAsItsTableString) {
+  const char* format = "<1.5in|<1in|>1in";
+  OpenSurface by_string, by_cells;
+  std::vector<std::string> cells = {"Smith | Jones; Ann", "two\r\nlines", "$3.00", "dropped"};
+  by_string.AddTable(format, "Name|Note|Fee",
+                     EscapeCell(cells[0]) + "|" + EscapeCell(cells[1]) + "|" + cells[2] + ";",
+                     0xB9AFA6);
+  by_cells.AddTableRow(format, "Name|Note|Fee", cells, 0xB9AFA6);
+  EXPECT_EQ(cells, std::vector<std::string>(4)) << "the texts are taken, the strings kept";
+  cells[0] = "a;b";
+  by_string.AddTable(format, "", "a" + EscapeCell(";") + "b;");
+  by_cells.AddTableRow(format, "", std::span(cells).first(1));
+
+  const auto& a = by_string.Document().pages[0];
+  const auto& b = by_cells.Document().pages[0];
+  EXPECT_EQ(Texts(b), (std::vector<std::string>{"Name", "Note", "Fee", "Smith | Jones; Ann", "two",
+                                                "lines", "$3.00", "a;b"}));
+  ASSERT_EQ(Runs(a).size(), Runs(b).size());
+  for (size_t i = 0; i < Runs(a).size(); ++i) {
+    EXPECT_EQ(Runs(a)[i].text, Runs(b)[i].text);
+    EXPECT_EQ(Runs(a)[i].x, Runs(b)[i].x) << Runs(a)[i].text;
+    EXPECT_EQ(Runs(a)[i].top, Runs(b)[i].top) << Runs(a)[i].text;
+  }
+  EXPECT_EQ(Fills(a).size(), Fills(b).size());
+  EXPECT_EQ(by_string.CurrentY(), by_cells.CurrentY());
+  ASSERT_EQ(by_cells.Document().tables.size(), 2u);
+  EXPECT_EQ(by_cells.Document().tables[1].rows,
+            (std::vector<std::vector<std::string>>{{"a;b", "", ""}}));
+  by_cells.StartTable();
+  EXPECT_THROW(by_cells.AddTableRow(format, "", cells), SurfaceError);
+}
+
 TEST(SurfaceTable, RowsGrowToTheirTallestCellAndThePenGoesBelow) {
   OpenSurface s;
   const Twips lh = s.TextHeight("X");

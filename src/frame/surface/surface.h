@@ -185,6 +185,17 @@ class PrintSurface {
   void AddTable(std::string_view format, std::string_view header, std::string_view body,
                 std::optional<uint32_t> header_color = std::nullopt,
                 std::optional<uint32_t> body_color = std::nullopt, bool append = false);
+  // A table of one body row, laid out at once as AddTable lays out a table
+  // given outside StartTable ... EndTable, whose row comes as its cells'
+  // texts rather than in a table string: the texts are data as they stand,
+  // never escaped, and nothing in them separates cells or rows. Each text
+  // is taken into the table and `cells` handed back empty, its strings
+  // keeping room from an earlier table, so a list that prints each record
+  // as a table of its own builds every record in the same strings. Not
+  // between StartTable and EndTable (SurfaceError).
+  void AddTableRow(std::string_view format, std::string_view header, std::span<std::string> cells,
+                   std::optional<uint32_t> header_color = std::nullopt,
+                   std::optional<uint32_t> body_color = std::nullopt);
   void StartTable();
   void EndTable();
   int TableBorder() const { return table_border_; }

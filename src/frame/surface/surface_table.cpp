@@ -25,6 +25,15 @@ void PrintSurface::AddTable(std::string_view format, std::string_view header, st
   LayOutTable(one_call_table_, true);
 }
 
+void PrintSurface::AddTableRow(std::string_view format, std::string_view header,
+                               std::span<std::string> cells, std::optional<uint32_t> header_color,
+                               std::optional<uint32_t> body_color) {
+  RequireDrawable("AddTableRow");
+  if (building_table_) throw SurfaceError("AddTableRow between StartTable and EndTable");
+  one_call_table_.AddRow(format, header, cells, header_color, body_color, style_);
+  LayOutTable(one_call_table_, true);
+}
+
 void PrintSurface::RecordCells(const Table& table) {
   // The cells as the report gave them, for the CSV of the document: the
   // text is already unescaped and composed, and is not yet broken into
@@ -455,22 +464,36 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     const std::optional<render::Box> clip = overruns ? std::optional(box) : std::nullopt;
     const render::Rgb color = ToRgb(cell.attr.fore_color >= 0 ? uint32_t(cell.attr.fore_color)
                                                               : table.styles[row.style].color);
-    const int keep_angle = angle_;
-    angle_ = 0;  // table text is never rotated
+    // Text set smaller to fit (cl.size) sits on the baseline of the row's
+    // size, as EmitSegment places it; table text is never rotated.
+    const Twips ascent = cf.font.metrics->Ascent(std::max(cl.size, cf.size));
+    auto add_run = [&](std::string_view text, Twips x, Twips width, Twips line_top) {
+      if (text.find_first_not_of(' ') == std::string_view::npos) return;  // blanks paint nothing
+      auto& run = std::get<render::TextRun>(items.emplace_back(std::in_place_type<render::TextRun>));
+      run.text = text;
+      run.font = cf.font.index;
+      run.size_pt = float(cl.size);
+      run.color = color;
+      run.x = x;
+      run.top = line_top;
+      run.baseline = line_top + ascent;
+      run.width = width;
+      run.clip = clip;
+    };
     for (size_t i = 0; i < nlines; ++i) {
       const Twips line_top = top + lh * double(i);
       if (line_top >= box.y + box.height) break;
       const Twips x = text_x + AlignOffset(h, text_room, line_width(i));
-      if (one)
-        EmitSegment(cell.text, x, Twips(0), kept, line_top, cf.font, cl.size, color, clip, cf.size);
-      else if (shorts.count > 0)
-        EmitSegment(std::string_view(cell.text).substr(short_line[i].offset, short_line[i].length),
-                    x, Twips(0), short_line[i].width, line_top, cf.font, cl.size, color, clip,
-                    cf.size);
-      else
-        EmitLine(lines[i], x, line_top, cf.font, cl.size, color, clip, cf.size);
+      if (one) {
+        add_run(cell.text, x, kept, line_top);
+      } else if (shorts.count > 0) {
+        add_run(std::string_view(cell.text).substr(short_line[i].offset, short_line[i].length), x,
+                short_line[i].width, line_top);
+      } else {
+        for (const LineSegment& seg : lines[i].segments)
+          add_run(seg.text, x + seg.x, seg.width, line_top);
+      }
     }
-    angle_ = keep_angle;
   };
 
   // Height of a cell that spans rows: the rows it covers on its own page.

@@ -162,9 +162,8 @@ void FillRow(Row& row, std::string_view text, size_t cols) {
 
 }  // namespace
 
-void Table::Add(std::string_view format, std::string_view header, std::string_view body,
-                std::optional<uint32_t> header_color, std::optional<uint32_t> body_color,
-                bool append, const TextStyle& style) {
+uint16_t Table::Begin(std::string_view format, std::string_view header,
+                      std::optional<uint32_t> header_color, bool append, const TextStyle& style) {
   const bool fresh = !append || columns.empty();
   if (fresh) {
     // Parse before changing anything, so a bad format leaves the table as it was.
@@ -180,13 +179,20 @@ void Table::Add(std::string_view format, std::string_view header, std::string_vi
     columns = last_columns;
   }
   const uint16_t st = StyleIndex(style);
-  const size_t ncols = columns.size();
   if (fresh) {
     rows[0].style = st;
-    FillRow(rows[0], header, ncols);
+    FillRow(rows[0], header, columns.size());
     has_header = !header.empty();
     if (header_color) rows[0].fill = *header_color;
   }
+  return st;
+}
+
+void Table::Add(std::string_view format, std::string_view header, std::string_view body,
+                std::optional<uint32_t> header_color, std::optional<uint32_t> body_color,
+                bool append, const TextStyle& style) {
+  const uint16_t st = Begin(format, header, header_color, append, style);
+  const size_t ncols = columns.size();
   const int64_t fill = body_color && *body_color != 0 ? int64_t(*body_color) : -1;
 
   // One pass over the body: each ";" closes a row; text after the last ";"
@@ -203,6 +209,25 @@ void Table::Add(std::string_view format, std::string_view header, std::string_vi
     rows.push_back(std::move(row));
     start = semi + 1;
   }
+}
+
+void Table::AddRow(std::string_view format, std::string_view header, std::span<std::string> cells,
+                   std::optional<uint32_t> header_color, std::optional<uint32_t> body_color,
+                   const TextStyle& style) {
+  const uint16_t st = Begin(format, header, header_color, false, style);
+  const size_t ncols = columns.size();
+  Row row = NewRow();
+  row.style = st;
+  row.fill = body_color && *body_color != 0 ? int64_t(*body_color) : -1;
+  // As a body row of one table string: the cells past the format's last
+  // column are dropped, and the missing ones stay blank. The texts trade
+  // places with the spare row's, which NewRow left empty.
+  row.cells.resize(ncols);
+  for (size_t c = 0; c < cells.size(); ++c) {
+    if (c < ncols) row.cells[c].text.swap(cells[c]);
+    cells[c].clear();
+  }
+  rows.push_back(std::move(row));
 }
 
 void Table::Reset() {

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -155,6 +156,15 @@ class Table {
   void Add(std::string_view format, std::string_view header, std::string_view body,
            std::optional<uint32_t> header_color, std::optional<uint32_t> body_color, bool append,
            const TextStyle& style);
+  // As Add with no body and a fresh table, then one body row whose cells
+  // are `cells` as they stand: the texts are data, not a table string, so
+  // nothing in them is escaped or split. Each text is taken into the row
+  // and `cells` is handed back empty, its strings keeping the room of an
+  // earlier table's cells, so a list that prints each record as a table
+  // of its own builds every record's cells in the same strings.
+  void AddRow(std::string_view format, std::string_view header, std::span<std::string> cells,
+              std::optional<uint32_t> header_color, std::optional<uint32_t> body_color,
+              const TextStyle& style);
 
   // As a new Table, keeping the room its rows, cells and texts took for the
   // next table added to it: a list that prints each record as a table of
@@ -172,6 +182,9 @@ class Table {
 
  private:
   uint16_t StyleIndex(const TextStyle& s);
+  // The format and header of Add and AddRow; the style index of the rows.
+  uint16_t Begin(std::string_view format, std::string_view header,
+                 std::optional<uint32_t> header_color, bool append, const TextStyle& style);
   void Resize(int rows, int cols);
   // A blank row, made from a spare one where there is one.
   Row NewRow();
