@@ -35,10 +35,6 @@ const Shape kShapes[] = {
      [](int n) {
        return "SELECT " + Repeat("CAST(", n) + "ID" + Repeat(" AS int)", n) + " FROM Patient";
      }},
-    {"nested COALESCE",
-     [](int n) {
-       return "SELECT " + Repeat("COALESCE(", n) + "ID" + Repeat(", 0)", n) + " FROM Patient";
-     }},
     {"nested ISNULL",
      [](int n) {
        return "SELECT " + Repeat("ISNULL(", n) + "LastName" + Repeat(", '')", n) + " FROM Patient";

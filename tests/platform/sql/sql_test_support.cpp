@@ -43,17 +43,24 @@ FixtureDb::~FixtureDb() {
   Clock::UseSystem();
 }
 
+namespace {
+
+// Money to four decimals, as both engines' results are printed.
+std::string MoneyText(double value) {
+  char buf[64];
+  const double v = std::round(value * 10000.0) / 10000.0;
+  std::snprintf(buf, sizeof buf, "%.4f", v == 0 ? 0.0 : v);  // no "-0.0000"
+  return buf;
+}
+
+}  // namespace
+
 std::string FormatValue(sqlite3_stmt* stmt, int column, ValueKind kind) {
   int type = sqlite3_column_type(stmt, column);
   if (type == SQLITE_NULL) return "NULL";
   char buf[64];
   switch (kind) {
-    case ValueKind::Money: {
-      double v = std::round(sqlite3_column_double(stmt, column) * 10000.0) / 10000.0;
-      if (v == 0) v = 0;  // no "-0.0000"
-      std::snprintf(buf, sizeof buf, "%.4f", v);
-      return buf;
-    }
+    case ValueKind::Money: return MoneyText(sqlite3_column_double(stmt, column));
     case ValueKind::Integer:
     case ValueKind::Boolean:
       if (type == SQLITE_FLOAT) {
@@ -76,16 +83,22 @@ std::string FormatValue(sqlite3_stmt* stmt, int column, ValueKind kind) {
               : "NULL";
 }
 
-FixtureDb::Result FixtureDb::Run(const std::string& tsql) const {
-  return RunTranslated(Translate(tsql, schema_, Dialect::SQLite));
+FixtureDb::Result FixtureDb::Run(const std::string& tsql, std::string* error) const {
+  return RunTranslated(Translate(tsql, schema_, Dialect::SQLite), error);
 }
 
-FixtureDb::Result FixtureDb::RunTranslated(const Translation& t) const {
+FixtureDb::Result FixtureDb::RunTranslated(const Translation& t, std::string* error) const {
   Result r;
   for (const auto& c : t.columns) r.header.push_back(c.name);
+  auto failed = [&](const char* what) {
+    if (error)
+      *error = sqlite3_errmsg(db_);
+    else
+      ADD_FAILURE() << what << sqlite3_errmsg(db_) << "\n  " << t.sql;
+  };
   sqlite3_stmt* stmt = nullptr;
   if (sqlite3_prepare_v2(db_, t.sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
-    ADD_FAILURE() << "engine refused: " << sqlite3_errmsg(db_) << "\n  " << t.sql;
+    failed("engine refused: ");
     return r;
   }
   int rc;
@@ -98,37 +111,9 @@ FixtureDb::Result FixtureDb::RunTranslated(const Translation& t) const {
     }
     r.rows.push_back(std::move(row));
   }
-  if (rc != SQLITE_DONE) ADD_FAILURE() << "engine failed: " << sqlite3_errmsg(db_) << "\n  " << t.sql;
+  if (rc != SQLITE_DONE) failed("engine failed: ");
   sqlite3_finalize(stmt);
   return r;
-}
-
-std::string FixtureDb::RunError(const std::string& tsql) const {
-  Translation t = Translate(tsql, schema_, Dialect::SQLite);
-  sqlite3_stmt* stmt = nullptr;
-  std::string message;
-  if (sqlite3_prepare_v2(db_, t.sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
-    message = sqlite3_errmsg(db_);
-  } else {
-    int rc;
-    while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
-    }
-    if (rc != SQLITE_DONE) message = sqlite3_errmsg(db_);
-  }
-  sqlite3_finalize(stmt);
-  return message;
-}
-
-std::string FixtureDb::Scalar(const std::string& engine_sql) const {
-  sqlite3_stmt* stmt = nullptr;
-  if (sqlite3_prepare_v2(db_, engine_sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
-    ADD_FAILURE() << "engine refused: " << sqlite3_errmsg(db_) << "\n  " << engine_sql;
-    return "";
-  }
-  std::string out = "NULL";
-  if (sqlite3_step(stmt) == SQLITE_ROW) out = FormatValue(stmt, 0, ValueKind::Unknown);
-  sqlite3_finalize(stmt);
-  return out;
 }
 
 namespace {
@@ -183,21 +168,24 @@ bool SameRows(const std::vector<std::string>& want, const Rows& got, bool ordere
   return true;
 }
 
-void ExpectRows(const FixtureDb& db, const RowCase& c) {
-  SCOPED_TRACE(std::string(c.name) + ": " + c.tsql);
-  std::string want;
-  for (const std::string& row : c.rows) want += "\n " + row;
-  try {
-    const Rows got = db.Run(c.tsql).rows;
-    EXPECT_TRUE(SameRows(c.rows, got, c.ordered)) << "want:" << want << "\nsqlite:" << RowsText(got);
-    if (const ServerFixture* server = ServerFixture::Get()) {
-      const Rows on_server = server->Run(c.tsql);
-      EXPECT_TRUE(SameRows(c.rows, on_server, c.ordered))
-          << "want:" << want << "\npostgres:" << RowsText(on_server) << "\n"
-          << Translate(c.tsql, db.schema(), Dialect::PostgreSQL).sql;
+void ExpectRows(const std::vector<RowCase>& cases) {
+  FixtureDb db;
+  for (const RowCase& c : cases) {
+    SCOPED_TRACE(std::string(c.name) + ": " + c.tsql);
+    std::string want;
+    for (const std::string& row : c.rows) want += "\n " + row;
+    try {
+      const Rows got = db.Run(c.tsql).rows;
+      EXPECT_TRUE(SameRows(c.rows, got, c.ordered)) << "want:" << want << "\nsqlite:" << RowsText(got);
+      if (const ServerFixture* server = ServerFixture::Get()) {
+        const Rows on_server = server->Run(c.tsql);
+        EXPECT_TRUE(SameRows(c.rows, on_server, c.ordered))
+            << "want:" << want << "\npostgres:" << RowsText(on_server) << "\n"
+            << Translate(c.tsql, db.schema(), Dialect::PostgreSQL).sql;
+      }
+    } catch (const SqlError& e) {
+      ADD_FAILURE() << e.description();
     }
-  } catch (const SqlError& e) {
-    ADD_FAILURE() << e.description();
   }
 }
 
@@ -318,13 +306,8 @@ Rows ServerFixture::Run(const std::string& tsql, std::string* error) const {
     for (int j = 0; j < PQnfields(r); ++j) {
       const ValueKind kind = j < static_cast<int>(t.columns.size()) ? t.columns[j].kind : ValueKind::Unknown;
       std::string cell = PQgetisnull(r, i, j) ? "NULL" : PQgetvalue(r, i, j);
-      if (kind == ValueKind::Money && cell != "NULL") {
-        // numeric(19,4) prints its scale; SQLite's money is printed "%.4f".
-        char buf[64];
-        const double v = std::round(std::strtod(cell.c_str(), nullptr) * 10000.0) / 10000.0;
-        std::snprintf(buf, sizeof buf, "%.4f", v == 0 ? 0.0 : v);
-        cell = buf;
-      }
+      // numeric(19,4) prints its scale; money is printed as on SQLite.
+      if (kind == ValueKind::Money && cell != "NULL") cell = MoneyText(std::strtod(cell.c_str(), nullptr));
       row.push_back(cell);
     }
     rows.push_back(std::move(row));

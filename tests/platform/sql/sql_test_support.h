@@ -38,16 +38,11 @@ class FixtureDb {
     std::vector<std::vector<std::string>> rows;
   };
   // Translates `tsql` and runs it. Throws SqlError from the translation;
-  // an engine error fails the calling test with the printed SQL.
-  Result Run(const std::string& tsql) const;
+  // an engine error fails the calling test with the printed SQL, or goes
+  // to `error` when one is given.
+  Result Run(const std::string& tsql, std::string* error = nullptr) const;
   // Runs a statement already translated for SQLite.
-  Result RunTranslated(const Translation& t) const;
-  // Translates and runs `tsql` expecting the engine to fail it; returns the
-  // engine's message, or "" when it ran.
-  std::string RunError(const std::string& tsql) const;
-  // Runs engine SQL as is (no translation) and returns the first column of
-  // the first row as text, "NULL" for none.
-  std::string Scalar(const std::string& engine_sql) const;
+  Result RunTranslated(const Translation& t, std::string* error = nullptr) const;
 
  private:
   sqlite3* db_ = nullptr;
@@ -105,9 +100,9 @@ class ServerFixture {
   State* state_;
 };
 
-// Runs `c` on the project's fixture `db`, and on its server copy when there
-// is one, and compares its rows on each engine.
-void ExpectRows(const FixtureDb& db, const RowCase& c);
+// Runs each case on the project's fixture, and on its server copy when
+// there is one, and compares its rows on each engine.
+void ExpectRows(const std::vector<RowCase>& cases);
 
 using orv::testing::FileBytes;
 
