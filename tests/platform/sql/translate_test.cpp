@@ -148,11 +148,8 @@ TEST(SqlWrites, UpdateInsertDelete) {
     Translation t = Translate(c.write, db.schema(), Dialect::SQLite);
     EXPECT_FALSE(t.is_query);
     EXPECT_TRUE(t.columns.empty());
-    char* err = nullptr;
-    ASSERT_EQ(SQLITE_OK, sqlite3_exec(db.db(), t.sql.c_str(), nullptr, nullptr, &err)) << (err ? err : "") << t.sql;
-    FixtureDb::Result r = db.Run(c.check);
-    ASSERT_EQ(1u, r.rows.size());
-    EXPECT_EQ(c.value, r.rows[0][0]);
+    db.RunTranslated(t);
+    EXPECT_EQ(db.Run(c.check).rows, (Rows{{c.value}}));
   }
 }
 
