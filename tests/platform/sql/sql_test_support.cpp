@@ -22,27 +22,6 @@
 
 namespace orv::sql::testing {
 
-std::string ProjectFixture() { return std::string(ORVENDA_SOURCE_DIR) + "/tests/platform/sql/fixture.sql"; }
-
-FixtureDb::FixtureDb(const std::string& fixture_sql) {
-  Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
-  sqlite3_open(":memory:", &db_);
-  RegisterSqliteFunctions(db_);
-  std::string ddl = FileBytes(fixture_sql);
-  char* err = nullptr;
-  if (ddl.empty() || sqlite3_exec(db_, ddl.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
-    ADD_FAILURE() << "cannot build the fixture " << fixture_sql << ": " << (err ? err : "not found");
-    sqlite3_free(err);
-  }
-  schema_ = LoadSqliteSchema(db_);
-}
-
-FixtureDb::~FixtureDb() {
-  schema_ = Schema();  // its reader's statement goes before the connection
-  sqlite3_close(db_);
-  Clock::UseSystem();
-}
-
 namespace {
 
 // Money to four decimals, as both engines' results are printed.
@@ -53,8 +32,8 @@ std::string MoneyText(double value) {
   return buf;
 }
 
-}  // namespace
-
+// One value printed by its kind: money "%.4f", NULL as "NULL", integers as
+// plain decimals, everything else as the engine's text.
 std::string FormatValue(sqlite3_stmt* stmt, int column, ValueKind kind) {
   int type = sqlite3_column_type(stmt, column);
   if (type == SQLITE_NULL) return "NULL";
@@ -81,6 +60,28 @@ std::string FormatValue(sqlite3_stmt* stmt, int column, ValueKind kind) {
   const unsigned char* text = sqlite3_column_text(stmt, column);
   return text ? std::string(reinterpret_cast<const char*>(text), static_cast<size_t>(sqlite3_column_bytes(stmt, column)))
               : "NULL";
+}
+
+}  // namespace
+
+FixtureDb::FixtureDb() {
+  const std::string fixture_sql = std::string(ORVENDA_SOURCE_DIR) + "/tests/platform/sql/fixture.sql";
+  Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
+  sqlite3_open(":memory:", &db_);
+  RegisterSqliteFunctions(db_);
+  std::string ddl = orv::testing::FileBytes(fixture_sql);
+  char* err = nullptr;
+  if (ddl.empty() || sqlite3_exec(db_, ddl.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
+    ADD_FAILURE() << "cannot build the fixture " << fixture_sql << ": " << (err ? err : "not found");
+    sqlite3_free(err);
+  }
+  schema_ = LoadSqliteSchema(db_);
+}
+
+FixtureDb::~FixtureDb() {
+  schema_ = Schema();  // its reader's statement goes before the connection
+  sqlite3_close(db_);
+  Clock::UseSystem();
 }
 
 FixtureDb::Result FixtureDb::Run(const std::string& tsql, std::string* error) const {
@@ -118,17 +119,18 @@ FixtureDb::Result FixtureDb::RunTranslated(const Translation& t, std::string* er
 
 namespace {
 
-bool CellMatches(const std::string& want, const std::string& got, double tolerance) {
+bool CellMatches(const std::string& want, const std::string& got) {
+  constexpr double kTolerance = 1e-9;
   if (want.size() > 1 && want[0] == '~') {
     char* end = nullptr;
     double w = std::strtod(want.c_str() + 1, nullptr);
     double g = std::strtod(got.c_str(), &end);
-    return !got.empty() && end && *end == '\0' && std::fabs(w - g) <= tolerance * std::max(1.0, std::fabs(w));
+    return !got.empty() && end && *end == '\0' && std::fabs(w - g) <= kTolerance * std::max(1.0, std::fabs(w));
   }
   return want == got;
 }
 
-bool RowMatches(const std::string& want, const std::vector<std::string>& got, double tolerance) {
+bool RowMatches(const std::string& want, const std::vector<std::string>& got) {
   std::vector<std::string> cells;
   size_t start = 0;
   for (;;) {
@@ -139,13 +141,13 @@ bool RowMatches(const std::string& want, const std::vector<std::string>& got, do
   }
   if (cells.size() != got.size()) return false;
   for (size_t i = 0; i < cells.size(); ++i) {
-    if (!CellMatches(cells[i], got[i], tolerance)) return false;
+    if (!CellMatches(cells[i], got[i])) return false;
   }
   return true;
 }
 
-}  // namespace
-
+// The rows as text for a failure message: a line per row, values parted by
+// tabs.
 std::string RowsText(const Rows& rows) {
   std::string text;
   for (const auto& row : rows) {
@@ -155,18 +157,22 @@ std::string RowsText(const Rows& rows) {
   return text;
 }
 
-bool SameRows(const std::vector<std::string>& want, const Rows& got, bool ordered, double tolerance) {
+// Whether `got` holds the rows `want` lists, as RowCase reads them (each
+// listed row takes one row of `got`).
+bool SameRows(const std::vector<std::string>& want, const Rows& got, bool ordered) {
   if (want.size() != got.size()) return false;
   std::vector<bool> used(got.size(), false);
   for (size_t i = 0; i < want.size(); ++i) {
     bool found = false;
     for (size_t j = ordered ? i : 0; j < (ordered ? i + 1 : got.size()) && !found; ++j) {
-      if (!used[j] && RowMatches(want[i], got[j], tolerance)) used[j] = found = true;
+      if (!used[j] && RowMatches(want[i], got[j])) used[j] = found = true;
     }
     if (!found) return false;
   }
   return true;
 }
+
+}  // namespace
 
 void ExpectRows(const std::vector<RowCase>& cases) {
   FixtureDb db;
