@@ -40,13 +40,17 @@ TEST(SqlLexer, ServerSpellings) {
   for (const auto& [text, kinds] : cases) EXPECT_EQ(kinds, Kinds(Tokenize(text))) << text;
 }
 
-// Aliases, stars, TOP, ROLLUP and the order are seen in the rows of
-// constructs_test.cpp; here the shapes rows do not show at once.
+// TOP, ROLLUP and the order are seen in the rows of constructs_test.cpp;
+// here the shapes rows do not show: an alias given by "=" (rows do not
+// show their names), the qualifier of a star, a nested join, precedence.
 TEST(SqlParser, TreeShapes) {
   Statement st = Parse(
-      "SELECT a.b FROM dbo.T t LEFT OUTER JOIN (U INNER JOIN V ON U.k = V.k) ON t.k = U.k "
+      "SELECT 'x' = a.b, t.* FROM dbo.T t LEFT OUTER JOIN (U INNER JOIN V ON U.k = V.k) ON t.k = U.k "
       "WHERE a.b IN (1, 2) AND NOT c LIKE 'x%' OR d BETWEEN 1 AND 2");
   const Select& s = *st.query->selects[0];
+  EXPECT_EQ("x", s.items[0].alias);
+  EXPECT_EQ(ExprKind::Star, s.items[1].expr->kind);
+  EXPECT_EQ("t", s.items[1].expr->qualifier);
   ASSERT_EQ(1u, s.from.size());
   const TableSource& join = *s.from[0];
   EXPECT_EQ(JoinType::Left, join.join);
