@@ -236,6 +236,7 @@ TEST(SqlQueries, JoinsSubqueriesAndGrouping) {
       {"full_outer_join",
        "SELECT COUNT(*) FROM ListAlerts FULL OUTER JOIN PatientAlerts ON ListAlerts.ID = PatientAlerts.AlertID", {"4"}},
       {"except", "SELECT ID FROM Patient WHERE ID < 4 EXCEPT SELECT PatientID FROM Invoices", {"3"}},
+      {"intersect", "SELECT ID FROM Patient INTERSECT SELECT PatientID FROM PatientAlerts", {"1", "4", "6"}, false},
       // The rolled-up row (NULL) sorts first and holds the total.
       {"rollup_one_column",
        "SELECT COUNT(*) AS theCount, ReferredByAddID FROM Patient WHERE (NOT (ReferredByAddID IS NULL) AND "
