@@ -108,8 +108,6 @@ TEST(SessionLimits, TakenFromTheUrlWithDefaults) {
     const char* statement;
   } cases[] = {
       {"defaults", server.url(), "10s", "5min"},
-      {"both in the query",
-       WithParameters(server.url(), "lock_timeout=250ms&statement_timeout=2min"), "250ms", "2min"},
       {"beside libpq's own", WithParameters(server.url(), "application_name=desk&lock_timeout=0"),
        "0", "5min"},
   };

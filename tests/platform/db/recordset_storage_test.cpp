@@ -159,11 +159,14 @@ TEST(RecordsetStorage, NoRowAndOneRow) {
     one.Filter("Note <> 'COTE'");
     EXPECT_EQ(one.RecordCount(), 0);
 
-    // A forward-only cursor knows no count but reads the same row.
+    // A forward-only cursor knows neither count nor position, reads the
+    // same row and never moves back.
     Recordset forward;
     forward.Open("SELECT Note FROM Notes WHERE ID = 4", conn);
     EXPECT_EQ(forward.RecordCount(), -1);
+    EXPECT_EQ(forward.AbsolutePosition(), adPosUnknown);
     EXPECT_EQ(Walk(forward, "Note"), "cote");
+    EXPECT_THROW(forward.MovePrevious(), DatabaseError);
   });
 }
 
