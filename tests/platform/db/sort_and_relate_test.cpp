@@ -67,11 +67,15 @@ TEST(SortAndRelate, SortOrdersEachKindAsCompareValuesDoes) {
        {Variant(DateTime::FromParts(2026, 11, 20, 9, 30, 0)), Variant(DateTime::FromParts(1899, 12, 29)),
         Variant(DateTime::FromParts(1800, 1, 1, 12, 0, 0)), Variant::Null(), Variant(DateTime::FromParts(2026, 11, 20)),
         Variant(DateTime(0.0)), Variant(DateTime::FromParts(1800, 1, 1))}},
+      // Mixed kinds are sorted by comparing cells in place, of one kind
+      // without a Variant, of two kinds as CompareValues does.
       {"text among other kinds: accents, case, hyphens, apostrophes, trailing blanks",
        {Variant("Émile"), Variant("emile"), Variant::Null(), Variant("O'Neil"), Variant("ONeil"), Variant("Oneil  "),
         Variant("co-op"), Variant("coop"), Variant(12), Variant("Zoë"), Variant("zoe"), Variant(), Variant("Émile"),
         Variant("Ærø"), Variant("aero"), Variant(DateTime::FromParts(2026, 11, 20)), Variant("Abbott"),
-        Variant(Currency::FromRaw(5))}},
+        Variant(Currency::FromRaw(5)), Variant(-3), Variant::Int64(-7), Variant::Int64(INT64_MAX), Variant(INT32_MIN),
+        Variant(Currency::FromRaw(-1)), Variant(0.1), Variant(-0.5), Variant(-0.0), Variant(DateTime(-700.25)),
+        Variant(true), Variant(false), Variant("12"), Variant(Bytes{0x00, 0xff}), Variant(Bytes{0x00, 0xff, 0x10})}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
