@@ -28,6 +28,11 @@ TEST(SqlNames, RowsOfEachSpelling) {
       {"distinct_parenthesised", "SELECT Distinct(LastName) FROM Patient WHERE ID <= 3", {"Tremblay"}},
       {"text_alias_with_as", "SELECT LastName AS 'Family Name' FROM Patient WHERE ID = 6", {"O'Brien"}},
       {"star_in_declared_order", "SELECT r.* FROM Reasons r WHERE r.ID = 2", {"2\tFracture"}},
+      // A quote inside a text or a name is doubled where the engine's
+      // statement encloses it.
+      {"quotes_inside_text_and_names",
+       "SELECT LastName + '''s' AS [Patient's \"Name\"] FROM Patient WHERE LastName = 'O''Brien'",
+       {"O'Brien's"}},
   });
 }
 
