@@ -33,12 +33,7 @@ CopyOptions Replacing() {
   return o;
 }
 
-const char* kInvoiceDetails = R"sql(
-CREATE TABLE Invoices (ID INTEGER PRIMARY KEY, PatientID INTEGER, InvoiceTotal MONEY);
-INSERT INTO Invoices VALUES (1, 7, 100), (2, 8, 50);
-CREATE TABLE InvoiceDetails (ID INTEGER PRIMARY KEY, InvoiceID INTEGER, Code VARCHAR(6), Cost MONEY);
-INSERT INTO InvoiceDetails VALUES (11, 1, '01202', 60), (12, 1, '02111', 40), (13, 2, '01202', 50);
-)sql";
+using testing::kPracticeSql;
 
 // The description of the ReportError `run` throws, which must be an
 // overflow; "" when it throws none.
@@ -59,16 +54,16 @@ void ExpectMoneyOverflowNamed(const std::string& url, const std::string& huge) {
     const char* name;
     const char* statement;
   } cases[] = {
-      {"the value itself", "SELECT ID, Cost FROM InvoiceDetails ORDER BY ID"},
+      {"the value itself", "SELECT ID, Amount FROM InvoicePaymentDetails ORDER BY ID"},
       {"a sum over it",
-       "SELECT InvoiceID, SUM(Cost) AS Total FROM InvoiceDetails GROUP BY InvoiceID"},
+       "SELECT InvoiceID, SUM(Amount) AS Total FROM InvoicePaymentDetails GROUP BY InvoiceID"},
       {"joined from the invoice",
-       "SELECT i.ID, d.Cost FROM Invoices i INNER JOIN InvoiceDetails d ON d.InvoiceID = i.ID"},
+       "SELECT i.ID, d.Amount FROM Invoices i INNER JOIN InvoicePaymentDetails d ON d.InvoiceID = i.ID"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     std::string message = OverflowMessage([&] { conn.Query(c.statement); });
-    EXPECT_NE(message.find("table InvoiceDetails, column Cost, ID 12 holds " + huge),
+    EXPECT_NE(message.find("table InvoicePaymentDetails, column Amount, ID 2 holds " + huge),
               std::string::npos)
         << message;
     EXPECT_NE(message.find(c.statement), std::string::npos) << message;
@@ -76,24 +71,24 @@ void ExpectMoneyOverflowNamed(const std::string& url, const std::string& huge) {
 }
 
 TEST(MoneyOutOfRange, SqliteNamesTableColumnAndKey) {
-  TempDb db(std::string(kInvoiceDetails) + "UPDATE InvoiceDetails SET Cost = 1e16 WHERE ID = 12;");
+  TempDb db(std::string(kPracticeSql) + "UPDATE InvoicePaymentDetails SET Amount = 1e16 WHERE ID = 2;");
   ExpectMoneyOverflowNamed(db.url(), "10000000000000000");
 }
 
 TEST(MoneyOutOfRange, ATotalPastTheRangeSaysSo) {
-  TempDb db(kInvoiceDetails);
+  TempDb db(kPracticeSql);
   Connection conn(db.url());
   std::string total = OverflowMessage(
-      [&] { conn.Query("SELECT SUM(Cost * 100000000000000) AS Total FROM InvoiceDetails"); });
+      [&] { conn.Query("SELECT SUM(Amount * 100000000000000) AS Total FROM InvoicePaymentDetails"); });
   EXPECT_NE(total.find("the column Total adds up to more than money holds"), std::string::npos)
       << total;
 }
 
 TEST(MoneyOutOfRange, PostgresNamesTableColumnAndKey) {
   ORV_REQUIRE_POSTGRES();
-  testing::PracticeOnServer server(kInvoiceDetails);
+  testing::PracticeOnServer server(kPracticeSql);
   // Past Currency's range, inside the server's numeric(19,4).
-  ServerExec("UPDATE \"InvoiceDetails\" SET \"Cost\" = 950000000000000 WHERE \"ID\" = 12",
+  ServerExec("UPDATE \"InvoicePaymentDetails\" SET \"Amount\" = 950000000000000 WHERE \"ID\" = 2",
              server.url());
   ExpectMoneyOverflowNamed(server.url(), "950000000000000");
 }
@@ -113,8 +108,6 @@ TEST(SessionLimits, TakenFromTheUrlWithDefaults) {
     const char* statement;
   } cases[] = {
       {"defaults", server.url(), "10s", "5min"},
-      {"both in the query",
-       WithParameters(server.url(), "lock_timeout=250ms&statement_timeout=2min"), "250ms", "2min"},
       {"beside libpq's own", WithParameters(server.url(), "application_name=desk&lock_timeout=0"),
        "0", "5min"},
   };
@@ -135,7 +128,7 @@ TEST(SessionLimits, TakenFromTheUrlWithDefaults) {
 
 TEST(SessionLimits, ALockedTableStopsTheReportWithTheStatement) {
   ORV_REQUIRE_POSTGRES();
-  testing::PracticeOnServer server(kInvoiceDetails);
+  testing::PracticeOnServer server(kPracticeSql);
   // Another workstation holds the table (a copy or a repair under way).
   ServerSession other(server.url());
   other.Exec("BEGIN");
@@ -154,7 +147,7 @@ TEST(SessionLimits, ALockedTableStopsTheReportWithTheStatement) {
 }
 
 TEST(CopyOntoItself, RefusedUnderAnotherSpellingOfTheFile) {
-  TempDb db(kInvoiceDetails);
+  TempDb db(kPracticeSql);
   std::filesystem::path link = std::filesystem::temp_directory_path() /
                                ("orvenda_same_" + std::to_string(::getpid()) + ".db");
   std::filesystem::remove(link);
@@ -168,17 +161,17 @@ TEST(CopyOntoItself, RefusedUnderAnotherSpellingOfTheFile) {
   }
   std::filesystem::remove(link);
   Connection conn(db.url());
-  EXPECT_EQ(conn.Query("SELECT ID FROM InvoiceDetails")->RowCount(), 3u);
+  EXPECT_EQ(conn.Query("SELECT ID FROM InvoicePaymentDetails")->RowCount(), 5u);
 }
 
 TEST(CopyOntoItself, RefusedUnderAnotherSpellingOfTheServerUrl) {
   ORV_REQUIRE_POSTGRES();
-  testing::PracticeOnServer server(kInvoiceDetails);
+  testing::PracticeOnServer server(kPracticeSql);
   std::string other = WithParameters(server.url(), "application_name=elsewhere");
   EXPECT_TRUE(orv::testing::ThrowsSaying<DatabaseError>([&] { CopyDatabase(server.url(), other, Replacing()); },
                                                    {"the same database"}));
   Connection conn(server.url());
-  EXPECT_EQ(conn.Query("SELECT ID FROM InvoiceDetails")->RowCount(), 3u);
+  EXPECT_EQ(conn.Query("SELECT ID FROM InvoicePaymentDetails")->RowCount(), 5u);
   // Another database on the same server is no copy onto itself.
   FreshPgDatabase second;
   EXPECT_NO_THROW(CopyDatabase(server.url(), second.url()));

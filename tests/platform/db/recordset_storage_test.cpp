@@ -159,40 +159,23 @@ TEST(RecordsetStorage, NoRowAndOneRow) {
     one.Filter("Note <> 'COTE'");
     EXPECT_EQ(one.RecordCount(), 0);
 
-    // A forward-only cursor knows no count but reads the same row.
+    // A forward-only cursor knows neither count nor position, reads the
+    // same row and never moves back.
     Recordset forward;
     forward.Open("SELECT Note FROM Notes WHERE ID = 4", conn);
     EXPECT_EQ(forward.RecordCount(), -1);
+    EXPECT_EQ(forward.AbsolutePosition(), adPosUnknown);
     EXPECT_EQ(Walk(forward, "Note"), "cote");
+    EXPECT_THROW(forward.MovePrevious(), DatabaseError);
   });
 }
 
 TEST(RecordsetStorage, FabricatedRowsAddedChangedAndCancelled) {
-  Recordset rs;
-  rs.Fields().Append("ID", adInteger);
-  rs.Fields().Append("Name", adVarChar, 40);
-  rs.Fields().Append("Amount", adCurrency);
-  rs.Fields().Append("Day", adDate);
-  rs.Fields().Append("Scan", adLongVarBinary);
-  rs.Open();
-  EXPECT_EQ(rs.RecordCount(), 0);
-  struct Row {
-    int id;
-    Variant name, amount, day;
-  } rows[] = {
-      {1, Variant("Hélène"), Variant("12.34565"), Variant("2026-11-20 14:05")},
-      {2, Variant(""), Variant(-0.0001), Variant(DateTime::FromParts(2026, 11, 20))},
-      {3, Variant::Null(), Variant::Null(), Variant::Null()},
-  };
-  for (const auto& r : rows) {
-    rs.AddNew();
-    EXPECT_EQ(rs.EditMode(), adEditAdd);
-    rs["ID"].Value(r.id);
-    rs["Name"].Value(r.name);
-    rs["Amount"].Value(r.amount);
-    rs["Day"].Value(r.day);
-    rs.Update();
-  }
+  Recordset rs = testing::Fabricated(
+      {{"ID", adInteger}, {"Name", adVarChar, 40}, {"Amount", adCurrency}, {"Day", adDate}, {"Scan", adLongVarBinary}},
+      {{1, "Hélène", "12.34565", "2026-11-20 14:05"},
+       {2, "", -0.0001, DateTime::FromParts(2026, 11, 20)},
+       {3, Variant::Null(), Variant::Null(), Variant::Null()}});
   EXPECT_EQ(rs.RecordCount(), 3);
 
   const FieldCase cases[] = {
@@ -211,7 +194,21 @@ TEST(RecordsetStorage, FabricatedRowsAddedChangedAndCancelled) {
     EXPECT_EQ(Shown(rs[c.field].Value()), c.shown);
   }
 
-  // A change, then a cancelled one; the filter's index sees the change.
+  // A row added and cancelled leaves nothing; moving off a changed row
+  // keeps the change, as Update would.
+  rs.AddNew();
+  EXPECT_EQ(rs.EditMode(), adEditAdd);
+  rs["Name"].Value("draft");
+  rs.CancelUpdate();
+  EXPECT_EQ(rs.RecordCount(), 3);
+  rs.MoveFirst();
+  rs["Name"].Value("kept");
+  rs.MoveNext();
+  rs.MoveFirst();
+  EXPECT_EQ(Shown(rs["Name"].Value()), "text[kept]");
+
+  // Equality filters on a number go through an index of the rows: it sees
+  // a key changed and a row added after it was built. Text is scanned.
   rs.Filter("ID = 2");
   EXPECT_EQ(rs.RecordCount(), 1);
   rs["ID"].Value(7);
@@ -219,6 +216,18 @@ TEST(RecordsetStorage, FabricatedRowsAddedChangedAndCancelled) {
   rs.Update();
   rs.Filter("ID = 2");
   EXPECT_EQ(rs.RecordCount(), 0);
+  rs.Filter("");
+  rs.AddNew();
+  rs["ID"].Value(2);
+  rs["Name"].Value("Visa");
+  rs.Update();
+  rs.Filter("ID = 2");
+  EXPECT_EQ(Walk(rs, "Name"), "Visa");
+  rs.Filter("Name = 'VISA'");
+  EXPECT_EQ(Walk(rs, "ID"), "2");
+  rs.Filter("Amount = 12.3456");
+  EXPECT_EQ(Walk(rs, "ID"), "1");
+  // A change cancelled.
   rs.Filter("ID = 7");
   ASSERT_EQ(rs.RecordCount(), 1);
   EXPECT_EQ(Shown(rs["Scan"].Value()), "bytes 1 2 3");
@@ -227,7 +236,14 @@ TEST(RecordsetStorage, FabricatedRowsAddedChangedAndCancelled) {
   EXPECT_EQ(Shown(rs["Name"].Value()), "text[]");
   rs.Filter("");
   rs.Sort("ID DESC");
-  EXPECT_EQ(Walk(rs, "ID"), "7 3 1");
+  EXPECT_EQ(Walk(rs, "ID"), "7 3 2 1");
+  // Closed it refuses to be read; opened again it has its fields, no rows.
+  rs.Close();
+  EXPECT_EQ(rs.State(), adStateClosed);
+  EXPECT_THROW(rs.Eof(), DatabaseError);
+  rs.Open();
+  EXPECT_EQ(rs.Fields().Count(), 5);
+  EXPECT_TRUE(rs.Eof() && rs.Bof());
 }
 
 }  // namespace

@@ -91,9 +91,10 @@ TEST(StatementCache, DaysAndKeysShareOnePreparedStatementAndReadTheirOwnRows) {
       Ids(conn, failing);
       ADD_FAILURE() << "no error from " << failing;
     } catch (const ReportError& e) {
-      if (conn.Dialect() == sql::Dialect::SQLite)
+      if (conn.Dialect() == sql::Dialect::SQLite) {
         EXPECT_NE(e.description().find("bound as ?1 = 1, ?2 = 5, ?3 = '2026-11-20 00:00:00'"), std::string::npos)
             << e.description();
+      }
     }
     // The statement runs again once its failed run is over.
     EXPECT_EQ(Ids(conn, "SELECT ID FROM EmployeeHolidays WHERE EmployeeID = 1 AND FromDate <= '2026-11-01'"), "");

@@ -28,7 +28,6 @@ TEST(StatementForm, ParameterisesKeyLiteralsOnly) {
     const char* form;  // nullptr: the statement as it stands
     std::vector<int64_t> values;
   } cases[] = {
-      {"Select LastName from Patient where ID = 17", "Select LastName from Patient where ID = #0", {17}},
       {"SELECT x FROM t WHERE a=5 AND b = -3 AND c <= 12", "SELECT x FROM t WHERE a=#0 AND b = -#1 AND c <= #2", {5, 3, 12}},
       // Not after "=": positions, sizes, TOP, CASE arms, IN lists.
       {"SELECT TOP 5 CAST(x AS VARCHAR(50)) FROM t ORDER BY 1", nullptr, {}},

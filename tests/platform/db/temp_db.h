@@ -169,6 +169,26 @@ class PracticeTest : public ::testing::Test {
   Connection conn_{db_.url()};
 };
 
+// A recordset built in memory, as the statements report merges its
+// queries: `fields` appended, then one row per entry of `rows`, its values
+// in field order (a short row leaves the last fields Null).
+struct FabricatedField {
+  const char* name;
+  FieldType type;
+  long size = 0;
+};
+inline Recordset Fabricated(const std::vector<FabricatedField>& fields, const std::vector<std::vector<Variant>>& rows) {
+  Recordset rs;
+  for (const auto& f : fields) rs.Fields().Append(f.name, f.type, f.size);
+  rs.Open();
+  for (const auto& row : rows) {
+    rs.AddNew();
+    for (size_t i = 0; i < row.size(); ++i) rs[static_cast<long>(i)].Value(row[i]);
+    rs.Update();
+  }
+  return rs;
+}
+
 // A recordset's rows from the current one on as "a,b" texts (Null as NULL,
 // or each field as `shown` gives it), each row's chapters as "{...}" after
 // it; leaves the recordset at EOF.

@@ -28,8 +28,6 @@ TEST(JoinKeys, AFamilyConditionMovesOntoOneTableWithTheSameRows) {
        R"(WHERE "t2"."ID" = 1 OR "t2"."PrimaryHolderID" = 1)", {{"1"}, {"2"}, {"4"}}},
       {"WHERE [Complete?] <> 0 AND (Patient.SecondaryHolderID = 2 OR 2 = Invoices.PatientID) ORDER BY Invoices.ID",
        R"(("t2"."SecondaryHolderID" = 2 OR 2 = "t2"."ID"))", {{"2"}}},
-      {"WHERE (Invoices.PatientID = 4 OR Patient.PrimaryHolderID = 4) AND Invoices.ID > 3 ORDER BY Invoices.ID",
-       R"(("t2"."ID" = 4 OR "t2"."PrimaryHolderID" = 4))", {{"7"}}},
       // Two families at once, each in its own parentheses.
       {"WHERE ((Invoices.PatientID = 4 OR Patient.PrimaryHolderID = 4) OR (Invoices.PatientID = 2 OR "
        "Patient.PrimaryHolderID = 2)) ORDER BY Invoices.ID",

@@ -40,33 +40,27 @@ TEST(SqlLexer, ServerSpellings) {
   for (const auto& [text, kinds] : cases) EXPECT_EQ(kinds, Kinds(Tokenize(text))) << text;
 }
 
+// TOP, ROLLUP and the order are seen in the rows of constructs_test.cpp;
+// here the shapes rows do not show: an alias given by "=" (rows do not
+// show their names), the qualifier of a star, a nested join, precedence.
 TEST(SqlParser, TreeShapes) {
   Statement st = Parse(
-      "SELECT TOP 5 'x' = a.b, c AS d, t.* FROM dbo.T t LEFT OUTER JOIN (U INNER JOIN V ON U.k = V.k) ON t.k = U.k "
-      "WHERE a.b IN (1, 2) AND NOT c LIKE 'x%' OR d BETWEEN 1 AND 2 GROUP BY c WITH ROLLUP ORDER BY 1 DESC");
-  ASSERT_EQ(Statement::Kind::Select, st.kind);
+      "SELECT 'x' = a.b, t.* FROM dbo.T t LEFT OUTER JOIN (U INNER JOIN V ON U.k = V.k) ON t.k = U.k "
+      "WHERE a.b IN (1, 2) AND NOT c LIKE 'x%' OR d BETWEEN 1 AND 2");
   const Select& s = *st.query->selects[0];
-  ASSERT_TRUE(s.top);
-  ASSERT_EQ(3u, s.items.size());
   EXPECT_EQ("x", s.items[0].alias);
-  EXPECT_EQ("d", s.items[1].alias);
-  EXPECT_EQ(ExprKind::Star, s.items[2].expr->kind);
-  EXPECT_EQ("t", s.items[2].expr->qualifier);
+  EXPECT_EQ(ExprKind::Star, s.items[1].expr->kind);
+  EXPECT_EQ("t", s.items[1].expr->qualifier);
   ASSERT_EQ(1u, s.from.size());
   const TableSource& join = *s.from[0];
-  EXPECT_EQ(TableSource::Kind::Join, join.kind);
   EXPECT_EQ(JoinType::Left, join.join);
   EXPECT_EQ("T", join.left->table);
-  EXPECT_EQ("t", join.left->alias);
   EXPECT_TRUE(join.right->parenthesised);
   // OR of (IN AND NOT LIKE) and BETWEEN: AND binds tighter than OR.
   ASSERT_EQ(ExprKind::Logical, s.where->kind);
   EXPECT_EQ("OR", s.where->text);
   EXPECT_EQ("AND", s.where->args[0]->text);
   EXPECT_EQ(ExprKind::Between, s.where->args[1]->kind);
-  EXPECT_TRUE(s.rollup);
-  ASSERT_EQ(1u, st.query->order_by.size());
-  EXPECT_TRUE(st.query->order_by[0].descending);
 }
 
 TEST(SqlParser, NodesKeepTheirSourcePositions) {

@@ -22,38 +22,24 @@
 
 namespace orv::sql::testing {
 
-std::string ProjectFixture() { return std::string(ORVENDA_SOURCE_DIR) + "/tests/platform/sql/fixture.sql"; }
+namespace {
 
-FixtureDb::FixtureDb(const std::string& fixture_sql) {
-  Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
-  sqlite3_open(":memory:", &db_);
-  RegisterSqliteFunctions(db_);
-  std::string ddl = FileBytes(fixture_sql);
-  char* err = nullptr;
-  if (ddl.empty() || sqlite3_exec(db_, ddl.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
-    ADD_FAILURE() << "cannot build the fixture " << fixture_sql << ": " << (err ? err : "not found");
-    sqlite3_free(err);
-  }
-  schema_ = LoadSqliteSchema(db_);
+// Money to four decimals, as both engines' results are printed.
+std::string MoneyText(double value) {
+  char buf[64];
+  const double v = std::round(value * 10000.0) / 10000.0;
+  std::snprintf(buf, sizeof buf, "%.4f", v == 0 ? 0.0 : v);  // no "-0.0000"
+  return buf;
 }
 
-FixtureDb::~FixtureDb() {
-  schema_ = Schema();  // its reader's statement goes before the connection
-  sqlite3_close(db_);
-  Clock::UseSystem();
-}
-
+// One value printed by its kind: money "%.4f", NULL as "NULL", integers as
+// plain decimals, everything else as the engine's text.
 std::string FormatValue(sqlite3_stmt* stmt, int column, ValueKind kind) {
   int type = sqlite3_column_type(stmt, column);
   if (type == SQLITE_NULL) return "NULL";
   char buf[64];
   switch (kind) {
-    case ValueKind::Money: {
-      double v = std::round(sqlite3_column_double(stmt, column) * 10000.0) / 10000.0;
-      if (v == 0) v = 0;  // no "-0.0000"
-      std::snprintf(buf, sizeof buf, "%.4f", v);
-      return buf;
-    }
+    case ValueKind::Money: return MoneyText(sqlite3_column_double(stmt, column));
     case ValueKind::Integer:
     case ValueKind::Boolean:
       if (type == SQLITE_FLOAT) {
@@ -76,16 +62,44 @@ std::string FormatValue(sqlite3_stmt* stmt, int column, ValueKind kind) {
               : "NULL";
 }
 
-FixtureDb::Result FixtureDb::Run(const std::string& tsql) const {
-  return RunTranslated(Translate(tsql, schema_, Dialect::SQLite));
+}  // namespace
+
+FixtureDb::FixtureDb() {
+  const std::string fixture_sql = std::string(ORVENDA_SOURCE_DIR) + "/tests/platform/sql/fixture.sql";
+  Clock::SetFixed(DateTime::FromParts(2026, 11, 20, 10, 0, 0));
+  sqlite3_open(":memory:", &db_);
+  RegisterSqliteFunctions(db_);
+  std::string ddl = orv::testing::FileBytes(fixture_sql);
+  char* err = nullptr;
+  if (ddl.empty() || sqlite3_exec(db_, ddl.c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
+    ADD_FAILURE() << "cannot build the fixture " << fixture_sql << ": " << (err ? err : "not found");
+    sqlite3_free(err);
+  }
+  schema_ = LoadSqliteSchema(db_);
 }
 
-FixtureDb::Result FixtureDb::RunTranslated(const Translation& t) const {
+FixtureDb::~FixtureDb() {
+  schema_ = Schema();  // its reader's statement goes before the connection
+  sqlite3_close(db_);
+  Clock::UseSystem();
+}
+
+FixtureDb::Result FixtureDb::Run(const std::string& tsql, std::string* error) const {
+  return RunTranslated(Translate(tsql, schema_, Dialect::SQLite), error);
+}
+
+FixtureDb::Result FixtureDb::RunTranslated(const Translation& t, std::string* error) const {
   Result r;
   for (const auto& c : t.columns) r.header.push_back(c.name);
+  auto failed = [&](const char* what) {
+    if (error)
+      *error = sqlite3_errmsg(db_);
+    else
+      ADD_FAILURE() << what << sqlite3_errmsg(db_) << "\n  " << t.sql;
+  };
   sqlite3_stmt* stmt = nullptr;
   if (sqlite3_prepare_v2(db_, t.sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
-    ADD_FAILURE() << "engine refused: " << sqlite3_errmsg(db_) << "\n  " << t.sql;
+    failed("engine refused: ");
     return r;
   }
   int rc;
@@ -98,52 +112,25 @@ FixtureDb::Result FixtureDb::RunTranslated(const Translation& t) const {
     }
     r.rows.push_back(std::move(row));
   }
-  if (rc != SQLITE_DONE) ADD_FAILURE() << "engine failed: " << sqlite3_errmsg(db_) << "\n  " << t.sql;
+  if (rc != SQLITE_DONE) failed("engine failed: ");
   sqlite3_finalize(stmt);
   return r;
 }
 
-std::string FixtureDb::RunError(const std::string& tsql) const {
-  Translation t = Translate(tsql, schema_, Dialect::SQLite);
-  sqlite3_stmt* stmt = nullptr;
-  std::string message;
-  if (sqlite3_prepare_v2(db_, t.sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
-    message = sqlite3_errmsg(db_);
-  } else {
-    int rc;
-    while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
-    }
-    if (rc != SQLITE_DONE) message = sqlite3_errmsg(db_);
-  }
-  sqlite3_finalize(stmt);
-  return message;
-}
-
-std::string FixtureDb::Scalar(const std::string& engine_sql) const {
-  sqlite3_stmt* stmt = nullptr;
-  if (sqlite3_prepare_v2(db_, engine_sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
-    ADD_FAILURE() << "engine refused: " << sqlite3_errmsg(db_) << "\n  " << engine_sql;
-    return "";
-  }
-  std::string out = "NULL";
-  if (sqlite3_step(stmt) == SQLITE_ROW) out = FormatValue(stmt, 0, ValueKind::Unknown);
-  sqlite3_finalize(stmt);
-  return out;
-}
-
 namespace {
 
-bool CellMatches(const std::string& want, const std::string& got, double tolerance) {
+bool CellMatches(const std::string& want, const std::string& got) {
+  constexpr double kTolerance = 1e-9;
   if (want.size() > 1 && want[0] == '~') {
     char* end = nullptr;
     double w = std::strtod(want.c_str() + 1, nullptr);
     double g = std::strtod(got.c_str(), &end);
-    return !got.empty() && end && *end == '\0' && std::fabs(w - g) <= tolerance * std::max(1.0, std::fabs(w));
+    return !got.empty() && end && *end == '\0' && std::fabs(w - g) <= kTolerance * std::max(1.0, std::fabs(w));
   }
   return want == got;
 }
 
-bool RowMatches(const std::string& want, const std::vector<std::string>& got, double tolerance) {
+bool RowMatches(const std::string& want, const std::vector<std::string>& got) {
   std::vector<std::string> cells;
   size_t start = 0;
   for (;;) {
@@ -154,13 +141,13 @@ bool RowMatches(const std::string& want, const std::vector<std::string>& got, do
   }
   if (cells.size() != got.size()) return false;
   for (size_t i = 0; i < cells.size(); ++i) {
-    if (!CellMatches(cells[i], got[i], tolerance)) return false;
+    if (!CellMatches(cells[i], got[i])) return false;
   }
   return true;
 }
 
-}  // namespace
-
+// The rows as text for a failure message: a line per row, values parted by
+// tabs.
 std::string RowsText(const Rows& rows) {
   std::string text;
   for (const auto& row : rows) {
@@ -170,34 +157,41 @@ std::string RowsText(const Rows& rows) {
   return text;
 }
 
-bool SameRows(const std::vector<std::string>& want, const Rows& got, bool ordered, double tolerance) {
+// Whether `got` holds the rows `want` lists, as RowCase reads them (each
+// listed row takes one row of `got`).
+bool SameRows(const std::vector<std::string>& want, const Rows& got, bool ordered) {
   if (want.size() != got.size()) return false;
   std::vector<bool> used(got.size(), false);
   for (size_t i = 0; i < want.size(); ++i) {
     bool found = false;
     for (size_t j = ordered ? i : 0; j < (ordered ? i + 1 : got.size()) && !found; ++j) {
-      if (!used[j] && RowMatches(want[i], got[j], tolerance)) used[j] = found = true;
+      if (!used[j] && RowMatches(want[i], got[j])) used[j] = found = true;
     }
     if (!found) return false;
   }
   return true;
 }
 
-void ExpectRows(const FixtureDb& db, const RowCase& c) {
-  SCOPED_TRACE(std::string(c.name) + ": " + c.tsql);
-  std::string want;
-  for (const std::string& row : c.rows) want += "\n " + row;
-  try {
-    const Rows got = db.Run(c.tsql).rows;
-    EXPECT_TRUE(SameRows(c.rows, got, c.ordered)) << "want:" << want << "\nsqlite:" << RowsText(got);
-    if (const ServerFixture* server = ServerFixture::Get()) {
-      const Rows on_server = server->Run(c.tsql);
-      EXPECT_TRUE(SameRows(c.rows, on_server, c.ordered))
-          << "want:" << want << "\npostgres:" << RowsText(on_server) << "\n"
-          << Translate(c.tsql, db.schema(), Dialect::PostgreSQL).sql;
+}  // namespace
+
+void ExpectRows(const std::vector<RowCase>& cases) {
+  FixtureDb db;
+  for (const RowCase& c : cases) {
+    SCOPED_TRACE(std::string(c.name) + ": " + c.tsql);
+    std::string want;
+    for (const std::string& row : c.rows) want += "\n " + row;
+    try {
+      const Rows got = db.Run(c.tsql).rows;
+      EXPECT_TRUE(SameRows(c.rows, got, c.ordered)) << "want:" << want << "\nsqlite:" << RowsText(got);
+      if (const ServerFixture* server = ServerFixture::Get()) {
+        const Rows on_server = server->Run(c.tsql);
+        EXPECT_TRUE(SameRows(c.rows, on_server, c.ordered))
+            << "want:" << want << "\npostgres:" << RowsText(on_server) << "\n"
+            << Translate(c.tsql, db.schema(), Dialect::PostgreSQL).sql;
+      }
+    } catch (const SqlError& e) {
+      ADD_FAILURE() << e.description();
     }
-  } catch (const SqlError& e) {
-    ADD_FAILURE() << e.description();
   }
 }
 
@@ -318,13 +312,8 @@ Rows ServerFixture::Run(const std::string& tsql, std::string* error) const {
     for (int j = 0; j < PQnfields(r); ++j) {
       const ValueKind kind = j < static_cast<int>(t.columns.size()) ? t.columns[j].kind : ValueKind::Unknown;
       std::string cell = PQgetisnull(r, i, j) ? "NULL" : PQgetvalue(r, i, j);
-      if (kind == ValueKind::Money && cell != "NULL") {
-        // numeric(19,4) prints its scale; SQLite's money is printed "%.4f".
-        char buf[64];
-        const double v = std::round(std::strtod(cell.c_str(), nullptr) * 10000.0) / 10000.0;
-        std::snprintf(buf, sizeof buf, "%.4f", v == 0 ? 0.0 : v);
-        cell = buf;
-      }
+      // numeric(19,4) prints its scale; money is printed as on SQLite.
+      if (kind == ValueKind::Money && cell != "NULL") cell = MoneyText(std::strtod(cell.c_str(), nullptr));
       row.push_back(cell);
     }
     rows.push_back(std::move(row));

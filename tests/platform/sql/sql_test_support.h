@@ -15,15 +15,12 @@
 
 namespace orv::sql::testing {
 
-// The project's fixture (tests/platform/sql/fixture.sql).
-std::string ProjectFixture();
-
-// An in-memory database built from a fixture (by default the project's),
-// with the layer's functions registered and the clock fixed to 2026-11-20
-// 10:00:00.
+// An in-memory database built from the project's fixture
+// (tests/platform/sql/fixture.sql), with the layer's functions registered
+// and the clock fixed to 2026-11-20 10:00:00.
 class FixtureDb {
  public:
-  explicit FixtureDb(const std::string& fixture_sql = ProjectFixture());
+  FixtureDb();
   ~FixtureDb();
   FixtureDb(const FixtureDb&) = delete;
   FixtureDb& operator=(const FixtureDb&) = delete;
@@ -38,41 +35,23 @@ class FixtureDb {
     std::vector<std::vector<std::string>> rows;
   };
   // Translates `tsql` and runs it. Throws SqlError from the translation;
-  // an engine error fails the calling test with the printed SQL.
-  Result Run(const std::string& tsql) const;
+  // an engine error fails the calling test with the printed SQL, or goes
+  // to `error` when one is given.
+  Result Run(const std::string& tsql, std::string* error = nullptr) const;
   // Runs a statement already translated for SQLite.
-  Result RunTranslated(const Translation& t) const;
-  // Translates and runs `tsql` expecting the engine to fail it; returns the
-  // engine's message, or "" when it ran.
-  std::string RunError(const std::string& tsql) const;
-  // Runs engine SQL as is (no translation) and returns the first column of
-  // the first row as text, "NULL" for none.
-  std::string Scalar(const std::string& engine_sql) const;
+  Result RunTranslated(const Translation& t, std::string* error = nullptr) const;
 
  private:
   sqlite3* db_ = nullptr;
   Schema schema_;
 };
 
-// One value printed by its kind: money "%.4f", NULL as "NULL", integers as
-// plain decimals, everything else as the engine's text.
-std::string FormatValue(sqlite3_stmt* stmt, int column, ValueKind kind);
-
 using Rows = std::vector<std::vector<std::string>>;
 
-// The rows as text for a failure message: a line per row, values parted by
-// tabs.
-std::string RowsText(const Rows& rows);
-
-// Whether `got` holds the rows `want` lists, each row's values joined by
-// tabs, in order or as a multiset (each listed row takes one row of
-// `got`). A value written `~N` matches any number within `tolerance` of N
-// (relative, and absolute below 1): decimal and float results.
-bool SameRows(const std::vector<std::string>& want, const Rows& got, bool ordered,
-              double tolerance = 1e-9);
-
-// A statement and the rows SQL Server returns for it on the fixture, as
-// SameRows reads them.
+// A statement and the rows SQL Server returns for it on the fixture: each
+// row's values joined by tabs, in order or (not `ordered`) as a multiset.
+// A value written `~N` matches any number within a relative 1e-9 of N
+// (absolute below 1): decimal and float results.
 struct RowCase {
   const char* name;
   const char* tsql;
@@ -105,10 +84,8 @@ class ServerFixture {
   State* state_;
 };
 
-// Runs `c` on the project's fixture `db`, and on its server copy when there
-// is one, and compares its rows on each engine.
-void ExpectRows(const FixtureDb& db, const RowCase& c);
-
-using orv::testing::FileBytes;
+// Runs each case on the project's fixture, and on its server copy when
+// there is one, and compares its rows on each engine.
+void ExpectRows(const std::vector<RowCase>& cases);
 
 }  // namespace orv::sql::testing
