@@ -277,6 +277,38 @@ int ColumnStore::Compare(size_t a, size_t b, size_t column) const {
   return CompareValues(Get(a, column), Get(b, column));
 }
 
+ColumnStore ColumnStore::Reordered(ColumnStore from, const std::vector<uint32_t>& order) {
+  ColumnStore to;
+  to.rows_ = order.size();
+  to.columns_.resize(from.columns_.size());
+  for (size_t c = 0; c < from.columns_.size(); ++c) {
+    Column& out = to.columns_[c];
+    // A field left unread has no cells, and keeps none.
+    if (!from.columns_[c].chunks.empty()) {
+      const Column& in = from.columns_[c];
+      // A text equal to the one above shares its entry: a column sorted
+      // on (a provider's name) is long runs of one text.
+      std::string_view last;
+      uint64_t last_at = 0;
+      for (const uint32_t row : order) {
+        const Kind k = in.kind(row);
+        uint64_t bits = in.bits(row);
+        if (HoldsBytes(k) && bits != 0) {
+          const std::string_view bytes = from.EntryAt(bits);
+          if (last_at == 0 || bytes != last) {
+            last = bytes;
+            last_at = to.AddBytes(bytes);
+          }
+          bits = last_at;
+        }
+        out.Push(k, bits);
+      }
+    }
+    from.columns_[c] = Column();
+  }
+  return to;
+}
+
 size_t ColumnStore::MemoryBytes() const {
   size_t bytes = arena_bytes_;
   for (const Column& c : columns_)
