@@ -7,9 +7,7 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <regex>
-#include <sstream>
 #include <string>
 
 #include "support/shell.h"
@@ -93,14 +91,6 @@ inline std::string QueueFile(const std::string& queue) {
   std::smatch m;
   const std::string line = RunShell("lpstat -v " + ShellQuote(queue) + " 2>/dev/null").out;
   return std::regex_search(line, m, std::regex(R"(: (?:file:)?/*(/\S+))")) ? m[1].str() : "";
-}
-
-// The whole of a file, as bytes.
-inline std::string ReadFile(const std::string& path) {
-  std::ifstream f(path, std::ios::binary);
-  std::stringstream ss;
-  ss << f.rdbuf();
-  return ss.str();
 }
 
 }  // namespace orv::testing

@@ -106,42 +106,6 @@ TEST_F(PredeterminationAndBilling, FrenchPredetermination) {
     EXPECT_FALSE(Shows(box)) << box;
 }
 
-// Eight proposed lines for Lea, with two employers and so the insurers'
-// box, go on one sheet in both languages: the French form in a smaller
-// body where 8 points overrun, nine lines in the size of eight.
-TEST_F(PredeterminationAndBilling, EightProposedLinesAreOneSheet) {
-  auto body_pt = [&] { return SizeOf("27201"); };
-  for (bool french : {false, true}) {
-    double eight_pt = 0;
-    for (int lines : {8, 9}) {
-      const std::string name = std::string(french ? "French, " : "English, ") + std::to_string(lines);
-      RawExec("DELETE FROM PatientPredTreatmentDetails WHERE PatientPredTreatmentsID = 95501");
-      for (int i = 0; i < lines; ++i)
-        RawExec("INSERT INTO PatientPredTreatmentDetails (ID, PatientPredTreatmentsID, LineNumber, "
-                "Code, [Tooth#], Surface, Cost) VALUES (" + std::to_string(95610 + i) + ", 95501, " +
-                std::to_string(i + 1) + ", '27201', '36', 'MOD', 87.50)");
-      const int printed = form.PrintCount();
-      if (french) reports.rptPredClaimFormF(95501, 1, "");
-      else reports.rptPredClaimForm(95501, 1, "");
-      ASSERT_EQ(form.PrintCount(), printed + 1) << name;
-      EXPECT_NE(Text().find(french ? "Directive pour sousmission" : "Instructions for Claim"),
-                std::string::npos) << name;
-      if (lines == 8) {
-        EXPECT_EQ(form.VSP.PageCount(), 1) << name;
-        eight_pt = body_pt();
-        if (french) {
-          EXPECT_GE(eight_pt, 7) << name;
-          EXPECT_LT(eight_pt, 8) << name;
-        } else {
-          EXPECT_EQ(eight_pt, 8) << name;
-        }
-      } else {
-        EXPECT_EQ(body_pt(), eight_pt) << name;
-      }
-    }
-  }
-}
-
 TEST_F(PredeterminationAndBilling, PredeterminationFailsSilently) {
   // An unknown treatment, and a patient whose employer has no insurer.
   RawExec("INSERT INTO PatientPredTreatments (ID, PatientID, ProviderID) VALUES (95503, 95004, 95001)");

@@ -48,12 +48,6 @@ TEST_F(DirectoryLists, FeeGuideRunsFromCallToPreview) {
   // The form was shown and the pointer restored.
   EXPECT_EQ(form.ShowCount(), 1);
   EXPECT_EQ(host.pointer_history, (std::vector<int>{host::vbHourglass, host::vbDefault}));
-
-  // The title is read from the first row, so a guide without rows fails
-  // there and the error reaches the host; nothing more is shown.
-  EXPECT_THROW(reports.rptFeeGuide(987654, ""), ReportError);
-  EXPECT_EQ(form.ShowCount(), 1);
-  EXPECT_TRUE(host.messages.empty());
 }
 
 TEST_F(DirectoryLists, HeadingLeavesOutOfficeLineAndEmptyUser) {
@@ -243,22 +237,6 @@ TEST_F(DirectoryLists, SeparatorsInTheDataStayInTheirCells) {
   }
 }
 
-TEST_F(DirectoryLists, TrapShowsItsTextAndTheDescription) {
-  bool after = false;
-  reports.Trap("An Error has occurred in Sub rptStatements in Class clsReports.", [&] {
-    db::Recordset rs;
-    rs.Open("SELECT NoSuchColumn FROM Patient", conn);
-    after = true;
-  });
-  EXPECT_FALSE(after);
-  ASSERT_EQ(host.messages.size(), 1u);
-  const auto& m = host.messages[0];
-  EXPECT_EQ(m.prompt.rfind("An Error has occurred in Sub rptStatements in Class clsReports.\n", 0), 0u);
-  EXPECT_NE(m.prompt.find("NoSuchColumn"), std::string::npos) << m.prompt;
-  EXPECT_EQ(m.buttons, host::vbOKOnly);
-  EXPECT_EQ(m.title, "");
-}
-
 TEST_F(DirectoryLists, BlobsAreWrittenInWholeChunksAndARemainder) {
   // Exactly one chunk, one chunk and a byte, and nothing.
   RawExec(
@@ -320,14 +298,6 @@ TEST_F(ComponentServices, ReturnConnectionReusesTheRunsOrOpensTheSettingsDatabas
   host::AppSettings().Override("Settings", "dbName", db_url);
   int32_t server_side = 2;
   EXPECT_EQ(reports.ReturnConnection(server_side).State(), db::adStateOpen);
-}
-
-TEST_F(ComponentServices, PayrollList) {
-  // The payroll list is searched from index 1; slot 0 never counts.
-  EXPECT_FALSE(reports.IsPayrollEmployee(7));
-  reports.EmployeeIDs() = {7, 3, 9};
-  EXPECT_FALSE(reports.IsPayrollEmployee(7));
-  EXPECT_TRUE(reports.IsPayrollEmployee(9));
 }
 
 }  // namespace
