@@ -465,11 +465,13 @@ void RecordsetState::LayOutInViewOrder() {
     new_of_old[r] = static_cast<uint32_t>(order.size());
     order.push_back(static_cast<uint32_t>(r));
   }
-  data->Reorder(order);
   // The statement's order stays in `base`, for a Sort of "" and for the
   // ties of the next sort.
   for (size_t& r : base) r = new_of_old[r];
   for (size_t i = 0; i < view.size(); ++i) view[i] = i;
+  // Given back before the copy, whose old and new text are the peak.
+  std::vector<uint32_t>().swap(new_of_old);
+  data->Reorder(order);
   eq_index.reset();
 }
 
