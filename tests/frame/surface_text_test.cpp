@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstring>
 #include <optional>
+#include <tuple>
+#include <vector>
 
 #include "frame/surface/font_metrics.h"
 #include "frame/surface/surface.h"
@@ -409,6 +411,50 @@ TEST(SurfaceText, LongTextWrapsAndOverflowsToANewPage) {
   for (const auto& r : Runs(s.Document().pages[0]))
     EXPECT_LE((r.top + lh).value(), (s.PageHeight() - s.MarginBottom()).value() + 1e-6) << r.text;
   EXPECT_EQ(Runs(s.Document().pages[1]).front().top, s.MarginTop());
+}
+
+// The surface keeps the lines of the paragraphs it has broken: a paragraph
+// written again, with the pen, the indents, the margins, the font or the
+// alignment changed in between, is set as a surface that never saw it sets it.
+TEST(SurfaceText, AParagraphWrittenAgainIsSetForItsOwnPlace) {
+  const std::string para =
+      "We also wonder if we should maintain your records on active status. Please help us by "
+      "checking the proper line below and returning this slip today. The most convenient time to "
+      "reach me is in the morning, at the telephone number on file, any day but Sunday.";
+  struct Case {
+    const char* name;
+    void (*change)(PrintSurface&);
+  } cases[] = {
+      {"same_place", [](PrintSurface&) {}},
+      {"pen_moved", [](PrintSurface& s) { s.CurrentX(s.MarginLeft() + Twips(2000)); }},
+      {"left_indent", [](PrintSurface& s) { s.IndentLeft("0.5in"); }},
+      {"narrower_margins", [](PrintSurface& s) { s.MarginRight(s.MarginRight() + Twips(1440)); }},
+      {"bold", [](PrintSurface& s) { s.FontBold(true); }},
+      {"larger", [](PrintSurface& s) { s.FontSize(14); }},
+      {"justified", [](PrintSurface& s) { s.TextAlign(7); }},
+      {"centred", [](PrintSurface& s) { s.TextAlign(1); }},
+  };
+  // The runs of a paragraph as (text, x, width, height below its first line).
+  auto shape = [](const std::vector<render::TextRun>& runs) {
+    std::vector<std::tuple<std::string, double, double, double>> out;
+    for (const auto& r : runs)
+      out.emplace_back(r.text, r.x.value(), r.width.value(), (r.top - runs.front().top).value());
+    return out;
+  };
+  for (const Case& c : cases) {
+    OpenSurface again;
+    again.Text(para);
+    const size_t before = Runs(again.Document().pages[0]).size();
+    c.change(again);
+    again.Text(para);
+    const auto all = Runs(again.Document().pages[0]);
+    const std::vector<render::TextRun> second(all.begin() + std::ptrdiff_t(before), all.end());
+
+    OpenSurface fresh;
+    c.change(fresh);
+    fresh.Text(para);
+    EXPECT_EQ(shape(second), shape(Runs(fresh.Document().pages[0]))) << c.name;
+  }
 }
 
 TEST(SurfaceText, TextBoxWrapsPlacesAndClips) {

@@ -375,6 +375,41 @@ std::string_view Composed(std::string_view text, std::string& holder) {
 
 }  // namespace
 
+std::shared_ptr<const PrintSurface::BrokenParagraph> PrintSurface::ParagraphLines(
+    std::string_view text, const FontMetrics* metrics, double size, Twips column_width,
+    Twips first_off, Twips next_off, bool justified) {
+  auto found = broken_paragraphs_.find(std::string(text));
+  if (found != broken_paragraphs_.end()) {
+    for (const auto& p : found->second)
+      if (p->metrics == metrics && p->size == size && p->column_width == column_width &&
+          p->first_off == first_off && p->next_off == next_off && p->justified == justified)
+        return p;
+  }
+  if (broken_paragraph_count_ >= kBrokenParagraphsKept) {
+    broken_paragraphs_.clear();
+    broken_paragraph_count_ = 0;
+    found = broken_paragraphs_.end();
+  }
+  BrokenParagraph p{metrics, size, column_width, first_off, next_off, justified, size, {}};
+  const Twips first_room = column_width - first_off, next_room = column_width - next_off;
+  p.lines = BreakLines(text, Measurer(metrics, size), first_room, next_room);
+  // A word wider than the whole line is set smaller, the paragraph with it,
+  // so that it stays whole and inside the margins.
+  for (size_t i = 0; i < p.lines.size(); ++i)
+    p.fitted = std::min(p.fitted, FitSize(size, p.lines[i].width, i == 0 ? first_room : next_room));
+  if (p.fitted < size) p.lines = BreakLines(text, Measurer(metrics, p.fitted), first_room, next_room);
+  // Justified lines fill the band from where each starts to the column's
+  // right edge.
+  if (justified) {
+    const MeasureFn measure = Measurer(metrics, p.fitted);
+    for (size_t i = 0; i < p.lines.size(); ++i)
+      p.lines[i] = Justify(p.lines[i], measure, i == 0 ? first_room : next_room);
+  }
+  if (found == broken_paragraphs_.end()) found = broken_paragraphs_.try_emplace(std::string(text)).first;
+  ++broken_paragraph_count_;
+  return found->second.emplace_back(std::make_shared<const BrokenParagraph>(std::move(p)));
+}
+
 void PrintSurface::Text(std::string_view raw) {
   RequireDrawable("Text");
   RequireNoTableUnderConstruction("Text");
@@ -388,21 +423,12 @@ void PrintSurface::Text(std::string_view raw) {
   const Twips left_off = indent_left_;
   const Twips first_off = x_ + indent_first_ - ColumnLeft();
   const Twips next_off = indent_left_ + indent_hanging_;
-  const Twips first_room = column_width - first_off, next_room = column_width - next_off;
-  double size = style_.size;
-  auto lines = BreakLines(text, Measurer(f.metrics, size), first_room, next_room);
-  // A word wider than the whole line is set smaller, the paragraph with it,
-  // so that it stays whole and inside the margins.
-  double fitted = size;
-  for (size_t i = 0; i < lines.size(); ++i)
-    fitted = std::min(fitted, FitSize(size, lines[i].width, i == 0 ? first_room : next_room));
-  if (fitted < size) {
-    size = fitted;
-    lines = BreakLines(text, Measurer(f.metrics, size), first_room, next_room);
-  }
-  const MeasureFn measure = Measurer(f.metrics, size);
-  const render::Rgb color = ToRgb(style_.color);
   const int h = ((align_ % 4) + 4) % 4;
+  const std::shared_ptr<const BrokenParagraph> paragraph =
+      ParagraphLines(text, f.metrics, style_.size, column_width, first_off, next_off, h == 3);
+  const std::vector<TextLine>& lines = paragraph->lines;
+  const double size = paragraph->fitted;
+  const render::Rgb color = ToRgb(style_.color);
   const bool blank = text.find_first_not_of(" \r\n") == std::string_view::npos;
 
   Mark last_line = BeginUnit(lh);
@@ -418,8 +444,7 @@ void PrintSurface::Text(std::string_view raw) {
     const Twips start_x = col + (h == 0 || h == 3 ? (i == 0 ? first_off : next_off) : left_off);
     const Twips band = col + column_width - start_x;
     if (h == 3) {
-      EmitLine(Justify(lines[i], measure, band), start_x, y_, f, size, color, std::nullopt,
-               style_.size);
+      EmitLine(lines[i], start_x, y_, f, size, color, std::nullopt, style_.size);
     } else {
       EmitLine(lines[i], start_x + AlignOffset(h, band, lines[i].width), y_, f, size, color,
                std::nullopt, style_.size);

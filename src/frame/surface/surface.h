@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "frame/surface/color.h"
@@ -379,6 +380,29 @@ class PrintSurface {
   // The lines of the last TextBox, kept from one box to the next: a sheet
   // of labels sets one box a label.
   std::vector<ShortLine> box_lines_;
+  // Paragraphs of Text broken into lines (and justified, for justified
+  // text), with what they were broken for: a run of letters writes the
+  // same paragraphs on every letter. The lines depend on nothing but the
+  // text, the font, its size and the room on each line, so StartDoc does
+  // not clear them; past kBrokenParagraphsKept they are dropped together.
+  // Each is shared with the Text that sets it, which keeps it while a new
+  // page's furniture may set paragraphs of its own.
+  struct BrokenParagraph {
+    const FontMetrics* metrics = nullptr;
+    double size = 0;
+    Twips column_width, first_off, next_off;
+    bool justified = false;
+    double fitted = 0;  // the size the lines are set at
+    std::vector<TextLine> lines;
+  };
+  std::shared_ptr<const BrokenParagraph> ParagraphLines(std::string_view text,
+                                                        const FontMetrics* metrics, double size,
+                                                        Twips column_width, Twips first_off,
+                                                        Twips next_off, bool justified);
+  static constexpr size_t kBrokenParagraphsKept = 256;
+  std::unordered_map<std::string, std::vector<std::shared_ptr<const BrokenParagraph>>>
+      broken_paragraphs_;
+  size_t broken_paragraph_count_ = 0;
 
   // Fonts resolved for this document, by family, bold and italic.
   struct FontKey {

@@ -68,53 +68,85 @@ struct Predictions {
   int64_t text_style = -1, line_style = -1;
 };
 
+// Writes packed items. The bytes gather in a small buffer of its own and go
+// to the output a buffer at a time, and at Flush, which ends the writing: a
+// page of a long list is some thousands of bytes written a byte or a
+// coordinate at a time, and appending each to the string alone was a third
+// of the packing.
 class Writer {
  public:
   explicit Writer(std::string& out) : out_(out) {}
-  void Byte(uint8_t b) { out_.push_back(char(b)); }
-  void Raw(const void* p, size_t n) { out_.append(static_cast<const char*>(p), n); }
+  Writer(const Writer&) = delete;
+  Writer& operator=(const Writer&) = delete;
+
+  void Byte(uint8_t b) {
+    Room(1);
+    buf_[n_++] = char(b);
+  }
+  void Raw(const void* p, size_t n) {
+    if (n > kLong) {
+      Flush();
+      out_.append(static_cast<const char*>(p), n);
+      return;
+    }
+    Room(n);
+    std::memcpy(buf_ + n_, p, n);
+    n_ += n;
+  }
   void Varint(uint64_t v) {
+    Room(10);
     while (v >= 0x80) {
-      Byte(uint8_t(v | 0x80));
+      buf_[n_++] = char(uint8_t(v | 0x80));
       v >>= 7;
     }
-    Byte(uint8_t(v));
+    buf_[n_++] = char(uint8_t(v));
   }
   // Up to four coordinates with their predictions: one byte of codes, then
   // each coordinate that the prediction misses, in its shortest exact form.
   void Coords(std::initializer_list<std::pair<double, double>> values) {
+    Room(1 + 4 * sizeof(double));
+    char* const codes_at = buf_ + n_++;
     uint8_t codes = 0;
-    char payload[32];
-    size_t n = 0, shift = 0;
+    size_t shift = 0;
     for (const auto& [v, predicted] : values) {
       Code c = kDouble;
-      // The conversions are tried only within the range of their type.
-      const bool in_short = v >= -32768 && v <= 32767, in_float = std::abs(v) < 3e38;
-      const auto s = in_short ? int16_t(v) : int16_t(0);
-      const auto f = in_float ? float(v) : 0.0f;
       if (SameBits(v, predicted)) {
         c = kPredicted;
-      } else if (in_short && SameBits(double(s), v)) {
+      } else if (const bool in_short = v >= -32768 && v <= 32767;
+                 in_short && SameBits(double(int16_t(v)), v)) {
+        // The conversions are tried only within the range of their type.
         c = kShort;
-        std::memcpy(payload + n, &s, sizeof s);
-        n += sizeof s;
-      } else if (in_float && SameBits(double(f), v)) {
+        const auto s = int16_t(v);
+        std::memcpy(buf_ + n_, &s, sizeof s);
+        n_ += sizeof s;
+      } else if (const bool in_float = std::abs(v) < 3e38;
+                 in_float && SameBits(double(float(v)), v)) {
         c = kFloat;
-        std::memcpy(payload + n, &f, sizeof f);
-        n += sizeof f;
+        const auto f = float(v);
+        std::memcpy(buf_ + n_, &f, sizeof f);
+        n_ += sizeof f;
       } else {
-        std::memcpy(payload + n, &v, sizeof v);
-        n += sizeof v;
+        std::memcpy(buf_ + n_, &v, sizeof v);
+        n_ += sizeof v;
       }
       codes |= uint8_t(c << shift);
       shift += 2;
     }
-    Byte(codes);
-    Raw(payload, n);
+    *codes_at = char(codes);
+  }
+  void Flush() {
+    out_.append(buf_, n_);
+    n_ = 0;
   }
 
  private:
+  static constexpr size_t kLong = 64;  // written past the buffer
+  void Room(size_t n) {
+    if (n_ + n > sizeof buf_) Flush();
+  }
   std::string& out_;
+  char buf_[512];
+  size_t n_ = 0;
 };
 
 class Reader {
@@ -308,6 +340,7 @@ void Pack(const std::vector<DisplayItem>& items, PageStore::Shared& shared, std:
       *predicted = *box;
     }
   }
+  w.Flush();
 }
 
 std::vector<DisplayItem> UnpackItems(const std::string& bytes, PageStore::Shared& shared) {
@@ -617,7 +650,9 @@ void PageStore::Seal(size_t i) {
       std::string bytes;
       Pack(slot.page.items, *shared_, bytes);
       const size_t before = slot.added.size();
-      Writer(slot.added).Varint(bytes.size());
+      Writer size(slot.added);
+      size.Varint(bytes.size());
+      size.Flush();
       slot.added += bytes;
       packed_bytes_ += slot.added.size() - before;
       if (sink_) sink_->Added(i, std::move(slot.page.items));

@@ -3,6 +3,7 @@
 #include <cairo.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <condition_variable>
@@ -14,6 +15,7 @@
 #include <mutex>
 #include <numbers>
 #include <optional>
+#include <span>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -32,6 +34,16 @@ using pdf::AppendNumber;
 
 double Pt(Twips t) {
   return t.points();
+}
+
+// `v` rounded half away from zero to a whole number, as std::round rounds
+// it. Below 2^52 the fraction left by truncating is exact, and a page's
+// coordinates in ten-thousandths of a point are far below.
+int64_t Rounded(double v) {
+  if (!(std::fabs(v) < 4503599627370496.0)) return std::llround(v);
+  const auto n = static_cast<int64_t>(v);
+  const double fraction = v - static_cast<double>(n);
+  return fraction >= 0.5 ? n + 1 : fraction <= -0.5 ? n - 1 : n;
 }
 
 // The slant FreeType gives a face it obliques (FT_GlyphSlot_Oblique): x
@@ -78,13 +90,10 @@ class Glyphs {
   Glyphs& operator=(const Glyphs&) = delete;
 
   // The glyphs of `t`, set from the origin; `file` is its font's file.
-  const std::vector<cairo_glyph_t>& Of(const TextRun& t, pdf::EmbeddedFont& file) {
+  std::span<const cairo_glyph_t> Of(const TextRun& t, pdf::EmbeddedFont& file) {
     const FontFace& face = fonts_[t.font];
-    out_.clear();
-    chars_.clear();
-    units_.clear();
     own_ = Own(t, face, file);
-    if (own_) return out_;
+    if (own_) return {out_.data(), count_};
     out_.clear();
     if (!cr_) {
       surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
@@ -104,32 +113,55 @@ class Glyphs {
   // they came from the file's tables (its text was then well-formed UTF-8 of
   // the Basic Multilingual Plane, as pdf::DecodeUtf8 reads it too); null
   // when cairo placed them.
-  const std::u32string* Chars() const { return own_ ? &chars_ : nullptr; }
+  const char32_t* Chars() const { return own_ ? chars_.data() : nullptr; }
   // The advance of each glyph of the last Of in font units, as the file
   // gives it (EmbeddedFont::AdvanceUnits), when they came from the file's
   // tables; null when cairo placed them.
-  const std::vector<uint16_t>* Units() const { return own_ ? &units_ : nullptr; }
+  const uint16_t* Units() const { return own_ ? units_.data() : nullptr; }
 
  private:
   // Places `t` from the file's tables into out_ and its characters into
   // chars_; false when they do not serve.
+  //
+  // A run has at most as many characters as bytes, so the three tables are
+  // grown to that first, never shrunk, and written in place, count_ of
+  // them holding the run: a long list places millions of glyphs, and
+  // growing each table a glyph at a time cost more than mapping the glyph.
+  // With units per em a power of two, dividing by them is multiplying by
+  // their inverse, exactly.
   bool Own(const TextRun& t, const FontFace& face, pdf::EmbeddedFont& file) {
     const unsigned units = file.units_per_em();
     if (units == 0 || (units & (units - 1)) != 0) return false;
-    const double size = t.size_pt;
+    const double size = t.size_pt, per_unit = 1.0 / units;
     const std::string_view text = t.text;
+    if (out_.size() < text.size()) {
+      out_.resize(text.size());
+      chars_.resize(text.size());
+      units_.resize(text.size());
+    }
+    size_t n = 0;
     double x = 0, advance = 0;
-    for (size_t i = 0; i < text.size();) {
-      const char32_t c = NextBmpChar(text, i);
+    for (size_t i = 0; i < text.size(); ++n) {
+      const auto byte = static_cast<unsigned char>(text[i]);
+      char32_t c = byte;
+      if (byte >= 0x80) {
+        c = NextBmpChar(text, i);
+      } else {
+        ++i;
+      }
       const pdf::EmbeddedFont::Mapped m = c == 0 ? pdf::EmbeddedFont::Mapped{0, 0} : file.Map(c);
       if (m.glyph == 0) return false;
-      out_.push_back(cairo_glyph_t{m.glyph, x, 0});
-      chars_.push_back(c);
-      units_.push_back(m.advance);
-      advance = double(m.advance) * size / units;
+      out_[n] = cairo_glyph_t{m.glyph, x, 0};
+      chars_[n] = c;
+      units_[n] = m.advance;
+      advance = double(m.advance) * size * per_unit;
       x += advance;
     }
-    if (face.synthetic_bold) SpaceEmboldened(out_, 0, t.size_pt, advance);
+    count_ = n;
+    if (face.synthetic_bold) {
+      out_.resize(n);
+      SpaceEmboldened(out_, 0, t.size_pt, advance);
+    }
     return true;
   }
 
@@ -142,6 +174,7 @@ class Glyphs {
   std::vector<cairo_glyph_t> out_;
   std::u32string chars_;
   std::vector<uint16_t> units_;
+  size_t count_ = 0;  // the glyphs of the last run the file's tables placed
   bool own_ = false;
 };
 
@@ -326,15 +359,29 @@ class PdfPainter {
   // after an upright line moves by Td from where the last one began: a
   // table row is then "0 -11.2 Td" rather than a whole matrix.
   void OpenLine(double a, double b, double c, double d, double e, double f) {
-    CloseLine();
-    e = std::round(e * 10000) / 10000;
-    f = std::round(f * 10000) / 10000;
+    // To ten-thousandths of a point, where the move is written: the move
+    // from the last line counted in them is the difference of two whole
+    // numbers, written without rounding anything again.
+    const int64_t e_units = Rounded(e * 10000), f_units = Rounded(f * 10000);
+    e = double(e_units) / 10000;
+    f = double(f_units) / 10000;
     const bool upright = a == 1 && b == 0 && c == 0 && d == 1;
     if (upright && state_.upright) {
-      Num(e - state_.line_x, 4);
-      Num(f - state_.line_y, 4);
-      out_ += "Td\n[(";
+      // A table's every cell: the end of the line before and the move
+      // gather here and go into the contents at once.
+      char text[2 * pdf::kScaledRoom + 16];
+      char* p = text;
+      if (line_.open) {
+        p = std::copy_n(")] TJ\n", 6, p);
+        line_.open = false;
+      }
+      p = pdf::WriteScaled(p, e_units - Rounded(state_.line_x * 10000), 4);
+      *p++ = ' ';
+      p = pdf::WriteScaled(p, f_units - Rounded(state_.line_y * 10000), 4);
+      p = std::copy_n(" Td\n[(", 6, p);
+      out_.append(text, size_t(p - text));
     } else {
+      CloseLine();
       Num(a, 5);
       Num(b, 5);
       Num(c, 5);
@@ -349,10 +396,24 @@ class PdfPainter {
     line_ = TextLine{true, e, f, 0, 0, 0};
   }
 
+  // The bytes a literal string escapes.
+  static constexpr auto kEscaped = [] {
+    std::array<bool, 256> escaped{};
+    for (const char c : {'(', ')', '\\', '\r'}) escaped[static_cast<unsigned char>(c)] = true;
+    return escaped;
+  }();
+
   // Writes glyph `g` as it stands in a literal string at `to`: its two
   // bytes, escaped where the string's syntax needs it. Returns the bytes
   // written, at most four.
   static size_t GlyphBytes(uint16_t g, char* to) {
+    // Most glyphs of a practice's text are numbered below 256 and need no
+    // escape: their two bytes as they are.
+    if (g < 0x100 && !kEscaped[g]) {
+      to[0] = 0;
+      to[1] = char(g);
+      return 2;
+    }
     size_t n = 0;
     for (const auto byte : {char(g >> 8), char(g & 0xFF)}) {
       if (byte == '(' || byte == ')' || byte == '\\') {
@@ -374,19 +435,19 @@ class PdfPainter {
     if (t.font >= fonts_of_doc_.size())
       throw RenderError("Text run names a font the document lacks");
     const FontFace& face = fonts_of_doc_[t.font];
-    const std::vector<cairo_glyph_t>& glyphs = glyphs_.Of(t, FileOf(t.font));
+    const std::span<const cairo_glyph_t> glyphs = glyphs_.Of(t, FileOf(t.font));
     if (glyphs.empty() && !t.underline) return;
     int resource = 0;
     pdf::EmbeddedFont& font = FontOf(t.font, resource);
     // The character each glyph stands for: the placer sets one glyph per
     // character, so the two line up unless the text was not plain UTF-8.
-    const std::u32string* placed = glyphs_.Chars();
+    const char32_t* placed = glyphs_.Chars();
     // The glyphs' advances as the file gives them, where the file's tables
     // placed them: what EmbeddedFont::Width reads, without reading it again.
-    const std::vector<uint16_t>* placed_units = glyphs_.Units();
+    const uint16_t* placed_units = glyphs_.Units();
     if (!placed) pdf::DecodeUtf8(t.text, chars_);
-    const std::u32string& chars = placed ? *placed : chars_;
-    const bool paired = chars.size() == glyphs.size();
+    const char32_t* chars = placed ? placed : chars_.data();
+    const bool paired = placed || chars_.size() == glyphs.size();
     const bool plain = !t.clip && t.angle == 0 && !t.underline && !face.synthetic_italic;
 
     if (t.clip) {
@@ -449,20 +510,35 @@ class PdfPainter {
         out_.append(bytes, nbytes);
         nbytes = 0;
       };
-      for (size_t i = 0; i < glyphs.size(); ++i) {
+      // The advance of a glyph in em: with the file's advances and units per
+      // em a power of two, units times the inverse of the em is the very
+      // double the widths give (thousandths of units over the em, over a
+      // thousand), without dividing twice a glyph.
+      const double per_unit = placed_units ? 1.0 / font.units_per_em() : 0;
+      const cairo_glyph_t* const placed_glyphs = glyphs.data();
+      const size_t count = glyphs.size();
+      // A run lies on one baseline: whether it is off the open line changes
+      // only where a line is opened.
+      const auto off_line = [&] {
+        return !line_.open || std::abs(base_y - line_.y) / size > kSameLine;
+      };
+      bool off = plain && off_line();
+      for (size_t i = 0; i < count; ++i) {
         // The glyph's place on the line, in em.
-        double at = glyphs[i].x / size;
+        double at;
         if (plain) {
-          const double x = base_x + glyphs[i].x, y = base_y;
+          const double x = base_x + placed_glyphs[i].x;
           at = (x - line_.x) / size;
-          if (!line_.open || std::abs(y - line_.y) / size > kSameLine ||
-              std::abs(at - line_.advances) > kFarAway) {
+          if (off || std::abs(at - line_.advances) > kFarAway) {
             flush();
-            OpenLine(1, 0, 0, 1, x, y);
+            OpenLine(1, 0, 0, 1, x, base_y);
+            off = off_line();
             at = 0;
           }
+        } else {
+          at = placed_glyphs[i].x / size;
         }
-        const auto g = uint16_t(glyphs[i].index);
+        const auto g = uint16_t(placed_glyphs[i].index);
         font.Use(g, paired ? chars[i] : 0);
         // Rounding half away from zero, a move of less than 2.5 thousandths
         // rounds below 3 and is dropped: most glyphs stand within that of
@@ -480,9 +556,7 @@ class PdfPainter {
         if (nbytes + 4 > sizeof bytes) flush();
         nbytes += GlyphBytes(g, bytes + nbytes);
         const double advance =
-            (placed_units ? double((*placed_units)[i]) * 1000.0 / font.units_per_em()
-                          : font.Width(g)) /
-            1000;
+            placed_units ? double(placed_units[i]) * per_unit : font.Width(g) / 1000;
         line_.pen += advance;
         line_.advances += advance;
         if (++line_.batch == kBatch) {

@@ -21,6 +21,13 @@ namespace orv::render::pdf {
 // a trailing point dropped, "-0" written as "0". No locale, no printf: a
 // table page prints some thousand numbers.
 void AppendNumber(std::string& out, double v, int decimals = 3);
+// Appends `n` / 10^`decimals` (at most 6) as AppendNumber writes it: for a
+// number already counted in those units.
+void AppendScaled(std::string& out, int64_t n, int decimals);
+// The same written at `to`, which has room for kScaledRoom bytes; returns
+// the end of what it wrote.
+inline constexpr size_t kScaledRoom = 28;
+char* WriteScaled(char* to, int64_t n, int decimals);
 
 // Appends `v` as a PDF text string: a literal "(...)" with its specials
 // escaped when the text is ASCII, else UTF-16BE in hex with its byte order

@@ -16,21 +16,14 @@ namespace orv::sql::bind {
 
 inline std::string Lower(std::string_view s) {
   std::string out(s);
-  for (char& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  for (char& c : out) c = AsciiLower(c);
   return out;
 }
 // Names compare as the server's default collation compares identifiers:
 // letters without regard to case. Binding a statement compares every
 // column it names with the columns of each table in scope, so this folds
 // in place rather than making two lower-case copies a comparison.
-inline bool SameName(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    const auto x = static_cast<unsigned char>(a[i]), y = static_cast<unsigned char>(b[i]);
-    if (x != y && std::tolower(x) != std::tolower(y)) return false;
-  }
-  return true;
-}
+inline bool SameName(std::string_view a, std::string_view b) { return EqualNoCase(a, b); }
 
 inline bool IsNumeric(ValueKind k) {
   return k == ValueKind::Integer || k == ValueKind::Boolean || k == ValueKind::Float ||

@@ -7,8 +7,6 @@
 
 namespace orv::sql {
 
-namespace {
-
 void Aliases(const TableSource& src, std::set<std::string>& out) {
   if (src.kind == TableSource::Kind::Join) {
     Aliases(*src.left, out);
@@ -25,14 +23,14 @@ bool HasQuery(const Expr& e) {
   return false;
 }
 
-
-// True when `e` names a column of a table outside `own`.
 bool NamesOuter(const Expr& e, const std::set<std::string>& own) {
   if (e.kind == ExprKind::Column && !own.count(e.table_alias)) return true;
   for (const auto& a : e.args)
     if (a && NamesOuter(*a, own)) return true;
   return false;
 }
+
+namespace {
 
 bool SourceNamesOuter(const TableSource& src, const std::set<std::string>& own) {
   if (src.kind == TableSource::Kind::Derived) return true;  // not followed: leave it alone

@@ -17,9 +17,19 @@
 // NULL, as the subquery gives for no rows.
 #pragma once
 
+#include <set>
+#include <string>
+
 #include "platform/sql/ast.h"
 
 namespace orv::sql {
+
+// The engine aliases of the tables a source reads (every table of a join).
+void Aliases(const TableSource& src, std::set<std::string>& out);
+// True when `e` holds a subquery.
+bool HasQuery(const Expr& e);
+// True when `e` names a column of a table outside `own` (engine aliases).
+bool NamesOuter(const Expr& e, const std::set<std::string>& own);
 
 // Rewrites, in the statement's own SELECT (one SELECT, not grouped, no
 // aggregates of its own), each select-list subquery that is one bare SUM,

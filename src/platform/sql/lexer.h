@@ -29,6 +29,20 @@ enum class TokenType {
   End,
 };
 
+// Case folding of names and keywords. Names compare as SQL Server's
+// case-insensitive collation compares them, and the layer runs in the "C"
+// locale, where only A-Z and a-z have a case: folding those inline gives the
+// very answers std::tolower gave, without a library call for every
+// character of every name the parser, the binder and the schema compare.
+inline char AsciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+inline char AsciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c; }
+inline bool EqualNoCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i)
+    if (a[i] != b[i] && AsciiLower(a[i]) != AsciiLower(b[i])) return false;
+  return true;
+}
+
 struct Token {
   TokenType type = TokenType::End;
   std::string text;

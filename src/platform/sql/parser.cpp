@@ -1,7 +1,9 @@
 #include "platform/sql/parser.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
+#include <cstdint>
 #include <deque>
 #include <iterator>
 
@@ -16,7 +18,7 @@ constexpr int kMaxDepth = kMaxNesting;
 
 std::string Upper(std::string_view s) {
   std::string out(s);
-  for (char& c : out) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  for (char& c : out) c = AsciiUpper(c);
   return out;
 }
 
@@ -33,13 +35,22 @@ bool IsReserved(const Token& t) {
       "SET",    "THEN",   "TOP",    "UNION",     "UPDATE",  "VALUES", "WHEN",  "WHERE",
       "WITH"};
   static_assert(std::is_sorted(std::begin(kWords), std::end(kWords)));
-  // The parser asks this of nearly every name it reads: the word is upper-
-  // cased into a buffer of the longest keyword's size, with no string made.
+  // The parser asks this of nearly every name it reads, and most names are
+  // columns and tables: a word whose length and first letter begin no
+  // keyword is answered from a mask of the first letters of each length.
+  // The others are upper-cased into a buffer of the longest keyword's
+  // size, with no string made.
   constexpr size_t kLongest = 9;
-  if (t.type != TokenType::Identifier || t.text.size() > kLongest) return false;
+  static constexpr std::array<uint32_t, kLongest + 1> kFirstLetters = [] {
+    std::array<uint32_t, kLongest + 1> mask{};
+    for (std::string_view w : kWords) mask[w.size()] |= 1u << (w[0] - 'A');
+    return mask;
+  }();
+  if (t.type != TokenType::Identifier || t.text.empty() || t.text.size() > kLongest) return false;
+  const char first = AsciiUpper(t.text[0]);
+  if (first < 'A' || first > 'Z' || !(kFirstLetters[t.text.size()] & (1u << (first - 'A')))) return false;
   char up[kLongest];
-  for (size_t i = 0; i < t.text.size(); ++i)
-    up[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(t.text[i])));
+  for (size_t i = 0; i < t.text.size(); ++i) up[i] = AsciiUpper(t.text[i]);
   return std::binary_search(std::begin(kWords), std::end(kWords),
                             std::string_view(up, t.text.size()));
 }
@@ -543,7 +554,7 @@ class Parser {
     TypeName t;
     if (!IsName(Cur())) Fail("Expected a type name near " + Describe(Cur()));
     std::string name = Next().text;
-    for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    for (char& c : name) c = AsciiLower(c);
     t.name = name;
     if (AcceptSymbol("(")) {
       if (Accept("MAX")) {

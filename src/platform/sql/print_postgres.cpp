@@ -1,7 +1,11 @@
 #include "platform/sql/print_postgres.h"
 
+#include <map>
+#include <set>
+#include <string>
 #include <vector>
 
+#include "platform/sql/decorrelate.h"
 #include "platform/sql/postgres_traits.h"
 #include "platform/sql/printer.h"
 
@@ -19,6 +23,48 @@ bool IsIntegral(ValueKind k) { return k == ValueKind::Integer || k == ValueKind:
 // already (derived tables get it from the casts of OutputValue), so it
 // compares, groups and deduplicates as on the server with nothing added.
 bool IsCollatedColumn(const Expr& e) { return e.kind == ExprKind::Column && e.type.kind == ValueKind::Text; }
+
+// The columns of table `alias` that the conjuncts of `on` equate to a
+// value of the tables `before`.
+void EquatedColumns(const Expr& on, const std::string& alias, const std::set<std::string>& before,
+                    std::set<std::string>& out) {
+  if (on.kind == ExprKind::Logical && on.text == "AND") {
+    for (const ExprPtr& a : on.args) EquatedColumns(*a, alias, before, out);
+    return;
+  }
+  if (on.kind != ExprKind::Binary || on.text != "=" || on.args.size() != 2 ||
+      (on.op != BoundOp::CompareText && on.op != BoundOp::CompareOther))
+    return;
+  for (int side = 0; side < 2; ++side) {
+    const Expr& column = *on.args[static_cast<size_t>(side)];
+    const Expr& value = *on.args[static_cast<size_t>(1 - side)];
+    if (column.kind == ExprKind::Column && column.table_alias == alias && !HasQuery(value) &&
+        !NamesOuter(value, before))
+      out.insert(column.column_name);
+  }
+}
+
+// The tables of a join that add at most one row to each row of the tables
+// before them: joined (inner or left) by their whole primary key, as the
+// implied order lists it (`key` by table), to values of those tables.
+void DeterminedTables(const TableSource& src, const std::multimap<std::string, std::string>& key,
+                      std::set<std::string>& out) {
+  if (src.kind != TableSource::Kind::Join) return;
+  DeterminedTables(*src.left, key, out);
+  DeterminedTables(*src.right, key, out);
+  const TableSource& right = *src.right;
+  if ((src.join != JoinType::Inner && src.join != JoinType::Left) || !src.on ||
+      right.kind != TableSource::Kind::Table)
+    return;
+  auto [first, last] = key.equal_range(right.engine_alias);
+  if (first == last) return;
+  std::set<std::string> before, equated;
+  Aliases(*src.left, before);
+  EquatedColumns(*src.on, right.engine_alias, before, equated);
+  for (auto k = first; k != last; ++k)
+    if (equated.count(k->second) == 0) return;
+  out.insert(right.engine_alias);
+}
 
 // PostgreSQL's spelling of the constructs that differ by engine.
 //
@@ -83,8 +129,11 @@ class PostgresPrinter : public print::Printer {
     out_ += " ORDER BY ";
     const Select& first = *q.selects[0];
     bool single = q.selects.size() == 1 && !first.rollup;
+    const std::set<std::string> determined = DeterminedByKey(q);
+    bool opened = false;
     for (size_t i = 0; i < q.order_by.size(); ++i) {
       const OrderItem& item = q.order_by[i];
+      if (item.expr->kind == ExprKind::Column && determined.count(item.expr->table_alias) > 0) continue;
       bool text = item.expr->type.kind == ValueKind::Text;
       std::string key;
       if (item.output_position > 0) {
@@ -93,9 +142,31 @@ class PostgresPrinter : public print::Printer {
       } else {
         key = Captured([&] { Operand(*item.expr); });
       }
-      Key(key, item.expr->type.kind, item.descending, i == 0);
+      Key(key, item.expr->type.kind, item.descending, !opened);
+      opened = true;
     }
     for (int position : TieBreakPositions(q)) out_ += ", " + std::to_string(position);
+  }
+
+  // The tables whose keys an implied key order may leave out. The order of
+  // a join by the key of each table in turn is already total once the
+  // tables before one joined by its whole key are ordered: it adds at most
+  // one row to each of theirs (its key is unique under the comparison the
+  // join makes, orv_ci for text, as on the server). Leaving its key out
+  // spares the server a sort key a row: billing by client joins 296,000
+  // invoice lines to their fee codes, and the fee code's orv_key cost 0.33 s
+  // of the statement's 0.74 s.
+  static std::set<std::string> DeterminedByKey(const orv::sql::Query& q) {
+    std::set<std::string> determined;
+    const Select& s = *q.selects[0];
+    if (!q.implied_order || q.selects.size() != 1 || !s.group_by.empty() || s.distinct) return determined;
+    std::multimap<std::string, std::string> key;
+    for (const OrderItem& item : q.order_by) {
+      if (item.expr->kind != ExprKind::Column) return determined;
+      key.emplace(item.expr->table_alias, item.expr->column_name);
+    }
+    for (const auto& src : s.from) DeterminedTables(*src, key, determined);
+    return determined;
   }
 
   void CompareLeft(const Expr& e) override {

@@ -13,18 +13,22 @@ namespace {
 std::string Enclose(const std::string& text, char mark) {
   std::string out;
   out.reserve(text.size() + 2);
-  out += mark;
-  size_t from = 0;
-  for (size_t at; (at = text.find(mark, from)) != std::string::npos; from = at + 1) {
-    out.append(text, from, at + 1 - from);
-    out += mark;
-  }
-  out.append(text, from, std::string::npos);
-  out += mark;
+  AppendEnclosed(out, text, mark);
   return out;
 }
 
 }  // namespace
+
+void AppendEnclosed(std::string& out, std::string_view text, char mark) {
+  out += mark;
+  size_t from = 0;
+  for (size_t at; (at = text.find(mark, from)) != std::string_view::npos; from = at + 1) {
+    out.append(text, from, at + 1 - from);
+    out += mark;
+  }
+  out.append(text, from, std::string_view::npos);
+  out += mark;
+}
 
 std::string Quote(const std::string& name) { return Enclose(name, '"'); }
 
@@ -236,19 +240,30 @@ void Printer::SelectBody(const Select& s, bool collate_outputs, size_t group_cou
       for (const auto& o : item.outputs) {
         if (!first) out_ += ", ";
         first = false;
-        std::string column = Quote(o.table_alias) + "." + Quote(o.column_name);
-        auto it = replaced.find(column);
-        if (it != replaced.end() && it->second == "NULL") column = "NULL";
-        out_ += column;
+        // A star names every column of its tables, a hundred for a
+        // patient's row: each is written in place, and made as text to
+        // look up only when the rollup replaced some columns.
+        if (replaced.empty()) {
+          QuotedColumn(o.table_alias, o.column_name);
+        } else {
+          std::string column = Quote(o.table_alias) + "." + Quote(o.column_name);
+          auto it = replaced.find(column);
+          if (it != replaced.end() && it->second == "NULL") column = "NULL";
+          out_ += column;
+        }
         if (s.distinct) DistinctStarColumn(o);
-        out_ += " AS " + Quote(o.name);
+        out_ += " AS ";
+        AppendEnclosed(out_, o.name, '"');
       }
       continue;
     }
     if (!first) out_ += ", ";
     first = false;
     OutputValue(*item.expr, s.distinct, collate_outputs);
-    if (!item.outputs[0].name.empty()) out_ += " AS " + Quote(item.outputs[0].name);
+    if (!item.outputs[0].name.empty()) {
+      out_ += " AS ";
+      AppendEnclosed(out_, item.outputs[0].name, '"');
+    }
   }
   // Rows are chosen and grouped on the real values; only the select list
   // and HAVING see the rolled-up columns as NULL.
@@ -319,7 +334,9 @@ Printer::GroupedOrder::GroupedOrder(Printer& printer, const orv::sql::Query& q)
 void Printer::Source(const TableSource& src, bool right_operand) {
   switch (src.kind) {
     case TableSource::Kind::Table:
-      out_ += Quote(src.table) + " AS " + Quote(src.engine_alias);
+      AppendEnclosed(out_, src.table, '"');
+      out_ += " AS ";
+      AppendEnclosed(out_, src.engine_alias, '"');
       return;
     case TableSource::Kind::Derived:
       out_ += "(";
@@ -406,9 +423,9 @@ void Printer::Expression(const Expr& e) {
     case ExprKind::Number: Number(e.text); return;
     case ExprKind::String: StringLiteral(e); return;
     case ExprKind::Bool: out_ += e.text; return;
-    case ExprKind::Column: out_ += Quote(e.table_alias) + "." + Quote(e.column_name); return;
+    case ExprKind::Column: QuotedColumn(e.table_alias, e.column_name); return;
     case ExprKind::Star: out_ += "*"; return;
-    case ExprKind::DatePart: out_ += QuoteText(e.text); return;
+    case ExprKind::DatePart: AppendEnclosed(out_, e.text, '\''); return;
     case ExprKind::Unary:
       if (e.text == "NOT") {
         out_ += "NOT ";

@@ -18,6 +18,9 @@ namespace orv::sql::print {
 
 std::string Quote(const std::string& name);
 std::string QuoteText(const std::string& text);
+// Appends `text` between `mark`s, a `mark` inside doubled: Quote and
+// QuoteText written straight into a statement being printed.
+void AppendEnclosed(std::string& out, std::string_view text, char mark);
 
 class Printer {
  public:
@@ -63,7 +66,7 @@ class Printer {
   virtual const char* StandInReader() const { return nullptr; }
   // A value whose text must come out whole (a CASE branch).
   virtual void ResultValue(const Expr& e) { Expression(e); }
-  virtual void StringLiteral(const Expr& e) { out_ += QuoteText(e.text); }
+  virtual void StringLiteral(const Expr& e) { AppendEnclosed(out_, e.text, '\''); }
   virtual void Concat(const Expr& e) = 0;
   virtual void Divide(const Expr& e) = 0;
   virtual void BitXor(const Expr& e) = 0;
@@ -127,6 +130,12 @@ class Printer {
   void Call(const char* name, const Expr& e, size_t from = 0);
   void ArithmeticOperand(const Expr& parent, const Expr& child, bool right);
   void Expression(const Expr& e);
+  // "alias"."column", written in place.
+  void QuotedColumn(const std::string& alias, const std::string& column) {
+    AppendEnclosed(out_, alias, '"');
+    out_ += '.';
+    AppendEnclosed(out_, column, '"');
+  }
   void Logical(const Expr& e, size_t from, size_t to);
   void Number(const std::string& text);
   void Binary(const Expr& e);

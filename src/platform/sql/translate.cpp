@@ -6,6 +6,7 @@
 #include "platform/sql/binder.h"
 #include "platform/sql/decorrelate.h"
 #include "platform/sql/join_keys.h"
+#include "platform/sql/lexer.h"
 #include "platform/sql/parser.h"
 #include "platform/sql/print_postgres.h"
 #include "platform/sql/print_sqlite.h"
@@ -16,7 +17,7 @@ namespace {
 
 std::string Lower(std::string_view s) {
   std::string out(s);
-  for (char& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  for (char& c : out) c = AsciiLower(c);
   return out;
 }
 

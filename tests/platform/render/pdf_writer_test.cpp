@@ -64,6 +64,27 @@ TEST(PdfNumbers, FixedDecimalsWithoutLocale) {
     pdf::AppendNumber(out, c.value, c.decimals);
     EXPECT_EQ(out, c.text) << c.name;
   }
+  // Numbers already counted in ten-thousandths (the moves between lines of
+  // text) are written as AppendNumber writes their value.
+  const struct {
+    const char* name;
+    int64_t units;
+    const char* text;
+  } scaled[] = {
+      {"a move left and down", -5477938, "-547.7938"},
+      {"no move", 0, "0"},
+      {"whole points", 1002062 - 2062, "100"},
+      {"zeros after the point kept", 5, "0.0005"},
+      {"negative fraction", -120, "-0.012"},
+  };
+  for (const auto& c : scaled) {
+    std::string out = "x";
+    pdf::AppendScaled(out, c.units, 4);
+    EXPECT_EQ(out, std::string("x") + c.text) << c.name;
+    std::string number;
+    pdf::AppendNumber(number, double(c.units) / 10000, 4);
+    EXPECT_EQ(number, c.text) << c.name;
+  }
 }
 
 // Subsets read back through cairo: a glyph the subset keeps has ink, one it
@@ -314,7 +335,7 @@ TEST(PdfWriter, StreamsInflateToTheirData) {
   const struct {
     const char* name;
     size_t length;
-  } cases[] = {{"empty", 0}, {"one byte", 1}, {"just under 1 KB", 1023}, {"1 KB", 1024}, {"a page", 5000}};
+  } cases[] = {{"empty", 0}, {"one byte", 1}, {"just under 4 KB", 4095}, {"4 KB", 4096}, {"a page", 5000}};
   pdf::Deflater deflate(pdf::kDeflateLevel);
   libdeflate_decompressor* inflater = libdeflate_alloc_decompressor();
   for (const auto& c : cases) {

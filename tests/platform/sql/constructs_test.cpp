@@ -31,6 +31,11 @@ TEST(SqlNames, RowsOfEachSpelling) {
       {"text_alias_with_as", "SELECT LastName AS 'Family Name' FROM Patient WHERE ID = 6", {"O'Brien"}},
       {"comments", "SELECT ID -- the key\nFROM /* guides */ FeeGuides WHERE ID = 1", {"1"}},
       {"star_in_declared_order", "SELECT r.* FROM Reasons r WHERE r.ID = 2", {"2\tFracture"}},
+      // A quote inside a text or a name is doubled where the engine's
+      // statement encloses it.
+      {"quotes_inside_text_and_names",
+       "SELECT LastName + '''s' AS [Patient's \"Name\"] FROM Patient WHERE LastName = 'O''Brien'",
+       {"O'Brien's"}},
   };
   for (const RowCase& c : cases) ExpectRows(db, c);
 }

@@ -61,6 +61,12 @@ TEST(SqlImpliedOrder, KeyGroupingOrResultColumns) {
   const std::pair<const char*, const char*> postgres[] = {
       {"SELECT Seq FROM Lines",
        R"(SELECT "t1"."Seq" AS "Seq" FROM "Lines" AS "t1" ORDER BY orvenda.orv_key("t1"."Chart") COLLATE "C" NULLS FIRST, "t1"."Seq" NULLS FIRST)"},
+      // A table joined by its whole key adds no sort key: each line has
+      // one chart at most. Joined by part of its key, it does.
+      {"SELECT l.Seq, c.Name FROM Lines l INNER JOIN Charts c ON c.Chart = l.Chart",
+       R"(SELECT "t1"."Seq" AS "Seq", "t2"."Name" AS "Name" FROM "Lines" AS "t1" INNER JOIN "Charts" AS "t2" ON "t2"."Chart" = "t1"."Chart" ORDER BY orvenda.orv_key("t1"."Chart") COLLATE "C" NULLS FIRST, "t1"."Seq" NULLS FIRST)"},
+      {"SELECT c.Name, l.Seq FROM Charts c LEFT JOIN Lines l ON l.Chart = c.Chart",
+       R"(SELECT "t1"."Name" AS "Name", "t2"."Seq" AS "Seq" FROM "Charts" AS "t1" LEFT JOIN "Lines" AS "t2" ON "t2"."Chart" = "t1"."Chart" ORDER BY orvenda.orv_key("t1"."Chart") COLLATE "C" NULLS FIRST, orvenda.orv_key("t2"."Chart") COLLATE "C" NULLS FIRST, "t2"."Seq" NULLS FIRST)"},
       // The grouped text is selected and ordered through the grouping key
       // itself (read by orv_text, which takes bpchar as it is): the server
       // refuses a sort key over the ungrouped column.
