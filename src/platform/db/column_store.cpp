@@ -277,6 +277,61 @@ int ColumnStore::Compare(size_t a, size_t b, size_t column) const {
   return CompareValues(Get(a, column), Get(b, column));
 }
 
+ColumnStore ColumnStore::Reordered(ColumnStore from, const std::vector<uint32_t>& order) {
+  ColumnStore to;
+  to.rows_ = order.size();
+  to.columns_.resize(from.columns_.size());
+  for (size_t c = 0; c < from.columns_.size(); ++c) {
+    Column& out = to.columns_[c];
+    const Column& in = from.columns_[c];
+    // A column of nothing but Empty (a SHAPE's chapter field) or nothing
+    // but Null reads the same in any order; its payloads are all 0.
+    const bool uniform =
+        !in.chunks.empty() && std::all_of(in.chunks.begin(), in.chunks.end(), [&](const Chunk& chunk) {
+          return !chunk.mixed && chunk.only == in.chunks.front().only &&
+                 (chunk.only == Kind::Empty || chunk.only == Kind::Null);
+        });
+    if (uniform) {
+      const Kind k = in.chunks.front().only;
+      for (size_t i = 0; i < order.size(); ++i) out.Push(k, 0);
+    } else if (!in.chunks.empty()) {  // a field left unread has no cells, and keeps none
+      // A text equal to the one above shares its entry: a column sorted
+      // on (a provider's name) is long runs of one text.
+      std::string_view last;
+      uint64_t last_at = 0;
+      // The rows are read out of order, each a cache miss: the cell of the
+      // row kCellAhead on and the text of the row kTextAhead on (whose cell
+      // has come by then) are asked for ahead, so that the misses overlap.
+      constexpr size_t kCellAhead = 32, kTextAhead = 16;
+      const size_t n = order.size();
+      for (size_t i = 0; i < n; ++i) {
+        if (i + kCellAhead < n) from.Prefetch(order[i + kCellAhead], c);
+        if (i + kTextAhead < n) {
+          const uint32_t ahead = order[i + kTextAhead];
+          if (HoldsBytes(in.kind(ahead))) {
+            const uint64_t at = in.bits(ahead);
+            __builtin_prefetch(from.arena_[at >> 32].data() + static_cast<uint32_t>(at));
+          }
+        }
+        const uint32_t row = order[i];
+        const Kind k = in.kind(row);
+        uint64_t bits = in.bits(row);
+        if (HoldsBytes(k) && bits != 0) {
+          const std::string_view bytes = from.EntryAt(bits);
+          if (last_at == 0 || bytes != last) {
+            last = bytes;
+            last_at = to.AddBytes(bytes);
+          }
+          bits = last_at;
+        }
+        out.Push(k, bits);
+      }
+    }
+    from.columns_[c] = Column();
+  }
+  return to;
+}
+
 size_t ColumnStore::MemoryBytes() const {
   size_t bytes = arena_bytes_;
   for (const Column& c : columns_)

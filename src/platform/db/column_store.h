@@ -88,6 +88,13 @@ class ColumnStore {
   // Bytes held for values: cells and the text arena (capacity aside).
   size_t MemoryBytes() const;
 
+  // The rows of `from` in the order `order` (each of its rows once: row i
+  // of the result is row order[i] of `from`), text and blobs copied into a
+  // new arena in that order too. `from` is taken whole and gives up each
+  // column's cells once they are copied, so that the copy holds at most
+  // one column more than the store did, and its text.
+  static ColumnStore Reordered(ColumnStore from, const std::vector<uint32_t>& order);
+
  private:
   // Rows are held in chunks of kChunkRows: a store that grows never copies
   // the cells it holds (a vector grown by doubling briefly held its old and
@@ -146,6 +153,9 @@ class ColumnStore {
   // than a block has one of its own); a cell holds the block in its upper
   // 32 bits and the place in it in the lower. The first block grows as a
   // string does and starts with the empty text, at 0, which every "" shares.
+  // Other cells may share an entry too (Reordered gives a run of one text
+  // one entry); a write counts the entry it replaces as garbage all the
+  // same, which at worst compacts the arena early.
   static constexpr size_t kBlockBytes = size_t{1} << 16;
   std::vector<std::string> arena_ = {std::string(1, '\0')};
   size_t arena_bytes_ = 1;

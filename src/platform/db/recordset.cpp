@@ -436,9 +436,43 @@ void RecordsetState::Rebuild() {
     std::vector<size_t> sorted(n);
     for (size_t i = 0; i < n; ++i) sorted[i] = view[(*order)[i]];
     view = std::move(sorted);
+    if (!criteria && parent_chapter < 0 && view.size() >= kLayOutRows && data.use_count() == 1 &&
+        view.size() <= UINT32_MAX && !std::is_sorted(view.begin(), view.end()))
+      LayOutInViewOrder();
   }
   pos = 0;
   chunk_row = -1;
+  // This recordset is back on its first row, perhaps the very row it was
+  // on: its chapters start over at their first rows too, rather than stay
+  // where the last walk left them. Two parent rows of one key share the
+  // chapter below them, and the second found its grandchildren at EOF.
+  for (const auto& chapter : chapter_states)
+    if (chapter) chapter->bound_parent_row = -2;
+}
+
+void RecordsetState::LayOutInViewOrder() {
+  // Every row once: the view's, then any the view leaves out, as they lie.
+  std::vector<uint32_t> order;
+  order.reserve(data->RowCount());
+  constexpr uint32_t kUnplaced = UINT32_MAX;
+  std::vector<uint32_t> new_of_old(data->RowCount(), kUnplaced);
+  for (const size_t r : view) {
+    new_of_old[r] = static_cast<uint32_t>(order.size());
+    order.push_back(static_cast<uint32_t>(r));
+  }
+  for (size_t r = 0; r < new_of_old.size(); ++r) {
+    if (new_of_old[r] != kUnplaced) continue;
+    new_of_old[r] = static_cast<uint32_t>(order.size());
+    order.push_back(static_cast<uint32_t>(r));
+  }
+  // The statement's order stays in `base`, for a Sort of "" and for the
+  // ties of the next sort.
+  for (size_t& r : base) r = new_of_old[r];
+  for (size_t i = 0; i < view.size(); ++i) view[i] = i;
+  // Given back before the copy, whose old and new text are the peak.
+  std::vector<uint32_t>().swap(new_of_old);
+  data->Reorder(order);
+  eq_index.reset();
 }
 
 void RecordsetState::Commit() {

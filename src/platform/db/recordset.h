@@ -139,7 +139,10 @@ class Recordset {
   void Filter(const Variant& criteria);
   const Variant& Filter() const;
   // Orders the rows by "A, B DESC, [C] ASC": stable, so rows with equal keys
-  // keep their order; "" restores the statement's order.
+  // keep their order; "" restores the statement's order. A sort of every
+  // row of a large recordset also lays its rows out in that order (see
+  // RecordsetState::LayOutInViewOrder): nothing read changes but the speed
+  // of a walk.
   void Sort(const std::string& keys);
   const std::string& Sort() const;
 

@@ -276,6 +276,49 @@ void RowSet::PopRow() {
   ++version;
 }
 
+void RowSet::Reorder(const std::vector<uint32_t>& order) {
+  cells_ = ColumnStore::Reordered(std::move(cells_), order);
+  ++version;
+  std::vector<size_t> related;
+  for (ChapterLink& link : chapters) {
+    // A child a chapter recordset already reads keeps its row numbers; its
+    // rows are still found by key.
+    if (link.child.use_count() != 1) continue;
+    // The child's rows in the order the parent's rows now ask for them:
+    // each key's rows together, where the first parent row of that key
+    // reaches them, then the rows no parent row relates to, as they were.
+    constexpr uint32_t kUnplaced = UINT32_MAX;
+    const size_t child_rows = link.child->RowCount();
+    std::vector<uint32_t> child_order, new_of_old(child_rows, kUnplaced);
+    child_order.reserve(child_rows);
+    std::vector<std::pair<uint32_t, uint32_t>> runs(RowCount());
+    for (size_t row = 0; row < RowCount(); ++row) {
+      link.index.RowsFor(*this, row, link.parent_fields, &related);
+      if (related.empty()) continue;
+      const auto size = static_cast<uint32_t>(related.size());
+      // A key that an earlier parent row shares was placed whole then.
+      if (new_of_old[related[0]] != kUnplaced) {
+        runs[row] = {new_of_old[related[0]], new_of_old[related[0]] + size};
+        continue;
+      }
+      const auto begin = static_cast<uint32_t>(child_order.size());
+      for (const size_t r : related) {
+        new_of_old[r] = static_cast<uint32_t>(child_order.size());
+        child_order.push_back(static_cast<uint32_t>(r));
+      }
+      runs[row] = {begin, begin + size};
+    }
+    for (size_t r = 0; r < child_rows; ++r) {
+      if (new_of_old[r] != kUnplaced) continue;
+      new_of_old[r] = static_cast<uint32_t>(child_order.size());
+      child_order.push_back(static_cast<uint32_t>(r));
+    }
+    link.child->Reorder(child_order);
+    link.index.Renumber(new_of_old);
+    link.index.KeepRuns(*this, std::move(runs));
+  }
+}
+
 namespace {
 // The whole numbers RelateKey writes as integers.
 constexpr int64_t kWholeKeyMax = 9'000'000'000'000'000'000;
@@ -434,9 +477,30 @@ void RelateIndex::Build(const RowSet& child, const std::vector<int>& child_field
   }
 }
 
+void RelateIndex::Renumber(const std::vector<uint32_t>& new_of_old) {
+  // A key's rows keep their order among themselves, so each group stays
+  // in the child's order.
+  for (uint32_t& r : rows_) r = new_of_old[r];
+  runs_.clear();
+}
+
+void RelateIndex::KeepRuns(const RowSet& parent, std::vector<std::pair<uint32_t, uint32_t>> runs) {
+  runs_parent_ = parent.id;
+  runs_version_ = parent.version;
+  runs_ = std::move(runs);
+}
+
 void RelateIndex::RowsFor(const RowSet& parent, size_t row, const std::vector<int>& parent_fields,
                           std::vector<size_t>* out) const {
   out->clear();
+  // A parent laid out with its child reads its row's run in order; a key
+  // looked up here is a cache miss in a table as large as the child's keys.
+  if (row < runs_.size() && parent.id == runs_parent_ && parent.version == runs_version_) {
+    const auto [begin, end] = runs_[row];
+    out->resize(end - begin);
+    for (uint32_t i = begin; i < end; ++i) (*out)[i - begin] = i;
+    return;
+  }
   if (whole_) {
     // A parent value that is no whole number relates to none of the
     // child's whole keys, as its RelateKey text differs from theirs.

@@ -76,6 +76,13 @@ class RelateIndex {
   void RowsFor(const RowSet& parent, size_t row, const std::vector<int>& parent_fields,
                std::vector<size_t>* out) const;
 
+  // After the child's rows are renumbered (row r is now new_of_old[r]).
+  void Renumber(const std::vector<uint32_t>& new_of_old);
+  // The child rows of each row of `parent` as it stands, as one run
+  // [begin, end) of row numbers: `runs[i]` for parent row i. Kept while the
+  // parent holds the same rows and values, and read before the keys.
+  void KeepRuns(const RowSet& parent, std::vector<std::pair<uint32_t, uint32_t>> runs);
+
  private:
   static constexpr uint32_t kNoGroup = UINT32_MAX;
   // A whole key and, once built, where its rows lie in rows_ (while
@@ -106,6 +113,10 @@ class RelateIndex {
   // dense form, the group of key k is k - dense_min_.
   std::vector<uint32_t> starts_;
   std::vector<uint32_t> rows_;
+  // KeepRuns: the parent's id and version they hold for, and the runs.
+  uint64_t runs_parent_ = 0;
+  uint64_t runs_version_ = 0;
+  std::vector<std::pair<uint32_t, uint32_t>> runs_;
 };
 
 // A SHAPE child related to its parent.
@@ -174,6 +185,12 @@ struct RowSet {
   // Drops the last row (an AddNew cancelled).
   void PopRow();
   void Reserve(size_t rows);
+  // Lays the rows out in the order `order` (every row once: row i becomes
+  // what row order[i] was), and each SHAPE child that no recordset looks
+  // at yet in the order the parent's rows now reach it, so that a walk of
+  // the parent and its chapters in row order reads memory forward. Bumps
+  // `version`.
+  void Reorder(const std::vector<uint32_t>& order);
 
   // The cell store itself, for loops over every row that compare or hash
   // values in place (Sort, the filter index, relating SHAPE children).
