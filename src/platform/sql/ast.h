@@ -174,6 +174,10 @@ struct Query {
   // Set by the binder when the statement gave no ORDER BY and the binder
   // supplied one (Binder::ImplyOrder); its items are a key of the rows.
   bool implied_order = false;
+  // Set by the binder when the statement wrote its own ORDER BY over rows of
+  // base tables: their primary keys (those not written already), ordered by
+  // after every other key so that no two rows tie.
+  std::vector<OrderItem> key_ties;
 };
 
 struct Assignment {

@@ -158,10 +158,30 @@ void Binder::BindOrderItem(OrderItem& item, Query& q, Scope* scope) {
 // A single aggregate row, a compound query (UNION, ...) and WITH ROLLUP
 // (the printers order its levels themselves) are left alone, and so are
 // subqueries and the SELECT of INSERT ... SELECT, whose order shows nowhere.
+// A query that gives its own ORDER BY over rows of base tables keeps it and
+// gets the tables' keys as its last tie-breakers (Query::key_ties): rows
+// tied on everything else come out in key order on both engines.
 void Binder::ImplyOrder(Query& q) {
-  if (!q.order_by.empty() || q.selects.size() != 1) return;
+  if (q.selects.size() != 1) return;
   Select& s = *q.selects[0];
   if (s.rollup || s.from.empty()) return;
+  if (!q.order_by.empty()) {
+    // A written ORDER BY can leave rows tied (two payments of one invoice on
+    // one day); the tables' keys break what the written keys and the
+    // result columns leave tied, in the order given above.
+    if (s.distinct || !s.group_by.empty() || IsAggregate(s)) return;
+    std::vector<OrderItem> keys;
+    if (!KeyOrder(s, keys)) return;
+    for (OrderItem& k : keys) {
+      bool written = false;
+      for (const OrderItem& o : q.order_by)
+        written = written || (o.expr && o.expr->kind == ExprKind::Column && o.output_position == 0 &&
+                              o.expr->table_alias == k.expr->table_alias &&
+                              o.expr->column_name == k.expr->column_name);
+      if (!written) q.key_ties.push_back(std::move(k));
+    }
+    return;
+  }
   std::vector<OrderItem> order;
   if (s.distinct) {
     int position = 0;
@@ -183,32 +203,40 @@ void Binder::ImplyOrder(Query& q) {
       order.push_back(std::move(o));
     }
   } else {
-    bool aggregate = s.having != nullptr;
-    for (const SelectItem& item : s.items) aggregate = aggregate || HasAggregate(*item.expr);
-    if (aggregate) return;
-    std::vector<const TableSource*> sources;
-    for (const auto& src : s.from) SourcesInOrder(*src, sources);
-    for (const TableSource* t : sources) {
-      if (t->kind != TableSource::Kind::Table) return;
-      const std::vector<std::string>& key = schema_.PrimaryKey(t->table);
-      if (key.empty()) return;
-      for (const std::string& name : key) {
-        const std::vector<ColumnType>& columns = t->Columns();
-        auto c = std::find_if(columns.begin(), columns.end(),
-                              [&](const ColumnType& col) { return SameName(col.name, name); });
-        if (c == columns.end()) return;
-        OrderItem o;
-        o.expr = std::make_unique<Expr>(ExprKind::Column, s.pos);
-        o.expr->text = c->name;
-        o.expr->table_alias = t->engine_alias;
-        o.expr->column_name = c->name;
-        o.expr->type = {c->kind, c->length, false};
-        order.push_back(std::move(o));
-      }
-    }
+    if (IsAggregate(s) || !KeyOrder(s, order)) return;
   }
   q.order_by = std::move(order);
   q.implied_order = !q.order_by.empty();
+}
+
+bool Binder::IsAggregate(const Select& s) {
+  bool aggregate = s.having != nullptr;
+  for (const SelectItem& item : s.items) aggregate = aggregate || HasAggregate(*item.expr);
+  return aggregate;
+}
+
+bool Binder::KeyOrder(const Select& s, std::vector<OrderItem>& order) const {
+  std::vector<const TableSource*> sources;
+  for (const auto& src : s.from) SourcesInOrder(*src, sources);
+  for (const TableSource* t : sources) {
+    if (t->kind != TableSource::Kind::Table) return false;
+    const std::vector<std::string>& key = schema_.PrimaryKey(t->table);
+    if (key.empty()) return false;
+    for (const std::string& name : key) {
+      const std::vector<ColumnType>& columns = t->Columns();
+      auto c = std::find_if(columns.begin(), columns.end(),
+                            [&](const ColumnType& col) { return SameName(col.name, name); });
+      if (c == columns.end()) return false;
+      OrderItem o;
+      o.expr = std::make_unique<Expr>(ExprKind::Column, s.pos);
+      o.expr->text = c->name;
+      o.expr->table_alias = t->engine_alias;
+      o.expr->column_name = c->name;
+      o.expr->type = {c->kind, c->length, false};
+      order.push_back(std::move(o));
+    }
+  }
+  return true;
 }
 
 Scope* Binder::BindSelect(Select& s, Scope* outer) {

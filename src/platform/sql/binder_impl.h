@@ -87,6 +87,11 @@ class Binder {
   void BindOrderItem(OrderItem& item, Query& q, Scope* scope);
   // The ORDER BY of a statement's own query that gave none (see binder.cpp).
   void ImplyOrder(Query& q);
+  // True when the select list or HAVING of `s` aggregates.
+  static bool IsAggregate(const Select& s);
+  // Appends the primary key of each table of `s` in the order they are
+  // written; false (with `order` partly filled) when a source has no key.
+  bool KeyOrder(const Select& s, std::vector<OrderItem>& order) const;
   Scope* BindSelect(Select& s, Scope* outer);
   void AddSources(TableSource& src, Scope* scope, Scope* outer);
   void BindJoinConditions(TableSource& src, Scope* scope);

@@ -34,7 +34,13 @@ class SqlitePrinter : public print::Printer {
       if (item.expr->type.kind == ValueKind::Text) Collate();
       if (item.descending) out_ += " DESC";
     }
-    for (int position : TieBreakPositions(q)) out_ += ", " + std::to_string(position);
+    const std::vector<int> positions = TieBreakPositions(q);
+    for (int position : positions) out_ += ", " + std::to_string(position);
+    for (const OrderItem* item : TieBreakKeys(q, positions)) {
+      out_ += ", ";
+      Operand(*item->expr);
+      if (item->expr->type.kind == ValueKind::Text) Collate();
+    }
   }
 
   void CompareLeft(const Expr& e) override { Collated(e); }

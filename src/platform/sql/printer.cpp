@@ -1,7 +1,9 @@
 #include "platform/sql/printer.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <set>
 
 namespace orv::sql::print {
 
@@ -95,9 +97,7 @@ std::vector<int> Printer::TieBreakPositions(const orv::sql::Query& q) {
           continue;
       }
       // A column already ordered by (by position or by name) breaks no tie.
-      const Expr* col = item.expr && item.expr->kind == ExprKind::Column ? item.expr.get() : nullptr;
-      std::string table = col ? col->table_alias : out.table_alias;
-      std::string column = col ? col->column_name : out.column_name;
+      const auto [table, column] = SourceColumn(item, out);
       bool key = false;
       for (const OrderItem& o : q.order_by) {
         key = key || o.output_position == position;
@@ -108,6 +108,28 @@ std::vector<int> Printer::TieBreakPositions(const orv::sql::Query& q) {
     }
   }
   return positions;
+}
+
+std::pair<std::string, std::string> Printer::SourceColumn(const SelectItem& item, const SelectItem::Output& out) {
+  const Expr* col = item.expr && item.expr->kind == ExprKind::Column ? item.expr.get() : nullptr;
+  return {col ? col->table_alias : out.table_alias, col ? col->column_name : out.column_name};
+}
+
+std::vector<const OrderItem*> Printer::TieBreakKeys(const orv::sql::Query& q, const std::vector<int>& positions) {
+  std::vector<const OrderItem*> keys;
+  if (q.key_ties.empty()) return keys;
+  std::set<std::pair<std::string, std::string>> ordered;
+  int position = 0;
+  for (const auto& item : q.selects[0]->items) {
+    for (const auto& out : item.outputs) {
+      ++position;
+      if (std::find(positions.begin(), positions.end(), position) != positions.end())
+        ordered.insert(SourceColumn(item, out));
+    }
+  }
+  for (const OrderItem& k : q.key_ties)
+    if (ordered.count({k.expr->table_alias, k.expr->column_name}) == 0) keys.push_back(&k);
+  return keys;
 }
 
 std::string Printer::Run(const Statement& st) {

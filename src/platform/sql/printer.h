@@ -10,6 +10,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/sql/ast.h"
@@ -167,6 +168,13 @@ class Printer {
   // and so is WITH ROLLUP, whose total rows have an order of their own. An
   // ORDER BY the binder supplied is a key of the rows and leaves no ties.
   static std::vector<int> TieBreakPositions(const orv::sql::Query& q);
+  // The keys that break what the written keys and the result columns at
+  // `positions` (TieBreakPositions) leave tied: Query::key_ties less the
+  // key columns among those result columns.
+  static std::vector<const OrderItem*> TieBreakKeys(const orv::sql::Query& q, const std::vector<int>& positions);
+  // The table alias and column a result column reads, where it is one
+  // (empty strings otherwise).
+  static std::pair<std::string, std::string> SourceColumn(const SelectItem& item, const SelectItem::Output& out);
   // True when the printed form of `e` is a single term.
   static bool IsTerm(const Expr& e);
 
