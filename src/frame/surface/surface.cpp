@@ -348,19 +348,28 @@ void PrintSurface::EmitSegment(std::string_view text, Twips x, Twips seg_x, Twip
                                const FontHandle& f, double size, render::Rgb color,
                                const std::optional<render::Box>& clip, double line_size) {
   if (text.find_first_not_of(' ') == std::string_view::npos) return;  // blanks paint nothing
+  render::TextRun& run = AddRun(CurrentPageRef().items, text, f, size, color, x + seg_x, top,
+                                top + f.metrics->Ascent(line_size > size ? line_size : size), width,
+                                clip);
+  run.angle = int16_t(angle_);
+}
+
+render::TextRun& PrintSurface::AddRun(std::vector<render::DisplayItem>& items, std::string_view text,
+                                      const FontHandle& f, double size, render::Rgb color, Twips x,
+                                      Twips top, Twips baseline, Twips width,
+                                      const std::optional<render::Box>& clip) {
   // Made where it stays, in the page's list.
-  auto& run = std::get<render::TextRun>(
-      CurrentPageRef().items.emplace_back(std::in_place_type<render::TextRun>));
+  auto& run = std::get<render::TextRun>(items.emplace_back(std::in_place_type<render::TextRun>));
   run.text = text;
   run.font = f.index;
   run.size_pt = float(size);
   run.color = color;
-  run.angle = int16_t(angle_);
-  run.x = x + seg_x;
+  run.x = x;
   run.top = top;
-  run.baseline = top + f.metrics->Ascent(line_size > size ? line_size : size);
+  run.baseline = baseline;
   run.width = width;
   run.clip = clip;
+  return run;
 }
 
 namespace {

@@ -267,6 +267,12 @@ class PrintSurface {
   void EmitSegment(std::string_view text, Twips x, Twips seg_x, Twips width, Twips top,
                    const FontHandle& f, double size, render::Rgb color,
                    const std::optional<render::Box>& clip, double line_size);
+  // A run of text at the end of `items` (a page's list), unrotated: the
+  // one place a run is made, for paragraphs and table cells alike.
+  static render::TextRun& AddRun(std::vector<render::DisplayItem>& items, std::string_view text,
+                                 const FontHandle& f, double size, render::Rgb color, Twips x,
+                                 Twips top, Twips baseline, Twips width,
+                                 const std::optional<render::Box>& clip);
   void LayOutTable(Table& table, bool draw);
   // The working lists of one table's layout (LayOutTable says what each
   // holds), kept from one table to the next: a list that prints each record

@@ -469,16 +469,7 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     const Twips ascent = cf.font.metrics->Ascent(std::max(cl.size, cf.size));
     auto add_run = [&](std::string_view text, Twips x, Twips width, Twips line_top) {
       if (text.find_first_not_of(' ') == std::string_view::npos) return;  // blanks paint nothing
-      auto& run = std::get<render::TextRun>(items.emplace_back(std::in_place_type<render::TextRun>));
-      run.text = text;
-      run.font = cf.font.index;
-      run.size_pt = float(cl.size);
-      run.color = color;
-      run.x = x;
-      run.top = line_top;
-      run.baseline = line_top + ascent;
-      run.width = width;
-      run.clip = clip;
+      AddRun(items, text, cf.font, cl.size, color, x, line_top, line_top + ascent, width, clip);
     };
     for (size_t i = 0; i < nlines; ++i) {
       const Twips line_top = top + lh * double(i);
