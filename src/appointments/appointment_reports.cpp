@@ -200,7 +200,9 @@ class ColumnTexts {
   FormattedTexts<ValueKey> texts_;
 };
 
-std::string YesNoText(const Variant& v) { return Format(v, "Yes/No"); }
+std::string YesNoText(const Variant& v) {
+  return Format(v, "Yes/No");
+}
 
 // The appointments' days from `dtStart` to `dtEnd`, both whole.
 std::string DayBookDays(const DateTime& dtStart, const DateTime& dtEnd) {
@@ -598,7 +600,8 @@ void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateT
                     provider = rs["Provider"], user = rs["UserName"], notes = rs["Notes"];
     // A provider's plans come in the order of their days, and their totals
     // are a few fees over and over: each distinct text is made once.
-    ColumnTexts posted_days([](const Variant& v) { return frame::EscapeCell(Format(v, "mmm, d, yyyy")); });
+    ColumnTexts posted_days(
+        [](const Variant& v) { return frame::EscapeCell(Format(v, "mmm, d, yyyy")); });
     ColumnTexts totals([](const Variant& v) { return Format(v, "Currency"); });
     std::string body, scratch;
     long done = 0, open = 0;

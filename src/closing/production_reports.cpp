@@ -9,8 +9,9 @@
 // their positive code (closing/code_ranges.h).
 #include <algorithm>
 #include <map>
-#include <stdexcept>
+#include <numeric>
 #include <optional>
+#include <stdexcept>
 #include <vector>
 
 #include "closing/code_ranges.h"
@@ -172,9 +173,10 @@ void ProductionByPerson(clsReports& r, bool byOverseer, DateTime dtStart, DateTi
       std::string body;
       // The day cell of the row before: the rows of one day share it.
       std::string day_cell, next_day_cell, scratch;
-      const db::Field day_field = lines[byDate == 1 ? "Date" : "EntryDate"], code_field = lines["Code"],
-                      cost_field = lines["Cost"], first_name = lines["PatientFirstName"],
-                      last_name = lines["PatientLastName"], invoice = lines["Invoice#"], tooth = lines["Tooth#"],
+      const db::Field day_field = lines[byDate == 1 ? "Date" : "EntryDate"],
+                      code_field = lines["Code"], cost_field = lines["Cost"],
+                      first_name = lines["PatientFirstName"], last_name = lines["PatientLastName"],
+                      invoice = lines["Invoice#"], tooth = lines["Tooth#"],
                       surface = lines["Surface"];
       const std::optional<db::Field> provider =
           byOverseer ? std::optional<db::Field>(lines["ProviderName"]) : std::nullopt;
@@ -500,13 +502,20 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
       ") AND STATUS <> 'In Progress' AND Code <> '-00100'" +
       AndProviders(ProviderFilter, "InvoiceDetails.ProviderID");
   struct Line {
-    // The sort keys, made once per line: the date with its time as a
-    // serial (0 for none) and the provider's name in lower case.
+    // The sort keys: the date with its time as a serial (0 for none) and
+    // the provider, as the place of the provider's name in lower case
+    // among the names of the lines' providers (see `provider_keys`).
     double day;
-    std::string provider_key, cells;
+    size_t provider;
+    std::string cells;
     Currency cost;
     int counts;  // +1 a procedure, -1 a cancelled one, 0 a reversal
   };
+  // The lines of a period name a handful of providers: each name is put in
+  // lower case once, and a line holds the number of its provider's name,
+  // made the name's place in their order before the lines are sorted.
+  std::map<std::string, size_t, std::less<>> provider_of;  // a name as stored -> its number
+  std::vector<std::string> provider_keys;                  // by number, in lower case
   std::map<std::string, std::vector<Line>> by_code;
   // The lines of a month fall on a few dozen days: each day's text is
   // formatted once (the format shows the day alone, not the time).
@@ -543,7 +552,13 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
       text(l.cells, first_name);
       l.cells += ' ';
       text(l.cells, last_name);
-      l.provider_key = vb::LCase(last_name.Text(scratch));
+      const std::string_view provider_name = last_name.Text(scratch);
+      auto provider = provider_of.find(provider_name);
+      if (provider == provider_of.end()) {
+        provider = provider_of.emplace(std::string(provider_name), provider_keys.size()).first;
+        provider_keys.push_back(vb::LCase(provider_name));
+      }
+      l.provider = provider->second;
       l.cells += '|';
       text(l.cells, patient_first);
       l.cells += ' ';
@@ -583,14 +598,26 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
   }
   fee_codes.Close();
 
+  // Each provider's number becomes its name's place in lower case; names
+  // alike but for case share a place, so their lines keep their order.
+  std::vector<size_t> order(provider_keys.size()), place(provider_keys.size());
+  std::iota(order.begin(), order.end(), size_t{0});
+  std::sort(order.begin(), order.end(),
+            [&](size_t a, size_t b) { return provider_keys[a] < provider_keys[b]; });
+  for (size_t i = 0; i < order.size(); ++i) {
+    const bool alike = i > 0 && provider_keys[order[i]] == provider_keys[order[i - 1]];
+    place[order[i]] = i == 0 ? 0 : place[order[i - 1]] + (alike ? 0 : 1);
+  }
+
   const std::string date_header = byDate == 1 ? "Treatment Date" : "Entry Date";
   Currency grand, grand_lab;
   size_t done = 0;
   for (auto& [code, lines] : by_code) {
     // In each code, by date and then by the provider's name.
+    for (Line& l : lines) l.provider = place[l.provider];
     std::stable_sort(lines.begin(), lines.end(), [](const Line& a, const Line& b) {
       if (a.day != b.day) return a.day < b.day;
-      return a.provider_key < b.provider_key;
+      return a.provider < b.provider;
     });
     std::string body;
     Currency total;
