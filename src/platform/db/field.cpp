@@ -13,6 +13,24 @@ FieldType Field::Type() const { return s_->FieldAt(index_).type; }
 long Field::DefinedSize() const { return s_->FieldAt(index_).defined_size; }
 bool Field::IsChapter() const { return s_->FieldAt(index_).chapter >= 0; }
 
+namespace {
+
+// The usual read, checked in a few loads and in line: the recordset (a
+// chapter once it has followed its parent) on a row, and the field one
+// whose values it holds. False for anything else, which ReadableRow then
+// checks in its order and names as it throws.
+inline bool PlainRow(RecordsetState& s, int index, size_t* row) {
+  s.Ready();
+  if (!s.AtRow()) return false;
+  const std::vector<FieldInfo>& fields = s.data->fields;
+  if (static_cast<size_t>(index) >= fields.size() || fields[index].chapter >= 0 || !fields[index].held) return false;
+  s.NoteRead(index);
+  *row = s.view[s.pos];
+  return true;
+}
+
+}  // namespace
+
 size_t Field::ReadableRow() const {
   size_t row = s_->CurrentRow();
   const FieldInfo& f = s_->FieldAt(index_);
@@ -26,15 +44,29 @@ size_t Field::ReadableRow() const {
   return row;
 }
 
-Variant Field::Value() const { return s_->data->Get(ReadableRow(), index_); }
+// Both reads go to the cell itself: the field was checked once, by
+// PlainRow or ReadableRow, and a field added after the rows were read has
+// no column and reads Empty, as RowSet::Get gives it.
+Variant Field::Value() const {
+  size_t row;
+  if (!PlainRow(*s_, index_, &row)) row = ReadableRow();
+  const ColumnStore& cells = s_->data->cells();
+  if (static_cast<size_t>(index_) >= cells.ColumnCount()) return Variant();
+  return cells.ValueOf(cells.CellAt(row, index_));
+}
 
 std::string_view Field::Text(std::string& scratch) const {
-  const size_t row = ReadableRow();
-  if (const auto text = s_->data->TextAt(row, index_)) return *text;
-  const Variant v = s_->data->Get(row, index_);
-  if (v.IsNull() || v.IsEmpty()) return {};
-  scratch = CStr(v);
-  return scratch;
+  size_t row;
+  if (!PlainRow(*s_, index_, &row)) row = ReadableRow();
+  const ColumnStore& cells = s_->data->cells();
+  if (static_cast<size_t>(index_) >= cells.ColumnCount()) return {};
+  const ColumnStore::Cell cell = cells.CellAt(row, index_);
+  switch (cell.kind) {
+    case ColumnStore::Kind::String: return cells.BytesOf(cell.bits);
+    case ColumnStore::Kind::Empty:
+    case ColumnStore::Kind::Null: return {};
+    default: scratch = CStr(cells.ValueOf(cell)); return scratch;
+  }
 }
 
 void Field::Value(const Variant& v) {
