@@ -135,6 +135,8 @@ TEST_F(ShapeRecordset, ChapterFollowsTheParent) {
   EXPECT_EQ(child.RecordCount(), 1);
   EXPECT_EQ(child["InvoiceTotal"].Value(), Variant(Currency::FromInt(100)));
   EXPECT_THROW(rs["Inv"].Value(), DatabaseError);
+  std::string scratch;
+  EXPECT_THROW(rs["Inv"].Text(scratch), DatabaseError);
   // After the parent reads its rows again, the child handle shows the new
   // child rows of the current parent.
   conn_.Execute("INSERT INTO Invoices (ID, PatientID, InvoiceTotal) VALUES (6, 1, 300)");
