@@ -29,6 +29,31 @@ inline bool PlainRow(RecordsetState& s, int index, size_t* row) {
   return true;
 }
 
+// The text of a cell that holds no text: "" for Null and Empty, else the
+// value's text in `scratch`. Out of line, so that a read of text needs
+// none of what making a Variant does.
+[[gnu::noinline]] std::string_view OtherText(const ColumnStore& cells, ColumnStore::Cell cell,
+                                             std::string& scratch) {
+  if (cell.kind == ColumnStore::Kind::Empty || cell.kind == ColumnStore::Kind::Null) return {};
+  scratch = CStr(cells.ValueOf(cell));
+  return scratch;
+}
+
+// Both reads go to the cell itself: the field was checked once, by
+// PlainRow or ReadableRow, and a field added after the rows were read has
+// no column and reads Empty, as RowSet::Get gives it.
+inline Variant CellValue(const ColumnStore& cells, size_t row, int index) {
+  if (static_cast<size_t>(index) >= cells.ColumnCount()) return Variant();
+  return cells.ValueOf(cells.CellAt(row, index));
+}
+
+inline std::string_view CellText(const ColumnStore& cells, size_t row, int index, std::string& scratch) {
+  if (static_cast<size_t>(index) >= cells.ColumnCount()) return {};
+  const ColumnStore::Cell cell = cells.CellAt(row, index);
+  if (cell.kind == ColumnStore::Kind::String) return cells.BytesOf(cell.bits);
+  return OtherText(cells, cell, scratch);
+}
+
 }  // namespace
 
 size_t Field::ReadableRow() const {
@@ -44,29 +69,18 @@ size_t Field::ReadableRow() const {
   return row;
 }
 
-// Both reads go to the cell itself: the field was checked once, by
-// PlainRow or ReadableRow, and a field added after the rows were read has
-// no column and reads Empty, as RowSet::Get gives it.
 Variant Field::Value() const {
   size_t row;
-  if (!PlainRow(*s_, index_, &row)) row = ReadableRow();
-  const ColumnStore& cells = s_->data->cells();
-  if (static_cast<size_t>(index_) >= cells.ColumnCount()) return Variant();
-  return cells.ValueOf(cells.CellAt(row, index_));
+  if (PlainRow(*s_, index_, &row)) return CellValue(s_->data->cells(), row, index_);
+  row = ReadableRow();
+  return CellValue(s_->data->cells(), row, index_);
 }
 
 std::string_view Field::Text(std::string& scratch) const {
   size_t row;
-  if (!PlainRow(*s_, index_, &row)) row = ReadableRow();
-  const ColumnStore& cells = s_->data->cells();
-  if (static_cast<size_t>(index_) >= cells.ColumnCount()) return {};
-  const ColumnStore::Cell cell = cells.CellAt(row, index_);
-  switch (cell.kind) {
-    case ColumnStore::Kind::String: return cells.BytesOf(cell.bits);
-    case ColumnStore::Kind::Empty:
-    case ColumnStore::Kind::Null: return {};
-    default: scratch = CStr(cells.ValueOf(cell)); return scratch;
-  }
+  if (PlainRow(*s_, index_, &row)) return CellText(s_->data->cells(), row, index_, scratch);
+  row = ReadableRow();
+  return CellText(s_->data->cells(), row, index_, scratch);
 }
 
 void Field::Value(const Variant& v) {

@@ -360,7 +360,8 @@ void RecordsetState::Rebuild() {
   } else {
     view = base;
   }
-  auto keys = ParseSortKeys(sort);
+  // A chapter is rebuilt for every parent row it follows, mostly unsorted.
+  const auto keys = sort.empty() ? std::vector<SortKey>() : ParseSortKeys(sort);
   if (!keys.empty()) {
     std::vector<std::pair<int, bool>> cols;
     for (const auto& k : keys) {
