@@ -40,8 +40,8 @@ TEST_F(ProductionSections, ByDateChoosesTheDateThatDecides) {
     const char* overall;
   };
   const Case cases[] = {
-      // Line 71 was treated on 10-28 and entered on 11-02.
-      {"entry date", 0, "Total($): $410.00", "Production Total 440.00"},
+      // Line 71 was treated on 10-28 and entered on 11-02 (by entry date:
+      // ByProviderCountsReversalsInTheFeeButNotAsProcedures).
       {"treatment date", 1, "Total($): $310.00", "Production Total 340.00"},
       // No date term: every line of a provider, whenever. February adds
       // Bell 830, Hill 70 (lab -20), Stone 30; March Ng 100 + 80 (the line
@@ -215,6 +215,7 @@ TEST_F(ProductionSections, BordersAndWideTotals) {
   InDocument([&] { reports.srptProductionByCategory(Nov(1), Nov(30), "", "", "", 0); });
   EXPECT_EQ(form.VSP.TableBorder(), 1);
 
+  // A million and more takes the wider cell and stays on one line.
   InDocument([&] {
     reports.PrintProductionTotals(Currency::FromDecimalText("1234567.5"),
                                   Currency::FromDecimalText("-12"), false);
