@@ -15,20 +15,6 @@ bool Field::IsChapter() const { return s_->FieldAt(index_).chapter >= 0; }
 
 namespace {
 
-// The usual read, checked in a few loads and in line: the recordset (a
-// chapter once it has followed its parent) on a row, and the field one
-// whose values it holds. False for anything else, which ReadableRow then
-// checks in its order and names as it throws.
-inline bool PlainRow(RecordsetState& s, int index, size_t* row) {
-  s.Ready();
-  if (!s.AtRow()) return false;
-  const std::vector<FieldInfo>& fields = s.data->fields;
-  if (static_cast<size_t>(index) >= fields.size() || fields[index].chapter >= 0 || !fields[index].held) return false;
-  s.NoteRead(index);
-  *row = s.view[s.pos];
-  return true;
-}
-
 // The text of a cell that holds no text: "" for Null and Empty, else the
 // value's text in `scratch`. Out of line, so that a read of text needs
 // none of what making a Variant does.
@@ -39,22 +25,34 @@ inline bool PlainRow(RecordsetState& s, int index, size_t* row) {
   return scratch;
 }
 
-// Both reads go to the cell itself: the field was checked once, by
-// PlainRow or ReadableRow, and a field added after the rows were read has
-// no column and reads Empty, as RowSet::Get gives it.
-inline Variant CellValue(const ColumnStore& cells, size_t row, int index) {
-  if (static_cast<size_t>(index) >= cells.ColumnCount()) return Variant();
-  return cells.ValueOf(cells.CellAt(row, index));
-}
-
 inline std::string_view CellText(const ColumnStore& cells, size_t row, int index, std::string& scratch) {
-  if (static_cast<size_t>(index) >= cells.ColumnCount()) return {};
   const ColumnStore::Cell cell = cells.CellAt(row, index);
   if (cell.kind == ColumnStore::Kind::String) return cells.BytesOf(cell.bits);
   return OtherText(cells, cell, scratch);
 }
 
 }  // namespace
+
+// The usual read, in line: the recordset (a chapter once it has followed
+// its parent) on a row, and a plain field, which is checked once per row
+// set rather than at every read. Anything else goes to ReadableRow, which
+// checks in its order and names what it throws for.
+inline bool Field::PlainRow(size_t* row) const {
+  RecordsetState& s = *s_;
+  s.Ready();
+  if (!s.AtRow()) return false;
+  const RowSet& rows = *s.data;
+  if (rows.id != plain_rows_) {
+    const auto index = static_cast<size_t>(index_);
+    if (index >= rows.fields.size() || rows.fields[index].chapter >= 0 || !rows.fields[index].held ||
+        index >= rows.cells().ColumnCount())
+      return false;
+    plain_rows_ = rows.id;
+  }
+  s.NoteRead(index_);
+  *row = s.view[s.pos];
+  return true;
+}
 
 size_t Field::ReadableRow() const {
   size_t row = s_->CurrentRow();
@@ -69,18 +67,25 @@ size_t Field::ReadableRow() const {
   return row;
 }
 
+// Both reads go to the cell itself, checked once by PlainRow or
+// ReadableRow. A field added after the rows were read has no column and
+// reads Empty, as RowSet::Get gives it; only ReadableRow lets it through.
 Variant Field::Value() const {
   size_t row;
-  if (PlainRow(*s_, index_, &row)) return CellValue(s_->data->cells(), row, index_);
+  if (PlainRow(&row)) return s_->data->cells().ValueOf(s_->data->cells().CellAt(row, index_));
   row = ReadableRow();
-  return CellValue(s_->data->cells(), row, index_);
+  const ColumnStore& cells = s_->data->cells();
+  if (static_cast<size_t>(index_) >= cells.ColumnCount()) return Variant();
+  return cells.ValueOf(cells.CellAt(row, index_));
 }
 
 std::string_view Field::Text(std::string& scratch) const {
   size_t row;
-  if (PlainRow(*s_, index_, &row)) return CellText(s_->data->cells(), row, index_, scratch);
+  if (PlainRow(&row)) return CellText(s_->data->cells(), row, index_, scratch);
   row = ReadableRow();
-  return CellText(s_->data->cells(), row, index_, scratch);
+  const ColumnStore& cells = s_->data->cells();
+  if (static_cast<size_t>(index_) >= cells.ColumnCount()) return {};
+  return CellText(cells, row, index_, scratch);
 }
 
 void Field::Value(const Variant& v) {
