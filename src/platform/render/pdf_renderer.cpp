@@ -18,6 +18,7 @@
 #include <span>
 #include <system_error>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 #include "platform/render/cairo_fonts.h"
@@ -89,11 +90,21 @@ class Glyphs {
   Glyphs(const Glyphs&) = delete;
   Glyphs& operator=(const Glyphs&) = delete;
 
-  // The glyphs of `t`, set from the origin; `file` is its font's file.
-  std::span<const cairo_glyph_t> Of(const TextRun& t, pdf::EmbeddedFont& file) {
+  // A glyph the file's tables placed: its number, its advance in font
+  // units as the file gives it (EmbeddedFont::AdvanceUnits) and the
+  // character it stands for.
+  struct Placed {
+    uint16_t glyph;
+    uint16_t units;
+    char32_t c;
+  };
+
+  // Places the glyphs of `t`, set from the origin, and returns how many
+  // there are; `file` is its font's file.
+  size_t Of(const TextRun& t, pdf::EmbeddedFont& file) {
     const FontFace& face = fonts_[t.font];
     own_ = Own(t, face, file);
-    if (own_) return {out_.data(), count_};
+    if (own_) return count_;
     out_.clear();
     if (!cr_) {
       surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
@@ -107,40 +118,44 @@ class Glyphs {
       size_ = t.size_pt;
     }
     PlaceGlyphs(cairo_get_scaled_font(cr_), t, face.synthetic_bold, 0, 0, &placer_, out_);
-    return out_;
+    positions_ = true;
+    return out_.size();
   }
-  // The character each glyph of the last Of stands for, one a glyph, when
-  // they came from the file's tables (its text was then well-formed UTF-8 of
-  // the Basic Multilingual Plane, as pdf::DecodeUtf8 reads it too); null
-  // when cairo placed them.
-  const char32_t* Chars() const { return own_ ? chars_.data() : nullptr; }
-  // The advance of each glyph of the last Of in font units, as the file
-  // gives it (EmbeddedFont::AdvanceUnits), when they came from the file's
-  // tables; null when cairo placed them.
-  const uint16_t* Units() const { return own_ ? units_.data() : nullptr; }
+  // The glyphs of the last Of as the file's tables placed them (its text
+  // was then well-formed UTF-8 of the Basic Multilingual Plane, as
+  // pdf::DecodeUtf8 reads it too); null when cairo placed them.
+  const Placed* Own() const { return own_ ? placed_.data() : nullptr; }
+  // The glyphs of the last Of with their positions, where they do not
+  // simply follow one another by their advances (cairo placed them, or the
+  // face is emboldened); null where they do: glyph i then sits at the sum
+  // of the advances before it, each the glyph's units times the size over
+  // the units per em, added up in order from 0 (Advance).
+  const cairo_glyph_t* Positions() const { return positions_ ? out_.data() : nullptr; }
+  // The advance of a glyph of `units` at `size_pt`, as a run's positions
+  // add it up.
+  static double Advance(uint16_t units, double size_pt, double per_unit) {
+    return double(units) * size_pt * per_unit;
+  }
 
  private:
-  // Places `t` from the file's tables into out_ and its characters into
-  // chars_; false when they do not serve.
+  // Maps `t` through the file's tables into placed_, and for an emboldened
+  // face places it into out_; false when the tables do not serve.
   //
-  // A run has at most as many characters as bytes, so the three tables are
-  // grown to that first, never shrunk, and written in place, count_ of
-  // them holding the run: a long list places millions of glyphs, and
-  // growing each table a glyph at a time cost more than mapping the glyph.
-  // With units per em a power of two, dividing by them is multiplying by
-  // their inverse, exactly.
+  // A run has at most as many characters as bytes, so the tables are grown
+  // to that first, never shrunk, and written in place, count_ of them
+  // holding the run: a long list places millions of glyphs, and growing
+  // each table a glyph at a time cost more than mapping the glyph. With
+  // units per em a power of two, dividing by them is multiplying by their
+  // inverse, exactly. The positions of a face that is not emboldened are
+  // left for the painter to add up as it writes the glyphs.
   bool Own(const TextRun& t, const FontFace& face, pdf::EmbeddedFont& file) {
+    positions_ = false;
     const unsigned units = file.units_per_em();
     if (units == 0 || (units & (units - 1)) != 0) return false;
-    const double size = t.size_pt, per_unit = 1.0 / units;
     const std::string_view text = t.text;
-    if (out_.size() < text.size()) {
-      out_.resize(text.size());
-      chars_.resize(text.size());
-      units_.resize(text.size());
-    }
+    if (placed_.size() < text.size()) placed_.resize(text.size());
+    Placed* const placed = placed_.data();
     size_t n = 0;
-    double x = 0, advance = 0;
     for (size_t i = 0; i < text.size(); ++n) {
       const auto byte = static_cast<unsigned char>(text[i]);
       char32_t c = byte;
@@ -151,16 +166,20 @@ class Glyphs {
       }
       const pdf::EmbeddedFont::Mapped m = c == 0 ? pdf::EmbeddedFont::Mapped{0, 0} : file.Map(c);
       if (m.glyph == 0) return false;
-      out_[n] = cairo_glyph_t{m.glyph, x, 0};
-      chars_[n] = c;
-      units_[n] = m.advance;
-      advance = double(m.advance) * size * per_unit;
-      x += advance;
+      placed[n] = Placed{m.glyph, m.advance, c};
     }
     count_ = n;
     if (face.synthetic_bold) {
+      const double size = t.size_pt, per_unit = 1.0 / units;
       out_.resize(n);
+      double x = 0, advance = 0;
+      for (size_t k = 0; k < n; ++k) {
+        out_[k] = cairo_glyph_t{placed[k].glyph, x, 0};
+        advance = Advance(placed[k].units, size, per_unit);
+        x += advance;
+      }
       SpaceEmboldened(out_, 0, t.size_pt, advance);
+      positions_ = true;
     }
     return true;
   }
@@ -172,10 +191,10 @@ class Glyphs {
   uint16_t font_ = UINT16_MAX;
   float size_ = 0;
   std::vector<cairo_glyph_t> out_;
-  std::u32string chars_;
-  std::vector<uint16_t> units_;
+  std::vector<Placed> placed_;
   size_t count_ = 0;  // the glyphs of the last run the file's tables placed
   bool own_ = false;
+  bool positions_ = false;  // out_ holds the last run's glyphs
 };
 
 // Paints pages into content streams. Fonts and pictures are named by
@@ -435,19 +454,16 @@ class PdfPainter {
     if (t.font >= fonts_of_doc_.size())
       throw RenderError("Text run names a font the document lacks");
     const FontFace& face = fonts_of_doc_[t.font];
-    const std::span<const cairo_glyph_t> glyphs = glyphs_.Of(t, FileOf(t.font));
-    if (glyphs.empty() && !t.underline) return;
+    const size_t count = glyphs_.Of(t, FileOf(t.font));
+    if (count == 0 && !t.underline) return;
     int resource = 0;
     pdf::EmbeddedFont& font = FontOf(t.font, resource);
-    // The character each glyph stands for: the placer sets one glyph per
-    // character, so the two line up unless the text was not plain UTF-8.
-    const char32_t* placed = glyphs_.Chars();
-    // The glyphs' advances as the file gives them, where the file's tables
-    // placed them: what EmbeddedFont::Width reads, without reading it again.
-    const uint16_t* placed_units = glyphs_.Units();
-    if (!placed) pdf::DecodeUtf8(t.text, chars_);
-    const char32_t* chars = placed ? placed : chars_.data();
-    const bool paired = placed || chars_.size() == glyphs.size();
+    // Where cairo placed the glyphs, the character each stands for: the
+    // placer sets one glyph per character, so the two line up unless the
+    // text was not plain UTF-8.
+    const Glyphs::Placed* const own = glyphs_.Own();
+    if (!own) pdf::DecodeUtf8(t.text, chars_);
+    const bool paired = own || chars_.size() == count;
     const bool plain = !t.clip && t.angle == 0 && !t.underline && !face.synthetic_italic;
 
     if (t.clip) {
@@ -464,7 +480,7 @@ class PdfPainter {
     const double cs = t.angle ? std::cos(angle) : 1, sn = t.angle ? std::sin(angle) : 0;
     const double descent = Pt(t.baseline - t.top);
     const double ref_x = Pt(t.x), ref_y = height_ - Pt(t.top);
-    if (!glyphs.empty()) {
+    if (count > 0) {
       // A style the open line does not have ends it.
       const double size = std::round(double(t.size_pt) * 10000) / 10000;
       if (!plain || state_.font != resource || state_.size != size || state_.fill != t.color ||
@@ -514,55 +530,88 @@ class PdfPainter {
       // em a power of two, units times the inverse of the em is the very
       // double the widths give (thousandths of units over the em, over a
       // thousand), without dividing twice a glyph.
-      const double per_unit = placed_units ? 1.0 / font.units_per_em() : 0;
-      const cairo_glyph_t* const placed_glyphs = glyphs.data();
-      const size_t count = glyphs.size();
+      const double per_unit = own ? 1.0 / font.units_per_em() : 0;
+      const double run_size = t.size_pt;
+      const cairo_glyph_t* const positions = glyphs_.Positions();
       // A run lies on one baseline: whether it is off the open line changes
       // only where a line is opened.
       const auto off_line = [&] {
         return !line_.open || std::abs(base_y - line_.y) / size > kSameLine;
       };
       bool off = plain && off_line();
-      for (size_t i = 0; i < count; ++i) {
-        // The glyph's place on the line, in em.
-        double at;
-        if (plain) {
-          const double x = base_x + placed_glyphs[i].x;
-          at = (x - line_.x) / size;
-          if (off || std::abs(at - line_.advances) > kFarAway) {
-            flush();
-            OpenLine(1, 0, 0, 1, x, base_y);
-            off = off_line();
-            at = 0;
+      // One loop for the three ways a run's glyphs come (the file's tables
+      // placing them one after another, the file's tables on an emboldened
+      // face, cairo), made for each: a long list writes millions of glyphs,
+      // nearly all the first way, and the glyph's place is then added up
+      // here rather than written down and read back.
+      const auto write = [&](auto from_file, auto placed) {
+        double pen_x = 0;  // the glyph's place from the file's advances
+        for (size_t i = 0; i < count; ++i) {
+          double glyph_x;
+          if constexpr (decltype(placed)::value) {
+            glyph_x = positions[i].x;
+          } else {
+            glyph_x = pen_x;
           }
-        } else {
-          at = placed_glyphs[i].x / size;
-        }
-        const auto g = uint16_t(placed_glyphs[i].index);
-        font.Use(g, paired ? chars[i] : 0);
-        // Rounding half away from zero, a move of less than 2.5 thousandths
-        // rounds below 3 and is dropped: most glyphs stand within that of
-        // the pen, and are written without rounding anything.
-        if (const double move = -1000 * (at - line_.pen); std::abs(move) >= 2.5) {
-          const double adjust = std::round(move);
-          if (std::abs(adjust) >= 3) {
-            flush();
-            out_ += ')';
-            AppendNumber(out_, adjust, 0);
-            out_ += '(';
-            line_.pen -= adjust / 1000;
+          // The glyph's place on the line, in em.
+          double at;
+          if (plain) {
+            const double x = base_x + glyph_x;
+            at = (x - line_.x) / size;
+            if (off || std::abs(at - line_.advances) > kFarAway) {
+              flush();
+              OpenLine(1, 0, 0, 1, x, base_y);
+              off = off_line();
+              at = 0;
+            }
+          } else {
+            at = glyph_x / size;
+          }
+          uint16_t g;
+          if constexpr (decltype(from_file)::value) {
+            g = own[i].glyph;
+            font.Use(g, own[i].c);
+          } else {
+            g = uint16_t(positions[i].index);
+            font.Use(g, paired ? chars_[i] : 0);
+          }
+          // Rounding half away from zero, a move of less than 2.5 thousandths
+          // rounds below 3 and is dropped: most glyphs stand within that of
+          // the pen, and are written without rounding anything.
+          if (const double move = -1000 * (at - line_.pen); std::abs(move) >= 2.5) {
+            const double adjust = std::round(move);
+            if (std::abs(adjust) >= 3) {
+              flush();
+              out_ += ')';
+              AppendNumber(out_, adjust, 0);
+              out_ += '(';
+              line_.pen -= adjust / 1000;
+            }
+          }
+          if (nbytes + 4 > sizeof bytes) flush();
+          nbytes += GlyphBytes(g, bytes + nbytes);
+          double advance;
+          if constexpr (decltype(from_file)::value) {
+            advance = double(own[i].units) * per_unit;
+            if constexpr (!decltype(placed)::value)
+              pen_x += Glyphs::Advance(own[i].units, run_size, per_unit);
+          } else {
+            advance = font.Width(g) / 1000;
+          }
+          line_.pen += advance;
+          line_.advances += advance;
+          if (++line_.batch == kBatch) {
+            line_.batch = 0;
+            line_.advances = line_.pen;
           }
         }
-        if (nbytes + 4 > sizeof bytes) flush();
-        nbytes += GlyphBytes(g, bytes + nbytes);
-        const double advance =
-            placed_units ? double(placed_units[i]) * per_unit : font.Width(g) / 1000;
-        line_.pen += advance;
-        line_.advances += advance;
-        if (++line_.batch == kBatch) {
-          line_.batch = 0;
-          line_.advances = line_.pen;
-        }
+      };
+      if (!own) {
+        write(std::false_type{}, std::true_type{});
+      } else if (positions) {
+        write(std::true_type{}, std::true_type{});
+      } else {
+        write(std::true_type{}, std::false_type{});
       }
       flush();
       if (!plain) CloseLine();
