@@ -544,8 +544,14 @@ class PdfPainter {
       // face, cairo), made for each: a long list writes millions of glyphs,
       // nearly all the first way, and the glyph's place is then added up
       // here rather than written down and read back.
+      //
+      // The open line's pen is followed in locals, and line_ brought up to
+      // date where the line is opened and once the run is written: kept in
+      // the painter, it went to memory and back at every glyph.
       const auto write = [&](auto from_file, auto placed) {
         double pen_x = 0;  // the glyph's place from the file's advances
+        double line_x = line_.x, pen = line_.pen, advances = line_.advances;
+        int batch = line_.batch;
         for (size_t i = 0; i < count; ++i) {
           double glyph_x;
           if constexpr (decltype(placed)::value) {
@@ -557,12 +563,16 @@ class PdfPainter {
           double at;
           if (plain) {
             const double x = base_x + glyph_x;
-            at = (x - line_.x) / size;
-            if (off || std::abs(at - line_.advances) > kFarAway) {
+            at = (x - line_x) / size;
+            if (off || std::abs(at - advances) > kFarAway) {
               flush();
               OpenLine(1, 0, 0, 1, x, base_y);
               off = off_line();
               at = 0;
+              line_x = line_.x;
+              pen = line_.pen;
+              advances = line_.advances;
+              batch = line_.batch;
             }
           } else {
             at = glyph_x / size;
@@ -578,18 +588,25 @@ class PdfPainter {
           // Rounding half away from zero, a move of less than 2.5 thousandths
           // rounds below 3 and is dropped: most glyphs stand within that of
           // the pen, and are written without rounding anything.
-          if (const double move = -1000 * (at - line_.pen); std::abs(move) >= 2.5) {
+          if (const double move = -1000 * (at - pen); std::abs(move) >= 2.5) {
             const double adjust = std::round(move);
             if (std::abs(adjust) >= 3) {
               flush();
               out_ += ')';
               AppendNumber(out_, adjust, 0);
               out_ += '(';
-              line_.pen -= adjust / 1000;
+              pen -= adjust / 1000;
             }
           }
           if (nbytes + 4 > sizeof bytes) flush();
-          nbytes += GlyphBytes(g, bytes + nbytes);
+          if (g < 0x100 && !kEscaped[g]) {
+            // Nearly every glyph, written here as GlyphBytes writes it.
+            bytes[nbytes] = 0;
+            bytes[nbytes + 1] = char(g);
+            nbytes += 2;
+          } else {
+            nbytes += GlyphBytes(g, bytes + nbytes);
+          }
           double advance;
           if constexpr (decltype(from_file)::value) {
             advance = double(own[i].units) * per_unit;
@@ -598,13 +615,16 @@ class PdfPainter {
           } else {
             advance = font.Width(g) / 1000;
           }
-          line_.pen += advance;
-          line_.advances += advance;
-          if (++line_.batch == kBatch) {
-            line_.batch = 0;
-            line_.advances = line_.pen;
+          pen += advance;
+          advances += advance;
+          if (++batch == kBatch) {
+            batch = 0;
+            advances = pen;
           }
         }
+        line_.pen = pen;
+        line_.advances = advances;
+        line_.batch = batch;
       };
       if (!own) {
         write(std::false_type{}, std::true_type{});
