@@ -482,7 +482,10 @@ class PdfPainter {
     const double ref_x = Pt(t.x), ref_y = height_ - Pt(t.top);
     if (count > 0) {
       // A style the open line does not have ends it.
-      const double size = std::round(double(t.size_pt) * 10000) / 10000;
+      // Runs of a page nearly all share a size: rounded once for them.
+      if (t.size_pt != rounded_.size_pt || !rounded_.known)
+        rounded_ = {true, t.size_pt, std::round(double(t.size_pt) * 10000) / 10000};
+      const double size = rounded_.size;
       if (!plain || state_.font != resource || state_.size != size || state_.fill != t.color ||
           (state_.render_mode == 2) != face.synthetic_bold)
         CloseLine();
@@ -764,6 +767,12 @@ class PdfPainter {
   std::map<const Image*, size_t> image_numbers_;
   std::vector<std::shared_ptr<const Image>> images_;  // by resource number
 
+  // The size of the last run drawn, as the contents write it.
+  struct RoundedSize {
+    bool known = false;
+    float size_pt = 0;
+    double size = 0;
+  } rounded_;
   std::string out_;
   std::u32string chars_;  // the characters of the run being drawn
   State state_;
