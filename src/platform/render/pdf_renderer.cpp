@@ -535,6 +535,8 @@ class PdfPainter {
       // thousand), without dividing twice a glyph.
       const double per_unit = own ? 1.0 / font.units_per_em() : 0;
       const double run_size = t.size_pt;
+      if (shown_.size() <= size_t(resource)) shown_.resize(size_t(resource) + 1);
+      std::array<bool, kLatin>& latin_shown = shown_[size_t(resource)];
       const cairo_glyph_t* const positions = glyphs_.Positions();
       // A run lies on one baseline: whether it is off the open line changes
       // only where a line is opened.
@@ -583,7 +585,14 @@ class PdfPainter {
           uint16_t g;
           if constexpr (decltype(from_file)::value) {
             g = own[i].glyph;
-            font.Use(g, own[i].c);
+            // A character the file's tables mapped is marked shown once:
+            // after that its glyph stands for it (or for a character met
+            // before), and EmbeddedFont::Use would change nothing.
+            const char32_t c = own[i].c;
+            if (c >= kLatin || !latin_shown[c]) {
+              font.Use(g, c);
+              if (c < kLatin) latin_shown[c] = true;
+            }
           } else {
             g = uint16_t(positions[i].index);
             font.Use(g, paired ? chars_[i] : 0);
@@ -764,6 +773,10 @@ class PdfPainter {
   std::map<std::string, std::unique_ptr<pdf::EmbeddedFont>> files_;
   std::vector<pdf::EmbeddedFont*> file_of_;  // document font -> its file, null before use
   std::vector<pdf::EmbeddedFont*> fonts_;  // by resource number
+  // By resource number, the characters below kLatin already marked shown
+  // in the font as the file's tables map them.
+  static constexpr char32_t kLatin = 256;
+  std::vector<std::array<bool, kLatin>> shown_;
   std::map<const Image*, size_t> image_numbers_;
   std::vector<std::shared_ptr<const Image>> images_;  // by resource number
 
