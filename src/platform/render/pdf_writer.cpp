@@ -46,6 +46,25 @@ constexpr char kPairs[] =
     "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
     "8081828384858687888990919293949596979899";
 
+// Writes the whole number `u` backwards, ending at `end`, two digits at a
+// time; returns where it begins.
+template <typename U>
+char* WholeBackwards(char* end, U u) {
+  char* p = end;
+  while (u >= 100) {
+    p -= 2;
+    std::memcpy(p, kPairs + (u % 100) * 2, 2);
+    u /= 100;
+  }
+  if (u >= 10) {
+    p -= 2;
+    std::memcpy(p, kPairs + u * 2, 2);
+  } else {
+    *--p = char('0' + u);
+  }
+  return p;
+}
+
 // WriteScaled for ten-thousandths below 2^32 either way, the moves and
 // positions of every line of text on a page: the whole part two digits at
 // a time, the fraction as two pairs of digits trimmed of their trailing
@@ -53,24 +72,12 @@ constexpr char kPairs[] =
 char* WriteTenThousandths(char* to, int64_t n) {
   if (n < 0) *to++ = '-';
   const auto u = uint32_t(n < 0 ? -n : n);
-  uint32_t whole = u / 10000;
   const uint32_t fraction = u % 10000;
   // The whole part (six digits at most), backwards into a buffer and then
   // copied eight bytes at once; the caller's room holds them.
   char digits[16] = {};
   char* const end = digits + 8;
-  char* p = end;
-  while (whole >= 100) {
-    p -= 2;
-    std::memcpy(p, kPairs + (whole % 100) * 2, 2);
-    whole /= 100;
-  }
-  if (whole >= 10) {
-    p -= 2;
-    std::memcpy(p, kPairs + whole * 2, 2);
-  } else {
-    *--p = char('0' + whole);
-  }
+  const char* const p = WholeBackwards(end, u / 10000);
   std::memcpy(to, p, 8);
   to += end - p;
   if (fraction == 0) return to;
@@ -110,17 +117,7 @@ char* WriteScaled(char* to, int64_t n, int decimals) {
     for (int i = 0; i < decimals; ++i, u /= 10) *--p = char('0' + u % 10);
     *--p = '.';
   }
-  while (u >= 100) {
-    p -= 2;
-    std::memcpy(p, kPairs + (u % 100) * 2, 2);
-    u /= 100;
-  }
-  if (u >= 10) {
-    p -= 2;
-    std::memcpy(p, kPairs + u * 2, 2);
-  } else {
-    *--p = char('0' + u);
-  }
+  p = WholeBackwards(p, u);
   std::memcpy(to, p, size_t(end - p));
   return to + (end - p);
 }
