@@ -103,6 +103,12 @@ class Glyphs {
   // there are; `file` is its font's file.
   size_t Of(const TextRun& t, pdf::EmbeddedFont& file) {
     const FontFace& face = fonts_[t.font];
+    ascii_ = face.synthetic_bold ? nullptr : Ascii(t.text, file);
+    if (ascii_) {
+      own_ = true;
+      positions_ = false;
+      return t.text.size();
+    }
     own_ = Own(t, face, file);
     if (own_) return count_;
     out_.clear();
@@ -124,7 +130,12 @@ class Glyphs {
   // The glyphs of the last Of as the file's tables placed them (its text
   // was then well-formed UTF-8 of the Basic Multilingual Plane, as
   // pdf::DecodeUtf8 reads it too); null when cairo placed them.
-  const Placed* Own() const { return own_ ? placed_.data() : nullptr; }
+  const Placed* Own() const { return own_ && !ascii_ ? placed_.data() : nullptr; }
+  // The glyphs of the ASCII characters as the file's tables map them, by
+  // character, when the last Of was of ASCII text that they all map and
+  // that is set one glyph after another: glyph i of the run is then the
+  // entry of its i-th byte, and Own's table was not written.
+  const Placed* AsciiGlyphs() const { return ascii_; }
   // The glyphs of the last Of with their positions, where they do not
   // simply follow one another by their advances (cairo placed them, or the
   // face is emboldened); null where they do: glyph i then sits at the sum
@@ -138,6 +149,39 @@ class Glyphs {
   }
 
  private:
+  // The table of `file`'s ASCII glyphs when every byte of `text` is an
+  // ASCII character the file maps (as Own would map them), else null. Most
+  // runs of a list are such text: one look at each byte tells, and the
+  // glyphs are read from the table as they are written.
+  const Placed* Ascii(std::string_view text, pdf::EmbeddedFont& file) {
+    if (&file != ascii_file_) {
+      ascii_file_ = &file;
+      ascii_table_ = nullptr;
+      const unsigned units = file.units_per_em();
+      if (units == 0 || (units & (units - 1)) != 0) return nullptr;
+      auto it = std::find_if(ascii_tables_.begin(), ascii_tables_.end(),
+                             [&](const auto& known) { return known.first == &file; });
+      if (it == ascii_tables_.end()) {
+        auto table = std::make_unique<std::array<Placed, 128>>();
+        // NUL maps to nothing here, as Own takes it.
+        (*table)[0] = Placed{0, 0, 0};
+        for (char32_t c = 1; c < 128; ++c) {
+          const pdf::EmbeddedFont::Mapped m = file.Map(c);
+          (*table)[c] = Placed{m.glyph, m.advance, c};
+        }
+        it = ascii_tables_.emplace(ascii_tables_.end(), &file, std::move(table));
+      }
+      ascii_table_ = it->second->data();
+    }
+    if (!ascii_table_) return nullptr;
+    bool mapped = true;
+    for (const char byte : text) {
+      const auto b = static_cast<unsigned char>(byte);
+      mapped = mapped && b < 0x80 && ascii_table_[b].glyph != 0;
+    }
+    return mapped ? ascii_table_ : nullptr;
+  }
+
   // Maps `t` through the file's tables into placed_, and for an emboldened
   // face places it into out_; false when the tables do not serve.
   //
@@ -192,6 +236,12 @@ class Glyphs {
   float size_ = 0;
   std::vector<cairo_glyph_t> out_;
   std::vector<Placed> placed_;
+  // The ASCII glyphs of each font file met (Ascii), the last one's at hand.
+  std::vector<std::pair<const pdf::EmbeddedFont*, std::unique_ptr<std::array<Placed, 128>>>>
+      ascii_tables_;
+  const pdf::EmbeddedFont* ascii_file_ = nullptr;
+  const Placed* ascii_table_ = nullptr;
+  const Placed* ascii_ = nullptr;  // the last run's, when Ascii placed it
   size_t count_ = 0;  // the glyphs of the last run the file's tables placed
   bool own_ = false;
   bool positions_ = false;  // out_ holds the last run's glyphs
@@ -462,8 +512,11 @@ class PdfPainter {
     // placer sets one glyph per character, so the two line up unless the
     // text was not plain UTF-8.
     const Glyphs::Placed* const own = glyphs_.Own();
-    if (!own) pdf::DecodeUtf8(t.text, chars_);
-    const bool paired = own || chars_.size() == count;
+    const Glyphs::Placed* const ascii = glyphs_.AsciiGlyphs();
+    const auto* const text = reinterpret_cast<const unsigned char*>(t.text.data());
+    const bool from_file = own || ascii;
+    if (!from_file) pdf::DecodeUtf8(t.text, chars_);
+    const bool paired = from_file || chars_.size() == count;
     const bool plain = !t.clip && t.angle == 0 && !t.underline && !face.synthetic_italic;
 
     if (t.clip) {
@@ -533,7 +586,7 @@ class PdfPainter {
       // em a power of two, units times the inverse of the em is the very
       // double the widths give (thousandths of units over the em, over a
       // thousand), without dividing twice a glyph.
-      const double per_unit = own ? 1.0 / font.units_per_em() : 0;
+      const double per_unit = from_file ? 1.0 / font.units_per_em() : 0;
       const double run_size = t.size_pt;
       if (shown_.size() <= size_t(resource)) shown_.resize(size_t(resource) + 1);
       std::array<bool, kLatin>& latin_shown = shown_[size_t(resource)];
@@ -553,7 +606,7 @@ class PdfPainter {
       // The open line's pen is followed in locals, and line_ brought up to
       // date where the line is opened and once the run is written: kept in
       // the painter, it went to memory and back at every glyph.
-      const auto write = [&](auto from_file, auto placed) {
+      const auto write = [&](auto from_file, auto placed, auto by_byte) {
         double pen_x = 0;  // the glyph's place from the file's advances
         double line_x = line_.x, pen = line_.pen, advances = line_.advances;
         int batch = line_.batch;
@@ -583,12 +636,18 @@ class PdfPainter {
             at = glyph_x / size;
           }
           uint16_t g;
+          const Glyphs::Placed* glyph = nullptr;
+          if constexpr (decltype(by_byte)::value) {
+            glyph = &ascii[text[i]];
+          } else if constexpr (decltype(from_file)::value) {
+            glyph = &own[i];
+          }
           if constexpr (decltype(from_file)::value) {
-            g = own[i].glyph;
+            g = glyph->glyph;
             // A character the file's tables mapped is marked shown once:
             // after that its glyph stands for it (or for a character met
             // before), and EmbeddedFont::Use would change nothing.
-            const char32_t c = own[i].c;
+            const char32_t c = glyph->c;
             if (c >= kLatin || !latin_shown[c]) {
               font.Use(g, c);
               if (c < kLatin) latin_shown[c] = true;
@@ -621,9 +680,9 @@ class PdfPainter {
           }
           double advance;
           if constexpr (decltype(from_file)::value) {
-            advance = double(own[i].units) * per_unit;
+            advance = double(glyph->units) * per_unit;
             if constexpr (!decltype(placed)::value)
-              pen_x += Glyphs::Advance(own[i].units, run_size, per_unit);
+              pen_x += Glyphs::Advance(glyph->units, run_size, per_unit);
           } else {
             advance = font.Width(g) / 1000;
           }
@@ -638,12 +697,14 @@ class PdfPainter {
         line_.advances = advances;
         line_.batch = batch;
       };
-      if (!own) {
-        write(std::false_type{}, std::true_type{});
+      if (!from_file) {
+        write(std::false_type{}, std::true_type{}, std::false_type{});
       } else if (positions) {
-        write(std::true_type{}, std::true_type{});
+        write(std::true_type{}, std::true_type{}, std::false_type{});
+      } else if (ascii) {
+        write(std::true_type{}, std::false_type{}, std::true_type{});
       } else {
-        write(std::true_type{}, std::false_type{});
+        write(std::true_type{}, std::false_type{}, std::false_type{});
       }
       flush();
       if (!plain) CloseLine();
