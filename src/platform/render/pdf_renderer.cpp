@@ -579,6 +579,7 @@ class PdfPainter {
       char bytes[256];
       size_t nbytes = 0;
       auto flush = [&] {
+        if (nbytes == 0) return;  // a run's first glyph opens its line
         out_.append(bytes, nbytes);
         nbytes = 0;
       };
