@@ -61,10 +61,10 @@ struct State {
   double size = 0;
   int render_mode = 0;
   // Inside a text object; its text line matrix a translation to
-  // (line_x, line_y) while upright.
+  // (line_x, line_y) ten-thousandths of a point while upright.
   bool in_text = false;
   bool upright = true;
-  double line_x = 0, line_y = 0;
+  int64_t line_x = 0, line_y = 0;
 };
 
 // The glyphs and positions of the runs as the cairo renderers place them,
@@ -444,9 +444,9 @@ class PdfPainter {
         p = std::copy_n(")] TJ\n", 6, p);
         line_.open = false;
       }
-      p = pdf::WriteScaled(p, e_units - Rounded(state_.line_x * 10000), 4);
+      p = pdf::WriteScaled(p, e_units - state_.line_x, 4);
       *p++ = ' ';
-      p = pdf::WriteScaled(p, f_units - Rounded(state_.line_y * 10000), 4);
+      p = pdf::WriteScaled(p, f_units - state_.line_y, 4);
       p = std::copy_n(" Td\n[(", 6, p);
       out_.append(text, size_t(p - text));
     } else {
@@ -460,8 +460,8 @@ class PdfPainter {
       out_ += "Tm\n[(";
     }
     state_.upright = upright;
-    state_.line_x = e;
-    state_.line_y = f;
+    state_.line_x = e_units;
+    state_.line_y = f_units;
     line_ = TextLine{true, e, f, 0, 0, 0};
   }
 
