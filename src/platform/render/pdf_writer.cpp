@@ -182,21 +182,28 @@ std::string Deflate(std::string_view data, int level) {
 }
 
 struct Deflater::State {
+  int level;
   libdeflate_compressor* compressor = nullptr;
   std::string buffer;
 };
 
+// The compressor is made for the first stream long enough to be
+// compressed: its tables are some hundreds of kilobytes of fresh memory,
+// and a letter or a memo, whose every stream is stored, never needs them.
 Deflater::Deflater(int level) : state_(std::make_unique<State>()) {
-  state_->compressor = libdeflate_alloc_compressor(CompressorLevel(level));
-  if (state_->compressor == nullptr) throw RenderError("Cannot compress a PDF stream");
+  state_->level = CompressorLevel(level);
 }
 
 Deflater::~Deflater() {
-  libdeflate_free_compressor(state_->compressor);
+  if (state_->compressor) libdeflate_free_compressor(state_->compressor);
 }
 
 std::string Deflater::operator()(std::string_view data) {
   if (data.size() < kStoredBelow) return Stored(data);
+  if (!state_->compressor) {
+    state_->compressor = libdeflate_alloc_compressor(state_->level);
+    if (state_->compressor == nullptr) throw RenderError("Cannot compress a PDF stream");
+  }
   // Into a buffer kept from stream to stream, then copied at its size: the
   // pages painted ahead keep their compressed contents until the file is
   // written, and a string cut down to size would keep the room it had.
