@@ -353,6 +353,46 @@ TEST(PdfWriter, StreamsInflateToTheirData) {
   libdeflate_free_decompressor(inflater);
 }
 
+// A document of up to 16 pages keeps its page contents as painted; a
+// longer one compresses every page, the first 16 too, whether its pages
+// were painted ahead or when the file is written.
+TEST(PdfWriter, ShortDocumentsStoreTheirPagesLongerOnesCompressThemAll) {
+  const struct {
+    const char* name;
+    int pages;
+    bool ahead;
+  } cases[] = {{"16 pages painted ahead", 16, true},
+               {"17 pages painted ahead", 17, true},
+               {"16 pages painted at the write", 16, false},
+               {"17 pages painted at the write", 17, false}};
+  const std::string pdf = TempPath("stored.pdf");
+  for (const auto& c : cases) {
+    Document d = SampleDocument();
+    d.pages.clear();
+    if (c.ahead) d.pages.HandOver(PaintPdfAhead(d.fonts, size_t(1) << 30));
+    for (int i = 1; i <= c.pages; ++i) {
+      Page p{Twips(12240), Twips(15840), {}};
+      // Some 6 KB of contents a page, as a page of a list has.
+      for (int line = 0; line < 100; ++line)
+        p.items.push_back(At("Page " + std::to_string(i) + ", line " + std::to_string(line), 1440,
+                             1440 + line * 140));
+      d.pages.push_back(std::move(p));
+      d.pages.Seal(size_t(i - 1));
+    }
+    RenderPdf(d, pdf);
+    const auto size = fs::file_size(pdf);
+    if (c.pages <= 16)
+      EXPECT_GT(size, size_t(c.pages) * 5000) << c.name;
+    else
+      EXPECT_LT(size, size_t(c.pages) * 5000 / 2) << c.name;
+    const std::string text = Shell("pdftotext " + pdf + " -");
+    for (int i = 1; i <= c.pages; ++i)
+      EXPECT_NE(text.find("Page " + std::to_string(i) + ", line 99\n"), std::string::npos)
+          << c.name << ": page " << i;
+  }
+  fs::remove(pdf);
+}
+
 TEST(PdfWriter, AFailedWriteNamesThePathAndLeavesNoFile) {
   Document d = SampleDocument();
   const std::string missing = TempPath("no-such-folder") + "/out.pdf";
