@@ -723,13 +723,16 @@ constexpr size_t kStoredPages = 16;
 // them ends it.
 struct PaintedPage {
   bool painted = false;
-  bool raw = false;  // `contents` as painted, not compressed (kStoredPages)
+  // `contents` as painted, not compressed: a page among the first
+  // kStoredPages, or shorter than pdf::kStoredBelow.
+  bool raw = false;
   Twips width, height;
   std::string contents;  // compressed, when held in memory
   int64_t spilled = -1;  // else their offset in the temporary file
   uint32_t spilled_size = 0;
   std::string added;         // as painted, the text object left open
-  std::string added_packed;  // compressed, the text object ended
+  std::string added_packed;  // the text object ended, compressed unless added_raw
+  bool added_raw = false;    // added_packed shorter than pdf::kStoredBelow, as painted
   State end;                 // the reader's state where `contents` and `added` end
   // Painted and waiting to be compressed (PdfPaintAhead's raw pages): the
   // number its raw contents were queued under, 0 when none wait.
@@ -1133,13 +1136,15 @@ class PdfPaintAhead final : public PageSink {
         page.width = job.width;
         page.height = job.height;
         page.painted = true;
-        if (job.page < kStoredPages) {
+        const std::string& painted = painter_->Paint(job.items, job.height, page.end, true);
+        // A short page is never compressed, so it is kept as painted too.
+        if (job.page < kStoredPages || painted.size() < pdf::kStoredBelow) {
           page.raw = true;
-          Keep(page, painter_->Paint(job.items, job.height, page.end, true));
+          Keep(page, painted);
           break;
         }
         page.waiting = ++queued_;
-        Squeeze raw{job.page, page.waiting, painter_->Paint(job.items, job.height, page.end, true)};
+        Squeeze raw{job.page, page.waiting, painted};
         bool crowded = false;
         {
           std::lock_guard lock(mu_);
@@ -1155,7 +1160,9 @@ class PdfPaintAhead final : public PageSink {
         // file is written.
         if (!page.painted) break;
         page.added += painter_->Paint(job.items, page.height, page.end, true);
-        page.added_packed = Deflate(page.end.in_text ? page.added + "ET\n" : page.added);
+        page.added_packed = page.end.in_text ? page.added + "ET\n" : page.added;
+        page.added_raw = page.added_packed.size() < pdf::kStoredBelow;
+        if (!page.added_raw) page.added_packed = Deflate(page.added_packed);
         break;
       case Job::kForget:
         held_ -= page.contents.size();
@@ -1258,7 +1265,7 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
       const std::string_view painted_contents = ahead->Contents(*painted, read_back);
       if (!painted->raw)
         file.Stream(content, "/Filter /FlateDecode", painted_contents, 0);
-      else if (stored)
+      else if (stored || painted_contents.size() < pdf::kStoredBelow)
         file.Stream(content, "", painted_contents, 0);
       else
         file.Stream(content, "/Filter /FlateDecode", ahead->Deflater()(painted_contents), 0);
@@ -1266,7 +1273,7 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
       int more = 0;
       if (!painted->added.empty()) {
         more = file.Reserve();
-        file.Stream(more, "/Filter /FlateDecode", painted->added_packed, 0);
+        file.Stream(more, painted->added_raw ? "" : "/Filter /FlateDecode", painted->added_packed, 0);
       } else if (painted->end.in_text) {
         // Pages without additions share one stream that ends their text.
         if (!end_text) {
@@ -1282,11 +1289,12 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
       height = page.height;
       const int content = file.Reserve();
       State state;
-      if (stored) {
-        file.Stream(content, "", painter.Paint(page.items, page.height, state), 0);
+      const std::string& painted = painter.Paint(page.items, page.height, state);
+      if (stored || painted.size() < pdf::kStoredBelow) {
+        file.Stream(content, "", painted, 0);
       } else {
         batch_ids.push_back(content);
-        batch.push_back(painter.Paint(page.items, page.height, state));
+        batch.push_back(painted);
         if (batch.size() == kPagesABatch) send_batch();
       }
       contents = std::to_string(content) + " 0 R";
