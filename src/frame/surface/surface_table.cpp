@@ -34,6 +34,16 @@ void PrintSurface::AddTableRow(std::string_view format, std::string_view header,
   LayOutTable(one_call_table_, true);
 }
 
+void PrintSurface::AddTableRows(std::string_view format, std::string_view header,
+                                std::span<std::string> cells, size_t per_row,
+                                std::optional<uint32_t> header_color,
+                                std::optional<uint32_t> body_color) {
+  RequireDrawable("AddTableRows");
+  if (building_table_) throw SurfaceError("AddTableRows between StartTable and EndTable");
+  one_call_table_.AddRows(format, header, cells, per_row, header_color, body_color, style_);
+  LayOutTable(one_call_table_, true);
+}
+
 void PrintSurface::RecordCells(const Table& table) {
   // The cells as the report gave them, for the CSV of the document: the
   // text is already unescaped and composed, and is not yet broken into
