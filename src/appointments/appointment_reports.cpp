@@ -3,7 +3,7 @@
 // the operatory list and the booking diagnostics, and the sections that the
 // host may also call alone; the appointments by patient.
 #include <bit>
-#include <map>
+#include <optional>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -11,6 +11,7 @@
 #include "appointments/appointment_text.h"
 #include "common/common_functions.h"
 #include "common/format.h"
+#include "common/formatted_texts.h"
 #include "common/vbstrings.h"
 #include "frame/preview_form.h"
 #include "frame/reports.h"
@@ -133,27 +134,75 @@ struct PatientCells {
   mutable std::string scratch_;  // the text of a value that is not text
 };
 
-// Format(flag, "Yes/No") for the many rows of one listing: a flag column
-// holds booleans or small whole numbers, and each distinct one is
-// formatted once; any other value is formatted as it comes.
-class YesNoTexts {
+// A value of a listing's column as the key of its printed text: the
+// value's kind and bits, enough to make the same value again. Text and
+// Empty have none.
+using ValueKey = std::pair<VarType, int64_t>;
+
+std::optional<ValueKey> KeyOf(const Variant& v) {
+  switch (const VarType type = v.type()) {
+    case VarType::Null:
+      return ValueKey{type, 0};
+    case VarType::Boolean:
+      return ValueKey{type, v.AsBool() ? 1 : 0};
+    case VarType::Long:
+    case VarType::LongLong:
+      return ValueKey{type, v.AsInteger()};
+    case VarType::Currency:
+      return ValueKey{type, v.AsCurrency().raw()};
+    case VarType::Double:
+      return ValueKey{type, std::bit_cast<int64_t>(v.AsDouble())};
+    case VarType::Date:
+      return ValueKey{type, std::bit_cast<int64_t>(v.AsDate().serial())};
+    default:
+      return std::nullopt;
+  }
+}
+
+Variant ValueOf(const ValueKey& key) {
+  switch (key.first) {
+    case VarType::Boolean:
+      return Variant(key.second != 0);
+    case VarType::Long:
+      return Variant(static_cast<int32_t>(key.second));
+    case VarType::LongLong:
+      return Variant(static_cast<long long>(key.second));
+    case VarType::Currency:
+      return Variant(Currency::FromRaw(key.second));
+    case VarType::Double:
+      return Variant(std::bit_cast<double>(key.second));
+    case VarType::Date:
+      return Variant(DateTime(std::bit_cast<double>(key.second)));
+    default:
+      return Variant::Null();
+  }
+}
+
+// One column's texts for the many rows of a listing (a flag as Yes/No, an
+// estimate, a day): each distinct value is formatted once, and a value
+// that cannot key them (text) is formatted as it comes.
+class ColumnTexts {
  public:
-  const std::string& operator()(const Variant& v) {
-    const VarType type = v.type();
-    if (type == VarType::Boolean || type == VarType::Long || type == VarType::LongLong || type == VarType::Null) {
-      const int64_t value = type == VarType::Boolean ? int64_t(v.AsBool()) : type == VarType::Null ? 0 : v.AsInteger();
-      auto [it, fresh] = texts_.try_emplace({static_cast<int>(type), value});
-      if (fresh) it->second = Format(v, "Yes/No");
-      return it->second;
+  using Format = std::string (*)(const Variant&);
+  explicit ColumnTexts(Format format)
+      : format_(format), texts_([format](const ValueKey& key) { return format(ValueOf(key)); }) {}
+
+  void Append(std::string& out, const Variant& v) {
+    if (const auto key = KeyOf(v)) {
+      out += texts_(*key);
+    } else {
+      out += format_(v);
     }
-    other_ = Format(v, "Yes/No");
-    return other_;
   }
 
  private:
-  std::map<std::pair<int, int64_t>, std::string> texts_;
-  std::string other_;
+  Format format_;
+  FormattedTexts<ValueKey> texts_;
 };
+
+std::string YesNoText(const Variant& v) {
+  return Format(v, "Yes/No");
+}
 
 // The appointments' days from `dtStart` to `dtEnd`, both whole.
 std::string DayBookDays(const DateTime& dtStart, const DateTime& dtEnd) {
@@ -174,35 +223,6 @@ std::string DayBookFrom(const DateTime& dtStart, const DateTime& dtEnd, const st
 }
 
 std::string EstimateText(const Variant& v) { return v.IsNull() ? "N/E" : Format(v, "Currency"); }
-
-// EstimateText for the many rows of one listing: the estimates of a day
-// book are a few amounts over and over, and each distinct one, by its type
-// and value, is formatted once; Null and any other value are formatted as
-// they come.
-class EstimateTexts {
- public:
-  const std::string& operator()(const Variant& v) {
-    const VarType type = v.type();
-    int64_t key = 0;
-    if (type == VarType::Currency) {
-      key = v.AsCurrency().raw();
-    } else if (type == VarType::Double) {
-      key = std::bit_cast<int64_t>(v.AsDouble());
-    } else if (type == VarType::Long || type == VarType::LongLong) {
-      key = v.AsInteger();
-    } else {
-      other_ = EstimateText(v);
-      return other_;
-    }
-    auto [it, fresh] = texts_.try_emplace({static_cast<int>(type), key});
-    if (fresh) it->second = EstimateText(v);
-    return it->second;
-  }
-
- private:
-  std::map<std::pair<int, int64_t>, std::string> texts_;
-  std::string other_;
-};
 
 // The day book and the operatory list walk their rows alike: a date bar
 // when the day changes, a provider bar when the provider does, and one
@@ -337,8 +357,7 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
                   estimate_field = rs["Estimate"];
   const PatientCells patient(rs);
   appointments::TimeTexts times(cf);
-  YesNoTexts yes_no;
-  EstimateTexts estimate_texts;
+  ColumnTexts yes_no(YesNoText), estimate_texts(EstimateText);
   std::string scratch;
   vsp.TextAlign(0);
 
@@ -373,9 +392,9 @@ void clsReports::srptAppointments(DateTime dtStart, DateTime dtEnd, std::string 
     b += "|";
     patient.Append(b);
     b += "|";
-    b += yes_no(confirmed.Value());
+    yes_no.Append(b, confirmed.Value());
     b += "|";
-    b += estimate_texts(estimate);
+    estimate_texts.Append(b, estimate);
     b += ";";
     // A NULL estimate adds nothing: ReturnCur reads it as zero.
     walk.sum = walk.sum + cf.ReturnCur(estimate);
@@ -409,7 +428,7 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
                     confirmed = rs["Confirmed"];
     const PatientCells patient(rs);
     appointments::TimeTexts times(cf);
-    YesNoTexts yes_no;
+    ColumnTexts yes_no(YesNoText);
 
     // The alerts of every patient on the sheet, read at once rather than
     // one statement per appointment, each patient's in the order of the
@@ -486,7 +505,7 @@ void clsReports::srptOperatoryList(std::string ProviderFilter, DateTime dtStart,
       b += "\r\n";
       patient.AppendDetails(b);
       b += '|';
-      b += yes_no(confirmed.Value());
+      yes_no.Append(b, confirmed.Value());
       b += '|';
       // The patient's alerts over the appointment's reason; "N/A" when
       // there is neither.
@@ -528,19 +547,19 @@ void clsReports::srptPlannedAppointmentsList(std::string ProviderFilter, DateTim
                                        "CategoryName", "Units", "HomePhone", "WorkPhone", "WorkExt", "Estimate"});
   const db::Field scheduled = rs["EstScheduleDate"], provider = rs["ProviderName"], estimate = rs["Estimate"];
   const PatientCells patient(rs);
-  const DateFormatter scheduled_day("dddd mmmm d, yyyy");
-  EstimateTexts estimate_texts;
+  // The list is in the order of its days: each day's text is made once.
+  ColumnTexts scheduled_days(
+      [](const Variant& v) { return frame::EscapeCell(Format(v, "dddd mmmm d, yyyy")); });
+  ColumnTexts estimate_texts(EstimateText);
   std::string body, scratch;
   while (!rs.Eof()) {
-    scratch.clear();
-    scheduled_day.Append(scheduled.Value(), scratch);
-    frame::AppendEscapedCell(body, scratch);
+    scheduled_days.Append(body, scheduled.Value());
     body += "\r\n";
     AppendText(body, provider, scratch);
     body += "|";
     patient.Append(body);
     body += "|";
-    body += estimate_texts(estimate.Value());
+    estimate_texts.Append(body, estimate.Value());
     body += ";";
     RaiseProgress(rs);
     rs.MoveNext();
@@ -579,7 +598,11 @@ void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateT
     const db::Field complete_field = rs["Complete"], total = rs["TotalAmount"], posted = rs["DatePosted"],
                     first_name = rs["PatientFirstName"], last_name = rs["PatientLastName"],
                     provider = rs["Provider"], user = rs["UserName"], notes = rs["Notes"];
-    const DateFormatter posted_day("mmm, d, yyyy");
+    // A provider's plans come in the order of their days, and their totals
+    // are a few fees over and over: each distinct text is made once.
+    ColumnTexts posted_days(
+        [](const Variant& v) { return frame::EscapeCell(Format(v, "mmm, d, yyyy")); });
+    ColumnTexts totals([](const Variant& v) { return Format(v, "Currency"); });
     std::string body, scratch;
     long done = 0, open = 0;
     Currency done_sum, open_sum;
@@ -594,9 +617,7 @@ void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateT
         ++open;
         open_sum = open_sum + amount;
       }
-      scratch.clear();
-      posted_day.Append(posted.Value(), scratch);
-      frame::AppendEscapedCell(body, scratch);
+      posted_days.Append(body, posted.Value());
       body += '|';
       AppendText(body, first_name, scratch);
       body += ' ';
@@ -604,7 +625,7 @@ void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateT
       body += '|';
       AppendText(body, provider, scratch);
       body += '|';
-      body += Format(total_value, "Currency");
+      totals.Append(body, total_value);
       body += complete ? "|C|" : "|I|";
       AppendText(body, user, scratch);
       body += '|';

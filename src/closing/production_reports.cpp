@@ -9,14 +9,16 @@
 // their positive code (closing/code_ranges.h).
 #include <algorithm>
 #include <map>
+#include <numeric>
+#include <optional>
 #include <stdexcept>
-#include <unordered_map>
 #include <vector>
 
 #include "closing/code_ranges.h"
 #include "common/common_functions.h"
 #include "common/errors.h"
 #include "common/format.h"
+#include "common/formatted_texts.h"
 #include "common/report_math.h"
 #include "common/vbstrings.h"
 #include "frame/preview_form.h"
@@ -58,17 +60,7 @@ std::string Money(Currency c) { return Format(Variant(c), "Currency"); }
 
 // The fee texts of a list's lines: most lines of a code, or of a provider's
 // day, bill one of a few fees, and each amount is formatted once.
-class MoneyTexts {
- public:
-  void Append(std::string& out, Currency c) {
-    auto [it, added] = texts_.try_emplace(c.raw());
-    if (added) it->second = Money(c);
-    out += it->second;
-  }
-
- private:
-  std::unordered_map<int64_t, std::string> texts_;
-};
+using MoneyTexts = FormattedTexts<Currency>;
 
 // Totals print with brackets for negatives and without a currency sign.
 std::string TotalFigure(Currency c) {
@@ -159,7 +151,9 @@ void ProductionByPerson(clsReports& r, bool byOverseer, DateTime dtStart, DateTi
   const std::string blank_row = byOverseer ? "|||||||;" : "||||||;";
 
   Currency overall, overall_lab;
-  MoneyTexts money_texts;
+  MoneyTexts money_texts(Money);
+  // The day cell of a line: its day alone, whatever its time.
+  const DateFormatter day_format("mmm/dd/yyyy");
   while (!people.Eof()) {
     db::Recordset lines = people["rptProceduresByCodeDetails"].Chapter();
     if (!lines.Eof()) {
@@ -177,31 +171,41 @@ void ProductionByPerson(clsReports& r, bool byOverseer, DateTime dtStart, DateTi
       Currency total, lab;
       long count = 0;
       std::string body;
-      // The day of the row before, and its cell: the rows of one day
-      // format it once.
-      std::string last_day_key, day_cell;
-      bool last_was_date = false;
+      // The day cell of the row before: the rows of one day share it.
+      std::string day_cell, next_day_cell, scratch;
+      const db::Field day_field = lines[byDate == 1 ? "Date" : "EntryDate"],
+                      code_field = lines["Code"], cost_field = lines["Cost"],
+                      first_name = lines["PatientFirstName"], last_name = lines["PatientLastName"],
+                      invoice = lines["Invoice#"], tooth = lines["Tooth#"],
+                      surface = lines["Surface"];
+      const std::optional<db::Field> provider =
+          byOverseer ? std::optional<db::Field>(lines["ProviderName"]) : std::nullopt;
+      auto text = [&](const db::Field& f) {
+        frame::AppendEscapedCell(body, f.Text(scratch));
+        body += '|';
+      };
       while (!lines.Eof()) {
-        const Variant day = lines[byDate == 1 ? "Date" : "EntryDate"].Value();
-        const std::string code = cf.returnStr(lines["Code"].Value(), true);
-        const Currency cost = cf.ReturnCur(lines["Cost"].Value());
+        const std::string code = cf.returnStr(code_field.Value(), true);
+        const Currency cost = cf.ReturnCur(cost_field.Value());
         // A new day starts after an empty row, so each day reads as a block.
-        std::string day_key = Format(day, "yyyymmdd");
-        const bool same_day = day_key == last_day_key;
-        if (!body.empty() && !same_day) body += blank_row;
-        if (!(same_day && last_was_date && day.IsDate()))
-          day_cell = EscapeCell(Format(day, "mmm/dd/yyyy"));
-        last_day_key = std::move(day_key);
-        last_was_date = day.IsDate();
-        body += day_cell + "|" + EscapeCell(code) + "|" +
-                EscapeCell(cf.returnStr(lines["PatientFirstName"].Value()) + " " +
-                           cf.returnStr(lines["PatientLastName"].Value())) +
-                "|";
-        if (byOverseer) body += EscapeCell(cf.returnStr(lines["ProviderName"].Value())) + "|";
-        body += EscapeCell(cf.returnStr(lines["Invoice#"].Value())) + "|" +
-                EscapeCell(cf.returnStr(lines["Tooth#"].Value())) + "|" +
-                EscapeCell(cf.returnStr(lines["Surface"].Value())) + "|";
-        money_texts.Append(body, cost);
+        next_day_cell.clear();
+        day_format.Append(day_field.Value(), next_day_cell);
+        if (next_day_cell != day_cell) {
+          if (!body.empty()) body += blank_row;
+          day_cell.swap(next_day_cell);
+        }
+        frame::AppendEscapedCell(body, day_cell);
+        body += '|';
+        frame::AppendEscapedCell(body, code);
+        body += '|';
+        frame::AppendEscapedCell(body, first_name.Text(scratch));
+        body += ' ';
+        text(last_name);
+        if (provider) text(*provider);
+        text(invoice);
+        text(tooth);
+        text(surface);
+        body += money_texts(cost);
         body += ';';
         total += cost;
         if (closing::IsLabCode(code)) lab += cost;
@@ -498,27 +502,33 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
       ") AND STATUS <> 'In Progress' AND Code <> '-00100'" +
       AndProviders(ProviderFilter, "InvoiceDetails.ProviderID");
   struct Line {
-    // The sort keys, made once per line: the date with its time as a
-    // serial (0 for none) and the provider's name in lower case.
+    // The sort keys: the date with its time as a serial (0 for none) and
+    // the provider, as the place of the provider's name in lower case
+    // among the names of the lines' providers (see `provider_keys`).
     double day;
-    std::string provider_key, cells;
+    size_t provider;
+    std::string cells;
     Currency cost;
     int counts;  // +1 a procedure, -1 a cancelled one, 0 a reversal
   };
+  // The lines of a period name a handful of providers: each name is put in
+  // lower case once, and a line holds the number of its provider's name,
+  // made the name's place in their order before the lines are sorted.
+  std::map<std::string, size_t, std::less<>> provider_of;  // a name as stored -> its number
+  std::vector<std::string> provider_keys;                  // by number, in lower case
   std::map<std::string, std::vector<Line>> by_code;
   // The lines of a month fall on a few dozen days: each day's text is
   // formatted once (the format shows the day alone, not the time).
-  std::unordered_map<double, std::string> day_texts;
+  FormattedTexts<double> day_texts(
+      [](const double& day) { return EscapeCell(Format(Variant(DateTime(day)), "mmm/dd/yyyy")); });
   auto append_day = [&](std::string& out, const Variant& date) {
-    if (!date.IsDate()) {
+    if (date.IsDate()) {
+      out += day_texts(date.AsDate().DatePart().serial());
+    } else {
       out += EscapeCell(Format(date, "mmm/dd/yyyy"));
-      return;
     }
-    auto [it, added] = day_texts.try_emplace(date.AsDate().DatePart().serial());
-    if (added) it->second = EscapeCell(Format(date, "mmm/dd/yyyy"));
-    out += it->second;
   };
-  MoneyTexts money_texts;
+  MoneyTexts money_texts(Money);
   auto read = [&](const std::string& sql, bool cancelling) {
     db::Recordset rs = Open(sql);
     const db::Field code_field = rs["Code"], cost_field = rs["Cost"],
@@ -542,7 +552,13 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
       text(l.cells, first_name);
       l.cells += ' ';
       text(l.cells, last_name);
-      l.provider_key = vb::LCase(last_name.Text(scratch));
+      const std::string_view provider_name = last_name.Text(scratch);
+      auto provider = provider_of.find(provider_name);
+      if (provider == provider_of.end()) {
+        provider = provider_of.emplace(std::string(provider_name), provider_keys.size()).first;
+        provider_keys.push_back(vb::LCase(provider_name));
+      }
+      l.provider = provider->second;
       l.cells += '|';
       text(l.cells, patient_first);
       l.cells += ' ';
@@ -556,7 +572,7 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
       l.cells += '|';
       text(l.cells, surface);
       l.cells += '|';
-      money_texts.Append(l.cells, cost);
+      l.cells += money_texts(cost);
       by_code[std::string(closing::PositiveCode(code))].push_back(std::move(l));
       rs.MoveNext();
     }
@@ -582,14 +598,26 @@ void clsReports::srptProductionByCode(DateTime dtStart, DateTime dtEnd, std::str
   }
   fee_codes.Close();
 
+  // Each provider's number becomes its name's place in lower case; names
+  // alike but for case share a place, so their lines keep their order.
+  std::vector<size_t> order(provider_keys.size()), place(provider_keys.size());
+  std::iota(order.begin(), order.end(), size_t{0});
+  std::sort(order.begin(), order.end(),
+            [&](size_t a, size_t b) { return provider_keys[a] < provider_keys[b]; });
+  for (size_t i = 0; i < order.size(); ++i) {
+    const bool alike = i > 0 && provider_keys[order[i]] == provider_keys[order[i - 1]];
+    place[order[i]] = i == 0 ? 0 : place[order[i - 1]] + (alike ? 0 : 1);
+  }
+
   const std::string date_header = byDate == 1 ? "Treatment Date" : "Entry Date";
   Currency grand, grand_lab;
   size_t done = 0;
   for (auto& [code, lines] : by_code) {
     // In each code, by date and then by the provider's name.
+    for (Line& l : lines) l.provider = place[l.provider];
     std::stable_sort(lines.begin(), lines.end(), [](const Line& a, const Line& b) {
       if (a.day != b.day) return a.day < b.day;
-      return a.provider_key < b.provider_key;
+      return a.provider < b.provider;
     });
     std::string body;
     Currency total;

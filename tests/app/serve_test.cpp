@@ -274,6 +274,19 @@ TEST_F(Serve, RunsEndWithTheCommandLinesDocument) {
   ASSERT_EQ(linked->status, 200) << linked->body;
   EXPECT_EQ(PdfTextOfBytes(linked->body, dir, "linked"),
             CommandLineText(Db(), dir, "aged", "rptAccountsReceivable '' '' '' desk"));
+  // Providers as the picker writes them pass without --allow-filters, and
+  // the run prints those two and nobody else.
+  auto picked = c.Get(
+      "/run/rptAccountsReceivable?Comments=&txtProvFilter=ID%20%3D%203%20OR%20ID%20%3D%204"
+      "&txtInvFilter=");
+  ASSERT_TRUE(picked);
+  ASSERT_EQ(picked->status, 200) << picked->body;
+  const std::string picked_text = PdfTextOfBytes(picked->body, dir, "picked");
+  EXPECT_EQ(picked_text, CommandLineText(Db(), dir, "aged-picked",
+                                         "rptAccountsReceivable '' 'ID = 3 OR ID = 4' '' desk"));
+  EXPECT_NE(picked_text.find("Odette Holloway"), std::string::npos) << picked_text;
+  EXPECT_NE(picked_text.find("Maren Northcott"), std::string::npos) << picked_text;
+  EXPECT_EQ(picked_text.find("Priya Vance"), std::string::npos) << picked_text;
 }
 
 TEST_F(Serve, BadInputIsRefusedBesideItsField) {

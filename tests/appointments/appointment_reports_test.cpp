@@ -79,9 +79,6 @@ class AppointmentReports : public ReportTest {
     if (IsSkipped() || HasFatalFailure()) return;
     reports.OfficeID = 1;
   }
-  // Where `what` stands in the document, npos when it does not.
-  size_t At(const std::string& what) const { return Text().find(what); }
-  bool Has(const std::string& what) const { return At(what) != std::string::npos; }
   // Runs a section inside a document of its own, as the host does.
   template <class F>
   void InDocument(F&& section) {

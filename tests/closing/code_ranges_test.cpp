@@ -36,14 +36,14 @@ TEST(CodeRange, ReversalsBelongWithTheirPositiveCode) {
   for (const Case& c : cases) EXPECT_EQ(CodeInRange(c.code, c.range), c.in) << c.name;
 }
 
+// (A code that is no number and a range upside down, refused with their
+// messages: ProductionRun.BadInputIsRefusedBeforeDrawing.)
 TEST(CodeRange, TypedCodesAreCheckedAndPadded) {
   EXPECT_EQ(NormaliseCodeRange("", "").from, "00000");
   EXPECT_EQ(NormaliseCodeRange("", "").to, "99999");
   EXPECT_EQ(NormaliseCodeRange(" 1000", "9999").from, "01000");
   EXPECT_EQ(NormaliseCodeRange(" 1000", "9999").to, "09999");
-  EXPECT_THROW(NormaliseCodeRange("abc", ""), std::invalid_argument);
   EXPECT_THROW(NormaliseCodeRange("123456", ""), std::invalid_argument);
-  EXPECT_THROW(NormaliseCodeRange("20000", "10000"), std::invalid_argument);
 }
 
 using CodeRangeOnEngine = ProductionTest;

@@ -40,8 +40,8 @@ TEST_F(ProductionSections, ByDateChoosesTheDateThatDecides) {
     const char* overall;
   };
   const Case cases[] = {
-      // Line 71 was treated on 10-28 and entered on 11-02.
-      {"entry date", 0, "Total($): $410.00", "Production Total 440.00"},
+      // Line 71 was treated on 10-28 and entered on 11-02 (by entry date:
+      // ByProviderCountsReversalsInTheFeeButNotAsProcedures).
       {"treatment date", 1, "Total($): $310.00", "Production Total 340.00"},
       // No date term: every line of a provider, whenever. February adds
       // Bell 830, Hill 70 (lab -20), Stone 30; March Ng 100 + 80 (the line
@@ -152,6 +152,32 @@ TEST_F(ProductionSections, ByCodeUndoesACancellationInItsPeriod) {
   EXPECT_TRUE(Has("Grand Total: Production Total (20.00) Lab Total 0.00")) << Text();
 }
 
+// Two providers whose names sort apart only when case is set aside,
+// each with a scaling of the same day; Dubois's line is read first.
+class ProductionByCodeProviders : public ProductionTest {
+ protected:
+  void SetUp() override {
+    SetUpWith(R"sql(
+INSERT INTO Employees (ID, LastName, FirstName, FullName, TypeID) VALUES
+ (61, 'de Vries', 'Jan', 'Jan de Vries', 3), (62, 'Dubois', 'Luc', 'Luc Dubois', 3);
+INSERT INTO Invoices (ID, [Invoice#], PatientID, ProviderID, OverseerID, [Date], [Complete?],
+  Cancelled, CancellationDate, InvoiceTotal) VALUES
+ (761, 7601, 1, 62, NULL, '2026-11-12 00:00:00', 1, NULL, NULL, 10),
+ (762, 7602, 1, 61, NULL, '2026-11-12 00:00:00', 1, NULL, NULL, 10);
+INSERT INTO InvoiceDetails (ID, InvoiceID, Code, Cost, Status, [Date], EntryDate, ProviderID) VALUES
+ (761, 761, '11101', 10, 'Complete', '2026-11-12 09:00:00', '2026-11-12 00:00:00', 62),
+ (762, 762, '11101', 10, 'Complete', '2026-11-12 09:00:00', '2026-11-12 00:00:00', 61);
+)sql");
+  }
+};
+
+// Within a day the lines run by the provider's last name, whatever its case.
+TEST_F(ProductionByCodeProviders, LinesOfADayRunByProviderName) {
+  InDocument([&] { reports.srptProductionByCode(Nov(1), Nov(30), "", "11000", "11999", 0); });
+  EXPECT_TRUE(
+      InOrder(Text(), {"Jan de Vries", "7602 Nov/12/2026", "Luc Dubois", "7601 Nov/12/2026"}));
+}
+
 TEST_F(ProductionSections, SummaryTakesAdjustmentsAsStoredAndFeesWithoutStatus) {
   InDocument([&] { reports.srptProductionSummary(Nov(1), Nov(30), "ID = 1 OR ID = 2", 0); });
   // Moreau (invoices 701, 704, 705, 706). Lab 200. The fee query has no
@@ -189,6 +215,7 @@ TEST_F(ProductionSections, BordersAndWideTotals) {
   InDocument([&] { reports.srptProductionByCategory(Nov(1), Nov(30), "", "", "", 0); });
   EXPECT_EQ(form.VSP.TableBorder(), 1);
 
+  // A million and more takes the wider cell and stays on one line.
   InDocument([&] {
     reports.PrintProductionTotals(Currency::FromDecimalText("1234567.5"),
                                   Currency::FromDecimalText("-12"), false);

@@ -70,8 +70,7 @@ TEST_F(SummaryAnalysis, DayRowsOfAllPaymentsMoveACreditWhenItIsApplied) {
 
   // Bell alone: he took the 100 in on 02-12 and lost 60 of it to Hill on
   // 02-14; his net payments are what he took in.
-  form.VSP.KillDoc();
-  form.VSP.StartDoc();
+  NewDocument();
   Run("ID = 11", 0, false);
   EXPECT_EQ(LineWith("- - - -"), "- - - - - - - - 40.00");
   EXPECT_EQ(LineWith("02/14/2026"), "02/14/2026 0.00 0.00 0.00 0.00 -60.00 0.00 -60.00 580.00");
@@ -98,8 +97,7 @@ TEST_F(SummaryAnalysis, OpeningPlusTheDayRowsIsTheClosingReceivable) {
     for (bool by_allocated : {true, false}) {
       SCOPED_TRACE(std::string(c.filter) + " view " + std::to_string(c.view) + " from " +
                    std::to_string(c.from) + (by_allocated ? " by allocated" : " all payments"));
-      form.VSP.KillDoc();
-      form.VSP.StartDoc();
+      NewDocument();
       Run(c.filter, c.view, by_allocated, c.from);
       Currency opening, closing;
       reports.srptOpeningReceivable(Feb(c.from), Feb(28), SummaryFilters(c.filter, c.view),

@@ -64,6 +64,7 @@ TEST(CStr, TextOfEachKind) {
   EXPECT_EQ(CStr(true), "True");
   EXPECT_EQ(CStr(DateTime(36951.0)), "2001-03-01");
   EXPECT_EQ(CStr(DateTime(36951.5)), "2001-03-01 12:00:00 PM");
+  EXPECT_EQ(CStr(DateTime(0.0)), "12:00:00 AM");  // the base day prints its time alone
   EXPECT_THROW(CStr(Variant::Null()), NullError);
 }
 

@@ -165,7 +165,8 @@ std::unique_ptr<LookupBatcher::Batch> LookupBatcher::Build(const sql::BatchedLoo
       batch->empty_row.push_back(lookup.count_columns[i] ? ValueOfKind(Variant::Int64(0), batch->fields[i].kind)
                                                          : Variant::Null());
   }
-  // Rows come ordered by the key; a NULL key matches no "=" and is dropped.
+  // A plain lookup's rows come ordered by the key, an aggregate's one row
+  // a key in any order; a NULL key matches no "=" and is dropped.
   // The rows stay where they were read, the key in their first field.
   int64_t held = 0;
   for (size_t r = 0; r < read->RowCount(); ++r) {

@@ -25,48 +25,90 @@ std::string Utf8(std::u32string_view cps) {
 // letters, so that ORDER BY, MIN, MAX, < and > on the server order text as
 // the SQLite collation and the recordsets do (a test holds the two keys
 // equal over names of every kind). Each level is one mapping of the folded
-// text by translate (two-letter bases spelled out first by replace), with
-// no regular expression, so a sort of many rows stays cheap.
-std::string SortKeyFunction() {
-  std::string capitals = "ABCDEFGHIJKLMNOPQRSTUVWXYZ", smalls = "abcdefghijklmnopqrstuvwxyz";
+// text by translate (two-letter bases spelled out first by replace).
+//
+// translate() looks each character of its text up in its "from" list one
+// entry after another, so a key costs the text's length times the length
+// of the lists it goes through: folding and mapping a 20-letter name over
+// the table's letters cost about 200,000 instructions. Hence four paths,
+// the cheapest first, each giving the key byte for byte:
+//   1. ASCII without a hyphen or an apostrophe, most names: every level is
+//      the text in small letters (one regular expression tells);
+//   2. ASCII with a hyphen or an apostrophe: levels 1 and 2 leave them out,
+//      level 3 marks them, each a translate over those two characters;
+//   3. other text without a capital beyond ASCII: lower() under "C" folds
+//      it, then one translate a level over the small letters;
+//   4. text with such a capital: orv_key_capitals folds it with one more
+//      translate, in plpgsql so that the fold is made once, not once a
+//      level as in an inlined SQL function.
+// orv_key stays a single SQL expression, which the planner inlines into the
+// statement: the first three paths cost no function call.
+struct SortKeyText {
+  std::string capitals, smalls;  // the table's capitals beyond ASCII
   std::string single_from, single_to, accented, accents;
   std::string level1 = "f", level2 = "f";
-  for (const collation::Letter& l : collation::Letters()) {
-    std::string small = Utf8(std::u32string(1, l.small));
-    if (l.capital) {
-      capitals += Utf8(std::u32string(1, l.capital));
-      smalls += small;
+  std::string ignorable;  // as a SQL literal's text, an apostrophe doubled
+  std::string separator = " || chr(" + std::to_string(collation::kLevelSeparator) + ")";
+
+  SortKeyText() {
+    for (const collation::Letter& l : collation::Letters()) {
+      std::string small = Utf8(std::u32string(1, l.small));
+      if (l.capital) {
+        capitals += Utf8(std::u32string(1, l.capital));
+        smalls += small;
+      }
+      accented += small;
+      accents += Utf8(std::u32string(1, l.accent));
+      if (l.base[1] == '\0') {
+        single_from += small;
+        single_to += l.base;
+      } else {
+        level1 = "replace(" + level1 + ", '" + small + "', '" + l.base + "')";
+        level2 = "replace(" + level2 + ", '" + small + "', '" + small + small + "')";
+      }
     }
-    accented += small;
-    accents += Utf8(std::u32string(1, l.accent));
-    if (l.base[1] == '\0') {
-      single_from += small;
-      single_to += l.base;
-    } else {
-      level1 = "replace(" + level1 + ", '" + small + "', '" + l.base + "')";
-      level2 = "replace(" + level2 + ", '" + small + "', '" + small + small + "')";
-    }
+    for (char c : Utf8(collation::kIgnorable)) ignorable += c == '\'' ? std::string("''") : std::string(1, c);
   }
-  // The ignorables as a SQL literal's text (an apostrophe doubled); listed
-  // last in a translate's "from", with nothing to map to, they are deleted.
-  std::string ignorable;
-  for (char c : Utf8(collation::kIgnorable)) ignorable += c == '\'' ? std::string("''") : std::string(1, c);
-  // Under "C": the argument may come under orv_ci, whose nondeterminism
-  // the server refuses in replace.
-  std::string fold = "translate(rtrim(s COLLATE \"C\", ' '), '" + capitals + "', '" + smalls + "')";
-  auto folded = [&](std::string expr) { return expr.replace(expr.find("(f,"), 3, "(" + fold + ","); };
-  std::string separator = " || chr(" + std::to_string(collation::kLevelSeparator) + ")\n      || ";
-  // ASCII text without an ignorable, most names, is its own key at every
-  // level once in small letters: translate over the long lists costs about
-  // 10 us a call, three times over, where lower() costs next to nothing.
-  std::string plain = "lower(rtrim(s COLLATE \"C\", ' '))";
+
+  // The three levels of `folded` (the text with capitals in small letters
+  // and trailing blanks dropped). The ignorables, listed last in a
+  // translate's "from" with nothing to map to, are deleted.
+  std::string Levels(const std::string& folded) const {
+    auto of = [&](std::string expr) { return expr.replace(expr.find("(f,"), 3, "(" + folded + ","); };
+    return "translate(" + of(level1) + ", '" + single_from + ignorable + "', '" + single_to + "')" + separator +
+           "\n      || translate(" + of(level2) + ", '" + accented + ignorable + "', '" + accents + "')" +
+           separator + "\n      || translate(" + folded + ", '" + ignorable + "', '" +
+           Utf8(collation::kIgnorableMarks) + "')";
+  }
+};
+
+// The text in small ASCII letters without its trailing blanks. Under "C":
+// the argument may come under orv_ci, whose nondeterminism the server
+// refuses in replace and in regular expressions, and under which lower()
+// would fold more than ASCII.
+constexpr const char* kSmallAscii = "lower(rtrim(s COLLATE \"C\", ' '))";
+
+std::string SortKeyCapitalsFunction() {
+  SortKeyText k;
+  return "CREATE OR REPLACE FUNCTION orvenda.orv_key_capitals(s text) RETURNS text LANGUAGE plpgsql IMMUTABLE "
+         "PARALLEL SAFE AS $$\nDECLARE\n  f text COLLATE \"C\" := translate(" + std::string(kSmallAscii) + ", '" +
+         k.capitals + "', '" + k.smalls + "');\nBEGIN\n  RETURN " + k.Levels("f") + ";\nEND $$";
+}
+
+std::string SortKeyFunction() {
+  SortKeyText k;
+  const std::string small = kSmallAscii;
+  // The apostrophe and the hyphen, the first two ignorables, and their marks.
+  const std::string marks = Utf8(collation::kIgnorableMarks.substr(0, 2));
+  const std::string level = small + k.separator;
   return "CREATE OR REPLACE FUNCTION orvenda.orv_key(s text) RETURNS text LANGUAGE sql IMMUTABLE PARALLEL SAFE "
-         "AS $$\n  SELECT CASE WHEN octet_length(s) = length(s) AND strpos(s COLLATE \"C\", '''') = 0 "
-         "AND strpos(s COLLATE \"C\", '-') = 0\n    THEN " + plain + separator + plain + separator + plain +
-         "\n    ELSE translate(" + folded(level1) + ", '" + single_from + ignorable + "', '" + single_to + "')" +
-         separator + "translate(" + folded(level2) + ", '" + accented + ignorable + "', '" + accents + "')" +
-         separator + "translate(" + fold + ", '" + ignorable + "', '" + Utf8(collation::kIgnorableMarks) +
-         "') END $$";
+         "AS $$\n  SELECT CASE WHEN (s COLLATE \"C\") ~ '^[\\x01-&(-,.-\\x7f]*$'\n"
+         "    THEN left(repeat(" + level + ", 3), -1)\n"
+         "    WHEN octet_length(s) = length(s)\n"
+         "    THEN left(repeat(translate(" + small + ", '''-', '')" + k.separator + ", 2), -1)" + k.separator +
+         "\n      || translate(" + small + ", '''-', '" + marks + "')\n"
+         "    WHEN (s COLLATE \"C\") ~ '[" + k.capitals + "]' THEN orvenda.orv_key_capitals(s)\n"
+         "    ELSE " + k.Levels(small) + " END $$";
 }
 
 }  // namespace
@@ -92,6 +134,7 @@ LANGUAGE plpgsql IMMUTABLE AS $$ BEGIN RAISE EXCEPTION '%', message USING ERRCOD
       kFold,
       // The sort key of text, compared bytewise under COLLATE "C" by the
       // caller.
+      SortKeyCapitalsFunction(),
       SortKeyFunction(),
       // MIN and MAX of text by that key.
       R"SQL(CREATE OR REPLACE FUNCTION orvenda.orv_min_step(a text, b text) RETURNS text LANGUAGE sql IMMUTABLE PARALLEL SAFE AS $$

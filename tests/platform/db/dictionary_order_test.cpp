@@ -31,6 +31,13 @@ const std::vector<std::string> kHandOrder = {
     "Sainte-Marie", "Saint-Pierre", "Yves",     "Zoe",      "Zoé",
 };
 
+// `text` as a SQL string literal.
+std::string Quoted(const std::string& text) {
+  std::string quoted = "'";
+  for (char c : text) quoted += c == '\'' ? std::string("''") : std::string(1, c);
+  return quoted + "'";
+}
+
 // The names stored in a shuffled order, each with its place in kHandOrder
 // as its ID, so that ties fall back on the hand order.
 std::string NamesTable() {
@@ -38,11 +45,7 @@ std::string NamesTable() {
   for (size_t i = 0; i < order.size(); ++i) order[i] = i;
   std::shuffle(order.begin(), order.end(), std::mt19937(7));
   std::string sql = "CREATE TABLE Names (ID INTEGER PRIMARY KEY, Name VARCHAR(40));";
-  for (size_t i : order) {
-    std::string quoted;
-    for (char c : kHandOrder[i]) quoted += c == '\'' ? std::string("''") : std::string(1, c);
-    sql += "INSERT INTO Names VALUES (" + std::to_string(i + 1) + ", '" + quoted + "');";
-  }
+  for (size_t i : order) sql += "INSERT INTO Names VALUES (" + std::to_string(i + 1) + ", " + Quoted(kHandOrder[i]) + ");";
   return sql;
 }
 
@@ -90,17 +93,29 @@ TEST(DictionaryOrder, EachEngineAndItsRecordsetsGiveTheHandOrder) {
   engines.Run(ExpectHandOrder);
   if (engines.urls().size() < 2) return;
 
-  // The server's key is the layer's key, byte for byte, for every name.
+  // The server's key is the layer's key, byte for byte, for every name and
+  // for text that takes each of the server's ways to the key: capitals
+  // beyond ASCII, letters outside the table, the typographic apostrophe,
+  // control characters.
+  const std::vector<std::string> kEveryWay = {
+      "Œuvre", "ŸVES",     "Straße", "ÞÓRDÍS", "Þórdís", "Nguyễn", "Ăstrid-Ånne", "O’Brien",
+      "D'ŒIL", "ÉVE-MARIE", "tab\tin", "Ωmega-x", "Šimon Žák", "x",   "",            "  "};
+  std::string values;
+  for (const std::string& name : kEveryWay) values += (values.empty() ? "(" : ", (") + Quoted(name) + ")";
   auto engine = OpenEngine(engines.urls()[1]);
-  auto stmt = engine->Prepare("SELECT \"Name\", orvenda.orv_key(\"Name\") FROM \"Names\"", "keys");
   int rows = 0;
-  while (stmt->Step()) {
-    std::string name = CStr(stmt->Column(0));
-    SCOPED_TRACE(name);
-    EXPECT_EQ(CStr(stmt->Column(1)), collation::SortKey(name));
-    ++rows;
-  }
-  EXPECT_EQ(rows, static_cast<int>(kHandOrder.size()));
+  auto expect_layer_keys = [&](const std::string& sql, const std::string& name) {
+    auto stmt = engine->Prepare(sql, name);
+    while (stmt->Step()) {
+      std::string text = CStr(stmt->Column(0));
+      SCOPED_TRACE(text);
+      EXPECT_EQ(CStr(stmt->Column(1)), collation::SortKey(text));
+      ++rows;
+    }
+  };
+  expect_layer_keys("SELECT \"Name\", orvenda.orv_key(\"Name\") FROM \"Names\"", "keys");
+  expect_layer_keys("SELECT v, orvenda.orv_key(v) FROM (VALUES " + values + ") AS t(v)", "more_keys");
+  EXPECT_EQ(rows, static_cast<int>(kHandOrder.size() + kEveryWay.size()));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "platform/render/cairo_fonts.h"
 
+#include "platform/render/cairo_glyphs.h"
 #include "platform/render/pdf_fonts.h"
 
 #include <gtest/gtest.h>
@@ -30,20 +31,6 @@ class GlyphPlacerTest : public ::testing::Test {
     cairo_set_font_size(cr_, size);
     return cairo_get_scaled_font(cr_);
   }
-  // cairo's glyphs for the text, or none when it refuses it.
-  static std::vector<cairo_glyph_t> CairoGlyphs(cairo_scaled_font_t* font, const std::string& text,
-                                                double x, double y, bool& ok) {
-    cairo_glyph_t* glyphs = nullptr;
-    int count = 0;
-    ok = cairo_scaled_font_text_to_glyphs(font, x, y, text.data(), int(text.size()), &glyphs,
-                                          &count, nullptr, nullptr,
-                                          nullptr) == CAIRO_STATUS_SUCCESS;
-    std::vector<cairo_glyph_t> out;
-    if (ok) out.assign(glyphs, glyphs + count);
-    cairo_glyph_free(glyphs);
-    return out;
-  }
-
   cairo_surface_t* surface_ = nullptr;
   cairo_t* cr_ = nullptr;
 };

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "platform/render/cairo_fonts.h"
+#include "platform/render/cairo_glyphs.h"
 #include "platform/render/pdf_fonts.h"
 #include "platform/render/pdf_renderer.h"
 #include "platform/render/renderer.h"
@@ -93,13 +94,9 @@ class SubsetFont : public ::testing::Test {
  protected:
   static std::vector<unsigned long> GlyphsOf(const std::string& file, const std::string& text) {
     cairo_scaled_font_t* font = Font(file);
-    cairo_glyph_t* glyphs = nullptr;
-    int count = 0;
-    cairo_scaled_font_text_to_glyphs(font, 0, 0, text.data(), int(text.size()), &glyphs, &count,
-                                     nullptr, nullptr, nullptr);
+    bool ok = false;
     std::vector<unsigned long> out;
-    for (int i = 0; i < count; ++i) out.push_back(glyphs[i].index);
-    cairo_glyph_free(glyphs);
+    for (const cairo_glyph_t& g : CairoGlyphs(font, text, 0, 0, ok)) out.push_back(g.index);
     cairo_scaled_font_destroy(font);
     return out;
   }
