@@ -235,14 +235,17 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   // a table rather than once a cell.
   std::vector<std::optional<FontHandle>>& style_fonts = scratch.style_fonts;
   style_fonts.assign(table.styles.size() * 4, std::nullopt);
+  auto style_font = [&](uint16_t style, bool bold, bool italic) {
+    auto& font = style_fonts[size_t(style) * 4 + (bold ? 2 : 0) + (italic ? 1 : 0)];
+    if (!font) font = Font(table.styles[style].family, bold, italic);
+    return *font;
+  };
   auto cell_font = [&](const Row& row, const Cell& cell) {
     const TextStyle& st = table.styles[row.style];
     const bool bold = cell.attr.bold >= 0 ? cell.attr.bold != 0 : st.bold;
     const bool italic = cell.attr.italic >= 0 ? cell.attr.italic != 0 : st.italic;
     const double size = cell.attr.font_size > 0 ? double(cell.attr.font_size) : st.size;
-    auto& font = style_fonts[size_t(row.style) * 4 + (bold ? 2 : 0) + (italic ? 1 : 0)];
-    if (!font) font = Font(st.family, bold, italic);
-    return CellFont{*font, scaled ? size * scale : size};
+    return CellFont{style_font(row.style, bold, italic), scaled ? size * scale : size};
   };
   // A cell's lines. A word or figure wider than the cell is never cut: the
   // cell's text is set smaller until it fits, down to the legible floor.
@@ -311,7 +314,7 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   for (size_t k = 0; k < drawn.size(); ++k) {
     const Row& row = table.rows[drawn[k]];
     const TextStyle& st = table.styles[row.style];
-    Twips h = Font(st.family, st.bold, st.italic)
+    Twips h = style_font(row.style, st.bold, st.italic)
                   .metrics->LineHeight(scaled ? st.size * scale : st.size);
     for (int c = 0; c < ncols; ++c) {
       if (covered[size_t(drawn[k]) * ncols + c]) continue;
