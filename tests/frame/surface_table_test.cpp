@@ -358,6 +358,29 @@ TEST(SurfaceTable, TotalRowThroughTableCell) {
   EXPECT_EQ(lines[0].x2 - lines[0].x1, Twips(4320));
 }
 
+// A figure repeated down a column is measured again wherever its font
+// changes: set bold or larger it is wider, and every copy still ends at the
+// column's right edge.
+TEST(SurfaceTable, RepeatedFigureTakesEachRowsFont) {
+  OpenSurface s;
+  s.StartTable();
+  s.AddTable(">1in|<1in", "", "1,000|a;1,000|b;1,000|c;1,000|d;1,000|e;");
+  s.TableCell(tcFontBold, 2, 1) = true;
+  s.TableCell(tcFontSize, 4, 1) = 14;
+  s.EndTable();
+  std::vector<render::TextRun> figures;
+  for (const auto& r : Runs(s.Document().pages[0]))
+    if (r.text == "1,000") figures.push_back(r);
+  ASSERT_EQ(figures.size(), 5u);
+  const Twips plain = figures[0].width;
+  for (size_t i = 0; i < figures.size(); ++i) {
+    EXPECT_EQ(figures[i].x + figures[i].width, figures[0].x + plain) << "row " << i + 1;
+    if (i % 2 == 0) EXPECT_EQ(figures[i].width, plain) << "row " << i + 1;
+  }
+  EXPECT_GT(figures[1].width, plain) << "bold";
+  EXPECT_GT(figures[3].width, plain) << "14 points";
+}
+
 TEST(SurfaceTable, BuiltCellByCellWithSpans) {
   OpenSurface s;
   s.StartTable();

@@ -327,6 +327,24 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
         continue;
       }
       const Twips room = span_width(c, cell) - pad_x * 2;
+      // A column of a list repeats itself down the rows (the provider and
+      // invoice number on every line of an invoice, the date on most): a
+      // cell that holds what the cell above it held, in the same font, size
+      // and span, is the one line that cell was, at its width.
+      if (draw && k > 0) {
+        const int above = drawn[k - 1];
+        const Twips above_width = one_line[size_t(above) * ncols + c];
+        const Row& above_row = table.rows[above];
+        const Cell& up = above_row.cells[c];
+        if (!std::isnan(above_width.value()) && above_row.style == row.style &&
+            up.text == cell.text && up.attr.bold == cell.attr.bold &&
+            up.attr.italic == cell.attr.italic && up.attr.font_size == cell.attr.font_size &&
+            up.attr.no_wrap == cell.attr.no_wrap && up.attr.col_span == cell.attr.col_span) {
+          h = std::max(h, lh);
+          one_line[size_t(drawn[k]) * ncols + c] = above_width;
+          continue;
+        }
+      }
       const FontMeasure measure{cf.font.metrics, cf.size};
       // One pass over the text tells a cell of one line from one of a few:
       // the one line of a text without a line break is the whole text, at
