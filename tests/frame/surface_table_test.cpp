@@ -221,8 +221,26 @@ TEST(SurfaceTable, RowOfCellsPrintsAsItsTableString) {
   ASSERT_EQ(by_cells.Document().tables.size(), 2u);
   EXPECT_EQ(by_cells.Document().tables[1].rows,
             (std::vector<std::vector<std::string>>{{"a;b", "", ""}}));
+  // Several rows of cells in one list, the last one short; none at all is
+  // the header alone.
+  std::vector<std::string> rows = {"x|1", "y", "$1.00", "z;2"};
+  by_string.AddTable(format, "Name|Note|Fee",
+                     EscapeCell("x|1") + "|y|$1.00;" + EscapeCell("z;2") + ";");
+  by_cells.AddTableRows(format, "Name|Note|Fee", rows, 3);
+  EXPECT_EQ(rows, std::vector<std::string>(4));
+  by_string.AddTable(format, "Name|Note|Fee", "");
+  by_cells.AddTableRows(format, "Name|Note|Fee", {}, 3);
+  ASSERT_EQ(by_cells.Document().tables.size(), 4u);
+  EXPECT_EQ(by_cells.Document().tables[2].rows,
+            (std::vector<std::vector<std::string>>{
+                {"Name", "Note", "Fee"}, {"x|1", "y", "$1.00"}, {"z;2", "", ""}}));
+  EXPECT_EQ(by_cells.Document().tables[3].rows,
+            (std::vector<std::vector<std::string>>{{"Name", "Note", "Fee"}}));
+  EXPECT_EQ(Texts(by_string.Document().pages[0]), Texts(by_cells.Document().pages[0]));
+  EXPECT_EQ(by_string.CurrentY(), by_cells.CurrentY());
   by_cells.StartTable();
   EXPECT_THROW(by_cells.AddTableRow(format, "", cells), SurfaceError);
+  EXPECT_THROW(by_cells.AddTableRows(format, "", cells, 3), SurfaceError);
 }
 
 TEST(SurfaceTable, RowsGrowToTheirTallestCellAndThePenGoesBelow) {
