@@ -703,19 +703,36 @@ class PdfPainter {
   double height_ = 0;
 };
 
-// A page painted before the file was opened: its contents compressed, and
-// the contents of the items added to it afterwards (the footers stamped on
-// every page once the page count is known), which go into a second stream
-// of the page. The contents may end inside a text object (PdfPainter::Paint
-// with `open`); the stream after them ends it.
+// Pages of a document that is no longer than this go into its file as
+// they were painted, not compressed. Compressing a page costs the same
+// whichever its document: libdeflate makes and clears its tables and
+// weighs its codes for each stream, then some 25 instructions a byte. On an
+// eight-page patient list that was a ninth of the report's time, on the
+// six pages of the month's new patients a fifteenth, to save some 50 KB of
+// a file the front desk prints or mails at once (26 KB stored is 77 KB).
+// A longer document compresses every page: the first ones are kept as
+// painted until the file is written, when its length is known, and
+// compressed then, on the report's thread, where they were painted.
+constexpr size_t kStoredPages = 16;
+
+// A page painted before the file was opened: its contents compressed (or
+// as painted, for the first pages), and the contents of the items added to
+// it afterwards (the footers stamped on every page once the page count is
+// known), which go into a second stream of the page. The contents may end
+// inside a text object (PdfPainter::Paint with `open`); the stream after
+// them ends it.
 struct PaintedPage {
   bool painted = false;
+  // `contents` as painted, not compressed: a page among the first
+  // kStoredPages, or shorter than pdf::kStoredBelow.
+  bool raw = false;
   Twips width, height;
   std::string contents;  // compressed, when held in memory
   int64_t spilled = -1;  // else their offset in the temporary file
   uint32_t spilled_size = 0;
   std::string added;         // as painted, the text object left open
-  std::string added_packed;  // compressed, the text object ended
+  std::string added_packed;  // the text object ended, compressed unless added_raw
+  bool added_raw = false;    // added_packed shorter than pdf::kStoredBelow, as painted
   State end;                 // the reader's state where `contents` and `added` end
   // Painted and waiting to be compressed (PdfPaintAhead's raw pages): the
   // number its raw contents were queued under, 0 when none wait.
@@ -881,6 +898,14 @@ class PdfPaintAhead final : public PageSink {
   // core (an eight-page patient list took 7.8 ms instead of 3.0; see
   // CatchUp for the longer documents).
   static constexpr size_t kHereUpTo = 16;
+  // Items the jobs gathered must hold, at least, for the second thread to
+  // be started past kHereUpTo: eight pages of a list hold a thousand and
+  // more, and painting them is worth a core of its own; eight memos or
+  // letters hold a few dozen, painted here in a fraction of what starting
+  // the thread cost a 25-page run of memos (and, with the other core busy,
+  // the report's thread then waited for the second one at CatchUp). The
+  // pages come out the same either way.
+  static constexpr size_t kItemsForAThread = 400;
   // Painted pages left waiting to be compressed, at most: past it the
   // second thread compresses one itself after each page it paints, so that
   // the raw contents (some 7 KB a page of a list) never pile up.
@@ -923,7 +948,9 @@ class PdfPaintAhead final : public PageSink {
       work_.notify_one();
       return;
     }
-    if (short_so_far) {
+    size_t items = 0;
+    for (const Job& gathered : jobs_) items += gathered.items.size();
+    if (short_so_far || items < kItemsForAThread) {
       std::deque<Job> jobs;
       jobs.swap(jobs_);
       waiting_pages_ = 0;
@@ -1004,11 +1031,12 @@ class PdfPaintAhead final : public PageSink {
         Keep(pages_[s.page], std::move(s.data));
   }
 
-  // Keeps `compressed` as `page`'s contents: in memory up to the budget,
-  // past it in the temporary file.
-  void Keep(PaintedPage& page, std::string compressed) {
+  // Keeps `contents` (compressed, or as painted for a page marked raw) as
+  // `page`'s contents: in memory up to the budget, past it in the
+  // temporary file.
+  void Keep(PaintedPage& page, std::string contents) {
     page.waiting = 0;
-    page.contents = std::move(compressed);
+    page.contents = std::move(contents);
     if (held_ + page.contents.size() > held_in_memory_) {
       if (const int64_t at = spill_->Append(page.contents); at >= 0) {
         page.spilled = at;
@@ -1118,8 +1146,15 @@ class PdfPaintAhead final : public PageSink {
         page.width = job.width;
         page.height = job.height;
         page.painted = true;
+        const std::string& painted = painter_->Paint(job.items, job.height, page.end, true);
+        // A short page is never compressed, so it is kept as painted too.
+        if (job.page < kStoredPages || painted.size() < pdf::kStoredBelow) {
+          page.raw = true;
+          Keep(page, painted);
+          break;
+        }
         page.waiting = ++queued_;
-        Squeeze raw{job.page, page.waiting, painter_->Paint(job.items, job.height, page.end, true)};
+        Squeeze raw{job.page, page.waiting, painted};
         bool crowded = false;
         {
           std::lock_guard lock(mu_);
@@ -1135,7 +1170,9 @@ class PdfPaintAhead final : public PageSink {
         // file is written.
         if (!page.painted) break;
         page.added += painter_->Paint(job.items, page.height, page.end, true);
-        page.added_packed = Deflate(page.end.in_text ? page.added + "ET\n" : page.added);
+        page.added_packed = page.end.in_text ? page.added + "ET\n" : page.added;
+        page.added_raw = page.added_packed.size() < pdf::kStoredBelow;
+        if (!page.added_raw) page.added_packed = Deflate(page.added_packed);
         break;
       case Job::kForget:
         held_ -= page.contents.size();
@@ -1187,6 +1224,7 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
   pdf::PdfFile file(path, ahead ? &ahead->Deflater() : nullptr);
   const int catalog = file.Reserve(), pages = file.Reserve(), resources = file.Reserve(),
             info = file.Reserve();
+  const bool stored = size_t(last - first + 1) <= kStoredPages;
   std::string kids;
   int end_text = 0;
   std::string read_back;
@@ -1234,12 +1272,18 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
       width = painted->width;
       height = painted->height;
       const int content = file.Reserve();
-      file.Stream(content, "/Filter /FlateDecode", ahead->Contents(*painted, read_back), 0);
+      const std::string_view painted_contents = ahead->Contents(*painted, read_back);
+      if (!painted->raw)
+        file.Stream(content, "/Filter /FlateDecode", painted_contents, 0);
+      else if (stored || painted_contents.size() < pdf::kStoredBelow)
+        file.Stream(content, "", painted_contents, 0);
+      else
+        file.Stream(content, "/Filter /FlateDecode", ahead->Deflater()(painted_contents), 0);
       contents = std::to_string(content) + " 0 R";
       int more = 0;
       if (!painted->added.empty()) {
         more = file.Reserve();
-        file.Stream(more, "/Filter /FlateDecode", painted->added_packed, 0);
+        file.Stream(more, painted->added_raw ? "" : "/Filter /FlateDecode", painted->added_packed, 0);
       } else if (painted->end.in_text) {
         // Pages without additions share one stream that ends their text.
         if (!end_text) {
@@ -1255,9 +1299,14 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
       height = page.height;
       const int content = file.Reserve();
       State state;
-      batch_ids.push_back(content);
-      batch.push_back(painter.Paint(page.items, page.height, state));
-      if (batch.size() == kPagesABatch) send_batch();
+      const std::string& painted = painter.Paint(page.items, page.height, state);
+      if (stored || painted.size() < pdf::kStoredBelow) {
+        file.Stream(content, "", painted, 0);
+      } else {
+        batch_ids.push_back(content);
+        batch.push_back(painted);
+        if (batch.size() == kPagesABatch) send_batch();
+      }
       contents = std::to_string(content) + " 0 R";
     }
     const int id = file.Reserve();

@@ -141,17 +141,6 @@ int CompressorLevel(int level) {
   return level < 1 ? 1 : level > 12 ? 12 : level;
 }
 
-// Streams shorter than this go into the zlib format as one stored block.
-// Whatever its length, libdeflate clears its match tables and builds and
-// weighs its Huffman codes for a stream, some 60,000 instructions, and
-// then spends some 25 a byte: a letter's page of 2.5 KB took 130,000 to
-// save 1.6 KB, as much as painting it, and each font's character map of
-// 1 to 2 KB some 90,000 to save 700 bytes. A run of 22 reactivation
-// letters spent a sixth of its time compressing its pages; stored, its
-// file is 70 KB rather than 34 KB, and the catalogue's one-page documents
-// grow by some 3 KB each. The pages of lists (6 to 8 KB of contents, a
-// fifth of that compressed) are compressed as before, and so are fonts.
-constexpr size_t kStoredBelow = 4096;
 
 // `data` (under 64 KB) in the zlib format, uncompressed: the header of a
 // 32 KB window at the fastest level, one final stored block, the Adler-32
@@ -182,21 +171,28 @@ std::string Deflate(std::string_view data, int level) {
 }
 
 struct Deflater::State {
+  int level;
   libdeflate_compressor* compressor = nullptr;
   std::string buffer;
 };
 
+// The compressor is made for the first stream long enough to be
+// compressed: its tables are some hundreds of kilobytes of fresh memory,
+// and a letter or a memo, whose every stream is stored, never needs them.
 Deflater::Deflater(int level) : state_(std::make_unique<State>()) {
-  state_->compressor = libdeflate_alloc_compressor(CompressorLevel(level));
-  if (state_->compressor == nullptr) throw RenderError("Cannot compress a PDF stream");
+  state_->level = CompressorLevel(level);
 }
 
 Deflater::~Deflater() {
-  libdeflate_free_compressor(state_->compressor);
+  if (state_->compressor) libdeflate_free_compressor(state_->compressor);
 }
 
 std::string Deflater::operator()(std::string_view data) {
   if (data.size() < kStoredBelow) return Stored(data);
+  if (!state_->compressor) {
+    state_->compressor = libdeflate_alloc_compressor(state_->level);
+    if (state_->compressor == nullptr) throw RenderError("Cannot compress a PDF stream");
+  }
   // Into a buffer kept from stream to stream, then copied at its size: the
   // pages painted ahead keep their compressed contents until the file is
   // written, and a string cut down to size would keep the room it had.
@@ -256,6 +252,7 @@ void PdfFile::Object(int id, std::string_view body) {
 }
 
 void PdfFile::Stream(int id, std::string_view dict, std::string_view data, int level) {
+  if (data.size() < kStoredBelow) level = 0;
   std::string packed;
   if (level == kDeflateLevel) {
     if (!deflater_) deflater_ = (own_deflater_ = std::make_unique<Deflater>(level)).get();
