@@ -39,34 +39,18 @@ void AppendScaled(std::string& out, int64_t n, int decimals) {
   out.append(text, size_t(WriteScaled(text, n, decimals) - text));
 }
 
-char* WriteScaled(char* to, int64_t n, int decimals) {
-  if (n == 0) {
-    *to = '0';
-    return to + 1;
-  }
-  if (n < 0) {
-    *to++ = '-';
-    n = -n;
-  }
-  // Drop the fraction's trailing zeros before writing anything.
-  while (decimals > 0 && n % 10 == 0) {
-    n /= 10;
-    --decimals;
-  }
-  // Written backwards into a buffer, then copied at once: the fraction's
-  // digits and its point, then the whole part two digits at a time.
-  static constexpr char kPairs[] =
-      "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-      "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-      "8081828384858687888990919293949596979899";
-  char text[kScaledRoom];
-  char* const end = text + sizeof text;
+namespace {
+
+constexpr char kPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+// Writes the whole number `u` backwards, ending at `end`, two digits at a
+// time; returns where it begins.
+template <typename U>
+char* WholeBackwards(char* end, U u) {
   char* p = end;
-  auto u = static_cast<uint64_t>(n);
-  if (decimals > 0) {
-    for (int i = 0; i < decimals; ++i, u /= 10) *--p = char('0' + u % 10);
-    *--p = '.';
-  }
   while (u >= 100) {
     p -= 2;
     std::memcpy(p, kPairs + (u % 100) * 2, 2);
@@ -78,6 +62,62 @@ char* WriteScaled(char* to, int64_t n, int decimals) {
   } else {
     *--p = char('0' + u);
   }
+  return p;
+}
+
+// WriteScaled for ten-thousandths below 2^32 either way, the moves and
+// positions of every line of text on a page: the whole part two digits at
+// a time, the fraction as two pairs of digits trimmed of their trailing
+// zeros, in 32-bit arithmetic. `n` is not 0.
+char* WriteTenThousandths(char* to, int64_t n) {
+  if (n < 0) *to++ = '-';
+  const auto u = uint32_t(n < 0 ? -n : n);
+  const uint32_t fraction = u % 10000;
+  // The whole part (six digits at most), backwards into a buffer and then
+  // copied eight bytes at once; the caller's room holds them.
+  char digits[16] = {};
+  char* const end = digits + 8;
+  const char* const p = WholeBackwards(end, u / 10000);
+  std::memcpy(to, p, 8);
+  to += end - p;
+  if (fraction == 0) return to;
+  const uint32_t high = fraction / 100, low = fraction % 100;
+  to[0] = '.';
+  std::memcpy(to + 1, kPairs + high * 2, 2);
+  std::memcpy(to + 3, kPairs + low * 2, 2);
+  if (low != 0) return to + (low % 10 != 0 ? 5 : 4);
+  return to + (high % 10 != 0 ? 3 : 2);
+}
+
+}  // namespace
+
+char* WriteScaled(char* to, int64_t n, int decimals) {
+  if (n == 0) {
+    *to = '0';
+    return to + 1;
+  }
+  if (decimals == 4 && n > -int64_t(UINT32_MAX) && n < int64_t(UINT32_MAX))
+    return WriteTenThousandths(to, n);
+  if (n < 0) {
+    *to++ = '-';
+    n = -n;
+  }
+  // Drop the fraction's trailing zeros before writing anything.
+  while (decimals > 0 && n % 10 == 0) {
+    n /= 10;
+    --decimals;
+  }
+  // Written backwards into a buffer, then copied at once: the fraction's
+  // digits and its point, then the whole part two digits at a time.
+  char text[kScaledRoom];
+  char* const end = text + sizeof text;
+  char* p = end;
+  auto u = static_cast<uint64_t>(n);
+  if (decimals > 0) {
+    for (int i = 0; i < decimals; ++i, u /= 10) *--p = char('0' + u % 10);
+    *--p = '.';
+  }
+  p = WholeBackwards(p, u);
   std::memcpy(to, p, size_t(end - p));
   return to + (end - p);
 }

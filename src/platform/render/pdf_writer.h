@@ -25,7 +25,8 @@ void AppendNumber(std::string& out, double v, int decimals = 3);
 // number already counted in those units.
 void AppendScaled(std::string& out, int64_t n, int decimals);
 // The same written at `to`, which has room for kScaledRoom bytes; returns
-// the end of what it wrote.
+// the end of what it wrote. Bytes of that room past the end may be
+// overwritten.
 inline constexpr size_t kScaledRoom = 28;
 char* WriteScaled(char* to, int64_t n, int decimals);
 

@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -85,6 +87,30 @@ TEST(PdfNumbers, FixedDecimalsWithoutLocale) {
     std::string number;
     pdf::AppendNumber(number, double(c.units) / 10000, 4);
     EXPECT_EQ(number, c.text) << c.name;
+  }
+  // Every count of ten-thousandths near the page's scale, and some far past
+  // it on either side of the 32-bit range, against printf's digits with the
+  // fraction's trailing zeros (and a bare point) dropped.
+  std::vector<int64_t> counts;
+  for (int64_t u = -200000; u <= 200000; ++u) counts.push_back(u);
+  for (const int64_t big : {int64_t(UINT32_MAX) - 1, int64_t(UINT32_MAX), int64_t(UINT32_MAX) + 1,
+                            int64_t(1) << 40, INT64_MAX / 3, int64_t(61234567890)})
+    for (const int64_t u : {big, -big, big / 7 * 10, -(big / 7 * 10)}) counts.push_back(u);
+  for (const int64_t u : counts) {
+    char expected[48];
+    std::snprintf(expected, sizeof expected, "%s%lld.%04lld", u < 0 ? "-" : "",
+                  static_cast<long long>((u < 0 ? -u : u) / 10000),
+                  static_cast<long long>((u < 0 ? -u : u) % 10000));
+    std::string want = expected;
+    while (want.back() == '0') want.pop_back();
+    if (want.back() == '.') want.pop_back();
+    if (u == 0) want = "0";
+    char room[pdf::kScaledRoom];
+    const std::string written(room, pdf::WriteScaled(room, u, 4));
+    if (written != want) {
+      ADD_FAILURE() << u << " written as " << written << ", not " << want;
+      break;
+    }
   }
 }
 
