@@ -665,7 +665,56 @@ Named FindNamed(std::string_view fmt) {
   return Named::kNone;
 }
 
+// A money value's ten-thousandths `u` as "#,##0" with `digits` zeros after
+// the point renders them: rounded half away from zero at the last place,
+// the thousands grouped, no sign. Money is a whole number of
+// ten-thousandths, so this is integer arithmetic, and gives what
+// RenderNumber gives for the same section; a list formats a fee a line.
+void AppendMoneyAmount(std::string& out, unsigned long long u, int digits, const LocaleInfo& loc) {
+  static constexpr unsigned long long kPow10[] = {1, 10, 100, 1000, 10000};
+  const unsigned long long unit = kPow10[4 - digits];
+  unsigned long long q = u / unit;
+  if ((u % unit) * 2 >= unit) ++q;
+  unsigned long long whole = q / kPow10[digits];
+  const unsigned long long frac = q % kPow10[digits];
+  char reversed[24];
+  int n = 0;
+  do {
+    reversed[n++] = char('0' + whole % 10);
+    whole /= 10;
+  } while (whole > 0);
+  for (int i = n - 1; i >= 0; --i) {
+    out += reversed[i];
+    if (i > 0 && i % 3 == 0) out += loc.thousands_separator;
+  }
+  if (digits == 0) return;
+  out += loc.decimal_separator;
+  for (int k = digits - 1; k >= 0; --k) out += char('0' + frac / kPow10[k] % 10);
+}
+
 std::string FormatCurrency(const Variant& value, const LocaleInfo& loc) {
+  const int digits =
+      loc.currency_digits < 0 ? 0 : loc.currency_digits > 4 ? 4 : loc.currency_digits;
+  std::string out;
+  auto wrap = [&](bool negative, auto&& amount) {
+    if (negative) out += loc.currency_negative_form == 0 ? '(' : '-';
+    if (loc.currency_symbol_after) {
+      amount();
+      out += ' ';
+      out += loc.currency_symbol;
+    } else {
+      out += loc.currency_symbol;
+      amount();
+    }
+    if (negative && loc.currency_negative_form == 0) out += ')';
+  };
+  if (value.type() == VarType::Currency) {
+    const long long raw = value.AsCurrency().raw();
+    const unsigned long long u = raw < 0 ? 0ULL - static_cast<unsigned long long>(raw)
+                                         : static_cast<unsigned long long>(raw);
+    wrap(raw < 0, [&] { AppendMoneyAmount(out, u, digits, loc); });
+    return out;
+  }
   Decimal v;
   switch (NumberOf(value, v)) {
     case Got::kNull:
@@ -678,24 +727,11 @@ std::string FormatCurrency(const Variant& value, const LocaleInfo& loc) {
   }
   static constexpr std::string_view kByDigits[] = {"#,##0", "#,##0.0", "#,##0.00", "#,##0.000",
                                                    "#,##0.0000"};
-  int digits = loc.currency_digits < 0 ? 0 : loc.currency_digits > 4 ? 4 : loc.currency_digits;
   ParsedFormat scratch;
   const Section& sec = CachedFormat(kByDigits[digits], scratch).sections[0];
-  bool negative = v.neg && v.n > 0;
+  const bool negative = v.neg && v.n > 0;
   v.neg = false;
-  std::string amount;
-  RenderNumber(sec, v, false, loc, amount);
-  std::string out;
-  if (negative) out += loc.currency_negative_form == 0 ? '(' : '-';
-  if (loc.currency_symbol_after) {
-    out += amount;
-    out += ' ';
-    out += loc.currency_symbol;
-  } else {
-    out += loc.currency_symbol;
-    out += amount;
-  }
-  if (negative && loc.currency_negative_form == 0) out += ')';
+  wrap(negative, [&] { RenderNumber(sec, v, false, loc, out); });
   return out;
 }
 

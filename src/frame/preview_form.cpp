@@ -1,11 +1,12 @@
 #include "frame/preview_form.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
+#include <cstring>
 #include <fstream>
 #include <map>
 
@@ -37,11 +38,16 @@ std::string WithSuffix(const std::string& path, const std::string& suffix, const
 }
 
 // True for an existing file that begins as every SQLite database does.
+// Read with the system's own calls: every document written asks, and an
+// input stream (the first of the process, with its locale) cost a short
+// report more than the rename that follows.
 bool IsDatabaseFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
   char head[16] = {};
-  return in && in.read(head, sizeof head) &&
-         std::string(head, sizeof head) == std::string("SQLite format 3\0", 16);
+  const ssize_t got = ::read(fd, head, sizeof head);
+  ::close(fd);
+  return got == ssize_t(sizeof head) && std::memcmp(head, "SQLite format 3\0", sizeof head) == 0;
 }
 
 }  // namespace
@@ -93,10 +99,22 @@ std::string PreviewForm::Staged(const std::string& target) {
   // Beside the target (same folder, so the rename stays on one file
   // system), hidden, unique to this process, with the target's extension
   // so the renderer picks the same format.
-  std::filesystem::path t(target);
-  std::string name = "." + t.filename().string() + ".part-" + std::to_string(::getpid()) + "-" +
-                     std::to_string(pending_.size() + written_.size()) + t.extension().string();
-  return (t.parent_path() / name).string();
+  // The folder and the name are cut at the last slash, and the extension
+  // at the name's last dot, as std::filesystem::path cuts them ("a.b.pdf"
+  // ends in ".pdf"; ".pdf" and ".." have none).
+  const size_t slash = target.find_last_of('/');
+  const size_t begin = slash == std::string::npos ? 0 : slash + 1;
+  const std::string_view file = std::string_view(target).substr(begin);
+  const size_t dot = file.find_last_of('.');
+  const std::string_view extension =
+      dot == std::string_view::npos || dot == 0 || file == ".." ? std::string_view() : file.substr(dot);
+  std::string staged = target.substr(0, begin);
+  staged += '.';
+  staged += file;
+  staged += ".part-" + std::to_string(::getpid()) + "-" +
+            std::to_string(pending_.size() + written_.size());
+  staged += extension;
+  return staged;
 }
 
 void PreviewForm::Commit(const std::string& staged, const std::string& target) {

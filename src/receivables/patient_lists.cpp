@@ -378,7 +378,6 @@ void clsReports::rptBillingByClient(std::string UserName, std::string txtfilter,
                                     std::string OfficeAddress, std::string OfficeName) {
   const db::Snapshot snapshot(conn_, db::Snapshot::OnFailure::RunWithout);
   frame::PrintSurface& vsp = VSP();
-  clsCommonFunctions& cf = Common();
   txtfilter = NoZeroFilter(txtfilter);
   vsp.Orientation(0);
   vsp.DocName("Billing By Client");
@@ -421,45 +420,49 @@ void clsReports::rptBillingByClient(std::string UserName, std::string txtfilter,
   db::Recordset lines = bills["PatientInvoiceDetails"].Chapter();
   const db::Field line_date = lines["Date"], code = lines["Code"], description = lines["Description"],
                   cost = lines["Cost"];
-  // A large practice prints hundreds of thousands of lines: each cell goes
-  // straight onto the table's text, names and codes read where the
+  // A large practice prints hundreds of thousands of lines: each line is
+  // handed to the table as its six cells, the texts as they stand (no
+  // escaping into a table string and splitting back), built in the same
+  // strings patient after patient; names and codes are read where the
   // recordset holds them and dates through a format read once.
   const DateFormatter line_date_format("mmm/dd/yyyy");
-  std::string scratch, invoice;
+  constexpr size_t kLineCells = 6;
+  std::vector<std::string> name_bar(2), cells;
+  std::string scratch, invoice_provider, invoice_number_text;
   while (!patients.Eof()) {
     if (!bills.Eof()) {
-      vsp.AddTable("<6.5in|>1in", "",
-                   frame::EscapeCell(cf.returnStr(first_name.Value()) + " " + cf.returnStr(last_name.Value())) +
-                       "|;",
-                   std::nullopt, kHeaderColor);
+      name_bar[0].clear();
+      name_bar[0] += first_name.Text(scratch);
+      name_bar[0] += ' ';
+      name_bar[0] += last_name.Text(scratch);
+      vsp.AddTableRow("<6.5in|>1in", "", name_bar, std::nullopt, kHeaderColor);
       // The name bar introduces the patient's invoice lines.
       vsp.KeepWithNext();
-      std::string body;
+      size_t used = 0;
       while (!bills.Eof()) {
         // The provider and invoice number open every line of the invoice.
-        invoice.clear();
         if (!lines.Eof()) {
-          frame::AppendEscapedCell(invoice, provider.Text(scratch));
-          invoice += '|';
-          frame::AppendEscapedCell(invoice, invoice_number.Text(scratch));
-          invoice += '|';
+          invoice_provider.assign(provider.Text(scratch));
+          invoice_number_text.assign(invoice_number.Text(scratch));
         }
         while (!lines.Eof()) {
-          body += invoice;
-          line_date_format.Append(line_date.Value(), body);
-          body += '|';
-          frame::AppendEscapedCell(body, code.Text(scratch));
-          body += '|';
-          frame::AppendEscapedCell(body, description.Text(scratch));
-          body += '|';
-          body += Format(cost.Value(), "Currency");
-          body += ';';
+          if (cells.size() < used + kLineCells) cells.resize(used + kLineCells);
+          std::string* line = cells.data() + used;
+          line[0].assign(invoice_provider);
+          line[1].assign(invoice_number_text);
+          line[2].clear();
+          line_date_format.Append(line_date.Value(), line[2]);
+          line[3].assign(code.Text(scratch));
+          line[4].assign(description.Text(scratch));
+          line[5] = Format(cost.Value(), "Currency");
+          used += kLineCells;
           lines.MoveNext();
         }
         bills.MoveNext();
       }
-      vsp.AddTable("<2in|<.75in|<1in|<.75in|<2in|>1in",
-                   "Provider|Invoice#|Date|Code|Description|Fee", body, kHeaderColor);
+      vsp.AddTableRows("<2in|<.75in|<1in|<.75in|<2in|>1in",
+                       "Provider|Invoice#|Date|Code|Description|Fee",
+                       std::span(cells).first(used), kLineCells, kHeaderColor);
       vsp.Text("");
     }
     RaiseProgress(patients);

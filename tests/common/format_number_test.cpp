@@ -5,6 +5,7 @@
 
 #include "common/errors.h"
 #include "common/format.h"
+#include "common/locale.h"
 #include "named_cases.h"
 
 namespace orv {
@@ -126,6 +127,28 @@ TEST(FormatNumberFrench, UsesTheLocaleSeparatorsAndSymbol) {
   EXPECT_EQ(Format(1234.5, "#,##0.00", FrenchCanada()), "1 234,50");
   EXPECT_EQ(Format(1234.5, "Currency", FrenchCanada()), "1 234,50 $");
   EXPECT_EQ(Format(-5, "Currency", FrenchCanada()), "-5,00 $");
+}
+
+// Money is formatted by whole ten-thousandths, a number of any other kind
+// through the format's digits: the two agree on every amount, in every
+// locale and at every number of currency digits, at the half-cent rounding,
+// the thousands, and a negative amount that rounds to nothing.
+TEST(FormatNumberMoney, MoneyFormatsAsTheSameNumberGivenAsDouble) {
+  const long long raws[] = {0,         1,          49,           50,        51,
+                            149,       150,        5000,         9999,      -1,
+                            -49,       -50,        -12345678,    99995000,  99999950,
+                            -99999950, 1234567890, 1000000000000, 123456789012345};
+  for (const LocaleInfo* base : {&EnglishCanada(), &FrenchCanada()}) {
+    for (int digits : {0, 2, 3, 4}) {
+      LocaleInfo loc = *base;
+      loc.currency_digits = digits;
+      for (const long long raw : raws) {
+        EXPECT_EQ(Format(Variant(Currency::FromRaw(raw)), "Currency", loc),
+                  Format(Variant(double(raw) / 10000), "Currency", loc))
+            << raw << " at " << digits << " digits";
+      }
+    }
+  }
 }
 
 TEST(FormatNumberCache, ManyDistinctStringsStillFormat) {

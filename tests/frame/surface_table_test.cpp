@@ -221,8 +221,26 @@ TEST(SurfaceTable, RowOfCellsPrintsAsItsTableString) {
   ASSERT_EQ(by_cells.Document().tables.size(), 2u);
   EXPECT_EQ(by_cells.Document().tables[1].rows,
             (std::vector<std::vector<std::string>>{{"a;b", "", ""}}));
+  // Several rows of cells in one list, the last one short; none at all is
+  // the header alone.
+  std::vector<std::string> rows = {"x|1", "y", "$1.00", "z;2"};
+  by_string.AddTable(format, "Name|Note|Fee",
+                     EscapeCell("x|1") + "|y|$1.00;" + EscapeCell("z;2") + ";");
+  by_cells.AddTableRows(format, "Name|Note|Fee", rows, 3);
+  EXPECT_EQ(rows, std::vector<std::string>(4));
+  by_string.AddTable(format, "Name|Note|Fee", "");
+  by_cells.AddTableRows(format, "Name|Note|Fee", {}, 3);
+  ASSERT_EQ(by_cells.Document().tables.size(), 4u);
+  EXPECT_EQ(by_cells.Document().tables[2].rows,
+            (std::vector<std::vector<std::string>>{
+                {"Name", "Note", "Fee"}, {"x|1", "y", "$1.00"}, {"z;2", "", ""}}));
+  EXPECT_EQ(by_cells.Document().tables[3].rows,
+            (std::vector<std::vector<std::string>>{{"Name", "Note", "Fee"}}));
+  EXPECT_EQ(Texts(by_string.Document().pages[0]), Texts(by_cells.Document().pages[0]));
+  EXPECT_EQ(by_string.CurrentY(), by_cells.CurrentY());
   by_cells.StartTable();
   EXPECT_THROW(by_cells.AddTableRow(format, "", cells), SurfaceError);
+  EXPECT_THROW(by_cells.AddTableRows(format, "", cells, 3), SurfaceError);
 }
 
 TEST(SurfaceTable, RowsGrowToTheirTallestCellAndThePenGoesBelow) {
@@ -356,6 +374,29 @@ TEST(SurfaceTable, TotalRowThroughTableCell) {
   ASSERT_EQ(lines.size(), 1u) << "border 0 draws only the line above the total";
   EXPECT_EQ(lines[0].y1, total.top - PrintSurface::kCellPadY);
   EXPECT_EQ(lines[0].x2 - lines[0].x1, Twips(4320));
+}
+
+// A figure repeated down a column is measured again wherever its font
+// changes: set bold or larger it is wider, and every copy still ends at the
+// column's right edge.
+TEST(SurfaceTable, RepeatedFigureTakesEachRowsFont) {
+  OpenSurface s;
+  s.StartTable();
+  s.AddTable(">1in|<1in", "", "1,000|a;1,000|b;1,000|c;1,000|d;1,000|e;");
+  s.TableCell(tcFontBold, 2, 1) = true;
+  s.TableCell(tcFontSize, 4, 1) = 14;
+  s.EndTable();
+  std::vector<render::TextRun> figures;
+  for (const auto& r : Runs(s.Document().pages[0]))
+    if (r.text == "1,000") figures.push_back(r);
+  ASSERT_EQ(figures.size(), 5u);
+  const Twips plain = figures[0].width;
+  for (size_t i = 0; i < figures.size(); ++i) {
+    EXPECT_EQ(figures[i].x + figures[i].width, figures[0].x + plain) << "row " << i + 1;
+    if (i % 2 == 0) EXPECT_EQ(figures[i].width, plain) << "row " << i + 1;
+  }
+  EXPECT_GT(figures[1].width, plain) << "bold";
+  EXPECT_GT(figures[3].width, plain) << "14 points";
 }
 
 TEST(SurfaceTable, BuiltCellByCellWithSpans) {

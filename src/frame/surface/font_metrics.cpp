@@ -96,9 +96,10 @@ void ReadFormat12(const Reader& r, size_t sub, F&& glyph) {
 std::shared_ptr<const FontMetrics> FontMetrics::Load(const std::string& path,
                                                      bool synthetic_bold) {
   // Mapped rather than read: loading touches only the few tables it
-  // parses, not the glyph outlines that make up most of the file.
-  const host::MappedFile file(path);
-  const Reader r(file, path);
+  // parses, not the glyph outlines that make up most of the file. The
+  // mapping is the one the PDF writer embeds the file from.
+  const std::shared_ptr<const host::MappedFile> file = host::MappedFile::Shared(path);
+  const Reader r(*file, path);
 
   TableDirectory dir;
   const int tables = r.U16(4);

@@ -5,6 +5,7 @@
 #include <variant>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include "frame/surface/surface_error.h"
@@ -186,8 +187,10 @@ void PrintSurface::EndUnit(const Mark& last, bool blank) {
 void PrintSurface::CarryToNewPage(const Mark& from) {
   const int old_page = page_;
   auto& old_items = doc_.pages[old_page].items;
-  std::vector<render::DisplayItem> kept(old_items.begin(), old_items.begin() + from.item);
-  std::vector<render::DisplayItem> moved;
+  // What was drawn before the mark stays where it is in the page's list
+  // (a page of a long list holds hundreds of runs, not copied for a move);
+  // only what follows the mark is sorted into what stays and what moves.
+  std::vector<render::DisplayItem> kept, moved;
   // Whatever was drawn from the mark on and starts above it (the lines of a
   // table whose last row moves) stays; a vertical line that crosses the
   // mark is cut there and its lower part moves.
@@ -212,7 +215,9 @@ void PrintSurface::CarryToNewPage(const Mark& from) {
   const render::Line edge{from.left, from.top, from.right, from.top, Twips(10), {0, 0, 0}, false};
   // A table row that leaves closes its table above it and opens it below.
   if (from.table_row && (from.box || from.rules)) kept.emplace_back(edge);
-  old_items = std::move(kept);
+  old_items.erase(old_items.begin() + std::ptrdiff_t(from.item), old_items.end());
+  old_items.insert(old_items.end(), std::make_move_iterator(kept.begin()),
+                   std::make_move_iterator(kept.end()));
 
   const Twips dy = PageTop() - from.top;
   OpenPage();

@@ -196,6 +196,14 @@ class PrintSurface {
   void AddTableRow(std::string_view format, std::string_view header, std::span<std::string> cells,
                    std::optional<uint32_t> header_color = std::nullopt,
                    std::optional<uint32_t> body_color = std::nullopt);
+  // As AddTableRow for a table of several body rows: `cells` holds them one
+  // after another, `per_row` texts to a row (the last may have fewer), and
+  // is handed back as AddTableRow hands back its cells. No cells draw the
+  // header alone, as an AddTable with an empty body does.
+  void AddTableRows(std::string_view format, std::string_view header,
+                    std::span<std::string> cells, size_t per_row,
+                    std::optional<uint32_t> header_color = std::nullopt,
+                    std::optional<uint32_t> body_color = std::nullopt);
   void StartTable();
   void EndTable();
   int TableBorder() const { return table_border_; }

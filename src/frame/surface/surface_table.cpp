@@ -34,6 +34,16 @@ void PrintSurface::AddTableRow(std::string_view format, std::string_view header,
   LayOutTable(one_call_table_, true);
 }
 
+void PrintSurface::AddTableRows(std::string_view format, std::string_view header,
+                                std::span<std::string> cells, size_t per_row,
+                                std::optional<uint32_t> header_color,
+                                std::optional<uint32_t> body_color) {
+  RequireDrawable("AddTableRows");
+  if (building_table_) throw SurfaceError("AddTableRows between StartTable and EndTable");
+  one_call_table_.AddRows(format, header, cells, per_row, header_color, body_color, style_);
+  LayOutTable(one_call_table_, true);
+}
+
 void PrintSurface::RecordCells(const Table& table) {
   // The cells as the report gave them, for the CSV of the document: the
   // text is already unescaped and composed, and is not yet broken into
@@ -225,14 +235,17 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   // a table rather than once a cell.
   std::vector<std::optional<FontHandle>>& style_fonts = scratch.style_fonts;
   style_fonts.assign(table.styles.size() * 4, std::nullopt);
+  auto style_font = [&](uint16_t style, bool bold, bool italic) {
+    auto& font = style_fonts[size_t(style) * 4 + (bold ? 2 : 0) + (italic ? 1 : 0)];
+    if (!font) font = Font(table.styles[style].family, bold, italic);
+    return *font;
+  };
   auto cell_font = [&](const Row& row, const Cell& cell) {
     const TextStyle& st = table.styles[row.style];
     const bool bold = cell.attr.bold >= 0 ? cell.attr.bold != 0 : st.bold;
     const bool italic = cell.attr.italic >= 0 ? cell.attr.italic != 0 : st.italic;
     const double size = cell.attr.font_size > 0 ? double(cell.attr.font_size) : st.size;
-    auto& font = style_fonts[size_t(row.style) * 4 + (bold ? 2 : 0) + (italic ? 1 : 0)];
-    if (!font) font = Font(st.family, bold, italic);
-    return CellFont{*font, scaled ? size * scale : size};
+    return CellFont{style_font(row.style, bold, italic), scaled ? size * scale : size};
   };
   // A cell's lines. A word or figure wider than the cell is never cut: the
   // cell's text is set smaller until it fits, down to the legible floor.
@@ -301,7 +314,7 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   for (size_t k = 0; k < drawn.size(); ++k) {
     const Row& row = table.rows[drawn[k]];
     const TextStyle& st = table.styles[row.style];
-    Twips h = Font(st.family, st.bold, st.italic)
+    Twips h = style_font(row.style, st.bold, st.italic)
                   .metrics->LineHeight(scaled ? st.size * scale : st.size);
     for (int c = 0; c < ncols; ++c) {
       if (covered[size_t(drawn[k]) * ncols + c]) continue;
@@ -314,6 +327,24 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
         continue;
       }
       const Twips room = span_width(c, cell) - pad_x * 2;
+      // A column of a list repeats itself down the rows (the provider and
+      // invoice number on every line of an invoice, the date on most): a
+      // cell that holds what the cell above it held, in the same font, size
+      // and span, is the one line that cell was, at its width.
+      if (draw && k > 0) {
+        const int above = drawn[k - 1];
+        const Twips above_width = one_line[size_t(above) * ncols + c];
+        const Row& above_row = table.rows[above];
+        const Cell& up = above_row.cells[c];
+        if (!std::isnan(above_width.value()) && above_row.style == row.style &&
+            up.text == cell.text && up.attr.bold == cell.attr.bold &&
+            up.attr.italic == cell.attr.italic && up.attr.font_size == cell.attr.font_size &&
+            up.attr.no_wrap == cell.attr.no_wrap && up.attr.col_span == cell.attr.col_span) {
+          h = std::max(h, lh);
+          one_line[size_t(drawn[k]) * ncols + c] = above_width;
+          continue;
+        }
+      }
       const FontMeasure measure{cf.font.metrics, cf.size};
       // One pass over the text tells a cell of one line from one of a few:
       // the one line of a text without a line break is the whole text, at

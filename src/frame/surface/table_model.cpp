@@ -215,10 +215,26 @@ void Table::AddRow(std::string_view format, std::string_view header, std::span<s
                    std::optional<uint32_t> header_color, std::optional<uint32_t> body_color,
                    const TextStyle& style) {
   const uint16_t st = Begin(format, header, header_color, false, style);
+  // A row of no cells is a row all the same, its cells blank.
+  TakeRow(cells, st, body_color && *body_color != 0 ? int64_t(*body_color) : -1);
+}
+
+void Table::AddRows(std::string_view format, std::string_view header, std::span<std::string> cells,
+                    size_t per_row, std::optional<uint32_t> header_color,
+                    std::optional<uint32_t> body_color, const TextStyle& style) {
+  const uint16_t st = Begin(format, header, header_color, false, style);
+  const int64_t fill = body_color && *body_color != 0 ? int64_t(*body_color) : -1;
+  if (per_row == 0) per_row = 1;
+  rows.reserve(rows.size() + (cells.size() + per_row - 1) / per_row);
+  for (size_t at = 0; at < cells.size(); at += per_row)
+    TakeRow(cells.subspan(at, std::min(per_row, cells.size() - at)), st, fill);
+}
+
+void Table::TakeRow(std::span<std::string> cells, uint16_t style, int64_t fill) {
   const size_t ncols = columns.size();
   Row row = NewRow();
-  row.style = st;
-  row.fill = body_color && *body_color != 0 ? int64_t(*body_color) : -1;
+  row.style = style;
+  row.fill = fill;
   // As a body row of one table string: the cells past the format's last
   // column are dropped, and the missing ones stay blank. The texts trade
   // places with the spare row's, which NewRow left empty.

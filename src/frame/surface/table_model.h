@@ -165,6 +165,12 @@ class Table {
   void AddRow(std::string_view format, std::string_view header, std::span<std::string> cells,
               std::optional<uint32_t> header_color, std::optional<uint32_t> body_color,
               const TextStyle& style);
+  // As AddRow for a table of several body rows, `cells` holding them one
+  // after another, `per_row` texts to a row (the last may have fewer); no
+  // cells, no body rows.
+  void AddRows(std::string_view format, std::string_view header, std::span<std::string> cells,
+               size_t per_row, std::optional<uint32_t> header_color,
+               std::optional<uint32_t> body_color, const TextStyle& style);
 
   // As a new Table, keeping the room its rows, cells and texts took for the
   // next table added to it: a list that prints each record as a table of
@@ -186,6 +192,8 @@ class Table {
   uint16_t Begin(std::string_view format, std::string_view header,
                  std::optional<uint32_t> header_color, bool append, const TextStyle& style);
   void Resize(int rows, int cols);
+  // One body row of AddRows, its texts taken from `cells`.
+  void TakeRow(std::span<std::string> cells, uint16_t style, int64_t fill);
   // A blank row, made from a spare one where there is one.
   Row NewRow();
   std::vector<Row> spare_;  // rows of the tables before Reset, for NewRow

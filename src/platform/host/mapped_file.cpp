@@ -5,6 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <map>
+#include <mutex>
+
 namespace orv::host {
 
 MappedFile::MappedFile(const std::string& path) {
@@ -21,6 +24,16 @@ MappedFile::MappedFile(const std::string& path) {
   }
   // The mapping outlives the descriptor.
   ::close(fd);
+}
+
+std::shared_ptr<const MappedFile> MappedFile::Shared(const std::string& path) {
+  static std::mutex mu;
+  static std::map<std::string, std::shared_ptr<const MappedFile>, std::less<>> files;
+  std::lock_guard lock(mu);
+  if (auto it = files.find(path); it != files.end()) return it->second;
+  auto file = std::make_shared<const MappedFile>(path);
+  if (file->opened()) files.emplace(path, file);
+  return file;
 }
 
 MappedFile::~MappedFile() {

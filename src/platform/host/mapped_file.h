@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,15 @@ class MappedFile {
   ~MappedFile();
   MappedFile(const MappedFile&) = delete;
   MappedFile& operator=(const MappedFile&) = delete;
+
+  // The mapping of `path` that every reader in the process shares, made
+  // at its first use and kept until the process ends: the layout measures
+  // a font from its file and the PDF writer embeds the same file, and
+  // mapping it again for each, and unmapping it after, cost a short report
+  // more than reading the tables. A file that cannot be opened is not kept
+  // (opened() false), so one installed later is found. For files that are
+  // replaced rather than rewritten in place, as packages replace fonts.
+  static std::shared_ptr<const MappedFile> Shared(const std::string& path);
 
   bool opened() const { return opened_; }
   std::string_view bytes() const { return {data_, size_}; }

@@ -50,40 +50,67 @@ uint32_t Checksum(std::string_view t) {
   return whole < t.size() ? sum + last : sum;
 }
 
-// The tables of a TrueType file by tag.
-std::map<std::string, std::string_view> Tables(std::string_view font) {
-  const uint32_t version = U32(font, 0);
-  if (version != 0x00010000 && version != 0x74727565)  // 1.0 or 'true'
-    throw RenderError("Not a TrueType font with outlines");
-  std::map<std::string, std::string_view> tables;
-  const uint16_t count = U16(font, 4);
-  for (uint16_t i = 0; i < count; ++i) {
-    const size_t at = 12 + size_t(i) * 16;
-    const uint32_t offset = U32(font, at + 8), length = U32(font, at + 12);
-    if (size_t(offset) + length > font.size()) throw RenderError("A font table lies past its file");
-    tables.emplace(std::string(font.substr(at, 4)), font.substr(offset, length));
+// The tables of a TrueType file by tag: a file holds a score of them, and
+// a look along the list finds one without a tree of strings made for each
+// look-up (a document parses its font when it is opened and again when
+// its subset is written).
+class FontTables {
+ public:
+  explicit FontTables(std::string_view font) {
+    const uint32_t version = U32(font, 0);
+    if (version != 0x00010000 && version != 0x74727565)  // 1.0 or 'true'
+      throw RenderError("Not a TrueType font with outlines");
+    const uint16_t count = U16(font, 4);
+    tables_.reserve(count);
+    for (uint16_t i = 0; i < count; ++i) {
+      const size_t at = 12 + size_t(i) * 16;
+      const uint32_t offset = U32(font, at + 8), length = U32(font, at + 12);
+      if (size_t(offset) + length > font.size()) throw RenderError("A font table lies past its file");
+      // The first of a tag counts, should a file list one twice.
+      if (!Find(font.substr(at, 4))) tables_.push_back({font.substr(at, 4), font.substr(offset, length)});
+    }
+    for (const char* need : {"head", "hhea", "hmtx", "maxp", "loca", "glyf"})
+      if (!Find(need)) throw RenderError(std::string("A font file lacks its ") + need);
   }
-  for (const char* need : {"head", "hhea", "hmtx", "maxp", "loca", "glyf"})
-    if (!tables.count(need)) throw RenderError(std::string("A font file lacks its ") + need);
-  return tables;
-}
+  // The table `tag`, or null when the file has none.
+  const std::string_view* Find(std::string_view tag) const {
+    for (const auto& t : tables_)
+      if (t.tag == tag) return &t.body;
+    return nullptr;
+  }
+  // A table every TrueType file has (checked when the file was read).
+  std::string_view At(std::string_view tag) const { return *Find(tag); }
 
-// The glyph data of every glyph in `glyf`, by the offsets in `loca`.
-std::vector<std::string_view> Glyphs(const std::map<std::string, std::string_view>& t) {
-  const std::string_view loca = t.at("loca"), glyf = t.at("glyf");
-  const bool long_offsets = S16(t.at("head"), 50) == 1;
-  const uint16_t count = U16(t.at("maxp"), 4);
-  std::vector<std::string_view> glyphs(count);
-  for (uint16_t g = 0; g < count; ++g) {
+ private:
+  struct Table {
+    std::string_view tag, body;
+  };
+  std::vector<Table> tables_;
+};
+
+// The glyph data of glyph `g` in `glyf`, by the offsets in `loca`.
+class GlyphData {
+ public:
+  explicit GlyphData(const FontTables& t)
+      : loca_(t.At("loca")),
+        glyf_(t.At("glyf")),
+        long_offsets_(S16(t.At("head"), 50) == 1),
+        count_(U16(t.At("maxp"), 4)) {}
+  uint16_t count() const { return count_; }
+  std::string_view operator[](uint16_t g) const {
     const size_t begin =
-        long_offsets ? U32(loca, size_t(g) * 4) : size_t(U16(loca, size_t(g) * 2)) * 2;
+        long_offsets_ ? U32(loca_, size_t(g) * 4) : size_t(U16(loca_, size_t(g) * 2)) * 2;
     const size_t end =
-        long_offsets ? U32(loca, size_t(g) * 4 + 4) : size_t(U16(loca, size_t(g) * 2 + 2)) * 2;
-    if (end < begin || end > glyf.size()) throw RenderError("A font's glyph lies past its table");
-    glyphs[g] = glyf.substr(begin, end - begin);
+        long_offsets_ ? U32(loca_, size_t(g) * 4 + 4) : size_t(U16(loca_, size_t(g) * 2 + 2)) * 2;
+    if (end < begin || end > glyf_.size()) throw RenderError("A font's glyph lies past its table");
+    return glyf_.substr(begin, end - begin);
   }
-  return glyphs;
-}
+
+ private:
+  std::string_view loca_, glyf_;
+  bool long_offsets_;
+  uint16_t count_;
+};
 
 // The glyphs a composite glyph is made of.
 std::vector<uint16_t> Components(std::string_view glyph) {
@@ -108,10 +135,10 @@ std::vector<uint16_t> Components(std::string_view glyph) {
 }
 
 // The PostScript name of the font (name 6), or "" when it has none.
-std::string PostScriptName(const std::map<std::string, std::string_view>& t) {
-  auto it = t.find("name");
-  if (it == t.end()) return "";
-  const std::string_view name = it->second;
+std::string PostScriptName(const FontTables& t) {
+  const std::string_view* table = t.Find("name");
+  if (!table) return "";
+  const std::string_view name = *table;
   const uint16_t count = U16(name, 2), strings = U16(name, 4);
   for (uint16_t i = 0; i < count; ++i) {
     const size_t at = 6 + size_t(i) * 12;
@@ -129,11 +156,9 @@ std::string PostScriptName(const std::map<std::string, std::string_view>& t) {
   return "";
 }
 
-}  // namespace
-
-std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyphs) {
-  const auto tables = Tables(font);
-  const std::vector<std::string_view> data = Glyphs(tables);
+// SubsetTrueType over the tables of the font, read already.
+std::string Subset(const FontTables& tables, const std::set<uint16_t>& glyphs) {
+  const GlyphData data(tables);
   // The glyphs kept: those asked for, glyph 0, and every part of a
   // composite among them, followed down.
   std::set<uint16_t> keep{0};
@@ -141,34 +166,30 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
   while (!todo.empty()) {
     const uint16_t g = todo.back();
     todo.pop_back();
-    if (g >= data.size() || !keep.insert(g).second) continue;
+    if (g >= data.count() || !keep.insert(g).second) continue;
     for (uint16_t part : Components(data[g])) todo.push_back(part);
   }
-  keep.erase(keep.upper_bound(uint16_t(data.size() - 1)), keep.end());
+  keep.erase(keep.upper_bound(uint16_t(data.count() - 1)), keep.end());
   const uint16_t count = uint16_t(*keep.rbegin() + 1);
 
   // glyf and loca anew (long offsets); glyphs not kept are empty. Every
   // glyph up to the last kept has its entries, written in place: a page of
   // plain text shows glyphs numbered into the hundreds.
-  std::vector<bool> kept(count);
   size_t glyf_size = 0;
-  for (uint16_t g : keep) {
-    kept[g] = true;
-    glyf_size += (data[g].size() + 3) / 4 * 4;
-  }
+  for (uint16_t g : keep) glyf_size += (data[g].size() + 3) / 4 * 4;
   std::string glyf, loca(size_t(count + 1) * 4, '\0');
   glyf.reserve(glyf_size);
-  for (uint16_t g = 0; g < count; ++g) {
-    Put32(loca, size_t(g) * 4, uint32_t(glyf.size()));
-    if (!kept[g]) continue;
+  uint16_t next = 0;  // glyphs before it have their entries
+  for (uint16_t g : keep) {
+    for (; next <= g; ++next) Put32(loca, size_t(next) * 4, uint32_t(glyf.size()));
     glyf.append(data[g]);
     glyf.append((4 - glyf.size() % 4) % 4, '\0');
   }
   Put32(loca, size_t(count) * 4, uint32_t(glyf.size()));
 
   // Every glyph kept gets an advance and side bearing of its own.
-  const std::string_view hmtx_in = tables.at("hmtx");
-  const uint16_t metrics = U16(tables.at("hhea"), 34);
+  const std::string_view hmtx_in = tables.At("hmtx");
+  const uint16_t metrics = U16(tables.At("hhea"), 34);
   std::string hmtx(size_t(count) * 4, '\0');
   for (uint16_t g = 0; g < count; ++g) {
     const uint16_t advance = U16(hmtx_in, size_t(std::min<uint16_t>(g, metrics - 1)) * 4);
@@ -177,14 +198,15 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
     Put16(hmtx, size_t(g) * 4, advance);
     Put16(hmtx, size_t(g) * 4 + 2, uint16_t(lsb));
   }
-  std::string head(tables.at("head")), hhea(tables.at("hhea")), maxp(tables.at("maxp"));
+  std::string head(tables.At("head")), hhea(tables.At("hhea")), maxp(tables.At("maxp"));
   Put32(head, 8, 0);   // checkSumAdjustment, set below
   Put16(head, 50, 1);  // long loca offsets
   Put16(hhea, 34, count);
   Put16(maxp, 4, count);
 
-  std::map<std::string, std::string> out{{"glyf", glyf}, {"loca", loca}, {"hmtx", hmtx},
-                                         {"head", head}, {"hhea", hhea}, {"maxp", maxp}};
+  // The tables written, by tag; the bodies of those made anew live above.
+  std::vector<std::pair<std::string_view, std::string_view>> out{
+      {"glyf", glyf}, {"loca", loca}, {"hmtx", hmtx}, {"head", head}, {"hhea", hhea}, {"maxp", maxp}};
   // The hinting programs and the metrics of OS/2 as they are; glyph names
   // (post format 2) would name glyphs past the end, so the post table
   // keeps its header only, as version 3. The name table stays out: readers
@@ -192,12 +214,14 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
   // fonts the reports use it is a third of a typical subset (3.7 KB of
   // copyright and licence text), compressed again in every document.
   for (const char* tag : {"cvt ", "fpgm", "prep", "OS/2"})
-    if (auto it = tables.find(tag); it != tables.end()) out.emplace(tag, std::string(it->second));
-  if (auto it = tables.find("post"); it != tables.end() && it->second.size() >= 32) {
-    std::string post(it->second.substr(0, 32));
+    if (const std::string_view* t = tables.Find(tag)) out.emplace_back(tag, *t);
+  std::string post;
+  if (const std::string_view* t = tables.Find("post"); t && t->size() >= 32) {
+    post = t->substr(0, 32);
     Put32(post, 0, 0x00030000);
-    out.emplace("post", post);
+    out.emplace_back("post", post);
   }
+  std::sort(out.begin(), out.end());
 
   // The directory, then the tables in tag order, each on four bytes.
   const uint16_t n = uint16_t(out.size());
@@ -206,7 +230,10 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
     power *= 2;
     ++log2;
   }
+  size_t size = 12 + size_t(n) * 16;
+  for (const auto& [tag, table] : out) size += (table.size() + 3) / 4 * 4;
   std::string file;
+  file.reserve(size);
   Append32(file, 0x00010000);
   Append16(file, n);
   Append16(file, uint16_t(power * 16));
@@ -229,24 +256,31 @@ std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyp
   return file;
 }
 
-EmbeddedFont::EmbeddedFont(std::string file) : file_(std::move(file)), mapped_(file_) {
+}  // namespace
+
+std::string SubsetTrueType(std::string_view font, const std::set<uint16_t>& glyphs) {
+  return Subset(FontTables(font), glyphs);
+}
+
+EmbeddedFont::EmbeddedFont(std::string file)
+    : file_(std::move(file)), mapped_(host::MappedFile::Shared(file_)) {
   latin_.fill(Mapped{kNotLooked, 0});
-  data_ = mapped_.bytes();
+  data_ = mapped_->bytes();
   if (data_.empty()) throw RenderError("Cannot read font file " + file_);
-  const auto tables = Tables(data_);
-  text_.assign(U16(tables.at("maxp"), 4), kUnused);
-  units_per_em_ = U16(tables.at("head"), 18);
+  const FontTables tables(data_);
+  text_.assign(U16(tables.At("maxp"), 4), kUnused);
+  units_per_em_ = U16(tables.At("head"), 18);
   if (units_per_em_ == 0) throw RenderError("A font file gives no size of its em: " + file_);
-  advance_count_ = U16(tables.at("hhea"), 34);
+  advance_count_ = U16(tables.At("hhea"), 34);
   if (advance_count_ == 0) throw RenderError("A font file gives no advances: " + file_);
-  hmtx_ = size_t(tables.at("hmtx").data() - data_.data());
-  hmtx_length_ = tables.at("hmtx").size();
+  hmtx_ = size_t(tables.At("hmtx").data() - data_.data());
+  hmtx_length_ = tables.At("hmtx").size();
 
   // The Unicode map FreeType selects (find_unicode_charmap): a UCS-4 one
   // (3,10 or 0,4), else any Unicode one (platform 0, or 3,1), each the last
   // of its kind in the directory. Only formats 4 and 12 are read.
-  if (auto it = tables.find("cmap"); it != tables.end() && it->second.size() >= 4) {
-    const std::string_view cmap = it->second;
+  if (const std::string_view* table = tables.Find("cmap"); table && table->size() >= 4) {
+    const std::string_view cmap = *table;
     const size_t base = size_t(cmap.data() - data_.data());
     const uint16_t count = U16(cmap, 2);
     size_t chosen = 0;
@@ -333,11 +367,11 @@ double EmbeddedFont::Width(uint16_t glyph) const {
 }
 
 int EmbeddedFont::Write(PdfFile& pdf) const {
-  const auto tables = Tables(data_);
+  const FontTables tables(data_);
   std::set<uint16_t> glyphs;
   for (size_t g = 0; g < text_.size(); ++g)
     if (text_[g] != kUnused) glyphs.insert(uint16_t(g));
-  const std::string subset = SubsetTrueType(data_, glyphs);
+  const std::string subset = Subset(tables, glyphs);
 
   // A subset is named with a tag of six capitals made from its glyphs, so
   // that two subsets of one font in different files are told apart.
@@ -349,7 +383,7 @@ int EmbeddedFont::Write(PdfFile& pdf) const {
   name += "+" + (ps.empty() ? std::string("Font") : ps);
 
   const double k = 1000.0 / units_per_em_;
-  const std::string_view head = tables.at("head"), hhea = tables.at("hhea");
+  const std::string_view head = tables.At("head"), hhea = tables.At("hhea");
   // Metrics in whole thousandths cut toward zero, and the cap height the
   // top of the bounding box, as cairo wrote them: readers size the boxes of
   // words from them (pdftotext -bbox, -layout).

@@ -13,6 +13,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -84,7 +85,7 @@ class EmbeddedFont {
   std::string file_;
   // Mapped, not read: of a file of some hundreds of kilobytes a document
   // touches its metrics and the outlines of the glyphs it shows.
-  host::MappedFile mapped_;
+  std::shared_ptr<const host::MappedFile> mapped_;
   std::string_view data_;
   uint16_t units_per_em_ = 1000;
   uint16_t advance_count_ = 0;  // glyphs with an advance of their own

@@ -18,6 +18,7 @@
 #include <span>
 #include <system_error>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 #include "platform/render/cairo_fonts.h"
@@ -60,10 +61,10 @@ struct State {
   double size = 0;
   int render_mode = 0;
   // Inside a text object; its text line matrix a translation to
-  // (line_x, line_y) while upright.
+  // (line_x, line_y) ten-thousandths of a point while upright.
   bool in_text = false;
   bool upright = true;
-  double line_x = 0, line_y = 0;
+  int64_t line_x = 0, line_y = 0;
 };
 
 // The glyphs and positions of the runs as the cairo renderers place them,
@@ -89,11 +90,27 @@ class Glyphs {
   Glyphs(const Glyphs&) = delete;
   Glyphs& operator=(const Glyphs&) = delete;
 
-  // The glyphs of `t`, set from the origin; `file` is its font's file.
-  std::span<const cairo_glyph_t> Of(const TextRun& t, pdf::EmbeddedFont& file) {
+  // A glyph the file's tables placed: its number, its advance in font
+  // units as the file gives it (EmbeddedFont::AdvanceUnits) and the
+  // character it stands for.
+  struct Placed {
+    uint16_t glyph;
+    uint16_t units;
+    char32_t c;
+  };
+
+  // Places the glyphs of `t`, set from the origin, and returns how many
+  // there are; `file` is its font's file.
+  size_t Of(const TextRun& t, pdf::EmbeddedFont& file) {
     const FontFace& face = fonts_[t.font];
+    ascii_ = face.synthetic_bold ? nullptr : Ascii(t.text, file);
+    if (ascii_) {
+      own_ = true;
+      positions_ = false;
+      return t.text.size();
+    }
     own_ = Own(t, face, file);
-    if (own_) return {out_.data(), count_};
+    if (own_) return count_;
     out_.clear();
     if (!cr_) {
       surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR, nullptr);
@@ -107,40 +124,82 @@ class Glyphs {
       size_ = t.size_pt;
     }
     PlaceGlyphs(cairo_get_scaled_font(cr_), t, face.synthetic_bold, 0, 0, &placer_, out_);
-    return out_;
+    positions_ = true;
+    return out_.size();
   }
-  // The character each glyph of the last Of stands for, one a glyph, when
-  // they came from the file's tables (its text was then well-formed UTF-8 of
-  // the Basic Multilingual Plane, as pdf::DecodeUtf8 reads it too); null
-  // when cairo placed them.
-  const char32_t* Chars() const { return own_ ? chars_.data() : nullptr; }
-  // The advance of each glyph of the last Of in font units, as the file
-  // gives it (EmbeddedFont::AdvanceUnits), when they came from the file's
-  // tables; null when cairo placed them.
-  const uint16_t* Units() const { return own_ ? units_.data() : nullptr; }
+  // The glyphs of the last Of as the file's tables placed them (its text
+  // was then well-formed UTF-8 of the Basic Multilingual Plane, as
+  // pdf::DecodeUtf8 reads it too); null when cairo placed them.
+  const Placed* Own() const { return own_ && !ascii_ ? placed_.data() : nullptr; }
+  // The glyphs of the ASCII characters as the file's tables map them, by
+  // character, when the last Of was of ASCII text that they all map and
+  // that is set one glyph after another: glyph i of the run is then the
+  // entry of its i-th byte, and Own's table was not written.
+  const Placed* AsciiGlyphs() const { return ascii_; }
+  // The glyphs of the last Of with their positions, where they do not
+  // simply follow one another by their advances (cairo placed them, or the
+  // face is emboldened); null where they do: glyph i then sits at the sum
+  // of the advances before it, each the glyph's units times the size over
+  // the units per em, added up in order from 0 (Advance).
+  const cairo_glyph_t* Positions() const { return positions_ ? out_.data() : nullptr; }
+  // The advance of a glyph of `units` at `size_pt`, as a run's positions
+  // add it up.
+  static double Advance(uint16_t units, double size_pt, double per_unit) {
+    return double(units) * size_pt * per_unit;
+  }
 
  private:
-  // Places `t` from the file's tables into out_ and its characters into
-  // chars_; false when they do not serve.
+  // The table of `file`'s ASCII glyphs when every byte of `text` is an
+  // ASCII character the file maps (as Own would map them), else null. Most
+  // runs of a list are such text: one look at each byte tells, and the
+  // glyphs are read from the table as they are written.
+  const Placed* Ascii(std::string_view text, pdf::EmbeddedFont& file) {
+    if (&file != ascii_file_) {
+      ascii_file_ = &file;
+      ascii_table_ = nullptr;
+      const unsigned units = file.units_per_em();
+      if (units == 0 || (units & (units - 1)) != 0) return nullptr;
+      auto it = std::find_if(ascii_tables_.begin(), ascii_tables_.end(),
+                             [&](const auto& known) { return known.first == &file; });
+      if (it == ascii_tables_.end()) {
+        auto table = std::make_unique<std::array<Placed, 128>>();
+        // NUL maps to nothing here, as Own takes it.
+        (*table)[0] = Placed{0, 0, 0};
+        for (char32_t c = 1; c < 128; ++c) {
+          const pdf::EmbeddedFont::Mapped m = file.Map(c);
+          (*table)[c] = Placed{m.glyph, m.advance, c};
+        }
+        it = ascii_tables_.emplace(ascii_tables_.end(), &file, std::move(table));
+      }
+      ascii_table_ = it->second->data();
+    }
+    if (!ascii_table_) return nullptr;
+    bool mapped = true;
+    for (const char byte : text) {
+      const auto b = static_cast<unsigned char>(byte);
+      mapped = mapped && b < 0x80 && ascii_table_[b].glyph != 0;
+    }
+    return mapped ? ascii_table_ : nullptr;
+  }
+
+  // Maps `t` through the file's tables into placed_, and for an emboldened
+  // face places it into out_; false when the tables do not serve.
   //
-  // A run has at most as many characters as bytes, so the three tables are
-  // grown to that first, never shrunk, and written in place, count_ of
-  // them holding the run: a long list places millions of glyphs, and
-  // growing each table a glyph at a time cost more than mapping the glyph.
-  // With units per em a power of two, dividing by them is multiplying by
-  // their inverse, exactly.
+  // A run has at most as many characters as bytes, so the tables are grown
+  // to that first, never shrunk, and written in place, count_ of them
+  // holding the run: a long list places millions of glyphs, and growing
+  // each table a glyph at a time cost more than mapping the glyph. With
+  // units per em a power of two, dividing by them is multiplying by their
+  // inverse, exactly. The positions of a face that is not emboldened are
+  // left for the painter to add up as it writes the glyphs.
   bool Own(const TextRun& t, const FontFace& face, pdf::EmbeddedFont& file) {
+    positions_ = false;
     const unsigned units = file.units_per_em();
     if (units == 0 || (units & (units - 1)) != 0) return false;
-    const double size = t.size_pt, per_unit = 1.0 / units;
     const std::string_view text = t.text;
-    if (out_.size() < text.size()) {
-      out_.resize(text.size());
-      chars_.resize(text.size());
-      units_.resize(text.size());
-    }
+    if (placed_.size() < text.size()) placed_.resize(text.size());
+    Placed* const placed = placed_.data();
     size_t n = 0;
-    double x = 0, advance = 0;
     for (size_t i = 0; i < text.size(); ++n) {
       const auto byte = static_cast<unsigned char>(text[i]);
       char32_t c = byte;
@@ -151,16 +210,20 @@ class Glyphs {
       }
       const pdf::EmbeddedFont::Mapped m = c == 0 ? pdf::EmbeddedFont::Mapped{0, 0} : file.Map(c);
       if (m.glyph == 0) return false;
-      out_[n] = cairo_glyph_t{m.glyph, x, 0};
-      chars_[n] = c;
-      units_[n] = m.advance;
-      advance = double(m.advance) * size * per_unit;
-      x += advance;
+      placed[n] = Placed{m.glyph, m.advance, c};
     }
     count_ = n;
     if (face.synthetic_bold) {
+      const double size = t.size_pt, per_unit = 1.0 / units;
       out_.resize(n);
+      double x = 0, advance = 0;
+      for (size_t k = 0; k < n; ++k) {
+        out_[k] = cairo_glyph_t{placed[k].glyph, x, 0};
+        advance = Advance(placed[k].units, size, per_unit);
+        x += advance;
+      }
       SpaceEmboldened(out_, 0, t.size_pt, advance);
+      positions_ = true;
     }
     return true;
   }
@@ -172,10 +235,16 @@ class Glyphs {
   uint16_t font_ = UINT16_MAX;
   float size_ = 0;
   std::vector<cairo_glyph_t> out_;
-  std::u32string chars_;
-  std::vector<uint16_t> units_;
+  std::vector<Placed> placed_;
+  // The ASCII glyphs of each font file met (Ascii), the last one's at hand.
+  std::vector<std::pair<const pdf::EmbeddedFont*, std::unique_ptr<std::array<Placed, 128>>>>
+      ascii_tables_;
+  const pdf::EmbeddedFont* ascii_file_ = nullptr;
+  const Placed* ascii_table_ = nullptr;
+  const Placed* ascii_ = nullptr;  // the last run's, when Ascii placed it
   size_t count_ = 0;  // the glyphs of the last run the file's tables placed
   bool own_ = false;
+  bool positions_ = false;  // out_ holds the last run's glyphs
 };
 
 // Paints pages into content streams. Fonts and pictures are named by
@@ -375,9 +444,9 @@ class PdfPainter {
         p = std::copy_n(")] TJ\n", 6, p);
         line_.open = false;
       }
-      p = pdf::WriteScaled(p, e_units - Rounded(state_.line_x * 10000), 4);
+      p = pdf::WriteScaled(p, e_units - state_.line_x, 4);
       *p++ = ' ';
-      p = pdf::WriteScaled(p, f_units - Rounded(state_.line_y * 10000), 4);
+      p = pdf::WriteScaled(p, f_units - state_.line_y, 4);
       p = std::copy_n(" Td\n[(", 6, p);
       out_.append(text, size_t(p - text));
     } else {
@@ -391,8 +460,8 @@ class PdfPainter {
       out_ += "Tm\n[(";
     }
     state_.upright = upright;
-    state_.line_x = e;
-    state_.line_y = f;
+    state_.line_x = e_units;
+    state_.line_y = f_units;
     line_ = TextLine{true, e, f, 0, 0, 0};
   }
 
@@ -435,19 +504,19 @@ class PdfPainter {
     if (t.font >= fonts_of_doc_.size())
       throw RenderError("Text run names a font the document lacks");
     const FontFace& face = fonts_of_doc_[t.font];
-    const std::span<const cairo_glyph_t> glyphs = glyphs_.Of(t, FileOf(t.font));
-    if (glyphs.empty() && !t.underline) return;
+    const size_t count = glyphs_.Of(t, FileOf(t.font));
+    if (count == 0 && !t.underline) return;
     int resource = 0;
     pdf::EmbeddedFont& font = FontOf(t.font, resource);
-    // The character each glyph stands for: the placer sets one glyph per
-    // character, so the two line up unless the text was not plain UTF-8.
-    const char32_t* placed = glyphs_.Chars();
-    // The glyphs' advances as the file gives them, where the file's tables
-    // placed them: what EmbeddedFont::Width reads, without reading it again.
-    const uint16_t* placed_units = glyphs_.Units();
-    if (!placed) pdf::DecodeUtf8(t.text, chars_);
-    const char32_t* chars = placed ? placed : chars_.data();
-    const bool paired = placed || chars_.size() == glyphs.size();
+    // Where cairo placed the glyphs, the character each stands for: the
+    // placer sets one glyph per character, so the two line up unless the
+    // text was not plain UTF-8.
+    const Glyphs::Placed* const own = glyphs_.Own();
+    const Glyphs::Placed* const ascii = glyphs_.AsciiGlyphs();
+    const auto* const text = reinterpret_cast<const unsigned char*>(t.text.data());
+    const bool from_file = own || ascii;
+    if (!from_file) pdf::DecodeUtf8(t.text, chars_);
+    const bool paired = from_file || chars_.size() == count;
     const bool plain = !t.clip && t.angle == 0 && !t.underline && !face.synthetic_italic;
 
     if (t.clip) {
@@ -464,9 +533,12 @@ class PdfPainter {
     const double cs = t.angle ? std::cos(angle) : 1, sn = t.angle ? std::sin(angle) : 0;
     const double descent = Pt(t.baseline - t.top);
     const double ref_x = Pt(t.x), ref_y = height_ - Pt(t.top);
-    if (!glyphs.empty()) {
+    if (count > 0) {
       // A style the open line does not have ends it.
-      const double size = std::round(double(t.size_pt) * 10000) / 10000;
+      // Runs of a page nearly all share a size: rounded once for them.
+      if (t.size_pt != rounded_.size_pt || !rounded_.known)
+        rounded_ = {true, t.size_pt, std::round(double(t.size_pt) * 10000) / 10000};
+      const double size = rounded_.size;
       if (!plain || state_.font != resource || state_.size != size || state_.fill != t.color ||
           (state_.render_mode == 2) != face.synthetic_bold)
         CloseLine();
@@ -507,6 +579,7 @@ class PdfPainter {
       char bytes[256];
       size_t nbytes = 0;
       auto flush = [&] {
+        if (nbytes == 0) return;  // a run's first glyph opens its line
         out_.append(bytes, nbytes);
         nbytes = 0;
       };
@@ -514,55 +587,125 @@ class PdfPainter {
       // em a power of two, units times the inverse of the em is the very
       // double the widths give (thousandths of units over the em, over a
       // thousand), without dividing twice a glyph.
-      const double per_unit = placed_units ? 1.0 / font.units_per_em() : 0;
-      const cairo_glyph_t* const placed_glyphs = glyphs.data();
-      const size_t count = glyphs.size();
+      const double per_unit = from_file ? 1.0 / font.units_per_em() : 0;
+      const double run_size = t.size_pt;
+      if (shown_.size() <= size_t(resource)) shown_.resize(size_t(resource) + 1);
+      std::array<bool, kLatin>& latin_shown = shown_[size_t(resource)];
+      const cairo_glyph_t* const positions = glyphs_.Positions();
       // A run lies on one baseline: whether it is off the open line changes
       // only where a line is opened.
       const auto off_line = [&] {
         return !line_.open || std::abs(base_y - line_.y) / size > kSameLine;
       };
       bool off = plain && off_line();
-      for (size_t i = 0; i < count; ++i) {
-        // The glyph's place on the line, in em.
-        double at;
-        if (plain) {
-          const double x = base_x + placed_glyphs[i].x;
-          at = (x - line_.x) / size;
-          if (off || std::abs(at - line_.advances) > kFarAway) {
-            flush();
-            OpenLine(1, 0, 0, 1, x, base_y);
-            off = off_line();
-            at = 0;
+      // One loop for the three ways a run's glyphs come (the file's tables
+      // placing them one after another, the file's tables on an emboldened
+      // face, cairo), made for each: a long list writes millions of glyphs,
+      // nearly all the first way, and the glyph's place is then added up
+      // here rather than written down and read back.
+      //
+      // The open line's pen is followed in locals, and line_ brought up to
+      // date where the line is opened and once the run is written: kept in
+      // the painter, it went to memory and back at every glyph.
+      const auto write = [&](auto from_file, auto placed, auto by_byte) {
+        double pen_x = 0;  // the glyph's place from the file's advances
+        double line_x = line_.x, pen = line_.pen, advances = line_.advances;
+        int batch = line_.batch;
+        for (size_t i = 0; i < count; ++i) {
+          double glyph_x;
+          if constexpr (decltype(placed)::value) {
+            glyph_x = positions[i].x;
+          } else {
+            glyph_x = pen_x;
           }
-        } else {
-          at = placed_glyphs[i].x / size;
-        }
-        const auto g = uint16_t(placed_glyphs[i].index);
-        font.Use(g, paired ? chars[i] : 0);
-        // Rounding half away from zero, a move of less than 2.5 thousandths
-        // rounds below 3 and is dropped: most glyphs stand within that of
-        // the pen, and are written without rounding anything.
-        if (const double move = -1000 * (at - line_.pen); std::abs(move) >= 2.5) {
-          const double adjust = std::round(move);
-          if (std::abs(adjust) >= 3) {
-            flush();
-            out_ += ')';
-            AppendNumber(out_, adjust, 0);
-            out_ += '(';
-            line_.pen -= adjust / 1000;
+          // The glyph's place on the line, in em.
+          double at;
+          if (plain) {
+            const double x = base_x + glyph_x;
+            at = (x - line_x) / size;
+            if (off || std::abs(at - advances) > kFarAway) {
+              flush();
+              OpenLine(1, 0, 0, 1, x, base_y);
+              off = off_line();
+              at = 0;
+              line_x = line_.x;
+              pen = line_.pen;
+              advances = line_.advances;
+              batch = line_.batch;
+            }
+          } else {
+            at = glyph_x / size;
+          }
+          uint16_t g;
+          const Glyphs::Placed* glyph = nullptr;
+          if constexpr (decltype(by_byte)::value) {
+            glyph = &ascii[text[i]];
+          } else if constexpr (decltype(from_file)::value) {
+            glyph = &own[i];
+          }
+          if constexpr (decltype(from_file)::value) {
+            g = glyph->glyph;
+            // A character the file's tables mapped is marked shown once:
+            // after that its glyph stands for it (or for a character met
+            // before), and EmbeddedFont::Use would change nothing.
+            const char32_t c = glyph->c;
+            if (c >= kLatin || !latin_shown[c]) {
+              font.Use(g, c);
+              if (c < kLatin) latin_shown[c] = true;
+            }
+          } else {
+            g = uint16_t(positions[i].index);
+            font.Use(g, paired ? chars_[i] : 0);
+          }
+          // Rounding half away from zero, a move of less than 2.5 thousandths
+          // rounds below 3 and is dropped: most glyphs stand within that of
+          // the pen, and are written without rounding anything.
+          if (const double move = -1000 * (at - pen); std::abs(move) >= 2.5) {
+            const double adjust = std::round(move);
+            if (std::abs(adjust) >= 3) {
+              flush();
+              out_ += ')';
+              AppendNumber(out_, adjust, 0);
+              out_ += '(';
+              pen -= adjust / 1000;
+            }
+          }
+          if (nbytes + 4 > sizeof bytes) flush();
+          if (g < 0x100 && !kEscaped[g]) {
+            // Nearly every glyph, written here as GlyphBytes writes it.
+            bytes[nbytes] = 0;
+            bytes[nbytes + 1] = char(g);
+            nbytes += 2;
+          } else {
+            nbytes += GlyphBytes(g, bytes + nbytes);
+          }
+          double advance;
+          if constexpr (decltype(from_file)::value) {
+            advance = double(glyph->units) * per_unit;
+            if constexpr (!decltype(placed)::value)
+              pen_x += Glyphs::Advance(glyph->units, run_size, per_unit);
+          } else {
+            advance = font.Width(g) / 1000;
+          }
+          pen += advance;
+          advances += advance;
+          if (++batch == kBatch) {
+            batch = 0;
+            advances = pen;
           }
         }
-        if (nbytes + 4 > sizeof bytes) flush();
-        nbytes += GlyphBytes(g, bytes + nbytes);
-        const double advance =
-            placed_units ? double(placed_units[i]) * per_unit : font.Width(g) / 1000;
-        line_.pen += advance;
-        line_.advances += advance;
-        if (++line_.batch == kBatch) {
-          line_.batch = 0;
-          line_.advances = line_.pen;
-        }
+        line_.pen = pen;
+        line_.advances = advances;
+        line_.batch = batch;
+      };
+      if (!from_file) {
+        write(std::false_type{}, std::true_type{}, std::false_type{});
+      } else if (positions) {
+        write(std::true_type{}, std::true_type{}, std::false_type{});
+      } else if (ascii) {
+        write(std::true_type{}, std::false_type{}, std::true_type{});
+      } else {
+        write(std::true_type{}, std::false_type{}, std::false_type{});
       }
       flush();
       if (!plain) CloseLine();
@@ -692,9 +835,19 @@ class PdfPainter {
   std::map<std::string, std::unique_ptr<pdf::EmbeddedFont>> files_;
   std::vector<pdf::EmbeddedFont*> file_of_;  // document font -> its file, null before use
   std::vector<pdf::EmbeddedFont*> fonts_;  // by resource number
+  // By resource number, the characters below kLatin already marked shown
+  // in the font as the file's tables map them.
+  static constexpr char32_t kLatin = 256;
+  std::vector<std::array<bool, kLatin>> shown_;
   std::map<const Image*, size_t> image_numbers_;
   std::vector<std::shared_ptr<const Image>> images_;  // by resource number
 
+  // The size of the last run drawn, as the contents write it.
+  struct RoundedSize {
+    bool known = false;
+    float size_pt = 0;
+    double size = 0;
+  } rounded_;
   std::string out_;
   std::u32string chars_;  // the characters of the run being drawn
   State state_;
@@ -703,19 +856,36 @@ class PdfPainter {
   double height_ = 0;
 };
 
-// A page painted before the file was opened: its contents compressed, and
-// the contents of the items added to it afterwards (the footers stamped on
-// every page once the page count is known), which go into a second stream
-// of the page. The contents may end inside a text object (PdfPainter::Paint
-// with `open`); the stream after them ends it.
+// Pages of a document that is no longer than this go into its file as
+// they were painted, not compressed. Compressing a page costs the same
+// whichever its document: libdeflate makes and clears its tables and
+// weighs its codes for each stream, then some 25 instructions a byte. On an
+// eight-page patient list that was a ninth of the report's time, on the
+// six pages of the month's new patients a fifteenth, to save some 50 KB of
+// a file the front desk prints or mails at once (26 KB stored is 77 KB).
+// A longer document compresses every page: the first ones are kept as
+// painted until the file is written, when its length is known, and
+// compressed then, on the report's thread, where they were painted.
+constexpr size_t kStoredPages = 16;
+
+// A page painted before the file was opened: its contents compressed (or
+// as painted, for the first pages), and the contents of the items added to
+// it afterwards (the footers stamped on every page once the page count is
+// known), which go into a second stream of the page. The contents may end
+// inside a text object (PdfPainter::Paint with `open`); the stream after
+// them ends it.
 struct PaintedPage {
   bool painted = false;
+  // `contents` as painted, not compressed: a page among the first
+  // kStoredPages, or shorter than pdf::kStoredBelow.
+  bool raw = false;
   Twips width, height;
   std::string contents;  // compressed, when held in memory
   int64_t spilled = -1;  // else their offset in the temporary file
   uint32_t spilled_size = 0;
   std::string added;         // as painted, the text object left open
-  std::string added_packed;  // compressed, the text object ended
+  std::string added_packed;  // the text object ended, compressed unless added_raw
+  bool added_raw = false;    // added_packed shorter than pdf::kStoredBelow, as painted
   State end;                 // the reader's state where `contents` and `added` end
   // Painted and waiting to be compressed (PdfPaintAhead's raw pages): the
   // number its raw contents were queued under, 0 when none wait.
@@ -881,6 +1051,14 @@ class PdfPaintAhead final : public PageSink {
   // core (an eight-page patient list took 7.8 ms instead of 3.0; see
   // CatchUp for the longer documents).
   static constexpr size_t kHereUpTo = 16;
+  // Items the jobs gathered must hold, at least, for the second thread to
+  // be started past kHereUpTo: eight pages of a list hold a thousand and
+  // more, and painting them is worth a core of its own; eight memos or
+  // letters hold a few dozen, painted here in a fraction of what starting
+  // the thread cost a 25-page run of memos (and, with the other core busy,
+  // the report's thread then waited for the second one at CatchUp). The
+  // pages come out the same either way.
+  static constexpr size_t kItemsForAThread = 400;
   // Painted pages left waiting to be compressed, at most: past it the
   // second thread compresses one itself after each page it paints, so that
   // the raw contents (some 7 KB a page of a list) never pile up.
@@ -923,7 +1101,9 @@ class PdfPaintAhead final : public PageSink {
       work_.notify_one();
       return;
     }
-    if (short_so_far) {
+    size_t items = 0;
+    for (const Job& gathered : jobs_) items += gathered.items.size();
+    if (short_so_far || items < kItemsForAThread) {
       std::deque<Job> jobs;
       jobs.swap(jobs_);
       waiting_pages_ = 0;
@@ -1004,11 +1184,12 @@ class PdfPaintAhead final : public PageSink {
         Keep(pages_[s.page], std::move(s.data));
   }
 
-  // Keeps `compressed` as `page`'s contents: in memory up to the budget,
-  // past it in the temporary file.
-  void Keep(PaintedPage& page, std::string compressed) {
+  // Keeps `contents` (compressed, or as painted for a page marked raw) as
+  // `page`'s contents: in memory up to the budget, past it in the
+  // temporary file.
+  void Keep(PaintedPage& page, std::string contents) {
     page.waiting = 0;
-    page.contents = std::move(compressed);
+    page.contents = std::move(contents);
     if (held_ + page.contents.size() > held_in_memory_) {
       if (const int64_t at = spill_->Append(page.contents); at >= 0) {
         page.spilled = at;
@@ -1118,8 +1299,15 @@ class PdfPaintAhead final : public PageSink {
         page.width = job.width;
         page.height = job.height;
         page.painted = true;
+        const std::string& painted = painter_->Paint(job.items, job.height, page.end, true);
+        // A short page is never compressed, so it is kept as painted too.
+        if (job.page < kStoredPages || painted.size() < pdf::kStoredBelow) {
+          page.raw = true;
+          Keep(page, painted);
+          break;
+        }
         page.waiting = ++queued_;
-        Squeeze raw{job.page, page.waiting, painter_->Paint(job.items, job.height, page.end, true)};
+        Squeeze raw{job.page, page.waiting, painted};
         bool crowded = false;
         {
           std::lock_guard lock(mu_);
@@ -1135,7 +1323,9 @@ class PdfPaintAhead final : public PageSink {
         // file is written.
         if (!page.painted) break;
         page.added += painter_->Paint(job.items, page.height, page.end, true);
-        page.added_packed = Deflate(page.end.in_text ? page.added + "ET\n" : page.added);
+        page.added_packed = page.end.in_text ? page.added + "ET\n" : page.added;
+        page.added_raw = page.added_packed.size() < pdf::kStoredBelow;
+        if (!page.added_raw) page.added_packed = Deflate(page.added_packed);
         break;
       case Job::kForget:
         held_ -= page.contents.size();
@@ -1187,6 +1377,7 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
   pdf::PdfFile file(path, ahead ? &ahead->Deflater() : nullptr);
   const int catalog = file.Reserve(), pages = file.Reserve(), resources = file.Reserve(),
             info = file.Reserve();
+  const bool stored = size_t(last - first + 1) <= kStoredPages;
   std::string kids;
   int end_text = 0;
   std::string read_back;
@@ -1234,12 +1425,18 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
       width = painted->width;
       height = painted->height;
       const int content = file.Reserve();
-      file.Stream(content, "/Filter /FlateDecode", ahead->Contents(*painted, read_back), 0);
+      const std::string_view painted_contents = ahead->Contents(*painted, read_back);
+      if (!painted->raw)
+        file.Stream(content, "/Filter /FlateDecode", painted_contents, 0);
+      else if (stored || painted_contents.size() < pdf::kStoredBelow)
+        file.Stream(content, "", painted_contents, 0);
+      else
+        file.Stream(content, "/Filter /FlateDecode", ahead->Deflater()(painted_contents), 0);
       contents = std::to_string(content) + " 0 R";
       int more = 0;
       if (!painted->added.empty()) {
         more = file.Reserve();
-        file.Stream(more, "/Filter /FlateDecode", painted->added_packed, 0);
+        file.Stream(more, painted->added_raw ? "" : "/Filter /FlateDecode", painted->added_packed, 0);
       } else if (painted->end.in_text) {
         // Pages without additions share one stream that ends their text.
         if (!end_text) {
@@ -1255,9 +1452,14 @@ void Write(const Document& doc, const std::string& path, int first, int last, Pd
       height = page.height;
       const int content = file.Reserve();
       State state;
-      batch_ids.push_back(content);
-      batch.push_back(painter.Paint(page.items, page.height, state));
-      if (batch.size() == kPagesABatch) send_batch();
+      const std::string& painted = painter.Paint(page.items, page.height, state);
+      if (stored || painted.size() < pdf::kStoredBelow) {
+        file.Stream(content, "", painted, 0);
+      } else {
+        batch_ids.push_back(content);
+        batch.push_back(painted);
+        if (batch.size() == kPagesABatch) send_batch();
+      }
       contents = std::to_string(content) + " 0 R";
     }
     const int id = file.Reserve();

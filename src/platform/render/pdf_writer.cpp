@@ -39,34 +39,18 @@ void AppendScaled(std::string& out, int64_t n, int decimals) {
   out.append(text, size_t(WriteScaled(text, n, decimals) - text));
 }
 
-char* WriteScaled(char* to, int64_t n, int decimals) {
-  if (n == 0) {
-    *to = '0';
-    return to + 1;
-  }
-  if (n < 0) {
-    *to++ = '-';
-    n = -n;
-  }
-  // Drop the fraction's trailing zeros before writing anything.
-  while (decimals > 0 && n % 10 == 0) {
-    n /= 10;
-    --decimals;
-  }
-  // Written backwards into a buffer, then copied at once: the fraction's
-  // digits and its point, then the whole part two digits at a time.
-  static constexpr char kPairs[] =
-      "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-      "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-      "8081828384858687888990919293949596979899";
-  char text[kScaledRoom];
-  char* const end = text + sizeof text;
+namespace {
+
+constexpr char kPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+// Writes the whole number `u` backwards, ending at `end`, two digits at a
+// time; returns where it begins.
+template <typename U>
+char* WholeBackwards(char* end, U u) {
   char* p = end;
-  auto u = static_cast<uint64_t>(n);
-  if (decimals > 0) {
-    for (int i = 0; i < decimals; ++i, u /= 10) *--p = char('0' + u % 10);
-    *--p = '.';
-  }
   while (u >= 100) {
     p -= 2;
     std::memcpy(p, kPairs + (u % 100) * 2, 2);
@@ -78,6 +62,62 @@ char* WriteScaled(char* to, int64_t n, int decimals) {
   } else {
     *--p = char('0' + u);
   }
+  return p;
+}
+
+// WriteScaled for ten-thousandths below 2^32 either way, the moves and
+// positions of every line of text on a page: the whole part two digits at
+// a time, the fraction as two pairs of digits trimmed of their trailing
+// zeros, in 32-bit arithmetic. `n` is not 0.
+char* WriteTenThousandths(char* to, int64_t n) {
+  if (n < 0) *to++ = '-';
+  const auto u = uint32_t(n < 0 ? -n : n);
+  const uint32_t fraction = u % 10000;
+  // The whole part (six digits at most), backwards into a buffer and then
+  // copied eight bytes at once; the caller's room holds them.
+  char digits[16] = {};
+  char* const end = digits + 8;
+  const char* const p = WholeBackwards(end, u / 10000);
+  std::memcpy(to, p, 8);
+  to += end - p;
+  if (fraction == 0) return to;
+  const uint32_t high = fraction / 100, low = fraction % 100;
+  to[0] = '.';
+  std::memcpy(to + 1, kPairs + high * 2, 2);
+  std::memcpy(to + 3, kPairs + low * 2, 2);
+  if (low != 0) return to + (low % 10 != 0 ? 5 : 4);
+  return to + (high % 10 != 0 ? 3 : 2);
+}
+
+}  // namespace
+
+char* WriteScaled(char* to, int64_t n, int decimals) {
+  if (n == 0) {
+    *to = '0';
+    return to + 1;
+  }
+  if (decimals == 4 && n > -int64_t(UINT32_MAX) && n < int64_t(UINT32_MAX))
+    return WriteTenThousandths(to, n);
+  if (n < 0) {
+    *to++ = '-';
+    n = -n;
+  }
+  // Drop the fraction's trailing zeros before writing anything.
+  while (decimals > 0 && n % 10 == 0) {
+    n /= 10;
+    --decimals;
+  }
+  // Written backwards into a buffer, then copied at once: the fraction's
+  // digits and its point, then the whole part two digits at a time.
+  char text[kScaledRoom];
+  char* const end = text + sizeof text;
+  char* p = end;
+  auto u = static_cast<uint64_t>(n);
+  if (decimals > 0) {
+    for (int i = 0; i < decimals; ++i, u /= 10) *--p = char('0' + u % 10);
+    *--p = '.';
+  }
+  p = WholeBackwards(p, u);
   std::memcpy(to, p, size_t(end - p));
   return to + (end - p);
 }
@@ -141,17 +181,6 @@ int CompressorLevel(int level) {
   return level < 1 ? 1 : level > 12 ? 12 : level;
 }
 
-// Streams shorter than this go into the zlib format as one stored block.
-// Whatever its length, libdeflate clears its match tables and builds and
-// weighs its Huffman codes for a stream, some 60,000 instructions, and
-// then spends some 25 a byte: a letter's page of 2.5 KB took 130,000 to
-// save 1.6 KB, as much as painting it, and each font's character map of
-// 1 to 2 KB some 90,000 to save 700 bytes. A run of 22 reactivation
-// letters spent a sixth of its time compressing its pages; stored, its
-// file is 70 KB rather than 34 KB, and the catalogue's one-page documents
-// grow by some 3 KB each. The pages of lists (6 to 8 KB of contents, a
-// fifth of that compressed) are compressed as before, and so are fonts.
-constexpr size_t kStoredBelow = 4096;
 
 // `data` (under 64 KB) in the zlib format, uncompressed: the header of a
 // 32 KB window at the fastest level, one final stored block, the Adler-32
@@ -182,21 +211,28 @@ std::string Deflate(std::string_view data, int level) {
 }
 
 struct Deflater::State {
+  int level;
   libdeflate_compressor* compressor = nullptr;
   std::string buffer;
 };
 
+// The compressor is made for the first stream long enough to be
+// compressed: its tables are some hundreds of kilobytes of fresh memory,
+// and a letter or a memo, whose every stream is stored, never needs them.
 Deflater::Deflater(int level) : state_(std::make_unique<State>()) {
-  state_->compressor = libdeflate_alloc_compressor(CompressorLevel(level));
-  if (state_->compressor == nullptr) throw RenderError("Cannot compress a PDF stream");
+  state_->level = CompressorLevel(level);
 }
 
 Deflater::~Deflater() {
-  libdeflate_free_compressor(state_->compressor);
+  if (state_->compressor) libdeflate_free_compressor(state_->compressor);
 }
 
 std::string Deflater::operator()(std::string_view data) {
   if (data.size() < kStoredBelow) return Stored(data);
+  if (!state_->compressor) {
+    state_->compressor = libdeflate_alloc_compressor(state_->level);
+    if (state_->compressor == nullptr) throw RenderError("Cannot compress a PDF stream");
+  }
   // Into a buffer kept from stream to stream, then copied at its size: the
   // pages painted ahead keep their compressed contents until the file is
   // written, and a string cut down to size would keep the room it had.
@@ -256,6 +292,7 @@ void PdfFile::Object(int id, std::string_view body) {
 }
 
 void PdfFile::Stream(int id, std::string_view dict, std::string_view data, int level) {
+  if (data.size() < kStoredBelow) level = 0;
   std::string packed;
   if (level == kDeflateLevel) {
     if (!deflater_) deflater_ = (own_deflater_ = std::make_unique<Deflater>(level)).get();

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -6,6 +7,7 @@
 
 #include "common/errors.h"
 #include "platform/host/files.h"
+#include "platform/host/mapped_file.h"
 
 using namespace orv::host;
 
@@ -30,6 +32,21 @@ TEST(Files, TempFolderAndNewTempFiles) {
   EXPECT_EQ(GetTempDirectory(), "");
   EXPECT_EQ(GetNewTempFile("abc"), "");
   ::unsetenv("TMPDIR");
+}
+
+// Every reader of a file gets the one mapping; a file missing when first
+// asked for is looked for again, so one installed later is read.
+TEST(Files, SharedMappingIsOnePerFileAndAMissingFileIsLookedForAgain) {
+  const std::string path =
+      (std::filesystem::temp_directory_path() / ("orv_shared_" + std::to_string(::getpid()))).string();
+  std::filesystem::remove(path);
+  EXPECT_FALSE(MappedFile::Shared(path)->opened());
+  std::ofstream(path, std::ios::binary) << "glyphs";
+  const auto first = MappedFile::Shared(path);
+  ASSERT_TRUE(first->opened());
+  EXPECT_EQ(first->bytes(), "glyphs");
+  EXPECT_EQ(MappedFile::Shared(path).get(), first.get());
+  std::filesystem::remove(path);
 }
 
 TEST(Files, TaggedPathsResolveWithoutRegardToCase) {

@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -85,6 +87,30 @@ TEST(PdfNumbers, FixedDecimalsWithoutLocale) {
     std::string number;
     pdf::AppendNumber(number, double(c.units) / 10000, 4);
     EXPECT_EQ(number, c.text) << c.name;
+  }
+  // Every count of ten-thousandths near the page's scale, and some far past
+  // it on either side of the 32-bit range, against printf's digits with the
+  // fraction's trailing zeros (and a bare point) dropped.
+  std::vector<int64_t> counts;
+  for (int64_t u = -200000; u <= 200000; ++u) counts.push_back(u);
+  for (const int64_t big : {int64_t(UINT32_MAX) - 1, int64_t(UINT32_MAX), int64_t(UINT32_MAX) + 1,
+                            int64_t(1) << 40, INT64_MAX / 3, int64_t(61234567890)})
+    for (const int64_t u : {big, -big, big / 7 * 10, -(big / 7 * 10)}) counts.push_back(u);
+  for (const int64_t u : counts) {
+    char expected[48];
+    std::snprintf(expected, sizeof expected, "%s%lld.%04lld", u < 0 ? "-" : "",
+                  static_cast<long long>((u < 0 ? -u : u) / 10000),
+                  static_cast<long long>((u < 0 ? -u : u) % 10000));
+    std::string want = expected;
+    while (want.back() == '0') want.pop_back();
+    if (want.back() == '.') want.pop_back();
+    if (u == 0) want = "0";
+    char room[pdf::kScaledRoom];
+    const std::string written(room, pdf::WriteScaled(room, u, 4));
+    if (written != want) {
+      ADD_FAILURE() << u << " written as " << written << ", not " << want;
+      break;
+    }
   }
 }
 
@@ -350,6 +376,46 @@ TEST(PdfWriter, StreamsInflateToTheirData) {
   libdeflate_free_decompressor(inflater);
 }
 
+// A document of up to 16 pages keeps its page contents as painted; a
+// longer one compresses every page, the first 16 too, whether its pages
+// were painted ahead or when the file is written.
+TEST(PdfWriter, ShortDocumentsStoreTheirPagesLongerOnesCompressThemAll) {
+  const struct {
+    const char* name;
+    int pages;
+    bool ahead;
+  } cases[] = {{"16 pages painted ahead", 16, true},
+               {"17 pages painted ahead", 17, true},
+               {"16 pages painted at the write", 16, false},
+               {"17 pages painted at the write", 17, false}};
+  const std::string pdf = TempPath("stored.pdf");
+  for (const auto& c : cases) {
+    Document d = SampleDocument();
+    d.pages.clear();
+    if (c.ahead) d.pages.HandOver(PaintPdfAhead(d.fonts, size_t(1) << 30));
+    for (int i = 1; i <= c.pages; ++i) {
+      Page p{Twips(12240), Twips(15840), {}};
+      // Some 6 KB of contents a page, as a page of a list has.
+      for (int line = 0; line < 100; ++line)
+        p.items.push_back(At("Page " + std::to_string(i) + ", line " + std::to_string(line), 1440,
+                             1440 + line * 140));
+      d.pages.push_back(std::move(p));
+      d.pages.Seal(size_t(i - 1));
+    }
+    RenderPdf(d, pdf);
+    const auto size = fs::file_size(pdf);
+    if (c.pages <= 16)
+      EXPECT_GT(size, size_t(c.pages) * 5000) << c.name;
+    else
+      EXPECT_LT(size, size_t(c.pages) * 5000 / 2) << c.name;
+    const std::string text = Shell("pdftotext " + pdf + " -");
+    for (int i = 1; i <= c.pages; ++i)
+      EXPECT_NE(text.find("Page " + std::to_string(i) + ", line 99\n"), std::string::npos)
+          << c.name << ": page " << i;
+  }
+  fs::remove(pdf);
+}
+
 TEST(PdfWriter, AFailedWriteNamesThePathAndLeavesNoFile) {
   Document d = SampleDocument();
   const std::string missing = TempPath("no-such-folder") + "/out.pdf";
@@ -373,24 +439,36 @@ size_t Threads() {
 // cannot be painted on page 40 of 70 fails the write with the painter's
 // own error, on the writer's thread, and no file is left. Pages painted
 // into the temporary file are read back in order. A document dropped while
-// its pages are painted takes the thread with it.
+// its pages are painted takes the thread with it. Pages of a line or two,
+// as memos are, are painted on the report's thread, however many.
 TEST(PdfWriter, PaintingAheadFailsTheWriteAndEndsWithTheDocument) {
   const std::string pdf = TempPath("ahead.pdf");
   const size_t threads = Threads();
   auto broken = std::make_shared<Image>();
   broken->width = broken->height = 4;  // and no pixels
-  const auto paint_ahead = [&](Document& d, bool fail, size_t held_in_memory = size_t(1) << 30) {
+  // Each page its number and `lines` lines more, as a page of a list.
+  const auto paint_ahead = [&](Document& d, bool fail, size_t held_in_memory = size_t(1) << 30,
+                               int lines = 60) {
     d.pages.clear();
     d.pages.HandOver(PaintPdfAhead(d.fonts, held_in_memory));
     for (int i = 1; i <= 70; ++i) {
       Page p{Twips(12240), Twips(15840), {}};
       p.items.push_back(At("Page " + std::to_string(i), 1440, 1440));
+      for (int line = 1; line <= lines; ++line) p.items.push_back(At("A line", 1440, 1440 + line * 200));
       if (fail && i == 40)
         p.items.push_back(Picture{{Twips(1440), Twips(4000), Twips(720), Twips(720)}, broken});
       d.pages.push_back(std::move(p));
       d.pages.Seal(size_t(i - 1));
     }
   };
+  {
+    Document d = SampleDocument();
+    paint_ahead(d, false, size_t(1) << 30, 0);
+    EXPECT_EQ(Threads(), threads) << "light pages are painted here";
+    RenderPdf(d, pdf);
+    EXPECT_NE(Shell("pdftotext " + pdf + " -").find("Page 70\n"), std::string::npos);
+    fs::remove(pdf);
+  }
   {
     Document d = SampleDocument();
     paint_ahead(d, true);
@@ -402,7 +480,7 @@ TEST(PdfWriter, PaintingAheadFailsTheWriteAndEndsWithTheDocument) {
       const Page page = copy.Read(size_t(i - 1));
       ASSERT_FALSE(page.items.empty()) << "page " << i;
       EXPECT_EQ(std::get<TextRun>(page.items[0]).text, "Page " + std::to_string(i));
-      EXPECT_EQ(page.items.size(), i == 40 ? 2u : 1u) << "page " << i;
+      EXPECT_EQ(page.items.size(), i == 40 ? 62u : 61u) << "page " << i;
     }
     EXPECT_TRUE(orv::testing::ThrowsSaying([&] { RenderPdf(d, pdf); }, {"fewer pixels"}));
     EXPECT_FALSE(fs::exists(pdf));
