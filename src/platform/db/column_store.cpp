@@ -146,9 +146,9 @@ std::string_view ColumnStore::EntryAt(uint64_t at, size_t* taken) const {
 }
 
 std::string_view ColumnStore::BytesAt(size_t row, size_t column) const {
-  const Column& c = columns_[column];
-  if (!HoldsBytes(c.kind(row))) return {};
-  return EntryAt(c.bits(row));
+  const Cell cell = CellAt(row, column);
+  if (!HoldsBytes(cell.kind)) return {};
+  return BytesOf(cell.bits);
 }
 
 void ColumnStore::Assign(Column& c, size_t row, Kind kind, uint64_t bits) {
@@ -211,10 +211,9 @@ void ColumnStore::PushValue(size_t column, const Variant& value) {
   Set(rows_, column, value);
 }
 
-Variant ColumnStore::Get(size_t row, size_t column) const {
-  const Column& c = columns_[column];
-  uint64_t bits = c.bits(row);
-  switch (c.kind(row)) {
+Variant ColumnStore::ValueOf(Cell cell) const {
+  const uint64_t bits = cell.bits;
+  switch (cell.kind) {
     case Kind::Empty: return Variant();
     case Kind::Null: return Variant::Null();
     case Kind::Long: return Variant(static_cast<int>(static_cast<int64_t>(bits)));
@@ -222,10 +221,10 @@ Variant ColumnStore::Get(size_t row, size_t column) const {
     case Kind::Double: return Variant(std::bit_cast<double>(bits));
     case Kind::Currency: return Variant(Currency::FromRaw(static_cast<int64_t>(bits)));
     case Kind::Date: return Variant(DateTime(std::bit_cast<double>(bits)));
-    case Kind::String: return Variant(BytesAt(row, column));
+    case Kind::String: return Variant(BytesOf(bits));
     case Kind::Boolean: return Variant(bits != 0);
     case Kind::Binary: {
-      std::string_view b = BytesAt(row, column);
+      const std::string_view b = BytesOf(bits);
       return Variant(Bytes(b.begin(), b.end()));
     }
   }

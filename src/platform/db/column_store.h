@@ -50,13 +50,36 @@ class ColumnStore {
   void PopRow();
   void Reserve(size_t rows);
 
-  Variant Get(size_t row, size_t column) const;
+  Variant Get(size_t row, size_t column) const { return ValueOf(CellAt(row, column)); }
   void Set(size_t row, size_t column, const Variant& value);
   // Sets a cell from its kind and payload (as BitsAt reads it), or a
   // String or Binary cell from its bytes, without a Variant.
   void SetCell(size_t row, size_t column, Kind kind, uint64_t bits) { Assign(columns_[column], row, kind, bits); }
   void SetBytes(size_t row, size_t column, Kind kind, std::string_view bytes) {
     Assign(columns_[column], row, kind, AddBytes(bytes));
+  }
+
+  // A cell's kind and payload, read from its chunk together: a report
+  // reads a value of the current row this way on every read, and each of
+  // KindAt and BitsAt found the chunk again.
+  struct Cell {
+    Kind kind;
+    uint64_t bits;
+  };
+  Cell CellAt(size_t row, size_t column) const {
+    const Chunk& chunk = columns_[column].chunks[row >> kChunkShift];
+    const size_t i = row & (kChunkRows - 1);
+    return {chunk.mixed ? chunk.kinds[i] : chunk.only, chunk.bits[i]};
+  }
+  // The value of a cell read by CellAt.
+  Variant ValueOf(Cell cell) const;
+  // The bytes of a String or Binary cell from its payload. Most texts are
+  // shorter than 128 bytes and take one byte of length, read here in line.
+  std::string_view BytesOf(uint64_t at) const {
+    const char* entry = arena_[at >> 32].data() + static_cast<uint32_t>(at);
+    const auto length = static_cast<unsigned char>(*entry);
+    if (length < 0x80) return {entry + 1, length};
+    return EntryAt(at);
   }
 
   // Reading without making a Variant, for the loops that visit every row

@@ -13,6 +13,47 @@ FieldType Field::Type() const { return s_->FieldAt(index_).type; }
 long Field::DefinedSize() const { return s_->FieldAt(index_).defined_size; }
 bool Field::IsChapter() const { return s_->FieldAt(index_).chapter >= 0; }
 
+namespace {
+
+// The text of a cell that holds no text: "" for Null and Empty, else the
+// value's text in `scratch`. Out of line, so that a read of text needs
+// none of what making a Variant does.
+[[gnu::noinline]] std::string_view OtherText(const ColumnStore& cells, ColumnStore::Cell cell,
+                                             std::string& scratch) {
+  if (cell.kind == ColumnStore::Kind::Empty || cell.kind == ColumnStore::Kind::Null) return {};
+  scratch = CStr(cells.ValueOf(cell));
+  return scratch;
+}
+
+inline std::string_view CellText(const ColumnStore& cells, size_t row, int index, std::string& scratch) {
+  const ColumnStore::Cell cell = cells.CellAt(row, index);
+  if (cell.kind == ColumnStore::Kind::String) return cells.BytesOf(cell.bits);
+  return OtherText(cells, cell, scratch);
+}
+
+}  // namespace
+
+// The usual read, in line: the recordset (a chapter once it has followed
+// its parent) on a row, and a plain field, which is checked once per row
+// set rather than at every read. Anything else goes to ReadableRow, which
+// checks in its order and names what it throws for.
+inline bool Field::PlainRow(size_t* row) const {
+  RecordsetState& s = *s_;
+  s.Ready();
+  if (!s.AtRow()) return false;
+  const RowSet& rows = *s.data;
+  if (rows.id != plain_rows_) {
+    const auto index = static_cast<size_t>(index_);
+    if (index >= rows.fields.size() || rows.fields[index].chapter >= 0 || !rows.fields[index].held ||
+        index >= rows.cells().ColumnCount())
+      return false;
+    plain_rows_ = rows.id;
+  }
+  s.NoteRead(index_);
+  *row = s.view[s.pos];
+  return true;
+}
+
 size_t Field::ReadableRow() const {
   size_t row = s_->CurrentRow();
   const FieldInfo& f = s_->FieldAt(index_);
@@ -26,15 +67,25 @@ size_t Field::ReadableRow() const {
   return row;
 }
 
-Variant Field::Value() const { return s_->data->Get(ReadableRow(), index_); }
+// Both reads go to the cell itself, checked once by PlainRow or
+// ReadableRow. A field added after the rows were read has no column and
+// reads Empty, as RowSet::Get gives it; only ReadableRow lets it through.
+Variant Field::Value() const {
+  size_t row;
+  if (PlainRow(&row)) return s_->data->cells().ValueOf(s_->data->cells().CellAt(row, index_));
+  row = ReadableRow();
+  const ColumnStore& cells = s_->data->cells();
+  if (static_cast<size_t>(index_) >= cells.ColumnCount()) return Variant();
+  return cells.ValueOf(cells.CellAt(row, index_));
+}
 
 std::string_view Field::Text(std::string& scratch) const {
-  const size_t row = ReadableRow();
-  if (const auto text = s_->data->TextAt(row, index_)) return *text;
-  const Variant v = s_->data->Get(row, index_);
-  if (v.IsNull() || v.IsEmpty()) return {};
-  scratch = CStr(v);
-  return scratch;
+  size_t row;
+  if (PlainRow(&row)) return CellText(s_->data->cells(), row, index_, scratch);
+  row = ReadableRow();
+  const ColumnStore& cells = s_->data->cells();
+  if (static_cast<size_t>(index_) >= cells.ColumnCount()) return {};
+  return CellText(cells, row, index_, scratch);
 }
 
 void Field::Value(const Variant& v) {

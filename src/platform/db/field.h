@@ -4,6 +4,7 @@
 // new current row, as the reports' field objects do.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -56,9 +57,17 @@ class Field {
  private:
   // The current row, once the field is known to hold a readable value.
   size_t ReadableRow() const;
+  // The current row for the usual read (see field.cpp); false for any
+  // other, which ReadableRow checks.
+  bool PlainRow(size_t* row) const;
 
   std::shared_ptr<RecordsetState> s_;
   int index_;
+  // The id of the row set in which this field was last found to be a
+  // plain one (its values held, no chapter, a column of cells): those do
+  // not change while the recordset reads the same rows, so the next read
+  // checks the position alone. 0 before the first read.
+  mutable uint64_t plain_rows_ = 0;
 };
 
 class FieldsCollection {

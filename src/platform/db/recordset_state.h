@@ -73,8 +73,13 @@ struct RecordsetState {
   std::vector<int> key_fields;
 
   // Checks that the recordset is open and, for a chapter, follows the
-  // parent's current row.
-  void Ready();
+  // parent's current row. In line for an open recordset of its own: every
+  // value a report reads and every move checks it.
+  void Ready() {
+    if (!open || parent_chapter >= 0) FollowParent();
+  }
+  // Ready's work for a chapter, and its error for a closed recordset.
+  void FollowParent();
   // The data row index of the current row; throws at BOF/EOF.
   size_t CurrentRow();
   bool AtRow() const { return pos >= 0 && pos < static_cast<long>(view.size()); }
@@ -95,8 +100,12 @@ struct RecordsetState {
   // rows are shared by every parent row.
   static constexpr size_t kLayOutRows = size_t{1} << 14;
   void LayOutInViewOrder();
-  // Writes a pending edit (Update).
-  void Commit();
+  // Writes a pending edit (Update); in line for the usual move, which has
+  // none.
+  void Commit() {
+    if (edit != 0) WriteEdit();
+  }
+  void WriteEdit();
   void Cancel();
   void Moved();
   // The fields read by Value (the first 64), so that a move forward can

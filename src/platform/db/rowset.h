@@ -150,13 +150,6 @@ struct RowSet {
   Variant Get(size_t row, int field) const {
     return Col(field) < cells_.ColumnCount() && fields[Col(field)].held ? cells_.Get(row, Col(field)) : Variant();
   }
-  // The bytes of `field` in `row` when it holds text, read in place;
-  // nullopt for a value of any other kind.
-  std::optional<std::string_view> TextAt(size_t row, int field) const {
-    if (Col(field) >= cells_.ColumnCount() || cells_.KindAt(row, Col(field)) != ColumnStore::Kind::String)
-      return std::nullopt;
-    return cells_.BytesAt(row, Col(field));
-  }
   // Sets one value (bumps `version`).
   void Set(size_t row, int field, const Variant& value);
   // Sets one value as the engine holds it, converted for the field's kind

@@ -19,6 +19,9 @@ std::vector<std::pair<const char*, Variant>> Samples() {
       {"blanks", Variant("   ")},
       {"trailing blanks", Variant("Côté  ")},
       {"text with a zero byte", Variant(std::string("a\0b", 3))},
+      // The longest text with a one-byte length, and the first with two.
+      {"text of 127 bytes", Variant(std::string(127, 'p'))},
+      {"text of 128 bytes", Variant(std::string(128, 'q'))},
       {"text of 200 bytes", Variant(std::string(200, 'x'))},
       {"text of 20,000 bytes", Variant(std::string(20000, 'y'))},
       {"int32", Variant(-7)},

@@ -113,6 +113,22 @@ TEST(ShapeRecordsetOnEachEngine, KeepFieldsHoldsWhatIsNamedAndRefusesTheRest) {
     // What failed changed nothing: the order and the rows are the statement's.
     rs.Sort("FirstName DESC");
     EXPECT_EQ(testing::Walk(rs, "FirstName"), "Seamus Priya Luc Claire");
+    // A field handle kept across a reopen answers for the rows it reads now:
+    // held before, not held after, and gone from a shorter statement.
+    rs.Close();
+    rs.KeepFields({});
+    rs.Open("SELECT ID, FirstName, LastName FROM Patient ORDER BY ID", conn, adOpenStatic, adLockOptimistic);
+    const Field last = rs["LastName"];
+    EXPECT_EQ(CStr(last.Value()), "Tremblay");
+    rs.Close();
+    rs.KeepFields({"FirstName"});
+    rs.Open("SELECT ID, FirstName, LastName FROM Patient ORDER BY ID", conn, adOpenStatic, adLockOptimistic);
+    std::string scratch;
+    EXPECT_TRUE(ThrowsSaying([&] { last.Text(scratch); }, {"'LastName'", "KeepFields"}));
+    rs.Close();
+    rs.KeepFields({});
+    rs.Open("SELECT ID FROM Patient", conn, adOpenStatic, adLockOptimistic);
+    EXPECT_TRUE(ThrowsSaying([&] { last.Value(); }, {"Item cannot be found"}));
   });
 }
 
@@ -135,6 +151,8 @@ TEST_F(ShapeRecordset, ChapterFollowsTheParent) {
   EXPECT_EQ(child.RecordCount(), 1);
   EXPECT_EQ(child["InvoiceTotal"].Value(), Variant(Currency::FromInt(100)));
   EXPECT_THROW(rs["Inv"].Value(), DatabaseError);
+  std::string scratch;
+  EXPECT_THROW(rs["Inv"].Text(scratch), DatabaseError);
   // After the parent reads its rows again, the child handle shows the new
   // child rows of the current parent.
   conn_.Execute("INSERT INTO Invoices (ID, PatientID, InvoiceTotal) VALUES (6, 1, 300)");
