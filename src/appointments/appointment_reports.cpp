@@ -4,9 +4,12 @@
 // host may also call alone; the appointments by patient.
 #include <bit>
 #include <optional>
+#include <span>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "appointments/appointment_text.h"
 #include "common/common_functions.h"
@@ -77,10 +80,18 @@ std::string Day(const DateTime& d) { return Format(Variant(d), "yyyy-mm-dd"); }
 
 std::string Esc(clsCommonFunctions& cf, const Variant& v) { return frame::EscapeCell(cf.returnStr(v)); }
 
+// How a data text joins what a listing builds: escaped into a table
+// string (frame::AppendEscapedCell), or as it stands into a cell handed to
+// the surface as cells (AppendPlain).
+using AppendData = void (*)(std::string& out, std::string_view text);
+
+void AppendPlain(std::string& out, std::string_view text) { out += text; }
+
 // A field's text (as returnStr gives it), escaped, added to `out`: read
 // where the recordset holds it, without a Variant or a copy of its own.
-void AppendText(std::string& out, const db::Field& field, std::string& scratch) {
-  frame::AppendEscapedCell(out, field.Text(scratch));
+void AppendText(std::string& out, const db::Field& field, std::string& scratch,
+                AppendData append = frame::AppendEscapedCell) {
+  append(out, field.Text(scratch));
 }
 
 // The phone cell of the appointment listings: the home phone over the
@@ -89,14 +100,14 @@ void AppendText(std::string& out, const db::Field& field, std::string& scratch) 
 struct PhoneFields {
   explicit PhoneFields(const db::Recordset& rs) : home(rs["HomePhone"]), work(rs["WorkPhone"]), ext(rs["WorkExt"]) {}
 
-  void AppendCell(std::string& out, std::string& scratch) const {
-    AppendText(out, home, scratch);
+  void AppendCell(std::string& out, std::string& scratch, AppendData append = frame::AppendEscapedCell) const {
+    AppendText(out, home, scratch, append);
     out += "\r\n";
-    AppendText(out, work, scratch);
+    AppendText(out, work, scratch, append);
     const std::string_view extension = ext.Text(scratch);
     if (extension.empty()) return;
     out += '[';
-    frame::AppendEscapedCell(out, extension);
+    append(out, extension);
     out += ']';
   }
 
@@ -125,6 +136,18 @@ struct PatientCells {
     AppendText(out, units, scratch_);
     out += '|';
     phones.AppendCell(out, scratch_);
+  }
+  // The same three texts as cells of their own, as they stand: the name
+  // over the category, the units, the phones (`cells` has room for three).
+  void FillCells(std::string* cells) const {
+    cells[0].assign(first_name.Text(scratch_));
+    cells[0] += ' ';
+    cells[0] += last_name.Text(scratch_);
+    cells[0] += "\r\n";
+    cells[0] += category.Text(scratch_);
+    cells[1].assign(units.Text(scratch_));
+    cells[2].clear();
+    phones.AppendCell(cells[2], scratch_, AppendPlain);
   }
 
   db::Field first_name, last_name, category, units;
@@ -548,29 +571,34 @@ void clsReports::srptPlannedAppointmentsList(std::string ProviderFilter, DateTim
   const db::Field scheduled = rs["EstScheduleDate"], provider = rs["ProviderName"], estimate = rs["Estimate"];
   const PatientCells patient(rs);
   // The list is in the order of its days: each day's text is made once.
-  ColumnTexts scheduled_days(
-      [](const Variant& v) { return frame::EscapeCell(Format(v, "dddd mmmm d, yyyy")); });
+  // Each row goes to the table as its five cells, the texts as they stand
+  // (no escaping into a table string and splitting back).
+  ColumnTexts scheduled_days([](const Variant& v) { return Format(v, "dddd mmmm d, yyyy"); });
   ColumnTexts estimate_texts(EstimateText);
-  std::string body, scratch;
+  constexpr size_t kRowCells = 5;
+  std::vector<std::string> cells;
+  std::string scratch;
+  size_t used = 0;
   while (!rs.Eof()) {
-    scheduled_days.Append(body, scheduled.Value());
-    body += "\r\n";
-    AppendText(body, provider, scratch);
-    body += "|";
-    patient.Append(body);
-    body += "|";
-    estimate_texts.Append(body, estimate.Value());
-    body += ";";
+    if (cells.size() < used + kRowCells) cells.resize(used + kRowCells);
+    std::string* row = cells.data() + used;
+    row[0].clear();
+    scheduled_days.Append(row[0], scheduled.Value());
+    row[0] += "\r\n";
+    row[0] += provider.Text(scratch);
+    patient.FillCells(row + 1);
+    row[4].clear();
+    estimate_texts.Append(row[4], estimate.Value());
+    used += kRowCells;
     RaiseProgress(rs);
     rs.MoveNext();
   }
-  vsp.StartTable();
-  vsp.AddTable("<!~+1.9in|<!~+1.68in|^!~+.8in|<!~+1.5in|>!~+.8in",
-               "Schedule Date\r\nProvider|Patient Name\r\nCategory|Units|Home Phone #\r\nWork Phone "
-               "#|Estimate",
-               body, frame::kSystemButtonFace);
+  // The border is the table's as it is laid out.
   vsp.TableBorder(7);
-  vsp.EndTable();
+  vsp.AddTableRows("<!~+1.9in|<!~+1.68in|^!~+.8in|<!~+1.5in|>!~+.8in",
+                   "Schedule Date\r\nProvider|Patient Name\r\nCategory|Units|Home Phone #\r\nWork Phone "
+                   "#|Estimate",
+                   std::span(cells).first(used), kRowCells, frame::kSystemButtonFace);
   vsp.Text(" ");
 }
 
@@ -599,11 +627,15 @@ void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateT
                     first_name = rs["PatientFirstName"], last_name = rs["PatientLastName"],
                     provider = rs["Provider"], user = rs["UserName"], notes = rs["Notes"];
     // A provider's plans come in the order of their days, and their totals
-    // are a few fees over and over: each distinct text is made once.
-    ColumnTexts posted_days(
-        [](const Variant& v) { return frame::EscapeCell(Format(v, "mmm, d, yyyy")); });
+    // are a few fees over and over: each distinct text is made once. Each
+    // plan goes to the table as its seven cells, the texts as they stand
+    // (no escaping into a table string and splitting back).
+    ColumnTexts posted_days([](const Variant& v) { return Format(v, "mmm, d, yyyy"); });
     ColumnTexts totals([](const Variant& v) { return Format(v, "Currency"); });
-    std::string body, scratch;
+    constexpr size_t kRowCells = 7;
+    std::vector<std::string> cells;
+    std::string scratch;
+    size_t used = 0;
     long done = 0, open = 0;
     Currency done_sum, open_sum;
     while (!rs.Eof()) {
@@ -617,28 +649,26 @@ void clsReports::srptTreatmentPlansOutstanding(std::string ProviderFilter, DateT
         ++open;
         open_sum = open_sum + amount;
       }
-      posted_days.Append(body, posted.Value());
-      body += '|';
-      AppendText(body, first_name, scratch);
-      body += ' ';
-      AppendText(body, last_name, scratch);
-      body += '|';
-      AppendText(body, provider, scratch);
-      body += '|';
-      totals.Append(body, total_value);
-      body += complete ? "|C|" : "|I|";
-      AppendText(body, user, scratch);
-      body += '|';
-      AppendText(body, notes, scratch);
-      body += ';';
+      if (cells.size() < used + kRowCells) cells.resize(used + kRowCells);
+      std::string* row = cells.data() + used;
+      row[0].clear();
+      posted_days.Append(row[0], posted.Value());
+      row[1].assign(first_name.Text(scratch));
+      row[1] += ' ';
+      row[1] += last_name.Text(scratch);
+      row[2].assign(provider.Text(scratch));
+      row[3].clear();
+      totals.Append(row[3], total_value);
+      row[4].assign(complete ? "C" : "I");
+      row[5].assign(user.Text(scratch));
+      row[6].assign(notes.Text(scratch));
+      used += kRowCells;
       RaiseProgress(rs);
       rs.MoveNext();
     }
-    vsp.StartTable();
-    vsp.AddTable("<!~+.8in|<!~+1.4in|^!~+1in|>!~+.8in|<!~+0.2in|<!~+.8in|<!1.7in",
-                 "Date|Patient Name|Provider|Total ($)|S|Entered by:|Notes", body,
-                 frame::kSystemButtonFace);
-    vsp.EndTable();
+    vsp.AddTableRows("<!~+.8in|<!~+1.4in|^!~+1in|>!~+.8in|<!~+0.2in|<!~+.8in|<!1.7in",
+                     "Date|Patient Name|Provider|Total ($)|S|Entered by:|Notes",
+                     std::span(cells).first(used), kRowCells, frame::kSystemButtonFace);
     vsp.Text(" ");
     vsp.FontBold(true);
     vsp.TextAlign(2);

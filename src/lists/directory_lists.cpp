@@ -1,6 +1,9 @@
 // The directory lists: the fee guide, the insurance company and employer
 // lists, and the simple and detailed patient lists.
 #include <optional>
+#include <span>
+#include <string>
+#include <vector>
 
 #include "common/common_functions.h"
 #include "common/format.h"
@@ -313,13 +316,20 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
   vsp.TextAlign(0);
   vsp.FontSize(10);
 
-  // Every value of these tables is one escaped cell.
-  auto str = [&](const db::Recordset& r, const char* f) { return CellOf(cf, r[f].Value()); };
+  // Each table is one row of cells handed to the surface as they are,
+  // the values as they stand (no escaping into a table string and
+  // splitting back); the cells' strings serve patient after patient.
+  auto str = [&](const db::Recordset& r, const char* f) { return cf.returnStr(r[f].Value()); };
   auto phone_line = [&](std::string& cell, const char* number, const char* ext) {
     std::string n = str(rs, number);
     if (n.empty()) return;
     if (!cell.empty()) cell += "\r\n";
     cell += PhoneWithExt(n, ext == nullptr ? std::string() : str(rs, ext), " ");
+  };
+  std::vector<std::string> cells;
+  auto row_of = [&](size_t count) -> std::span<std::string> {
+    if (cells.size() < count) cells.resize(count);
+    return std::span(cells).first(count);
   };
   // A patient's tables read as one block under the name: each table after
   // the first is marked to go with the one before it, as it is written, so
@@ -336,11 +346,14 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
     companies.Find("ID = " + CStr(rs[link].Value()));
     if (companies.Eof()) return;
     vsp.KeepWithNext();
-    vsp.AddTable("2in|1in|1in|1in|1in", caption + "|Policy#|Division#|SubscriberID#|Year Ending",
-                 str(companies, "CompanyName") + "|" + str(rs, (prefix + "Policy#").c_str()) + "|" +
-                     str(rs, (prefix + "Division#").c_str()) + "|" +
-                     str(rs, (prefix + "SubscriberID#").c_str()) + "|" + str(rs, "YearEnding"),
-                 kHeaderColor);
+    const std::span<std::string> row = row_of(5);
+    row[0] = str(companies, "CompanyName");
+    row[1] = str(rs, (prefix + "Policy#").c_str());
+    row[2] = str(rs, (prefix + "Division#").c_str());
+    row[3] = str(rs, (prefix + "SubscriberID#").c_str());
+    row[4] = str(rs, "YearEnding");
+    vsp.AddTableRow("2in|1in|1in|1in|1in", caption + "|Policy#|Division#|SubscriberID#|Year Ending", row,
+                    kHeaderColor);
   };
   while (!rs.Eof()) {
     vsp.FontBold(true);
@@ -349,24 +362,28 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
     vsp.KeepWithNext();
     vsp.FontBold(false);
 
-    std::string phones;
-    phone_line(phones, "HomePhone", "HomeExt");
-    phone_line(phones, "CelPhone", nullptr);
-    phone_line(phones, "Pager", "PagerExt");
-    phone_line(phones, "OtherPhone", "OtherExt");
-    vsp.AddTable("2in|1in|3in", "Address |Phones|Global Notes",
-                 str(rs, "Address") + "|" + phones + "|" + str(rs, "GlobalNotes"), kHeaderColor);
+    std::span<std::string> row = row_of(3);
+    row[0] = str(rs, "Address");
+    row[1].clear();
+    phone_line(row[1], "HomePhone", "HomeExt");
+    phone_line(row[1], "CelPhone", nullptr);
+    phone_line(row[1], "Pager", "PagerExt");
+    phone_line(row[1], "OtherPhone", "OtherExt");
+    row[2] = str(rs, "GlobalNotes");
+    vsp.AddTableRow("2in|1in|3in", "Address |Phones|Global Notes", row, kHeaderColor);
 
     if (!rs["EmployerID"].Value().IsNull()) {
       employers.MoveFirst();
       employers.Find("ID = " + CStr(rs["EmployerID"].Value()));
       if (!employers.Eof()) {
         vsp.KeepWithNext();
-        vsp.AddTable("1in|1in|1in|1in|2in", "Employer|Address|Phone|EDI?|Notes",
-                     str(employers, "Name") + "|" + str(employers, "Street") + "|" +
-                         str(employers, "Phone") + "|" + str(employers, "EDI?") + "|" +
-                         str(employers, "Notes"),
-                     kHeaderColor);
+        row = row_of(5);
+        row[0] = str(employers, "Name");
+        row[1] = str(employers, "Street");
+        row[2] = str(employers, "Phone");
+        row[3] = str(employers, "EDI?");
+        row[4] = str(employers, "Notes");
+        vsp.AddTableRow("1in|1in|1in|1in|2in", "Employer|Address|Phone|EDI?|Notes", row, kHeaderColor);
       }
     }
     insurance_table("InsuranceID", "Primary Insurance", "");

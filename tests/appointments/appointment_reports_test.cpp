@@ -1,9 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <string>
+#include <vector>
+
 #include "appointments/appointment_text.h"
 #include "common/common_functions.h"
 #include "frame/surface/surface.h"
 #include "platform/host/settings.h"
+#include "support/forged_cells.h"
 #include "support/host_said.h"
 #include "support/report_fixture.h"
 #include "support/text_order.h"
@@ -214,6 +219,32 @@ TEST_F(AppointmentReports, ReschedulesPlannedAndPlans) {
                          "Treatments 2", "Total Treatments $350.00"};
   for (const char* l : lines) EXPECT_TRUE(Has(l)) << l << "\n" << Text();
   EXPECT_TRUE(HasAll(Text(), {"$100.00 I", "$250.00 C"}));
+}
+
+// A patient, a provider, a category and a plan's notes holding "|" and
+// ";" print inside their own cells in the planned list and the plans (the
+// plans' name column is narrow: the first name wraps above the last).
+TEST_F(AppointmentReports, SeparatorsInTheDataStayInTheirCells) {
+  const std::string forged = kForgedLastName;
+  RawExec("UPDATE Patient SET LastName = '" + forged + "' WHERE ID = 9001; UPDATE Employees SET LastName = '" +
+          forged + "' WHERE ID = 501; UPDATE ProcedureCategories SET Name = 'Recall;Check|Up' WHERE ID = 901; "
+          "UPDATE PatientPredTreatments SET Notes = 'Crown;Bridge|Wax' WHERE ID = 5001");
+  struct Case {
+    const char* name;
+    std::function<void()> section;
+    std::vector<std::string> cells;
+  } cases[] = {
+      {"planned list",
+       [&] { reports.srptPlannedAppointmentsList("", D(2028, 2, 1), D(2028, 3, 31), 0); },
+       {"Pia " + forged, "Recall;Check|Up"}},
+      {"treatment plans",
+       [&] { reports.srptTreatmentPlansOutstanding("", D(2028, 2, 1), D(2028, 3, 31)); },
+       {forged, "Crown;Bridge|Wax"}},
+  };
+  for (const Case& c : cases) {
+    InDocument(c.section);
+    for (const std::string& cell : c.cells) ExpectWholeCell(form.VSP.Document(), cell, c.name);
+  }
 }
 
 // The operatory list's notes: a patient's alerts in the order of the alert
