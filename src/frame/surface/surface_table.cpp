@@ -286,20 +286,20 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   // cell is drawn as one run of its text; other cells are broken into lines.
   std::vector<Twips>& one_line = scratch.one_line;
   one_line.assign(draw ? size_t(nrows) * ncols : 0, Twips(std::numeric_limits<double>::quiet_NaN()));
-  // Cells of several lines (an address, a wrapped description) keep the
-  // lines the row heights broke them into for drawing, up to a bound, so
-  // that a table of thousands of such cells does not hold all their lines
-  // at once; past it they are broken again when drawn.
-  // Cells of a few whole lines between line breaks (an address, two phone
-  // numbers on two lines) keep them as places in their text (ShortLines),
-  // for every cell: `short_of` says which of `short_lines` are a cell's.
+  // Cells of several lines (an address, two phone numbers on two lines, a
+  // note wrapped over a few) keep them as places in their text
+  // (WrappedLines), for every cell: `short_of` says which of `short_lines`
+  // are a cell's.
   using ShortSpan = TableScratch::ShortSpan;
   std::vector<ShortLine>& short_lines = scratch.short_lines;
   short_lines.clear();
   std::vector<ShortSpan>& short_of = scratch.short_of;
   short_of.assign(draw ? size_t(nrows) * ncols : 0, ShortSpan{});
-  // The others are kept by cell number (row * columns + column), made in
-  // rising order.
+  // The others (a tab, a word set smaller to fit) keep the lines the row
+  // heights broke them into for drawing, by cell number (row * columns +
+  // column), made in rising order, up to a bound, so that a table of
+  // thousands of such cells does not hold all their lines at once; past it
+  // they are broken again when drawn.
   constexpr size_t kKeptBroken = 4096;
   std::vector<std::pair<size_t, CellLines>> broken;
 
@@ -347,10 +347,10 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       }
       const FontMeasure measure{cf.font.metrics, cf.size};
       // One pass over the text tells a cell of one line from one of a few:
-      // the one line of a text without a line break is the whole text, at
-      // the width SingleLineWidth gives.
+      // the one line of a text that neither breaks nor wraps is the whole
+      // text, at the width SingleLineWidth gives.
       const size_t before = short_lines.size();
-      if (ShortLines(cell.text, measure, room, cell.attr.no_wrap <= 0, short_lines)) {
+      if (WrappedLines(cell.text, measure, room, cell.attr.no_wrap <= 0, short_lines)) {
         const size_t count = short_lines.size() - before;
         h = std::max(h, lh * double(count));
         if (draw && count == 1) {

@@ -86,6 +86,17 @@ bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, boo
 bool ShortLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
                 std::vector<ShortLine>& out);
 
+// As ShortLines, and lines wrapped where BreakLines wraps them as well,
+// each without the blanks BreakLines trims at a wrap: the lines BreakLines
+// would give a text without tabs when each of them fits `room`, as
+// BreakLines sets it (a word wider than the room, which BreakLines leaves
+// alone on a line wider than asked, is refused). A table keeps a wrapped
+// note or description as places in its text this way.
+bool WrappedLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
+                  std::vector<ShortLine>& out);
+bool WrappedLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
+                  std::vector<ShortLine>& out);
+
 // The widest line of `lines`.
 Twips WidestLine(const std::vector<TextLine>& lines);
 
