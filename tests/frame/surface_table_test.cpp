@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <numeric>
 #include <sstream>
 #include <tuple>
@@ -7,6 +8,7 @@
 #include "frame/surface/surface.h"
 #include "frame/surface/surface_error.h"
 #include "frame/surface/table_layout.h"
+#include "frame/surface/text_layout.h"
 #include "surface_test_util.h"
 
 namespace orv::frame {
@@ -311,6 +313,47 @@ TEST(SurfaceTable, RecurringWrappedCellsBreakAsTheyWouldAlone) {
       EXPECT_GE(want.size(), 2u) << c.name;
       EXPECT_EQ(lines_of(together, c), want) << c.name << ", pass " << pass;
     }
+}
+
+// Wrapped cells are drawn as the lines BreakLines gives their text in the
+// cell's room: the same pieces, at the same widths to the bit, placed by the
+// column's alignment; blanks before a wrap take no room.
+TEST(SurfaceTable, WrappedCellsDrawTheLinesBreakLinesGives) {
+  OpenSurface s;
+  const auto metrics = FontLibrary::Resolve("Tahoma", false, false).metrics;
+  const MeasureFn measure = [&](std::string_view t) { return metrics->Width(t, 10); };
+  const Twips column = Twips::Inches(1), room = column - PrintSurface::kCellPadX * 2;
+  const int aligns[] = {0, 1, 2};
+  const std::vector<std::string> texts = {
+      "a description long enough to wrap at one inch",
+      "Crown    prep,   upper molar",
+      "Smith-Jones-Abernathy Home/Work",
+      "re-cement\r\ntwo lines, the second wrapping once",
+      "Nov/20/2026 $37,558.62 555-0100",
+      "short",
+  };
+  std::vector<std::string> cells = texts;
+  const size_t before = Runs(s.Document().pages[0]).size();
+  s.AddTableRows("<1in|^1in|>1in", "", cells, 3);
+  const auto runs = Runs(s.Document().pages[0]);
+  size_t next = before;
+  for (size_t i = 0; i < texts.size(); ++i) {
+    const int col = int(i % 3);
+    const Twips cell_left = s.MarginLeft() + column * double(col) + PrintSurface::kCellPadX;
+    for (const TextLine& line : BreakLines(texts[i], measure, room, room)) {
+      ASSERT_LE(line.width, room) << texts[i];
+      for (const LineSegment& seg : line.segments) {
+        SCOPED_TRACE(texts[i] + ": " + seg.text);
+        ASSERT_LT(next, runs.size());
+        const render::TextRun& run = runs[next++];
+        EXPECT_EQ(run.text, seg.text);
+        const double got = run.width.value(), want = seg.width.value();
+        EXPECT_EQ(std::memcmp(&got, &want, sizeof got), 0) << got << " against " << want;
+        EXPECT_EQ(run.x, cell_left + AlignOffset(aligns[col], room, line.width));
+      }
+    }
+  }
+  EXPECT_EQ(next, runs.size());
 }
 
 TEST(SurfaceTable, PlacementByTextAlign) {

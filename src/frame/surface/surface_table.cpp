@@ -192,6 +192,7 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     for (int c = 0; c < ncols; ++c) {
       if (covered[size_t(r) * ncols + c]) continue;
       const auto& a = table.rows[r].cells[c].attr;
+      if (a.row_span <= 1 && a.col_span <= 1) continue;  // most cells cover only themselves
       for (int rr = r; rr < r + a.row_span; ++rr)
         for (int cc = c; cc < c + a.col_span; ++cc)
           if (rr != r || cc != c)
