@@ -442,6 +442,47 @@ TEST(SurfaceTable, RepeatedFigureTakesEachRowsFont) {
   EXPECT_GT(figures[3].width, plain) << "14 points";
 }
 
+// A cell of several lines that repeats the cell above it (a plan's standard
+// note, a day and provider on two lines) takes that cell's lines: each row
+// draws all of them and is as tall as they are, and a row in another font
+// breaks its text afresh.
+TEST(SurfaceTable, RepeatedCellsOfSeveralLinesKeepTheirLines) {
+  for (const std::string text :
+       {"a description long enough to wrap at one inch", "Wednesday\r\nDr. Abernathy"}) {
+    SCOPED_TRACE(text);
+    OpenSurface s;
+    const Twips lh = s.TextHeight("X");
+    std::string body;
+    for (int row = 0; row < 5; ++row) body += text + "|x;";
+    s.StartTable();
+    s.AddTable("<1in|<1in", "", body);
+    s.TableCell(tcFontBold, 3, 1) = true;
+    s.EndTable();
+    const Twips room = Twips::Inches(1) - PrintSurface::kCellPadX * 2;
+    std::vector<render::TextRun> runs;
+    for (const auto& r : Runs(s.Document().pages[0]))
+      if (r.x < s.MarginLeft() + Twips::Inches(1)) runs.push_back(r);
+    size_t next = 0;
+    Twips row_top = runs.at(0).top - PrintSurface::kCellPadY;
+    for (int row = 1; row <= 5; ++row) {
+      const auto metrics = FontLibrary::Resolve("Tahoma", row == 3, false).metrics;
+      const auto lines = BreakLines(text, [&](std::string_view t) { return metrics->Width(t, 10); },
+                                    room, room);
+      ASSERT_GE(lines.size(), 2u);
+      for (size_t i = 0; i < lines.size(); ++i) {
+        ASSERT_LT(next, runs.size()) << "row " << row;
+        const render::TextRun& run = runs[next++];
+        EXPECT_EQ(run.text, lines[i].segments.at(0).text) << "row " << row;
+        EXPECT_EQ(run.width, lines[i].width) << "row " << row;
+        EXPECT_EQ(run.top, row_top + PrintSurface::kCellPadY + lh * double(i)) << "row " << row;
+      }
+      row_top += lh * double(lines.size()) + PrintSurface::kCellPadY * 2;
+    }
+    EXPECT_EQ(next, runs.size());
+    EXPECT_EQ(s.CurrentY(), row_top);
+  }
+}
+
 TEST(SurfaceTable, BuiltCellByCellWithSpans) {
   OpenSurface s;
   s.StartTable();

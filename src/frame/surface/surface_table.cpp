@@ -329,20 +329,24 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       }
       const Twips room = span_width(c, cell) - pad_x * 2;
       // A column of a list repeats itself down the rows (the provider and
-      // invoice number on every line of an invoice, the date on most): a
-      // cell that holds what the cell above it held, in the same font, size
-      // and span, is the one line that cell was, at its width.
+      // invoice number on every line of an invoice, the date on most, a
+      // plan's standard note): a cell that holds what the cell above it
+      // held, in the same font, size and span, has the lines that cell had,
+      // at their widths, and the same places in the same text.
       if (draw && k > 0) {
-        const int above = drawn[k - 1];
-        const Twips above_width = one_line[size_t(above) * ncols + c];
-        const Row& above_row = table.rows[above];
+        const size_t up_at = size_t(drawn[k - 1]) * ncols + c;
+        const Twips above_width = one_line[up_at];
+        const ShortSpan above_lines = short_of[up_at];
+        const Row& above_row = table.rows[drawn[k - 1]];
         const Cell& up = above_row.cells[c];
-        if (!std::isnan(above_width.value()) && above_row.style == row.style &&
-            up.text == cell.text && up.attr.bold == cell.attr.bold &&
-            up.attr.italic == cell.attr.italic && up.attr.font_size == cell.attr.font_size &&
-            up.attr.no_wrap == cell.attr.no_wrap && up.attr.col_span == cell.attr.col_span) {
-          h = std::max(h, lh);
+        if ((!std::isnan(above_width.value()) || above_lines.count > 0) &&
+            above_row.style == row.style && up.text == cell.text &&
+            up.attr.bold == cell.attr.bold && up.attr.italic == cell.attr.italic &&
+            up.attr.font_size == cell.attr.font_size && up.attr.no_wrap == cell.attr.no_wrap &&
+            up.attr.col_span == cell.attr.col_span) {
+          h = std::max(h, lh * double(above_lines.count > 0 ? above_lines.count : 1));
           one_line[size_t(drawn[k]) * ncols + c] = above_width;
+          short_of[size_t(drawn[k]) * ncols + c] = above_lines;
           continue;
         }
       }
