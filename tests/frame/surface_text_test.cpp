@@ -138,11 +138,10 @@ TEST(TextLayout, SingleLineWidthIsTheWidthBreakLinesGives) {
   }
 }
 
-// Cells of a few lines keep ShortLines (lines between line breaks) or
-// WrappedLines (wrapped lines too) in place of BreakLines' lines: the same
-// lines, the same texts and widths bit for bit, and a refusal wherever
-// BreakLines would tab, set a line wider than the room or, for ShortLines,
-// wrap.
+// Cells and boxes of a few lines keep PlacedLines in place of BreakLines'
+// lines: the same lines, the same texts and widths bit for bit, and a
+// refusal wherever BreakLines would tab, set a line wider than the room or,
+// when only line breaks may end a line, wrap.
 TEST(TextLayout, PlacedLinesAreTheLinesBreakLinesGives) {
   const MeasureFn measure = Uneven;
   const double own = measure("abcd").value();
@@ -182,9 +181,8 @@ TEST(TextLayout, PlacedLinesAreTheLinesBreakLinesGives) {
       SCOPED_TRACE(std::string(c.name) + (wrapping ? ", wrapped" : ", short"));
       const bool placed = wrapping ? c.wrapped_lines : c.short_lines;
       std::vector<ShortLine> got{{7, 7, Twips(7)}};  // what was there stays
-      ASSERT_EQ(wrapping ? WrappedLines(c.text, measure, Twips(c.room), c.wrap, got)
-                         : ShortLines(c.text, measure, Twips(c.room), c.wrap, got),
-                placed);
+      const LineEnds ends = wrapping ? LineEnds::kAtBreaksAndWraps : LineEnds::kAtBreaks;
+      ASSERT_EQ(PlacedLines(c.text, measure, Twips(c.room), c.wrap, ends, got), placed);
       ASSERT_EQ(got.front().offset, 7u);
       if (!placed) {
         EXPECT_EQ(got.size(), 1u);
@@ -239,10 +237,9 @@ TEST(TextLayout, FontMeasureGivesTheWidthsOfAMeasureFn) {
           EXPECT_EQ(std::memcmp(&*got, &*want, sizeof(Twips)), 0);
         }
         std::vector<ShortLine> want_lines, got_lines;
-        ASSERT_EQ(ShortLines(text, fast, Twips(room), wrap, got_lines),
-                  ShortLines(text, slow, Twips(room), wrap, want_lines));
-        ASSERT_EQ(WrappedLines(text, fast, Twips(room), wrap, got_lines),
-                  WrappedLines(text, slow, Twips(room), wrap, want_lines));
+        for (const LineEnds ends : {LineEnds::kAtBreaks, LineEnds::kAtBreaksAndWraps})
+          ASSERT_EQ(PlacedLines(text, fast, Twips(room), wrap, ends, got_lines),
+                    PlacedLines(text, slow, Twips(room), wrap, ends, want_lines));
         ASSERT_EQ(got_lines.size(), want_lines.size());
         for (size_t i = 0; i < got_lines.size(); ++i) {
           EXPECT_EQ(got_lines[i].offset, want_lines[i].offset);

@@ -289,7 +289,7 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   one_line.assign(draw ? size_t(nrows) * ncols : 0, Twips(std::numeric_limits<double>::quiet_NaN()));
   // Cells of several lines (an address, two phone numbers on two lines, a
   // note wrapped over a few) keep them as places in their text
-  // (WrappedLines), for every cell: `short_of` says which of `short_lines`
+  // (PlacedLines), for every cell: `short_of` says which of `short_lines`
   // are a cell's.
   using ShortSpan = TableScratch::ShortSpan;
   std::vector<ShortLine>& short_lines = scratch.short_lines;
@@ -355,7 +355,8 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       // the one line of a text that neither breaks nor wraps is the whole
       // text, at the width SingleLineWidth gives.
       const size_t before = short_lines.size();
-      if (WrappedLines(cell.text, measure, room, cell.attr.no_wrap <= 0, short_lines)) {
+      if (PlacedLines(cell.text, measure, room, cell.attr.no_wrap <= 0,
+                      LineEnds::kAtBreaksAndWraps, short_lines)) {
         const size_t count = short_lines.size() - before;
         h = std::max(h, lh * double(count));
         if (draw && count == 1) {

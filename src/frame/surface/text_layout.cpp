@@ -390,22 +390,13 @@ std::optional<Twips> SingleLineWidth(std::string_view text, const FontMeasure& m
   return SingleLineWidthWith(text, measure, room, wrap);
 }
 
-bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
-                std::vector<ShortLine>& out) {
-  return PlacedLinesWith(text, measure, room, wrap, false, out);
+bool PlacedLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
+                 LineEnds ends, std::vector<ShortLine>& out) {
+  return PlacedLinesWith(text, measure, room, wrap, ends == LineEnds::kAtBreaksAndWraps, out);
 }
-bool ShortLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
-                std::vector<ShortLine>& out) {
-  return PlacedLinesWith(text, measure, room, wrap, false, out);
-}
-
-bool WrappedLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
-                  std::vector<ShortLine>& out) {
-  return PlacedLinesWith(text, measure, room, wrap, true, out);
-}
-bool WrappedLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
-                  std::vector<ShortLine>& out) {
-  return PlacedLinesWith(text, measure, room, wrap, true, out);
+bool PlacedLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
+                 LineEnds ends, std::vector<ShortLine>& out) {
+  return PlacedLinesWith(text, measure, room, wrap, ends == LineEnds::kAtBreaksAndWraps, out);
 }
 
 Twips WidestLine(const std::vector<TextLine>& lines) {
