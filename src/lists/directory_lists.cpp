@@ -3,6 +3,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/common_functions.h"
@@ -318,13 +319,21 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
 
   // Each table is one row of cells handed to the surface as they are,
   // the values as they stand (no escaping into a table string and
-  // splitting back); the cells' strings serve patient after patient.
-  auto str = [&](const db::Recordset& r, const char* f) { return cf.returnStr(r[f].Value()); };
-  auto phone_line = [&](std::string& cell, const char* number, const char* ext) {
-    std::string n = str(rs, number);
-    if (n.empty()) return;
-    if (!cell.empty()) cell += "\r\n";
-    cell += PhoneWithExt(n, ext == nullptr ? std::string() : str(rs, ext), " ");
+  // splitting back); the cells' strings serve patient after patient. The
+  // fields are looked up by name once, not for every patient.
+  auto str = [&](const db::Field& f) { return cf.returnStr(f.Value()); };
+  const db::Field full_name = rs["FullName"], address = rs["Address"], notes = rs["GlobalNotes"],
+                  employer_id = rs["EmployerID"], year_ending = rs["YearEnding"];
+  const db::Field employer_name = employers["Name"], employer_street = employers["Street"],
+                  employer_phone = employers["Phone"], employer_edi = employers["EDI?"],
+                  employer_notes = employers["Notes"], company_name = companies["CompanyName"];
+  // The patient's phones in the order they are listed, each with its
+  // extension where it has one.
+  const std::pair<db::Field, std::optional<db::Field>> phones[] = {
+      {rs["HomePhone"], rs["HomeExt"]},
+      {rs["CelPhone"], std::nullopt},
+      {rs["Pager"], rs["PagerExt"]},
+      {rs["OtherPhone"], rs["OtherExt"]},
   };
   std::vector<std::string> cells;
   auto row_of = [&](size_t count) -> std::span<std::string> {
@@ -340,54 +349,65 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
   // ID among the reference rows, then the patient's own policy numbers (the
   // secondary ones are the fields prefixed "Secondary"); the year end is
   // the same field for both.
-  auto insurance_table = [&](const char* link, const std::string& caption, const std::string& prefix) {
-    if (rs[link].Value().IsNull()) return;
+  struct Carrier {
+    db::Field link, policy, division, subscriber;
+    std::string caption;
+  };
+  auto carrier = [&](const char* link, const std::string& caption, const std::string& prefix) {
+    return Carrier{rs[link], rs[prefix + "Policy#"], rs[prefix + "Division#"],
+                   rs[prefix + "SubscriberID#"], caption + "|Policy#|Division#|SubscriberID#|Year Ending"};
+  };
+  const Carrier carriers[] = {carrier("InsuranceID", "Primary Insurance", ""),
+                              carrier("SecondaryInsuranceID", "Secondary Insurance", "Secondary")};
+  auto insurance_table = [&](const Carrier& c) {
+    const Variant id = c.link.Value();
+    if (id.IsNull()) return;
     companies.MoveFirst();
-    companies.Find("ID = " + CStr(rs[link].Value()));
+    companies.Find("ID = " + CStr(id));
     if (companies.Eof()) return;
     vsp.KeepWithNext();
     const std::span<std::string> row = row_of(5);
-    row[0] = str(companies, "CompanyName");
-    row[1] = str(rs, (prefix + "Policy#").c_str());
-    row[2] = str(rs, (prefix + "Division#").c_str());
-    row[3] = str(rs, (prefix + "SubscriberID#").c_str());
-    row[4] = str(rs, "YearEnding");
-    vsp.AddTableRow("2in|1in|1in|1in|1in", caption + "|Policy#|Division#|SubscriberID#|Year Ending", row,
-                    kHeaderColor);
+    row[0] = str(company_name);
+    row[1] = str(c.policy);
+    row[2] = str(c.division);
+    row[3] = str(c.subscriber);
+    row[4] = str(year_ending);
+    vsp.AddTableRow("2in|1in|1in|1in|1in", c.caption, row, kHeaderColor);
   };
   while (!rs.Eof()) {
     vsp.FontBold(true);
-    vsp.Text(cf.returnStr(rs["FullName"].Value()));
+    vsp.Text(str(full_name));
     // The name introduces the patient's tables: never last on a page.
     vsp.KeepWithNext();
     vsp.FontBold(false);
 
     std::span<std::string> row = row_of(3);
-    row[0] = str(rs, "Address");
+    row[0] = str(address);
     row[1].clear();
-    phone_line(row[1], "HomePhone", "HomeExt");
-    phone_line(row[1], "CelPhone", nullptr);
-    phone_line(row[1], "Pager", "PagerExt");
-    phone_line(row[1], "OtherPhone", "OtherExt");
-    row[2] = str(rs, "GlobalNotes");
+    for (const auto& [number, ext] : phones) {
+      const std::string n = str(number);
+      if (n.empty()) continue;
+      if (!row[1].empty()) row[1] += "\r\n";
+      row[1] += PhoneWithExt(n, ext ? str(*ext) : std::string(), " ");
+    }
+    row[2] = str(notes);
     vsp.AddTableRow("2in|1in|3in", "Address |Phones|Global Notes", row, kHeaderColor);
 
-    if (!rs["EmployerID"].Value().IsNull()) {
+    if (const Variant id = employer_id.Value(); !id.IsNull()) {
       employers.MoveFirst();
-      employers.Find("ID = " + CStr(rs["EmployerID"].Value()));
+      employers.Find("ID = " + CStr(id));
       if (!employers.Eof()) {
         vsp.KeepWithNext();
         row = row_of(5);
-        row[0] = str(employers, "Name");
-        row[1] = str(employers, "Street");
-        row[2] = str(employers, "Phone");
-        row[3] = str(employers, "EDI?");
-        row[4] = str(employers, "Notes");
+        row[0] = str(employer_name);
+        row[1] = str(employer_street);
+        row[2] = str(employer_phone);
+        row[3] = str(employer_edi);
+        row[4] = str(employer_notes);
         vsp.AddTableRow("1in|1in|1in|1in|2in", "Employer|Address|Phone|EDI?|Notes", row, kHeaderColor);
       }
     }
-    insurance_table("InsuranceID", "Primary Insurance", "");
-    insurance_table("SecondaryInsuranceID", "Secondary Insurance", "Secondary");
+    for (const Carrier& c : carriers) insurance_table(c);
     vsp.Text("");
     // Progress and the message pump only every 100th patient.
     if (rs.AbsolutePosition() % 100 == 0) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <numeric>
 #include <sstream>
 #include <tuple>
@@ -7,6 +8,7 @@
 #include "frame/surface/surface.h"
 #include "frame/surface/surface_error.h"
 #include "frame/surface/table_layout.h"
+#include "frame/surface/text_layout.h"
 #include "surface_test_util.h"
 
 namespace orv::frame {
@@ -313,6 +315,47 @@ TEST(SurfaceTable, RecurringWrappedCellsBreakAsTheyWouldAlone) {
     }
 }
 
+// Wrapped cells are drawn as the lines BreakLines gives their text in the
+// cell's room: the same pieces, at the same widths to the bit, placed by the
+// column's alignment; blanks before a wrap take no room.
+TEST(SurfaceTable, WrappedCellsDrawTheLinesBreakLinesGives) {
+  OpenSurface s;
+  const auto metrics = FontLibrary::Resolve("Tahoma", false, false).metrics;
+  const MeasureFn measure = [&](std::string_view t) { return metrics->Width(t, 10); };
+  const Twips column = Twips::Inches(1), room = column - PrintSurface::kCellPadX * 2;
+  const int aligns[] = {0, 1, 2};
+  const std::vector<std::string> texts = {
+      "a description long enough to wrap at one inch",
+      "Crown    prep,   upper molar",
+      "Smith-Jones-Abernathy Home/Work",
+      "re-cement\r\ntwo lines, the second wrapping once",
+      "Nov/20/2026 $37,558.62 555-0100",
+      "short",
+  };
+  std::vector<std::string> cells = texts;
+  const size_t before = Runs(s.Document().pages[0]).size();
+  s.AddTableRows("<1in|^1in|>1in", "", cells, 3);
+  const auto runs = Runs(s.Document().pages[0]);
+  size_t next = before;
+  for (size_t i = 0; i < texts.size(); ++i) {
+    const int col = int(i % 3);
+    const Twips cell_left = s.MarginLeft() + column * double(col) + PrintSurface::kCellPadX;
+    for (const TextLine& line : BreakLines(texts[i], measure, room, room)) {
+      ASSERT_LE(line.width, room) << texts[i];
+      for (const LineSegment& seg : line.segments) {
+        SCOPED_TRACE(texts[i] + ": " + seg.text);
+        ASSERT_LT(next, runs.size());
+        const render::TextRun& run = runs[next++];
+        EXPECT_EQ(run.text, seg.text);
+        const double got = run.width.value(), want = seg.width.value();
+        EXPECT_EQ(std::memcmp(&got, &want, sizeof got), 0) << got << " against " << want;
+        EXPECT_EQ(run.x, cell_left + AlignOffset(aligns[col], room, line.width));
+      }
+    }
+  }
+  EXPECT_EQ(next, runs.size());
+}
+
 TEST(SurfaceTable, PlacementByTextAlign) {
   struct Case {
     int align;
@@ -397,6 +440,47 @@ TEST(SurfaceTable, RepeatedFigureTakesEachRowsFont) {
   }
   EXPECT_GT(figures[1].width, plain) << "bold";
   EXPECT_GT(figures[3].width, plain) << "14 points";
+}
+
+// A cell of several lines that repeats the cell above it (a plan's standard
+// note, a day and provider on two lines) takes that cell's lines: each row
+// draws all of them and is as tall as they are, and a row in another font
+// breaks its text afresh.
+TEST(SurfaceTable, RepeatedCellsOfSeveralLinesKeepTheirLines) {
+  for (const std::string text :
+       {"a description long enough to wrap at one inch", "Wednesday\r\nDr. Abernathy"}) {
+    SCOPED_TRACE(text);
+    OpenSurface s;
+    const Twips lh = s.TextHeight("X");
+    std::string body;
+    for (int row = 0; row < 5; ++row) body += text + "|x;";
+    s.StartTable();
+    s.AddTable("<1in|<1in", "", body);
+    s.TableCell(tcFontBold, 3, 1) = true;
+    s.EndTable();
+    const Twips room = Twips::Inches(1) - PrintSurface::kCellPadX * 2;
+    std::vector<render::TextRun> runs;
+    for (const auto& r : Runs(s.Document().pages[0]))
+      if (r.x < s.MarginLeft() + Twips::Inches(1)) runs.push_back(r);
+    size_t next = 0;
+    Twips row_top = runs.at(0).top - PrintSurface::kCellPadY;
+    for (int row = 1; row <= 5; ++row) {
+      const auto metrics = FontLibrary::Resolve("Tahoma", row == 3, false).metrics;
+      const auto lines = BreakLines(text, [&](std::string_view t) { return metrics->Width(t, 10); },
+                                    room, room);
+      ASSERT_GE(lines.size(), 2u);
+      for (size_t i = 0; i < lines.size(); ++i) {
+        ASSERT_LT(next, runs.size()) << "row " << row;
+        const render::TextRun& run = runs[next++];
+        EXPECT_EQ(run.text, lines[i].segments.at(0).text) << "row " << row;
+        EXPECT_EQ(run.width, lines[i].width) << "row " << row;
+        EXPECT_EQ(run.top, row_top + PrintSurface::kCellPadY + lh * double(i)) << "row " << row;
+      }
+      row_top += lh * double(lines.size()) + PrintSurface::kCellPadY * 2;
+    }
+    EXPECT_EQ(next, runs.size());
+    EXPECT_EQ(s.CurrentY(), row_top);
+  }
 }
 
 TEST(SurfaceTable, BuiltCellByCellWithSpans) {

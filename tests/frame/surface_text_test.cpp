@@ -138,10 +138,11 @@ TEST(TextLayout, SingleLineWidthIsTheWidthBreakLinesGives) {
   }
 }
 
-// Cells of a few lines between line breaks keep ShortLines in place of
-// BreakLines' lines: the same lines, the same texts and widths bit for bit,
-// and a refusal wherever BreakLines would wrap, trim or tab.
-TEST(TextLayout, ShortLinesAreTheLinesBreakLinesGives) {
+// Cells and boxes of a few lines keep PlacedLines in place of BreakLines'
+// lines: the same lines, the same texts and widths bit for bit, and a
+// refusal wherever BreakLines would tab, set a line wider than the room or,
+// when only line breaks may end a line, wrap.
+TEST(TextLayout, PlacedLinesAreTheLinesBreakLinesGives) {
   const MeasureFn measure = Uneven;
   const double own = measure("abcd").value();
   struct Case {
@@ -149,43 +150,56 @@ TEST(TextLayout, ShortLinesAreTheLinesBreakLinesGives) {
     const char* text;
     double room;
     bool wrap;
-    bool short_lines;  // every line fits whole and none holds a tab
+    bool short_lines;    // every line fits whole and none holds a tab
+    bool wrapped_lines;  // every line, wrapped or not, fits and none holds a tab
   } cases[] = {
-      {"lone line feeds and returns", "a\nb\rc", 5000, true, true},
-      {"an empty second line", "Jun/04/1980\r\n", 5000, true, true},
-      {"an empty first line", "\r\nAcme Dental Plan", 5000, true, true},
-      {"two breaks in a row", "a\r\n\r\nb", 5000, true, true},
-      {"blanks at the ends stay", "  Emma  \r\n b ", 5000, true, true},
-      {"one line", "Abernathy, Farid", 5000, true, true},
-      {"empty", "", 5000, true, true},
-      {"a line exactly as wide as the room", "ab\r\nabcd", own, true, true},
-      {"accents", "\xC3\xA9t\xC3\xA9\r\n\xC3\xA0", 5000, true, true},
-      {"a second line that wraps", "a\r\nabc def ghi", 750, true, false},
-      {"a hyphenated name that breaks", "x\nSmith-Jones", 700, true, false},
-      {"a word wider than the room", "ab\r\nabcdefghij", 400, true, false},
-      {"without wrapping, wider than the room", "a\nabc def ghi", 300, false, false},
-      {"a tab", "a\r\nb\tc", 5000, true, false},
+      {"lone line feeds and returns", "a\nb\rc", 5000, true, true, true},
+      {"an empty second line", "Jun/04/1980\r\n", 5000, true, true, true},
+      {"an empty first line", "\r\nAcme Dental Plan", 5000, true, true, true},
+      {"two breaks in a row", "a\r\n\r\nb", 5000, true, true, true},
+      {"blanks at the ends stay", "  Emma  \r\n b ", 5000, true, true, true},
+      {"one line", "Abernathy, Farid", 5000, true, true, true},
+      {"empty", "", 5000, true, true, true},
+      {"a line exactly as wide as the room", "ab\r\nabcd", own, true, true, true},
+      {"accents", "\xC3\xA9t\xC3\xA9\r\n\xC3\xA0", 5000, true, true, true},
+      {"a second line that wraps", "a\r\nabc def ghi", 750, true, false, true},
+      {"blanks before a wrap are trimmed", "abc    def", 500, true, false, true},
+      {"a wrapped line is measured whole", "ab cd  ef", 600, true, false, true},
+      {"a wrap, a break and a wrap", "abc def\r\nghi jkl mno", 450, true, false, true},
+      {"a hyphenated name that breaks", "x\nSmith-Jones", 700, true, false, true},
+      {"a wrapped accent", "\xC3\xA9t\xC3\xA9 \xC3\xA0", 350, true, false, true},
+      {"a word wider than the room", "ab\r\nabcdefghij", 400, true, false, false},
+      {"a word wider than the room after others", "ab abcdefghij cd", 400, true, false, false},
+      {"an indented word wider than what is left", "  Emma", 300, true, false, false},
+      {"blanks past the room at the end", "abc      ", 500, true, false, false},
+      {"without wrapping, wider than the room", "a\nabc def ghi", 300, false, false, false},
+      {"a tab", "a\r\nb\tc", 5000, true, false, false},
+      {"a tab after a wrap", "abc def\tg", 450, true, false, false},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    std::vector<ShortLine> got{{7, 7, Twips(7)}};  // what was there stays
-    ASSERT_EQ(ShortLines(c.text, measure, Twips(c.room), c.wrap, got), c.short_lines);
-    ASSERT_EQ(got.front().offset, 7u);
-    if (!c.short_lines) {
-      EXPECT_EQ(got.size(), 1u);
-      continue;
-    }
-    const std::string_view text = c.text;
-    const auto lines = BreakLines(text, measure, Twips(c.room), Twips(c.room), c.wrap);
-    ASSERT_EQ(got.size(), lines.size() + 1);
-    for (size_t i = 0; i < lines.size(); ++i) {
-      const ShortLine& line = got[i + 1];
-      const std::string piece(text.substr(line.offset, line.length));
-      EXPECT_EQ(piece.empty() ? std::string() : lines[i].segments.at(0).text, piece) << i;
-      EXPECT_EQ(lines[i].segments.size(), piece.empty() ? 0u : 1u) << i;
-      const double w = line.width.value(), want = lines[i].width.value();
-      EXPECT_EQ(std::memcmp(&w, &want, sizeof w), 0) << i << ": " << w << " against " << want;
-      EXPECT_LE(w, c.room) << i;
+    for (const bool wrapping : {false, true}) {
+      SCOPED_TRACE(std::string(c.name) + (wrapping ? ", wrapped" : ", short"));
+      const bool placed = wrapping ? c.wrapped_lines : c.short_lines;
+      std::vector<ShortLine> got{{7, 7, Twips(7)}};  // what was there stays
+      const LineEnds ends = wrapping ? LineEnds::kAtBreaksAndWraps : LineEnds::kAtBreaks;
+      ASSERT_EQ(PlacedLines(c.text, measure, Twips(c.room), c.wrap, ends, got), placed);
+      ASSERT_EQ(got.front().offset, 7u);
+      if (!placed) {
+        EXPECT_EQ(got.size(), 1u);
+        continue;
+      }
+      const std::string_view text = c.text;
+      const auto lines = BreakLines(text, measure, Twips(c.room), Twips(c.room), c.wrap);
+      ASSERT_EQ(got.size(), lines.size() + 1);
+      for (size_t i = 0; i < lines.size(); ++i) {
+        const ShortLine& line = got[i + 1];
+        const std::string piece(text.substr(line.offset, line.length));
+        EXPECT_EQ(piece.empty() ? std::string() : lines[i].segments.at(0).text, piece) << i;
+        EXPECT_EQ(lines[i].segments.size(), piece.empty() ? 0u : 1u) << i;
+        const double w = line.width.value(), want = lines[i].width.value();
+        EXPECT_EQ(std::memcmp(&w, &want, sizeof w), 0) << i << ": " << w << " against " << want;
+        EXPECT_LE(w, c.room) << i;
+      }
     }
   }
 }
@@ -203,7 +217,8 @@ TEST(TextLayout, FontMeasureGivesTheWidthsOfAMeasureFn) {
       "-ab a-b- x/y/z a-", "Jun/04/1980",    "905-555-0100[12]",  "\xC3\xA9t\xC3\xA9-\xC3\xA0" "b",
       "caf\xE9-bar",       "a--b //x",       "123 Main St.\r\nUnit 4", "a\tb",
       "\r\nAcme Dental Plan", "",   "Home-\r\nWork",     "a-b\r\nc-d e/f\nSmith-Jones",
-      "Jun/04/1980\r\n",
+      "Jun/04/1980\r\n",  "Crown  prep, upper-left molar/re-cement \xC3\xA0 redo",
+      "ab cd  ef\r\n  gh-ij",
   };
   for (const char* text : texts) {
     const std::optional<Twips> whole = SingleLineWidth(text, slow, Twips(1e6));
@@ -222,11 +237,13 @@ TEST(TextLayout, FontMeasureGivesTheWidthsOfAMeasureFn) {
           EXPECT_EQ(std::memcmp(&*got, &*want, sizeof(Twips)), 0);
         }
         std::vector<ShortLine> want_lines, got_lines;
-        ASSERT_EQ(ShortLines(text, fast, Twips(room), wrap, got_lines),
-                  ShortLines(text, slow, Twips(room), wrap, want_lines));
+        for (const LineEnds ends : {LineEnds::kAtBreaks, LineEnds::kAtBreaksAndWraps})
+          ASSERT_EQ(PlacedLines(text, fast, Twips(room), wrap, ends, got_lines),
+                    PlacedLines(text, slow, Twips(room), wrap, ends, want_lines));
         ASSERT_EQ(got_lines.size(), want_lines.size());
         for (size_t i = 0; i < got_lines.size(); ++i) {
           EXPECT_EQ(got_lines[i].offset, want_lines[i].offset);
+          EXPECT_EQ(got_lines[i].length, want_lines[i].length);
           EXPECT_EQ(std::memcmp(&got_lines[i].width, &want_lines[i].width, sizeof(Twips)), 0) << i;
         }
       }

@@ -152,6 +152,42 @@ TEST_F(DirectoryLists, DetailedPatientListRaisesProgressSparselyAndKeepsEachBloc
   }
 }
 
+// A patient's block: the address, the phones that are on file in their
+// order with their extensions, the notes; the employer's row; each carrier
+// with the patient's own numbers for it, the secondary ones from the
+// "Secondary" fields.
+TEST_F(DirectoryLists, DetailedPatientListBlockHoldsEachValueInItsCell) {
+  RawExec(
+      "UPDATE Patient SET Address = '12 Elm St', GlobalNotes = 'Prefers mornings', HomePhone = "
+      "'555-0100', HomeExt = '12', CelPhone = NULL, Pager = '555-0150', PagerExt = NULL, "
+      "OtherPhone = '555-0199', OtherExt = '7', EmployerID = (SELECT MIN(ID) FROM Employers), "
+      "InsuranceID = (SELECT MIN(ID) FROM InsuranceCompany), SecondaryInsuranceID = (SELECT "
+      "MAX(ID) FROM InsuranceCompany), [Policy#] = 'P1', [Division#] = 'D1', [SubscriberID#] = "
+      "'S1', [SecondaryPolicy#] = 'P2', [SecondaryDivision#] = 'D2', [SecondarySubscriberID#] = "
+      "'S2', YearEnding = '12/31' WHERE ID = 5;"
+      "UPDATE Employers SET Name = 'Acme', Street = '1 Main St', Phone = '555-0000', [EDI?] = 1, "
+      "Notes = 'Union' WHERE ID = (SELECT MIN(ID) FROM Employers);"
+      "UPDATE InsuranceCompany SET CompanyName = 'Blue Plan' WHERE ID = (SELECT MIN(ID) FROM "
+      "InsuranceCompany);"
+      "UPDATE InsuranceCompany SET CompanyName = 'Green Plan' WHERE ID = (SELECT MAX(ID) FROM "
+      "InsuranceCompany)");
+  reports.rptPatientListDetailed("ID = 5");
+  std::vector<std::vector<std::string>> rows;
+  for (const auto& table : form.VSP.Document().tables) {
+    ASSERT_EQ(table.rows.size(), 2u) << "the heads and the patient's row";
+    std::vector<std::string> cells;
+    for (size_t i = 0; i < table.rows[1].size(); ++i) cells.emplace_back(table.rows[1][i]);
+    rows.push_back(cells);
+  }
+  const std::string edi = CStr(ValueOf("SELECT [EDI?] FROM Employers WHERE ID = (SELECT MIN(ID) FROM Employers)"));
+  EXPECT_EQ(rows, (std::vector<std::vector<std::string>>{
+                      {"12 Elm St", "555-0100 12\r\n555-0150\r\n555-0199 7", "Prefers mornings"},
+                      {"Acme", "1 Main St", "555-0000", edi, "Union"},
+                      {"Blue Plan", "P1", "D1", "S1", "12/31"},
+                      {"Green Plan", "P2", "D2", "S2", "12/31"},
+                  }));
+}
+
 TEST_F(DirectoryLists, LookupAndOfficeValues) {
   // Null key: Null and no query; key not found: Empty; Null column: "".
   EXPECT_TRUE(reports.ReturnLookupValue("Employers", "ID", Variant::Null(), "Name").IsNull());

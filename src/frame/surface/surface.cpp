@@ -534,7 +534,8 @@ void PrintSurface::TextBox(std::string_view raw, Length x, Length y, Length widt
   std::vector<ShortLine>& shorts = box_lines_;
   shorts.clear();
   std::vector<TextLine> lines;
-  if (!ShortLines(text, FontMeasure{f.metrics, size}, box.width, true, shorts)) {
+  if (!PlacedLines(text, FontMeasure{f.metrics, size}, box.width, true, LineEnds::kAtBreaks,
+                   shorts)) {
     lines = BreakLines(text, Measurer(f.metrics, size), box.width, box.width);
     // A word wider than the box is set smaller to stay whole in it.
     if (const double fitted = FitSize(size, WidestLine(lines), box.width); fitted < size) {

@@ -192,6 +192,7 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
     for (int c = 0; c < ncols; ++c) {
       if (covered[size_t(r) * ncols + c]) continue;
       const auto& a = table.rows[r].cells[c].attr;
+      if (a.row_span <= 1 && a.col_span <= 1) continue;  // most cells cover only themselves
       for (int rr = r; rr < r + a.row_span; ++rr)
         for (int cc = c; cc < c + a.col_span; ++cc)
           if (rr != r || cc != c)
@@ -286,20 +287,20 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
   // cell is drawn as one run of its text; other cells are broken into lines.
   std::vector<Twips>& one_line = scratch.one_line;
   one_line.assign(draw ? size_t(nrows) * ncols : 0, Twips(std::numeric_limits<double>::quiet_NaN()));
-  // Cells of several lines (an address, a wrapped description) keep the
-  // lines the row heights broke them into for drawing, up to a bound, so
-  // that a table of thousands of such cells does not hold all their lines
-  // at once; past it they are broken again when drawn.
-  // Cells of a few whole lines between line breaks (an address, two phone
-  // numbers on two lines) keep them as places in their text (ShortLines),
-  // for every cell: `short_of` says which of `short_lines` are a cell's.
+  // Cells of several lines (an address, two phone numbers on two lines, a
+  // note wrapped over a few) keep them as places in their text
+  // (PlacedLines), for every cell: `short_of` says which of `short_lines`
+  // are a cell's.
   using ShortSpan = TableScratch::ShortSpan;
   std::vector<ShortLine>& short_lines = scratch.short_lines;
   short_lines.clear();
   std::vector<ShortSpan>& short_of = scratch.short_of;
   short_of.assign(draw ? size_t(nrows) * ncols : 0, ShortSpan{});
-  // The others are kept by cell number (row * columns + column), made in
-  // rising order.
+  // The others (a tab, a word set smaller to fit) keep the lines the row
+  // heights broke them into for drawing, by cell number (row * columns +
+  // column), made in rising order, up to a bound, so that a table of
+  // thousands of such cells does not hold all their lines at once; past it
+  // they are broken again when drawn.
   constexpr size_t kKeptBroken = 4096;
   std::vector<std::pair<size_t, CellLines>> broken;
 
@@ -328,29 +329,34 @@ void PrintSurface::LayOutTable(Table& table, bool draw) {
       }
       const Twips room = span_width(c, cell) - pad_x * 2;
       // A column of a list repeats itself down the rows (the provider and
-      // invoice number on every line of an invoice, the date on most): a
-      // cell that holds what the cell above it held, in the same font, size
-      // and span, is the one line that cell was, at its width.
+      // invoice number on every line of an invoice, the date on most, a
+      // plan's standard note): a cell that holds what the cell above it
+      // held, in the same font, size and span, has the lines that cell had,
+      // at their widths, and the same places in the same text.
       if (draw && k > 0) {
-        const int above = drawn[k - 1];
-        const Twips above_width = one_line[size_t(above) * ncols + c];
-        const Row& above_row = table.rows[above];
+        const size_t up_at = size_t(drawn[k - 1]) * ncols + c;
+        const Twips above_width = one_line[up_at];
+        const ShortSpan above_lines = short_of[up_at];
+        const Row& above_row = table.rows[drawn[k - 1]];
         const Cell& up = above_row.cells[c];
-        if (!std::isnan(above_width.value()) && above_row.style == row.style &&
-            up.text == cell.text && up.attr.bold == cell.attr.bold &&
-            up.attr.italic == cell.attr.italic && up.attr.font_size == cell.attr.font_size &&
-            up.attr.no_wrap == cell.attr.no_wrap && up.attr.col_span == cell.attr.col_span) {
-          h = std::max(h, lh);
+        if ((!std::isnan(above_width.value()) || above_lines.count > 0) &&
+            above_row.style == row.style && up.text == cell.text &&
+            up.attr.bold == cell.attr.bold && up.attr.italic == cell.attr.italic &&
+            up.attr.font_size == cell.attr.font_size && up.attr.no_wrap == cell.attr.no_wrap &&
+            up.attr.col_span == cell.attr.col_span) {
+          h = std::max(h, lh * double(above_lines.count > 0 ? above_lines.count : 1));
           one_line[size_t(drawn[k]) * ncols + c] = above_width;
+          short_of[size_t(drawn[k]) * ncols + c] = above_lines;
           continue;
         }
       }
       const FontMeasure measure{cf.font.metrics, cf.size};
       // One pass over the text tells a cell of one line from one of a few:
-      // the one line of a text without a line break is the whole text, at
-      // the width SingleLineWidth gives.
+      // the one line of a text that neither breaks nor wraps is the whole
+      // text, at the width SingleLineWidth gives.
       const size_t before = short_lines.size();
-      if (ShortLines(cell.text, measure, room, cell.attr.no_wrap <= 0, short_lines)) {
+      if (PlacedLines(cell.text, measure, room, cell.attr.no_wrap <= 0,
+                      LineEnds::kAtBreaksAndWraps, short_lines)) {
         const size_t count = short_lines.size() - before;
         h = std::max(h, lh * double(count));
         if (draw && count == 1) {

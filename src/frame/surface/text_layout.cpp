@@ -154,38 +154,75 @@ std::vector<TextLine> BreakLines(std::string_view text, const MeasureFn& measure
 
 namespace {
 
-// The width BreakLines gives `line` when it sets it as one piece that fits
-// `room`, summed as BreakLines sums it (blanks, words and word pieces, in
-// order); nothing when a piece would wrap or the text holds a tab or line
-// break. An empty line is no width.
+// Where a line measured by LineWidthFrom stops.
+struct LineStop {
+  size_t end = 0;  // one past the line's last byte
+  // Where the next line starts when this one wrapped; npos when it ended
+  // at a line break or the text's end.
+  size_t next = std::string_view::npos;
+};
+
+// A line of `text` from `start` that wraps before the piece at `at`, the
+// line holding a word already: as BreakLines ends it, the blanks before the
+// piece trimmed off, and, if there were any, what is left measured whole
+// (`x` is the line's width summed piece by piece up to `at`). Nothing when
+// the line is then wider than `room`.
 template <typename Measure>
-std::optional<Twips> WholeLineWidth(std::string_view line, const Measure& measure, Twips room,
-                                    bool wrap) {
+std::optional<Twips> WrappedBefore(std::string_view text, size_t start, size_t at, Twips x,
+                                   const Measure& measure, Twips room, LineStop& stop) {
+  size_t end = at;
+  while (end > start && text[end - 1] == ' ') --end;
+  stop.end = end;
+  stop.next = at;
+  const Twips width = Twips(0) + (end == at ? x : measure(text.substr(start, end - start)));
+  if (width > room) return std::nullopt;
+  return width;
+}
+
+// The width BreakLines gives the line of `text` that starts at `i`, up to
+// its line break or the text's end, when it sets it as one piece that fits
+// `room`, summed as BreakLines sums it (blanks, words and word pieces, in
+// order); nothing when the line holds a tab or, unless `may_wrap`, a piece
+// would wrap. With `may_wrap` the line ends where BreakLines wraps it,
+// unless that leaves a piece wider than the room alone on a line (which
+// BreakLines sets smaller). An empty line is no width.
+template <typename Measure>
+std::optional<Twips> WholeLineWidth(std::string_view text, size_t i, const Measure& measure,
+                                    Twips room, bool wrap, bool may_wrap, LineStop& stop) {
+  const size_t start = i;
+  stop.next = std::string_view::npos;
   Twips x;
-  size_t i = 0;
-  while (i < line.size()) {
-    const char c = line[i];
-    if (c == '\r' || c == '\n' || c == '\t') return std::nullopt;
+  bool has_word = false;
+  while (i < text.size()) {
+    const char c = text[i];
+    if (c == '\t') return std::nullopt;
+    if (c == '\r' || c == '\n') break;
     size_t j = i;
     if (c == ' ') {
-      while (j < line.size() && line[j] == ' ') ++j;
-      x += measure(line.substr(i, j - i));
+      while (j < text.size() && text[j] == ' ') ++j;
+      x += measure(text.substr(i, j - i));
       i = j;
       continue;
     }
-    while (j < line.size() && line[j] != ' ' && line[j] != '\t' && line[j] != '\r' &&
-           line[j] != '\n')
+    while (j < text.size() && text[j] != ' ' && text[j] != '\t' && text[j] != '\r' &&
+           text[j] != '\n')
       ++j;
-    std::string_view word = line.substr(i, j - i);
+    std::string_view word = text.substr(i, j - i);
     while (!word.empty()) {
       const std::string_view piece = word.substr(0, FirstPiece(word));
       const Twips w = measure(piece);
-      if (wrap && x + w > room) return std::nullopt;
+      if (wrap && x + w > room) {
+        if (!may_wrap || !has_word) return std::nullopt;
+        return WrappedBefore(text, start, size_t(piece.data() - text.data()), x, measure, room,
+                             stop);
+      }
       x += w;
+      has_word = true;
       word.remove_prefix(piece.size());
     }
     i = j;
   }
+  stop.end = i;
   if (x > room) return std::nullopt;
   // The line's width is its one piece's, placed at the line's start.
   return Twips(0) + x;
@@ -210,19 +247,21 @@ constexpr std::array<uint8_t, 256> kByteClass = [] {
   return t;
 }();
 
-// The width of the line of `text` that starts at `i`, up to its line break
-// or the text's end (where `end` is set), as WholeLineWidth gives it for a
-// font: each run of blanks and each word piece (FirstPiece's pieces) is
-// summed in font units as it is read and converted as FontMeasure converts
-// it, so the widths agree to the last bit. A piece holding a character past
-// ASCII is measured whole, as the decoder reads it. Nothing for a tab or a
-// piece that would wrap. One pass finds the line's end and measures it: a
-// table measures every line of every cell this way.
+// The width of the line of `text` that starts at `i`, and where it stops,
+// as WholeLineWidth gives them for a font: each run of blanks and each word
+// piece (FirstPiece's pieces) is summed in font units as it is read and
+// converted as FontMeasure converts it, so the widths agree to the last
+// bit. A piece holding a character past ASCII is measured whole, as the
+// decoder reads it. One pass finds the line's end and measures it: a table
+// measures every line of every cell this way.
 std::optional<Twips> FontLineWidth(std::string_view text, size_t i, const FontMeasure& measure,
-                                   Twips room, bool wrap, size_t& end) {
+                                   Twips room, bool wrap, bool may_wrap, LineStop& stop) {
   const FontMetrics& m = *measure.metrics;
   const size_t n = text.size();
+  const size_t start = i;
+  stop.next = std::string_view::npos;
   Twips x;
+  bool has_word = false;
   while (i < n) {
     const auto c = static_cast<unsigned char>(text[i]);
     const uint8_t cls = kByteClass[c];
@@ -240,16 +279,23 @@ std::optional<Twips> FontLineWidth(std::string_view text, size_t i, const FontMe
     size_t piece = i;  // where the piece being summed starts
     int64_t units = 0;
     bool ascii = true;
-    auto add_piece = [&](size_t stop) {
+    // False when the piece ending at `end` does not fit: the line then
+    // wraps before it, or is refused.
+    auto add_piece = [&](size_t end) {
       const Twips w = ascii ? m.Width(units, measure.size_pt)
-                            : measure(text.substr(piece, stop - piece));
+                            : measure(text.substr(piece, end - piece));
       if (wrap && x + w > room) return false;
       x += w;
+      has_word = true;
       return true;
+    };
+    auto wrapped = [&]() -> std::optional<Twips> {
+      if (!may_wrap || !has_word) return std::nullopt;
+      return WrappedBefore(text, start, piece, x, measure, room, stop);
     };
     while (true) {
       if (j == n) {
-        if (!add_piece(j)) return std::nullopt;
+        if (!add_piece(j)) return wrapped();
         break;
       }
       const auto b = static_cast<unsigned char>(text[j]);
@@ -260,7 +306,7 @@ std::optional<Twips> FontLineWidth(std::string_view text, size_t i, const FontMe
         continue;
       }
       if (k == kBlankByte || k == kBreakByte) {
-        if (!add_piece(j)) return std::nullopt;
+        if (!add_piece(j)) return wrapped();
         break;
       }
       if (k == kHighByte) {
@@ -273,7 +319,7 @@ std::optional<Twips> FontLineWidth(std::string_view text, size_t i, const FontMe
       // the piece's first character. The byte after a line's last is a
       // line break or the end, never a letter.
       if (j > piece && j + 1 < n && IsLetter(text[j - 1]) && IsLetter(text[j + 1])) {
-        if (!add_piece(j + 1)) return std::nullopt;
+        if (!add_piece(j + 1)) return wrapped();
         piece = j + 1;
         units = 0;
         ascii = true;
@@ -282,51 +328,52 @@ std::optional<Twips> FontLineWidth(std::string_view text, size_t i, const FontMe
     }
     i = j;
   }
-  end = i;
+  stop.end = i;
   if (x > room) return std::nullopt;
   return Twips(0) + x;
 }
 
-// The width of the line of `text` that starts at `i`, up to its line break
-// or the text's end (where `end` is set), as WholeLineWidth gives it; a
-// MeasureFn's line is found first and then measured piece by piece.
 std::optional<Twips> LineWidthFrom(std::string_view text, size_t i, const MeasureFn& measure,
-                                   Twips room, bool wrap, size_t& end) {
-  end = i;
-  while (end < text.size() && text[end] != '\r' && text[end] != '\n') ++end;
-  return WholeLineWidth(text.substr(i, end - i), measure, room, wrap);
+                                   Twips room, bool wrap, bool may_wrap, LineStop& stop) {
+  return WholeLineWidth(text, i, measure, room, wrap, may_wrap, stop);
 }
 std::optional<Twips> LineWidthFrom(std::string_view text, size_t i, const FontMeasure& measure,
-                                   Twips room, bool wrap, size_t& end) {
-  return FontLineWidth(text, i, measure, room, wrap, end);
+                                   Twips room, bool wrap, bool may_wrap, LineStop& stop) {
+  return FontLineWidth(text, i, measure, room, wrap, may_wrap, stop);
 }
 
 template <typename Measure>
 std::optional<Twips> SingleLineWidthWith(std::string_view text, const Measure& measure, Twips room,
                                          bool wrap) {
   if (text.empty()) return std::nullopt;
-  size_t end = 0;
-  const auto width = LineWidthFrom(text, 0, measure, room, wrap, end);
-  if (!width || end != text.size()) return std::nullopt;
+  LineStop stop;
+  const auto width = LineWidthFrom(text, 0, measure, room, wrap, false, stop);
+  if (!width || stop.end != text.size()) return std::nullopt;
   return width;
 }
 
 template <typename Measure>
-bool ShortLinesWith(std::string_view text, const Measure& measure, Twips room, bool wrap,
-                    std::vector<ShortLine>& out) {
+bool PlacedLinesWith(std::string_view text, const Measure& measure, Twips room, bool wrap,
+                     bool may_wrap, std::vector<ShortLine>& out) {
   // BreakLines ends a line at each line break without trimming it, and
   // starts the next at no width; after the last break comes one more line.
+  // A wrapped line goes on at the piece that did not fit.
   if (text.size() > UINT32_MAX) return false;
-  const size_t start = out.size();
+  const size_t first = out.size();
   size_t line_start = 0;
   while (true) {
-    size_t end = line_start;
-    const auto width = LineWidthFrom(text, line_start, measure, room, wrap, end);
+    LineStop stop;
+    const auto width = LineWidthFrom(text, line_start, measure, room, wrap, may_wrap, stop);
     if (!width) {
-      out.resize(start);
+      out.resize(first);
       return false;
     }
-    out.push_back({uint32_t(line_start), uint32_t(end - line_start), *width});
+    out.push_back({uint32_t(line_start), uint32_t(stop.end - line_start), *width});
+    if (stop.next != std::string_view::npos) {
+      line_start = stop.next;  // past a word, so the next line starts further on
+      continue;
+    }
+    const size_t end = stop.end;
     if (end == text.size()) return true;
     line_start = end + (text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n' ? 2 : 1);
   }
@@ -343,13 +390,13 @@ std::optional<Twips> SingleLineWidth(std::string_view text, const FontMeasure& m
   return SingleLineWidthWith(text, measure, room, wrap);
 }
 
-bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
-                std::vector<ShortLine>& out) {
-  return ShortLinesWith(text, measure, room, wrap, out);
+bool PlacedLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
+                 LineEnds ends, std::vector<ShortLine>& out) {
+  return PlacedLinesWith(text, measure, room, wrap, ends == LineEnds::kAtBreaksAndWraps, out);
 }
-bool ShortLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
-                std::vector<ShortLine>& out) {
-  return ShortLinesWith(text, measure, room, wrap, out);
+bool PlacedLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
+                 LineEnds ends, std::vector<ShortLine>& out) {
+  return PlacedLinesWith(text, measure, room, wrap, ends == LineEnds::kAtBreaksAndWraps, out);
 }
 
 Twips WidestLine(const std::vector<TextLine>& lines) {

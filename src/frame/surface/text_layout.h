@@ -68,23 +68,32 @@ std::optional<Twips> SingleLineWidth(std::string_view text, const MeasureFn& mea
 std::optional<Twips> SingleLineWidth(std::string_view text, const FontMeasure& measure, Twips room,
                                      bool wrap = true);
 
-// One line of a text that BreakLines would set as the text between two
-// line breaks: where it stands in the text, and its width.
+// One line of a text as BreakLines would set it: where it stands in the
+// text, and its width.
 struct ShortLine {
   uint32_t offset, length;
   Twips width;
 };
 
-// The lines BreakLines would give `text` when every line between its line
-// breaks fits `room` whole and holds no tab: one per line break and one
-// more, each with the width BreakLines gives it, appended to `out`. False,
-// with `out` as it was, for any other text. Like SingleLineWidth it lets a
-// table keep most cells of a few lines (an address, two phone numbers) as
+// Where the lines PlacedLines gives may end.
+enum class LineEnds : uint8_t {
+  kAtBreaks,          // at line breaks only; a text a line of which would wrap is refused
+  kAtBreaksAndWraps,  // at line breaks and where BreakLines wraps
+};
+
+// The lines BreakLines would give `text` when each of them fits `room` and
+// none holds a tab, appended to `out`: one per line break and one more, and
+// with kAtBreaksAndWraps one more per wrap, each wrapped line without the
+// blanks BreakLines trims there; each with the width BreakLines gives it.
+// False, with `out` as it was, for any other text: a tab, a word wider than
+// the room (which BreakLines leaves alone on a line wider than asked), or
+// with kAtBreaks a wrap. Like SingleLineWidth it lets a table keep most
+// cells of a few lines (an address, two phone numbers, a wrapped note) as
 // places in their text rather than as lines of their own.
-bool ShortLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
-                std::vector<ShortLine>& out);
-bool ShortLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
-                std::vector<ShortLine>& out);
+bool PlacedLines(std::string_view text, const MeasureFn& measure, Twips room, bool wrap,
+                 LineEnds ends, std::vector<ShortLine>& out);
+bool PlacedLines(std::string_view text, const FontMeasure& measure, Twips room, bool wrap,
+                 LineEnds ends, std::vector<ShortLine>& out);
 
 // The widest line of `lines`.
 Twips WidestLine(const std::vector<TextLine>& lines);
