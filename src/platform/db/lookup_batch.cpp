@@ -143,8 +143,26 @@ std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const 
     }
   }
   auto rows = Serve(*group.batch, values[key]);
-  declined_ = rows ? nullptr : &form;
-  return rows;
+  if (rows) {
+    declined_ = nullptr;
+    return rows;
+  }
+  // A key beyond a batch of chosen keys: the report has gone on to walk
+  // other rows (the next provider's invoices). Once it has asked for as many
+  // such keys as make a form qualify, the batch makes way for one of every
+  // key, which serves whatever the report walks next: the receivables of 13
+  // providers read each provider's invoice payments in 0.1 s where one read
+  // of all took 0.4 s.
+  group.missed.push_back(values[key]);
+  if (group.missed.size() >= static_cast<size_t>(kThreshold)) {
+    stats_.rows -= group.batch->held;
+    std::vector<int64_t> asked = std::move(group.missed);
+    group = Group();
+    group.runs = static_cast<int>(asked.size()) - 1;
+    group.asked = std::move(asked);
+    group.every_key = true;
+  }
+  return nullptr;
 }
 
 bool LookupBatcher::Prepare(Group& group, const std::string& statement, size_t offset) {
@@ -173,7 +191,7 @@ bool LookupBatcher::Prepare(Group& group, const std::string& statement, size_t o
   if (!walked_) return true;
   group.walked = walked_(group.asked);
   const double keys = group.walked ? static_cast<double>(group.walked->size()) : 0;
-  if (!group.walked || keys > kChosenKeysMax || (whole && 2 * keys > whole->rows)) return true;
+  if (!group.walked || group.every_key || keys > kChosenKeysMax || (whole && 2 * keys > whole->rows)) return true;
   std::optional<sql::BatchedLookup> walked;
   try {
     walked = sql::TranslateBatchedLookup(statement, at, schema_, dialect_, room, group.walked.get());
@@ -233,6 +251,7 @@ std::unique_ptr<LookupBatcher::Batch> LookupBatcher::Build(const sql::BatchedLoo
     ++held;
   }
   batch->rows = std::move(read);
+  batch->held = held;
   ++stats_.batches;
   stats_.rows += held;
   return batch;

@@ -32,7 +32,9 @@
 // alone ("InvoiceID IN (...)") and reads whichever of the two the engine
 // expects cheaper: the account status of 20,000 patients wants the
 // payments of 9,000 open invoices, not of all 100,000. A key outside a
-// batch of chosen keys is still run as its own statement.
+// batch of chosen keys is run as its own statement; after as many such
+// keys as make a form qualify, the report is taken to walk other rows (the
+// next provider's invoices), and the batch makes way for one of all keys.
 #pragma once
 
 #include <cstdint>
@@ -119,6 +121,7 @@ class LookupBatcher {
     std::unordered_map<int64_t, std::pair<size_t, size_t>> by_key;  // rows [first, last)
     // The keys read, sorted, when the batch read chosen keys alone.
     std::shared_ptr<const std::vector<int64_t>> chosen;
+    int64_t held = 0;  // rows counted in Stats::rows
   };
   struct Group {  // the runs of one form that agree on every literal but the key
     int runs = 0;
@@ -131,6 +134,8 @@ class LookupBatcher {
     // the batch of them alone when the engine expects it cheaper.
     std::shared_ptr<const std::vector<int64_t>> walked;
     bool walked_only = false;  // `lookup` reads those keys alone
+    std::vector<int64_t> missed;  // keys asked beyond a batch of those keys
+    bool every_key = false;       // such a batch was outrun: read all keys
   };
   struct Form {
     bool refused = false;

@@ -348,19 +348,22 @@ class PostgresPrinter : public print::Printer {
   // The keys a KeyRangeCondition admits, as an orv_keyranges value. A bound
   // is a literal's key; NULL leaves a range open on that side.
   void KeyRanges(const Expr& e) {
+    auto bound = [&](const Expr* literal) {
+      if (!literal) {
+        out_ += "NULL";
+        return;
+      }
+      out_ += T::kSortKey;
+      out_ += "(";
+      Expression(*literal);
+      out_ += ")";
+    };
     auto range = [&](const Expr* low, const Expr* high, const char* bounds) {
       out_ += "orvenda.orv_keyranges(orvenda.orv_keyrange(";
-      for (const Expr* bound : {low, high}) {
-        if (bound) {
-          out_ += T::kSortKey;
-          out_ += "(";
-          Expression(*bound);
-          out_ += ")";
-        } else {
-          out_ += "NULL";
-        }
-        out_ += bound == high ? ", '" : ", ";
-      }
+      bound(low);
+      out_ += ", ";
+      bound(high);
+      out_ += ", '";
       out_ += bounds;
       out_ += "'))";
     };
