@@ -99,6 +99,20 @@ class Connection::Impl {
                                          const FieldSelection& keep);
   bool batch_lookups_ = true;
   std::unique_ptr<LookupBatcher> batcher_;
+  // The results of more than a few rows read during a server snapshot, as
+  // long as the report holds them: a report that walks one (its patients, a
+  // SHAPE's open invoices) and looks up each row's key tells the batcher
+  // which keys are to come. Not owned: a recordset alone on its rows may
+  // reorder them in place.
+  std::vector<std::weak_ptr<const RowSet>> held_;
+  void Hold(const std::shared_ptr<RowSet>& rows) {
+    if (rows->RowCount() <= static_cast<size_t>(LookupBatcher::kThreshold) && rows->chapters.empty()) return;
+    if (held_.size() >= 64)
+      held_.erase(std::remove_if(held_.begin(), held_.end(), [](const auto& w) { return w.expired(); }),
+                  held_.end());
+    held_.push_back(rows);
+  }
+  std::shared_ptr<const std::vector<int64_t>> WalkedKeys(const std::vector<int64_t>& asked) const;
   int cursor_location_ = adUseServer;
 
   LookupBatcher& batcher() {
@@ -106,15 +120,17 @@ class Connection::Impl {
       batcher_ = std::make_unique<LookupBatcher>(
           schema_, engine_->dialect(),
           [this](const sql::Translation& tr, const std::string& original) { return ReadBatch(tr, original); },
-          [this](const sql::Translation& tr, const std::string& original) { return EstimateBatch(tr, original); });
+          [this](const sql::Translation& tr, const std::string& original) { return EstimateBatch(tr, original); },
+          [this](const std::vector<int64_t>& asked) { return WalkedKeys(asked); });
     }
     return *batcher_;
   }
   // A batched lookup runs under a savepoint: should the server refuse it,
   // the snapshot stays usable and the report goes on key by key.
   std::shared_ptr<RowSet> ReadBatch(const sql::Translation& tr, const std::string& original);
-  // The seconds a batched read is expected to take, from the server's plan.
-  std::optional<double> EstimateBatch(const sql::Translation& tr, const std::string& original);
+  // The seconds a batched read is expected to take and the rows it gives,
+  // from the server's plan.
+  std::optional<LookupBatcher::Estimate> EstimateBatch(const sql::Translation& tr, const std::string& original);
   void RunPlain(const char* sql) {
     auto stmt = engine_->Prepare(sql, sql);
     while (stmt->Step()) {
@@ -215,6 +231,7 @@ void Connection::EndSnapshot() {
   im.shape_children_.clear();
   im.shape_children_seen_.clear();
   im.shape_child_rows_ = 0;
+  im.held_.clear();
   if (im.batcher_) im.batcher_->Clear();
   if (!im.in_transaction_ || im.tx_on_writer_) im.engine_->EndSnapshot();
 }
@@ -449,12 +466,14 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement, const Fi
     ShapeNode node = ParseShape(statement);
     try {
       StatementCache& cache = im.cache(false);
-      return RunShape(
+      auto rows = RunShape(
           cache, node, statement,
           [&](const ShapeChild& child, const RowSet& parent, const FieldSelection& keep_child) {
             return im.ReadShapeChild(cache, child, parent, keep_child);
           },
           keep);
+      if (im.ReadsFromSnapshot()) im.Hold(rows);
+      return rows;
     } catch (const ReportError& e) {
       // A command's own message names the inner command; add the SHAPE
       // statement it came from.
@@ -466,8 +485,12 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement, const Fi
   // listing is read once anyway. Each caller gets its own copy, since a
   // recordset may change its rows.
   constexpr size_t kCachedRowsMax = 16, kCachedStatementsMax = 50000;
-  if (!keep.All()) return ReadRows(im.cache(false), statement, nullptr, keep);
   bool cacheable = im.ReadsFromSnapshot();
+  if (!keep.All()) {
+    auto rows = ReadRows(im.cache(false), statement, nullptr, keep);
+    if (cacheable) im.Hold(rows);
+    return rows;
+  }
   if (cacheable) {
     auto hit = im.snapshot_rows_.find(statement);
     if (hit != im.snapshot_rows_.end()) {
@@ -487,6 +510,7 @@ std::shared_ptr<RowSet> Connection::Query(const std::string& statement, const Fi
   if (form) im.batcher().Spent(std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count());
   if (cacheable && rows->RowCount() <= kCachedRowsMax && im.snapshot_rows_.size() < kCachedStatementsMax)
     im.snapshot_rows_.emplace(statement, std::make_shared<const RowSet>(*rows));
+  if (cacheable) im.Hold(rows);
   return rows;
 }
 
@@ -538,7 +562,44 @@ std::shared_ptr<RowSet> Connection::Impl::ReadBatch(const sql::Translation& tr, 
   }
 }
 
-std::optional<double> Connection::Impl::EstimateBatch(const sql::Translation& tr, const std::string& original) {
+std::shared_ptr<const std::vector<int64_t>> Connection::Impl::WalkedKeys(const std::vector<int64_t>& asked) const {
+  if (asked.empty()) return nullptr;
+  const std::unordered_set<int64_t> wanted(asked.begin(), asked.end());
+  // Of the integer columns that hold every key asked (the rows held and
+  // their chapters' children), the one of fewest values: a report walking
+  // its open invoices asks for those, and the column of every payment's
+  // invoice holds them too, and many more.
+  std::shared_ptr<std::vector<int64_t>> best;
+  std::function<void(const RowSet&)> visit = [&](const RowSet& rows) {
+    for (size_t f = 0; f < rows.fields.size(); ++f) {
+      const FieldInfo& field = rows.fields[f];
+      if (!field.held || field.kind != sql::ValueKind::Integer || field.chapter >= 0) continue;
+      std::unordered_set<int64_t> missing = wanted;
+      for (size_t r = 0; r < rows.RowCount() && !missing.empty(); ++r) {
+        const Variant v = rows.Get(r, static_cast<int>(f));
+        if (!v.IsNull()) missing.erase(v.AsInteger());
+      }
+      if (!missing.empty()) continue;
+      auto keys = std::make_shared<std::vector<int64_t>>();
+      keys->reserve(rows.RowCount());
+      for (size_t r = 0; r < rows.RowCount(); ++r) {
+        const Variant v = rows.Get(r, static_cast<int>(f));
+        if (!v.IsNull()) keys->push_back(v.AsInteger());
+      }
+      std::sort(keys->begin(), keys->end());
+      keys->erase(std::unique(keys->begin(), keys->end()), keys->end());
+      if (!best || keys->size() < best->size()) best = std::move(keys);
+    }
+    for (const ChapterLink& link : rows.chapters)
+      if (link.child) visit(*link.child);
+  };
+  for (const auto& weak : held_)
+    if (const auto rows = weak.lock()) visit(*rows);
+  return best;
+}
+
+std::optional<LookupBatcher::Estimate> Connection::Impl::EstimateBatch(const sql::Translation& tr,
+                                                                        const std::string& original) {
   // The server's cost of the whole plan (the second figure of the top
   // node's "cost=start..total") in its own units, where reading a page in
   // order costs 1. Batched reads on loopback took 10 to 20 µs a unit
@@ -555,8 +616,12 @@ std::optional<double> Connection::Impl::EstimateBatch(const sql::Translation& tr
   const std::string top = CStr(plan->Get(0, 0));
   const size_t cost = top.find("cost=");
   const size_t dots = cost == std::string::npos ? cost : top.find("..", cost);
-  if (dots == std::string::npos) return std::nullopt;
-  return std::strtod(top.c_str() + dots + 2, nullptr) * kSecondsPerCostUnit;
+  const size_t rows = dots == std::string::npos ? dots : top.find("rows=", dots);
+  if (rows == std::string::npos) return std::nullopt;
+  LookupBatcher::Estimate e;
+  e.seconds = std::strtod(top.c_str() + dots + 2, nullptr) * kSecondsPerCostUnit;
+  e.rows = std::strtod(top.c_str() + rows + 5, nullptr);
+  return e;
 }
 
 void Connection::BatchLookups(bool on) {

@@ -44,7 +44,10 @@ void LookupBatcher::Clear() {
 }
 
 void LookupBatcher::Spent(double seconds) {
-  if (declined_) declined_->spent += seconds;
+  if (declined_) {
+    declined_->spent += seconds;
+    ++declined_->spent_runs;
+  }
   declined_ = nullptr;
 }
 
@@ -88,6 +91,10 @@ std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const 
         if (written[i] != form.last[i]) changed = static_cast<int>(i), ++count;
       if (count == 1) {
         form.varied.resize(written.size());
+        form.varied_values.resize(written.size());
+        std::vector<int64_t>& seen = form.varied_values[changed];
+        if (seen.empty()) seen.push_back(form.last_values[changed]);
+        seen.push_back(values[changed]);
         if (++form.varied[changed] >= kThreshold) {
           form.key = changed;
           chosen_now = true;
@@ -95,12 +102,21 @@ std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const 
       }
     }
     form.last = written;
+    form.last_values = values;
     if (form.key < 0) return nullptr;
   }
 
   const size_t key = static_cast<size_t>(form.key);
   Group& group = form.groups[OtherLiterals(written, key)];
   if (!group.batch) {
+    if (chosen_now) {
+      // The runs that made the key known are this group's first.
+      group.asked = std::move(form.varied_values[key]);
+      form.varied_values.clear();
+      group.runs = static_cast<int>(group.asked.size()) - 1;
+    } else if (group.asked.size() <= static_cast<size_t>(kThreshold)) {
+      group.asked.push_back(values[key]);
+    }
     if (++group.runs < kThreshold && !chosen_now) return nullptr;
     auto refuse = [&] {
       declined_ = nullptr;
@@ -108,39 +124,96 @@ std::shared_ptr<RowSet> LookupBatcher::Find(const std::string& statement, const 
       form.groups.clear();
       return nullptr;
     };
-    if (!group.lookup && !Translate(group, statement, offsets[key])) return refuse();
+    if (!group.priced && !Prepare(group, statement, offsets[key])) return refuse();
     // Rent before buying: key by key until the form has spent what the
-    // batched read is expected to cost.
-    if (!group.asked) {
-      group.asked = true;
-      if (estimate_) {
-        try {
-          group.cost = estimate_(group.lookup->translation, statement);
-        } catch (const std::exception&) {
-          return refuse();
-        }
-      }
+    // batched read is expected to cost, or until the keys of the walk still
+    // to come would cost as much at the mean time of a run so far.
+    bool buy = !group.cost || form.spent >= *group.cost;
+    if (!buy && group.walked && form.spent_runs > 0) {
+      const double to_come = static_cast<double>(group.walked->size()) - group.runs;
+      buy = to_come * (form.spent / form.spent_runs) >= *group.cost;
     }
-    if (group.cost && form.spent < *group.cost) return nullptr;
+    if (!buy) return nullptr;
     group.batch = Build(*group.lookup, statement);
     group.lookup.reset();
     if (!group.batch) return refuse();
+    if (group.walked_only) {
+      group.batch->chosen = group.walked;
+      ++stats_.chosen;
+    }
   }
-  declined_ = nullptr;
-  return Serve(*group.batch, values[key]);
+  auto rows = Serve(*group.batch, values[key]);
+  if (rows) {
+    declined_ = nullptr;
+    return rows;
+  }
+  // A key beyond a batch of chosen keys: the report has gone on to walk
+  // other rows (the next provider's invoices). Once it has asked for as many
+  // such keys as make a form qualify, the batch makes way for one of every
+  // key, which serves whatever the report walks next: the receivables of 13
+  // providers read each provider's invoice payments in 0.1 s where one read
+  // of all took 0.4 s.
+  group.missed.push_back(values[key]);
+  if (group.missed.size() >= static_cast<size_t>(kThreshold)) {
+    stats_.rows -= group.batch->held;
+    std::vector<int64_t> asked = std::move(group.missed);
+    group = Group();
+    group.runs = static_cast<int>(asked.size()) - 1;
+    group.asked = std::move(asked);
+    group.every_key = true;
+  }
+  return nullptr;
 }
 
-bool LookupBatcher::Translate(Group& group, const std::string& statement, size_t offset) {
+bool LookupBatcher::Prepare(Group& group, const std::string& statement, size_t offset) {
   const int64_t room = std::min(kBatchRows, kTotalRows - stats_.rows);
   if (room <= 0) return false;
   // A statement that is no lookup by this literal: the form is run key by
   // key, as it always could be.
+  const sql::Pos at = PosOf(statement, offset);
   try {
-    group.lookup = sql::TranslateBatchedLookup(statement, PosOf(statement, offset), schema_, dialect_, room);
+    group.lookup = sql::TranslateBatchedLookup(statement, at, schema_, dialect_, room);
   } catch (const std::exception&) {
     return false;
   }
-  return group.lookup.has_value();
+  if (!group.lookup) return false;
+  group.priced = true;
+
+  std::optional<Estimate> whole;
+  if (estimate_) {
+    try {
+      whole = estimate_(group.lookup->translation, statement);
+    } catch (const std::exception&) {
+      return false;
+    }
+  }
+  if (whole) group.cost = whole->seconds;
+  if (!walked_) return true;
+  group.walked = walked_(group.asked);
+  const double keys = group.walked ? static_cast<double>(group.walked->size()) : 0;
+  if (!group.walked || group.every_key || keys > kChosenKeysMax || (whole && 2 * keys > whole->rows)) return true;
+  std::optional<sql::BatchedLookup> walked;
+  try {
+    walked = sql::TranslateBatchedLookup(statement, at, schema_, dialect_, room, group.walked.get());
+  } catch (const std::exception&) {
+    // Translated once already; the whole read serves.
+  }
+  if (!walked) return true;
+  std::optional<Estimate> part;
+  if (estimate_) {
+    try {
+      part = estimate_(walked->translation, statement);
+    } catch (const std::exception&) {
+      return true;  // the whole read was priced; it serves
+    }
+  }
+  // Without prices the chosen keys are the better guess: they read no more
+  // than all keys do.
+  if (whole && (!part || part->seconds >= whole->seconds)) return true;
+  group.cost = part ? std::optional<double>(part->seconds) : std::nullopt;
+  group.lookup = std::move(walked);
+  group.walked_only = true;
+  return true;
 }
 
 std::unique_ptr<LookupBatcher::Batch> LookupBatcher::Build(const sql::BatchedLookup& lookup,
@@ -178,15 +251,20 @@ std::unique_ptr<LookupBatcher::Batch> LookupBatcher::Build(const sql::BatchedLoo
     ++held;
   }
   batch->rows = std::move(read);
+  batch->held = held;
   ++stats_.batches;
   stats_.rows += held;
   return batch;
 }
 
 std::shared_ptr<RowSet> LookupBatcher::Serve(const Batch& batch, int64_t key) {
+  auto hit = batch.by_key.find(key);
+  // A key the batch did not read is run as its own statement.
+  if (hit == batch.by_key.end() && batch.chosen &&
+      !std::binary_search(batch.chosen->begin(), batch.chosen->end(), key))
+    return nullptr;
   auto rows = std::make_shared<RowSet>();
   rows->fields = batch.fields;
-  auto hit = batch.by_key.find(key);
   if (hit != batch.by_key.end()) {
     rows->Reserve(hit->second.second - hit->second.first);
     for (size_t r = hit->second.first; r < hit->second.second; ++r) rows->AppendRowFrom(*batch.rows, r, 1);

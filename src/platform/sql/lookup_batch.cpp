@@ -55,10 +55,46 @@ const Expr* KeyColumn(const Expr& conjunct, Pos key) {
   return l;
 }
 
+// "column IN (keys...)"; for no keys "IN (NULL)", which holds for no row.
+ExprPtr KeyIn(ExprPtr column, const std::vector<int64_t>& keys) {
+  auto in = std::make_unique<Expr>(ExprKind::InList, column->pos);
+  in->type.kind = ValueKind::Boolean;
+  in->op = BoundOp::CompareOther;
+  in->args.push_back(std::move(column));
+  for (int64_t key : keys) {
+    auto number = std::make_unique<Expr>(ExprKind::Number, in->pos);
+    number->text = std::to_string(key);
+    number->type.kind = ValueKind::Integer;
+    in->args.push_back(std::move(number));
+  }
+  if (keys.empty()) {
+    auto none = std::make_unique<Expr>(ExprKind::Null, in->pos);
+    none->type.kind = ValueKind::Integer;
+    none->type.is_null = true;
+    in->args.push_back(std::move(none));
+  }
+  return in;
+}
+
+// Adds `condition` as a conjunct at the top of the WHERE clause.
+void AndWhere(Select& s, ExprPtr condition) {
+  if (!s.where) {
+    s.where = std::move(condition);
+    return;
+  }
+  auto both = std::make_unique<Expr>(ExprKind::Logical, s.where->pos);
+  both->text = "AND";
+  both->type.kind = ValueKind::Boolean;
+  both->args.push_back(std::move(s.where));
+  both->args.push_back(std::move(condition));
+  s.where = std::move(both);
+}
+
 }  // namespace
 
 std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos key, const Schema& schema,
-                                                    Dialect dialect, int64_t row_limit) {
+                                                    Dialect dialect, int64_t row_limit,
+                                                    const std::vector<int64_t>* only) {
   Statement st = Parse(tsql);
   Bind(st, schema, tsql);
   MoveDisjunctionsOntoOneTable(st);
@@ -117,7 +153,9 @@ std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos k
   item.expr = std::move(key_column);
   s.items.insert(s.items.begin(), std::move(item));
 
+  ExprPtr restriction = only ? KeyIn(CopyBound(*column), *only) : nullptr;
   RemoveConjunct(s.where, conjunct);
+  if (restriction) AndWhere(s, std::move(restriction));
 
   auto limit = std::make_unique<Expr>(ExprKind::Number, s.pos);
   limit->text = std::to_string(row_limit + 1);
@@ -170,33 +208,7 @@ std::optional<Translation> TranslateRestrictedToKeys(std::string_view tsql, std:
   }
   if (!key_column) return std::nullopt;
 
-  auto in = std::make_unique<Expr>(ExprKind::InList, key_column->pos);
-  in->type.kind = ValueKind::Boolean;
-  in->op = BoundOp::CompareOther;
-  in->args.push_back(std::move(key_column));
-  for (int64_t key : keys) {
-    auto number = std::make_unique<Expr>(ExprKind::Number, in->pos);
-    number->text = std::to_string(key);
-    number->type.kind = ValueKind::Integer;
-    in->args.push_back(std::move(number));
-  }
-  if (keys.empty()) {
-    // No key: "IN (NULL)" holds for no row, and the columns are still read.
-    auto none = std::make_unique<Expr>(ExprKind::Null, in->pos);
-    none->type.kind = ValueKind::Integer;
-    none->type.is_null = true;
-    in->args.push_back(std::move(none));
-  }
-  if (!s.where) {
-    s.where = std::move(in);
-  } else {
-    auto both = std::make_unique<Expr>(ExprKind::Logical, s.where->pos);
-    both->text = "AND";
-    both->type.kind = ValueKind::Boolean;
-    both->args.push_back(std::move(s.where));
-    both->args.push_back(std::move(in));
-    s.where = std::move(both);
-  }
+  AndWhere(s, KeyIn(std::move(key_column), keys));
   // As Translate prepares a statement for the engine.
   MoveDisjunctionsOntoOneTable(st);
   if (dialect == Dialect::PostgreSQL) DecorrelateAggregateSubqueries(st);

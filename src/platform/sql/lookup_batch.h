@@ -44,9 +44,13 @@ struct BatchedLookup {
 // - the select list is all plain columns and expressions, or all bare
 //   aggregates (no ORDER BY then).
 // At most `row_limit` + 1 rows are read, so a caller can tell an oversized
-// result. Throws SqlError for a statement that does not translate at all.
+// result. With `only`, the batch reads those keys alone ("column IN
+// (only...)" in place of the key's comparison), not every key of the table:
+// the invoices a report is walking, not all the practice's. Throws SqlError
+// for a statement that does not translate at all.
 std::optional<BatchedLookup> TranslateBatchedLookup(std::string_view tsql, Pos key, const Schema& schema,
-                                                    Dialect dialect, int64_t row_limit);
+                                                    Dialect dialect, int64_t row_limit,
+                                                    const std::vector<int64_t>* only = nullptr);
 
 // `tsql` restricted to the rows whose result column `column` is one of
 // `keys`: the same statement with "AND column IN (keys...)" at the top of

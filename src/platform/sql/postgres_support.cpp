@@ -145,6 +145,13 @@ LANGUAGE plpgsql IMMUTABLE AS $$ BEGIN RAISE EXCEPTION '%', message USING ERRCOD
               WHEN orvenda.orv_key(b) COLLATE "C" > orvenda.orv_key(a) COLLATE "C" THEN b ELSE a END $$)SQL",
       "CREATE OR REPLACE AGGREGATE orvenda.orv_min(text) (SFUNC = orvenda.orv_min_step, STYPE = text)",
       "CREATE OR REPLACE AGGREGATE orvenda.orv_max(text) (SFUNC = orvenda.orv_max_step, STYPE = text)",
+      // Ranges of sort keys, and sets of them, compared bytewise: several
+      // ordered comparisons of one column with literals test the column's
+      // key once against the set they admit (print_postgres.cpp). A type
+      // has no CREATE OR REPLACE; one made by an earlier install stays.
+      R"SQL(DO $$ BEGIN
+  CREATE TYPE orvenda.orv_keyrange AS RANGE (subtype = text, collation = "C", multirange_type_name = orvenda.orv_keyranges);
+EXCEPTION WHEN duplicate_object THEN NULL; END $$)SQL",
 
       // ---- the clock and dates ----
       R"SQL(CREATE OR REPLACE FUNCTION orvenda.orv_getdate() RETURNS timestamp LANGUAGE sql STABLE PARALLEL SAFE AS $$

@@ -12,7 +12,7 @@ namespace orv::sql {
 
 // Version of the statements below; orvenda.orv_support_version() returns
 // it once they are installed. Raised whenever a statement changes.
-constexpr int kPostgresSupportVersion = 3;
+constexpr int kPostgresSupportVersion = 4;
 
 // Idempotent statements (CREATE ... IF NOT EXISTS / OR REPLACE) installing
 // everything PrintPostgres's text calls, in order. Run them in one

@@ -1,5 +1,6 @@
 #include "platform/sql/print_postgres.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -204,6 +205,203 @@ class PostgresPrinter : public print::Printer {
     out_ += ")";
     out_ += T::kSortCollation;
     out_ += ")";
+  }
+
+  // Ordered comparisons of one text column with literals, under AND and
+  // OR: "(Code >= '27000' AND Code <= '29999') OR (Code >= '62000' AND ...)".
+  // Printed one by one, each compares sort keys: the server computes the
+  // column's key once a comparison, and, the literals coming as parameters
+  // of a generic plan, each literal's key once a row as well: eight keys a
+  // row for two ranges, most of the time of a day's hygiene production.
+  // Instead the column's key is computed once a row and tested against the
+  // set of keys the comparisons admit, a multirange of key ranges built
+  // once a run by an uncorrelated subquery: AND is its intersection, OR its
+  // union. The truth value is the same: for a column that is not NULL each
+  // comparison is true or false, a set membership; for NULL every
+  // comparison is NULL, and so is the membership test. The comparisons of
+  // one column among the operands of an AND or an OR are gathered into one
+  // test, printed where the first of them stood (the operands' order does
+  // not change what AND and OR give). Only in WHERE, where a subquery may
+  // stand anywhere in the condition.
+  void WhereCondition(const Expr& e) override {
+    if (!HoldsKeyTest(e)) {
+      Expression(e);
+      return;
+    }
+    if (e.kind != ExprKind::Logical) {
+      KeyTest({&e}, "AND");
+      return;
+    }
+    const std::vector<KeyGroup> groups = KeyGroups(e);
+    bool first = true;
+    for (const ExprPtr& a : e.args) {
+      const KeyGroup* group = nullptr;
+      for (const KeyGroup& g : groups)
+        if (std::find(g.members.begin(), g.members.end(), a.get()) != g.members.end()) group = &g;
+      if (group && group->members.front() != a.get()) continue;
+      if (!first) out_ += " " + e.text + " ";
+      first = false;
+      if (group) {
+        KeyTest(group->members, e.text);
+      } else if (a->kind == ExprKind::Logical) {
+        out_ += "(";
+        WhereCondition(*a);
+        out_ += ")";
+      } else {
+        WhereCondition(*a);
+      }
+    }
+  }
+
+  // Operands of one AND or OR that compare one column, with two or more
+  // comparisons among them.
+  struct KeyGroup {
+    const Expr* column = nullptr;
+    std::vector<const Expr*> members;
+    int comparisons = 0;
+  };
+  static std::vector<KeyGroup> KeyGroups(const Expr& e) {
+    std::vector<KeyGroup> groups;
+    for (const ExprPtr& a : e.args) {
+      const Expr* column = nullptr;
+      int comparisons = 0;
+      if (!KeyRangeCondition(*a, column, comparisons)) continue;
+      auto same = std::find_if(groups.begin(), groups.end(), [&](const KeyGroup& g) {
+        return g.column->table_alias == column->table_alias && g.column->column_name == column->column_name;
+      });
+      if (same == groups.end()) same = groups.insert(groups.end(), KeyGroup{column, {}, 0});
+      same->members.push_back(a.get());
+      same->comparisons += comparisons;
+    }
+    groups.erase(std::remove_if(groups.begin(), groups.end(), [](const KeyGroup& g) { return g.comparisons < 2; }),
+                 groups.end());
+    return groups;
+  }
+
+  // Whether WhereCondition prints a key test somewhere in `e`. Not in a
+  // chain of more than 32 operands, which the printer balances into halves
+  // (Printer::Logical) as it always has.
+  static bool HoldsKeyTest(const Expr& e) {
+    if (e.kind != ExprKind::Logical) {
+      const Expr* column = nullptr;
+      int comparisons = 0;
+      return KeyRangeCondition(e, column, comparisons) && comparisons >= 2;
+    }
+    if (e.args.size() > 32) return false;
+    if (!KeyGroups(e).empty()) return true;
+    for (const ExprPtr& a : e.args)
+      if (a->kind == ExprKind::Logical && HoldsKeyTest(*a)) return true;
+    return false;
+  }
+
+  // "(key(column) <@ (SELECT keys))" for `members`, comparisons of one
+  // column joined by `op`.
+  void KeyTest(const std::vector<const Expr*>& members, const std::string& op) {
+    const Expr* column = nullptr;
+    int comparisons = 0;
+    KeyRangeCondition(*members.front(), column, comparisons);
+    out_ += "(";
+    out_ += T::kSortKey;
+    out_ += "(";
+    Expression(*column);
+    out_ += ")";
+    out_ += T::kSortCollation;
+    out_ += " <@ (SELECT ";
+    if (members.size() > 1) out_ += "(";
+    for (size_t i = 0; i < members.size(); ++i) {
+      if (i > 0) out_ += op == "AND" ? " * " : " + ";
+      KeyRanges(*members[i]);
+    }
+    if (members.size() > 1) out_ += ")";
+    out_ += "))";
+  }
+
+  // Whether `e` is made of AND, OR and ordered comparisons (BETWEEN
+  // counting two) of one text column, `column`, with text literals.
+  static bool KeyRangeCondition(const Expr& e, const Expr*& column, int& comparisons) {
+    const Expr* compared = nullptr;
+    if (e.kind == ExprKind::Logical) {
+      for (const ExprPtr& a : e.args)
+        if (!KeyRangeCondition(*a, column, comparisons)) return false;
+      return true;
+    }
+    if (e.kind == ExprKind::Binary && e.op == BoundOp::CompareText && e.text != "=" && e.text != "<>" &&
+        e.text != "!=") {
+      const bool left = IsCollatedColumn(*e.args[0]);
+      if (!(left ? IsTextLiteral(*e.args[1]) : IsCollatedColumn(*e.args[1]) && IsTextLiteral(*e.args[0])))
+        return false;
+      compared = e.args[left ? 0 : 1].get();
+      comparisons += 1;
+    } else if (e.kind == ExprKind::Between && e.op == BoundOp::CompareText) {
+      if (!IsCollatedColumn(*e.args[0]) || !IsTextLiteral(*e.args[1]) || !IsTextLiteral(*e.args[2])) return false;
+      compared = e.args[0].get();
+      comparisons += 2;
+    } else {
+      return false;
+    }
+    if (!column) column = compared;
+    return column->table_alias == compared->table_alias && column->column_name == compared->column_name;
+  }
+
+  static bool IsTextLiteral(const Expr& e) { return e.kind == ExprKind::String && e.type.kind == ValueKind::Text; }
+
+  // The keys a KeyRangeCondition admits, as an orv_keyranges value. A bound
+  // is a literal's key; NULL leaves a range open on that side.
+  void KeyRanges(const Expr& e) {
+    auto bound = [&](const Expr* literal) {
+      if (!literal) {
+        out_ += "NULL";
+        return;
+      }
+      out_ += T::kSortKey;
+      out_ += "(";
+      Expression(*literal);
+      out_ += ")";
+    };
+    auto range = [&](const Expr* low, const Expr* high, const char* bounds) {
+      out_ += "orvenda.orv_keyranges(orvenda.orv_keyrange(";
+      bound(low);
+      out_ += ", ";
+      bound(high);
+      out_ += ", '";
+      out_ += bounds;
+      out_ += "'))";
+    };
+    if (e.kind == ExprKind::Logical) {
+      out_ += "(";
+      for (size_t i = 0; i < e.args.size(); ++i) {
+        if (i > 0) out_ += e.text == "AND" ? " * " : " + ";
+        KeyRanges(*e.args[i]);
+      }
+      out_ += ")";
+      return;
+    }
+    if (e.kind == ExprKind::Between) {
+      // NOT BETWEEN a AND b: below a or above b, which is everything when
+      // a is above b, as no key lies between them then.
+      out_ += "(";
+      if (e.negated) {
+        range(nullptr, e.args[1].get(), "()");
+        out_ += " + ";
+        range(e.args[2].get(), nullptr, "()");
+      } else {
+        range(e.args[1].get(), nullptr, "[)");
+        out_ += " * ";
+        range(nullptr, e.args[2].get(), "(]");
+      }
+      out_ += ")";
+      return;
+    }
+    // The column's side of the comparison: "'27000' <= Code" is
+    // "Code >= '27000'".
+    const bool left = IsCollatedColumn(*e.args[0]);
+    const Expr* literal = e.args[left ? 1 : 0].get();
+    std::string op = e.text == "!<" ? ">=" : e.text == "!>" ? "<=" : e.text;
+    if (!left) op = op[0] == '<' ? ">" + op.substr(1) : "<" + op.substr(1);
+    if (op == ">=") range(literal, nullptr, "[)");
+    if (op == ">") range(literal, nullptr, "()");
+    if (op == "<=") range(nullptr, literal, "(]");
+    if (op == "<") range(nullptr, literal, "()");
   }
 
   // Against a collated left operand, bpchar suffices; a literal takes the

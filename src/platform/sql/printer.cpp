@@ -176,7 +176,7 @@ std::string Printer::Run(const Statement& st) {
 void Printer::Where(const Expr* where) {
   if (!where) return;
   out_ += " WHERE ";
-  Expression(*where);
+  WhereCondition(*where);
 }
 
 // ---- queries ----

@@ -48,6 +48,8 @@ class Printer {
   // dictionary order; by default the collated operand of CompareLeft or
   // CompareRight.
   virtual void OrderedText(const Expr& e, bool left) { left ? CompareLeft(e) : CompareRight(e); }
+  // The condition of a WHERE clause; by default as any expression.
+  virtual void WhereCondition(const Expr& e) { Expression(e); }
   // A select-list value. `collate` is set where the server's text semantics
   // must hold for the result column itself: under DISTINCT, in a compound
   // member, or in a query nested in another.

@@ -88,6 +88,46 @@ void ExpectHandOrder(Connection& conn) {
   EXPECT_EQ(rs.RecordCount(), below);
 }
 
+// Several ordered comparisons of one column, however they are combined,
+// select the names the hand order puts between their bounds: a range with
+// its ends in or out, an open end, bounds the wrong way round, a literal
+// on the left, ranges joined by OR, and other conditions beside them.
+TEST(DictionaryOrder, RangesOfOneColumnSelectTheNamesBetweenTheirBounds) {
+  testing::EachEngine engines(NamesTable());
+  const std::vector<std::string> all = kHandOrder;
+  const struct {
+    const char* where;
+    std::vector<std::string> names;
+  } cases[] = {
+      {"Name >= 'Elise' AND Name <= 'Étienne'", {"Elise", "Élise", "Emma", "Étienne"}},
+      {"Name > 'Elise' AND Name < 'Étienne'", {"Élise", "Emma"}},
+      // Case never counts, trailing blanks neither; accents only once the
+      // letters tie.
+      {"Name > 'cote' AND Name <= 'CÔTÉ'", {"coté", "Côté", "CÔTÉ  "}},
+      {"Name >= 'bell' AND Name <= 'BELL '", {"Bell   "}},
+      // A hyphen or an apostrophe counts only once the letters tie.
+      {"'Dupont' < Name AND Name !> 'Dupont-Roy'", {"Dupontel", "Dupont-Roy"}},
+      {"Name !< 'DAmour' AND Name < 'Dupont'", {"D'Amour"}},
+      {"(Name >= 'Caron' AND Name < 'Cote') OR Name BETWEEN 'Yves' AND 'Zoe'", {"Caron", "Çelik", "Yves", "Zoe"}},
+      {"Name < 'Aubert' OR Name > 'Zoe' OR Name BETWEEN 'Lafleur' AND 'Levesque'",
+       {"Abbott", "Aubé", "Lafleur", "Levesque", "Zoé"}},
+      {"Name NOT BETWEEN 'B' AND 'Y' AND ID > 0", {"Abbott", "Aubé", "Aubert", "Yves", "Zoe", "Zoé"}},
+      {"ID < 20 AND Name >= 'O' AND ID > 2 AND Name <= 'P'", {}},
+      {"ID > 30 AND Name >= 'O' AND ID < 40 AND Name <= 'P'", {"Obrien", "O'Brien", "O'Neil", "Ouellet"}},
+      // Bounds the wrong way round hold nothing between them.
+      {"Name >= 'Z' AND Name <= 'A'", {}},
+      {"Name NOT BETWEEN 'Z' AND 'A'", all},
+      {"Name >= '' AND Name < 'Abbott'", {}},
+  };
+  engines.Run([&](Connection& conn) {
+    for (const auto& c : cases) {
+      SCOPED_TRACE(c.where);
+      EXPECT_EQ(Column(conn.Query(std::string("SELECT Name FROM Names WHERE ") + c.where + " ORDER BY ID"), 0),
+                c.names);
+    }
+  });
+}
+
 TEST(DictionaryOrder, EachEngineAndItsRecordsetsGiveTheHandOrder) {
   testing::EachEngine engines(NamesTable());
   engines.Run(ExpectHandOrder);

@@ -34,6 +34,17 @@ TEST(SqlPrintPostgres, TextOfTranslations) {
        R"(SELECT 7 / 2, CAST("t1"."Cost" AS numeric) / 2, 5 # 3 FROM "InvoiceDetails" AS "t1" WHERE "t1"."ID" = 1 ORDER BY "t1"."ID" NULLS FIRST)"},
       {"SELECT GETDATE() - 30",
        R"(SELECT orvenda.orv_adddays(orvenda.orv_getdate(), -30))"},
+      // Ordered comparisons of one text column with literals: the column's
+      // key once a row, tested against the key ranges they admit, which are
+      // worked out once a run; each literal still printed once. The
+      // comparisons of the column gather where the first of them stood.
+      {"SELECT ID FROM Invoices WHERE ProviderID = 2 AND notes >= '100' AND ID > 0 AND notes < '200'",
+       R"(SELECT "t1"."ID" AS "ID" FROM "Invoices" AS "t1" WHERE "t1"."ProviderID" = 2 AND (orvenda.orv_key("t1"."notes") COLLATE "C" <@ (SELECT (orvenda.orv_keyranges(orvenda.orv_keyrange(orvenda.orv_key('100'), NULL, '[)')) * orvenda.orv_keyranges(orvenda.orv_keyrange(NULL, orvenda.orv_key('200'), '()'))))) AND "t1"."ID" > 0 ORDER BY "t1"."ID" NULLS FIRST)"},
+      {"SELECT ID FROM Invoices WHERE notes BETWEEN 'a' AND 'c' OR 'x' <= notes",
+       R"(SELECT "t1"."ID" AS "ID" FROM "Invoices" AS "t1" WHERE (orvenda.orv_key("t1"."notes") COLLATE "C" <@ (SELECT ((orvenda.orv_keyranges(orvenda.orv_keyrange(orvenda.orv_key('a'), NULL, '[)')) * orvenda.orv_keyranges(orvenda.orv_keyrange(NULL, orvenda.orv_key('c'), '(]'))) + orvenda.orv_keyranges(orvenda.orv_keyrange(orvenda.orv_key('x'), NULL, '[)'))))) ORDER BY "t1"."ID" NULLS FIRST)"},
+      // One comparison computes the column's key once anyway.
+      {"SELECT ID FROM Invoices WHERE notes > 'm'",
+       R"(SELECT "t1"."ID" AS "ID" FROM "Invoices" AS "t1" WHERE (orvenda.orv_key("t1"."notes") COLLATE "C") > (orvenda.orv_key('m') COLLATE "C") ORDER BY "t1"."ID" NULLS FIRST)"},
   };
   for (const auto& [tsql, postgres] : cases) {
     EXPECT_EQ(postgres, Translate(tsql, db.schema(), Dialect::PostgreSQL).sql) << tsql;
