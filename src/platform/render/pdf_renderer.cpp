@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cmath>
 #include <condition_variable>
+#include <cstring>
 #include <deque>
 #include <exception>
 #include <future>
@@ -170,13 +171,30 @@ class Glyphs {
           table->placed[c] = Placed{m.glyph, m.advance, c};
           table->mapped[c] = m.glyph != 0;
         }
+        table->printable = std::all_of(table->mapped.begin() + ' ', table->mapped.begin() + '~' + 1,
+                                       [](bool m) { return m; });
         it = ascii_tables_.emplace(ascii_tables_.end(), &file, std::move(table));
       }
       ascii_table_ = it->second.get();
     }
     if (!ascii_table_) return nullptr;
+    const size_t n = text.size();
+    size_t i = 0;
+    if (ascii_table_->printable) {
+      // Eight bytes at a time while each lies from the blank to the tilde,
+      // a character the file maps; a word holding another byte leaves the
+      // rest to the table.
+      constexpr uint64_t kOnes = ~uint64_t(0) / 255, kHigh = kOnes * 0x80;
+      for (; i + 8 <= n; i += 8) {
+        uint64_t w;
+        std::memcpy(&w, text.data() + i, 8);
+        const uint64_t below_blank = (w - kOnes * 0x20) & ~w & kHigh;
+        const uint64_t past_tilde = ((w + kOnes) | w) & kHigh;
+        if (below_blank | past_tilde) break;
+      }
+    }
     bool mapped = true;
-    for (const char byte : text) mapped &= ascii_table_->mapped[static_cast<unsigned char>(byte)];
+    for (; i < n; ++i) mapped &= ascii_table_->mapped[static_cast<unsigned char>(text[i])];
     return mapped ? ascii_table_->placed.data() : nullptr;
   }
 
@@ -240,6 +258,7 @@ class Glyphs {
   struct AsciiTable {
     std::array<Placed, 128> placed;
     std::array<bool, 256> mapped{};
+    bool printable = false;  // every byte from the blank to the tilde is mapped
   };
   // The table of each font file met (Ascii), the last one's at hand.
   std::vector<std::pair<const pdf::EmbeddedFont*, std::unique_ptr<AsciiTable>>> ascii_tables_;
@@ -715,10 +734,21 @@ class PdfPainter {
           if (const double move = -1000 * (at - pen); std::abs(move) >= 2.5) {
             const double adjust = std::round(move);
             if (std::abs(adjust) >= 3) {
-              flush();
-              out_ += ')';
-              AppendNumber(out_, adjust, 0);
-              out_ += '(';
+              if (std::abs(adjust) < 1e15) {
+                // A whole number, written into the batch between the
+                // strings as AppendNumber writes it.
+                if (nbytes + pdf::kScaledRoom + 2 > sizeof bytes) flush();
+                char* p = bytes + nbytes;
+                *p++ = ')';
+                p = pdf::WriteScaled(p, static_cast<int64_t>(adjust), 0);
+                *p++ = '(';
+                nbytes = size_t(p - bytes);
+              } else {
+                flush();
+                out_ += ')';
+                AppendNumber(out_, adjust, 0);
+                out_ += '(';
+              }
               pen -= adjust / 1000;
             }
           }
@@ -1046,7 +1076,7 @@ class PdfPaintAhead final : public PageSink {
       // is painting finishes its batch first, while this thread
       // compresses what it queues.
       while (worker_.joinable() && !worker_done_ && worker_busy_) {
-        if (!SqueezeOne(lock)) {
+        if (!SqueezeOne(lock) && !PackOne(lock)) {
           report_waiting_ = true;
           room_.wait(lock);
           report_waiting_ = false;
@@ -1157,7 +1187,7 @@ class PdfPaintAhead final : public PageSink {
       // The second thread was woken when the jobs reached kWakeAt. While
       // it is behind, compress what it has painted rather than wait.
       while (waiting_pages_ >= kMostWaiting) {
-        if (!SqueezeOne(lock)) {
+        if (!SqueezeOne(lock) && !PackOne(lock)) {
           report_waiting_ = true;
           room_.wait(lock);
           report_waiting_ = false;
@@ -1239,6 +1269,28 @@ class PdfPaintAhead final : public PageSink {
     return true;
   }
 
+  // On the report's thread, `lock` held: packs for the store the newest
+  // page waiting to be painted that is not packed yet, the lock let go
+  // meanwhile; the second thread then paints it without packing it. False
+  // when none waits. Packing is a tenth of a page's work on the second
+  // thread, and a page is packed the same wherever it is: the report's
+  // thread, held until the second thread takes the pages waiting, takes
+  // that off it rather than sit idle.
+  bool PackOne(std::unique_lock<std::mutex>& lock) {
+    const auto job = std::find_if(jobs_.rbegin(), jobs_.rend(),
+                                  [](const Job& j) { return j.kind == Job::kPage && j.pack; });
+    if (job == jobs_.rend()) return false;
+    const PageStore::Packer pack = std::move(job->pack);
+    ++packing_there_;
+    lock.unlock();
+    // The second thread takes no job while one is packed here (Run), so
+    // the items stay where they are and are only read.
+    pack(job->items);
+    lock.lock();
+    if (--packing_there_ == 0) work_.notify_one();
+    return true;
+  }
+
   // Keeps the pages the report's thread compressed with their pages, on
   // the thread that owns the pages; a page painted again or forgotten since
   // it was queued drops what was compressed for it.
@@ -1296,7 +1348,12 @@ class PdfPaintAhead final : public PageSink {
         std::unique_lock lock(mu_);
         worker_busy_ = false;
         if (report_waiting_) room_.notify_all();
-        work_.wait(lock, [&] { return released_ || jobs_.size() >= kWakeAt || stopping_ || !raw_.empty(); });
+        // A page the report's thread packs stays among the jobs until it is
+        // done (PackOne).
+        work_.wait(lock, [&] {
+          return released_ || (packing_there_ == 0 &&
+                               (jobs_.size() >= kWakeAt || stopping_ || !raw_.empty()));
+        });
         if (released_) return;
         worker_busy_ = true;
         if (jobs_.size() < kWakeAt && !stopping_) {
@@ -1432,6 +1489,7 @@ class PdfPaintAhead final : public PageSink {
   // which returns without doing anything more.
   bool released_ = false;
   bool report_waiting_ = false;  // the report's thread waits on room_
+  size_t packing_there_ = 0;     // jobs_ the report's thread packs (PackOne)
   std::deque<Squeeze> raw_;      // painted, to be compressed
   std::deque<Squeeze> squeezed_;  // compressed by the report's thread
   std::vector<std::vector<DisplayItem>> spare_;  // painted pages' lists (Spare)
