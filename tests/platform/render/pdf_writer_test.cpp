@@ -535,13 +535,18 @@ TEST(PdfWriter, ShortDocumentsStoreTheirPagesLongerOnesCompressThemAll) {
   fs::remove(pdf);
 }
 
+// Drops the pages of `d`, whose pages from now on are painted ahead.
+void PaintAhead(Document& d) {
+  d.pages.clear();
+  d.pages.HandOver(PaintPdfAhead(d.fonts, size_t(1) << 30));
+}
+
 // A page opened once pages were painted ahead takes the list of a painted
 // page, emptied of its items but not of its room; every page still shows
 // its own lines and no other page's.
 TEST(PdfWriter, PagesOpenedAfterPaintedOnesTakeTheirListsEmptied) {
   Document d = SampleDocument();
-  d.pages.clear();
-  d.pages.HandOver(PaintPdfAhead(d.fonts, size_t(1) << 30));
+  PaintAhead(d);
   constexpr int kPages = 40, kLines = 100;
   for (int i = 1; i <= kPages; ++i) {
     if (i == 30) d.pages.Sink()->Drain();
@@ -575,8 +580,7 @@ TEST(PdfWriter, PagesOpenedAfterPaintedOnesTakeTheirListsEmptied) {
 // the file shows every page in order.
 TEST(PdfWriter, PagesWaitingForThePainterAreStoredAsTheyWere) {
   Document d = SampleDocument();
-  d.pages.clear();
-  d.pages.HandOver(PaintPdfAhead(d.fonts, size_t(1) << 30));
+  PaintAhead(d);
   constexpr int kPages = 60, kLines = 60;
   const std::string wide(100, 'W');
   for (int i = 1; i <= kPages; ++i) {
