@@ -334,10 +334,9 @@ class PageSink {
   // An empty list with room for a page's items, for the page the store
   // opens next; called on the thread that lays pages out. A sink that is
   // done with the items of a page it was handed gives their list back here,
-  // and the items freed where they were made: a long list otherwise took
-  // every page's list afresh, its memory the kernel's to hand out again,
-  // while the one before it was freed on another thread. The default has
-  // none to give.
+  // the items freed on this thread, where they were made, rather than on
+  // the sink's, and the next page's list not allocated afresh. The default
+  // has none to give.
   virtual std::vector<DisplayItem> Spare() { return {}; }
   // Returns once every page handed over has been packed (its Packer
   // called), doing on this thread what waits to be done.

@@ -1018,8 +1018,7 @@ class PdfPaintAhead final : public PageSink {
   }
   void Changed(size_t i) override { Push(Job{Job::kForget, i, {}, {}, {}, {}, {}}); }
   // A list the second thread is done with, emptied here: its items were
-  // made on this thread, and freeing them on it keeps their memory at hand
-  // for the next page's.
+  // made on this thread and are freed on it.
   std::vector<DisplayItem> Spare() override {
     std::vector<DisplayItem> items;
     {
@@ -1272,10 +1271,11 @@ class PdfPaintAhead final : public PageSink {
   // On the report's thread, `lock` held: packs for the store the newest
   // page waiting to be painted that is not packed yet, the lock let go
   // meanwhile; the second thread then paints it without packing it. False
-  // when none waits. Packing is a tenth of a page's work on the second
-  // thread, and a page is packed the same wherever it is: the report's
-  // thread, held until the second thread takes the pages waiting, takes
-  // that off it rather than sit idle.
+  // when none waits. Packing a page costs about a sixth of painting it,
+  // and the items the store reads back from a page are the same whichever
+  // thread packed it (the style numbers in its bytes follow the order the
+  // pages were packed in): the report's thread, held until the second
+  // thread takes the pages waiting, takes that off it rather than sit idle.
   bool PackOne(std::unique_lock<std::mutex>& lock) {
     const auto job = std::find_if(jobs_.rbegin(), jobs_.rend(),
                                   [](const Job& j) { return j.kind == Job::kPage && j.pack; });
