@@ -331,6 +331,13 @@ class PageSink {
   virtual void Changed(size_t i) = 0;
   // Every page is gone.
   virtual void Cleared() = 0;
+  // An empty list with room for a page's items, for the page the store
+  // opens next; called on the thread that lays pages out. A sink that is
+  // done with the items of a page it was handed gives their list back here,
+  // the items freed on this thread, where they were made, rather than on
+  // the sink's, and the next page's list not allocated afresh. The default
+  // has none to give.
+  virtual std::vector<DisplayItem> Spare() { return {}; }
   // Returns once every page handed over has been packed (its Packer
   // called), doing on this thread what waits to be done.
   virtual void Drain() = 0;

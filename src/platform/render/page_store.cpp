@@ -563,6 +563,8 @@ void PageStore::clear() {
 void PageStore::push_back(Page page) {
   Slot slot;
   slot.page = std::move(page);
+  if (sink_ && slot.page.items.empty() && slot.page.items.capacity() == 0)
+    slot.page.items = sink_->Spare();
   slots_.push_back(std::move(slot));
 }
 

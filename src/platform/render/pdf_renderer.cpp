@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cmath>
 #include <condition_variable>
+#include <cstring>
 #include <deque>
 #include <exception>
 #include <future>
@@ -162,24 +163,39 @@ class Glyphs {
       auto it = std::find_if(ascii_tables_.begin(), ascii_tables_.end(),
                              [&](const auto& known) { return known.first == &file; });
       if (it == ascii_tables_.end()) {
-        auto table = std::make_unique<std::array<Placed, 128>>();
+        auto table = std::make_unique<AsciiTable>();
         // NUL maps to nothing here, as Own takes it.
-        (*table)[0] = Placed{0, 0, 0};
+        table->placed[0] = Placed{0, 0, 0};
         for (char32_t c = 1; c < 128; ++c) {
           const pdf::EmbeddedFont::Mapped m = file.Map(c);
-          (*table)[c] = Placed{m.glyph, m.advance, c};
+          table->placed[c] = Placed{m.glyph, m.advance, c};
+          table->mapped[c] = m.glyph != 0;
         }
+        table->printable = std::all_of(table->mapped.begin() + ' ', table->mapped.begin() + '~' + 1,
+                                       [](bool m) { return m; });
         it = ascii_tables_.emplace(ascii_tables_.end(), &file, std::move(table));
       }
-      ascii_table_ = it->second->data();
+      ascii_table_ = it->second.get();
     }
     if (!ascii_table_) return nullptr;
-    bool mapped = true;
-    for (const char byte : text) {
-      const auto b = static_cast<unsigned char>(byte);
-      mapped = mapped && b < 0x80 && ascii_table_[b].glyph != 0;
+    const size_t n = text.size();
+    size_t i = 0;
+    if (ascii_table_->printable) {
+      // Eight bytes at a time while each lies from the blank to the tilde,
+      // a character the file maps; a word holding another byte leaves the
+      // rest to the table.
+      constexpr uint64_t kOnes = ~uint64_t(0) / 255, kHigh = kOnes * 0x80;
+      for (; i + 8 <= n; i += 8) {
+        uint64_t w;
+        std::memcpy(&w, text.data() + i, 8);
+        const uint64_t below_blank = (w - kOnes * 0x20) & ~w & kHigh;
+        const uint64_t past_tilde = ((w + kOnes) | w) & kHigh;
+        if (below_blank | past_tilde) break;
+      }
     }
-    return mapped ? ascii_table_ : nullptr;
+    bool mapped = true;
+    for (; i < n; ++i) mapped &= ascii_table_->mapped[static_cast<unsigned char>(text[i])];
+    return mapped ? ascii_table_->placed.data() : nullptr;
   }
 
   // Maps `t` through the file's tables into placed_, and for an emboldened
@@ -236,11 +252,18 @@ class Glyphs {
   float size_ = 0;
   std::vector<cairo_glyph_t> out_;
   std::vector<Placed> placed_;
-  // The ASCII glyphs of each font file met (Ascii), the last one's at hand.
-  std::vector<std::pair<const pdf::EmbeddedFont*, std::unique_ptr<std::array<Placed, 128>>>>
-      ascii_tables_;
+  // The ASCII glyphs of a font file, and by byte whether it is an ASCII
+  // character the file maps: one look a byte tells whether a run is ASCII
+  // text that the table places.
+  struct AsciiTable {
+    std::array<Placed, 128> placed;
+    std::array<bool, 256> mapped{};
+    bool printable = false;  // every byte from the blank to the tilde is mapped
+  };
+  // The table of each font file met (Ascii), the last one's at hand.
+  std::vector<std::pair<const pdf::EmbeddedFont*, std::unique_ptr<AsciiTable>>> ascii_tables_;
   const pdf::EmbeddedFont* ascii_file_ = nullptr;
-  const Placed* ascii_table_ = nullptr;
+  const AsciiTable* ascii_table_ = nullptr;
   const Placed* ascii_ = nullptr;  // the last run's, when Ascii placed it
   size_t count_ = 0;  // the glyphs of the last run the file's tables placed
   bool own_ = false;
@@ -612,6 +635,54 @@ class PdfPainter {
         double line_x = line_.x, pen = line_.pen, advances = line_.advances;
         int batch = line_.batch;
         for (size_t i = 0; i < count; ++i) {
+          if constexpr (decltype(by_byte)::value) {
+            // Nearly every glyph of a list: on the open line, its character
+            // shown before, standing within the dropped adjustment of the
+            // pen, written as two plain bytes. These go through a loop of
+            // their own that calls nothing and holds what it reads in
+            // locals: a byte written to the batch may alias anything, and
+            // the loop below read the run's every constant from memory
+            // again after it. The arithmetic is the loop's below, term for
+            // term, so the doubles are the same; the first glyph that is
+            // not such a glyph goes on below.
+            if (plain && !off) {
+              const Glyphs::Placed* const table = ascii;
+              const bool* const shown = latin_shown.data();
+              const unsigned char* const chars = text;
+              char* const to = bytes;
+              const double origin = base_x, from = line_x, em = size, unit = per_unit,
+                           grow = run_size;
+              const size_t end = count;
+              double px = pen_x, pn = pen, adv = advances;
+              int bt = batch;
+              size_t n = nbytes;
+              for (; i < end && n + 4 <= sizeof bytes; ++i) {
+                const double at = (origin + px - from) / em;
+                if (std::abs(at - adv) > kFarAway) break;
+                const Glyphs::Placed& glyph = table[chars[i]];
+                if (!shown[glyph.c] || std::abs(-1000 * (at - pn)) >= 2.5) break;
+                const uint16_t g = glyph.glyph;
+                if (g >= 0x100 || kEscaped[g]) break;
+                to[n] = 0;
+                to[n + 1] = char(g);
+                n += 2;
+                const double advance = double(glyph.units) * unit;
+                px += Glyphs::Advance(glyph.units, grow, unit);
+                pn += advance;
+                adv += advance;
+                if (++bt == kBatch) {
+                  bt = 0;
+                  adv = pn;
+                }
+              }
+              pen_x = px;
+              pen = pn;
+              advances = adv;
+              batch = bt;
+              nbytes = n;
+              if (i == end) break;
+            }
+          }
           double glyph_x;
           if constexpr (decltype(placed)::value) {
             glyph_x = positions[i].x;
@@ -663,10 +734,21 @@ class PdfPainter {
           if (const double move = -1000 * (at - pen); std::abs(move) >= 2.5) {
             const double adjust = std::round(move);
             if (std::abs(adjust) >= 3) {
-              flush();
-              out_ += ')';
-              AppendNumber(out_, adjust, 0);
-              out_ += '(';
+              if (std::abs(adjust) < 1e15) {
+                // A whole number, written into the batch between the
+                // strings as AppendNumber writes it.
+                if (nbytes + pdf::kScaledRoom + 2 > sizeof bytes) flush();
+                char* p = bytes + nbytes;
+                *p++ = ')';
+                p = pdf::WriteScaled(p, static_cast<int64_t>(adjust), 0);
+                *p++ = '(';
+                nbytes = size_t(p - bytes);
+              } else {
+                flush();
+                out_ += ')';
+                AppendNumber(out_, adjust, 0);
+                out_ += '(';
+              }
               pen -= adjust / 1000;
             }
           }
@@ -935,9 +1017,23 @@ class PdfPaintAhead final : public PageSink {
     Push(Job{Job::kAdded, i, {}, {}, std::move(items), {}, {}});
   }
   void Changed(size_t i) override { Push(Job{Job::kForget, i, {}, {}, {}, {}, {}}); }
+  // A list the second thread is done with, emptied here: its items were
+  // made on this thread and are freed on it.
+  std::vector<DisplayItem> Spare() override {
+    std::vector<DisplayItem> items;
+    {
+      std::lock_guard lock(mu_);
+      if (spare_.empty()) return items;
+      items = std::move(spare_.back());
+      spare_.pop_back();
+    }
+    items.clear();
+    return items;
+  }
   void Cleared() override {
     Stop(false);
     pages_.clear();
+    spare_.clear();
     spill_ = std::make_unique<SpillFile>();
     held_ = 0;
     painter_.reset();
@@ -979,7 +1075,7 @@ class PdfPaintAhead final : public PageSink {
       // is painting finishes its batch first, while this thread
       // compresses what it queues.
       while (worker_.joinable() && !worker_done_ && worker_busy_) {
-        if (!SqueezeOne(lock)) {
+        if (!SqueezeOne(lock) && !PackOne(lock)) {
           report_waiting_ = true;
           room_.wait(lock);
           report_waiting_ = false;
@@ -1063,6 +1159,10 @@ class PdfPaintAhead final : public PageSink {
   // second thread compresses one itself after each page it paints, so that
   // the raw contents (some 7 KB a page of a list) never pile up.
   static constexpr size_t kMostRaw = 64;
+  // Lists of painted pages kept for the pages to come (Spare), at most:
+  // the report's thread takes one a page, so a few are enough to never
+  // make one afresh while the second thread keeps up.
+  static constexpr size_t kMostSpare = 4;
 
   // Painted contents waiting to be compressed, and compressed contents
   // waiting to be kept with their page, each under the number its page
@@ -1086,7 +1186,7 @@ class PdfPaintAhead final : public PageSink {
       // The second thread was woken when the jobs reached kWakeAt. While
       // it is behind, compress what it has painted rather than wait.
       while (waiting_pages_ >= kMostWaiting) {
-        if (!SqueezeOne(lock)) {
+        if (!SqueezeOne(lock) && !PackOne(lock)) {
           report_waiting_ = true;
           room_.wait(lock);
           report_waiting_ = false;
@@ -1168,6 +1268,29 @@ class PdfPaintAhead final : public PageSink {
     return true;
   }
 
+  // On the report's thread, `lock` held: packs for the store the newest
+  // page waiting to be painted that is not packed yet, the lock let go
+  // meanwhile; the second thread then paints it without packing it. False
+  // when none waits. Packing a page costs about a sixth of painting it,
+  // and the items the store reads back from a page are the same whichever
+  // thread packed it (the style numbers in its bytes follow the order the
+  // pages were packed in): the report's thread, held until the second
+  // thread takes the pages waiting, takes that off it rather than sit idle.
+  bool PackOne(std::unique_lock<std::mutex>& lock) {
+    const auto job = std::find_if(jobs_.rbegin(), jobs_.rend(),
+                                  [](const Job& j) { return j.kind == Job::kPage && j.pack; });
+    if (job == jobs_.rend()) return false;
+    const PageStore::Packer pack = std::move(job->pack);
+    ++packing_there_;
+    lock.unlock();
+    // The second thread takes no job while one is packed here (Run), so
+    // the items stay where they are and are only read.
+    pack(job->items);
+    lock.lock();
+    if (--packing_there_ == 0) work_.notify_one();
+    return true;
+  }
+
   // Keeps the pages the report's thread compressed with their pages, on
   // the thread that owns the pages; a page painted again or forgotten since
   // it was queued drops what was compressed for it.
@@ -1225,7 +1348,12 @@ class PdfPaintAhead final : public PageSink {
         std::unique_lock lock(mu_);
         worker_busy_ = false;
         if (report_waiting_) room_.notify_all();
-        work_.wait(lock, [&] { return released_ || jobs_.size() >= kWakeAt || stopping_ || !raw_.empty(); });
+        // A page the report's thread packs stays among the jobs until it is
+        // done (PackOne).
+        work_.wait(lock, [&] {
+          return released_ || (packing_there_ == 0 &&
+                               (jobs_.size() >= kWakeAt || stopping_ || !raw_.empty()));
+        });
         if (released_) return;
         worker_busy_ = true;
         if (jobs_.size() < kWakeAt && !stopping_) {
@@ -1258,6 +1386,13 @@ class PdfPaintAhead final : public PageSink {
     }
   }
 
+  // Keeps the list of a page that was painted, items and all, for Spare,
+  // when fewer than kMostSpare wait there.
+  void Recycle(std::vector<DisplayItem>& items) {
+    std::lock_guard lock(mu_);
+    if (spare_.size() < kMostSpare) spare_.push_back(std::move(items));
+  }
+
   // Does `jobs` in order, on whichever thread holds the painter.
   void Do(std::deque<Job>& jobs) {
     for (Job& job : jobs) {
@@ -1272,7 +1407,9 @@ class PdfPaintAhead final : public PageSink {
       } catch (...) {
         error_ = std::current_exception();
       }
-      // The items go here, on this thread, as the page is done.
+      // A finished page's list goes back for a page to come (Spare); what
+      // is not taken back goes here, as the page is done.
+      if (job.kind == Job::kPage) Recycle(job.items);
       std::vector<DisplayItem>().swap(job.items);
     }
   }
@@ -1352,8 +1489,10 @@ class PdfPaintAhead final : public PageSink {
   // which returns without doing anything more.
   bool released_ = false;
   bool report_waiting_ = false;  // the report's thread waits on room_
+  size_t packing_there_ = 0;     // jobs_ the report's thread packs (PackOne)
   std::deque<Squeeze> raw_;      // painted, to be compressed
   std::deque<Squeeze> squeezed_;  // compressed by the report's thread
+  std::vector<std::vector<DisplayItem>> spare_;  // painted pages' lists (Spare)
   std::exception_ptr report_error_;  // raised compressing on the report's thread
   std::unique_ptr<pdf::Deflater> report_deflate_;  // the report's thread's
   std::atomic<bool> abandon_ = false;  // stop without doing the jobs taken

@@ -324,6 +324,125 @@ TEST(PdfWriter, DrawsWhatCairoDraws) {
   fs::remove(cairo);
 }
 
+// The operators of a page's contents, each literal string read back into
+// its glyph numbers (two bytes a glyph, escapes undone) written as
+// "<g g g>", so that two pages' contents compare glyph by glyph.
+std::vector<std::string> ContentTokens(const std::string& pdf) {
+  const size_t bt = pdf.find("\nBT\n");
+  const size_t end = pdf.find("endstream", bt);
+  std::vector<std::string> tokens;
+  std::string token;
+  for (size_t i = bt + 1; i < end; ++i) {
+    const char c = pdf[i];
+    if (c != '(') {
+      if (c == ' ' || c == '\n' || c == '[' || c == ']') {
+        if (!token.empty()) tokens.push_back(token);
+        token.clear();
+      } else {
+        token += c;
+      }
+      continue;
+    }
+    if (!token.empty()) tokens.push_back(token);
+    token.clear();
+    std::string bytes;
+    for (++i; pdf[i] != ')'; ++i) {
+      if (pdf[i] == '\\') {
+        ++i;
+        bytes += pdf[i] == 'r' ? '\r' : pdf[i];
+      } else {
+        bytes += pdf[i];
+      }
+    }
+    std::string glyphs = "<";
+    for (size_t k = 0; k + 1 < bytes.size(); k += 2)
+      glyphs += std::to_string((uint8_t(bytes[k]) << 8) | uint8_t(bytes[k + 1])) + " ";
+    tokens.push_back(glyphs + ">");
+  }
+  return tokens;
+}
+
+// Runs of plain ASCII text, a list's nearly every run, are written by a
+// path of their own; they come out as the same runs ending in an accented
+// letter of the same advance come out of the general one, but for that
+// letter's glyph. The lines hold what that path must hand on: a run longer
+// than the bytes gathered at once and than a batch of glyphs, runs that
+// carry on along a line with an adjustment and one far enough to start a
+// line of its own, glyphs whose numbers the string escapes, characters
+// first shown in the middle of a run, and runs at fractions of a twip.
+TEST(PdfWriter, AsciiRunsAreWrittenAsTheGeneralPathWritesThem) {
+  pdf::EmbeddedFont tahoma(kTahoma);
+  ASSERT_EQ(tahoma.Map(U'e').advance, tahoma.Map(U'\u00E9').advance);
+  // The characters whose glyph numbers hold a byte the string escapes.
+  std::string escaped;
+  for (char c = ' '; c < 127; ++c) {
+    const uint16_t g = tahoma.Map(char32_t(c)).glyph;
+    if ((g & 0xFF) == '(' || (g & 0xFF) == ')' || (g & 0xFF) == '\\' || (g & 0xFF) == '\r')
+      escaped += c;
+  }
+  ASSERT_FALSE(escaped.empty());
+  std::string long_run;
+  while (long_run.size() < 300) long_run += "Abernathy, Bennett 6135552766 ";
+  // Twips from the left end of a run of 9-point `text` to its right end,
+  // its last letter included.
+  const auto width = [&](const std::string& text) {
+    double units = tahoma.Map(U'e').advance;
+    for (const char c : text) units += tahoma.Map(char32_t(c)).advance;
+    return units * 9 / tahoma.units_per_em() * 20;
+  };
+  struct Run {
+    std::string text;
+    double x, top;
+  };
+  std::vector<Run> runs = {
+      {long_run, 300, 1000},
+      {"Kanata, ON", 1440, 1400},
+      {"K2X 1V8", 2900, 1400},
+      {"Nov/22/1993", 4700.35, 1400},
+      {"Prairie Shield", 11000, 1400},
+      {escaped, 1440, 1800},
+      {"(a) [b] {c} \\d", 1440.5, 2200},
+      {"qxz QXZ #@!", 3000.25, 2200},
+      // A tenth of a point past the run before: an adjustment of ten
+      // thousandths of an em at the first glyph.
+      {"Ottawa", 1440, 2600},
+  };
+  runs.push_back({"ON", runs.back().x + width(runs.back().text) + 1.8, 2600});
+  // Along one line, 3 em apart and then 8: the second gap is within reach
+  // of the line's pen only as the pen stands after its 200th glyph.
+  runs.push_back({std::string(120, 'l'), 1000, 3000});
+  runs.push_back({std::string(100, 'l'), runs.back().x + width(runs.back().text) + 540, 3000});
+  runs.push_back({"lll", runs.back().x + width(runs.back().text) + 1440, 3000});
+  const auto contents = [&](const char* last) {
+    Document d = SampleDocument();
+    Page page{Twips(15840), Twips(12240), {}};
+    for (const Run& r : runs) {
+      TextRun run = At(r.text + last, r.x, r.top);
+      run.size_pt = 9;
+      page.items.push_back(run);
+    }
+    d.pages = {page};
+    const std::string pdf = TempPath("ascii.pdf");
+    RenderPdf(d, pdf);
+    std::string bytes = FileBytes(pdf);
+    fs::remove(pdf);
+    return ContentTokens(bytes);
+  };
+  const std::vector<std::string> ascii = contents("e");
+  std::vector<std::string> general = contents("\u00E9");
+  const std::string e = " " + std::to_string(tahoma.Map(U'e').glyph) + " ";
+  const std::string e_acute = " " + std::to_string(tahoma.Map(U'\u00E9').glyph) + " ";
+  for (std::string& token : general) {
+    if (token[0] != '<') continue;
+    token = " " + token.substr(1);
+    for (size_t at = 0; (at = token.find(e_acute, at)) != std::string::npos; at += e.size() - 1)
+      token.replace(at, e_acute.size(), e);
+    token = "<" + token.substr(1);
+  }
+  ASSERT_GT(ascii.size(), 20u);
+  EXPECT_EQ(ascii, general);
+}
+
 // A picture whose stream is larger than the file's write buffer goes to the
 // file past the buffer: the objects after it are still found where the
 // cross-reference table says.
@@ -416,6 +535,78 @@ TEST(PdfWriter, ShortDocumentsStoreTheirPagesLongerOnesCompressThemAll) {
   fs::remove(pdf);
 }
 
+// Drops the pages of `d`, whose pages from now on are painted ahead.
+void PaintAhead(Document& d) {
+  d.pages.clear();
+  d.pages.HandOver(PaintPdfAhead(d.fonts, size_t(1) << 30));
+}
+
+// A page opened once pages were painted ahead takes the list of a painted
+// page, emptied of its items but not of its room; every page still shows
+// its own lines and no other page's.
+TEST(PdfWriter, PagesOpenedAfterPaintedOnesTakeTheirListsEmptied) {
+  Document d = SampleDocument();
+  PaintAhead(d);
+  constexpr int kPages = 40, kLines = 100;
+  for (int i = 1; i <= kPages; ++i) {
+    if (i == 30) d.pages.Sink()->Drain();
+    d.pages.push_back(Page{Twips(12240), Twips(15840), {}});
+    std::vector<DisplayItem>& items = d.pages[size_t(i - 1)].items;
+    EXPECT_TRUE(items.empty()) << "page " << i;
+    if (i == 30) EXPECT_GE(items.capacity(), size_t(kLines)) << "a painted page's list";
+    for (int line = 0; line < kLines; ++line)
+      items.push_back(At("Page " + std::to_string(i) + ", line " + std::to_string(line), 1440,
+                         1440 + line * 140));
+    d.pages.Seal(size_t(i - 1));
+  }
+  const std::string pdf = TempPath("spare.pdf");
+  RenderPdf(d, pdf);
+  for (const int i : {1, 29, 30, 31, kPages}) {
+    const std::string text =
+        Shell("pdftotext -f " + std::to_string(i) + " -l " + std::to_string(i) + " " + pdf + " -");
+    const std::string own = "Page " + std::to_string(i) + ", line ";
+    size_t lines = 0, own_lines = 0;
+    for (size_t at = 0; (at = text.find(", line ", at)) != std::string::npos; ++at) ++lines;
+    for (size_t at = 0; (at = text.find(own, at)) != std::string::npos; ++at) ++own_lines;
+    EXPECT_EQ(lines, size_t(kLines)) << "page " << i;
+    EXPECT_EQ(own_lines, size_t(kLines)) << "page " << i;
+  }
+  fs::remove(pdf);
+}
+
+// Pages laid out far faster than they are painted: the report's thread,
+// held while as many wait as the painter allows, packs the waiting pages
+// for the store itself. Each page is stored as it was handed over, and
+// the file shows every page in order.
+TEST(PdfWriter, PagesWaitingForThePainterAreStoredAsTheyWere) {
+  Document d = SampleDocument();
+  PaintAhead(d);
+  constexpr int kPages = 60, kLines = 60;
+  const std::string wide(100, 'W');
+  for (int i = 1; i <= kPages; ++i) {
+    Page p{Twips(12240), Twips(15840), {}};
+    p.items.push_back(At("Page " + std::to_string(i), 1440, 1000));
+    for (int line = 1; line <= kLines; ++line) p.items.push_back(At(wide, 300, 1000 + line * 200));
+    d.pages.push_back(std::move(p));
+    d.pages.Seal(size_t(i - 1));
+  }
+  const PageStore copy = d.pages;
+  for (int i = 1; i <= kPages; ++i) {
+    const Page page = copy.Read(size_t(i - 1));
+    ASSERT_EQ(page.items.size(), size_t(kLines + 1)) << "page " << i;
+    EXPECT_EQ(std::get<TextRun>(page.items[0]).text, "Page " + std::to_string(i));
+  }
+  const std::string pdf = TempPath("waiting.pdf");
+  RenderPdf(d, pdf);
+  const std::string text = Shell("pdftotext " + pdf + " -");
+  size_t at = 0;
+  for (int i = 1; i <= kPages; ++i) {
+    at = text.find("Page " + std::to_string(i) + "\n", at);
+    ASSERT_NE(at, std::string::npos) << "page " << i << " in order";
+  }
+  fs::remove(pdf);
+}
+
 TEST(PdfWriter, AFailedWriteNamesThePathAndLeavesNoFile) {
   Document d = SampleDocument();
   const std::string missing = TempPath("no-such-folder") + "/out.pdf";
@@ -473,10 +664,11 @@ TEST(PdfWriter, PaintingAheadFailsTheWriteAndEndsWithTheDocument) {
     Document d = SampleDocument();
     paint_ahead(d, true);
     EXPECT_GT(Threads(), threads) << "pages are painted on a second thread";
-    // The store's packed pages are made there too, those after the failure
-    // as well; a copy of the store holds them.
+    // The store's packed pages are made there too (or on this thread while
+    // it waits for the second one), those after the failure as well; a
+    // copy of the store holds them, each page its own items.
     const PageStore copy = d.pages;
-    for (const int i : {1, 40, 41, 70}) {
+    for (int i = 1; i <= 70; ++i) {
       const Page page = copy.Read(size_t(i - 1));
       ASSERT_FALSE(page.items.empty()) << "page " << i;
       EXPECT_EQ(std::get<TextRun>(page.items[0]).text, "Page " + std::to_string(i));
