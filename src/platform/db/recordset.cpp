@@ -244,9 +244,20 @@ void RecordsetState::FollowParent() {
   if (parent.expired()) return;
   RecordsetState& p = *parent_state;
   p.Ready();
+  // Most calls find the parent on the row this chapter already follows,
+  // in the rows it followed it in (every value read from the chapter
+  // asks, and a billing list reads three levels down): that test is made
+  // here, and the rest out of line.
+  if (p.data->id == bound_parent_rows && (p.AtRow() ? static_cast<long>(p.view[p.pos]) : -1) == bound_parent_row)
+    return;
+  Rebind(p);
+}
+
+void RecordsetState::Rebind(const RecordsetState& p) {
   const std::vector<ChapterLink>& links = p.data->chapters;
   if (static_cast<size_t>(parent_chapter) >= links.size()) {
     // The parent was opened again on other rows: this chapter is empty.
+    bound_parent_rows = 0;
     base.clear();
     base_in_view = false;
     Rebuild();
@@ -258,8 +269,7 @@ void RecordsetState::FollowParent() {
     data = link.child;
     bound_parent_row = -2;
   }
-  // Most calls find the parent on the row this chapter already follows:
-  // every value read from the chapter asks.
+  bound_parent_rows = p.data->id;
   const long row = p.AtRow() ? static_cast<long>(p.view[p.pos]) : -1;
   if (row != bound_parent_row) Bind(p, link, row);
 }

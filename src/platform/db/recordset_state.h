@@ -61,6 +61,9 @@ struct RecordsetState {
   RecordsetState* parent_state = nullptr;  // what `parent` points at
   int parent_chapter = -1;
   long bound_parent_row = -2;
+  // The id of the parent's row set that `bound_parent_row` numbers a row
+  // of; 0 before the first.
+  uint64_t bound_parent_rows = 0;
   std::vector<std::shared_ptr<RecordsetState>> chapter_states;
 
   // Pending edit of the current row.
@@ -84,9 +87,12 @@ struct RecordsetState {
   }
   // Ready's work for a chapter, and its error for a closed recordset.
   void FollowParent();
+  // FollowParent's work when the parent (`p`, ready) is on another row or
+  // holds other rows than the chapter last followed.
+  [[gnu::noinline]] void Rebind(const RecordsetState& p);
   // Shows the rows that `link` relates to row `row` of the parent `p`
   // (none for -1, the parent at BOF or EOF), from the first.
-  [[gnu::noinline]] void Bind(const RecordsetState& p, const ChapterLink& link, long row);
+  void Bind(const RecordsetState& p, const ChapterLink& link, long row);
   // The data row index of the current row; throws at BOF/EOF.
   size_t CurrentRow();
   bool AtRow() const { return pos >= 0 && pos < static_cast<long>(view.size()); }
