@@ -233,7 +233,7 @@ void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserNam
     return Related{rs[link], std::move(child), name, std::string()};
   };
   auto child_text = [](Related& r) -> std::string_view {
-    if (r.link.Value().IsNull() || r.child.Eof()) return {};
+    if (r.link.IsNull() || r.child.Eof()) return {};
     return r.name.Text(r.scratch);
   };
   struct PatientFields {
@@ -341,7 +341,7 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
   // secondary ones are the fields prefixed "Secondary"); the year end is
   // the same field for both.
   auto insurance_table = [&](const char* link, const std::string& caption, const std::string& prefix) {
-    if (rs[link].Value().IsNull()) return;
+    if (rs[link].IsNull()) return;
     companies.MoveFirst();
     companies.Find("ID = " + CStr(rs[link].Value()));
     if (companies.Eof()) return;
@@ -372,7 +372,7 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
     row[2] = str(rs, "GlobalNotes");
     vsp.AddTableRow("2in|1in|3in", "Address |Phones|Global Notes", row, kHeaderColor);
 
-    if (!rs["EmployerID"].Value().IsNull()) {
+    if (!rs["EmployerID"].IsNull()) {
       employers.MoveFirst();
       employers.Find("ID = " + CStr(rs["EmployerID"].Value()));
       if (!employers.Eof()) {

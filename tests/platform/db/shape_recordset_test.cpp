@@ -151,6 +151,7 @@ TEST_F(ShapeRecordset, ChapterFollowsTheParent) {
   EXPECT_EQ(child.RecordCount(), 1);
   EXPECT_EQ(child["InvoiceTotal"].Value(), Variant(Currency::FromInt(100)));
   EXPECT_THROW(rs["Inv"].Value(), DatabaseError);
+  EXPECT_THROW(rs["Inv"].IsNull(), DatabaseError);
   std::string scratch;
   EXPECT_THROW(rs["Inv"].Text(scratch), DatabaseError);
   // After the parent reads its rows again, the child handle shows the new
@@ -208,8 +209,10 @@ TEST_F(ShapeRecordset, ChapterFollowsEveryMoveWithItsOwnFilterAndSort) {
   rs.MoveNext();
   EXPECT_EQ(child.RecordCount(), 0);
   EXPECT_THROW(child["InvoiceTotal"].Value(), DatabaseError);
+  EXPECT_THROW(child["InvoiceTotal"].IsNull(), DatabaseError);
   rs.AbsolutePosition(2);
   EXPECT_EQ(child.RecordCount(), 1);
+  EXPECT_FALSE(child["InvoiceTotal"].IsNull());
 
   // The chapter's own Filter, set on a row it has only been shown, keeps
   // to each parent row's children; taken off it shows them all again.
