@@ -341,7 +341,7 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
   // secondary ones are the fields prefixed "Secondary"); the year end is
   // the same field for both.
   auto insurance_table = [&](const char* link, const std::string& caption, const std::string& prefix) {
-    if (rs[link].IsNull()) return;
+    if (rs[link].Value().IsNull()) return;
     companies.MoveFirst();
     companies.Find("ID = " + CStr(rs[link].Value()));
     if (companies.Eof()) return;
@@ -372,7 +372,7 @@ void clsReports::rptPatientListDetailed(std::string txtfilter) {
     row[2] = str(rs, "GlobalNotes");
     vsp.AddTableRow("2in|1in|3in", "Address |Phones|Global Notes", row, kHeaderColor);
 
-    if (!rs["EmployerID"].IsNull()) {
+    if (!rs["EmployerID"].Value().IsNull()) {
       employers.MoveFirst();
       employers.Find("ID = " + CStr(rs["EmployerID"].Value()));
       if (!employers.Eof()) {
