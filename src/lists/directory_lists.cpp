@@ -234,7 +234,7 @@ void clsReports::rptPatientListSimple(std::string txtfilter, std::string UserNam
     return Related{rs[link], std::move(child), name, std::string()};
   };
   auto child_text = [](Related& r) -> std::string_view {
-    if (r.link.Value().IsNull() || r.child.Eof()) return {};
+    if (r.link.IsNull() || r.child.Eof()) return {};
     return r.name.Text(r.scratch);
   };
   struct PatientFields {

@@ -88,6 +88,15 @@ std::string_view Field::Text(std::string& scratch) const {
   return CellText(cells, row, index_, scratch);
 }
 
+bool Field::IsNull() const {
+  size_t row;
+  if (!PlainRow(&row)) {
+    row = ReadableRow();
+    if (static_cast<size_t>(index_) >= s_->data->cells().ColumnCount()) return false;
+  }
+  return s_->data->cells().CellAt(row, index_).kind == ColumnStore::Kind::Null;
+}
+
 void Field::Value(const Variant& v) {
   size_t row = s_->CurrentRow();
   const FieldInfo& f = s_->FieldAt(index_);

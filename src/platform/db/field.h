@@ -36,6 +36,10 @@ class Field {
   // lasts until the recordset moves or changes; `scratch` holds the text
   // of a value of any other kind. Throws as Value does.
   std::string_view Text(std::string& scratch) const;
+  // Whether the value in the current row is Null, as Value().IsNull()
+  // says, read from the cell without making the value: a list that tests
+  // a link on every row before it follows it. Throws as Value does.
+  bool IsNull() const;
   // Sets the value in the current row, converted to the field's type; the
   // row is written by Update (or by moving off it).
   void Value(const Variant& v);

@@ -242,26 +242,55 @@ void RecordsetState::FollowParent() {
   // levels down walks up twice. A parent that still has an owner is alive,
   // and only the report's own thread could let it go meanwhile.
   if (parent.expired()) return;
-  RecordsetState* p = parent_state;
-  p->Ready();
-  if (parent_chapter >= static_cast<int>(p->data->chapters.size())) {
+  RecordsetState& p = *parent_state;
+  p.Ready();
+  // Most calls find the parent on the row this chapter already follows,
+  // in the rows it followed it in (every value read from the chapter
+  // asks, and a billing list reads three levels down): that test is made
+  // here, and the rest out of line.
+  if (p.data->id == bound_parent_rows && (p.AtRow() ? static_cast<long>(p.view[p.pos]) : -1) == bound_parent_row)
+    return;
+  Rebind(p);
+}
+
+void RecordsetState::Rebind(const RecordsetState& p) {
+  const std::vector<ChapterLink>& links = p.data->chapters;
+  if (static_cast<size_t>(parent_chapter) >= links.size()) {
     // The parent was opened again on other rows: this chapter is empty.
+    bound_parent_rows = 0;
     base.clear();
+    base_in_view = false;
     Rebuild();
     return;
   }
-  const ChapterLink& link = p->data->chapters[parent_chapter];
+  const ChapterLink& link = links[parent_chapter];
   // A Requery of the parent brings new child rows; follow them.
   if (data != link.child) {
     data = link.child;
     bound_parent_row = -2;
   }
-  long row = p->AtRow() ? static_cast<long>(p->view[p->pos]) : -1;
-  if (row == bound_parent_row) return;
+  bound_parent_rows = p.data->id;
+  const long row = p.AtRow() ? static_cast<long>(p.view[p.pos]) : -1;
+  if (row != bound_parent_row) Bind(p, link, row);
+}
+
+void RecordsetState::Bind(const RecordsetState& p, const ChapterLink& link, long row) {
   bound_parent_row = row;
-  base.clear();
-  if (row >= 0) link.index.RowsFor(*p->data, static_cast<size_t>(row), link.parent_fields, &base);
-  Rebuild();
+  // The rows of the parent row's key lie together in the index: one
+  // lookup finds them. A chapter as the statement gave it (the usual one)
+  // shows them as they are; a filtered or sorted one filters and sorts
+  // them anew.
+  const RelateIndex::Related related =
+      row >= 0 ? link.index.Find(*p.data, static_cast<size_t>(row), link.parent_fields) : RelateIndex::Related();
+  const bool as_given = !criteria && sort.empty();
+  std::vector<size_t>& rows = as_given ? view : base;
+  rows.clear();
+  for (uint32_t i = 0; i < related.count; ++i) rows.push_back(related[i]);
+  base_in_view = as_given;
+  if (as_given)
+    Restart();
+  else
+    Rebuild();
 }
 
 size_t RecordsetState::CurrentRow() {
@@ -344,6 +373,10 @@ const std::vector<size_t>* RecordsetState::EqualityCandidates(int field, double 
 }
 
 void RecordsetState::Rebuild() {
+  if (base_in_view) {
+    base = view;
+    base_in_view = false;
+  }
   view.clear();
   std::optional<std::pair<int, Variant>> eq = criteria ? criteria->SingleEquality() : std::nullopt;
   const std::vector<size_t>* candidates = nullptr;
@@ -441,6 +474,10 @@ void RecordsetState::Rebuild() {
         view.size() <= UINT32_MAX && !std::is_sorted(view.begin(), view.end()))
       LayOutInViewOrder();
   }
+  Restart();
+}
+
+void RecordsetState::Restart() {
   pos = 0;
   chunk_row = -1;
   // This recordset is back on its first row, perhaps the very row it was

@@ -35,6 +35,10 @@ struct RecordsetState {
   // or a chapter's), `view` those that pass the filter, in sort order.
   std::vector<size_t> base;
   std::vector<size_t> view;
+  // A chapter with no filter and no sort sees all its rows in their
+  // order, so a move of its parent writes them into `view` alone and
+  // `base` is taken from it when a Filter or Sort first needs it.
+  bool base_in_view = false;
   long pos = 0;  // index into view; -1 is BOF, view.size() is EOF
 
   Variant filter{std::string()};
@@ -57,6 +61,9 @@ struct RecordsetState {
   RecordsetState* parent_state = nullptr;  // what `parent` points at
   int parent_chapter = -1;
   long bound_parent_row = -2;
+  // The id of the parent's row set that `bound_parent_row` numbers a row
+  // of; 0 before the first.
+  uint64_t bound_parent_rows = 0;
   std::vector<std::shared_ptr<RecordsetState>> chapter_states;
 
   // Pending edit of the current row.
@@ -80,12 +87,20 @@ struct RecordsetState {
   }
   // Ready's work for a chapter, and its error for a closed recordset.
   void FollowParent();
+  // FollowParent's work when the parent (`p`, ready) is on another row or
+  // holds other rows than the chapter last followed.
+  [[gnu::noinline]] void Rebind(const RecordsetState& p);
+  // Shows the rows that `link` relates to row `row` of the parent `p`
+  // (none for -1, the parent at BOF or EOF), from the first.
+  void Bind(const RecordsetState& p, const ChapterLink& link, long row);
   // The data row index of the current row; throws at BOF/EOF.
   size_t CurrentRow();
   bool AtRow() const { return pos >= 0 && pos < static_cast<long>(view.size()); }
   // Recomputes `view` from `base` by criteria and sort; moves to the first
   // row.
   void Rebuild();
+  // Puts this recordset on its first row, and its chapters on theirs.
+  void Restart();
   // A sorted listing is walked in its sorted order, which has nothing to
   // do with the order its rows were read in (payments come by number, and
   // print by provider, date and payee). Each value read then fell on

@@ -327,8 +327,9 @@ constexpr int64_t kWholeKeyMax = 9'000'000'000'000'000'000;
 RelateClass RelateClassOf(const ColumnStore& cells, size_t row, size_t column, int64_t* key) {
   using Kind = ColumnStore::Kind;
   if (column >= cells.ColumnCount()) return RelateClass::Null;
-  const uint64_t bits = cells.BitsAt(row, column);
-  switch (cells.KindAt(row, column)) {
+  const ColumnStore::Cell cell = cells.CellAt(row, column);
+  const uint64_t bits = cell.bits;
+  switch (cell.kind) {
     case Kind::Empty:
     case Kind::Null: return RelateClass::Null;
     case Kind::Long:
@@ -490,38 +491,50 @@ void RelateIndex::KeepRuns(const RowSet& parent, std::vector<std::pair<uint32_t,
   runs_ = std::move(runs);
 }
 
-void RelateIndex::RowsFor(const RowSet& parent, size_t row, const std::vector<int>& parent_fields,
-                          std::vector<size_t>* out) const {
-  out->clear();
+RelateIndex::Related RelateIndex::Find(const RowSet& parent, size_t row,
+                                       const std::vector<int>& parent_fields) const {
   // A parent laid out with its child reads its row's run in order; a key
   // looked up here is a cache miss in a table as large as the child's keys.
   if (row < runs_.size() && parent.id == runs_parent_ && parent.version == runs_version_) {
     const auto [begin, end] = runs_[row];
-    out->resize(end - begin);
-    for (uint32_t i = begin; i < end; ++i) (*out)[i - begin] = i;
-    return;
+    return {nullptr, begin, end - begin};
   }
+  auto group = [&](uint32_t begin, uint32_t end) { return Related{rows_.data() + begin, 0, end - begin}; };
   if (whole_) {
     // A parent value that is no whole number relates to none of the
     // child's whole keys, as its RelateKey text differs from theirs.
+    // The usual key, a Long, is read here in line.
+    if (parent_fields.size() != 1) return {};
+    const ColumnStore& cells = parent.cells();
+    const auto column = static_cast<size_t>(parent_fields[0]);
     int64_t key = 0;
-    if (parent_fields.size() != 1 ||
-        RelateClassOf(parent.cells(), row, static_cast<size_t>(parent_fields[0]), &key) != RelateClass::Whole)
-      return;
+    const ColumnStore::Cell cell =
+        column < cells.ColumnCount() ? cells.CellAt(row, column) : ColumnStore::Cell{ColumnStore::Kind::Null, 0};
+    if (cell.kind == ColumnStore::Kind::Long)
+      key = static_cast<int64_t>(cell.bits);
+    else if (RelateClassOf(cells, row, column, &key) != RelateClass::Whole)
+      return {};
     if (dense_) {
       const uint64_t g = static_cast<uint64_t>(key) - static_cast<uint64_t>(dense_min_);
-      if (key < dense_min_ || g + 1 >= starts_.size()) return;
-      out->assign(rows_.begin() + starts_[g], rows_.begin() + starts_[g + 1]);
-    } else if (const Slot* slot = FindSlot(key)) {
-      out->assign(rows_.begin() + slot->begin, rows_.begin() + slot->end);
+      if (key < dense_min_ || g + 1 >= starts_.size()) return {};
+      return group(starts_[g], starts_[g + 1]);
     }
-    return;
+    if (const Slot* slot = FindSlot(key)) return group(slot->begin, slot->end);
+    return {};
   }
   bool has_null = false;
   std::string text = RowKey(parent, row, parent_fields, &has_null);
-  if (has_null) return;
+  if (has_null) return {};
   auto it = text_groups_.find(text);
-  if (it != text_groups_.end()) out->assign(rows_.begin() + starts_[it->second], rows_.begin() + starts_[it->second + 1]);
+  if (it == text_groups_.end()) return {};
+  return group(starts_[it->second], starts_[it->second + 1]);
+}
+
+void RelateIndex::RowsFor(const RowSet& parent, size_t row, const std::vector<int>& parent_fields,
+                          std::vector<size_t>* out) const {
+  const Related related = Find(parent, row, parent_fields);
+  out->resize(related.count);
+  for (uint32_t i = 0; i < related.count; ++i) (*out)[i] = related[i];
 }
 
 }  // namespace orv::db

@@ -72,6 +72,17 @@ class RelateIndex {
   // Groups the rows of `child` by `child_fields`; rows with a Null part
   // relate to nothing.
   void Build(const RowSet& child, const std::vector<int>& child_fields);
+  // The child rows related to `row` of `parent`, in the child's order:
+  // `count` rows, listed at `rows`, or numbered on from `first` when
+  // `rows` is null (a child laid out with its parent). Valid while the
+  // index stays as it is.
+  struct Related {
+    const uint32_t* rows = nullptr;
+    uint32_t first = 0;
+    uint32_t count = 0;
+    size_t operator[](uint32_t i) const { return rows ? rows[i] : size_t{first} + i; }
+  };
+  Related Find(const RowSet& parent, size_t row, const std::vector<int>& parent_fields) const;
   // Replaces `out` with the child rows related to `row` of `parent`.
   void RowsFor(const RowSet& parent, size_t row, const std::vector<int>& parent_fields,
                std::vector<size_t>* out) const;

@@ -76,6 +76,7 @@ TEST(RecordsetStorage, ValuesReadBackAsStored) {
       rs.AbsolutePosition(c.position);
       const Variant v = rs[c.field].Value();
       EXPECT_EQ(Shown(v), c.shown);
+      EXPECT_EQ(rs[c.field].IsNull(), v.IsNull());
       // Read as text in place, every kind gives what CStr gives ("" for
       // Null).
       std::string scratch;
@@ -140,6 +141,7 @@ TEST(RecordsetStorage, NoRowAndOneRow) {
     EXPECT_EQ(none.Fields(1L).Name(), "Note");
     EXPECT_THROW(none.MoveFirst(), DatabaseError);
     EXPECT_THROW(none["ID"].Value(), DatabaseError);
+    EXPECT_THROW(none["ID"].IsNull(), DatabaseError);
     none.Sort("Note");
     none.Filter("ID = 1");
     EXPECT_TRUE(none.Eof());

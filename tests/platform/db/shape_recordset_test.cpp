@@ -151,6 +151,7 @@ TEST_F(ShapeRecordset, ChapterFollowsTheParent) {
   EXPECT_EQ(child.RecordCount(), 1);
   EXPECT_EQ(child["InvoiceTotal"].Value(), Variant(Currency::FromInt(100)));
   EXPECT_THROW(rs["Inv"].Value(), DatabaseError);
+  EXPECT_THROW(rs["Inv"].IsNull(), DatabaseError);
   std::string scratch;
   EXPECT_THROW(rs["Inv"].Text(scratch), DatabaseError);
   // After the parent reads its rows again, the child handle shows the new
@@ -161,6 +162,83 @@ TEST_F(ShapeRecordset, ChapterFollowsTheParent) {
   EXPECT_EQ(child.RecordCount(), 3);
   rs.Close();
   EXPECT_THROW(child.RecordCount(), DatabaseError);
+}
+
+// A chapter shows the rows of the parent's current row wherever the parent
+// goes (sorted, filtered, back and forth), starting at its first row each
+// time; its own Filter and Sort hold across the parent's moves and apply to
+// all of that row's children, and one taken off again shows them all.
+TEST_F(ShapeRecordset, ChapterFollowsEveryMoveWithItsOwnFilterAndSort) {
+  Recordset rs;
+  rs.Open("SHAPE {SELECT ID FROM Patient ORDER BY ID} AS P APPEND ({SELECT ID AS InvID, PatientID, InvoiceTotal "
+          "FROM Invoices ORDER BY ID} AS Inv RELATE 'ID' TO 'PatientID') AS Inv",
+          conn_, adOpenStatic, adLockReadOnly);
+  Recordset child = rs["Inv"].Chapter();
+  // The parent's ID, then the child's invoice totals from where it stands.
+  auto here = [&] {
+    std::string totals = CStr(rs["ID"].Value()) + ":";
+    for (; !child.Eof(); child.MoveNext()) totals += " " + CStr(child["InvoiceTotal"].Value());
+    return totals;
+  };
+  auto walk = [&] {
+    std::string out;
+    for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) out += "[" + here() + "]";
+    return out;
+  };
+  EXPECT_EQ(walk(), "[1: 100 40.1][2: 250][3: 75.5][4:]");
+  rs.Sort("ID DESC");
+  EXPECT_EQ(walk(), "[4:][3: 75.5][2: 250][1: 100 40.1]");
+  rs.Filter("ID <> 3");
+  EXPECT_EQ(walk(), "[4:][2: 250][1: 100 40.1]");
+  rs.Filter("");
+  rs.Sort("");
+
+  // Back and forth: the chapter starts over at its first row, whatever
+  // row it was left on, and a parent at EOF or BOF has no children.
+  rs.MoveFirst();
+  child.MoveNext();
+  EXPECT_EQ(CStr(child["InvoiceTotal"].Value()), "40.1");
+  rs.MoveNext();
+  EXPECT_EQ(here(), "2: 250");
+  rs.MovePrevious();
+  EXPECT_EQ(child.AbsolutePosition(), 1);
+  EXPECT_EQ(here(), "1: 100 40.1");
+  rs.MoveLast();
+  EXPECT_TRUE(child.Bof() && child.Eof());
+  EXPECT_EQ(child.RecordCount(), 0);
+  rs.MoveNext();
+  EXPECT_EQ(child.RecordCount(), 0);
+  EXPECT_THROW(child["InvoiceTotal"].Value(), DatabaseError);
+  EXPECT_THROW(child["InvoiceTotal"].IsNull(), DatabaseError);
+  rs.AbsolutePosition(2);
+  EXPECT_EQ(child.RecordCount(), 1);
+  EXPECT_FALSE(child["InvoiceTotal"].IsNull());
+
+  // The chapter's own Filter, set on a row it has only been shown, keeps
+  // to each parent row's children; taken off it shows them all again.
+  child.Filter("InvoiceTotal < 300");
+  EXPECT_EQ(here(), "2: 250");
+  rs.MoveFirst();
+  child.Filter("InvoiceTotal > 50");
+  EXPECT_EQ(walk(), "[1: 100][2: 250][3: 75.5][4:]");
+  rs.MoveFirst();
+  child.Filter("");
+  EXPECT_EQ(here(), "1: 100 40.1");
+  child.Sort("InvoiceTotal");
+  EXPECT_EQ(walk(), "[1: 40.1 100][2: 250][3: 75.5][4:]");
+  rs.MoveFirst();
+  child.Find("InvoiceTotal = 100");
+  EXPECT_EQ(child.AbsolutePosition(), 2);
+  child.Sort("");
+  EXPECT_EQ(walk(), "[1: 100 40.1][2: 250][3: 75.5][4:]");
+
+  // An invoice whose patient is Null relates to no patient, and the
+  // patients stay each with their own.
+  Recordset invoices;
+  invoices.Open("SHAPE {SELECT ID, PatientID FROM Invoices ORDER BY ID} AS I APPEND ({SELECT ID AS PID, FirstName "
+                "FROM Patient} AS Pat RELATE 'PatientID' TO 'PID') AS Pat",
+                conn_, adOpenStatic, adLockReadOnly);
+  EXPECT_EQ(DumpRows(invoices), "1,1{1,Claire} 2,1{1,Claire} 3,2{2,Luc} 4,3{3,Priya} 5,NULL{}");
 }
 
 TEST_F(ShapeRecordset, ErrorsNameTheStatement) {
