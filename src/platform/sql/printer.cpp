@@ -176,7 +176,30 @@ std::string Printer::Run(const Statement& st) {
 void Printer::Where(const Expr* where) {
   if (!where) return;
   out_ += " WHERE ";
-  Expression(*where);
+  Condition(*where);
+}
+
+void Printer::Condition(const Expr& e) {
+  std::vector<const Expr*> terms;
+  bool conjunction = e.kind == ExprKind::Logical && e.text == "AND";
+  // Logical() splits a very long list into parenthesised halves; leave
+  // those as they print.
+  if (conjunction && e.args.size() > 32) {
+    Expression(e);
+    return;
+  }
+  if (conjunction) {
+    for (const auto& a : e.args) terms.push_back(a.get());
+  } else {
+    terms.push_back(&e);
+  }
+  for (size_t i = 0; i < terms.size(); ++i) {
+    if (i) out_ += " AND ";
+    bool parens = conjunction && terms[i]->kind == ExprKind::Logical;
+    if (parens) out_ += "(";
+    ConditionTerm(*terms[i], terms);
+    if (parens) out_ += ")";
+  }
 }
 
 // ---- queries ----
@@ -384,7 +407,7 @@ void Printer::Source(const TableSource& src, bool right_operand) {
   Source(second, true);
   if (src.on) {
     out_ += " ON ";
-    Expression(*src.on);
+    Condition(*src.on);
   }
   if (right_operand) out_ += ")";
 }

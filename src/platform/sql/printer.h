@@ -89,6 +89,10 @@ class Printer {
   virtual const char* NowCall() const = 0;
   virtual const char* AddDaysFunction() const = 0;
   virtual const char* DatePartFunction() const = 0;
+  // One term of a WHERE or ON condition joined to the others by AND (the
+  // whole condition when it is no AND): `siblings` are all its terms, for
+  // hints that depend on them. By default the term as it reads.
+  virtual void ConditionTerm(const Expr& term, const std::vector<const Expr*>& siblings) { Expression(term); }
 
   // While alive, expressions print as they read after the grouping of the
   // SELECT of `q`, for its ORDER BY: a grouping expression stands as the
@@ -125,6 +129,8 @@ class Printer {
                                                        std::vector<std::string>* keys);
   void Source(const TableSource& src, bool right_operand);
   void Where(const Expr* where);
+  // A WHERE or ON condition, its AND terms each through ConditionTerm.
+  void Condition(const Expr& e);
   // Prints `e` so that a postfix or binary operator may follow it.
   void Operand(const Expr& e);
   void List(const std::vector<ExprPtr>& args, size_t from);
