@@ -213,8 +213,13 @@ class SqlitePrinter : public print::Printer {
   // faster than the table does. likelihood() gives the planner the real
   // proportion and leaves the value unchanged. A term that also has a lower
   // bound on the same column is a period and keeps SQLite's own guess.
+  // A grouped query keeps it too: there the hint made the planner walk the
+  // grouping key's index over a whole joined table to spare the sort, and
+  // the partnership's adjustments by provider took twice as long on the
+  // 100,000-patient practice (3.4 s of CPU against 6.3 s).
   void ConditionTerm(const Expr& term, const std::vector<const Expr*>& siblings) override {
     const Expr* column = BoundedDate(term, false);
+    if (condition_select_ && !condition_select_->group_by.empty()) column = nullptr;
     if (column && term.kind == ExprKind::Binary) {
       for (const Expr* other : siblings) {
         const Expr* below = BoundedDate(*other, true);

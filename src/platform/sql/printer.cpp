@@ -313,6 +313,8 @@ void Printer::SelectBody(const Select& s, bool collate_outputs, size_t group_cou
   // Rows are chosen and grouped on the real values; only the select list
   // and HAVING see the rolled-up columns as NULL.
   replaced_ = nullptr;
+  const Select* outer_select = condition_select_;
+  condition_select_ = &s;
   if (!s.from.empty()) {
     out_ += " FROM ";
     for (size_t i = 0; i < s.from.size(); ++i) {
@@ -321,6 +323,7 @@ void Printer::SelectBody(const Select& s, bool collate_outputs, size_t group_cou
     }
   }
   Where(s.where.get());
+  condition_select_ = outer_select;
   if (group_count > 0) {
     out_ += " GROUP BY ";
     for (size_t i = 0; i < keys.size(); ++i) out_ += (i ? ", " : "") + keys[i];

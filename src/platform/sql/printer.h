@@ -189,6 +189,9 @@ class Printer {
   // rolled-up grouping column reads NULL; an engine may print a grouping key
   // in a collated form). Keyed by the expression's own printed text.
   const std::map<std::string, std::string>* replaced_ = nullptr;
+  // The SELECT whose FROM and WHERE are being printed (for ConditionTerm);
+  // nullptr outside one.
+  const Select* condition_select_ = nullptr;
   int aggregate_depth_ = 0;
   int query_depth_ = 0;
   // Levels of Expression, QueryBody and Source under way, and the

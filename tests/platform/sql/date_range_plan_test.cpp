@@ -34,6 +34,10 @@ TEST(DateRangePlan, OnlyAnUpperBoundIsMarkedAndTheRowsStay) {
       // A lower bound on another column does not make a period of this one.
       {"SELECT ID FROM Invoices WHERE [Date] !> '11/1/2026' AND EntryDate >= '1/1/2026'",
        R"(likelihood("t1"."Date" <= '2026-11-01 00:00:00', 0.9) AND "t1"."EntryDate" >=)"},
+      // A query inside a grouped one is not grouped itself.
+      {"SELECT ProviderID, COUNT(*) FROM Invoices WHERE PatientID IN (SELECT PatientID FROM InvoicePayments "
+       "WHERE CheckDate < '11/1/2026') GROUP BY ProviderID",
+       R"(WHERE likelihood("t2"."CheckDate" < '2026-11-01 00:00:00', 0.9)) GROUP BY)"},
       // An OR term stays as written inside its parentheses.
       {"SELECT ID FROM Invoices WHERE [Date] < '11/1/2026' AND (Cancelled = 1 OR notes IS NULL)",
        R"(0.9) AND ("t1"."Cancelled" = 1 OR "t1"."notes" IS NULL))"},
@@ -43,8 +47,8 @@ TEST(DateRangePlan, OnlyAnUpperBoundIsMarkedAndTheRowsStay) {
     EXPECT_NE(SqliteText(db, c.tsql).find(c.printed), std::string::npos) << SqliteText(db, c.tsql);
   }
 
-  // Periods, bounds inside an OR, bounds against another column and
-  // ranges over numbers read as written.
+  // Periods, bounds inside an OR, bounds against another column, ranges
+  // over numbers and grouped queries read as written.
   const char* kept[] = {
       "SELECT ID FROM Invoices WHERE [Date] >= '10/1/2026' AND [Date] < '11/1/2026'",
       "SELECT ID FROM Invoices WHERE [Date] < '11/1/2026' AND [Date] BETWEEN '1/1/2026' AND "
@@ -54,6 +58,7 @@ TEST(DateRangePlan, OnlyAnUpperBoundIsMarkedAndTheRowsStay) {
       "SELECT ID FROM Invoices WHERE [Date] <= FinalDate",
       "SELECT ID FROM Invoices WHERE ID < 5",
       "SELECT SUM(CASE WHEN [Date] < '11/1/2026' THEN InvoiceTotal END) FROM Invoices",
+      "SELECT ProviderID, SUM(InvoiceTotal) FROM Invoices WHERE [Date] < '11/1/2026' GROUP BY ProviderID",
   };
   for (const char* tsql : kept) {
     SCOPED_TRACE(tsql);
