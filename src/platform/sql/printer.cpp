@@ -179,6 +179,29 @@ void Printer::Where(const Expr* where) {
   WhereCondition(*where);
 }
 
+void Printer::Condition(const Expr& e) {
+  std::vector<const Expr*> terms;
+  bool conjunction = e.kind == ExprKind::Logical && e.text == "AND";
+  // Logical() splits a very long list into parenthesised halves; leave
+  // those as they print.
+  if (conjunction && e.args.size() > 32) {
+    Expression(e);
+    return;
+  }
+  if (conjunction) {
+    for (const auto& a : e.args) terms.push_back(a.get());
+  } else {
+    terms.push_back(&e);
+  }
+  for (size_t i = 0; i < terms.size(); ++i) {
+    if (i) out_ += " AND ";
+    bool parens = conjunction && terms[i]->kind == ExprKind::Logical;
+    if (parens) out_ += "(";
+    ConditionTerm(*terms[i], terms);
+    if (parens) out_ += ")";
+  }
+}
+
 // ---- queries ----
 
 void Printer::Query(const orv::sql::Query& q) {
@@ -290,6 +313,8 @@ void Printer::SelectBody(const Select& s, bool collate_outputs, size_t group_cou
   // Rows are chosen and grouped on the real values; only the select list
   // and HAVING see the rolled-up columns as NULL.
   replaced_ = nullptr;
+  const Select* outer_select = condition_select_;
+  condition_select_ = &s;
   if (!s.from.empty()) {
     out_ += " FROM ";
     for (size_t i = 0; i < s.from.size(); ++i) {
@@ -298,6 +323,7 @@ void Printer::SelectBody(const Select& s, bool collate_outputs, size_t group_cou
     }
   }
   Where(s.where.get());
+  condition_select_ = outer_select;
   if (group_count > 0) {
     out_ += " GROUP BY ";
     for (size_t i = 0; i < keys.size(); ++i) out_ += (i ? ", " : "") + keys[i];
@@ -384,7 +410,7 @@ void Printer::Source(const TableSource& src, bool right_operand) {
   Source(second, true);
   if (src.on) {
     out_ += " ON ";
-    Expression(*src.on);
+    Condition(*src.on);
   }
   if (right_operand) out_ += ")";
 }

@@ -48,8 +48,8 @@ class Printer {
   // dictionary order; by default the collated operand of CompareLeft or
   // CompareRight.
   virtual void OrderedText(const Expr& e, bool left) { left ? CompareLeft(e) : CompareRight(e); }
-  // The condition of a WHERE clause; by default as any expression.
-  virtual void WhereCondition(const Expr& e) { Expression(e); }
+  // The condition of a WHERE clause; by default through Condition.
+  virtual void WhereCondition(const Expr& e) { Condition(e); }
   // A select-list value. `collate` is set where the server's text semantics
   // must hold for the result column itself: under DISTINCT, in a compound
   // member, or in a query nested in another.
@@ -91,6 +91,10 @@ class Printer {
   virtual const char* NowCall() const = 0;
   virtual const char* AddDaysFunction() const = 0;
   virtual const char* DatePartFunction() const = 0;
+  // One term of a WHERE or ON condition joined to the others by AND (the
+  // whole condition when it is no AND): `siblings` are all its terms, for
+  // hints that depend on them. By default the term as it reads.
+  virtual void ConditionTerm(const Expr& term, const std::vector<const Expr*>& siblings) { Expression(term); }
 
   // While alive, expressions print as they read after the grouping of the
   // SELECT of `q`, for its ORDER BY: a grouping expression stands as the
@@ -127,6 +131,8 @@ class Printer {
                                                        std::vector<std::string>* keys);
   void Source(const TableSource& src, bool right_operand);
   void Where(const Expr* where);
+  // A WHERE or ON condition, its AND terms each through ConditionTerm.
+  void Condition(const Expr& e);
   // Prints `e` so that a postfix or binary operator may follow it.
   void Operand(const Expr& e);
   void List(const std::vector<ExprPtr>& args, size_t from);
@@ -185,6 +191,9 @@ class Printer {
   // rolled-up grouping column reads NULL; an engine may print a grouping key
   // in a collated form). Keyed by the expression's own printed text.
   const std::map<std::string, std::string>* replaced_ = nullptr;
+  // The SELECT whose FROM and WHERE are being printed (for ConditionTerm);
+  // nullptr outside one.
+  const Select* condition_select_ = nullptr;
   int aggregate_depth_ = 0;
   int query_depth_ = 0;
   // Levels of Expression, QueryBody and Source under way, and the
