@@ -202,6 +202,10 @@ void ColumnStore::PushBytes(size_t column, Kind kind, std::string_view bytes) {
   }
 }
 
+void ColumnStore::DonePushing() {
+  for (Column& c : columns_) std::vector<RecentText>().swap(c.recent);
+}
+
 std::string_view ColumnStore::EntryAt(uint64_t at, size_t* taken) const {
   const std::string& block = arena_[at >> 32];
   size_t place = static_cast<uint32_t>(at);

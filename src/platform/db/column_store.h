@@ -47,6 +47,9 @@ class ColumnStore {
   // description, a provider's name, repeated line after line) shares that
   // one's bytes, once the result has grown past a few hundred rows.
   void PushBytes(size_t column, Kind kind, std::string_view bytes);
+  // Lets go of what PushBytes keeps to find texts again, once a result is
+  // read; pushing may go on later, finding the texts it pushes from then on.
+  void DonePushing();
   void PushValue(size_t column, const Variant& value);
   size_t EndRow() { return rows_++; }
   // Drops the last row.

@@ -216,9 +216,12 @@ TEST(ColumnStore, RepeatedTextsPushedShareTheirBytes) {
   // garbage and is compacted, each cell taking its own copy again.
   for (size_t r = 0; r < kRows; ++r) store.Set(r, 1, value(r, std::string(100, 'x') + unique(r)));
   for (size_t r = 0; r < kRows; ++r) store.Set(r, 1, value(r, unique(r)));
-  // Rows pushed after the compaction find the texts at their new places.
+  // Rows pushed after the compaction find the texts at their new places,
+  // and so do rows pushed once the store was told the reading is done.
   for (size_t r = kRows; r < kRows + 5000; ++r) push(r);
-  check(0, kRows + 5000);
+  store.DonePushing();
+  for (size_t r = kRows + 5000; r < kRows + 6000; ++r) push(r);
+  check(0, kRows + 6000);
 }
 
 }  // namespace
