@@ -1,5 +1,6 @@
 #include "common/format.h"
 
+#include <bit>
 #include <cctype>
 #include <charconv>
 #include <cmath>
@@ -850,9 +851,20 @@ void DateFormatter::Append(const Variant& value, std::string& out) const {
     // Null and Empty print nothing. Every other kind (a serial, a text
     // that reads as a date) takes the whole way.
     switch (value.type()) {
-      case VarType::Date:
-        RenderDate(*date_, value.AsDate(), *locale_, out);
+      case VarType::Date: {
+        const DateTime date = value.AsDate();
+        const auto bits = std::bit_cast<uint64_t>(date.serial());
+        if (has_last_ && bits == last_date_) {
+          out += last_text_;
+          return;
+        }
+        const size_t start = out.size();
+        RenderDate(*date_, date, *locale_, out);
+        last_text_.assign(out, start);
+        last_date_ = bits;
+        has_last_ = true;
         return;
+      }
       case VarType::Null:
       case VarType::Empty:
         return;

@@ -46,6 +46,7 @@
 // OverflowError. Parsed format strings are cached per thread.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -72,7 +73,9 @@ struct Section;
 // `out` exactly the text Format(value, fmt, locale) returns, for every
 // value; a date, Null or Empty under a format of one date section is
 // rendered straight into `out`, without looking the format string up again
-// or building a text of its own. `locale` must outlive the formatter.
+// or building a text of its own; the same date as the one before takes the
+// text it had. `locale` must outlive the formatter, and a formatter serves
+// one thread.
 class DateFormatter {
  public:
   explicit DateFormatter(std::string_view fmt, const LocaleInfo& locale = CurrentLocale());
@@ -84,6 +87,12 @@ class DateFormatter {
   // The date section when the short path serves; null when every value
   // goes through Format (a named format, a number or text format).
   std::shared_ptr<const format_detail::Section> date_;
+  // The last date rendered on the short path (its serial's bits) and its
+  // text: the lines of one invoice, the payments of one day, print one
+  // date line after line.
+  mutable uint64_t last_date_ = 0;
+  mutable bool has_last_ = false;
+  mutable std::string last_text_;
 };
 
 }  // namespace orv

@@ -123,7 +123,9 @@ TEST(FormatDateRange, SerialBeyondYear9999Overflows) {
 // A formatter made once prints what Format prints, for every value and
 // format: dates over the whole range with and without a time of day, the
 // kinds that are no dates, the named and the non-date formats, and the
-// French names. It appends: what `out` held stays in front.
+// French names. It appends: what `out` held stays in front. Each value is
+// given twice in a row, as the lines of one invoice give their date, and
+// the same day comes at midnight and then at a time of day.
 TEST(DateFormatterMatchesFormat, OverASweepOfValues) {
   std::vector<Variant> values = {Variant::Null(), Variant(),       "2001-03-01", "March 1, 2001",
                                  "13:05",         "abc",           "",           36951,
@@ -142,9 +144,11 @@ TEST(DateFormatterMatchesFormat, OverASweepOfValues) {
     for (const char* fmt : formats) {
       const DateFormatter formatter(fmt, *locale);
       for (const Variant& v : values) {
-        std::string out = "x";
-        formatter.Append(v, out);
-        EXPECT_EQ(out, "x" + Format(v, fmt, *locale)) << "format " << fmt << ", value " << CStr(v);
+        for (const char* again : {"x", "yz"}) {
+          std::string out = again;
+          formatter.Append(v, out);
+          EXPECT_EQ(out, again + Format(v, fmt, *locale)) << "format " << fmt << ", value " << CStr(v);
+        }
       }
     }
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "common/collation.h"
 #include "platform/db/value_compare.h"
@@ -27,6 +28,41 @@ size_t ReadLength(const std::string& block, size_t at, size_t* prefix) {
   }
   *prefix = i - at;
   return n;
+}
+
+// PushBytes looks for texts of up to kShortText bytes among the last
+// texts of the column, two for each value of the lower bits of their hash
+// (kRecentSlots in all: a practice's few hundred fee codes fit, and two
+// that share their bits do not push each other out at every line), from
+// row kRowsBeforeSharing on: a lookup of a row or two takes no table.
+// After kProbesToJudge texts, a column that found fewer than one in
+// kFoundAtLeast of them again stops looking (names, notes, numbers as
+// text).
+constexpr size_t kShortText = 64;
+constexpr size_t kRecentSlots = 1024;
+constexpr size_t kRowsBeforeSharing = 256;
+constexpr uint32_t kProbesToJudge = 4096;
+constexpr uint32_t kFoundAtLeast = 8;
+
+// A hash of a short text, eight bytes at a time.
+uint64_t HashOf(std::string_view bytes) {
+  uint64_t h = bytes.size() * 0x9E3779B97F4A7C15ull;
+  auto mix = [&h](uint64_t word) {
+    h = (h ^ word) * 0xff51afd7ed558ccdull;
+    h ^= h >> 32;
+  };
+  size_t i = 0;
+  for (; i + 8 <= bytes.size(); i += 8) {
+    uint64_t word;
+    std::memcpy(&word, bytes.data() + i, 8);
+    mix(word);
+  }
+  if (i < bytes.size()) {
+    uint64_t word = 0;
+    std::memcpy(&word, bytes.data() + i, bytes.size() - i);
+    mix(word);
+  }
+  return h;
 }
 
 template <typename T>
@@ -136,6 +172,40 @@ uint64_t ColumnStore::AddBytes(std::string_view bytes) {
   return at;
 }
 
+void ColumnStore::PushBytes(size_t column, Kind kind, std::string_view bytes) {
+  Column& c = columns_[column];
+  if (kind != Kind::String || bytes.empty() || bytes.size() > kShortText || !c.shares ||
+      (c.recent.empty() && rows_ < kRowsBeforeSharing)) {
+    c.Push(kind, AddBytes(bytes));
+    return;
+  }
+  if (c.recent.empty()) c.recent.resize(kRecentSlots);
+  const uint64_t h = HashOf(bytes);
+  RecentText* pair = &c.recent[(h & (kRecentSlots / 2 - 1)) * 2];
+  const auto tag = static_cast<uint32_t>(h >> 32);
+  ++c.probes;
+  // The tag spares reading the arena entry of a text that differs.
+  for (int i = 0; i < 2; ++i) {
+    if (pair[i].at != 0 && pair[i].tag == tag && BytesOf(pair[i].at) == bytes) {
+      ++c.found;
+      c.Push(kind, pair[i].at);
+      return;
+    }
+  }
+  // The newest text first; the one it displaces second.
+  pair[1] = pair[0];
+  pair[0] = {tag, AddBytes(bytes)};
+  c.Push(kind, pair[0].at);
+  if (c.probes == kProbesToJudge && c.found * kFoundAtLeast < c.probes) {
+    c.shares = false;
+    std::vector<RecentText>().swap(c.recent);
+  }
+}
+
+void ColumnStore::DonePushing() {
+  for (Column& c : columns_) std::vector<RecentText>().swap(c.recent);
+}
+
 std::string_view ColumnStore::EntryAt(uint64_t at, size_t* taken) const {
   const std::string& block = arena_[at >> 32];
   size_t place = static_cast<uint32_t>(at);
@@ -170,6 +240,8 @@ void ColumnStore::CompactArena() {
   arena_ = {std::string(1, '\0')};
   arena_bytes_ = 1;
   for (Column& c : columns_) {
+    // The texts PushBytes remembers are at their old places.
+    std::fill(c.recent.begin(), c.recent.end(), RecentText{});
     for (size_t r = 0; r < rows_; ++r) {
       uint64_t& b = c.bits(r);
       if (!HoldsBytes(c.kind(r)) || b == 0) continue;

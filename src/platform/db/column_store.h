@@ -43,7 +43,13 @@ class ColumnStore {
   // column (every column once), then EndRow counts the row and returns its
   // index. Until EndRow the row is not held.
   void PushCell(size_t column, Kind kind, uint64_t bits) { columns_[column].Push(kind, bits); }
-  void PushBytes(size_t column, Kind kind, std::string_view bytes) { columns_[column].Push(kind, AddBytes(bytes)); }
+  // A short text the column took a little before (a fee code, its
+  // description, a provider's name, repeated line after line) shares that
+  // one's bytes, once the result has grown past a few hundred rows.
+  void PushBytes(size_t column, Kind kind, std::string_view bytes);
+  // Lets go of what PushBytes keeps to find texts again, once a result is
+  // read; pushing may go on later, finding the texts it pushes from then on.
+  void DonePushing();
   void PushValue(size_t column, const Variant& value);
   size_t EndRow() { return rows_++; }
   // Drops the last row.
@@ -149,8 +155,19 @@ class ColumnStore {
         SetKind(bits.size() - 1, k);
     }
   };
+  // A short text pushed into a column, found again by a hash of its bytes.
+  struct RecentText {
+    uint32_t tag = 0;  // the upper half of the hash
+    uint64_t at = 0;   // its arena entry; 0 for none
+  };
   struct Column {
     std::vector<Chunk> chunks;
+    // The texts of PushBytes, by the lower bits of their hash; empty until
+    // the store holds enough rows, and for good once the column's texts
+    // turn out to repeat too seldom to pay for the looking.
+    std::vector<RecentText> recent;
+    uint32_t probes = 0, found = 0;
+    bool shares = true;
     Kind kind(size_t row) const { return chunks[row >> kChunkShift].kind(row & (kChunkRows - 1)); }
     void SetKind(size_t row, Kind k) { chunks[row >> kChunkShift].SetKind(row & (kChunkRows - 1), k); }
     uint64_t& bits(size_t row) { return chunks[row >> kChunkShift].bits[row & (kChunkRows - 1)]; }
@@ -177,8 +194,9 @@ class ColumnStore {
   // 32 bits and the place in it in the lower. The first block grows as a
   // string does and starts with the empty text, at 0, which every "" shares.
   // Other cells may share an entry too (Reordered gives a run of one text
-  // one entry); a write counts the entry it replaces as garbage all the
-  // same, which at worst compacts the arena early.
+  // one entry, PushBytes a text it took before); a write counts the entry
+  // it replaces as garbage all the same, which at worst compacts the arena
+  // early.
   static constexpr size_t kBlockBytes = size_t{1} << 16;
   std::vector<std::string> arena_ = {std::string(1, '\0')};
   size_t arena_bytes_ = 1;

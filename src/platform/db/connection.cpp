@@ -340,6 +340,7 @@ std::shared_ptr<RowSet> CollectRows(Running& lease, const sql::Translation& tr, 
     }
     rows->EndRow();
   }
+  rows->EndRows();
   return rows;
 }
 

@@ -713,7 +713,7 @@ bool PlainMoneyText(std::string_view text, int64_t* raw) {
 // string and a Variant per cell, parsed again as they were stored.
 bool PostgresStatement::ColumnView(int column, StoredView* out) const {
   PGresult* r = result_.get();
-  if (!r || row_ < 0 || PQgetisnull(r, row_, column)) {
+  if (!r || row_ < 0) {
     out->cls = StoredView::Class::Null;
     return true;
   }
@@ -723,18 +723,24 @@ bool PostgresStatement::ColumnView(int column, StoredView* out) const {
     for (int i = 0; i < n; ++i) column_types_[static_cast<size_t>(i)] = PQftype(r, i);
   }
   if (column < 0 || static_cast<size_t>(column) >= column_types_.size()) return false;
+  // A Null reads as no bytes, so only a value of no bytes is asked whether
+  // it is one: the length is wanted anyway, and a long list reads millions
+  // of values.
+  const size_t n = static_cast<size_t>(PQgetlength(r, row_, column));
+  if (n == 0 && PQgetisnull(r, row_, column)) {
+    out->cls = StoredView::Class::Null;
+    return true;
+  }
   const char* v = PQgetvalue(r, row_, column);
   switch (column_types_[static_cast<size_t>(column)]) {
     case kInt2:
     case kInt4:
     case kInt8:
-    case kOid: {
+    case kOid:
       // The server writes whole numbers as plain decimal digits.
-      const size_t n = static_cast<size_t>(PQgetlength(r, row_, column));
       if (std::from_chars(v, v + n, out->integer).ec != std::errc()) return false;
       out->cls = StoredView::Class::Integer;
       return true;
-    }
     case kBool:
       out->cls = StoredView::Class::Integer;
       out->integer = v[0] == 't' ? 1 : 0;
@@ -744,18 +750,16 @@ bool PostgresStatement::ColumnView(int column, StoredView* out) const {
       out->cls = StoredView::Class::Float;
       out->number = std::strtod(v, nullptr);
       return true;
-    case kNumeric: {
-      const std::string_view text(v, static_cast<size_t>(PQgetlength(r, row_, column)));
-      if (!PlainMoneyText(text, &out->integer)) return false;
+    case kNumeric:
+      if (!PlainMoneyText(std::string_view(v, n), &out->integer)) return false;
       out->cls = StoredView::Class::Money;
       return true;
-    }
     case kDate:
     case kBytea:
       return false;
     default:  // text, and timestamps, which Column gives as their text
       out->cls = StoredView::Class::Text;
-      out->bytes = std::string_view(v, static_cast<size_t>(PQgetlength(r, row_, column)));
+      out->bytes = std::string_view(v, n);
       return true;
   }
 }

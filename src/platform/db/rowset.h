@@ -177,6 +177,9 @@ struct RowSet {
   bool PushStored(int field, const StoredView& value);
   void PushValue(int field, const Variant& value);
   size_t EndRow();
+  // The result is read whole: what the reading kept to share repeated
+  // texts is let go.
+  void EndRows() { cells_.DonePushing(); }
   // Every value of a row, and all of them at once (a cancelled edit).
   std::vector<Variant> GetRow(size_t row) const;
   void SetRow(size_t row, const std::vector<Variant>& values);

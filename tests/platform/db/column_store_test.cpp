@@ -159,5 +159,70 @@ TEST(ColumnStore, CellsPushedRowByRowKeepTheirKinds) {
   EXPECT_TRUE(store.Get(added + 1, 2).IsNull());
 }
 
+TEST(ColumnStore, RepeatedTextsPushedShareTheirBytes) {
+  // A long result whose first column repeats a few dozen texts (a fee
+  // code's description on every line) and whose second holds a new text in
+  // every row: each cell reads back its own text, the repeated ones take
+  // their bytes about once, and so they do again after a compaction has
+  // moved every entry.
+  constexpr size_t kRows = 20000;
+  auto repeated = [](size_t r) {
+    const size_t k = (r * 7) % 50;
+    // Lengths from 1 to past the longest text looked for again.
+    return std::string(1 + (k * 3) % 80, static_cast<char>('A' + k % 26)) + std::to_string(k);
+  };
+  auto unique = [](size_t r) { return "Patient " + std::to_string(r * 2654435761u % 1000003); };
+  // Blobs among the texts are held as they come.
+  auto kind_of = [](size_t r) {
+    return r % 3 ? ColumnStore::Kind::String : ColumnStore::Kind::Binary;
+  };
+  auto value = [&](size_t r, const std::string& text) {
+    return kind_of(r) == ColumnStore::Kind::String ? Variant(text)
+                                                   : Variant(Bytes(text.begin(), text.end()));
+  };
+  ColumnStore store;
+  store.AddColumn();
+  store.AddColumn();
+  size_t repeated_bytes = 0;
+  auto push = [&](size_t r) {
+    store.PushBytes(0, ColumnStore::Kind::String, repeated(r));
+    store.PushBytes(1, kind_of(r), unique(r));
+    store.EndRow();
+    repeated_bytes += repeated(r).size() + 1;
+  };
+  auto check = [&](size_t from, size_t to) {
+    for (size_t r = from; r < to; ++r) {
+      ASSERT_EQ(store.BytesAt(r, 0), repeated(r)) << r;
+      ASSERT_EQ(store.BytesAt(r, 1), unique(r)) << r;
+      ASSERT_EQ(store.KindAt(r, 1), kind_of(r)) << r;
+    }
+  };
+  size_t unique_bytes = 0;
+  for (size_t r = 0; r < kRows; ++r) {
+    push(r);
+    unique_bytes += unique(r).size() + 1;
+  }
+  check(0, kRows);
+  // Two columns of cells and the kinds of the one that mixes them.
+  const size_t cells = 2 * kRows * sizeof(uint64_t) + kRows;
+  // The repeated texts longer than 64 bytes are held each time.
+  size_t long_bytes = 0;
+  for (size_t r = 0; r < kRows; ++r)
+    if (repeated(r).size() > 64) long_bytes += repeated(r).size() + 1;
+  EXPECT_LT(store.MemoryBytes(),
+            cells + unique_bytes + long_bytes + (repeated_bytes - long_bytes) / 10);
+
+  // Every unique text rewritten longer, then shorter: most of the arena is
+  // garbage and is compacted, each cell taking its own copy again.
+  for (size_t r = 0; r < kRows; ++r) store.Set(r, 1, value(r, std::string(100, 'x') + unique(r)));
+  for (size_t r = 0; r < kRows; ++r) store.Set(r, 1, value(r, unique(r)));
+  // Rows pushed after the compaction find the texts at their new places,
+  // and so do rows pushed once the store was told the reading is done.
+  for (size_t r = kRows; r < kRows + 5000; ++r) push(r);
+  store.DonePushing();
+  for (size_t r = kRows + 5000; r < kRows + 6000; ++r) push(r);
+  check(0, kRows + 6000);
+}
+
 }  // namespace
 }  // namespace orv::db
