@@ -218,18 +218,13 @@ class SqlitePrinter : public print::Printer {
   // the partnership's adjustments by provider took twice as long on the
   // 100,000-patient practice (3.4 s of CPU against 6.3 s).
   void ConditionTerm(const Expr& term, const std::vector<const Expr*>& siblings) override {
-    const Expr* column = BoundedDate(term, false);
+    // A BETWEEN is a period by itself; only a comparison bounds one side.
+    const Expr* column = term.kind == ExprKind::Binary ? BoundedDate(term, false) : nullptr;
     if (condition_select_ && !condition_select_->group_by.empty()) column = nullptr;
-    if (column && term.kind == ExprKind::Binary) {
-      for (const Expr* other : siblings) {
-        const Expr* below = BoundedDate(*other, true);
-        if (below && SameColumn(*below, *column)) {
-          column = nullptr;
-          break;
-        }
-      }
-    } else {
-      column = nullptr;
+    for (const Expr* other : siblings) {
+      if (!column) break;
+      const Expr* below = BoundedDate(*other, true);
+      if (below && SameColumn(*below, *column)) column = nullptr;
     }
     if (!column) {
       Expression(term);
